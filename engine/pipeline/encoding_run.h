@@ -1,0 +1,47 @@
+// One run of a plan, from the first thread to the finished file.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "engine/plan/encode_plan.h"
+#include "platform/encoder.h"
+
+namespace engine {
+
+/// Called from the run's own threads, one call at a time: Starting, Running, (EndPreprocess and
+/// Running again for a second pass), Stopping, Stopped; an error comes before Stopping. Nothing
+/// is called after Stopped.
+struct RunCallbacks {
+    std::function<void(platform::EncoderState)> on_state;
+    std::function<void(std::int32_t number, const std::string& description)> on_error;
+};
+
+/// Any thread may ask for statistics and stop; the rest belongs to one thread.
+class EncodingRun {
+  public:
+    /// Opens inputs, encoders and the output. Throws platform::Error; then nothing is left behind.
+    EncodingRun(EncodePlan plan, RunCallbacks callbacks);
+    /// Stops gracefully and waits until the file is whole.
+    ~EncodingRun();
+    EncodingRun(const EncodingRun&) = delete;
+    EncodingRun& operator=(const EncodingRun&) = delete;
+
+    void Start();
+    /// Graceful: what has been read is encoded and written. Returns at once. Twice is harmless.
+    void Stop();
+
+    platform::Currency EncodingTime() const;
+    platform::OutputStats AudioStats() const;
+    platform::OutputStats VideoStats() const;
+    platform::OutputStats TotalStats() const;
+    platform::FileArchiveStats FileStats() const;
+
+  private:
+    class Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace engine

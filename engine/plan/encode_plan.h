@@ -1,0 +1,73 @@
+// A session as the pipeline runs it: plain values, checked for contradictions, never changed.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/encoders/codec_table.h"
+#include "engine/outputs/packet_sink.h"
+#include "engine/ticks.h"
+
+namespace engine {
+
+struct Ratio {
+    std::int64_t numerator = 0;
+    std::int64_t denominator = 1;
+};
+
+/// A media file or a still picture, and the part of it that is encoded. Marks count from the
+/// file's first timestamp.
+struct InputPlan {
+    std::string path;  // the host's own
+    bool still = false;
+    Ticks mark_in;
+    Ticks mark_out;  // 0 = to the end; of a still picture never 0
+    bool operator==(const InputPlan&) const = default;
+};
+
+struct AudioPlan {
+    InputPlan input;
+    const AudioCodecRow* codec = nullptr;
+    AudioFormat format{};  // in quality mode `value` is the quality
+    platform::VbrMode mode = platform::VbrMode::Constant;
+    std::int32_t peak_rate_bps = 0;   // peak mode only
+    std::int32_t peak_buffer_ms = 0;  // peak mode only
+};
+
+struct VideoPlan {
+    InputPlan input;
+    const VideoCodecRow* codec = nullptr;
+    platform::VbrMode mode = platform::VbrMode::Constant;
+    std::int32_t width = 0;  // of the coded picture, at least 2
+    std::int32_t height = 0;
+    Ratio pixel_aspect{1, 1};        // of the coded picture
+    std::int32_t rate_ceiling = 0;   // thousandths of a frame per second
+    std::int32_t expected_rate = 0;  // the lower of ceiling and source rate, thousandths
+    std::int32_t bit_rate_bps = 0;
+    std::int32_t buffer_ms = 0;
+    std::int32_t sharpness = 75;      // 0..100, smoothness against sharpness
+    std::int32_t quality = 75;        // 0..100, quality mode only
+    std::int32_t peak_rate_bps = 0;   // peak mode only
+    std::int32_t peak_buffer_ms = 0;  // peak mode only
+    std::int32_t key_frame_distance_ms = 0;
+    std::int32_t performance = 60;  // 0 fastest to 100 best
+    bool remove_telecine = false;   // where it is detected
+    std::string conformance;        // device conformance target, "" = none
+};
+
+struct EncodePlan {
+    std::optional<AudioPlan> audio;
+    std::optional<VideoPlan> video;
+    int passes = 1;           // 2: all inputs are read twice
+    bool auto_stop = true;    // a file session always ends with its input
+    Ticks media_length;       // of the longer stream; 0 = unknown
+    std::string output_path;  // the host's own
+    ContentDescription content;
+    std::vector<std::pair<std::string, platform::AttributeValue>> attributes;
+    std::uint32_t min_packet_bytes = 0;  // 0 = not asked for
+    std::uint32_t max_packet_bytes = 0;
+};
+
+}  // namespace engine

@@ -1,0 +1,68 @@
+// The file-system object: names, folders and text files as the command language sees them.
+//
+// Names may come from another system: a POSIX host takes "\" and "/" as separators and maps a drive
+// ("C:\ZELMO\cap1.wmv") below the user's home; a file:// URI is a name too. Every operation that
+// takes a path accepts all these spellings; every path that it returns is the host's own.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+enum class OpenMode { Reading = 1, Writing = 2 };
+enum class SpecialFolderKind { Windows = 0, System = 1, Temporary = 2 };
+
+/// A text file in the locale's encoding. Closing twice is harmless; destruction closes.
+class TextStream {
+  public:
+    virtual ~TextStream() = default;
+    /// One line as UTF-8 without its end (LF or CRLF). Throws Error when there is no further line.
+    virtual std::string ReadLine() = 0;
+    virtual void Write(const std::string& text) = 0;
+    virtual void Close() = 0;
+};
+
+/// A folder's direct content, in the order in which the file system lists it.
+struct Folder {
+    std::string path;
+    std::vector<std::string> files;        // names, not paths
+    std::vector<std::string> sub_folders;  // names, not paths
+};
+
+struct SpecialFolder {
+    std::string drive;  // "C:"
+    std::string name;   // "Windows"
+};
+
+class FileSystem {
+  public:
+    virtual ~FileSystem() = default;
+
+    virtual std::string Separator() const = 0;
+    /// The complete host path of `path`; it need not exist. Never fails.
+    virtual std::string GetAbsolutePathName(const std::string& path) = 0;
+    /// Everything before the last component ("" for a root).
+    virtual std::string GetParentFolderName(const std::string& path) = 0;
+    /// Last component without its extension ("x.y.avi" gives "x.y").
+    virtual std::string GetBaseName(const std::string& path) = 0;
+    /// Text after the last "." of the last component, without the dot; "" when there is none.
+    virtual std::string GetExtensionName(const std::string& path) = 0;
+    virtual bool FolderExists(const std::string& path) = 0;
+    virtual bool FileExists(const std::string& path) = 0;
+    /// Makes one folder; its parent must exist. Throws Error (access denied, path not found, file
+    /// exists).
+    virtual void CreateFolder(const std::string& path) = 0;
+    /// Throws Error (path not found, access denied).
+    virtual Folder GetFolder(const std::string& path) = 0;
+    /// Whether both names lead to the same existing file or folder, links followed.
+    virtual bool IsSame(const std::string& path, const std::string& other) = 0;
+    /// Writing replaces the content. Throws Error (file not found, path not found, access denied).
+    virtual std::shared_ptr<TextStream> OpenTextFile(const std::string& path, OpenMode mode,
+                                                     bool create) = 0;
+    virtual SpecialFolder GetSpecialFolder(SpecialFolderKind kind) = 0;
+};
+
+}  // namespace platform
