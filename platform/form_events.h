@@ -24,6 +24,9 @@ class FormEvents {
     virtual void RunCommand(const std::vector<std::string>& words) = 0;
     /// Whether an encoder runs or a folder is being walked.
     virtual bool IsBusy() const = 0;
+    /// How the last command ended: 0 done, listed or shown; 1 refused while parsing or setting up;
+    /// 2 failed while running (of a folder: any of its files).
+    virtual int ExitStatus() const = 0;
 };
 
 }  // namespace platform
