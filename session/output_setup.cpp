@@ -1,0 +1,99 @@
+#include "session/output_setup.h"
+
+#include <cstdint>
+#include <limits>
+#include <string>
+
+#include "session/output_folder.h"
+
+namespace session {
+namespace {
+
+constexpr const char* kDefaultBaseName = "output";
+constexpr const char* kVideoExtension = "wmv";
+constexpr const char* kAudioExtension = "wma";
+
+// The smallest number has no positive counterpart; the nearest one stands in.
+std::int32_t Negated(std::int32_t value) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    return value == Limits::min() ? Limits::max() : -value;
+}
+
+}  // namespace
+
+OutputSetup::OutputSetup(platform::SessionState& state, cli::EncodeSettings& settings,
+                         platform::OutputPane& pane)
+    : state_(state), settings_(settings), pane_(pane) {}
+
+bool OutputSetup::SetupOutput() {
+    if (!settings_.output.empty()) {
+        SetupOutputFile();
+    } else {
+        // A session file may have named one.
+        settings_.output = state_.g_objEncoder->File().LocalFileName();
+    }
+
+    auto& broadcast = state_.g_objEncoder->Broadcast();
+    if (settings_.broadcast != -1)
+        broadcast.SetPortNumber(platform::BroadcastProtocol::Http, settings_.broadcast);
+    if (!settings_.push.server_name.empty()) {
+        broadcast.SetServerName(settings_.push.server_name);
+        broadcast.SetPublishingPoint(settings_.push.publishing_point);
+        if (!settings_.push.template_.empty()) broadcast.SetTemplate(settings_.push.template_);
+    }
+    return true;
+}
+
+void OutputSetup::SetupOutputFile() {
+    auto& files = *state_.g_objFSO;
+    std::string& output = settings_.output;
+
+    if (files.FolderExists(output)) {
+        const std::string base_name =
+            settings_.input.empty() ? kDefaultBaseName : files.GetBaseName(settings_.input);
+        output = PathInFolder(files, output, base_name);
+    }
+    if (files.GetExtensionName(output).empty()) {
+        if (output.back() != '.') output += '.';
+        const bool has_video = state_.g_objSrcGrp->SourceCount(platform::SourceType::Video) > 0;
+        output += has_video ? kVideoExtension : kAudioExtension;
+    }
+    CreateOutputFolder(files, files.GetParentFolderName(files.GetAbsolutePathName(output)));
+    state_.g_objEncoder->File().SetLocalFileName(output);
+}
+
+bool OutputSetup::SetupTime() {
+    if (settings_.device_input && settings_.duration == -1) {
+        pane_.OutputInfo("Duration must be specified when capturing from devices.");
+        return false;
+    }
+    if (settings_.time.start != -1) {
+        if (state_.g_objSrcAud) state_.g_objSrcAud->SetMarkIn(settings_.time.start);
+        if (state_.g_objSrcVid) state_.g_objSrcVid->SetMarkIn(settings_.time.start);
+    }
+    if (settings_.time.end != -1) {
+        if (state_.g_objSrcAud) state_.g_objSrcAud->SetMarkOut(settings_.time.end);
+        if (state_.g_objSrcVid) state_.g_objSrcVid->SetMarkOut(settings_.time.end);
+    }
+    return true;
+}
+
+bool OutputSetup::SetupDisplayInfo() {
+    auto& info = state_.g_objEncoder->DisplayInfo();
+    if (!settings_.title.empty()) info.SetTitle(settings_.title);
+    if (!settings_.author.empty()) info.SetAuthor(settings_.author);
+    if (!settings_.copyright.empty()) info.SetCopyright(settings_.copyright);
+    if (!settings_.description.empty()) info.SetDescription(settings_.description);
+    if (!settings_.rating.empty()) info.SetRating(settings_.rating);
+
+    const auto& fold_down = settings_.a_folddown6to2;
+    if (fold_down.surround != -1) {
+        auto& attributes = state_.g_objEncoder->Attributes();
+        attributes.Add("SurroundMix", Negated(fold_down.surround));
+        attributes.Add("CenterMix", Negated(fold_down.center));
+        attributes.Add("LFEMix", Negated(fold_down.lfe));
+    }
+    return true;
+}
+
+}  // namespace session

@@ -1,0 +1,140 @@
+#include "session/source_setup.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+
+#include "platform/error.h"
+#include "profiles/codec_catalogue.h"
+
+namespace session {
+namespace {
+
+using platform::SourceType;
+
+constexpr const char* kSourceGroupName = "SG_1";
+constexpr const char* kScalingPreprocessing =
+    "Preprocessing mode not supported. Use -height and -width to adjust video size.";
+
+struct Preprocessing {
+    std::int32_t optimization;
+    const char* notice;
+};
+
+// The row is the value of -v_preproc. A mode without an own filter keeps the plain one's.
+// clang-format off
+constexpr Preprocessing kPreprocessing[] = {
+    // optimization  notice
+    {     1,         nullptr},                //  0
+    {     2,         nullptr},                //  1
+    {     2,         kScalingPreprocessing},  //  2
+    {     2,         kScalingPreprocessing},  //  3
+    {     2,         kScalingPreprocessing},  //  4
+    {     3,         nullptr},                //  5
+    {  0x23,         nullptr},                //  6
+    {  0x33,         nullptr},                //  7
+    {  0x43,         nullptr},                //  8
+    {  0x53,         nullptr},                //  9
+    {  0x63,         nullptr},                // 10
+    {  0x73,         nullptr},                // 11
+    {  0x83,         nullptr},                // 12
+    {  0x93,         nullptr},                // 13
+    {  0xA3,         nullptr},                // 14
+    {  0xB3,         nullptr},                // 15
+    {     4,         nullptr},                // 16
+    {0x2004,         nullptr},                // 17
+    {0x3004,         nullptr},                // 18
+};
+// clang-format on
+
+constexpr std::int32_t kPreprocessingModes = std::size(kPreprocessing);
+
+}  // namespace
+
+SourceSetup::SourceSetup(platform::SessionState& state, cli::EncodeSettings& settings,
+                         platform::OutputPane& pane, platform::Factory& factory)
+    : state_(state), settings_(settings), pane_(pane), factory_(factory) {}
+
+bool SourceSetup::CreateSourceGroup() {
+    if (!settings_.wme.empty()) return LoadSessionFile();
+    state_.g_objSrcGrp = state_.g_objEncoder->SourceGroupCollection().Add(kSourceGroupName);
+    return true;
+}
+
+bool SourceSetup::LoadSessionFile() {
+    platform::ErrorTrap trap;
+    trap([&] {
+        state_.g_objEncoder->Load(state_.g_objFSO->GetAbsolutePathName(settings_.wme));
+        state_.g_objSrcGrp = state_.g_objEncoder->SourceGroupCollection().Item(0);
+        const auto group_profile = state_.g_objSrcGrp->Profile();
+        if (!group_profile)
+            throw platform::Error(platform::kInvalidData, "The session holds no profile.");
+
+        // The session's profile outlives a file that cannot be loaded, so it is exchanged only
+        // for one that is complete.
+        const auto profile = factory_.MakeProfile();
+        profile->LoadFromIWMProfile(*group_profile);
+        const auto audience = profile->Audience(0);
+        auto& group = *state_.g_objSrcGrp;
+        if (group.SourceCount(SourceType::Audio) > 0) {
+            state_.g_objSrcAud = platform::AsAudio(group.Source(SourceType::Audio, 0));
+            state_.AudioCodecName = profile->EnumAudioCodec(audience->AudioCodec(0));
+        }
+        if (group.SourceCount(SourceType::Video) > 0) {
+            state_.g_objSrcVid = platform::AsVideo(group.Source(SourceType::Video, 0));
+            state_.VideoCodecName = profile->EnumVideoCodec(audience->VideoCodec(0));
+        }
+        if (settings_.maxpacket == -1) settings_.maxpacket = profile->MaxPacketSize();
+        state_.g_objProfile = profile;
+        state_.g_bCustomProfile = false;
+    });
+    if (!trap.HasError()) return true;
+    pane_.OutputInfo("Loading the session (.wme) file failed: " + settings_.wme);
+    return false;
+}
+
+bool SourceSetup::SetupAudioSource() {
+    if (settings_.a_content != -1) state_.g_objSrcAud->SetContentMode(settings_.a_content);
+    if (!settings_.a_contentedl.empty()) state_.g_objSrcAud->SetContentEDL(settings_.a_contentedl);
+    return true;
+}
+
+bool SourceSetup::SetupVideoSource() {
+    auto& source = *state_.g_objSrcVid;
+
+    if (settings_.v_preproc >= 0 && settings_.v_preproc < kPreprocessingModes) {
+        const Preprocessing& mode = kPreprocessing[settings_.v_preproc];
+        source.SetOptimization(mode.optimization);
+        if (mode.notice != nullptr) pane_.OutputInfo(mode.notice);
+    }
+
+    if (const auto format = profiles::FindPixelFormat(settings_.pixelformat))
+        source.SetPixelFormat(*format);
+
+    if (settings_.pixelratio.x != -1) source.SetPixelAspectRatioX(settings_.pixelratio.x);
+    if (settings_.pixelratio.y != -1) source.SetPixelAspectRatioY(settings_.pixelratio.y);
+
+    if (settings_.v_performance != -1)
+        state_.g_objEncoder->SetVideoPerformance(settings_.v_performance);
+
+    const auto& clip = settings_.v_clip;
+    if (clip.left != -1) source.SetCroppingLeftMargin(clip.left);
+    if (clip.right != -1) source.SetCroppingRightMargin(clip.right);
+    if (clip.top != -1) source.SetCroppingTopMargin(clip.top);
+    if (clip.bottom != -1) source.SetCroppingBottomMargin(clip.bottom);
+
+    SetupStillDuration();
+    return true;
+}
+
+// A duration of an earlier command is carried over, but says nothing of this one's picture.
+void SourceSetup::SetupStillDuration() {
+    const bool is_file = state_.g_objSrcVid->Scheme().empty();
+    if (!is_file || !settings_.duration_typed || settings_.duration <= 0) return;
+    constexpr double kLongest = std::numeric_limits<std::int32_t>::max();
+    const double milliseconds = std::min(settings_.duration * 1000.0, kLongest);
+    state_.g_objSrcVid->SetStillDuration(static_cast<std::int32_t>(milliseconds));
+}
+
+}  // namespace session
