@@ -1,0 +1,129 @@
+#include "engine/outputs/asf/asf_file.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+#include "engine/outputs/asf/packet_size.h"
+
+namespace engine::asf {
+
+AsfFile::AsfFile(std::string path) : path_(std::move(path)) {}
+
+void AsfFile::Begin(const OutputHeader& header) {
+    assert(!file_);
+    header_ = header;
+    std::uint64_t total_bps = 0;
+    for (const StreamHeader& stream : header_.streams) total_bps += stream.average_rate_bps;
+    facts_.packet_bytes =
+        ChoosePacketSize(total_bps, header_.min_packet_bytes, header_.max_packet_bytes);
+    facts_.preroll_ms = PrerollMs(header_);
+    facts_.file_id = RandomFileId();
+    facts_.creation_date = CreationDateNow();
+    const std::vector<std::uint8_t> bytes = BuildHeader(header_, facts_, HeaderNumbers{});
+
+    totals_.resize(header_.streams.size());
+    for (const StreamHeader& stream : header_.streams) {
+        index_of_.push_back(indexes_.size());
+        if (stream.Kind() == MediaKind::Video) indexes_.emplace_back();
+    }
+    packetizer_.emplace(facts_.packet_bytes, facts_.preroll_ms,
+                        [this](const ClosedPacket& packet) { TakePacket(packet); });
+    file_.emplace(path_);
+    try {
+        file_->Append(bytes);
+    } catch (const platform::Error&) {
+        file_.reset();
+        throw;
+    }
+    data_begin_ = bytes.size();
+}
+
+void AsfFile::Write(const EncodedPacket& packet) {
+    if (failure_) throw platform::Error(*failure_);
+    const auto index = static_cast<std::size_t>(packet.stream);
+    assert(file_ && index < totals_.size());
+    try {
+        packetizer_->Add({.stream_number = StreamNumber(index),
+                          .video = header_.streams[index].Kind() == MediaKind::Video,
+                          .key = packet.key,
+                          .presentation = packet.presentation,
+                          .decode = packet.decode,
+                          .duration = packet.duration,
+                          .bytes = packet.bytes});
+    } catch (const platform::Error& error) {
+        failure_ = error;
+        throw;
+    }
+    StreamTotals& totals = totals_[index];
+    totals.bytes += packet.bytes.size();
+    totals.largest_object =
+        std::max(totals.largest_object, static_cast<std::uint32_t>(packet.bytes.size()));
+}
+
+void AsfFile::TakePacket(const ClosedPacket& packet) {
+    file_->Append(packet.bytes);
+    if (packet.key_frame)
+        indexes_[index_of_[packet.key_frame->stream_number - 1U]].Add(*packet.key_frame);
+    last_ = packet;
+    last_.bytes = {};
+    ++packets_;
+}
+
+void AsfFile::Finish() {
+    if (!file_) return;  // Begin failed
+    const std::uint64_t kept = data_begin_ + packets_ * facts_.packet_bytes;
+    platform::ErrorTrap trap;
+    trap([&] {
+        if (failure_)
+            file_->CutTo(kept);
+        else
+            packetizer_->Flush();
+    });
+    if (!failure_ && trap.HasError()) trap([&] { file_->CutTo(kept); });
+    trap([&] { AppendIndexes(); });
+    trap([&] { file_->Overwrite(BuildHeader(header_, facts_, FinalNumbers())); });
+    trap([&] { file_->Close(); });
+    file_.reset();
+    if (trap.HasError()) throw platform::Error(trap.UnsignedNumber(), trap.Description());
+}
+
+void AsfFile::AppendIndexes() {
+    ByteWriter out;
+    for (SimpleIndex& index : indexes_)
+        index.AppendTo(out, facts_.file_id, last_.last_presentation_ms);
+    try {
+        file_->Append(out.bytes());
+        index_bytes_ = out.size();
+    } catch (const platform::Error&) {
+        file_->CutTo(data_begin_ + packets_ * facts_.packet_bytes);
+        if (!failure_) throw;  // else the caller knows of the full disk already
+    }
+}
+
+HeaderNumbers AsfFile::FinalNumbers() const {
+    const Ticks preroll = Ticks::FromMilliseconds(facts_.preroll_ms);
+    HeaderNumbers numbers{
+        .complete = true,
+        .packets = packets_,
+        .file_size = Result().bytes,
+        .play_duration = last_.media_end + preroll,
+        .send_duration = Ticks::FromMilliseconds(last_.send_ms + last_.duration_ms),
+        .largest_objects = {},
+        .measured_rates = {},
+    };
+    const double seconds = last_.media_end.Seconds();
+    for (const StreamTotals& totals : totals_) {
+        const double rate = seconds > 0 ? 8.0 * static_cast<double>(totals.bytes) / seconds : 0;
+        numbers.largest_objects.push_back(totals.largest_object);
+        numbers.measured_rates.push_back(static_cast<std::uint32_t>(std::min(rate, 4.0e9)));
+    }
+    return numbers;
+}
+
+FileResult AsfFile::Result() const {
+    return {.bytes = data_begin_ + packets_ * facts_.packet_bytes + index_bytes_,
+            .duration = last_.media_end};
+}
+
+}  // namespace engine::asf

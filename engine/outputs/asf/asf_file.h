@@ -1,0 +1,63 @@
+// The file output: a .wmv, .wma or .asf file that plays at every moment of its making.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/outputs/asf/header.h"
+#include "engine/outputs/asf/host_file.h"
+#include "engine/outputs/asf/packetizer.h"
+#include "engine/outputs/asf/simple_index.h"
+#include "engine/outputs/packet_sink.h"
+#include "platform/error.h"
+
+namespace engine::asf {
+
+/// While it records, the header describes a broadcast, which players read to wherever it ends, and
+/// every packet reaches the system as it is closed: a killed process leaves all but the last second
+/// of media. Finish writes the last packet, then the index, then the header's numbers, so that an
+/// end between any two of these leaves a file that still plays.
+///
+/// After a failed Write every further Write fails with the same error. Finish then drops what is
+/// cut off, leaves out the last open packet, writes the index if there is room for it, and the
+/// header in place (which needs no room): the file is whole up to the last packet before the
+/// failure. Finish throws what failed in itself only, after it has done all that could be done.
+class AsfFile final : public PacketSink {
+  public:
+    /// @param path  the host's own; made at Begin, an existing file is replaced
+    explicit AsfFile(std::string path);
+
+    void Begin(const OutputHeader& header) override;
+    void Write(const EncodedPacket& packet) override;
+    void Finish() override;
+
+    /// What stands in the file so far; final after Finish. Same thread as the calls.
+    FileResult Result() const;
+
+  private:
+    struct StreamTotals {
+        std::uint32_t largest_object = 0;
+        std::uint64_t bytes = 0;
+    };
+    void TakePacket(const ClosedPacket& packet);
+    void AppendIndexes();
+    HeaderNumbers FinalNumbers() const;
+
+    std::string path_;
+    OutputHeader header_;
+    HeaderFacts facts_;
+    std::optional<HostFile> file_;
+    std::optional<Packetizer> packetizer_;
+    std::vector<StreamTotals> totals_;   // by stream
+    std::vector<SimpleIndex> indexes_;   // by video stream
+    std::vector<std::size_t> index_of_;  // by stream number: which of indexes_
+    std::optional<platform::Error> failure_;
+    std::uint64_t data_begin_ = 0;  // bytes of header and of the data's fixed part
+    std::uint64_t index_bytes_ = 0;
+    ClosedPacket last_;  // the last one in the file; its bytes are gone
+    std::uint64_t packets_ = 0;
+};
+
+}  // namespace engine::asf
