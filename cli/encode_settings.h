@@ -6,12 +6,10 @@
 
 namespace cli {
 
-/// The third text of "-push" is called `template` in the command language, which C++ keeps for
-/// itself; hence the underscore.
 struct PushSettings {
     std::string server_name;
     std::string publishing_point;
-    std::string template_;
+    std::string template_name;  // optional
 };
 
 /// Milliseconds from the start of the file.

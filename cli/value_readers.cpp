@@ -20,10 +20,10 @@ template <typename Number>
 std::optional<Number> ReadNumber(const std::string& word) {
     const std::string trimmed = platform::TrimBlanks(word);
     std::string_view text = trimmed;
-    if (platform::StartsWith(text, "+")) text.remove_prefix(1);
-    const std::string_view unsigned_text =
-        trimmed.size() == text.size() && platform::StartsWith(text, "-") ? text.substr(1) : text;
-    if (unsigned_text.find_first_of("0123456789.") != 0) return std::nullopt;
+    const bool plus = platform::StartsWith(text, "+");
+    if (plus) text.remove_prefix(1);
+    const std::size_t first = !plus && platform::StartsWith(text, "-") ? 1 : 0;
+    if (text.find_first_of("0123456789.", first) != first) return std::nullopt;
     Number value{};
     const char* const end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, value);

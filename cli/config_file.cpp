@@ -1,0 +1,48 @@
+#include "cli/config_file.h"
+
+#include <memory>
+#include <string_view>
+
+#include <fmt/core.h>
+
+#include "platform/text.h"
+
+namespace cli {
+namespace {
+
+constexpr std::string_view kExtension = ".weu";
+
+bool HasExtension(const std::string& path) {
+    return path.size() >= kExtension.size() &&
+           platform::LowerCase(path.substr(path.size() - kExtension.size())) == kExtension;
+}
+
+}  // namespace
+
+std::optional<std::vector<std::string>> ReadConfigFile(platform::FileSystem& files,
+                                                       platform::OutputPane& pane,
+                                                       const std::string& name) {
+    const std::string path = files.GetAbsolutePathName(name);
+    const std::shared_ptr<platform::TextStream> stream =
+        files.OpenTextFile(path, platform::OpenMode::Reading, false);
+    const std::string line = platform::TrimBlanks(stream->ReadLine());
+    stream->Close();
+    if (line.empty()) {
+        pane.OutputInfo(fmt::format("Configuration file {} is empty", path));
+        return std::nullopt;
+    }
+    return platform::Split(line, ' ');
+}
+
+void WriteConfigFile(platform::FileSystem& files, CommandActions& actions, const std::string& name,
+                     const std::string& text) {
+    std::string path = files.GetAbsolutePathName(name);
+    if (!HasExtension(path)) path += kExtension;
+    actions.CreateOutputFolder(files.GetParentFolderName(path));
+    const std::shared_ptr<platform::TextStream> stream =
+        files.OpenTextFile(path, platform::OpenMode::Writing, true);
+    stream->Write(text);
+    stream->Close();
+}
+
+}  // namespace cli
