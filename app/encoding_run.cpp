@@ -1,0 +1,181 @@
+#include "app/encoding_run.h"
+
+#include <fmt/core.h>
+
+#include <utility>
+
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace app {
+
+/// Hears one encoder for as long as it is the session's.
+class EncodingRun::Events final : public platform::WMEncoderEvents {
+  public:
+    Events(EncodingRun& run, std::shared_ptr<platform::WMEncoder> encoder)
+        : run_(run), encoder_(std::move(encoder)) {
+        encoder_->SetEvents(this);
+    }
+    ~Events() override { encoder_->SetEvents(nullptr); }
+    Events(const Events&) = delete;
+    Events& operator=(const Events&) = delete;
+
+    // A message box of the report lets the user press Go, which replaces this very object: nothing
+    // of it may be touched after the call.
+    void OnStateChange(platform::EncoderState state) override {
+        run_.g_objEncoder_OnStateChange(state);
+    }
+    void OnError(std::int32_t number, const std::string& description) override {
+        run_.g_objEncoder_OnError(number, description);
+    }
+
+  private:
+    EncodingRun& run_;
+    const std::shared_ptr<platform::WMEncoder> encoder_;
+};
+
+EncodingRun::EncodingRun(platform::FormWindow& window, platform::Factory& factory,
+                         platform::SessionState& session, const cli::EncodeSettings& settings,
+                         platform::OutputPane& pane, Progress& progress, StatisticsReport& report,
+                         WallClock clock)
+    : window_(window),
+      factory_(factory),
+      session_(session),
+      settings_(settings),
+      pane_(pane),
+      progress_(progress),
+      report_(report),
+      clock_(std::move(clock)) {}
+
+EncodingRun::~EncodingRun() = default;
+
+void EncodingRun::NewSession() {
+    Purge();
+    auto encoder = factory_.MakeEncoder();
+    if (session_.g_objEncoder) ReleaseEncoder();
+    g_objEvents = std::make_unique<Events>(*this, encoder);
+    session_.g_objEncoder = std::move(encoder);
+    session_.g_objSrcGrp = nullptr;
+    session_.g_objSrcAud = nullptr;
+    session_.g_objSrcVid = nullptr;
+    ++g_nSession;
+}
+
+void EncodingRun::ReleaseEncoder() {
+    g_objEvents = nullptr;
+    const auto encoder = std::exchange(session_.g_objEncoder, nullptr);
+    if (encoder->RunState() != platform::EncoderState::Stopped) {
+        StopEncoder(*encoder);
+        window_.SetMousePointer(platform::MousePointer::Default);
+        window_.Timer1().SetEnabled(false);
+    }
+    // Also when it has stopped: it may be the one whose event is being handled.
+    g_arrFinishing.push_back(encoder);
+    g_bRunning = false;
+}
+
+void EncodingRun::Purge() {
+    if (g_nEventDepth > 0) return;
+    std::erase_if(g_arrFinishing, [](const auto& encoder) {
+        return encoder->RunState() == platform::EncoderState::Stopped;
+    });
+}
+
+bool EncodingRun::IsFinishingOthers() const {
+    return std::any_of(g_arrFinishing.begin(), g_arrFinishing.end(), [](const auto& encoder) {
+        return encoder->RunState() != platform::EncoderState::Stopped;
+    });
+}
+
+void EncodingRun::Stop() { StopEncoder(*session_.g_objEncoder); }
+
+void EncodingRun::StopEncoder(platform::WMEncoder& encoder) {
+    platform::ErrorTrap trap;
+    trap([&] { encoder.Stop(); });
+    if (trap.HasError())
+        pane_.OutputInfo(
+            fmt::format("Error: 0x{:X} - {}", trap.UnsignedNumber(), trap.Description()));
+}
+
+TranscodeResult EncodingRun::Transcode() {
+    g_bFailed = false;
+    platform::WMEncoder& encoder = *session_.g_objEncoder;
+    platform::ErrorTrap trap;
+    trap([&] { encoder.PrepareToEncode(true); });
+    if (trap.UnsignedNumber() == platform::kEndMarkPastEnd) {
+        // The end mark of -time lies past the end of this source: encode to the end instead.
+        platform::ErrorTrap retry;
+        if (session_.g_objSrcAud) retry([&] { session_.g_objSrcAud->SetMarkOut(0); });
+        if (session_.g_objSrcVid) retry([&] { session_.g_objSrcVid->SetMarkOut(0); });
+        retry([&] { encoder.PrepareToEncode(true); });  // Start says what is still wrong
+    } else if (trap.HasError()) {
+        pane_.OutputInfo(fmt::format("Prepare to encode failed with error {} {}", trap.Number(),
+                                     trap.Description()));
+        return TranscodeResult::NotPrepared;
+    }
+
+    g_encodeError = 0;
+    window_.Timer1().SetInterval(1000);
+    window_.Timer1().SetEnabled(true);
+    progress_.setupProgressBar();
+
+    platform::ErrorTrap start;
+    g_bRunning = true;
+    start([&] { encoder.Start(); });
+    if (start.HasError()) {
+        g_bRunning = false;
+        pane_.OutputInfo(fmt::format("Start encoder failed with error {} {}", start.Number(),
+                                     start.Description()));
+        return TranscodeResult::NotStarted;
+    }
+    g_dtStart = clock_();
+    return TranscodeResult::Started;
+}
+
+void EncodingRun::g_objEncoder_OnStateChange(platform::EncoderState state) {
+    ++g_nEventDepth;
+    if (state == platform::EncoderState::Running)
+        OnRunning();
+    else if (state == platform::EncoderState::Paused)
+        window_.lblStatus().SetCaption("  Paused...");
+    else if (state == platform::EncoderState::Stopped)
+        OnStopped();
+    --g_nEventDepth;
+}
+
+void EncodingRun::g_objEncoder_OnError(std::int32_t number, const std::string& description) {
+    g_encodeError = number;
+    pane_.OutputInfo(
+        fmt::format("Error: 0x{:X} - {}", static_cast<std::uint32_t>(number), description));
+}
+
+void EncodingRun::OnRunning() {
+    // The tick spells its passes another way; both are meant so.
+    window_.lblStatus().SetCaption(fmt::format("  Running... Pass:  {} \\ {}",
+                                               progress_.CurrentPass(), progress_.TotalPasses()));
+    window_.SetMousePointer(platform::MousePointer::Hourglass);
+}
+
+void EncodingRun::OnStopped() {
+    g_bRunning = false;
+    g_dtEnd = clock_();
+    window_.lblStatus().SetCaption("  Done.");
+    window_.SetMousePointer(platform::MousePointer::Default);
+    window_.pb1().SetValue(100);
+    window_.lblprgs().SetCaption(platform::NumberText(window_.pb1().Value()) + "%");
+    window_.Beep();
+    window_.cmdGo().SetCaption("&Go");
+    window_.Timer1().SetEnabled(false);
+    if (g_encodeError == 0) {
+        pane_.OutputInfo("======== Encoding Completed ========\r\n");
+        // Nobody else prints the report, so that a run has one.
+        if (!settings_.silent) g_bFailed = !report_.ShowStatistics(g_dtStart, g_dtEnd);
+    } else {
+        g_bFailed = true;
+        pane_.OutputInfo(fmt::format("Error occurred in transcoding: Error Code = 0x{:X}",
+                                     static_cast<std::uint32_t>(g_encodeError)));
+    }
+    window_.txtInfo().ScrollToEnd();
+}
+
+}  // namespace app

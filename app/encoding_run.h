@@ -1,0 +1,89 @@
+// One encoding from its preparation to its stopped state, with the encoder's events in between.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/progress.h"
+#include "app/statistics_report.h"
+#include "cli/encode_settings.h"
+#include "platform/encoder.h"
+#include "platform/factory.h"
+#include "platform/output_pane.h"
+#include "platform/session_state.h"
+#include "platform/widgets.h"
+
+namespace app {
+
+enum class TranscodeResult { Started, NotPrepared, NotStarted };
+
+/// Owns the encoders that still have to finish a file. Everything handed over must outlive the
+/// object. User-interface thread.
+class EncodingRun {
+  public:
+    EncodingRun(platform::FormWindow& window, platform::Factory& factory,
+                platform::SessionState& session, const cli::EncodeSettings& settings,
+                platform::OutputPane& pane, Progress& progress, StatisticsReport& report,
+                WallClock clock);
+    ~EncodingRun();
+    EncodingRun(const EncodingRun&) = delete;
+    EncodingRun& operator=(const EncodingRun&) = delete;
+
+    /// Puts a new encoder into the session, its events connected, and clears the sources. An
+    /// encoder that still runs is told to stop; it finishes its file, but nobody listens to it any
+    /// more. Throws Error when no encoder can be made; all stays as it was then.
+    void NewSession();
+
+    /// Prepares and starts the session's encoder and returns at once; a failure has its line.
+    TranscodeResult Transcode();
+
+    /// Stops the session's encoder, which must be there. A failure has its line.
+    void Stop();
+
+    /// Lets go of encoders that have finished their files.
+    void Purge();
+
+    /// Whether the session's encoder was started and has not yet reported its end.
+    bool IsRunning() const { return g_bRunning; }
+    /// Whether an earlier encoder still finishes its file.
+    bool IsFinishingOthers() const;
+    /// Whether the last run ended in an error, or its report could not be written.
+    bool HasFailed() const { return g_bFailed; }
+    void ForgetFailure() { g_bFailed = false; }
+    /// Counts the sessions, so that one who waits can tell its own from the next.
+    std::uint64_t SessionNumber() const { return g_nSession; }
+
+  private:
+    class Events;
+
+    void g_objEncoder_OnStateChange(platform::EncoderState state);
+    void g_objEncoder_OnError(std::int32_t number, const std::string& description);
+    void OnRunning();
+    void OnStopped();
+    void ReleaseEncoder();
+    void StopEncoder(platform::WMEncoder& encoder);
+
+    platform::FormWindow& window_;
+    platform::Factory& factory_;
+    platform::SessionState& session_;
+    const cli::EncodeSettings& settings_;
+    platform::OutputPane& pane_;
+    Progress& progress_;
+    StatisticsReport& report_;
+    const WallClock clock_;
+
+    std::unique_ptr<Events> g_objEvents;  // of the session's encoder
+    std::vector<std::shared_ptr<platform::WMEncoder>> g_arrFinishing;
+    std::uint64_t g_nSession = 0;
+    int g_nEventDepth = 0;  // events that are being handled
+    std::int32_t g_encodeError = 0;
+    WallTime g_dtStart;
+    WallTime g_dtEnd;
+    bool g_bRunning = false;
+    bool g_bFailed = false;
+};
+
+}  // namespace app

@@ -1,0 +1,44 @@
+// The runs of a folder's files, one after the other, while the window stays usable.
+#pragma once
+
+#include "app/encoding_run.h"
+#include "platform/event_loop.h"
+#include "session/file_run.h"
+
+namespace app {
+
+/// Walks may be nested: a command that is given while a folder is walked takes over, and the walk
+/// around it ends when it gets its turn again. User-interface thread; what is handed over must
+/// outlive the object.
+class FolderRun final : public session::FileRun {
+  public:
+    FolderRun(platform::EventLoop& loop, EncodingRun& run) : loop_(loop), run_(run) {}
+
+    /// A walk for as long as it lives.
+    class Walk {
+      public:
+        explicit Walk(FolderRun& folder_run) : folder_run_(folder_run) { ++folder_run_.g_nWalks; }
+        ~Walk();
+        Walk(const Walk&) = delete;
+        Walk& operator=(const Walk&) = delete;
+
+      private:
+        FolderRun& folder_run_;
+    };
+
+    bool IsWalking() const { return g_nWalks > 0; }
+    /// Ends every walk that has begun, each at the end of its file.
+    void CancelWalks() { g_nCancelledWalks = g_nWalks; }
+
+    void PrepareSession() override { run_.NewSession(); }
+    session::FileRunEnd RunToEnd() override;
+    bool WalkCancelled() const override { return g_nWalks <= g_nCancelledWalks; }
+
+  private:
+    platform::EventLoop& loop_;
+    EncodingRun& run_;
+    int g_nWalks = 0;           // nested in one another
+    int g_nCancelledWalks = 0;  // the outermost so many of them
+};
+
+}  // namespace app

@@ -1,0 +1,156 @@
+#include "app/main_window.h"
+
+#include <utility>
+
+#include "cli/help.h"
+#include "platform/error.h"
+#include "platform/text.h"
+#include "session/error_line.h"
+
+namespace app {
+
+namespace {
+
+constexpr int kProgressInterval = 1000;  // milliseconds
+
+// How a command ended, for hosts that report it to a shell.
+constexpr int kDone = 0;
+constexpr int kRefused = 1;
+constexpr int kFailed = 2;
+
+}  // namespace
+
+frmMain::frmMain(platform::FormWindow& window, platform::Factory& factory, WallClock clock)
+    : window_(window),
+      factory_(factory),
+      pane_(window.txtInfo()),
+      progress_(window, session_, settings_),
+      report_(window, factory, session_, settings_, pane_),
+      run_(window, factory, session_, settings_, pane_, progress_, report_, std::move(clock)),
+      folder_run_(window.Loop(), run_),
+      encoder_setup_(session_, settings_, pane_, factory),
+      directory_mode_(session_, settings_, pane_, encoder_setup_, folder_run_),
+      actions_(factory, session_, pane_, report_),
+      readers_(pane_),
+      parser_(settings_, readers_, pane_, actions_, session_) {
+    Form_Initialize();
+}
+
+void frmMain::Form_Initialize() {
+    window_.SetCaption("Orlavane Tessivo");
+    window_.cmdGo().SetCaption("&Go");
+    window_.cmdStop().SetCaption("&Stop");
+}
+
+void frmMain::Form_Load() {
+    g_strInstallDrive = "C";
+    window_.Timer1().SetInterval(kProgressInterval);
+    window_.Timer1().SetEnabled(true);
+}
+
+void frmMain::Form_Unload() { window_.SetMousePointer(platform::MousePointer::Default); }
+
+void frmMain::cmdGo_Click() {
+    platform::TextBox& command = window_.txtCmd();
+    if (command.Text().empty()) command.SetText(window_.Arguments());
+    const std::vector<std::string> words = platform::Split(command.Text(), ' ');
+    window_.lblStatus().SetCaption("Initializing Codecs...");
+    if (words.size() < 2)
+        OfferDefaultCommand();
+    else
+        RunWords(words);
+}
+
+void frmMain::RunCommand(const std::vector<std::string>& words) {
+    g_bAutoStarted = 1;
+    window_.lblStatus().SetCaption("Initializing Codecs...");
+    if (words.empty())
+        OfferDefaultCommand();
+    else
+        RunWords(words);
+}
+
+void frmMain::cmdStop_Click() {
+    if (!session_.g_objEncoder) return;
+    folder_run_.CancelWalks();
+    run_.Stop();
+    window_.Timer1().SetEnabled(false);
+    window_.lblStatus().SetCaption("Stopped by user.");
+}
+
+void frmMain::txtCmd_KeyPress(std::int16_t key) {
+    if (key == platform::kEnterKey) cmdGo_Click();
+}
+
+void frmMain::Timer1_Timer() {
+    if (g_bAutoStarted == 0) {
+        // Set first: a first run that walks a folder lets ticks in before it returns.
+        g_bAutoStarted = 1;
+        cmdGo_Click();
+        return;
+    }
+    run_.Purge();
+    progress_.Tick();
+}
+
+bool frmMain::IsBusy() const {
+    return run_.IsRunning() || run_.IsFinishingOthers() || folder_run_.IsWalking();
+}
+
+int frmMain::ExitStatus() const {
+    if (g_nExitStatus != kDone) return g_nExitStatus;
+    return run_.HasFailed() ? kFailed : kDone;
+}
+
+void frmMain::OfferDefaultCommand() {
+    g_nExitStatus = kDone;
+    run_.ForgetFailure();
+    window_.Beep();
+    window_.lblStatus().SetCaption("Change parameters, then press Go.  (Help is above)");
+    window_.txtInfo().SetText("");
+    cli::ShowHelp(pane_);
+    window_.txtCmd().SetText("-profile scrna -output " + g_strInstallDrive +
+                             ":\\ZELMO\\cap1.wmv -duration 90000");
+}
+
+void frmMain::RunWords(const std::vector<std::string>& words) {
+    const std::uint64_t command = ++g_nCommands;
+    g_nExitStatus = kDone;
+    run_.ForgetFailure();
+    int status = kRefused;
+    try {
+        status = RunSession(words);
+    } catch (const platform::Error& error) {
+        pane_.OutputInfo(session::ErrorLine(error.unsigned_number(), error.description()));
+    }
+    // A command that was given meanwhile has its own status.
+    if (command == g_nCommands) g_nExitStatus = status;
+}
+
+int frmMain::RunSession(const std::vector<std::string>& words) {
+    run_.NewSession();
+    folder_run_.CancelWalks();
+    session_.g_objFSO = factory_.MakeFileSystem();
+    if (!parser_.ParseParameters(words)) return parser_.Refused() ? kRefused : kDone;
+    if (!settings_.input.empty() && session_.g_objFSO->FolderExists(settings_.input))
+        return RunFolder();
+    if (!encoder_setup_.SetupEncoder()) return kRefused;
+    settings_.silent = false;  // only a folder's runs go without their reports
+    switch (run_.Transcode()) {
+        case TranscodeResult::NotPrepared:
+            return kRefused;
+        case TranscodeResult::NotStarted:
+            return kFailed;
+        case TranscodeResult::Started:
+            break;
+    }
+    return kDone;  // so far: the stopped state says the rest
+}
+
+int frmMain::RunFolder() {
+    const FolderRun::Walk walk(folder_run_);
+    if (!directory_mode_.DoDirectoryModeEncoding()) return kRefused;
+    return directory_mode_.AnyFailed() ? kFailed : kDone;
+}
+
+}  // namespace app
