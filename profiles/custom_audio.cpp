@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "cli/value_readers.h"
@@ -62,10 +63,10 @@ constexpr std::int32_t kDefaultDepth = 16;
 
 /// The fields of an "-a_setting" as whole numbers.
 struct FormatFields {
-    std::int32_t rate = 0;           // kilobits per second, or the quality
-    std::int32_t sampling_rate = 0;  // kilohertz
-    std::int32_t channels = 0;
-    std::int32_t depth = kDefaultDepth;
+    std::int32_t rate;           // kilobits per second, or the quality
+    std::int32_t sampling_rate;  // kilohertz
+    std::int32_t channels;
+    std::int32_t depth;
 };
 
 /// Nothing, after the reader's lines, when a field is no whole number. A field too few is read as
@@ -75,13 +76,12 @@ std::optional<FormatFields> ReadFields(std::vector<std::string> texts, platform:
     texts.resize(std::min(texts.size(), kMostFields));
 
     cli::ValueReaders readers(pane);
-    std::vector<std::int32_t> values;
-    for (const std::string& text : texts) values.push_back(readers.ConvertStringToInteger(text));
+    std::array<std::int32_t, kMostFields> values = {0, 0, 0, kDefaultDepth};
+    std::ranges::transform(texts, values.begin(), [&](const std::string& text) {
+        return readers.ConvertStringToInteger(text);
+    });
     if (Contains(values, cli::kUnread)) return std::nullopt;
-
-    FormatFields fields = {values[0], values[1], values[2]};
-    if (values.size() == kMostFields) fields.depth = values.back();
-    return fields;
+    return FormatFields{values[0], values[1], values[2], values[3]};
 }
 
 bool Refuse(platform::OutputPane& pane, std::string_view what, std::int64_t value) {
