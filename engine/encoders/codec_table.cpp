@@ -94,6 +94,42 @@ std::string RateText(VbrMode mode, std::int32_t value) {
                                     : fmt::format("{} kbps", Kilobits(value));
 }
 
+const char* ModeName(VbrMode mode) {
+    switch (mode) {
+        case VbrMode::Constant:
+            return "constant rate";
+        case VbrMode::Peak:
+            return "peak rate";
+        case VbrMode::Quality:
+            return "quality";
+        case VbrMode::BitRate:
+            return "bit rate VBR";
+    }
+    return "unknown";
+}
+
+// The settings that come near `wanted`, on one line.
+std::string FormatOffer(const AudioCodecRow& row, VbrMode mode, const AudioFormat& wanted) {
+    constexpr std::size_t kMost = 12;
+    const std::span<const AudioFormat> formats = AudioFormats(row, mode);
+    std::vector<AudioFormat> near;
+    const auto gather = [&](const auto& fits) {
+        if (near.empty())
+            std::copy_if(formats.begin(), formats.end(), std::back_inserter(near), fits);
+    };
+    gather([&](const AudioFormat& format) { return SameSound(format, wanted); });
+    gather([&](const AudioFormat& format) {
+        return format.sampling_rate == wanted.sampling_rate && format.channels == wanted.channels;
+    });
+    gather([&](const AudioFormat& format) { return format.value == wanted.value; });
+    gather([](const AudioFormat&) { return true; });
+    std::string offer;
+    for (std::size_t i = 0; i < std::min(near.size(), kMost); ++i)
+        offer += (i == 0 ? "" : ", ") + FormatArgument(row, mode, near[i]);
+    return near.size() < formats.size() || near.size() > kMost ? offer + " (-a_formats lists all)"
+                                                               : offer;
+}
+
 }  // namespace
 
 std::span<const AudioCodecRow> AudioCodecs() { return kAudioCodecs; }
@@ -155,25 +191,21 @@ std::string FormatArgument(const AudioCodecRow& row, VbrMode mode, const AudioFo
     return argument;
 }
 
-std::string FormatOffer(const AudioCodecRow& row, VbrMode mode, const AudioFormat& wanted) {
-    constexpr std::size_t kMost = 12;
-    const std::span<const AudioFormat> formats = AudioFormats(row, mode);
-    std::vector<AudioFormat> near;
-    const auto gather = [&](const auto& fits) {
-        if (near.empty())
-            std::copy_if(formats.begin(), formats.end(), std::back_inserter(near), fits);
-    };
-    gather([&](const AudioFormat& format) { return SameSound(format, wanted); });
-    gather([&](const AudioFormat& format) {
-        return format.sampling_rate == wanted.sampling_rate && format.channels == wanted.channels;
-    });
-    gather([&](const AudioFormat& format) { return format.value == wanted.value; });
-    gather([](const AudioFormat&) { return true; });
-    std::string offer;
-    for (std::size_t i = 0; i < std::min(near.size(), kMost); ++i)
-        offer += (i == 0 ? "" : ", ") + FormatArgument(row, mode, near[i]);
-    return near.size() < formats.size() || near.size() > kMost ? offer + " (-a_formats lists all)"
-                                                               : offer;
+AudioFormat RequireAudioFormat(const AudioCodecRow& row, VbrMode mode, const AudioFormat& wanted) {
+    const std::optional<AudioFormat> found = FindAudioFormat(row, mode, wanted);
+    if (found) return *found;
+    if (AudioFormats(row, mode).empty())
+        throw platform::Error(
+            platform::kInvalidArgument,
+            fmt::format("{} has no {} mode: give -a_mode {} or another -a_codec", row.name,
+                        ModeName(mode), row.tag == kLosslessTag ? 2 : 0));
+    throw platform::Error(
+        platform::kInvalidArgument,
+        fmt::format("{} has no format with {}, {} Hz, {}, {} bits per sample in {} mode: its "
+                    "settings are {}",
+                    row.name, RateText(mode, wanted.value), wanted.sampling_rate,
+                    ChannelText(wanted.channels), wanted.bits_per_sample, ModeName(mode),
+                    FormatOffer(row, mode, wanted)));
 }
 
 WrittenAudio WrittenFor(const AudioCodecRow& row, VbrMode mode, const AudioFormat& format) {

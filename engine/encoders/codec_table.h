@@ -66,14 +66,14 @@ std::span<const AudioFormat> UnlistedAudioFormats(const AudioCodecRow& row, plat
 std::optional<AudioFormat> FindAudioFormat(const AudioCodecRow& row, platform::VbrMode mode,
                                            const AudioFormat& wanted);
 
+/// The same, but throws Error (invalid argument) with what the codec offers when there is none.
+AudioFormat RequireAudioFormat(const AudioCodecRow& row, platform::VbrMode mode,
+                               const AudioFormat& wanted);
+
 /// A format as -a_setting takes it: "64_44_2", "Q75_44_2", with the bits per sample for the codecs
 /// that have several.
 std::string FormatArgument(const AudioCodecRow& row, platform::VbrMode mode,
                            const AudioFormat& format);
-
-/// What one line says about a codec's formats that come near `wanted`, for an error.
-std::string FormatOffer(const AudioCodecRow& row, platform::VbrMode mode,
-                        const AudioFormat& wanted);
 
 /// How an asked format is really written: a stand-in, and an encoder whose range ends earlier, take
 /// the nearest that they can. `format.value` is a bit rate in bits per second in every mode.

@@ -1,0 +1,133 @@
+#include "engine/object_model/audience.h"
+
+#include <fmt/format.h>
+
+#include "engine/object_model/value_checks.h"
+
+namespace engine {
+
+namespace {
+
+constexpr std::int32_t kMostPixels = 16384;
+constexpr std::int32_t kMostBufferMs = 600'000;
+constexpr std::int32_t kMostFrameRate = 1'000'000;  // thousandths
+
+std::int32_t LastPlace(std::size_t rows) { return static_cast<std::int32_t>(rows) - 1; }
+
+}  // namespace
+
+AudienceState& Audience::State(int stream) const {
+    CheckStream(stream);
+    // The profile may have taken over another with fewer audiences since this object was made.
+    if (place_ >= profile_->audiences.size())
+        RefuseArgument(fmt::format("Audience {} is no longer in its profile", place_));
+    return profile_->audiences[place_];
+}
+
+std::int32_t Audience::AudioCodec(int stream) const { return State(stream).audio.codec; }
+void Audience::SetAudioCodec(int stream, std::int32_t index) {
+    State(stream).audio.codec = InRange("AudioCodec", index, 0, LastPlace(AudioCodecs().size()));
+}
+std::int32_t Audience::AudioBufferMax(int stream) const {
+    return State(stream).audio.peak_buffer_ms;
+}
+void Audience::SetAudioBufferMax(int stream, std::int32_t milliseconds) {
+    State(stream).audio.peak_buffer_ms = InRange("AudioBufferMax", milliseconds, 0, kMostBufferMs);
+}
+std::int32_t Audience::AudioPeakBitrate(int stream) const {
+    return State(stream).audio.peak_rate_bps;
+}
+void Audience::SetAudioPeakBitrate(int stream, std::int32_t bps) {
+    State(stream).audio.peak_rate_bps = InRange("AudioPeakBitrate", bps, 1, kNoUpperLimit);
+}
+
+void Audience::SetAudioConfig(int stream, std::int32_t channels, std::int32_t sampling_rate,
+                              std::int32_t bit_rate, std::int32_t bits_per_sample) {
+    AudioSettings& audio = State(stream).audio;
+    audio.format = RequireAudioFormat(AudioCodecs()[static_cast<std::size_t>(audio.codec)],
+                                      profile_->audio_mode,
+                                      {bit_rate, sampling_rate, channels, bits_per_sample});
+}
+
+std::int32_t Audience::AudioBitrate(int stream) const { return State(stream).audio.format.value; }
+std::int32_t Audience::AudioChannels(int stream) const {
+    return State(stream).audio.format.channels;
+}
+std::int32_t Audience::AudioSamplingRate(int stream) const {
+    return State(stream).audio.format.sampling_rate;
+}
+std::int32_t Audience::AudioBitsPerSample(int stream) const {
+    return State(stream).audio.format.bits_per_sample;
+}
+
+std::int32_t Audience::VideoCodec(int stream) const { return State(stream).video.codec; }
+void Audience::SetVideoCodec(int stream, std::int32_t index) {
+    State(stream).video.codec = InRange("VideoCodec", index, 0, LastPlace(VideoCodecs().size()));
+}
+std::int32_t Audience::VideoBitrate(int stream) const { return State(stream).video.bit_rate_bps; }
+void Audience::SetVideoBitrate(int stream, std::int32_t bps) {
+    State(stream).video.bit_rate_bps = InRange("VideoBitrate", bps, 1, kNoUpperLimit);
+}
+std::int32_t Audience::VideoWidth(int stream) const { return State(stream).video.width; }
+void Audience::SetVideoWidth(int stream, std::int32_t pixels) {
+    State(stream).video.width = InRange("VideoWidth", pixels, 0, kMostPixels);
+}
+std::int32_t Audience::VideoHeight(int stream) const { return State(stream).video.height; }
+void Audience::SetVideoHeight(int stream, std::int32_t pixels) {
+    State(stream).video.height = InRange("VideoHeight", pixels, 0, kMostPixels);
+}
+std::int32_t Audience::VideoFPS(int stream) const { return State(stream).video.frame_rate; }
+void Audience::SetVideoFPS(int stream, std::int32_t thousandths) {
+    State(stream).video.frame_rate = InRange("VideoFPS", thousandths, 1, kMostFrameRate);
+}
+std::int32_t Audience::VideoKeyFrameDistance(int stream) const {
+    return State(stream).video.key_frame_distance_ms;
+}
+void Audience::SetVideoKeyFrameDistance(int stream, std::int32_t milliseconds) {
+    State(stream).video.key_frame_distance_ms =
+        InRange("VideoKeyFrameDistance", milliseconds, 0, kNoUpperLimit);
+}
+std::int32_t Audience::VideoBufferSize(int stream) const { return State(stream).video.buffer_ms; }
+void Audience::SetVideoBufferSize(int stream, std::int32_t milliseconds) {
+    State(stream).video.buffer_ms = InRange("VideoBufferSize", milliseconds, 1, kMostBufferMs);
+}
+std::int32_t Audience::VideoImageSharpness(int stream) const {
+    return State(stream).video.sharpness;
+}
+void Audience::SetVideoImageSharpness(int stream, std::int32_t sharpness) {
+    State(stream).video.sharpness = InRange("VideoImageSharpness", sharpness, 0, 100);
+}
+std::int32_t Audience::VideoCompressionQuality(int stream) const {
+    return State(stream).video.quality;
+}
+void Audience::SetVideoCompressionQuality(int stream, std::int32_t quality) {
+    State(stream).video.quality = InRange("VideoCompressionQuality", quality, 0, 100);
+}
+std::int32_t Audience::VideoBufferMax(int stream) const {
+    return State(stream).video.peak_buffer_ms;
+}
+void Audience::SetVideoBufferMax(int stream, std::int32_t milliseconds) {
+    State(stream).video.peak_buffer_ms = InRange("VideoBufferMax", milliseconds, 0, kMostBufferMs);
+}
+std::int32_t Audience::VideoPeakBitrate(int stream) const {
+    return State(stream).video.peak_rate_bps;
+}
+void Audience::SetVideoPeakBitrate(int stream, std::int32_t bps) {
+    State(stream).video.peak_rate_bps = InRange("VideoPeakBitrate", bps, 1, kNoUpperLimit);
+}
+
+platform::PropertyValue Audience::Property(platform::SourceType type, int stream,
+                                           const std::string& name) const {
+    CheckAudioOrVideo(type);
+    const auto& properties = State(stream).properties;
+    const auto found = properties.find({type, name});
+    return found == properties.end() ? platform::PropertyValue() : found->second;
+}
+
+void Audience::SetProperty(platform::SourceType type, int stream, const std::string& name,
+                           const platform::PropertyValue& value) {
+    CheckAudioOrVideo(type);
+    State(stream).properties[{type, name}] = value;
+}
+
+}  // namespace engine

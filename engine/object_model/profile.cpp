@@ -1,0 +1,160 @@
+#include "engine/object_model/profile.h"
+
+#include <fmt/format.h>
+
+#include "engine/object_model/audience.h"
+#include "engine/object_model/value_checks.h"
+
+namespace engine {
+
+namespace {
+
+using platform::SourceType;
+
+constexpr std::int32_t kMostPacketBytes = 65536;
+
+template <typename Rows>
+const auto& RowAt(const Rows& rows, const char* list, int index) {
+    InRange(list, index, 0, static_cast<std::int32_t>(rows.size()) - 1);
+    return rows[static_cast<std::size_t>(index)];
+}
+
+const AudioCodecRow& AudioRow(int index) {
+    return RowAt(AudioCodecs(), "The audio codec index", index);
+}
+const VideoCodecRow& VideoRow(int index) {
+    return RowAt(VideoCodecs(), "The video codec index", index);
+}
+
+}  // namespace
+
+const ProfileState& Profile::StateOf(const platform::WMEncProfile2& profile) {
+    const auto* own = dynamic_cast<const Profile*>(&profile);
+    if (own == nullptr)
+        RefuseArgument("The profile was not made by this encoder: make a new one and set it up");
+    return *own->state_;
+}
+
+void Profile::SetContentType(std::int32_t content_type) {
+    if (content_type != platform::kContentAudio && content_type != platform::kContentVideo &&
+        content_type != platform::kContentAudioVideo)
+        RefuseArgument(fmt::format(
+            "ContentType cannot be {}: give 1 (audio), 16 (video) or 17 (both)", content_type));
+    state_->content_type = content_type;
+}
+
+std::shared_ptr<platform::WMEncAudience> Profile::AddAudience(std::int32_t bit_rate_bps) {
+    AudienceState audience;
+    audience.bit_rate_bps = InRange("The audience's bit rate", bit_rate_bps, 1, kNoUpperLimit);
+    state_->audiences.push_back(audience);
+    return Audience(AudienceCount() - 1);
+}
+
+std::shared_ptr<platform::WMEncAudience> Profile::Audience(int index) {
+    if (index < 0 || index >= AudienceCount())
+        RefuseArgument(
+            fmt::format("There is no audience {} in the profile \"{}\"", index, state_->name));
+    return std::make_shared<engine::Audience>(state_, static_cast<std::size_t>(index));
+}
+
+platform::VbrMode Profile::VBRMode(SourceType type, int stream) const {
+    CheckAudioOrVideo(type);
+    CheckStream(stream);
+    return type == SourceType::Audio ? state_->audio_mode : state_->video_mode;
+}
+
+void Profile::SetVBRMode(SourceType type, int stream, platform::VbrMode mode) {
+    CheckAudioOrVideo(type);
+    CheckStream(stream);
+    InRange("VBRMode", static_cast<std::int32_t>(mode), 1, 4);
+    (type == SourceType::Audio ? state_->audio_mode : state_->video_mode) = mode;
+}
+
+int Profile::AudioCodecCount() const { return engine::AudioCodecCount(state_->audio_mode); }
+int Profile::VideoCodecCount() const { return engine::VideoCodecCount(state_->video_mode); }
+
+std::string Profile::EnumAudioCodec(int index) const {
+    return AudioDisplayName(AudioRow(index), state_->audio_mode);
+}
+std::string Profile::EnumVideoCodec(int index) const { return VideoDisplayName(VideoRow(index)); }
+
+std::uint32_t Profile::GetCodecFourCCFromIndex(SourceType type, int index) const {
+    CheckAudioOrVideo(type);
+    return type == SourceType::Audio ? AudioRow(index).tag : VideoRow(index).four_cc;
+}
+
+int Profile::GetCodecIndexFromFourCC(SourceType type, std::uint32_t four_cc) const {
+    CheckAudioOrVideo(type);
+    int index = 0;
+    if (type == SourceType::Audio) {
+        for (const AudioCodecRow& row : AudioCodecs()) {
+            if (row.tag == four_cc) return index;
+            ++index;
+        }
+    } else {
+        for (const VideoCodecRow& row : VideoCodecs()) {
+            if (row.four_cc == four_cc) return index;
+            ++index;
+        }
+    }
+    RefuseArgument(fmt::format("There is no {} codec with the code 0x{:X}",
+                               type == SourceType::Audio ? "audio" : "video", four_cc));
+}
+
+int Profile::AudioFormatCount(int codec_index) const {
+    return static_cast<int>(AudioFormats(AudioRow(codec_index), state_->audio_mode).size());
+}
+
+std::int32_t Profile::EnumAudioFormat(int codec_index, int format_index,
+                                      std::int32_t& sampling_rate, std::int32_t& channels,
+                                      std::int32_t& bits_per_sample) const {
+    const auto formats = AudioFormats(AudioRow(codec_index), state_->audio_mode);
+    const AudioFormat& format = RowAt(formats, "The audio format index", format_index);
+    sampling_rate = format.sampling_rate;
+    channels = format.channels;
+    bits_per_sample = format.bits_per_sample;
+    return format.value;
+}
+
+bool Profile::NonSquarePixelMode(int stream) const {
+    CheckStream(stream);
+    return state_->non_square_pixels;
+}
+void Profile::SetNonSquarePixelMode(int stream, bool on) {
+    CheckStream(stream);
+    state_->non_square_pixels = on;
+}
+bool Profile::InterlaceMode(int stream) const {
+    CheckStream(stream);
+    return state_->interlaced;
+}
+void Profile::SetInterlaceMode(int stream, bool on) {
+    CheckStream(stream);
+    state_->interlaced = on;
+}
+void Profile::SetMinPacketSize(std::int32_t bytes) {
+    state_->min_packet_bytes = InRange("MinPacketSize", bytes, 0, kMostPacketBytes);
+}
+void Profile::SetMaxPacketSize(std::int32_t bytes) {
+    state_->max_packet_bytes = InRange("MaxPacketSize", bytes, 0, kMostPacketBytes);
+}
+
+void Profile::LoadFromFile(const std::string& path) {
+    throw platform::Error(platform::kNotImplemented,
+                          fmt::format("The profile file {} cannot be loaded: reading profile files "
+                                      "is not possible yet, name a profile or set options",
+                                      path));
+}
+
+void Profile::SaveToFile(const std::string& path) {
+    throw platform::Error(
+        platform::kNotImplemented,
+        fmt::format("The profile cannot be saved as {}: writing profile files is not possible yet",
+                    path));
+}
+
+void Profile::LoadFromIWMProfile(const platform::WMEncProfile2& profile) {
+    *state_ = ProfileState(StateOf(profile));
+}
+
+}  // namespace engine

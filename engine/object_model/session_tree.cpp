@@ -1,0 +1,49 @@
+#include "engine/object_model/session_tree.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+namespace engine {
+
+namespace {
+
+void CheckProtocol(platform::BroadcastProtocol protocol) {
+    if (protocol != platform::BroadcastProtocol::Http)
+        RefuseArgument(fmt::format("Broadcast protocol {} is not known: give HTTP (1)",
+                                   static_cast<std::int32_t>(protocol)));
+}
+
+}  // namespace
+
+std::int32_t Broadcast::PortNumber(platform::BroadcastProtocol protocol) const {
+    CheckProtocol(protocol);
+    return port_;
+}
+
+void Broadcast::SetPortNumber(platform::BroadcastProtocol protocol, std::int32_t port) {
+    CheckProtocol(protocol);
+    port_ = InRange("PortNumber", port, 0, 65535);
+}
+
+void Attributes::Add(const std::string& name, const platform::AttributeValue& value) {
+    if (name.empty()) RefuseArgument("An attribute needs a name");
+    const auto same = std::find_if(items_.begin(), items_.end(),
+                                   [&](const auto& item) { return item.first == name; });
+    if (same != items_.end())
+        same->second = value;
+    else
+        items_.emplace_back(name, value);
+}
+
+std::pair<std::string, platform::AttributeValue> Attributes::Item(int index) const {
+    if (index < 0 || index >= Count())
+        RefuseArgument(fmt::format("There is no attribute {}", index));
+    return items_[static_cast<std::size_t>(index)];
+}
+
+std::shared_ptr<platform::WMEncSourcePluginInfo> NoPlugins::Item(int index) {
+    RefuseArgument(fmt::format("There is no source plug-in {}", index));
+}
+
+}  // namespace engine

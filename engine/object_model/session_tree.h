@@ -1,0 +1,96 @@
+// The whole tree that a session is set up on, and its small objects: file, broadcast, display
+// information, attributes, plug-ins.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "engine/object_model/source_group.h"
+
+namespace engine {
+
+class OutputFile : public platform::WMEncFile {
+  public:
+    std::string LocalFileName() const override { return name_; }
+    void SetLocalFileName(const std::string& path) override { name_ = path; }
+
+  private:
+    std::string name_;  // as it was given
+};
+
+class Broadcast : public platform::WMEncBroadcast {
+  public:
+    std::int32_t PortNumber(platform::BroadcastProtocol protocol) const override;
+    void SetPortNumber(platform::BroadcastProtocol protocol, std::int32_t port) override;
+    std::string ServerName() const override { return server_; }
+    void SetServerName(const std::string& name) override { server_ = name; }
+    std::string PublishingPoint() const override { return publishing_point_; }
+    void SetPublishingPoint(const std::string& name) override { publishing_point_ = name; }
+    std::string Template() const override { return template_; }
+    void SetTemplate(const std::string& name) override { template_ = name; }
+
+  private:
+    std::int32_t port_ = 0;
+    std::string server_;
+    std::string publishing_point_;
+    std::string template_;
+};
+
+class DisplayInfo : public platform::WMEncDisplayInfo {
+  public:
+    std::string Title() const override { return content_.title; }
+    void SetTitle(const std::string& text) override { content_.title = text; }
+    std::string Author() const override { return content_.author; }
+    void SetAuthor(const std::string& text) override { content_.author = text; }
+    std::string Copyright() const override { return content_.copyright; }
+    void SetCopyright(const std::string& text) override { content_.copyright = text; }
+    std::string Description() const override { return content_.description; }
+    void SetDescription(const std::string& text) override { content_.description = text; }
+    std::string Rating() const override { return content_.rating; }
+    void SetRating(const std::string& text) override { content_.rating = text; }
+
+    const ContentDescription& Content() const { return content_; }
+
+  private:
+    ContentDescription content_;
+};
+
+/// A name that is added again takes the new value: an encoder that is used for several files keeps
+/// one of each.
+class Attributes : public platform::WMEncAttributes {
+  public:
+    void Add(const std::string& name, const platform::AttributeValue& value) override;
+    int Count() const override { return static_cast<int>(items_.size()); }
+    std::pair<std::string, platform::AttributeValue> Item(int index) const override;
+
+    const std::vector<std::pair<std::string, platform::AttributeValue>>& Items() const {
+        return items_;
+    }
+
+  private:
+    std::vector<std::pair<std::string, platform::AttributeValue>> items_;
+};
+
+/// No source plug-in: devices are not found yet.
+class NoPlugins : public platform::WMEncSourcePluginInfoManager {
+  public:
+    int Count() const override { return 0; }
+    std::shared_ptr<platform::WMEncSourcePluginInfo> Item(int index) override;
+};
+
+struct SessionTree {
+    explicit SessionTree(std::shared_ptr<const EngineParts> parts) : groups(std::move(parts)) {}
+
+    SourceGroups groups;
+    OutputFile file;
+    Broadcast broadcast;
+    DisplayInfo display;
+    Attributes attributes;
+    NoPlugins plugins;
+    bool auto_stop = false;
+    std::int32_t video_performance = 60;
+};
+
+}  // namespace engine

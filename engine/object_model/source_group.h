@@ -1,0 +1,55 @@
+// Source groups: the sources that are encoded together, and the profile they are encoded with.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/object_model/profile.h"
+#include "engine/object_model/source.h"
+
+namespace engine {
+
+class SourceGroup : public platform::WMEncSourceGroup {
+  public:
+    SourceGroup(std::string name, std::shared_ptr<const EngineParts> parts)
+        : name_(std::move(name)), parts_(std::move(parts)) {}
+
+    std::string Name() const override { return name_; }
+    std::shared_ptr<platform::WMEncSource> AddSource(platform::SourceType type) override;
+    void AutoSetFileSource(const std::string& path) override;
+    int SourceCount(platform::SourceType type) const override;
+    std::shared_ptr<platform::WMEncSource> Source(platform::SourceType type, int index) override;
+    std::shared_ptr<platform::WMEncProfile2> Profile() override { return profile_; }
+    void SetProfile(const platform::WMEncProfile2& profile) override;
+
+    const std::vector<std::shared_ptr<AudioSource>>& AudioSources() const { return audio_; }
+    const std::vector<std::shared_ptr<VideoSource>>& VideoSources() const { return video_; }
+    const engine::Profile* OwnProfile() const { return profile_.get(); }
+
+  private:
+    std::string name_;
+    std::shared_ptr<const EngineParts> parts_;
+    std::vector<std::shared_ptr<AudioSource>> audio_;
+    std::vector<std::shared_ptr<VideoSource>> video_;
+    std::shared_ptr<engine::Profile> profile_;
+};
+
+class SourceGroups : public platform::WMEncSourceGroupCollection {
+  public:
+    explicit SourceGroups(std::shared_ptr<const EngineParts> parts) : parts_(std::move(parts)) {}
+
+    /// Throws Error (invalid argument) for a name that is taken.
+    std::shared_ptr<platform::WMEncSourceGroup> Add(const std::string& name) override;
+    int Count() const override { return static_cast<int>(groups_.size()); }
+    std::shared_ptr<platform::WMEncSourceGroup> Item(int index) override;
+    void Remove(const std::string& name) override;
+
+    const std::vector<std::shared_ptr<SourceGroup>>& Groups() const { return groups_; }
+
+  private:
+    std::shared_ptr<const EngineParts> parts_;
+    std::vector<std::shared_ptr<SourceGroup>> groups_;
+};
+
+}  // namespace engine

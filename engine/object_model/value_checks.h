@@ -1,0 +1,26 @@
+// The checks of single values that the tree's properties share.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <string>
+
+#include "platform/encoder.h"
+
+namespace engine {
+
+inline constexpr std::int32_t kNoUpperLimit = std::numeric_limits<std::int32_t>::max();
+
+/// Throws Error (invalid argument) that names the property and its range; else gives the value.
+std::int32_t InRange(const char* property, std::int32_t value, std::int32_t least,
+                     std::int32_t most);
+
+/// A session has one stream of a kind: throws Error (invalid argument) for any number but 0.
+void CheckStream(int stream);
+
+/// Throws Error (invalid argument) unless the type is audio or video.
+void CheckAudioOrVideo(platform::SourceType type);
+
+[[noreturn]] void RefuseArgument(const std::string& description);
+
+}  // namespace engine
