@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <string_view>
 
 #include "platform/text.h"
@@ -113,18 +114,15 @@ void EncoderSetup::OpenFile(const std::string& path, const std::string& profile_
 }
 
 bool EncoderSetup::OpenDevice(SourceType type, std::int32_t number, ErrorTrap& trap) {
-    std::string name;
-    bool found = true;
-    trap([&] {
-        name = capture_devices_.GetDeviceNameFromIndex(type, number);
-        found = !name.empty();
-    });
-    if (!found) {
+    std::optional<std::string> name;
+    trap([&] { name = capture_devices_.GetDeviceNameFromIndex(type, number); });
+    if (!name) return true;  // the collected error is reported with the others
+    if (name->empty()) {
         pane_.OutputInfo(fmt::format("Error: Invalid {} device number specified",
                                      type == SourceType::Audio ? "audio" : "video"));
         return false;
     }
-    if (!name.empty()) AddSource(type, name, kDeviceScheme, trap);
+    AddSource(type, *name, kDeviceScheme, trap);
     return true;
 }
 

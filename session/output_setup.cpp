@@ -39,7 +39,8 @@ bool OutputSetup::SetupOutput() {
     if (!settings_.push.server_name.empty()) {
         broadcast.SetServerName(settings_.push.server_name);
         broadcast.SetPublishingPoint(settings_.push.publishing_point);
-        if (!settings_.push.template_.empty()) broadcast.SetTemplate(settings_.push.template_);
+        if (!settings_.push.template_name.empty())
+            broadcast.SetTemplate(settings_.push.template_name);
     }
     return true;
 }
