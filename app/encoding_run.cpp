@@ -169,7 +169,10 @@ void EncodingRun::OnStopped() {
     if (g_encodeError == 0) {
         pane_.OutputInfo("======== Encoding Completed ========\r\n");
         // Nobody else prints the report, so that a run has one.
-        if (!settings_.silent) g_bFailed = !report_.ShowStatistics(g_dtStart, g_dtEnd);
+        const std::uint64_t session = g_nSession;
+        const bool reported = settings_.silent || report_.ShowStatistics(g_dtStart, g_dtEnd);
+        // The report's message box may have let another session begin.
+        if (session == g_nSession) g_bFailed = !reported;
     } else {
         g_bFailed = true;
         pane_.OutputInfo(fmt::format("Error occurred in transcoding: Error Code = 0x{:X}",

@@ -1,0 +1,416 @@
+#include "app/main_window.h"
+
+#include <optional>
+
+#include "support/fake_host.h"
+
+namespace app {
+namespace {
+
+using platform::EncoderState;
+using test_support::FakeEncoder;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+using Lines = std::vector<std::string>;
+
+constexpr char kCommand[] = "-input a.avi -output out/a.wmv -profile av100";
+constexpr char kOffered[] = "-profile scrna -output C:\\ZELMO\\cap1.wmv -duration 90000";
+constexpr char kCompleted[] = "======== Encoding Completed ========";
+
+class MainWindowTest : public testing::Test {
+  protected:
+    MainWindowTest() { factory.files->AddFile("/home/a.avi"); }
+
+    void Go(const std::string& command) {
+        window.command_box.text = command;
+        form.cmdGo_Click();
+    }
+    FakeEncoder& Encoder() { return *factory.encoders.back(); }
+    void Finish() { Encoder().Deliver(EncoderState::Stopped); }
+    int Started() const { return factory.log->Count("Encoder.Start"); }
+    Lines Pane() const { return window.PaneLines(); }
+    int PaneCount(const std::string& line) const {
+        const Lines lines = Pane();
+        return static_cast<int>(std::count(lines.begin(), lines.end(), line));
+    }
+
+    test_support::FakeWindow window;
+    test_support::FakeFactory factory;
+    frmMain form{window, factory, [] { return WallTime{}; }};
+};
+
+TEST_F(MainWindowTest, NamesTheWindowAndArmsTheTimer) {
+    EXPECT_EQ(window.caption, "Orlavane Tessivo");
+    EXPECT_EQ(window.go.caption, "&Go");
+    EXPECT_EQ(window.stop.caption, "&Stop");
+    EXPECT_FALSE(window.timer.enabled);
+    form.Form_Load();
+    EXPECT_EQ(window.timer.interval, 1000);
+    EXPECT_TRUE(window.timer.enabled);
+    window.log->lines.clear();
+    form.Form_Unload();
+    EXPECT_EQ(window.log->lines, Lines{"MousePointer=0"});
+}
+
+TEST_F(MainWindowTest, TooFewWordsShowTheHelpAndOfferACommand) {
+    form.Form_Load();
+    for (const char* const command : {"", "-a_codecs"}) {
+        window.info.text = "what was there before\r\n";
+        window.log->lines.clear();
+        Go(command);
+        EXPECT_EQ(window.log->lines,
+                  (Lines{"lblStatus=Initializing Codecs...", "Beep",
+                         "lblStatus=Change parameters, then press Go.  (Help is above)"}));
+        EXPECT_EQ(Pane().size(), 308U) << command;
+        EXPECT_TRUE(window.info.scrolled);
+        EXPECT_EQ(window.command_box.text, kOffered);
+        EXPECT_EQ(form.ExitStatus(), 0);
+    }
+    EXPECT_TRUE(factory.encoders.empty());
+}
+
+TEST_F(MainWindowTest, AnEmptyBoxTakesTheArguments) {
+    window.arguments = kCommand;
+    Go("");
+    EXPECT_EQ(window.command_box.text, kCommand);
+    EXPECT_EQ(Started(), 1);
+    window.arguments = "-something else";
+    form.cmdGo_Click();
+    EXPECT_EQ(window.command_box.text, kCommand) << "a box with text keeps it";
+}
+
+TEST_F(MainWindowTest, GoEncodesAndTheStoppedStateReportsOnce) {
+    Go(std::string(kCommand) + " -silent");
+    EXPECT_EQ(window.status.caption, "Initializing Codecs...");
+    EXPECT_TRUE(factory.log->Has("AutoSetFileSource(/home/a.avi)"));
+    EXPECT_EQ(Started(), 1);
+    EXPECT_TRUE(form.IsBusy());
+    EXPECT_THAT(Pane(), IsEmpty());
+    Encoder().Deliver(EncoderState::Running);
+    Finish();
+    EXPECT_EQ(window.status.caption, "  Done.");
+    EXPECT_EQ(PaneCount(kCompleted), 1);
+    EXPECT_EQ(PaneCount("Overall:"), 1) << "a single file has its report, silent or not";
+    EXPECT_FALSE(form.IsBusy());
+    EXPECT_EQ(form.ExitStatus(), 0);
+}
+
+TEST_F(MainWindowTest, EnterIsGoAndOtherKeysAreNot) {
+    window.command_box.text = kCommand;
+    form.txtCmd_KeyPress(65);
+    EXPECT_EQ(Started(), 0);
+    form.txtCmd_KeyPress(platform::kEnterKey);
+    EXPECT_EQ(Started(), 1);
+}
+
+struct EndCase {
+    const char* why;
+    const char* command;
+    const char* failing;  // operation
+    int status;
+    Lines pane;
+};
+
+TEST_F(MainWindowTest, GoEndsWithOneLineAndAStatus) {
+    const EndCase cases[] = {
+        // why, command, failing operation, status, pane
+        {"two blanks are an empty word", "-input  a.avi", "", 1, {"Invalid parameter: "}},
+        {"an option last without its text", "-silent -output", "", 1, {"Error: 0x8002000B - "}},
+        {"no encoder can be made ready",
+         kCommand,
+         "Encoder.PrepareToEncode",
+         1,
+         {"Prepare to encode failed with error -2147467259 asked for"}},
+        {"the encoder does not start",
+         kCommand,
+         "Encoder.Start",
+         2,
+         {"Start encoder failed with error -2147467259 asked for"}},
+        {"set-up lets an error pass",
+         kCommand,
+         "File.LocalFileName",
+         1,
+         {"Error: 0x80004005 - asked for"}},
+        {"a file's information", "-input a.avi", "", 0, {"General", "Format : AVI"}},
+        {"a file without information",
+         "-input a.avi",
+         "MediaInfo.Description",
+         1,
+         {"Error: 0x80004005 - asked for"}},
+        {"a folder needs an output",
+         "-input /home -profile av100",
+         "",
+         1,
+         {"Error: No output directory specified"}},
+    };
+    for (const EndCase& c : cases) {
+        test_support::FakeWindow fresh_window;
+        test_support::FakeFactory fresh_factory;
+        frmMain fresh(fresh_window, fresh_factory, [] { return WallTime{}; });
+        if (*c.failing != '\0')
+            fresh_factory.log->Fail(c.failing, platform::kUnspecified, "asked for", 1);
+        fresh_window.command_box.text = c.command;
+        fresh.cmdGo_Click();
+        const Lines pane = fresh_window.PaneLines();
+        ASSERT_EQ(pane.size(), c.pane.size()) << c.why << ": " << fresh_window.info.text;
+        for (std::size_t i = 0; i < pane.size(); ++i)
+            EXPECT_THAT(pane[i], StartsWith(c.pane[i])) << c.why;
+        EXPECT_EQ(fresh.ExitStatus(), c.status) << c.why;
+        EXPECT_FALSE(fresh.IsBusy()) << c.why;
+
+        fresh_window.command_box.text = "-input a.avi -output b.wmv -profile av100";
+        fresh.cmdGo_Click();
+        EXPECT_TRUE(fresh.IsBusy()) << c.why << ": the next command runs";
+        EXPECT_EQ(fresh.ExitStatus(), 0) << c.why;
+    }
+}
+
+TEST_F(MainWindowTest, AnErrorWhileRunningIsTheStatusUntilTheNextCommand) {
+    Go(kCommand);
+    Encoder().events->OnError(static_cast<std::int32_t>(platform::kDiskFull), "no room");
+    Finish();
+    EXPECT_THAT(Pane(), ElementsAre("Error: 0x80070070 - no room",
+                                    "Error occurred in transcoding: Error Code = 0x80070070"));
+    EXPECT_EQ(form.ExitStatus(), 2);
+    Go("-input a.avi");
+    EXPECT_EQ(form.ExitStatus(), 0);
+}
+
+TEST_F(MainWindowTest, SplitWordsGoToTheParserAsTheyAre) {
+    form.RunCommand({"-devices"});
+    EXPECT_THAT(Pane(), ElementsAre("audio device:", "video device:"));
+    EXPECT_EQ(form.ExitStatus(), 0);
+    form.RunCommand({"-bogus"});
+    EXPECT_EQ(Pane().back(), "Invalid parameter: -bogus");
+    EXPECT_EQ(form.ExitStatus(), 1);
+    form.RunCommand(
+        {"-input", "a.avi", "-output", "a.wmv", "-profile", "av100", "-title", "two words"});
+    EXPECT_TRUE(factory.log->Has("DisplayInfo.Title=two words"));
+    form.Form_Load();
+    form.RunCommand({});
+    EXPECT_EQ(window.status.caption, "Change parameters, then press Go.  (Help is above)");
+    EXPECT_EQ(window.command_box.text, kOffered);
+    EXPECT_EQ(form.ExitStatus(), 0);
+}
+
+TEST_F(MainWindowTest, TheFirstTickRunsGoOnce) {
+    window.arguments = kCommand;
+    form.Form_Load();
+    form.Timer1_Timer();
+    EXPECT_EQ(Started(), 1);
+    EXPECT_EQ(window.label1.caption, "") << "the tick of the first run shows no progress";
+    form.Timer1_Timer();
+    EXPECT_EQ(Started(), 1);
+    EXPECT_THAT(window.label1.caption, StartsWith("Elapsed time: "));
+}
+
+TEST_F(MainWindowTest, TicksWithoutAnEncoderAreQuiet) {
+    form.Form_Load();
+    form.Timer1_Timer();
+    window.log->lines.clear();
+    const std::string pane = window.info.text;
+    form.Timer1_Timer();
+    EXPECT_THAT(window.log->lines, IsEmpty());
+    EXPECT_EQ(window.info.text, pane);
+}
+
+TEST_F(MainWindowTest, AHostsOwnFirstCommandTakesThePlaceOfTheAutomaticOne) {
+    window.arguments = kCommand;
+    form.Form_Load();
+    form.RunCommand({"-devices"});
+    form.Timer1_Timer();
+    EXPECT_EQ(Started(), 0);
+}
+
+TEST_F(MainWindowTest, StopBeforeAnyGoDoesNothing) {
+    form.Form_Load();
+    window.log->lines.clear();
+    form.cmdStop_Click();
+    EXPECT_THAT(window.log->lines, IsEmpty());
+    EXPECT_TRUE(window.timer.enabled);
+}
+
+TEST_F(MainWindowTest, StopEndsTheRunGracefullyAndMayComeTwice) {
+    Go(kCommand);
+    Encoder().Deliver(EncoderState::Running);
+    form.cmdStop_Click();
+    EXPECT_EQ(window.status.caption, "Stopped by user.");
+    EXPECT_FALSE(window.timer.enabled);
+    EXPECT_TRUE(form.IsBusy()) << "its file is not finished yet";
+    form.cmdStop_Click();
+    EXPECT_EQ(factory.log->Count("Encoder.Stop"), 2);
+    Finish();
+    EXPECT_EQ(window.status.caption, "  Done.");
+    EXPECT_EQ(window.percent.caption, "100%");
+    EXPECT_EQ(PaneCount(kCompleted), 1);
+    EXPECT_FALSE(form.IsBusy());
+    form.cmdStop_Click();
+    EXPECT_EQ(window.status.caption, "Stopped by user.");
+    EXPECT_EQ(form.ExitStatus(), 0);
+}
+
+TEST_F(MainWindowTest, GoWhileAnEncoderRunsLetsItsFileFinish) {
+    Go(kCommand);
+    FakeEncoder& old = Encoder();
+    old.Deliver(EncoderState::Running);
+    Go("-input a.avi -output out/b.wmv");
+    EXPECT_EQ(factory.log->Count("Encoder.Stop"), 1);
+    EXPECT_EQ(Started(), 2);
+    window.log->lines.clear();
+    old.Deliver(EncoderState::Stopped);
+    EXPECT_THAT(window.log->lines, IsEmpty()) << "nobody hears the old run";
+    EXPECT_TRUE(form.IsBusy());
+    Finish();
+    EXPECT_EQ(PaneCount(kCompleted), 1);
+    EXPECT_FALSE(form.IsBusy());
+}
+
+TEST_F(MainWindowTest, BusyUntilTheOldRunsFileIsFinishedToo) {
+    Go(kCommand);
+    FakeEncoder& old = Encoder();
+    Go("-input a.avi -bogus");
+    EXPECT_EQ(form.ExitStatus(), 1);
+    EXPECT_TRUE(form.IsBusy());
+    old.Deliver(EncoderState::Stopped);
+    EXPECT_FALSE(form.IsBusy());
+}
+
+/// Two files and one below, encoded by a user who does one thing at each idle moment.
+class FolderTest : public MainWindowTest {
+  protected:
+    FolderTest() {
+        factory.files->AddFile("/home/in/a.avi");
+        factory.files->AddFile("/home/in/b.avi");
+        factory.files->AddFile("/home/in/below/c.avi");
+        window.loop.on_idle = [this] {
+            ASSERT_LT(next, steps.size()) << "nothing more to do";
+            steps[next++]();
+        };
+    }
+    Lines Inputs() const { return factory.log->Of("AutoSetFileSource"); }
+
+    static constexpr char kFolder[] = "-input in -output out -profile av100";
+    const std::function<void()> finish = [this] { Finish(); };
+    std::vector<std::function<void()>> steps;
+    std::size_t next = 0;
+};
+
+TEST_F(FolderTest, EachFileHasItsRunAndItsReport) {
+    bool busy = false;
+    steps = {finish, [&] { busy = form.IsBusy(), Finish(); }, finish};
+    Go(kFolder);
+    EXPECT_TRUE(busy);
+    EXPECT_THAT(Inputs(), ElementsAre("AutoSetFileSource(/home/in/a.avi)",
+                                      "AutoSetFileSource(/home/in/b.avi)",
+                                      "AutoSetFileSource(/home/in/below/c.avi)"));
+    EXPECT_EQ(PaneCount(kCompleted), 3);
+    EXPECT_EQ(PaneCount("Overall:"), 3);
+    EXPECT_FALSE(form.IsBusy());
+    EXPECT_EQ(form.ExitStatus(), 0);
+}
+
+TEST_F(FolderTest, SilentLeavesTheReportsOut) {
+    steps = {finish, finish, finish};
+    Go(std::string(kFolder) + " -silent");
+    EXPECT_EQ(PaneCount(kCompleted), 3);
+    EXPECT_EQ(PaneCount("Overall:"), 0);
+}
+
+TEST_F(FolderTest, AnyFailedFileIsTheWalksStatus) {
+    const auto fail = [this] {
+        Encoder().events->OnError(static_cast<std::int32_t>(platform::kInvalidData), "broken");
+        Finish();
+    };
+    steps = {fail, finish, finish};
+    Go(kFolder);
+    EXPECT_EQ(PaneCount(kCompleted), 2);
+    EXPECT_EQ(form.ExitStatus(), 2);
+
+    factory.log->Fail("Encoder.PrepareToEncode", platform::kUnspecified, "asked for", 1);
+    steps = {finish, finish};
+    next = 0;
+    Go(kFolder);
+    EXPECT_EQ(next, 2U);
+    EXPECT_EQ(form.ExitStatus(), 2);
+}
+
+TEST_F(FolderTest, StopEndsTheFileAndTheWalk) {
+    steps = {finish, [this] { form.cmdStop_Click(); }, finish};
+    Go(kFolder);
+    EXPECT_EQ(next, 3U) << "the walk waits for the stopped file";
+    EXPECT_EQ(Started(), 2);
+    EXPECT_EQ(PaneCount(kCompleted), 2);
+    EXPECT_FALSE(form.IsBusy());
+    EXPECT_EQ(form.ExitStatus(), 0);
+
+    steps = {finish, finish, finish};
+    next = 0;
+    Go(kFolder);
+    EXPECT_EQ(Started(), 5) << "the next walk is not stopped";
+}
+
+TEST_F(FolderTest, AnotherGoEndsTheWalkAndKeepsItsOwnSession) {
+    FakeEncoder* walked = nullptr;
+    steps = {finish, [&] {
+                 walked = &Encoder();
+                 Go(kCommand);
+             }};
+    Go(kFolder);
+    EXPECT_EQ(Inputs().back(), "AutoSetFileSource(/home/a.avi)");
+    EXPECT_EQ(Started(), 3);
+    EXPECT_FALSE(factory.log->Has("Groups.Remove(SG_1)") && Encoder().groups.items.empty())
+        << "the walk must not tear the new session down";
+    EXPECT_TRUE(form.IsBusy());
+    walked->Deliver(EncoderState::Stopped);
+    EXPECT_EQ(PaneCount(kCompleted), 1) << "of the first file only";
+    Finish();
+    EXPECT_EQ(PaneCount(kCompleted), 2);
+    EXPECT_FALSE(form.IsBusy());
+    EXPECT_EQ(form.ExitStatus(), 0);
+}
+
+TEST_F(FolderTest, AnotherFolderTakesTheWalkOver) {
+    factory.files->AddFile("/home/other/x.avi");
+    factory.files->AddFile("/home/other/y.avi");
+    steps = {[this] { Go("-input other -output out"); }, finish, finish};
+    Go(kFolder);
+    EXPECT_THAT(Inputs(), ElementsAre("AutoSetFileSource(/home/in/a.avi)",
+                                      "AutoSetFileSource(/home/other/x.avi)",
+                                      "AutoSetFileSource(/home/other/y.avi)"));
+    EXPECT_EQ(PaneCount(kCompleted), 2);
+    EXPECT_TRUE(form.IsBusy()) << "the first folder's file is still being finished";
+    Lines bare;
+    factory.encoders[1]->Deliver(EncoderState::Stopped);
+    EXPECT_FALSE(form.IsBusy());
+}
+
+TEST_F(FolderTest, ACommandThatIsRefusedDuringTheWalkEndsItWithItsOwnStatus) {
+    steps = {[this] { Go("-input a.avi -bogus"); }};
+    Go(kFolder);
+    EXPECT_EQ(Started(), 1);
+    EXPECT_EQ(Pane().back(), "Invalid parameter: -bogus");
+    EXPECT_EQ(form.ExitStatus(), 1);
+}
+
+TEST_F(FolderTest, HelpDuringTheWalkLetsItGoOn) {
+    form.Form_Load();
+    steps = {[this] { Go("-help"); }, finish, finish, finish};
+    Go(kFolder);
+    EXPECT_EQ(Started(), 3);
+}
+
+TEST_F(FolderTest, TicksDuringTheAutomaticWalkShowProgressAndDoNotStartItAgain) {
+    window.arguments = kFolder;
+    form.Form_Load();
+    steps = {[this] { form.Timer1_Timer(); }, finish, finish, finish};
+    form.Timer1_Timer();
+    EXPECT_EQ(Started(), 3);
+    EXPECT_THAT(window.label1.caption, StartsWith("Elapsed time: "));
+}
+
+}  // namespace
+}  // namespace app
