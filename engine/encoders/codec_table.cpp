@@ -94,20 +94,6 @@ std::string RateText(VbrMode mode, std::int32_t value) {
                                     : fmt::format("{} kbps", Kilobits(value));
 }
 
-const char* ModeName(VbrMode mode) {
-    switch (mode) {
-        case VbrMode::Constant:
-            return "constant rate";
-        case VbrMode::Peak:
-            return "peak rate";
-        case VbrMode::Quality:
-            return "quality";
-        case VbrMode::BitRate:
-            return "bit rate VBR";
-    }
-    return "unknown";
-}
-
 // The settings that come near `wanted`, on one line.
 std::string FormatOffer(const AudioCodecRow& row, VbrMode mode, const AudioFormat& wanted) {
     constexpr std::size_t kMost = 12;
@@ -134,6 +120,20 @@ std::string FormatOffer(const AudioCodecRow& row, VbrMode mode, const AudioForma
 
 std::span<const AudioCodecRow> AudioCodecs() { return kAudioCodecs; }
 std::span<const VideoCodecRow> VideoCodecs() { return kVideoCodecs; }
+
+const char* ModeName(VbrMode mode) {
+    switch (mode) {
+        case VbrMode::Constant:
+            return "constant rate";
+        case VbrMode::Peak:
+            return "peak rate";
+        case VbrMode::Quality:
+            return "quality";
+        case VbrMode::BitRate:
+            return "bit rate VBR";
+    }
+    return "unknown";
+}
 
 int AudioCodecCount(VbrMode mode) {
     switch (mode) {

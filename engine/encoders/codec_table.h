@@ -42,6 +42,9 @@ struct VideoCodecRow {
 std::span<const AudioCodecRow> AudioCodecs();
 std::span<const VideoCodecRow> VideoCodecs();
 
+/// "constant rate", "peak rate", "quality", "bit rate VBR".
+const char* ModeName(platform::VbrMode mode);
+
 /// How many codecs a mode enumerates: the table's first ones.
 int AudioCodecCount(platform::VbrMode mode);
 int VideoCodecCount(platform::VbrMode mode);

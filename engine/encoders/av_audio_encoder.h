@@ -1,0 +1,35 @@
+// Sound through libavcodec's encoder of the standard Windows Media Audio bitstream.
+#pragma once
+
+#include "engine/encoders/encoder.h"
+#include "engine/plan/encode_plan.h"
+
+namespace engine {
+
+/// The bitstream overlaps frames: a packet completes the sound of the frame before, and decoders
+/// swallow the sound of a stream's first two packets. So the encoder is given a frame of silence
+/// first and last, and packets carry the time of the sound that they complete (the first two, time
+/// 0): every sample is heard, at its own time.
+class AvAudioEncoder final : public AudioEncoder {
+  public:
+    AvAudioEncoder(const AudioPlan& plan, PacketPool& packets);
+
+    SoundFormat Format() const override;
+    StreamHeader Header() const override;
+    bool Encode(AVFrame& frame, const PacketTaker& take) override;
+    bool Finish(const PacketTaker& take) override;
+
+  private:
+    bool EncodeSilence(std::int64_t samples_completed, const PacketTaker& take);
+    bool Send(AVFrame& frame, std::int64_t samples_completed, const PacketTaker& take);
+
+    AudioPlan plan_;
+    PacketPool& packets_;
+    AvPtr<AVCodecContext> codec_;
+    AvPtr<AVFrame> silence_;
+    std::int64_t fed_frames_ = 0;
+    std::int64_t completed_ = 0;     // samples that packets have completed
+    std::int64_t last_samples_ = 0;  // of the frame fed last
+};
+
+}  // namespace engine

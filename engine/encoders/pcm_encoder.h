@@ -1,0 +1,26 @@
+// Sound as it is: 8, 16 or 24 bits a sample, channels interleaved.
+#pragma once
+
+#include "engine/encoders/encoder.h"
+#include "engine/plan/encode_plan.h"
+
+namespace engine {
+
+class PcmEncoder final : public AudioEncoder {
+  public:
+    PcmEncoder(const AudioPlan& plan, PacketPool& packets);
+
+    SoundFormat Format() const override;
+    StreamHeader Header() const override;
+    bool Encode(AVFrame& frame, const PacketTaker& take) override;
+    bool Finish(const PacketTaker&) override { return true; }
+
+  private:
+    AudioPlan plan_;
+    AudioFormat format_;
+    PacketPool& packets_;
+    std::size_t block_bytes_;
+    AvPtr<AVBufferPool> buffers_;
+};
+
+}  // namespace engine

@@ -1,0 +1,51 @@
+#include "engine/encoders/video_header.h"
+
+#include <fmt/format.h>
+
+namespace engine {
+namespace {
+
+using platform::VbrMode;
+
+constexpr std::int32_t kUsualFrameRate = 30'000;
+
+std::uint32_t Unsigned(std::int64_t value) { return static_cast<std::uint32_t>(value); }
+
+}  // namespace
+
+std::int32_t CodedFrameRate(const VideoPlan& plan) {
+    if (plan.expected_rate > 0) return plan.expected_rate;
+    return plan.rate_ceiling > 0 ? plan.rate_ceiling : kUsualFrameRate;
+}
+
+StreamHeader VideoStreamHeader(const VideoPlan& plan) {
+    VideoHeader video;
+    video.four_cc = plan.codec->written_four_cc;
+    video.width = plan.width;
+    video.height = plan.height;
+    video.frame_rate_thousandths = Unsigned(CodedFrameRate(plan));
+    if (plan.pixel_aspect.numerator > 0 && plan.pixel_aspect.denominator > 0) {
+        video.pixel_aspect_x = Unsigned(plan.pixel_aspect.numerator);
+        video.pixel_aspect_y = Unsigned(plan.pixel_aspect.denominator);
+    }
+    StreamHeader header;
+    header.format = video;
+    header.codec_name = VideoDisplayName(*plan.codec);
+    header.variable_rate = plan.mode != VbrMode::Constant;
+    header.conformance = plan.conformance;
+    if (plan.mode == VbrMode::Quality) {
+        header.codec_description = fmt::format("Quality {}, VBR", plan.quality);
+        return header;
+    }
+    header.average_rate_bps = Unsigned(plan.bit_rate_bps);
+    header.buffer_ms = Unsigned(plan.buffer_ms);
+    header.codec_description = fmt::format("{} kbps, {}", (plan.bit_rate_bps + 500) / 1000,
+                                           header.variable_rate ? "VBR" : "CBR");
+    if (plan.mode == VbrMode::Peak) {
+        header.peak_rate_bps = Unsigned(plan.peak_rate_bps);
+        header.peak_buffer_ms = Unsigned(plan.peak_buffer_ms);
+    }
+    return header;
+}
+
+}  // namespace engine

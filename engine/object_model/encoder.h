@@ -1,0 +1,62 @@
+// The encoder object: the tree, the plan that prepare makes of it, and the run.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "engine/object_model/run_control.h"
+#include "engine/object_model/session_tree.h"
+#include "engine/object_model/statistics.h"
+#include "platform/event_loop.h"
+
+namespace engine {
+
+/// Changes to the tree count from the next prepare on; a run goes by the plan it was started with.
+/// Destruction stops a run gracefully and waits until its file is whole.
+class Encoder : public platform::WMEncoder {
+  public:
+    /// The loop must outlive the encoder.
+    Encoder(platform::EventLoop& loop, EngineParts parts);
+    ~Encoder() override;
+    Encoder(const Encoder&) = delete;
+    Encoder& operator=(const Encoder&) = delete;
+
+    platform::WMEncSourceGroupCollection& SourceGroupCollection() override { return tree_.groups; }
+    platform::WMEncFile& File() override { return tree_.file; }
+    platform::WMEncBroadcast& Broadcast() override { return tree_.broadcast; }
+    platform::WMEncDisplayInfo& DisplayInfo() override { return tree_.display; }
+    platform::WMEncAttributes& Attributes() override { return tree_.attributes; }
+    platform::WMEncStatistics& Statistics() override { return statistics_; }
+    platform::WMEncSourcePluginInfoManager& SourcePluginInfoManager() override {
+        return tree_.plugins;
+    }
+
+    bool AutoStop() const override { return tree_.auto_stop; }
+    void SetAutoStop(bool on) override { tree_.auto_stop = on; }
+    std::int32_t VideoPerformance() const override { return tree_.video_performance; }
+    void SetVideoPerformance(std::int32_t performance) override;
+
+    /// Session files are not read: throws Error (not implemented).
+    void Load(const std::string& path) override;
+
+    /// Throws what MakePlan throws, and Error (busy) while a run goes on.
+    void PrepareToEncode(bool force) override;
+    /// Uses up what was prepared: the start after a run prepares anew. Throws Error (busy) while a
+    /// run goes on, and what opening inputs, encoders and the output throws.
+    void Start() override;
+    void Stop() override { control_->Stop(); }
+    platform::EncoderState RunState() const override { return control_->State(); }
+    void SetEvents(platform::WMEncoderEvents* events) override { control_->SetEvents(events); }
+
+  private:
+    void RefuseWhileRunning() const;
+
+    std::shared_ptr<const EngineParts> parts_;
+    SessionTree tree_;
+    std::optional<EncodePlan> prepared_;
+    std::shared_ptr<RunControl> control_;
+    engine::Statistics statistics_;
+};
+
+}  // namespace engine

@@ -1,0 +1,50 @@
+// The encoder's run: starts and stops it, and carries its events over to the user-interface thread.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "engine/object_model/engine_parts.h"
+#include "platform/event_loop.h"
+
+namespace engine {
+
+/// Used on the user-interface thread only; must be held by a shared_ptr. The state changes when its
+/// event is delivered, not before, so who waits for a state has also seen the event.
+class RunControl : public std::enable_shared_from_this<RunControl> {
+  public:
+    /// The loop must outlive this object.
+    explicit RunControl(platform::EventLoop& loop) : loop_(loop) {}
+
+    bool IsRunning() const { return state_ != platform::EncoderState::Stopped; }
+    platform::EncoderState State() const { return state_; }
+    void SetEvents(platform::WMEncoderEvents* events) { events_ = events; }
+
+    /// Forgets the run before. Throws what making or starting a run throws; then nothing runs.
+    void Start(const EngineParts& parts, EncodePlan plan);
+    void Stop();  // graceful, returns at once; harmless when nothing runs
+    /// No event comes any more; a run is stopped gracefully and waited for.
+    void Close();
+
+    /// The run that goes on or was the last; null before the first.
+    const SessionRun* Run() const { return run_.get(); }
+    bool RunHas(platform::SourceType type) const {
+        return type == platform::SourceType::Audio ? has_audio_ : has_video_;
+    }
+
+  private:
+    template <typename Event>
+    auto Posting(Event event);
+    void Deliver(platform::EncoderState state);
+    void DeliverError(std::int32_t number, const std::string& description);
+
+    platform::EventLoop& loop_;
+    platform::WMEncoderEvents* events_ = nullptr;
+    std::unique_ptr<SessionRun> run_;
+    platform::EncoderState state_ = platform::EncoderState::Stopped;
+    bool has_audio_ = false;
+    bool has_video_ = false;
+    int run_number_ = 0;  // events of an abandoned run are dropped by it
+};
+
+}  // namespace engine

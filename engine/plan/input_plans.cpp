@@ -1,0 +1,91 @@
+#include "engine/plan/input_plans.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+namespace engine {
+
+namespace {
+
+// 0 = unknown. Streams of one file end at slightly different times: a mark between their ends is
+// good for both.
+Ticks FileEnd(const MediaFileInfo& media) {
+    return std::max(media.audio ? media.audio->duration : Ticks{},
+                    media.video ? media.video->duration : Ticks{});
+}
+
+Ticks MarkInOf(const platform::WMEncSource& source) {
+    return Ticks::FromMilliseconds(source.MarkIn());
+}
+Ticks MarkOutOf(const platform::WMEncSource& source) {
+    return Ticks::FromMilliseconds(source.MarkOut());
+}
+
+InputPlan CheckedInput(const platform::WMEncSource& source, const std::string& path, Ticks end,
+                       bool end_is_hard) {
+    const Ticks mark_in = MarkInOf(source);
+    const Ticks mark_out = MarkOutOf(source);
+    const bool has_end_mark = mark_out > Ticks{};
+    const bool end_known = end > Ticks{};
+    if (has_end_mark && mark_out <= mark_in)
+        RefuseArgument(
+            fmt::format("The end mark {} ms is not after the start mark {} ms: give -time "
+                        "a later end",
+                        source.MarkOut(), source.MarkIn()));
+    if (has_end_mark && end_known && end_is_hard && mark_out > end)
+        throw platform::Error(
+            platform::kEndMarkPastEnd,
+            fmt::format("The end mark {} ms lies past the end of {} ({} ms): give -time an "
+                        "earlier end",
+                        source.MarkOut(), path, end.Milliseconds()));
+    if (!has_end_mark && end_known && mark_in >= end)
+        RefuseArgument(
+            fmt::format("The start mark {} ms lies past the end of {} ({} ms): give "
+                        "-time an earlier start",
+                        source.MarkIn(), path, end.Milliseconds()));
+    InputPlan plan;
+    plan.path = path;
+    plan.mark_in = mark_in;
+    plan.mark_out = mark_out;
+    return plan;
+}
+
+Ticks LengthUpTo(const platform::WMEncSource& source, Ticks end) {
+    const Ticks mark_out = MarkOutOf(source);
+    if (mark_out > Ticks{}) end = end > Ticks{} ? std::min(end, mark_out) : mark_out;
+    return std::max(Ticks{}, end - MarkInOf(source));
+}
+
+Ticks StillEnd(const VideoSource& source) {
+    return Ticks::FromMilliseconds(source.StillDuration());
+}
+
+}  // namespace
+
+InputPlan PlanInput(const AudioSource& source) {
+    const SourceInput& opened = source.Opened();
+    return CheckedInput(source, opened.host_path, FileEnd(*opened.media), true);
+}
+
+InputPlan PlanInput(const VideoSource& source) {
+    const SourceInput& opened = source.Opened();
+    if (!source.IsStill())
+        return CheckedInput(source, opened.host_path, FileEnd(*opened.media), true);
+    InputPlan plan = CheckedInput(source, opened.host_path, StillEnd(source), false);
+    plan.still = true;
+    if (plan.mark_out == Ticks{}) plan.mark_out = StillEnd(source);
+    return plan;
+}
+
+Ticks EncodedLength(const AudioSource& source) {
+    return LengthUpTo(source, source.Opened().media->audio->duration);
+}
+
+Ticks EncodedLength(const VideoSource& source) {
+    if (!source.IsStill()) return LengthUpTo(source, source.Opened().media->video->duration);
+    const Ticks end = source.MarkOut() != 0 ? MarkOutOf(source) : StillEnd(source);
+    return std::max(Ticks{}, end - MarkInOf(source));
+}
+
+}  // namespace engine

@@ -1,0 +1,206 @@
+#include "engine/plan/stream_plans.h"
+
+#include <algorithm>
+#include <numeric>
+#include <string>
+#include <variant>
+
+#include <fmt/format.h>
+
+#include "platform/text.h"
+
+namespace engine {
+
+namespace {
+
+using platform::VbrMode;
+
+constexpr std::int32_t kAudioPeakBufferMs = 3000;
+constexpr std::int32_t kVideoPeakBufferMs = 5000;
+constexpr std::int32_t kLeastSide = 2;
+
+// What Optimization may be; the rest deinterlaces, knows the film's pattern or codes fields.
+constexpr std::int32_t kNoPreprocessing[] = {0, 1};
+constexpr std::int32_t kRemoveTelecine = 3;
+
+[[noreturn]] void RefuseUnbuilt(const std::string& description) {
+    throw platform::Error(platform::kNotImplemented, description);
+}
+
+// A peak that was not given is half as much again as the average.
+std::int32_t PeakFor(const char* medium, const char* option, std::int32_t average,
+                     std::int32_t peak) {
+    if (peak == 0) {
+        const double higher = platform::RoundHalfToEven(1.5 * average);
+        return static_cast<std::int32_t>(std::min<double>(higher, kNoUpperLimit));
+    }
+    if (peak >= average) return peak;
+    RefuseArgument(
+        fmt::format("The {} peak bit rate {} is below the average bit rate {}: raise {} "
+                    "or lower the bit rate",
+                    medium, peak, average, option));
+}
+
+Ratio Reduced(std::int64_t numerator, std::int64_t denominator) {
+    const std::int64_t divisor = std::gcd(numerator, denominator);
+    return {numerator / divisor, denominator / divisor};
+}
+
+Ratio SourcePixelAspect(const VideoSource& source, const VideoInfo& info) {
+    const std::int32_t x = source.PixelAspectRatioX();
+    const std::int32_t y = source.PixelAspectRatioY();
+    if (x != 0 || y != 0) return Reduced(std::max(x, 1), std::max(y, 1));
+    if (info.pixel_aspect.numerator <= 0 || info.pixel_aspect.denominator <= 0) return {1, 1};
+    return info.pixel_aspect;
+}
+
+std::int32_t Scaled(std::int32_t side, double factor) {
+    return static_cast<std::int32_t>(platform::RoundHalfToEven(side * factor));
+}
+
+void PlanSize(const VideoSource& source, const ProfileState& profile, VideoPlan& plan) {
+    const VideoSettings& video = profile.audiences.front().video;
+    const VideoInfo& info = *source.Opened().media->video;
+    if (info.width <= 0 || info.height <= 0)
+        throw platform::Error(platform::kInvalidData, fmt::format("The picture of {} has no size",
+                                                                  source.Opened().host_path));
+    const Ratio aspect = SourcePixelAspect(source, info);
+    const bool source_size = video.width == 0 && video.height == 0;
+    const bool square = !source_size && !profile.non_square_pixels;
+    const double stretch =
+        square ? static_cast<double>(aspect.numerator) / static_cast<double>(aspect.denominator)
+               : 1.0;
+    const double shape = stretch * info.width / info.height;
+    plan.width = source_size        ? info.width
+                 : video.width == 0 ? Scaled(video.height, shape)
+                                    : video.width;
+    plan.height = source_size         ? info.height
+                  : video.height == 0 ? Scaled(video.width, 1 / shape)
+                                      : video.height;
+    if (plan.codec->even_width) plan.width -= plan.width % 2;
+    plan.width = std::max(plan.width, kLeastSide);
+    plan.height = std::max(plan.height, kLeastSide);
+    if (source_size)
+        plan.pixel_aspect = aspect;
+    else if (!square)
+        plan.pixel_aspect = Reduced(aspect.numerator * info.width * plan.height,
+                                    aspect.denominator * info.height * plan.width);
+}
+
+std::int32_t ExpectedRate(std::int32_t ceiling, const Ratio& source) {
+    if (source.numerator <= 0 || source.denominator <= 0) return ceiling;
+    const double thousandths = platform::RoundHalfToEven(
+        1000.0 * static_cast<double>(source.numerator) / static_cast<double>(source.denominator));
+    if (thousandths < 1 || thousandths >= ceiling) return ceiling;
+    return static_cast<std::int32_t>(thousandths);
+}
+
+void RefuseUnbuiltVideo(const VideoSource& source, const ProfileState& profile) {
+    const std::int32_t optimization = source.Optimization();
+    const bool preprocessing_known =
+        optimization == kRemoveTelecine ||
+        std::find(std::begin(kNoPreprocessing), std::end(kNoPreprocessing), optimization) !=
+            std::end(kNoPreprocessing);
+    if (profile.interlaced)
+        RefuseUnbuilt("Interlaced coding is not possible yet: leave -v_preproc 16 to 18 out");
+    if (!preprocessing_known)
+        RefuseUnbuilt(
+            fmt::format("The video filter that was asked for (Optimization {}) is not "
+                        "possible yet: leave -v_preproc out, or give 0 or 5",
+                        optimization));
+    if (source.PixelFormat() != 0)
+        RefuseUnbuilt(
+            "Choosing the source's pixel format is not possible yet: leave -pixelformat "
+            "out");
+    if (source.CroppingLeftMargin() != 0 || source.CroppingRightMargin() != 0 ||
+        source.CroppingTopMargin() != 0 || source.CroppingBottomMargin() != 0)
+        RefuseUnbuilt("Clipping the picture is not possible yet: leave -v_clip out");
+    const auto& properties = profile.audiences.front().properties;
+    const auto target = properties.find({platform::SourceType::Video, "DeviceConformanceTarget"});
+    if (target == properties.end()) return;
+    const auto* text = std::get_if<std::string>(&target->second);
+    if (text != nullptr && !text->empty())
+        RefuseUnbuilt(
+            fmt::format("Encoding to the device conformance {} is not possible yet: leave "
+                        "-v_profile out",
+                        *text));
+}
+
+std::string VideoDescription(const VideoPlan& plan) {
+    if (plan.codec->four_cc == 0) return {};
+    const double kilobits = platform::RoundHalfToEven(plan.bit_rate_bps / 1000.0);
+    switch (plan.mode) {
+        case VbrMode::Constant:
+            return fmt::format("{} kbps CBR", kilobits);
+        case VbrMode::BitRate:
+            return fmt::format("{} kbps VBR", kilobits);
+        case VbrMode::Quality:
+            return fmt::format("quality {} VBR", plan.quality);
+        case VbrMode::Peak:
+            return fmt::format("{} kbps VBR, peak {} kbps", kilobits,
+                               platform::RoundHalfToEven(plan.peak_rate_bps / 1000.0));
+    }
+    return {};
+}
+
+}  // namespace
+
+AudioPlan PlanAudio(const AudioSource& source, const ProfileState& profile) {
+    const AudioSettings& audio = profile.audiences.front().audio;
+    if (!source.ContentEDL().empty())
+        RefuseUnbuilt(
+            fmt::format("The optimization definition file {} cannot be used yet: leave "
+                        "-a_contentedl out",
+                        source.ContentEDL()));
+    if (audio.format.sampling_rate == 0)
+        RefuseArgument("The profile has no audio format: give -a_setting or a profile code");
+    AudioPlan plan;
+    plan.codec = &AudioCodecs()[static_cast<std::size_t>(audio.codec)];
+    plan.mode = profile.audio_mode;
+    // Codec and mode may have been changed after the format was chosen.
+    plan.format = RequireAudioFormat(*plan.codec, plan.mode, audio.format);
+    plan.written = WrittenFor(*plan.codec, plan.mode, plan.format);
+    plan.codec_name = AudioDisplayName(*plan.codec, plan.mode);
+    plan.codec_description = AudioDescription(*plan.codec, plan.mode, plan.format);
+    if (plan.mode == VbrMode::Peak) {
+        plan.peak_rate_bps =
+            PeakFor("audio", "-a_peakbitrate", plan.format.value, audio.peak_rate_bps);
+        plan.peak_buffer_ms = audio.peak_buffer_ms != 0 ? audio.peak_buffer_ms : kAudioPeakBufferMs;
+    }
+    return plan;
+}
+
+VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
+                    std::int32_t performance) {
+    RefuseUnbuiltVideo(source, profile);
+    const VideoSettings& video = profile.audiences.front().video;
+    VideoPlan plan;
+    plan.codec = &VideoCodecs()[static_cast<std::size_t>(video.codec)];
+    plan.mode = profile.video_mode;
+    if (video.codec >= VideoCodecCount(plan.mode))
+        RefuseArgument(fmt::format("{} has no {} mode: give -v_mode 0 or another -v_codec",
+                                   plan.codec->name, ModeName(plan.mode)));
+    const bool rate_counts = plan.mode != VbrMode::Quality && plan.codec->four_cc != 0;
+    if (rate_counts && video.bit_rate_bps == 0)
+        RefuseArgument("The profile has no video bit rate: give -v_bitrate or a profile code");
+    PlanSize(source, profile, plan);
+    plan.rate_ceiling = video.frame_rate;
+    plan.expected_rate = ExpectedRate(video.frame_rate, source.Opened().media->video->frame_rate);
+    plan.bit_rate_bps = video.bit_rate_bps;
+    plan.buffer_ms = video.buffer_ms;
+    plan.sharpness = video.sharpness;
+    plan.quality = video.quality;
+    plan.key_frame_distance_ms = video.key_frame_distance_ms;
+    plan.performance = performance;
+    plan.remove_telecine = source.Optimization() == kRemoveTelecine;
+    if (plan.mode == VbrMode::Peak) {
+        plan.peak_rate_bps =
+            PeakFor("video", "-v_peakbitrate", video.bit_rate_bps, video.peak_rate_bps);
+        plan.peak_buffer_ms = video.peak_buffer_ms != 0 ? video.peak_buffer_ms : kVideoPeakBufferMs;
+    }
+    plan.codec_name = VideoDisplayName(*plan.codec);
+    plan.codec_description = VideoDescription(plan);
+    return plan;
+}
+
+}  // namespace engine
