@@ -2,10 +2,12 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/error.h"
 #include "platform/text.h"
+#include "session/error_line.h"
 
 namespace app {
 
@@ -93,8 +95,7 @@ void EncodingRun::StopEncoder(platform::WMEncoder& encoder) {
     platform::ErrorTrap trap;
     trap([&] { encoder.Stop(); });
     if (trap.HasError())
-        pane_.OutputInfo(
-            fmt::format("Error: 0x{:X} - {}", trap.UnsignedNumber(), trap.Description()));
+        pane_.OutputInfo(session::ErrorLine(trap.UnsignedNumber(), trap.Description()));
 }
 
 TranscodeResult EncodingRun::Transcode() {
@@ -145,8 +146,7 @@ void EncodingRun::g_objEncoder_OnStateChange(platform::EncoderState state) {
 
 void EncodingRun::g_objEncoder_OnError(std::int32_t number, const std::string& description) {
     g_encodeError = number;
-    pane_.OutputInfo(
-        fmt::format("Error: 0x{:X} - {}", static_cast<std::uint32_t>(number), description));
+    pane_.OutputInfo(session::ErrorLine(static_cast<std::uint32_t>(number), description));
 }
 
 void EncodingRun::OnRunning() {

@@ -95,7 +95,8 @@ void Progress::ShowRates(platform::WMEncStatistics& statistics) {
 
 void Progress::ShowPercent(platform::WMEncStatistics& statistics, std::int32_t length_s) {
     const std::int64_t elapsed_ms = statistics.EncodingTime().Raw();
-    const auto percent = static_cast<float>(elapsed_ms * 100 / length_s / 1000);
+    const std::int64_t whole_percent = elapsed_ms * 100 / length_s / 1000;
+    const auto percent = static_cast<float>(whole_percent);
     platform::ProgressBar& bar = window_.pb1();
     if (bar.Value() > percent) {  // a bar that goes back is the next pass
         ++g_nCurrentPass;
