@@ -89,6 +89,7 @@ void AsfFile::Finish() {
 }
 
 void AsfFile::AppendIndexes() {
+    if (indexes_.empty()) return;
     ByteWriter out;
     for (SimpleIndex& index : indexes_)
         index.AppendTo(out, facts_.file_id, last_.last_presentation_ms);

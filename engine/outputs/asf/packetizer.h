@@ -17,10 +17,10 @@ struct MediaObject {
     std::uint8_t stream_number = 1;  // 1..127
     bool video = false;
     bool key = false;
-    Ticks presentation;
-    Ticks decode;
-    Ticks duration;
-    std::span<const std::uint8_t> bytes;
+    Ticks presentation{};
+    Ticks decode{};
+    Ticks duration{};
+    std::span<const std::uint8_t> bytes{};
 };
 
 /// A whole video key frame and the packets that hold it.

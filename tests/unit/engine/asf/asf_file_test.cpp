@@ -1,0 +1,277 @@
+// The file as it grows, ends early, fails and is finished.
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+
+#include "clips.h"
+#include "engine/outputs/asf/asf_file.h"
+#include "engine/outputs/asf/packet_size.h"
+#include "platform/error.h"
+#include "support/asf_reader.h"
+
+namespace engine::asf {
+namespace {
+
+std::uint32_t ErrorOf(const std::function<void()>& step, const std::string& named) {
+    try {
+        step();
+    } catch (const platform::Error& error) {
+        EXPECT_THAT(error.description(), testing::HasSubstr(named));
+        return error.unsigned_number();
+    }
+    return 0;
+}
+
+TEST(AsfFile, FinishedHeaderHoldsWhatWasWritten) {
+    const clips::Scratch scratch;
+    const std::string path = scratch.Path("a.wmv");
+    clips::Clip clip = clips::MadeUp(7000);
+    AsfFile sink(path);
+    clips::WriteAll(sink, clip);
+    sink.Finish();
+    const asf_reader::File file = asf_reader::ReadFile(path);  // checks all sizes
+    const asf_reader::Header& h = file.header;
+    EXPECT_EQ(h.flags, 2U);
+    EXPECT_EQ(h.packet_bytes, ChoosePacketSize(364040, 0, 0));
+    EXPECT_EQ(h.packets, file.packets.size());
+    const clips::Frame& last =
+        *std::max_element(clip.frames.begin(), clip.frames.end(), [](const auto& a, const auto& b) {
+            return a.presentation + a.duration < b.presentation + b.duration;
+        });
+    const Ticks end = last.presentation + last.duration;
+    EXPECT_EQ(h.play_duration, static_cast<std::uint64_t>(end.count) + 50'000'000);
+    const asf_reader::Packet& packet = file.packets.back();
+    EXPECT_EQ(h.send_duration, (packet.send_ms + packet.duration_ms) * 10'000ULL);
+    EXPECT_GE(h.send_duration, 69'600'000U);
+    std::uint32_t largest[2] = {};
+    for (const clips::Frame& frame : clip.frames)
+        largest[frame.stream] =
+            std::max(largest[frame.stream], static_cast<std::uint32_t>(frame.bytes.size()));
+    EXPECT_EQ(h.extended_streams[0].largest_object, largest[0]);
+    EXPECT_EQ(h.extended_streams[1].largest_object, largest[1]);
+    EXPECT_EQ(sink.Result().bytes, std::filesystem::file_size(path));
+    EXPECT_EQ(sink.Result().duration, end);
+}
+
+TEST(AsfFile, RateThatNobodyStatedIsMeasured) {
+    const clips::Scratch scratch;
+    clips::Clip clip = clips::MadeUp(4000);
+    clip.header.streams[0].average_rate_bps = 0;
+    clips::WriteFile(scratch.Path("a.wmv"), clip, 1400);
+    const asf_reader::Header h = asf_reader::ReadFile(scratch.Path("a.wmv")).header;
+    EXPECT_NEAR(h.extended_streams[0].rate, 1487 * 8 / 0.186, 300);
+    EXPECT_EQ(h.stream_rates[0].second, RateInPackets(h.extended_streams[0].rate, 1400));
+    EXPECT_EQ(h.max_rate, RateInPackets(600'000 + h.extended_streams[0].rate, 1400));
+    EXPECT_EQ(h.streams[0].average_bytes, 8005U) << "the decoder's set-up is not touched";
+}
+
+TEST(AsfFile, SoundOrPictureAlone) {
+    const clips::Clip both = clips::MadeUp(3000);
+    for (const int kept : {0, 1}) {
+        SCOPED_TRACE(kept);
+        clips::Clip clip;
+        clip.header.streams = {both.header.streams[static_cast<std::size_t>(kept)]};
+        for (clips::Frame frame : both.frames)
+            if (frame.stream == kept) {
+                frame.stream = 0;
+                clip.frames.push_back(frame);
+            }
+        const clips::Scratch scratch;
+        clips::WriteFile(scratch.Path("a.wma"), clip, 1400);
+        const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wma"));
+        EXPECT_EQ(file.objects.size(), clip.frames.size());
+        EXPECT_EQ(file.header.streams.at(0).number, 1);
+        EXPECT_EQ(file.indexes.size(), kept == 0 ? 0U : 1U);
+    }
+}
+
+TEST(AsfFile, NothingWrittenIsStillAFile) {
+    const clips::Scratch scratch;
+    clips::WriteFile(scratch.Path("a.wmv"), {clips::MadeUp(0).header, {}}, 1400);
+    const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wmv"));
+    EXPECT_TRUE(file.packets.empty());
+    EXPECT_EQ(file.header.play_duration, 50'000'000U);
+}
+
+TEST(AsfFile, LessThanASecondIsEverOnTheWay) {
+    struct Row {
+        const char* why;
+        std::uint32_t packet_bytes;
+        int every;  // of the frames that are written
+    };
+    const Row rows[] = {
+        {"packets of far more than a second", 65536, 1},
+        {"small packets", 576, 1},
+        {"a slide show", 1400, 20},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        const clips::Scratch scratch;
+        clips::Clip clip = clips::MadeUp(6000);
+        clip.header.min_packet_bytes = clip.header.max_packet_bytes = row.packet_bytes;
+        AsfFile sink(scratch.Path("a.wmv"));
+        sink.Begin(clip.header);
+        for (std::size_t i = 0; i < clip.frames.size(); i += static_cast<std::size_t>(row.every)) {
+            const clips::Frame& frame = clip.frames[i];
+            sink.Write(clips::AsPacket(frame));
+            if (i % 10 != 0) continue;
+            // What a killed process would leave at this moment.
+            const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wmv"));
+            const std::int64_t kept =
+                file.objects.empty() ? 0 : file.objects.back().presentation_ms - 5000 + 40;
+            EXPECT_GT(kept + 1000, frame.decode.Milliseconds());
+            EXPECT_EQ(sink.Result().bytes, std::filesystem::file_size(scratch.Path("a.wmv")));
+        }
+    }
+}
+
+TEST(AsfFile, CutAnywhereItReadsToItsEnd) {
+    const clips::Scratch scratch;
+    clips::Clip clip = clips::MadeUp(3000);
+    clip.header.min_packet_bytes = clip.header.max_packet_bytes = 1400;
+    {  // destroyed before Finish
+        AsfFile sink(scratch.Path("a.wmv"));
+        clips::WriteAll(sink, clip);
+    }
+    const std::vector<std::uint8_t> recording = asf_reader::FileBytes(scratch.Path("a.wmv"));
+    const asf_reader::Header header = asf_reader::ReadHeader(recording);
+    EXPECT_EQ(header.flags, 1U);
+    const std::size_t data = header.bytes + 50;
+    // The index is there, the header's numbers are not: the last moment before the end.
+    clips::WriteFile(scratch.Path("b.wmv"), clip, 1400);
+    std::vector<std::uint8_t> indexed = asf_reader::FileBytes(scratch.Path("b.wmv"));
+    std::copy(recording.begin(), recording.begin() + static_cast<std::ptrdiff_t>(data),
+              indexed.begin());
+
+    struct Cut {
+        const std::vector<std::uint8_t>& bytes;
+        std::size_t length;
+    };
+    std::vector<Cut> cuts = {{indexed, indexed.size()}};
+    for (std::size_t length = recording.size() + 1; length < indexed.size(); length += 13)
+        cuts.push_back({indexed, length});
+    for (std::size_t length = data; length <= recording.size(); length += 331)
+        cuts.push_back({recording, length});
+    const std::string path = scratch.Path("cut.wmv");
+    for (const Cut& cut : cuts) {
+        SCOPED_TRACE(cut.length);
+        std::filesystem::remove(path);
+        FILE* out = std::fopen(path.c_str(), "wb");
+        std::fwrite(cut.bytes.data(), 1, cut.length, out);
+        std::fclose(out);
+        const std::size_t whole = (std::min(cut.length, recording.size()) - data) / 1400;
+        const asf_reader::File expected = asf_reader::Read(
+            {cut.bytes.begin(),
+             cut.bytes.begin() + static_cast<std::ptrdiff_t>(data + whole * 1400)});
+        ASSERT_EQ(expected.packets.size(), whole);
+        const std::vector<clips::ReadBack> read = clips::ReadWithLibavformat(path);
+        ASSERT_GE(read.size(), expected.objects.size());
+        for (std::size_t i = 0; i < expected.objects.size(); ++i)
+            ASSERT_EQ(read[i].bytes, expected.objects[i].bytes) << "frame " << i;
+    }
+}
+
+TEST(AsfFile, NamesTheFileThatCannotBeMade) {
+    const clips::Scratch scratch;
+    clips::WriteFile(scratch.Path("file"), clips::MadeUp(0), 1400);
+    struct Row {
+        const char* why;
+        std::string path;
+        std::uint32_t number;
+    };
+    const Row rows[] = {
+        {"no such folder", scratch.Path("none/a.wmv"), platform::kPathNotFound},
+        {"the folder is a file", scratch.Path("file/a.wmv"), platform::kPathNotFound},
+        {"the file is a folder", scratch.Path("."), platform::kAccessDenied},
+        {"no room for a header", "/dev/full", platform::kDiskFull},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        AsfFile sink(row.path);
+        EXPECT_EQ(ErrorOf([&] { sink.Begin(clips::MadeUp(0).header); }, row.path), row.number);
+        sink.Finish();  // nothing to complete
+    }
+    clips::Clip clip = clips::MadeUp(0);
+    clip.header.min_packet_bytes = 2000;
+    clip.header.max_packet_bytes = 1000;
+    AsfFile sink(scratch.Path("refused.wmv"));
+    EXPECT_EQ(ErrorOf([&] { sink.Begin(clip.header); }, "2000"), platform::kInvalidArgument);
+    EXPECT_FALSE(std::filesystem::exists(scratch.Path("refused.wmv")));
+}
+
+/// No file of this process grows past `bytes` while it lives: a disk that is full.
+class FullDisk {
+  public:
+    explicit FullDisk(std::uint64_t bytes) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        handler_ = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit = before_;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+
+  private:
+    rlimit before_{};
+    void (*handler_)(int) = nullptr;
+};
+
+TEST(AsfFile, FullDiskLeavesAWholeFile) {
+    clips::Clip clip = clips::MadeUp(20'000);
+    clip.header.min_packet_bytes = clip.header.max_packet_bytes = 1400;
+    const clips::Scratch scratch;
+    const std::string path = scratch.Path("a.wmv");
+    clips::WriteFile(path, clip, 1400);
+    const asf_reader::File whole = asf_reader::ReadFile(path);
+    const std::uint64_t data = whole.header.bytes + 50;
+    const std::uint64_t count = whole.packets.size();
+
+    struct Row {
+        const char* why;
+        std::uint64_t room;
+        std::uint64_t packets;  // that are kept
+        std::uint32_t write, finish;
+        std::size_t indexes;
+    };
+    const std::uint32_t full = platform::kDiskFull;
+    const Row rows[] = {
+        {"not one packet", data + 40, 0, full, 0, 0},
+        {"in a packet, no room for an index", data + 100 * 1400 + 50, 100, full, 0, 0},
+        {"in a packet, the index fits its place", data + 100 * 1400 + 1300, 100, full, 0, 1},
+        {"between two packets", data + 100 * 1400, 100, full, 0, 0},
+        {"in the last packet", data + count * 1400 - 1300, count - 1, 0, full, 0},
+        {"only the index fails", data + count * 1400 + 60, count, 0, full, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        AsfFile sink(path);
+        sink.Begin(clip.header);
+        const FullDisk disk(row.room);
+        std::uint32_t failed = 0;
+        for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i)
+            failed = ErrorOf([&] { sink.Write(clips::AsPacket(clip.frames[i])); }, path);
+        EXPECT_EQ(failed, row.write);
+        if (failed != 0) {
+            EXPECT_EQ(ErrorOf([&] { sink.Write(clips::AsPacket(clip.frames[0])); }, path), failed);
+        }
+        EXPECT_EQ(ErrorOf([&] { sink.Finish(); }, path), row.finish);
+        const asf_reader::File file = asf_reader::ReadFile(path);  // checks all sizes
+        EXPECT_EQ(file.header.flags, 2U);
+        EXPECT_EQ(file.packets.size(), row.packets);
+        EXPECT_EQ(file.indexes.size(), row.indexes);
+        EXPECT_EQ(sink.Result().bytes, std::filesystem::file_size(path));
+        const std::uint64_t last =
+            file.objects.empty() ? 5000 : file.objects.back().presentation_ms;
+        EXPECT_GE(file.header.play_duration, last * 10'000) << "the end of what is there";
+        EXPECT_LE(file.header.play_duration, (last + 230) * 10'000);
+    }
+}
+
+}  // namespace
+}  // namespace engine::asf

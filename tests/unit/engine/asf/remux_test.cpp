@@ -1,0 +1,91 @@
+// Real clips through the writer: what players decode, when it is shown, where seeking lands.
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "clips.h"
+#include "support/asf_reader.h"
+
+namespace {
+
+constexpr const char* kPicture = "-f lavfi -i testsrc2=s=320x240:r=25:d=6";
+constexpr const char* kSound = "-f lavfi -i sine=440:r=44100:d=6";
+
+/// The decoded frames of one kind ("v" or "a") as the ffmpeg command sees them.
+std::string DecodedMd5(const std::string& path, const char* kind) {
+    return clips::Ffmpeg(fmt::format("-i {} -map 0:{} -fps_mode passthrough -f md5 -", path, kind));
+}
+
+std::vector<clips::Frame> Pictures(const clips::Clip& clip) {
+    std::vector<clips::Frame> pictures;
+    for (const clips::Frame& frame : clip.frames)
+        if (frame.stream == 1) pictures.push_back(frame);
+    return pictures;
+}
+
+struct CodecRow {
+    const char* name;
+    const char* arguments;
+    const char* extension;
+};
+
+class Codecs : public testing::TestWithParam<CodecRow> {};
+
+TEST_P(Codecs, DecodeAsTheSourceInPacketsOfAnySize) {
+    const clips::Scratch scratch;
+    const std::string source = scratch.Path(std::string("source.") + GetParam().extension);
+    clips::Ffmpeg(
+        fmt::format("{} {} {} -shortest {}", kPicture, kSound, GetParam().arguments, source));
+    const std::string video = DecodedMd5(source, "v");
+    const std::string audio = DecodedMd5(source, "a");
+    const clips::Clip clip = clips::Demux(source);
+    ASSERT_GT(clip.frames.size(), 200U);
+    const std::string path = scratch.Path("written.wmv");
+    for (const std::uint32_t packet_bytes : {100U, 576U, 1400U, 3200U, 16000U, 64000U}) {
+        SCOPED_TRACE(packet_bytes);
+        clips::WriteFile(path, clip, packet_bytes);
+        EXPECT_EQ(DecodedMd5(path, "v"), video);
+        EXPECT_EQ(DecodedMd5(path, "a"), audio);
+        const asf_reader::File file = asf_reader::ReadFile(path);
+        const auto preroll = static_cast<std::int64_t>(file.header.preroll_ms);
+        ASSERT_EQ(file.objects.size(), clip.frames.size());
+        for (std::size_t i = 0; i < clip.frames.size(); ++i)
+            EXPECT_EQ(file.objects[i].presentation_ms - preroll,
+                      (clip.frames[i].presentation.count + 5000) / 10000);
+    }
+}
+
+TEST_P(Codecs, SeekLandsOnTheKeyFrameBefore) {
+    const clips::Scratch scratch;
+    const std::string source = scratch.Path(std::string("source.") + GetParam().extension);
+    clips::Ffmpeg(
+        fmt::format("{} {} {} -shortest {}", kPicture, kSound, GetParam().arguments, source));
+    const clips::Clip clip = clips::Demux(source);
+    const std::string path = scratch.Path("written.wmv");
+    clips::WriteFile(path, clip, 1400);
+    const std::vector<clips::Frame> pictures = Pictures(clip);
+    for (int second = 0; second < 6; ++second) {
+        SCOPED_TRACE(second);
+        const clips::Frame* expected = &pictures.front();
+        for (const clips::Frame& frame : pictures)
+            if (frame.key && frame.presentation.Milliseconds() <= second * 1000) expected = &frame;
+        std::vector<clips::ReadBack> read = clips::ReadWithLibavformat(path, second * 1000, 50);
+        const auto first =
+            std::find_if(read.begin(), read.end(), [](const auto& f) { return f.stream == 1; });
+        ASSERT_NE(first, read.end());
+        EXPECT_TRUE(first->key);
+        EXPECT_EQ(first->bytes, expected->bytes);
+    }
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Clips, Codecs, testing::Values(
+    //       name             arguments                                                                  source
+    CodecRow{"WindowsMedia",  "-c:v wmv2 -b:v 300k -g 50 -c:a wmav2 -b:a 64k",                           "asf"},
+    CodecRow{"BFrames",       "-c:v mpeg4 -bf 2 -g 24 -b:v 400k -vtag FMP4 -c:a wmav2 -b:a 64k",         "avi"},
+    CodecRow{"Uncompressed",  "-c:v rawvideo -vf scale=64:48 -pix_fmt yuv420p -c:a pcm_s16le",           "avi"}),
+    [](const auto& row) { return std::string(row.param.name); });
+// clang-format on
+
+}  // namespace
