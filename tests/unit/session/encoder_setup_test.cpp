@@ -7,6 +7,10 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+struct WholeSession : Session {
+    session::EncoderSetup setup{state, settings, pane, factory};
+};
+
 const Lines kFile = {"AutoSetFileSource(/home/a.avi)"};
 const Lines kFileSound = {"AddSource(audio)", "Audio.SetInput(/home/a.avi)"};
 const Lines kFilePicture = {"AddSource(video)", "Video.SetInput(/home/a.avi)"};
@@ -19,18 +23,16 @@ Lines operator+(Lines first, const Lines& second) {
     return first;
 }
 
-void FileInput(cli::EncodeSettings& s) { s.input = "a.avi"; }
-
 Change FileWith(const char* profile) {
-    return [profile](auto& s) {
-        FileInput(s);
-        s.profile = profile;
-    };
+    return Set(&Settings::input, "a.avi", &Settings::profile, profile);
 }
 
-Change NoInputWith(const char* profile) {
-    return [profile](auto& s) { s.profile = profile; };
+Change FileOnly(bool audio, bool video, const char* profile = "") {
+    return Set(&Settings::input, "a.avi", &Settings::profile, profile, &Settings::audioonly, audio,
+               &Settings::videoonly, video);
 }
+
+Change NoInputWith(const char* profile) { return Set(&Settings::profile, profile); }
 
 struct InputCase {
     const char* why;
@@ -43,41 +45,26 @@ struct InputCase {
 
 constexpr int kKept = 99;  // the content kind of the session before
 
+// clang-format off
 const InputCase kInputCases[] = {
-    {"a file's own sources", FileInput, kFile, 17},
+    // why, settings, calls, content kind, audio only, video only
+    {"a file's own sources", FileWith(""), kFile, 17},
     {"an audio profile takes the sound alone", FileWith("A64"), kFileSound, 1, true, false},
     {"one letter is an audio profile too", FileWith("a"), kFileSound, 1, true, false},
     {"a video profile takes the picture alone", FileWith("v100"), kFilePicture, 16, false, true},
     {"a profile of both takes both", FileWith("AV100"), kFile, 17},
-    {"sound alone outweighs picture alone",
-     [](auto& s) {
-         FileInput(s);
-         s.audioonly = s.videoonly = true;
-     },
-     kFileSound, 1, true, true},
-    {"the flag of an earlier command stays",
-     [](auto& s) {
-         FileWith("av100")(s);
-         s.videoonly = true;
-     },
+    {"sound alone outweighs picture alone", FileOnly(true, true), kFileSound, 1, true, true},
+    {"the flag of an earlier command stays", FileOnly(false, true, "av100"),
      kFilePicture, 16, false, true},
     {"no input at all", NoInputWith(""), {}, kKept},
     {"an audio profile without a file sets no flag", NoInputWith("a64"), {}, kKept},
-    {"an audio device",
-     [](auto& s) { s.adevice = 0; },
-     {"AddSource(audio)", "Audio.SetInput(mic, device)"},
-     1},
-    {"both devices, audio first",
-     [](auto& s) { s.adevice = s.vdevice = 0; },
+    {"an audio device", Set(&Settings::adevice, 0),
+     {"AddSource(audio)", "Audio.SetInput(mic, device)"}, 1},
+    {"both devices, audio first", Set(&Settings::vdevice, 0, &Settings::adevice, 0),
      {"AddSource(audio)", "Audio.SetInput(mic, device)", "AddSource(video)",
-      "Video.SetInput(cam, device)"},
-     17},
+      "Video.SetInput(cam, device)"}, 17},
     {"a file outweighs a device, whatever its number",
-     [](auto& s) {
-         FileInput(s);
-         s.adevice = 7;
-     },
-     kFile, 17},
+     Set(&Settings::input, "a.avi", &Settings::adevice, 7), kFile, 17},
     {"the screen", NoInputWith("scrn"), kScreen, 16},
     {"a whole key without sound", NoInputWith("scrn15"), kScreen, 16},
     {"a whole key with sound", NoInputWith("SCRN15A"), kScreenWithSound, 17},
@@ -87,19 +74,19 @@ const InputCase kInputCases[] = {
     {"the screen beside a file: one of sound and two of picture have no bit in common",
      FileWith("scrn15"), kFile + kScreen, 1},
 };
+// clang-format on
 
 TEST(EncoderSetup, Inputs) {
     for (const InputCase& each : kInputCases) {
         SCOPED_TRACE(each.why);
-        Session session;
+        WholeSession session;
         session.AddSources(false, false);
         session.state.g_nContentType = kKept;
         session.encoder().plugins.items = {
             std::make_shared<test_support::FakePluginInfo>(true, 1, Lines{"mic"}),
             std::make_shared<test_support::FakePluginInfo>(true, 2, Lines{"cam"})};
         each.change(session.settings);
-        session::EncoderSetup setup(session.state, session.settings, session.pane, session.factory);
-        EXPECT_TRUE(setup.SetupInput());
+        EXPECT_TRUE(session.setup.SetupInput());
         EXPECT_EQ(session.TakeCalls(), each.calls);
         EXPECT_EQ(session.state.g_nContentType, each.content_type);
         EXPECT_EQ(session.settings.audioonly, each.audioonly);
@@ -109,11 +96,10 @@ TEST(EncoderSetup, Inputs) {
 }
 
 TEST(EncoderSetup, TheGroupsFirstVideoSourceBecomesTheScreen) {
-    Session session;
+    WholeSession session;
     session.AddSources(false, false);
     FileWith("scrn15")(session.settings);
-    session::EncoderSetup setup(session.state, session.settings, session.pane, session.factory);
-    EXPECT_TRUE(setup.SetupInput());
+    EXPECT_TRUE(session.setup.SetupInput());
     EXPECT_EQ(session.state.g_objSrcVid, session.encoder().groups.items[0]->video[0]);
     EXPECT_EQ(session.state.g_objSrcVid->Scheme(), "screencap");
 }
@@ -126,28 +112,27 @@ struct DeviceCase {
     Lines calls;
 };
 
+// clang-format off
 const DeviceCase kDeviceCases[] = {
-    {"past the last audio device", 1, 0, "Error: Invalid audio device number specified", {}},
-    {"below the first", -2, -1, "Error: Invalid audio device number specified", {}},
-    {"past the last video device",
-     0,
-     2,
-     "Error: Invalid video device number specified",
+    // why, -adevice, -vdevice, line, calls
+    {"past the last audio device", 1,  0, "Error: Invalid audio device number specified", {}},
+    {"below the first",           -2, -1, "Error: Invalid audio device number specified", {}},
+    {"past the last video device", 0,  2, "Error: Invalid video device number specified",
      {"AddSource(audio)", "Audio.SetInput(mic, device)"}},
 };
+// clang-format on
 
 TEST(EncoderSetup, InvalidDeviceNumbersEndAtOnce) {
     for (const DeviceCase& each : kDeviceCases) {
         SCOPED_TRACE(each.why);
-        Session session;
+        WholeSession session;
         session.AddSources(false, false);
         session.encoder().plugins.items = {
             std::make_shared<test_support::FakePluginInfo>(true, 1, Lines{"mic"})};
         session.settings.adevice = each.adevice;
         session.settings.vdevice = each.vdevice;
         session.settings.a_content = 1;
-        session::EncoderSetup setup(session.state, session.settings, session.pane, session.factory);
-        EXPECT_FALSE(setup.SetupInput());
+        EXPECT_FALSE(session.setup.SetupInput());
         EXPECT_THAT(session.pane.lines, ElementsAre(each.line));
         EXPECT_EQ(session.TakeCalls(), each.calls);
     }
@@ -161,48 +146,35 @@ struct FailureCase {
     Lines calls;
 };
 
+// clang-format off
 const FailureCase kFailureCases[] = {
-    {"a file that cannot be opened",
-     FileInput,
-     {"AutoSetFileSource"},
-     "Error: 0x80070002 - AutoSetFileSource failed",
-     {}},
+    // why, settings, failing operations, line, calls
+    {"a file that cannot be opened", FileWith(""), {"AutoSetFileSource"},
+     "Error: 0x80070002 - AutoSetFileSource failed", {}},
     {"a source whose input fails still gets its options, and the cause is reported",
-     [](auto& s) {
-         FileWith("a64")(s);
-         s.a_content = 1;
-         s.a_contentedl = "x";
-     },
+     Set(&Settings::input, "a.avi", &Settings::audioonly, true, &Settings::a_content, 1,
+         &Settings::a_contentedl, "x"),
      {"Audio.SetInput", "Audio.ContentEDL"},
-     "Error: 0x80070002 - Audio.SetInput failed",
-     {"AddSource(audio)", "Audio.ContentMode=1"}},
-    {"no source to give the input to",
-     NoInputWith("scrna"),
-     {"AddSource"},
-     "Error: 0x80070002 - AddSource failed",
-     {}},
+     "Error: 0x80070002 - Audio.SetInput failed", {"AddSource(audio)", "Audio.ContentMode=1"}},
+    {"no source to give the input to", NoInputWith("scrna"), {"AddSource"},
+     "Error: 0x80070002 - AddSource failed", {}},
     {"an option that fails",
-     [](auto& s) {
-         FileInput(s);
-         s.a_content = 1;
-         s.v_preproc = 1;
-     },
-     {"Audio.ContentMode"},
-     "Error: 0x80070002 - Audio.ContentMode failed",
+     Set(&Settings::input, "a.avi", &Settings::a_content, 1, &Settings::v_preproc, 1),
+     {"Audio.ContentMode"}, "Error: 0x80070002 - Audio.ContentMode failed",
      {"AutoSetFileSource(/home/a.avi)", "Video.Optimization=2"}},
 };
+// clang-format on
 
 TEST(EncoderSetup, EncoderErrorsAreCollectedIntoOneLine) {
     for (const FailureCase& each : kFailureCases) {
         SCOPED_TRACE(each.why);
-        Session session;
+        WholeSession session;
         session.AddSources(false, false);
         each.change(session.settings);
         for (const char* operation : each.failing)
             session.factory.log->Fail(operation, platform::kFileNotFound,
                                       std::string(operation) + " failed");
-        session::EncoderSetup setup(session.state, session.settings, session.pane, session.factory);
-        EXPECT_FALSE(setup.SetupInput());
+        EXPECT_FALSE(session.setup.SetupInput());
         EXPECT_THAT(session.pane.lines, ElementsAre(each.line));
         EXPECT_EQ(session.TakeCalls(), each.calls);
     }
@@ -214,12 +186,8 @@ const Lines kSteps = {"Groups.Add(SG_1)",           "AutoSetFileSource(/home/a.a
                       "Audio.MarkIn=1000",          "DisplayInfo.Title=t",
                       "Encoder.AutoStop=true"};
 
-void WholeSession(cli::EncodeSettings& s) {
-    FileInput(s);
-    s.output = "b";
-    s.time.start = 1000;
-    s.title = "t";
-}
+const Change kWholeSession = Set(&Settings::input, "a.avi", &Settings::output, "b", &Settings::time,
+                                 cli::TimeSettings{1000, -1}, &Settings::title, "t");
 
 Lines StepsIn(const Lines& calls) {
     Lines steps;
@@ -230,10 +198,9 @@ Lines StepsIn(const Lines& calls) {
 }
 
 TEST(EncoderSetup, WholeSessionInOrder) {
-    Session session;
-    WholeSession(session.settings);
-    session::EncoderSetup setup(session.state, session.settings, session.pane, session.factory);
-    EXPECT_TRUE(setup.SetupEncoder());
+    WholeSession session;
+    kWholeSession(session.settings);
+    EXPECT_TRUE(session.setup.SetupEncoder());
     EXPECT_THAT(session.pane.lines, IsEmpty());
     const Lines calls = session.TakeCalls();
     EXPECT_EQ(StepsIn(calls), kSteps);
@@ -248,21 +215,20 @@ struct StopCase {
 };
 
 const StopCase kStopCases[] = {
-    {"no session file", [](auto& s) { s.wme = "x.wme"; }, "Encoder.Load", 0},
-    {"no input", [](auto&) {}, "AutoSetFileSource", 1},
-    {"no profile", [](auto& s) { s.profile = "av0"; }, "", 2},
-    {"no time", [](auto& s) { s.device_input = true; }, "", 4},
+    {"no session file", Set(&Settings::wme, "x.wme"), "Encoder.Load", 0},
+    {"no input", Set(), "AutoSetFileSource", 1},
+    {"no profile", Set(&Settings::profile, "av0"), "", 2},
+    {"no time", Set(&Settings::device_input, true), "", 4},
 };
 
 TEST(EncoderSetup, StopsAtTheFirstRefusalWithItsOneLine) {
     for (const StopCase& each : kStopCases) {
         SCOPED_TRACE(each.why);
-        Session session;
-        WholeSession(session.settings);
+        WholeSession session;
+        kWholeSession(session.settings);
         each.change(session.settings);
         session.factory.log->Fail(each.failing, platform::kFileNotFound, "x");
-        session::EncoderSetup setup(session.state, session.settings, session.pane, session.factory);
-        EXPECT_FALSE(setup.SetupEncoder());
+        EXPECT_FALSE(session.setup.SetupEncoder());
         EXPECT_EQ(session.pane.lines.size(), 1U);
         EXPECT_EQ(StepsIn(session.TakeCalls()),
                   Lines(kSteps.begin(), kSteps.begin() + static_cast<std::ptrdiff_t>(each.steps)));
@@ -270,12 +236,11 @@ TEST(EncoderSetup, StopsAtTheFirstRefusalWithItsOneLine) {
 }
 
 TEST(EncoderSetup, ErrorsOfTheOutputPassThrough) {
-    Session session;
-    WholeSession(session.settings);
+    WholeSession session;
+    kWholeSession(session.settings);
     session.settings.output = "new/b";
     session.files().log->Fail("CreateFolder", platform::kAccessDenied, "x");
-    session::EncoderSetup setup(session.state, session.settings, session.pane, session.factory);
-    EXPECT_THROW(setup.SetupEncoder(), platform::Error);
+    EXPECT_THROW(session.setup.SetupEncoder(), platform::Error);
     EXPECT_THAT(session.pane.lines, IsEmpty());
 }
 

@@ -8,6 +8,10 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+struct OutputSession : Session {
+    session::OutputSetup setup{state, settings, pane};
+};
+
 struct NameCase {
     const char* why;
     const char* input;
@@ -31,34 +35,31 @@ const NameCase kNameCases[] = {
 TEST(OutputSetup, CompletesTheName) {
     for (const NameCase& each : kNameCases) {
         SCOPED_TRACE(each.why);
-        Session session;
+        OutputSession session;
         session.files().AddFolder("/out");
         session.files().AddFolder("/out/");
         session.AddSources(true, each.video);
         session.settings.input = each.input;
         session.settings.output = each.output;
-        session::OutputSetup setup(session.state, session.settings, session.pane);
-        EXPECT_TRUE(setup.SetupOutput());
+        EXPECT_TRUE(session.setup.SetupOutput());
         EXPECT_EQ(session.settings.output, each.completed);
         EXPECT_EQ(session.encoder().file.LocalFileName(), each.completed);
     }
 }
 
 TEST(OutputSetup, MakesTheFolderOfTheOutputWithItsParents) {
-    Session session;
+    OutputSession session;
     session.AddSources(false, true);
     session.settings.output = "deep/er/b.wmv";
-    session::OutputSetup setup(session.state, session.settings, session.pane);
-    EXPECT_TRUE(setup.SetupOutput());
+    EXPECT_TRUE(session.setup.SetupOutput());
     EXPECT_THAT(session.files().log->lines,
                 ElementsAre("CreateFolder(/home/deep)", "CreateFolder(/home/deep/er)"));
 }
 
 TEST(OutputSetup, TakesTheNameOfASessionFile) {
-    Session session;
+    OutputSession session;
     session.encoder().file.value_LocalFileName = "show.wmv";
-    session::OutputSetup setup(session.state, session.settings, session.pane);
-    EXPECT_TRUE(setup.SetupOutput());
+    EXPECT_TRUE(session.setup.SetupOutput());
     EXPECT_EQ(session.settings.output, "show.wmv");
     EXPECT_THAT(session.TakeCalls(), IsEmpty());
 }
@@ -69,122 +70,100 @@ struct SettingsCase {
     Lines calls;
 };
 
+// clang-format off
 const SettingsCase kBroadcastCases[] = {
-    {"no port given", [](auto&) {}, {}},
-    {"a port", [](auto& s) { s.broadcast = 8080; }, {"Broadcast.PortNumber(1)=8080"}},
-    {"a push without a template",
-     [](auto& s) {
-         s.push = {"server", "point", ""};
-     },
+    // why, settings, calls
+    {"no port given", Set(), {}},
+    {"a port", Set(&Settings::broadcast, 8080), {"Broadcast.PortNumber(1)=8080"}},
+    {"a push without a template", Set(&Settings::push, cli::PushSettings{"server", "point", ""}),
      {"Broadcast.ServerName=server", "Broadcast.PublishingPoint=point"}},
     {"a push with one, beside a port",
-     [](auto& s) {
-         s.broadcast = 80;
-         s.push = {"server", "point", "template"};
-     },
+     Set(&Settings::broadcast, 80, &Settings::push, cli::PushSettings{"server", "point", "template"}),
      {"Broadcast.PortNumber(1)=80", "Broadcast.ServerName=server",
       "Broadcast.PublishingPoint=point", "Broadcast.Template=template"}},
 };
+// clang-format on
 
 TEST(OutputSetup, BroadcastsAndPushes) {
     for (const SettingsCase& each : kBroadcastCases) {
         SCOPED_TRACE(each.why);
-        Session session;
+        OutputSession session;
         each.change(session.settings);
-        session::OutputSetup setup(session.state, session.settings, session.pane);
-        EXPECT_TRUE(setup.SetupOutput());
+        EXPECT_TRUE(session.setup.SetupOutput());
         EXPECT_EQ(session.TakeCalls(), each.calls);
     }
 }
 
+// clang-format off
 const SettingsCase kTimeCases[] = {
-    {"a start alone",
-     [](auto& s) { s.time.start = 1000; },
+    // why, settings, calls
+    {"a start alone", Set(&Settings::time, cli::TimeSettings{1000, -1}),
      {"Audio.MarkIn=1000", "Video.MarkIn=1000"}},
-    {"to the end of the file",
-     [](auto& s) {
-         s.time = {0, 0};
-     },
+    {"to the end of the file", Set(&Settings::time, cli::TimeSettings{0, 0}),
      {"Audio.MarkIn=0", "Video.MarkIn=0", "Audio.MarkOut=0", "Video.MarkOut=0"}},
-    {"a device with its duration",
-     [](auto& s) {
-         s.device_input = true;
-         s.duration = 5;
-     },
-     {}},
+    {"a device with its duration", Set(&Settings::device_input, true, &Settings::duration, 5), {}},
 };
+// clang-format on
 
 TEST(OutputSetup, MarksTheTime) {
     for (const SettingsCase& each : kTimeCases) {
         SCOPED_TRACE(each.why);
-        Session session;
+        OutputSession session;
         session.AddSources(true, true);
         each.change(session.settings);
-        session::OutputSetup setup(session.state, session.settings, session.pane);
-        EXPECT_TRUE(setup.SetupTime());
+        EXPECT_TRUE(session.setup.SetupTime());
         EXPECT_EQ(session.TakeCalls(), each.calls);
     }
 }
 
 TEST(OutputSetup, MarksOnlyTheSourcesThatExist) {
-    Session session;
+    OutputSession session;
     session.AddSources(true, false);
     session.settings.time = {1, 2};
-    session::OutputSetup setup(session.state, session.settings, session.pane);
-    EXPECT_TRUE(setup.SetupTime());
+    EXPECT_TRUE(session.setup.SetupTime());
     EXPECT_THAT(session.TakeCalls(), ElementsAre("Audio.MarkIn=1", "Audio.MarkOut=2"));
 }
 
 TEST(OutputSetup, RefusesADeviceWithoutADuration) {
-    Session session;
+    OutputSession session;
     session.AddSources(true, false);
     session.settings.device_input = true;
     session.settings.time.start = 1000;
-    session::OutputSetup setup(session.state, session.settings, session.pane);
-    EXPECT_FALSE(setup.SetupTime());
+    EXPECT_FALSE(session.setup.SetupTime());
     EXPECT_THAT(session.pane.lines,
                 ElementsAre("Duration must be specified when capturing from devices."));
     EXPECT_THAT(session.TakeCalls(), IsEmpty());
 }
 
+constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
+
+// clang-format off
 const SettingsCase kDisplayCases[] = {
-    {"nothing given", [](auto&) {}, {}},
+    // why, settings, calls
+    {"nothing given", Set(), {}},
     {"all titles, in their order",
-     [](auto& s) {
-         s.rating = "5";
-         s.title = "1";
-         s.author = "2";
-         s.copyright = "3";
-         s.description = "4";
-     },
+     Set(&Settings::rating, "5", &Settings::title, "1", &Settings::author, "2",
+         &Settings::copyright, "3", &Settings::description, "4"),
      {"DisplayInfo.Title=1", "DisplayInfo.Author=2", "DisplayInfo.Copyright=3",
       "DisplayInfo.Description=4", "DisplayInfo.Rating=5"}},
-    {"coefficients are negated",
-     [](auto& s) {
-         s.a_folddown6to2 = {10, 3, 3};
-     },
+    {"coefficients are negated", Set(&Settings::a_folddown6to2, cli::FoldDownSettings{10, 3, 0}),
      {"Attributes.Add(SurroundMix, -10)", "Attributes.Add(CenterMix, -3)",
-      "Attributes.Add(LFEMix, -3)"}},
-    {"the first coefficient alone decides",
-     [](auto& s) {
-         s.a_folddown6to2 = {-1, 3, 3};
-     },
-     {}},
-    {"a number without a positive counterpart",
-     [](auto& s) {
-         s.a_folddown6to2 = {std::numeric_limits<std::int32_t>::min(), -3, 0};
-     },
-     {"Attributes.Add(SurroundMix, 2147483647)", "Attributes.Add(CenterMix, 3)",
       "Attributes.Add(LFEMix, 0)"}},
+    {"the first coefficient alone decides",
+     Set(&Settings::a_folddown6to2, cli::FoldDownSettings{-1, 3, 3}), {}},
+    {"a number without a positive counterpart",
+     Set(&Settings::a_folddown6to2, cli::FoldDownSettings{kLowest, -3, -1}),
+     {"Attributes.Add(SurroundMix, 2147483647)", "Attributes.Add(CenterMix, 3)",
+      "Attributes.Add(LFEMix, 1)"}},
 };
+// clang-format on
 
 TEST(OutputSetup, WritesDisplayInformation) {
     for (const SettingsCase& each : kDisplayCases) {
         SCOPED_TRACE(each.why);
-        Session session;
+        OutputSession session;
         each.change(session.settings);
-        session::OutputSetup setup(session.state, session.settings, session.pane);
-        EXPECT_TRUE(setup.SetupDisplayInfo());
+        EXPECT_TRUE(session.setup.SetupDisplayInfo());
         EXPECT_EQ(session.TakeCalls(), each.calls);
     }
 }

@@ -17,6 +17,19 @@
 
 using Lines = std::vector<std::string>;
 using Change = std::function<void(cli::EncodeSettings&)>;
+using Settings = cli::EncodeSettings;
+
+/// Gives members their values: Set(&Settings::input, "a.avi", &Settings::silent, true).
+inline Change Set() {
+    return [](Settings&) {};
+}
+template <typename Member, typename Value, typename... Rest>
+Change Set(Member Settings::*member, Value value, Rest... rest) {
+    return [=](Settings& settings) {
+        settings.*member = value;
+        Set(rest...)(settings);
+    };
+}
 
 struct Session {
     Session() {

@@ -7,6 +7,10 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+struct SourceSession : Session {
+    session::SourceSetup setup{state, settings, pane, factory};
+};
+
 constexpr const char* kNoScaling =
     "Preprocessing mode not supported. Use -height and -width to adjust video size.";
 
@@ -35,11 +39,10 @@ const PreprocCase kPreprocCases[] = {
 TEST(SourceSetup, PreprocessingFilter) {
     for (const PreprocCase& each : kPreprocCases) {
         SCOPED_TRACE(each.why);
-        Session session;
+        SourceSession session;
         session.AddSources(false, true);
         session.settings.v_preproc = each.v_preproc;
-        session::SourceSetup setup(session.state, session.settings, session.pane, session.factory);
-        EXPECT_TRUE(setup.SetupVideoSource());
+        EXPECT_TRUE(session.setup.SetupVideoSource());
         EXPECT_EQ(session.TakeCalls(), each.calls);
         EXPECT_EQ(session.pane.lines, each.lines);
     }
@@ -51,100 +54,78 @@ struct VideoCase {
     Lines calls;
 };
 
+// clang-format off
 const VideoCase kVideoCases[] = {
-    {"a format in any case",
-     [](auto& s) { s.pixelformat = "yuy2"; },
+    // why, settings, calls
+    {"a format in any case", Set(&Settings::pixelformat, "yuy2"),
      {"Video.PixelFormat=" + std::to_string(platform::FourCC("YUY2"))}},
-    {"a format past 31 bits",
-     [](auto& s) { s.pixelformat = "RGB24"; },
+    {"a format past 31 bits", Set(&Settings::pixelformat, "RGB24"),
      {"Video.PixelFormat=" + std::to_string(0xE436EB7DU)}},
-    {"an unknown format is left out", [](auto& s) { s.pixelformat = "NV12"; }, {}},
-    {"only one side of the ratio",
-     [](auto& s) { s.pixelratio.x = 8; },
+    {"an unknown format is left out", Set(&Settings::pixelformat, "NV12"), {}},
+    {"only one side of the ratio", Set(&Settings::pixelratio, cli::PixelRatioSettings{8, -1}),
      {"Video.PixelAspectRatioX=8"}},
-    {"the other side", [](auto& s) { s.pixelratio.y = 9; }, {"Video.PixelAspectRatioY=9"}},
-    {"the fastest is a value",
-     [](auto& s) { s.v_performance = 0; },
-     {"Encoder.VideoPerformance=0"}},
-    {"margins in the encoder's order, 0 is one",
-     [](auto& s) {
-         s.v_clip = {1, 2, 3, 0};
-     },
+    {"the other side", Set(&Settings::pixelratio, cli::PixelRatioSettings{-1, 9}),
+     {"Video.PixelAspectRatioY=9"}},
+    {"the fastest is a value", Set(&Settings::v_performance, 0), {"Encoder.VideoPerformance=0"}},
+    {"margins in the encoder's order, 0 is one", Set(&Settings::v_clip, cli::ClipSettings{1, 2, 3, 0}),
      {"Video.CroppingLeftMargin=1", "Video.CroppingRightMargin=3", "Video.CroppingTopMargin=2",
       "Video.CroppingBottomMargin=0"}},
-    {"a duration of this command",
-     [](auto& s) {
-         s.duration = 5;
-         s.duration_typed = true;
-     },
+    {"a duration of this command", Set(&Settings::duration, 5, &Settings::duration_typed, true),
      {"Video.StillDuration=5000"}},
-    {"a duration carried over", [](auto& s) { s.duration = 5; }, {}},
-    {"no duration to last",
-     [](auto& s) {
-         s.duration = 0;
-         s.duration_typed = true;
-     },
-     {}},
-    {"longer than milliseconds can say",
-     [](auto& s) {
-         s.duration = 3e6;
-         s.duration_typed = true;
-     },
+    {"a duration carried over", Set(&Settings::duration, 5), {}},
+    {"no duration to last", Set(&Settings::duration, 0, &Settings::duration_typed, true), {}},
+    {"longer than milliseconds can say", Set(&Settings::duration, 3e6, &Settings::duration_typed, true),
      {"Video.StillDuration=2147483647"}},
 };
+// clang-format on
 
 TEST(SourceSetup, VideoOptions) {
     for (const VideoCase& each : kVideoCases) {
         SCOPED_TRACE(each.why);
-        Session session;
+        SourceSession session;
         session.AddSources(false, true);
         each.change(session.settings);
-        session::SourceSetup setup(session.state, session.settings, session.pane, session.factory);
-        EXPECT_TRUE(setup.SetupVideoSource());
+        EXPECT_TRUE(session.setup.SetupVideoSource());
         EXPECT_EQ(session.TakeCalls(), each.calls);
     }
 }
 
 TEST(SourceSetup, AScreenIsNoStillPicture) {
-    Session session;
+    SourceSession session;
     session.AddSources(false, true);
     session.state.g_objSrcVid->SetInput("screencap1", "screencap");
     session.TakeCalls();
     session.settings.duration = 5;
     session.settings.duration_typed = true;
-    session::SourceSetup setup(session.state, session.settings, session.pane, session.factory);
-    EXPECT_TRUE(setup.SetupVideoSource());
+    EXPECT_TRUE(session.setup.SetupVideoSource());
     EXPECT_THAT(session.TakeCalls(), IsEmpty());
 }
 
 TEST(SourceSetup, AudioOptions) {
-    Session session;
+    SourceSession session;
     session.AddSources(true, false);
-    session::SourceSetup setup(session.state, session.settings, session.pane, session.factory);
-    EXPECT_TRUE(setup.SetupAudioSource());
+    EXPECT_TRUE(session.setup.SetupAudioSource());
     EXPECT_THAT(session.TakeCalls(), IsEmpty());
     session.settings.a_content = 0;
     session.settings.a_contentedl = "speech.edl";
-    EXPECT_TRUE(setup.SetupAudioSource());
+    EXPECT_TRUE(session.setup.SetupAudioSource());
     EXPECT_THAT(session.TakeCalls(),
                 ElementsAre("Audio.ContentMode=0", "Audio.ContentEDL=speech.edl"));
 }
 
 TEST(SourceSetup, OneEmptyGroupWithoutASessionFile) {
-    Session session;
-    session::SourceSetup setup(session.state, session.settings, session.pane, session.factory);
-    EXPECT_TRUE(setup.CreateSourceGroup());
+    SourceSession session;
+    EXPECT_TRUE(session.setup.CreateSourceGroup());
     ASSERT_EQ(session.encoder().groups.Count(), 1);
     EXPECT_EQ(session.state.g_objSrcGrp->Name(), "SG_1");
     EXPECT_TRUE(session.state.g_bCustomProfile);
 }
 
 TEST(SourceSetup, SessionFileGivesItsSourcesAndProfile) {
-    Session session;
+    SourceSession session;
     session.settings.wme = "show.wme";
     session.encoder().loaded_audio = false;
-    session::SourceSetup setup(session.state, session.settings, session.pane, session.factory);
-    EXPECT_TRUE(setup.CreateSourceGroup());
+    EXPECT_TRUE(session.setup.CreateSourceGroup());
     EXPECT_TRUE(session.factory.log->Has("Encoder.Load(/home/show.wme)"));
     EXPECT_EQ(session.state.g_objSrcGrp->Name(), "loaded");
     EXPECT_EQ(session.state.g_objSrcAud, nullptr);
@@ -157,24 +138,22 @@ TEST(SourceSetup, SessionFileGivesItsSourcesAndProfile) {
 }
 
 TEST(SourceSetup, GivenPacketSizeOutweighsTheSessionFile) {
-    Session session;
+    SourceSession session;
     session.settings.wme = "show.wme";
     session.settings.maxpacket = 1400;
-    session::SourceSetup setup(session.state, session.settings, session.pane, session.factory);
-    EXPECT_TRUE(setup.CreateSourceGroup());
+    EXPECT_TRUE(session.setup.CreateSourceGroup());
     EXPECT_EQ(session.settings.maxpacket, 1400);
 }
 
 TEST(SourceSetup, SessionFileThatCannotBeLoaded) {
     for (const char* operation : {"Encoder.Load", "Profile.LoadFromIWMProfile", "Source"}) {
         SCOPED_TRACE(operation);
-        Session session;
+        SourceSession session;
         const auto earlier = session.factory.MakeProfile();
         session.state.g_objProfile = earlier;
         session.settings.wme = "show.wme";
         session.factory.log->Fail(operation, platform::kInvalidData, "broken");
-        session::SourceSetup setup(session.state, session.settings, session.pane, session.factory);
-        EXPECT_FALSE(setup.CreateSourceGroup());
+        EXPECT_FALSE(session.setup.CreateSourceGroup());
         EXPECT_THAT(session.pane.lines,
                     ElementsAre("Loading the session (.wme) file failed: show.wme"));
         EXPECT_EQ(session.state.g_objProfile, earlier) << "later commands still have a whole one";
