@@ -14,11 +14,14 @@ class FolderRun final : public session::FileRun {
   public:
     FolderRun(platform::EventLoop& loop, EncodingRun& run) : loop_(loop), run_(run) {}
 
-    /// A walk for as long as it lives.
+    /// A walk for as long as it lives. Those around it end with their files.
     class Walk {
       public:
-        explicit Walk(FolderRun& folder_run) : folder_run_(folder_run) { ++folder_run_.g_nWalks; }
-        ~Walk();
+        explicit Walk(FolderRun& folder_run) : folder_run_(folder_run) {
+            folder_run_.CancelWalks();
+            ++folder_run_.g_nWalks;
+        }
+        ~Walk() { --folder_run_.g_nWalks; }
         Walk(const Walk&) = delete;
         Walk& operator=(const Walk&) = delete;
 
@@ -31,6 +34,7 @@ class FolderRun final : public session::FileRun {
     void CancelWalks() { g_nCancelledWalks = g_nWalks; }
 
     void PrepareSession() override { run_.NewSession(); }
+    /// What it returns means nothing when another command has taken the session over.
     session::FileRunEnd RunToEnd() override;
     bool WalkCancelled() const override { return g_nWalks <= g_nCancelledWalks; }
 

@@ -56,6 +56,8 @@ TEST_F(MainWindowTest, NamesTheWindowAndArmsTheTimer) {
 TEST_F(MainWindowTest, TooFewWordsShowTheHelpAndOfferACommand) {
     form.Form_Load();
     for (const char* const command : {"", "-a_codecs"}) {
+        factory.encoders.clear();
+        Go("-bogus command");
         window.info.text = "what was there before\r\n";
         window.log->lines.clear();
         Go(command);
@@ -66,8 +68,8 @@ TEST_F(MainWindowTest, TooFewWordsShowTheHelpAndOfferACommand) {
         EXPECT_TRUE(window.info.scrolled);
         EXPECT_EQ(window.command_box.text, kOffered);
         EXPECT_EQ(form.ExitStatus(), 0);
+        EXPECT_EQ(factory.encoders.size(), 1U) << "help takes no new encoder";
     }
-    EXPECT_TRUE(factory.encoders.empty());
 }
 
 TEST_F(MainWindowTest, AnEmptyBoxTakesTheArguments) {
@@ -384,11 +386,17 @@ TEST_F(FolderTest, AnotherFolderTakesTheWalkOver) {
 }
 
 TEST_F(FolderTest, ACommandThatIsRefusedDuringTheWalkEndsItWithItsOwnStatus) {
-    steps = {[this] { Go("-input a.avi -bogus"); }};
+    steps = {[this] {
+        FakeEncoder& walked = Encoder();
+        Go("-input a.avi -bogus");
+        walked.Deliver(EncoderState::Stopped);
+        EXPECT_TRUE(form.IsBusy()) << "the walk has not yet had its turn to end";
+    }};
     Go(kFolder);
     EXPECT_EQ(Started(), 1);
     EXPECT_EQ(Pane().back(), "Invalid parameter: -bogus");
     EXPECT_EQ(form.ExitStatus(), 1);
+    EXPECT_FALSE(form.IsBusy());
 }
 
 TEST_F(FolderTest, HelpDuringTheWalkLetsItGoOn) {

@@ -142,6 +142,8 @@ TEST_F(ProgressTest, ABarThatGoesBackIsTheSecondPass) {
     SetElapsed(1200);
     progress.Tick();
     EXPECT_EQ(progress.CurrentPass(), 2);
+    progress.setupProgressBar();
+    EXPECT_EQ(progress.CurrentPass(), 1) << "the next run starts over";
 }
 
 struct CaptureCase {
