@@ -84,7 +84,6 @@ struct WrittenAudio {
     const char* av_encoder = nullptr;
     std::uint16_t tag = 0;
     AudioFormat format{};
-    bool operator==(const WrittenAudio&) const = default;
 };
 WrittenAudio WrittenFor(const AudioCodecRow& row, platform::VbrMode mode,
                         const AudioFormat& format);

@@ -1,0 +1,269 @@
+#include <set>
+#include <tuple>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+}
+
+#include "engine/encoders/codec_table.h"
+#include "platform/text.h"
+
+namespace engine {
+namespace {
+
+using platform::VbrMode;
+
+constexpr VbrMode kModes[] = {VbrMode::Constant, VbrMode::Peak, VbrMode::Quality, VbrMode::BitRate};
+
+const AudioCodecRow& Standard() { return AudioCodecs()[0]; }
+const AudioCodecRow& Professional() { return AudioCodecs()[1]; }
+const AudioCodecRow& Lossless() { return AudioCodecs()[2]; }
+const AudioCodecRow& Voice() { return AudioCodecs()[3]; }
+const AudioCodecRow& Pcm() { return AudioCodecs()[4]; }
+
+// Calls `use(row, mode, format)` for all listed formats.
+template <typename Use>
+void ForEachListedFormat(const Use& use) {
+    for (const AudioCodecRow& row : AudioCodecs())
+        for (const VbrMode mode : kModes)
+            for (const AudioFormat& format : AudioFormats(row, mode)) use(row, mode, format);
+}
+
+// An argument of -a_setting as the command language reads it.
+AudioFormat ReadArgument(const std::string& argument) {
+    const bool quality = argument.front() == 'Q';
+    const std::vector<std::string> fields =
+        platform::Split(quality ? argument.substr(1) : argument, '_');
+    const std::map<int, int> rates = {{353, 352800}, {705, 705600}, {1411, 1411200}};
+    const std::map<int, int> hertz = {{88, 88200}, {44, 44100}, {22, 22050}, {11, 11025}};
+    const auto read = [](const std::map<int, int>& exact, int value) {
+        return exact.contains(value) ? exact.at(value) : value * 1000;
+    };
+    const int value = std::stoi(fields.at(0));
+    return {quality ? value : read(rates, value), read(hertz, std::stoi(fields.at(1))),
+            std::stoi(fields.at(2)), fields.size() > 3 ? std::stoi(fields[3]) : 16};
+}
+
+// Every row of a listing can be typed, passes the command language's checks and means that row.
+TEST(AudioFormats, EachListedFormatIsOneArgument) {
+    const std::set<int> bit_rates = {4000,   5000,   6000,   8000,   10000,  12000,  16000,
+                                     17000,  20000,  22000,  32000,  40000,  48000,  64000,
+                                     80000,  96000,  128000, 160000, 192000, 256000, 320000,
+                                     352800, 384000, 440000, 640000, 705600, 768000, 1411200};
+    const std::set<int> sampling_rates = {8000,  11025, 16000, 22050, 32000,
+                                          44100, 48000, 88200, 96000};
+    std::set<std::tuple<int, VbrMode, std::string>> seen;
+    ForEachListedFormat([&](const AudioCodecRow& row, VbrMode mode, const AudioFormat& format) {
+        const std::string argument = FormatArgument(row, mode, format);
+        SCOPED_TRACE(std::string(row.name) + " " + ModeName(mode) + " " + argument);
+        EXPECT_TRUE(seen.emplace(row.tag, mode, argument).second) << "listed twice";
+        const AudioFormat typed = ReadArgument(argument);
+        EXPECT_TRUE(mode == VbrMode::Quality || bit_rates.contains(typed.value)) << typed.value;
+        EXPECT_TRUE(sampling_rates.contains(typed.sampling_rate));
+        EXPECT_TRUE((std::set<int>{1, 2, 6, 8}).contains(typed.channels));
+        EXPECT_TRUE((std::set<int>{16, 20, 24}).contains(typed.bits_per_sample));
+        EXPECT_EQ(FindAudioFormat(row, mode, typed), format);
+    });
+    EXPECT_GT(seen.size(), 200U);
+}
+
+// The listing writes whole kilobits; no two rows of a codec may look the same in it.
+TEST(AudioFormats, ListingHasNoTwoEqualLines) {
+    std::set<std::tuple<int, VbrMode, double, int, int, int>> seen;
+    ForEachListedFormat([&](const AudioCodecRow& row, VbrMode mode, const AudioFormat& format) {
+        const double column = mode == VbrMode::Quality
+                                  ? format.value
+                                  : platform::RoundHalfToEven(format.value / 1000.0);
+        EXPECT_TRUE(seen.emplace(row.tag, mode, column, format.sampling_rate, format.channels,
+                                 format.bits_per_sample)
+                        .second)
+            << row.name << " " << FormatArgument(row, mode, format);
+    });
+}
+
+struct SnapCase {
+    const char* why;
+    const AudioCodecRow& row;
+    VbrMode mode;
+    AudioFormat typed;
+    std::int32_t value;  // found; -1 = nothing
+};
+
+TEST(AudioFormats, FindsTheFormatThatIsMeant) {
+    const SnapCase cases[] = {
+        // exact rates of predefined profiles
+        {"av20", Standard(), VbrMode::Constant, {5000, 8000, 1, 16}, 5000},
+        {"av32", Standard(), VbrMode::Constant, {10168, 11025, 1, 16}, 10168},
+        {"av100", Standard(), VbrMode::Constant, {16000, 16000, 1, 16}, 16000},
+        {"av225", Standard(), VbrMode::Constant, {40000, 32000, 2, 16}, 40000},
+        {"av350", Standard(), VbrMode::Constant, {48000, 32000, 2, 16}, 48000},
+        {"scrna, a48", Standard(), VbrMode::Constant, {48024, 32000, 2, 16}, 48024},
+        {"scrnab, a32", Standard(), VbrMode::Constant, {32000, 32000, 2, 16}, 32000},
+        {"av450", Standard(), VbrMode::Constant, {64040, 44100, 2, 16}, 64040},
+        {"a64", Standard(), VbrMode::Constant, {64016, 44100, 2, 16}, 64016},
+        {"av1400", Standard(), VbrMode::Constant, {128040, 44100, 2, 16}, 128040},
+        {"a128", Standard(), VbrMode::Constant, {128016, 44100, 2, 16}, 128016},
+        {"a96", Standard(), VbrMode::Constant, {96024, 44100, 2, 16}, 96024},
+        {"a20_1", Standard(), VbrMode::Constant, {20008, 22050, 1, 16}, 20008},
+        {"a20_2", Standard(), VbrMode::Constant, {20008, 22050, 2, 16}, 20008},
+        // typed kilobits
+        {"10 is 10168", Standard(), VbrMode::Constant, {10000, 11025, 1, 16}, 10168},
+        {"20 is 20008", Standard(), VbrMode::Constant, {20000, 22050, 2, 16}, 20008},
+        {"64 is the listed one", Standard(), VbrMode::Constant, {64000, 44100, 2, 16}, 64040},
+        {"128 is the listed one", Standard(), VbrMode::Constant, {128000, 44100, 2, 16}, 128040},
+        {"half a kilobit to even", Standard(), VbrMode::Constant, {64500, 44100, 2, 16}, 64040},
+        {"above it is another", Standard(), VbrMode::Constant, {64501, 44100, 2, 16}, -1},
+        {"other channels", Standard(), VbrMode::Constant, {20000, 22050, 6, 16}, -1},
+        {"other bits", Standard(), VbrMode::Constant, {64000, 44100, 2, 24}, -1},
+        // defaults of custom profiles
+        {"Q75_44_2", Standard(), VbrMode::Quality, {75, 44100, 2, 16}, 75},
+        {"quality does not round", Standard(), VbrMode::Quality, {76, 44100, 2, 16}, -1},
+        {"64_44_2 peak", Standard(), VbrMode::Peak, {64000, 44100, 2, 16}, 64000},
+        {"64_44_2 bit rate", Standard(), VbrMode::BitRate, {64000, 44100, 2, 16}, 64000},
+        {"128_44_2_24", Professional(), VbrMode::Constant, {128000, 44100, 2, 24}, 128000},
+        {"128_44_2_24 bit rate", Professional(), VbrMode::BitRate, {128000, 44100, 2, 24}, 128000},
+        {"Q75_44_2_24", Professional(), VbrMode::Quality, {75, 44100, 2, 24}, 75},
+        {"Q100_44_2_16", Lossless(), VbrMode::Quality, {100, 44100, 2, 16}, 100},
+        {"lossless has no rate", Lossless(), VbrMode::Constant, {128000, 44100, 2, 16}, -1},
+        {"12_16_1", Voice(), VbrMode::Constant, {12000, 16000, 1, 16}, 12000},
+        {"705_22_2", Pcm(), VbrMode::Constant, {705600, 22050, 2, 16}, 705600},
+        {"1411_44_2", Pcm(), VbrMode::Constant, {1411200, 44100, 2, 16}, 1411200},
+        {"48 kHz for who sets it", Pcm(), VbrMode::Constant, {1536000, 48000, 2, 16}, 1536000},
+        {"64_44_2 of voice", Voice(), VbrMode::Constant, {64000, 44100, 2, 16}, -1},
+        {"PCM has no quality", Pcm(), VbrMode::Quality, {75, 44100, 2, 16}, -1},
+    };
+    for (const SnapCase& c : cases) {
+        const auto found = FindAudioFormat(c.row, c.mode, c.typed);
+        EXPECT_EQ(found ? found->value : -1, c.value) << c.why;
+    }
+}
+
+struct RefusalCase {
+    const AudioCodecRow& row;
+    VbrMode mode;
+    AudioFormat wanted;
+    std::vector<const char*> words;
+};
+
+TEST(AudioFormats, RefusalSaysWhatTheCodecOffers) {
+    const RefusalCase cases[] = {
+        {Voice(), VbrMode::Constant, {64000, 44100, 2, 16}, {"Voice", "64 kbps", "12_16_1"}},
+        {Pcm(), VbrMode::Constant, {64000, 44100, 2, 16}, {"PCM", "stereo", "1411_44_2"}},
+        {Standard(), VbrMode::Constant, {440000, 44100, 2, 16}, {"64_44_2", "320_44_2"}},
+        {Lossless(), VbrMode::Constant, {64000, 44100, 2, 16}, {"Lossless", "-a_mode 2"}},
+        {Pcm(), VbrMode::Peak, {64000, 44100, 2, 16}, {"PCM", "peak rate", "-a_mode 0"}},
+        {Standard(), VbrMode::Quality, {80, 44100, 2, 16}, {"quality 80", "Q75_44_2"}},
+    };
+    for (const RefusalCase& c : cases) {
+        try {
+            RequireAudioFormat(c.row, c.mode, c.wanted);
+            FAIL() << c.row.name;
+        } catch (const platform::Error& error) {
+            EXPECT_EQ(error.unsigned_number(), platform::kInvalidArgument);
+            for (const char* word : c.words)
+                EXPECT_THAT(error.description(), testing::HasSubstr(word));
+        }
+    }
+}
+
+struct WrittenCase {
+    const char* why;
+    const AudioCodecRow& row;
+    VbrMode mode;
+    AudioFormat format;
+    WrittenAudio written;
+    const char* description;
+};
+
+TEST(WrittenAudio, IsTheNearestThatTheEncoderCan) {
+    const WrittenCase cases[] = {
+        {"as asked",
+         Standard(),
+         VbrMode::Constant,
+         {64040, 44100, 2, 16},
+         {"wmav2", 0x0161, {64040, 44100, 2, 16}},
+         "64 kbps, 44 kHz, stereo CBR"},
+        {"below the encoder's range",
+         Standard(),
+         VbrMode::Constant,
+         {20008, 22050, 1, 16},
+         {"wmav2", 0x0161, {24000, 22050, 1, 16}},
+         "24 kbps, 22 kHz, mono CBR (asked: 20 kbps, 22 kHz, mono)"},
+        {"quality",
+         Standard(),
+         VbrMode::Quality,
+         {75, 44100, 2, 16},
+         {"wmav2", 0x0161, {128000, 44100, 2, 16}},
+         "128 kbps, 44 kHz, stereo CBR (asked: quality 75, 44 kHz, stereo)"},
+        {"more channels, rate and depth",
+         Professional(),
+         VbrMode::Constant,
+         {768000, 96000, 8, 24},
+         {"wmav2", 0x0161, {320000, 48000, 2, 16}},
+         "320 kbps, 48 kHz, stereo CBR (asked: 768 kbps, 96 kHz, 8 channels, 24 bit)"},
+        {"voice",
+         Voice(),
+         VbrMode::Constant,
+         {12000, 16000, 1, 16},
+         {"wmav2", 0x0161, {24000, 16000, 1, 16}},
+         "24 kbps, 16 kHz, mono CBR (asked: 12 kbps, 16 kHz, mono)"},
+        {"lossless",
+         Lossless(),
+         VbrMode::Quality,
+         {100, 44100, 2, 24},
+         {"pcm_s24le", 1, {2116800, 44100, 2, 24}},
+         "2117 kbps, 44 kHz, stereo, 24 bit (asked: quality 100, 44 kHz, stereo, 24 bit)"},
+        {"PCM",
+         Pcm(),
+         VbrMode::Constant,
+         {705600, 22050, 2, 16},
+         {"pcm_s16le", 1, {705600, 22050, 2, 16}},
+         "706 kbps, 22 kHz, stereo"},
+    };
+    for (const WrittenCase& c : cases) {
+        const WrittenAudio written = WrittenFor(c.row, c.mode, c.format);
+        EXPECT_STREQ(written.av_encoder, c.written.av_encoder) << c.why;
+        EXPECT_EQ(written.tag, c.written.tag) << c.why;
+        EXPECT_EQ(written.format, c.written.format) << c.why;
+        EXPECT_EQ(AudioDescription(c.row, c.mode, c.format), c.description) << c.why;
+    }
+}
+
+// libavcodec takes every format that is written.
+TEST(WrittenAudio, OpensInItsEncoder) {
+    ForEachListedFormat([](const AudioCodecRow& row, VbrMode mode, const AudioFormat& format) {
+        const WrittenAudio written = WrittenFor(row, mode, format);
+        const AVCodec* codec = avcodec_find_encoder_by_name(written.av_encoder);
+        ASSERT_NE(codec, nullptr) << written.av_encoder;
+        const auto free = [](AVCodecContext* c) { avcodec_free_context(&c); };
+        const std::unique_ptr<AVCodecContext, decltype(free)> context(avcodec_alloc_context3(codec),
+                                                                      free);
+        context->bit_rate = written.format.value;
+        context->sample_rate = written.format.sampling_rate;
+        context->time_base = {1, written.format.sampling_rate};
+        context->sample_fmt = codec->sample_fmts[0];
+        av_channel_layout_default(&context->ch_layout, written.format.channels);
+        EXPECT_EQ(avcodec_open2(context.get(), codec, nullptr), 0)
+            << row.name << " " << FormatArgument(row, mode, format);
+    });
+    for (const VideoCodecRow& row : VideoCodecs())
+        EXPECT_NE(avcodec_find_encoder_by_name(row.av_encoder), nullptr) << row.name;
+}
+
+TEST(CodecNames, SayWhatStandsIn) {
+    const auto audio = [](const AudioCodecRow& row) {
+        return AudioDisplayName(row, VbrMode::Constant);
+    };
+    EXPECT_EQ(audio(Standard()), "Windows Media Audio 9");
+    EXPECT_EQ(audio(Professional()),
+              "Windows Media Audio 9 Professional (as Windows Media Audio 9)");
+    EXPECT_EQ(audio(Lossless()), "Windows Media Audio 9 Lossless (needs -a_mode 2)");
+    EXPECT_EQ(AudioDisplayName(Lossless(), VbrMode::Quality),
+              "Windows Media Audio 9 Lossless (as PCM)");
+    EXPECT_EQ(VideoDisplayName(VideoCodecs()[2]),
+              "Windows Media Video 9 (as Windows Media Video 8)");
+    EXPECT_EQ(VideoDisplayName(VideoCodecs()[1]), "Windows Media Video 8");
+}
+
+}  // namespace
+}  // namespace engine

@@ -1,0 +1,200 @@
+#include "engine/object_model/encoder.h"
+#include "engine/object_model/profile.h"
+#include "unit/engine/model/model_fakes.h"
+
+namespace engine {
+namespace {
+
+using platform::EncoderState;
+using platform::SourceType;
+using test_support::ErrorOf;
+using test_support::FakeEngine;
+using test_support::FakeEventLoop;
+using test_support::FakeRun;
+
+class Listener : public platform::WMEncoderEvents {
+  public:
+    void OnStateChange(EncoderState state) override {
+        log.push_back("state " + std::to_string(static_cast<int>(state)));
+        if (on_state) on_state(state);
+    }
+    void OnError(std::int32_t number, const std::string& description) override {
+        log.push_back("error " + std::to_string(number) + " " + description);
+    }
+    std::vector<std::string> log;
+    std::function<void(EncoderState)> on_state;
+};
+
+class EncoderTest : public testing::Test {
+  protected:
+    EncoderTest() { SetUpSession(); }
+
+    void SetUpSession() {
+        const auto group = encoder->SourceGroupCollection().Add("SG_1");
+        group->AutoSetFileSource("film.avi");
+        Profile profile;
+        test_support::FillProfile(profile);
+        group->SetProfile(profile);
+        encoder->File().SetLocalFileName("out.wmv");
+        encoder->SetEvents(&listener);
+    }
+    FakeRun::Record& Run() { return *engine.runs.back(); }
+    void RunThrough() {
+        for (const EncoderState state :
+             {EncoderState::Running, EncoderState::Stopping, EncoderState::Stopped})
+            Run().callbacks.on_state(state);
+    }
+
+    FakeEngine engine;
+    FakeEventLoop loop;
+    Listener listener;
+    std::shared_ptr<Encoder> encoder = std::make_shared<Encoder>(loop, engine.Parts());
+};
+
+TEST_F(EncoderTest, EventsArriveThroughTheLoopInOrder) {
+    listener.on_state = [&](EncoderState state) {
+        EXPECT_EQ(encoder->RunState(), state) << "the state is visible with its event";
+    };
+    encoder->PrepareToEncode(true);
+    EXPECT_TRUE(engine.runs.empty()) << "prepare opens nothing";
+    encoder->Start();
+    EXPECT_EQ(Run().starts, 1);
+    EXPECT_EQ(Run().plan.output_path, "/home/out.wmv");
+    EXPECT_EQ(encoder->RunState(), EncoderState::Starting);
+
+    Run().callbacks.on_state(EncoderState::Running);
+    Run().callbacks.on_error(-2147024784, "disk full");
+    Run().callbacks.on_state(EncoderState::Stopping);
+    Run().callbacks.on_state(EncoderState::Stopped);
+    EXPECT_TRUE(listener.log.empty()) << "nothing comes from the run's threads";
+    loop.RunUntil([&] { return encoder->RunState() == EncoderState::Stopped; });
+    EXPECT_EQ(listener.log, (std::vector<std::string>{"state 2", "error -2147024784 disk full",
+                                                      "state 4", "state 5"}))
+        << "who waits for the stopped state has seen its event";
+}
+
+TEST_F(EncoderTest, NoEventAfterTheListenerIsTakenAway) {
+    encoder->Start();
+    RunThrough();
+    encoder->SetEvents(nullptr);
+    loop.RunAll();
+    EXPECT_TRUE(listener.log.empty());
+    EXPECT_EQ(encoder->RunState(), EncoderState::Stopped);
+}
+
+TEST_F(EncoderTest, DestructionEndsTheRunAndItsEvents) {
+    encoder->Start();
+    Run().callbacks.on_state(EncoderState::Running);
+    encoder.reset();
+    EXPECT_TRUE(Run().destroyed) << "the run's own end waits for the whole file";
+    Run().callbacks.on_state(EncoderState::Stopped);
+    loop.RunAll();
+    EXPECT_TRUE(listener.log.empty());
+}
+
+TEST_F(EncoderTest, AListenerMayDropTheEncoder) {
+    encoder->Start();
+    listener.on_state = [&](EncoderState state) {
+        if (state == EncoderState::Running) encoder.reset();
+    };
+    RunThrough();
+    loop.RunAll();
+    EXPECT_EQ(listener.log, std::vector<std::string>{"state 2"});
+    EXPECT_TRUE(Run().destroyed);
+}
+
+TEST_F(EncoderTest, AListenerMayStartTheNextRun) {
+    encoder->Start();
+    listener.on_state = [&](EncoderState state) {
+        if (state == EncoderState::Stopped && engine.runs.size() < 2) encoder->Start();
+    };
+    RunThrough();
+    loop.RunAll();
+    ASSERT_EQ(engine.runs.size(), 2U);
+    EXPECT_TRUE(engine.runs.front()->destroyed);
+    EXPECT_EQ(encoder->RunState(), EncoderState::Starting);
+}
+
+TEST_F(EncoderTest, UnpreparedStartFailsWithPreparesError) {
+    encoder->File().SetLocalFileName("");
+    const platform::Error prepare = ErrorOf([&] { encoder->PrepareToEncode(true); });
+    const platform::Error start = ErrorOf([&] { encoder->Start(); });
+    EXPECT_EQ(prepare.unsigned_number(), platform::kInvalidArgument);
+    EXPECT_EQ(start.number(), prepare.number());
+    EXPECT_EQ(start.description(), prepare.description());
+    EXPECT_TRUE(engine.runs.empty());
+}
+
+TEST_F(EncoderTest, PreparesAgainOnlyWhenForced) {
+    encoder->PrepareToEncode(false);
+    encoder->File().SetLocalFileName("later.wmv");
+    encoder->PrepareToEncode(false);
+    encoder->Start();
+    EXPECT_EQ(Run().plan.output_path, "/home/out.wmv");
+    RunThrough();
+    loop.RunAll();
+    encoder->Start();
+    EXPECT_EQ(Run().plan.output_path, "/home/later.wmv") << "each start needs its own prepare";
+}
+
+TEST_F(EncoderTest, IsBusyWhileItRuns) {
+    encoder->Start();
+    EXPECT_EQ(ErrorOf([&] { encoder->Start(); }).unsigned_number(), platform::kBusy);
+    EXPECT_EQ(ErrorOf([&] { encoder->PrepareToEncode(true); }).unsigned_number(), platform::kBusy);
+    EXPECT_EQ(engine.runs.size(), 1U);
+}
+
+TEST_F(EncoderTest, AFailedStartLeavesNothingRunning) {
+    const auto fail = [] { throw platform::Error(platform::kAccessDenied, "out.wmv"); };
+    engine.on_make_run = fail;
+    EXPECT_EQ(ErrorOf([&] { encoder->Start(); }).unsigned_number(), platform::kAccessDenied);
+    EXPECT_EQ(encoder->RunState(), EncoderState::Stopped);
+    engine.on_make_run = nullptr;
+    engine.on_start = [&] {
+        Run().callbacks.on_state(EncoderState::Starting);
+        fail();
+    };
+    EXPECT_EQ(ErrorOf([&] { encoder->Start(); }).unsigned_number(), platform::kAccessDenied);
+    loop.RunAll();
+    EXPECT_TRUE(listener.log.empty()) << "events of a run that failed to start are dropped";
+    EXPECT_EQ(encoder->RunState(), EncoderState::Stopped);
+    EXPECT_TRUE(Run().destroyed);
+}
+
+TEST_F(EncoderTest, StopReachesOnlyARun) {
+    encoder->Stop();
+    EXPECT_TRUE(loop.tasks.empty());
+    encoder->Start();
+    encoder->Stop();
+    EXPECT_EQ(Run().stops, 1);
+    RunThrough();
+    loop.RunAll();
+    encoder->Stop();
+    EXPECT_EQ(Run().stops, 1);
+}
+
+TEST_F(EncoderTest, StatisticsAreTheLastRuns) {
+    platform::WMEncStatistics& statistics = encoder->Statistics();
+    EXPECT_EQ(statistics.EncodingTime().Raw(), 0);
+    EXPECT_EQ(statistics.StreamOutputStats(SourceType::Audio, 0, 0).average_bit_rate_bps, 0);
+    EXPECT_EQ(ErrorOf([&] { statistics.FileArchiveStats(); }).unsigned_number(),
+              platform::kFileNotFound);
+
+    encoder->SourceGroupCollection().Item(0)->Profile()->SetContentType(platform::kContentAudio);
+    encoder->Start();
+    Run().audio.average_bit_rate_bps = 64000;
+    RunThrough();
+    loop.RunAll();
+    EXPECT_EQ(statistics.EncodingTime().Raw(), 1234);
+    EXPECT_EQ(statistics.StreamOutputStats(SourceType::Audio, 0, 0).average_bit_rate_bps, 64000);
+    EXPECT_EQ(statistics.FileArchiveStats().file_size.Raw(), 4321);
+    for (const auto& [type, stream, output] :
+         {std::tuple(SourceType::Video, 0, 0), std::tuple(SourceType::Audio, 1, 0),
+          std::tuple(SourceType::Audio, 0, 1), std::tuple(SourceType::Script, 0, 0)})
+        EXPECT_EQ(
+            ErrorOf([&] { statistics.StreamOutputStats(type, stream, output); }).unsigned_number(),
+            platform::kInvalidArgument);
+}
+
+}  // namespace
+}  // namespace engine

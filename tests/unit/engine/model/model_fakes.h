@@ -1,0 +1,105 @@
+// A tree over files that exist in memory only, and a run that the test drives.
+#pragma once
+
+#include <stdexcept>
+
+#include "engine/object_model/engine_parts.h"
+#include "engine/object_model/session_tree.h"
+#include "support/fake_host.h"
+
+namespace test_support {
+
+/// What the files of the tests hold. Times in milliseconds.
+inline engine::MediaFileInfo FilmInfo(int audio_ms = 10000, int video_ms = 10000) {
+    engine::MediaFileInfo info;
+    if (audio_ms > 0)
+        info.audio = {.sampling_rate = 44100,
+                      .channels = 2,
+                      .duration = engine::Ticks::FromMilliseconds(audio_ms)};
+    if (video_ms > 0)
+        info.video = {.width = 640,
+                      .height = 480,
+                      .frame_rate = {30000, 1001},
+                      .duration = engine::Ticks::FromMilliseconds(video_ms)};
+    return info;
+}
+
+/// Records what it is asked; the test calls `callbacks` in the place of the run's threads.
+struct FakeRun : engine::SessionRun {
+    struct Record {
+        engine::EncodePlan plan;
+        engine::RunCallbacks callbacks;
+        int starts = 0, stops = 0;
+        bool destroyed = false;
+        platform::OutputStats audio;
+        std::function<void()> on_start;  // may throw
+    };
+    explicit FakeRun(std::shared_ptr<Record> shared) : record(std::move(shared)) {}
+    ~FakeRun() override { record->destroyed = true; }
+    void Start() override {
+        ++record->starts;
+        if (record->on_start) record->on_start();
+    }
+    void Stop() override { ++record->stops; }
+    platform::Currency EncodingTime() const override { return platform::Currency::FromRaw(1234); }
+    platform::OutputStats AudioStats() const override { return record->audio; }
+    platform::OutputStats VideoStats() const override { return {}; }
+    platform::OutputStats TotalStats() const override { return record->audio; }
+    platform::FileArchiveStats FileStats() const override {
+        return {platform::Currency::FromRaw(4321), {}};
+    }
+    std::shared_ptr<Record> record;
+};
+
+/// Parts over a table of media files by their host paths.
+struct FakeEngine {
+    FakeEngine() {
+        files->AddFile("/home/film.avi");
+        media["/home/film.avi"] = FilmInfo();
+    }
+    engine::EngineParts Parts() {
+        return {[this](const std::string& path) {
+                    ++probes;
+                    if (!media.contains(path))
+                        throw platform::Error(platform::kFileNotFound, path + " does not exist");
+                    return media.at(path);
+                },
+                [this](engine::EncodePlan plan, engine::RunCallbacks callbacks) {
+                    if (on_make_run) on_make_run();
+                    runs.push_back(std::make_shared<FakeRun::Record>());
+                    runs.back()->plan = std::move(plan);
+                    runs.back()->callbacks = std::move(callbacks);
+                    runs.back()->on_start = on_start;
+                    return std::make_unique<FakeRun>(runs.back());
+                },
+                files};
+    }
+    std::shared_ptr<FakeFileSystem> files = std::make_shared<FakeFileSystem>();
+    std::map<std::string, engine::MediaFileInfo> media;
+    int probes = 0;
+    std::vector<std::shared_ptr<FakeRun::Record>> runs;
+    std::function<void()> on_make_run, on_start;
+};
+
+/// The error that `step` ends with; number 0 when it does not.
+template <typename Step>
+platform::Error ErrorOf(const Step& step) {
+    try {
+        step();
+    } catch (const platform::Error& error) {
+        return error;
+    }
+    return {0, ""};
+}
+
+/// The profile of a plain audio-and-video session.
+inline void FillProfile(platform::WMEncProfile2& profile) {
+    profile.SetProfileName("test");
+    const auto audience = profile.AddAudience(10'000'000);
+    audience->SetAudioConfig(0, 2, 44100, 64040, 16);
+    audience->SetVideoCodec(0, 1);
+    audience->SetVideoBitrate(0, 300'000);
+    audience->SetVideoFPS(0, 100'000);
+}
+
+}  // namespace test_support

@@ -1,0 +1,449 @@
+#include "engine/object_model/profile.h"
+#include "engine/plan/plan_maker.h"
+#include "unit/engine/model/model_fakes.h"
+
+namespace engine {
+namespace {
+
+using platform::SourceType;
+using platform::VbrMode;
+using test_support::ErrorOf;
+using test_support::FakeEngine;
+using test_support::FilmInfo;
+
+// A session of one film with sound, ready to be planned; cases change it.
+struct Session {
+    Session() {
+        test_support::FillProfile(profile);
+        group = tree.groups.Add("SG_1");
+        tree.file.SetLocalFileName("out.wmv");
+        tree.auto_stop = true;
+    }
+    void OpenFilm(const std::string& path = "film.avi") { group->AutoSetFileSource(path); }
+    platform::WMEncSource& Audio() { return *group->Source(SourceType::Audio, 0); }
+    platform::WMEncVideoSource& Video() {
+        return *platform::AsVideo(group->Source(SourceType::Video, 0));
+    }
+    platform::WMEncAudience& Audience() {
+        audience = profile.Audience(0);
+        return *audience;
+    }
+    EncodePlan Plan() {
+        if (attach) group->SetProfile(profile);
+        return MakePlan(tree, *engine.files);
+    }
+
+    FakeEngine engine;
+    SessionTree tree{std::make_shared<const EngineParts>(engine.Parts())};
+    Profile profile;
+    std::shared_ptr<platform::WMEncSourceGroup> group;
+    std::shared_ptr<platform::WMEncAudience> audience;
+    bool attach = true;
+};
+
+struct Contradiction {
+    const char* why;
+    std::function<void(Session&)> set_up;  // `OpenFilm` has been called unless `empty`
+    std::uint32_t number;
+    std::vector<const char*> words;
+    bool empty = false;
+};
+
+TEST(Plan, RefusesEachContradictionNamingBothSides) {
+    constexpr std::uint32_t kInvalid = platform::kInvalidArgument;
+    constexpr std::uint32_t kUnbuilt = platform::kNotImplemented;
+    constexpr bool kEmpty = true;
+    const Contradiction cases[] = {
+        // input
+        {"no source", [](Session&) {}, kInvalid, {"no input", "-input"}, kEmpty},
+        {"no group", [](Session& s) { s.tree.groups.Remove("SG_1"); }, kInvalid, {"no input"}},
+        {"a source whose input failed",
+         [](Session& s) {
+             s.profile.SetContentType(platform::kContentAudio);
+             const auto source = s.group->AddSource(SourceType::Audio);
+             EXPECT_EQ(ErrorOf([&] { source->SetInput("gone.avi"); }).unsigned_number(),
+                       platform::kFileNotFound);
+         },
+         kInvalid,
+         {"audio source has no input"},
+         kEmpty},
+        {"screen beside a file",
+         [](Session& s) {
+             s.group->AddSource(SourceType::Video)->SetInput("screencap1", "screencap");
+         },
+         kInvalid,
+         {"film.avi", "screencap1"}},
+        {"two audio sources",
+         [](Session& s) {
+             s.group->AddSource(SourceType::Audio)->SetInput("Default_Audio_Device", "device");
+         },
+         kInvalid,
+         {"film.avi", "Default_Audio_Device"}},
+        {"two groups", [](Session& s) { s.tree.groups.Add("SG_2"); }, kInvalid, {"SG_1", "SG_2"}},
+        {"capture",
+         [](Session& s) {
+             s.profile.SetContentType(platform::kContentVideo);
+             s.group->AddSource(SourceType::Video)->SetInput("screencap1", "screencap");
+         },
+         kUnbuilt,
+         {"Capturing", "screencap1"},
+         kEmpty},
+        // profile
+        {"no profile", [](Session& s) { s.attach = false; }, kInvalid, {"SG_1", "no profile"}},
+        {"profile without audience",
+         [](Session& s) { s.profile = Profile(); },
+         kInvalid,
+         {"no profile"}},
+        {"sound asked of a silent film",
+         [](Session& s) {
+             s.engine.media["/home/silent.avi"] = FilmInfo(0, 10000);
+             s.OpenFilm("silent.avi");
+         },
+         kInvalid,
+         {"test", "audio"},
+         kEmpty},
+        {"no audio format",
+         [](Session& s) {
+             s.profile = Profile();
+             s.profile.AddAudience(1);
+         },
+         kInvalid,
+         {"audio format", "-a_setting"}},
+        {"no video rate",
+         [](Session& s) {
+             s.profile = Profile();
+             s.profile.AddAudience(1)->SetAudioConfig(0, 2, 44100, 64000, 16);
+         },
+         kInvalid,
+         {"video bit rate", "-v_bitrate"}},
+        {"codec changed after its format",
+         [](Session& s) { s.Audience().SetAudioCodec(0, 3); },
+         kInvalid,
+         {"Voice", "64 kbps", "12_16_1"}},
+        {"mode changed after the format",
+         [](Session& s) { s.profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Quality); },
+         kInvalid,
+         {"quality", "Q75_44_2"}},
+        {"uncompressed has no quality",
+         [](Session& s) {
+             s.Audience().SetVideoCodec(0, 5);
+             s.profile.SetVBRMode(SourceType::Video, 0, VbrMode::Quality);
+         },
+         kInvalid,
+         {"Full frames", "quality"}},
+        {"video peak below the average",
+         [](Session& s) {
+             s.profile.SetVBRMode(SourceType::Video, 0, VbrMode::Peak);
+             s.Audience().SetVideoPeakBitrate(0, 200'000);
+         },
+         kInvalid,
+         {"200000", "300000", "-v_peakbitrate"}},
+        {"audio peak below the average",
+         [](Session& s) {
+             s.profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Peak);
+             s.Audience().SetAudioConfig(0, 2, 44100, 64000, 16);
+             s.Audience().SetAudioPeakBitrate(0, 48'000);
+         },
+         kInvalid,
+         {"48000", "64000", "-a_peakbitrate"}},
+        {"packets",
+         [](Session& s) {
+             s.profile.SetMinPacketSize(2000);
+             s.profile.SetMaxPacketSize(1400);
+         },
+         kInvalid,
+         {"2000", "1400"}},
+        // what is not there yet
+        {"deinterlacing",
+         [](Session& s) { s.Video().SetOptimization(2); },
+         kUnbuilt,
+         {"Optimization 2", "-v_preproc"}},
+        {"telecine of a fixed pattern",
+         [](Session& s) { s.Video().SetOptimization(0x23); },
+         kUnbuilt,
+         {"Optimization 35"}},
+        {"interlaced",
+         [](Session& s) { s.profile.SetInterlaceMode(0, true); },
+         kUnbuilt,
+         {"Interlaced"}},
+        {"pixel format",
+         [](Session& s) { s.Video().SetPixelFormat(platform::FourCC("YUY2")); },
+         kUnbuilt,
+         {"-pixelformat"}},
+        {"clipping",
+         [](Session& s) { s.Video().SetCroppingBottomMargin(8); },
+         kUnbuilt,
+         {"-v_clip"}},
+        {"conformance",
+         [](Session& s) {
+             s.Audience().SetProperty(SourceType::Video, 0, "DeviceConformanceTarget",
+                                      std::string("SP"));
+         },
+         kUnbuilt,
+         {"SP", "-v_profile"}},
+        {"optimization definition",
+         [](Session& s) {
+             platform::AsAudio(s.group->Source(SourceType::Audio, 0))->SetContentEDL("a.edl");
+         },
+         kUnbuilt,
+         {"a.edl"}},
+        {"broadcast",
+         [](Session& s) {
+             s.tree.broadcast.SetPortNumber(platform::BroadcastProtocol::Http, 8080);
+         },
+         kUnbuilt,
+         {"8080", "-broadcast"}},
+        {"push",
+         [](Session& s) { s.tree.broadcast.SetServerName("live1"); },
+         kUnbuilt,
+         {"live1", "-push"}},
+        // output
+        {"no output",
+         [](Session& s) { s.tree.file.SetLocalFileName(""); },
+         kInvalid,
+         {"no output", "-output"}},
+        {"output is the input",
+         [](Session& s) { s.tree.file.SetLocalFileName("/home/film.avi"); },
+         kInvalid,
+         {"output /home/film.avi", "input /home/film.avi"}},
+        {"output links to the input",
+         [](Session& s) { s.engine.files->links["/home/out.wmv"] = "/home/film.avi"; },
+         kInvalid,
+         {"/home/out.wmv", "/home/film.avi"}},
+        {"output is a folder",
+         [](Session& s) { s.tree.file.SetLocalFileName("/home"); },
+         kInvalid,
+         {"/home", "folder"}},
+        {"output's folder is missing",
+         [](Session& s) { s.tree.file.SetLocalFileName("/gone/out.wmv"); },
+         platform::kPathNotFound,
+         {"/gone", "/gone/out.wmv"}},
+        // marks
+        {"end before start",
+         [](Session& s) {
+             s.Audio().SetMarkIn(5000);
+             s.Audio().SetMarkOut(5000);
+         },
+         kInvalid,
+         {"end mark 5000", "start mark 5000"}},
+        {"end past the end",
+         [](Session& s) { s.Video().SetMarkOut(10001); },
+         platform::kEndMarkPastEnd,
+         {"10001", "10000", "film.avi"}},
+        {"start past the end",
+         [](Session& s) { s.Audio().SetMarkIn(10000); },
+         kInvalid,
+         {"start mark 10000", "film.avi"}},
+        {"a wrong output comes before an end mark that is then cleared",
+         [](Session& s) {
+             s.Video().SetMarkOut(10001);
+             s.tree.file.SetLocalFileName("");
+         },
+         kInvalid,
+         {"no output"}},
+    };
+    for (const Contradiction& c : cases) {
+        SCOPED_TRACE(c.why);
+        Session session;
+        if (!c.empty) session.OpenFilm();
+        c.set_up(session);
+        const platform::Error error = ErrorOf([&] { session.Plan(); });
+        EXPECT_EQ(error.unsigned_number(), c.number) << error.description();
+        for (const char* word : c.words) EXPECT_THAT(error.description(), testing::HasSubstr(word));
+        EXPECT_TRUE(session.engine.runs.empty());
+    }
+}
+
+TEST(Plan, TakesOverWhatTheTreeSays) {
+    Session session;
+    session.OpenFilm();
+    session.Audio().SetMarkIn(1000);
+    session.Video().SetMarkIn(1000);
+    session.Video().SetMarkOut(4000);
+    session.Video().SetOptimization(3);
+    session.Video().SetPreProcessPass(1);
+    session.profile.SetMaxPacketSize(1400);
+    session.tree.video_performance = 80;
+    session.tree.display.SetTitle("T");
+    session.tree.attributes.Add("CenterMix", -3);
+    session.tree.attributes.Add("CenterMix", -4);
+    const EncodePlan plan = session.Plan();
+
+    ASSERT_TRUE(plan.audio && plan.video);
+    EXPECT_EQ(plan.passes, 2);
+    EXPECT_EQ(plan.media_length, Ticks::FromMilliseconds(9000)) << "the longer stream";
+    EXPECT_EQ(plan.output_path, "/home/out.wmv");
+    EXPECT_EQ(plan.content.title, "T");
+    ASSERT_EQ(plan.attributes.size(), 1U) << "an attribute that is set again is not written twice";
+    EXPECT_EQ(plan.attributes[0].second, platform::AttributeValue(-4));
+    EXPECT_EQ(plan.max_packet_bytes, 1400U);
+
+    EXPECT_EQ(plan.audio->input.path, "/home/film.avi");
+    EXPECT_EQ(plan.audio->input.mark_out, Ticks{});
+    EXPECT_EQ(plan.audio->format, (AudioFormat{64040, 44100, 2, 16}));
+    EXPECT_EQ(plan.audio->codec_name, "Windows Media Audio 9");
+    EXPECT_EQ(plan.audio->codec_description, "64 kbps, 44 kHz, stereo CBR");
+    EXPECT_EQ(plan.video->input.mark_out, Ticks::FromMilliseconds(4000));
+    EXPECT_EQ(plan.video->codec_description, "300 kbps CBR");
+    EXPECT_EQ(plan.video->expected_rate, 29970) << "the source's, below the ceiling";
+    EXPECT_EQ(plan.video->rate_ceiling, 100'000);
+    EXPECT_EQ(plan.video->performance, 80);
+    EXPECT_TRUE(plan.video->remove_telecine);
+}
+
+TEST(Plan, OnlyStreamsOfTheContentKindLive) {
+    Session session;
+    session.OpenFilm();
+    session.Video().SetPixelFormat(platform::FourCC("YUY2"));  // would be refused
+    session.Video().SetPreProcessPass(1);
+    session.profile.SetContentType(platform::kContentAudio);
+    const EncodePlan plan = session.Plan();
+    EXPECT_TRUE(plan.audio);
+    EXPECT_FALSE(plan.video);
+    EXPECT_EQ(plan.passes, 1) << "a resting source asks for no pass";
+}
+
+TEST(Plan, VariableRatesWithoutPreprocessingRunOnePass) {
+    for (const VbrMode mode : {VbrMode::Peak, VbrMode::BitRate}) {
+        Session session;
+        session.OpenFilm();
+        session.profile.SetVBRMode(SourceType::Video, 0, mode);
+        const EncodePlan plan = session.Plan();
+        EXPECT_EQ(plan.passes, 1);
+        EXPECT_EQ(plan.video->peak_rate_bps, mode == VbrMode::Peak ? 450'000 : 0)
+            << "a peak that is not given is half as much again";
+    }
+}
+
+// Streams of one file end at different times; the file ends with the longer one.
+TEST(Plan, EndMarkBetweenTheStreamsEndsIsGood) {
+    Session session;
+    session.engine.media["/home/film.avi"] = FilmInfo(9000, 10000);
+    session.OpenFilm();
+    session.Audio().SetMarkOut(9500);
+    session.Video().SetMarkOut(9500);
+    EXPECT_EQ(session.Plan().media_length, Ticks::FromMilliseconds(9500));
+}
+
+TEST(Plan, StillPictureLastsToItsEndMarkElseItsDuration) {
+    struct Case {
+        const char* why;
+        int still_duration, mark_in, mark_out;  // 0 = not set
+        int ends_at, length;
+    };
+    const Case cases[] = {
+        {"ten seconds by default", 0, 0, 0, 10000, 10000},
+        {"its duration", 3000, 0, 0, 3000, 3000},
+        {"the end mark wins", 3000, 0, 60000, 60000, 60000},
+        {"a start mark shortens it", 3000, 1000, 0, 3000, 2000},
+        {"between marks", 0, 1000, 1500, 1500, 500},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        Session session;
+        session.engine.media["/home/a.jpg"] = FilmInfo(0, 40);
+        session.engine.media["/home/a.jpg"].video->still = true;
+        session.OpenFilm("a.jpg");
+        session.profile.SetContentType(platform::kContentVideo);
+        if (c.still_duration != 0) session.Video().SetStillDuration(c.still_duration);
+        session.Video().SetMarkIn(c.mark_in);
+        session.Video().SetMarkOut(c.mark_out);
+        const EncodePlan plan = session.Plan();
+        EXPECT_TRUE(plan.video->input.still);
+        EXPECT_EQ(plan.video->input.mark_out, Ticks::FromMilliseconds(c.ends_at));
+        EXPECT_EQ(plan.media_length, Ticks::FromMilliseconds(c.length));
+    }
+}
+
+TEST(Plan, PictureSize) {
+    struct Case {
+        const char* why;
+        int source_width, source_height;
+        Ratio source_aspect;
+        int codec;  // 1 takes even widths only, 4 all
+        int width, height;
+        bool non_square;
+        int out_width, out_height;
+        Ratio out_aspect;
+    };
+    const Case cases[] = {
+        {"the source's", 640, 480, {1, 1}, 1, 0, 0, false, 640, 480, {1, 1}},
+        {"odd width where it must be even", 641, 481, {1, 1}, 1, 0, 0, false, 640, 481, {1, 1}},
+        {"odd size elsewhere", 641, 481, {1, 1}, 4, 0, 0, false, 641, 481, {1, 1}},
+        {"asked", 640, 480, {1, 1}, 1, 320, 200, false, 320, 200, {1, 1}},
+        {"height follows", 640, 480, {1, 1}, 1, 320, 0, false, 320, 240, {1, 1}},
+        {"width follows", 640, 360, {1, 1}, 1, 0, 180, false, 320, 180, {1, 1}},
+        {"pixels keep their shape", 720, 576, {16, 15}, 1, 0, 0, false, 720, 576, {16, 15}},
+        {"the shown shape counts", 720, 576, {16, 15}, 1, 0, 288, false, 384, 288, {1, 1}},
+        {"asked sizes are square", 720, 576, {16, 15}, 1, 384, 288, false, 384, 288, {1, 1}},
+        {"unless they need not be", 720, 576, {16, 15}, 1, 360, 576, true, 360, 576, {32, 15}},
+        {"and then keep the storage shape",
+         720,
+         576,
+         {16, 15},
+         1,
+         360,
+         0,
+         true,
+         360,
+         288,
+         {16, 15}},
+        {"never nothing", 2000, 4, {1, 1}, 1, 16, 0, false, 16, 2, {1, 1}},
+        {"a source that does not know", 64, 48, {0, 1}, 1, 0, 0, false, 64, 48, {1, 1}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        Session session;
+        MediaFileInfo info = FilmInfo();
+        info.video->width = c.source_width;
+        info.video->height = c.source_height;
+        info.video->pixel_aspect = c.source_aspect;
+        session.engine.media["/home/film.avi"] = info;
+        session.OpenFilm();
+        session.Audience().SetVideoCodec(0, c.codec);
+        session.Audience().SetVideoWidth(0, c.width);
+        session.Audience().SetVideoHeight(0, c.height);
+        session.profile.SetNonSquarePixelMode(0, c.non_square);
+        const VideoPlan plan = *session.Plan().video;
+        EXPECT_EQ(plan.width, c.out_width);
+        EXPECT_EQ(plan.height, c.out_height);
+        EXPECT_EQ(plan.pixel_aspect.numerator, c.out_aspect.numerator);
+        EXPECT_EQ(plan.pixel_aspect.denominator, c.out_aspect.denominator);
+    }
+}
+
+TEST(Plan, TypedPixelRatioIsTheSources) {
+    Session session;
+    session.OpenFilm();
+    session.Video().SetPixelAspectRatioX(4);  // y alone stays 1
+    session.profile.SetNonSquarePixelMode(0, true);
+    const Ratio aspect = session.Plan().video->pixel_aspect;
+    EXPECT_EQ(aspect.numerator, 4);
+    EXPECT_EQ(aspect.denominator, 1);
+}
+
+TEST(Plan, ExpectedRateIsTheLower) {
+    struct Case {
+        const char* why;
+        std::int32_t ceiling;
+        Ratio source;
+        std::int32_t expected;
+    };
+    const Case cases[] = {
+        {"source below", 30000, {24000, 1001}, 23976},
+        {"ceiling below", 15000, {30, 1}, 15000},
+        {"unknown source", 15000, {0, 1}, 15000},
+    };
+    for (const Case& c : cases) {
+        Session session;
+        MediaFileInfo info = FilmInfo();
+        info.video->frame_rate = c.source;
+        session.engine.media["/home/film.avi"] = info;
+        session.OpenFilm();
+        session.Audience().SetVideoFPS(0, c.ceiling);
+        EXPECT_EQ(session.Plan().video->expected_rate, c.expected) << c.why;
+    }
+}
+
+}  // namespace
+}  // namespace engine
