@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,7 +18,14 @@ namespace {
 using platform::SourceType;
 using platform::VbrMode;
 
-enum class Extra { None, TwoPass, PeakVbr, QualityVbr };
+/// What a profile asks for beside its two streams.
+struct Extras {
+    std::optional<VbrMode> video_rate_control = std::nullopt;  // none = the profile's own
+    bool video_peak = false;
+    bool audio_two_passes = false;
+    bool video_two_passes = false;
+    bool inverse_telecine = false;
+};
 
 struct Sound {
     std::int32_t channels;  // 0 = the profile has no audio
@@ -28,11 +37,18 @@ struct PredefinedProfile {
     std::string_view code;
     Sound audio;
     VideoAudience video;  // no codec = the profile has no video
-    Extra extra = Extra::None;
+    Extras extras = {};
 };
 
 constexpr Sound kNoAudio = {0, 0, 0};
 constexpr VideoAudience kNoVideo = {"", 0, 0, 0, 0, 0, 0, 0};
+
+constexpr Extras kTwoPass = {.audio_two_passes = true, .video_two_passes = true};
+constexpr Extras kPeakVbr = {.video_rate_control = VbrMode::Peak,
+                             .video_peak = true,
+                             .video_two_passes = true,
+                             .inverse_telecine = true};
+constexpr Extras kQualityVbr = {.video_rate_control = VbrMode::Quality, .inverse_telecine = true};
 
 // The audio rates are the exact ones of the encoder's formats, not rounded figures.
 // clang-format off
@@ -48,10 +64,10 @@ constexpr auto kPredefinedProfiles = std::to_array<PredefinedProfile>({
     {"av1400",    {2, 44100, 128040}, {"WMV9", 1272000, 320, 240, 30000, 5000, 75, 10000}},
     {"av350pal",  {2, 32000,  48000}, {"WMV9",  302000, 384, 288, 25000, 5000, 75, 10000}},
     {"av700pal",  {2, 44100,  64040}, {"WMV9",  636000, 384, 288, 25000, 5000, 75, 10000}},
-    {"av100_2p",  {1, 16000,  16000}, {"WMV9",   84000, 320, 240, 15000, 5000, 75, 10000}, Extra::TwoPass},
-    {"av350_2p",  {2, 32000,  48000}, {"WMV9",  302000, 320, 240, 30000, 5000, 75, 10000}, Extra::TwoPass},
-    {"av600vbr",  {2, 44100,  64040}, {"WMV9",  536000, 320, 240, 24000, 5000, 75, 10000}, Extra::PeakVbr},
-    {"avq97vbr",  {2, 44100,  64040}, {"WMV9",  536000, 320, 240, 24000, 5000, 97, 10000}, Extra::QualityVbr},
+    {"av100_2p",  {1, 16000,  16000}, {"WMV9",   84000, 320, 240, 15000, 5000, 75, 10000}, kTwoPass},
+    {"av350_2p",  {2, 32000,  48000}, {"WMV9",  302000, 320, 240, 30000, 5000, 75, 10000}, kTwoPass},
+    {"av600vbr",  {2, 44100,  64040}, {"WMV9",  536000, 320, 240, 24000, 5000, 75, 10000}, kPeakVbr},
+    {"avq97vbr",  {2, 44100,  64040}, {"WMV9",  536000, 320, 240, 24000, 5000, 97, 10000}, kQualityVbr},
     {"scrn",      kNoAudio,           {"WMS9", 2048000,   0,   0,  5000, 5000, 50, 10000}},
     {"scrna",     {2, 32000,  48024}, {"WMS9", 2000000,   0,   0,  5000, 5000, 50, 10000}},
     {"scrnab",    {2, 32000,  32000}, {"WMS9", 2016000,   0,   0,  5000, 5000, 50, 10000}},
@@ -76,26 +92,19 @@ constexpr auto kPredefinedProfiles = std::to_array<PredefinedProfile>({
 // clang-format on
 
 constexpr std::int32_t kInverseTelecine = 3;  // the video source's Optimization
-
-/// The routing of the quality depends on the rate control, so this one goes first.
-void SetRateControl(Extra extra, platform::WMEncProfile2& profile) {
-    if (extra == Extra::PeakVbr) profile.SetVBRMode(SourceType::Video, 0, VbrMode::Peak);
-    if (extra == Extra::QualityVbr) profile.SetVBRMode(SourceType::Video, 0, VbrMode::Quality);
-}
+constexpr std::int32_t kPeakBuffer = 5000;    // milliseconds
 
 void SetPeak(platform::WMEncAudience& audience) {
     audience.SetVideoPeakBitrate(
         0, WholeNumber(DefaultPeak(audience.VideoBitrate(0)), "video peak bit rate"));
-    audience.SetVideoBufferMax(0, 5000);
+    audience.SetVideoBufferMax(0, kPeakBuffer);
 }
 
-void SetSources(Extra extra, const platform::SessionState& state) {
-    const bool two_passes = extra == Extra::TwoPass || extra == Extra::PeakVbr;
-    if (extra == Extra::TwoPass && state.g_objSrcAud) state.g_objSrcAud->SetPreProcessPass(1);
+void SetSources(const Extras& extras, const platform::SessionState& state) {
+    if (state.g_objSrcAud && extras.audio_two_passes) state.g_objSrcAud->SetPreProcessPass(1);
     if (!state.g_objSrcVid) return;
-    if (extra == Extra::PeakVbr || extra == Extra::QualityVbr)
-        state.g_objSrcVid->SetOptimization(kInverseTelecine);
-    if (two_passes) state.g_objSrcVid->SetPreProcessPass(1);
+    if (extras.inverse_telecine) state.g_objSrcVid->SetOptimization(kInverseTelecine);
+    if (extras.video_two_passes) state.g_objSrcVid->SetPreProcessPass(1);
 }
 
 }  // namespace
@@ -109,7 +118,9 @@ bool SetupPredefinedProfile(platform::SessionState& state, cli::EncodeSettings& 
         return false;
     }
 
-    SetRateControl(row->extra, *state.g_objProfile);
+    // Where the quality goes depends on the rate control, so that comes first.
+    if (row->extras.video_rate_control)
+        state.g_objProfile->SetVBRMode(SourceType::Video, 0, *row->extras.video_rate_control);
     if (row->audio.channels != 0)
         SetupAudioAudience(state, audience,
                            {.codec = "WMA9STD",
@@ -118,8 +129,8 @@ bool SetupPredefinedProfile(platform::SessionState& state, cli::EncodeSettings& 
                             .bit_rate = row->audio.bit_rate,
                             .bits_per_sample = 16});
     if (!row->video.codec.empty()) SetupVideoAudience(state, settings, audience, row->video);
-    if (row->extra == Extra::PeakVbr) SetPeak(audience);
-    SetSources(row->extra, state);
+    if (row->extras.video_peak) SetPeak(audience);
+    SetSources(row->extras, state);
     return true;
 }
 

@@ -238,6 +238,7 @@ TEST(ProfileDefaults, TheFormatFollowsModeAndCodec) {
         {"uncompressed in peak falls through", 4, "PCM", "", "64_44_2", "PCM"},
         {"four fields make it professional", -1, "WMA9LSL", "128_44_2_24", "128_44_2_24",
          "WMA9PRO"},
+        {"quality in four fields too", -1, "WMA9LSL", "Q75_44_2_24", "Q75_44_2_24", "WMA9PRO"},
         {"but not a lossless format", -1, "WMA9LSL", "Q100_44_2_24", "Q100_44_2_24", "WMA9LSL"},
         {"three fields leave the codec", -1, "PCM", "1411_44_2", "1411_44_2", "PCM"},
         {"five fields too", -1, "PCM", "1411_44_2_16_", "1411_44_2_16_", "PCM"},

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "unit/profiles/profile_session.h"
 
 namespace profiles {
@@ -144,36 +146,35 @@ TEST_F(ProfileSetupTest, AProfileFileBringsItsPassesAndFrameRate) {
 }
 
 TEST_F(ProfileSetupTest, PictureModesAndPacketSizes) {
+    const std::string attach = "Group.Profile=BVRXQProfile";
+    // clang-format off
     const struct {
         const char* why;
         std::function<void(cli::EncodeSettings&)> change;
-        Lines calls;
+        Lines last_calls;
     } kCases[] = {
-        {"one side of the ratio is enough",
-         [](auto& s) { s.pixelratio.y = 11; },
-         {"NonSquarePixelMode(0)=true", "Group.Profile=BVRXQProfile"}},
-        {"last filter before", [](auto& s) { s.v_preproc = 15; }, {"Group.Profile=BVRXQProfile"}},
-        {"first",
-         [](auto& s) { s.v_preproc = 16; },
-         {"InterlaceMode(0)=true", "Group.Profile=BVRXQProfile"}},
-        {"last",
-         [](auto& s) { s.v_preproc = 18; },
-         {"InterlaceMode(0)=true", "Group.Profile=BVRXQProfile"}},
-        {"smallest packet before, largest after attaching",
-         [](auto& s) { s.minpacket = 700, s.maxpacket = 1400; },
-         {"Profile.MinPacketSize=700", "Group.Profile=BVRXQProfile", "Profile.MaxPacketSize=1400"}},
+        {"one side of the ratio is enough", [](auto& s) { s.pixelratio.y = 11; },
+         {"NonSquarePixelMode(0)=true", attach}},
+        {"a filter too low", [](auto& s) { s.v_preproc = 15; }, {"VideoFPS(0)=30000", attach}},
+        {"first interlaced filter", [](auto& s) { s.v_preproc = 16; },
+         {"InterlaceMode(0)=true", attach}},
+        {"last interlaced filter", [](auto& s) { s.v_preproc = 18; },
+         {"InterlaceMode(0)=true", attach}},
+        {"smallest packet before, largest after", [](auto& s) { s.minpacket = 7, s.maxpacket = 9; },
+         {"Profile.MinPacketSize=7", attach, "Profile.MaxPacketSize=9"}},
     };
+    // clang-format on
     for (const auto& row : kCases) {
         settings = {};
         settings.profile = "av100";
         row.change(settings);
         ASSERT_TRUE(Run()) << row.why;
-        EXPECT_EQ(Lines(log().lines.end() - static_cast<std::ptrdiff_t>(row.calls.size()),
+        EXPECT_EQ(Lines(log().lines.end() - static_cast<std::ptrdiff_t>(row.last_calls.size()),
                         log().lines.end()),
-                  row.calls)
+                  row.last_calls)
             << row.why;
     }
-    EXPECT_EQ(group->profile->MaxPacketSize(), 1400);
+    EXPECT_EQ(group->profile->MaxPacketSize(), 9);
     EXPECT_EQ(profile().MaxPacketSize(), 0) << "the session's own profile is left alone";
 }
 
