@@ -230,7 +230,10 @@ const FailureCase kFailureCases[] = {
      {"/in/a.mpg > /out/a.wmv", "/in/b.avi > /out/b.wmv"},
      {"Error: 0x80070005 - /out"}},
     {"a run that did not start leaves its name to another file",
-     [](Walker& walker) { walker.run.ends["/in/a.avi"] = FileRunEnd::NotStarted; },
+     [](Walker& walker) {
+         walker.session.files().AddFile("/out/a.wmv");
+         walker.run.ends["/in/a.avi"] = FileRunEnd::NotStarted;
+     },
      {"/in/a.avi > /out/a.wmv", "/in/a.mpg > /out/a.wmv", "/in/b.avi > /out/b.wmv"},
      {}},
     {"a run that failed has written what it could",
