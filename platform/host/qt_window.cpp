@@ -1,0 +1,236 @@
+#include "platform/host/qt_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+namespace platform::host {
+
+namespace {
+
+constexpr QSize kSmallest(560, 360);
+constexpr QSize kUsual(900, 640);
+constexpr int kIdleCheckInterval = 50;  // milliseconds
+
+QMessageBox::Icon BoxIcon(MessageIcon icon) {
+    switch (icon) {
+        case MessageIcon::Critical:
+            return QMessageBox::Critical;
+        case MessageIcon::Question:
+            return QMessageBox::Question;
+        case MessageIcon::Exclamation:
+            return QMessageBox::Warning;
+        case MessageIcon::Information:
+            return QMessageBox::Information;
+    }
+    return QMessageBox::NoIcon;
+}
+
+}  // namespace
+
+QtWindow::QtWindow(std::string arguments)
+    : arguments_(std::move(arguments)),
+      command_caption_(this),
+      command_(this),
+      go_(this),
+      stop_(this),
+      pane_(this),
+      bar_(this),
+      percent_(this),
+      status_(this),
+      file_(this),
+      length_(this),
+      elapsed_(this),
+      expected_rate_(this),
+      current_rate_(this),
+      command_box_(command_),
+      pane_box_(pane_),
+      go_button_(go_),
+      stop_button_(stop_),
+      bar_control_(bar_),
+      percent_label_(percent_, tr("Progress"), true),
+      status_label_(status_, tr("Status"), true),
+      file_label_(file_, tr("File"), false),
+      length_label_(length_, tr("Media length"), false),
+      elapsed_label_(elapsed_, tr("Elapsed time"), false),
+      expected_rate_label_(expected_rate_, tr("Expected bit rate"), false),
+      current_rate_label_(current_rate_, tr("Current bit rate"), false) {
+    const std::pair<QWidget*, const char*> names[] = {
+        {&command_, "txtCmd"},
+        {&go_, "cmdGo"},
+        {&stop_, "cmdStop"},
+        {&pane_, "txtInfo"},
+        {&bar_, "pb1"},
+        {&percent_, "lblprgs"},
+        {&status_, "lblStatus"},
+        {&file_, "lblFile"},
+        {&length_, "lblETm"},
+        {&elapsed_, "Label1"},
+        {&expected_rate_, "Label2"},
+        {&current_rate_, "Label3"},
+    };
+    for (const auto& [widget, name] : names) widget->setObjectName(QLatin1String(name));
+
+    command_caption_.setText(tr("&Command:"));
+    command_caption_.setBuddy(&command_);
+    command_.setAccessibleName(tr("Command"));
+    command_.setPlaceholderText(tr("-input clip.avi -output clip.wmv -profile av350"));
+    go_button_.SetCaption("&Go");
+    go_.setDefault(true);
+    go_.setAutoDefault(true);
+    stop_button_.SetCaption("&Stop");
+    stop_.setAutoDefault(true);
+    pane_.setAccessibleName(tr("Output"));
+    bar_.setAccessibleName(tr("Progress of the pass"));
+    bar_.setTextVisible(false);
+
+    LayOut();
+    setTabOrder(&command_, &go_);
+    setTabOrder(&go_, &stop_);
+    setTabOrder(&stop_, &pane_);
+    command_.setFocus();
+
+    idle_check_.setInterval(kIdleCheckInterval);
+    connect(&idle_check_, &QTimer::timeout, this, [this] { CloseWhenIdle(); });
+}
+
+QtWindow::~QtWindow() = default;
+
+void QtWindow::LayOut() {
+    command_row_.addWidget(&command_caption_);
+    command_row_.addWidget(&command_, 1);
+    command_row_.addWidget(&go_);
+    command_row_.addWidget(&stop_);
+
+    percent_.setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    percent_.setMinimumWidth(percent_.fontMetrics().horizontalAdvance(QStringLiteral("100%")));
+    progress_row_.addWidget(&bar_, 1);
+    progress_row_.addWidget(&percent_);
+
+    // The figures keep their two lines while empty, so that nothing moves when a run starts, and
+    // their column keeps the width of the longest caption.
+    const QFontMetrics metrics(elapsed_.font());
+    const int figure_width = metrics.horizontalAdvance(tr("Expected bit rate: ")) + 8;
+    for (QLabel* figure : {&elapsed_, &expected_rate_, &current_rate_}) {
+        figure->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+        figure->setMinimumSize(figure_width, 2 * metrics.lineSpacing());
+    }
+    // Status, file and length on the left, the figures beside them on the right.
+    facts_.setHorizontalSpacing(18);
+    facts_.setVerticalSpacing(4);
+    facts_.addWidget(&status_, 0, 0);
+    facts_.addWidget(&file_, 1, 0);
+    facts_.addWidget(&length_, 2, 0);
+    facts_.addWidget(&elapsed_, 0, 1, 2, 1);
+    facts_.addWidget(&expected_rate_, 0, 2, 2, 1);
+    facts_.addWidget(&current_rate_, 0, 3, 2, 1);
+    facts_.setColumnStretch(0, 1);
+
+    rows_.setContentsMargins(12, 12, 12, 12);
+    rows_.setSpacing(8);
+    rows_.addLayout(&command_row_);
+    rows_.addWidget(&pane_, 1);
+    rows_.addLayout(&progress_row_);
+    rows_.addLayout(&facts_);
+    setLayout(&rows_);
+    setMinimumSize(kSmallest.expandedTo(rows_.minimumSize()));
+    resize(kUsual.expandedTo(minimumSize()));
+}
+
+void QtWindow::SetForm(FormEvents& form) {
+    form_ = &form;
+    connect(&go_, &QPushButton::clicked, this, [this] { form_->cmdGo_Click(); });
+    connect(&stop_, &QPushButton::clicked, this, [this] { form_->cmdStop_Click(); });
+    connect(&command_, &QLineEdit::returnPressed, this,
+            [this] { form_->txtCmd_KeyPress(kEnterKey); });
+    timer_.OnTick([this] { form_->Timer1_Timer(); });
+}
+
+void QtWindow::SetCaption(const std::string& caption) {
+    setWindowTitle(QString::fromStdString(caption));
+}
+
+void QtWindow::SetMousePointer(MousePointer pointer) {
+    // The busy pointer still points: everything in the window stays usable. Text fields have
+    // pointers of their own; the pane is most of the window and follows.
+    if (pointer == MousePointer::Hourglass) {
+        setCursor(Qt::BusyCursor);
+        pane_.viewport()->setCursor(Qt::BusyCursor);
+    } else {
+        unsetCursor();
+        pane_.viewport()->setCursor(Qt::IBeamCursor);
+    }
+}
+
+void QtWindow::Beep() { QApplication::beep(); }
+
+void QtWindow::MessageBox(const std::string& text, const std::string& title, MessageIcon icon) {
+    if (unattended_) {
+        std::fprintf(stderr, "%s\n%s\n", title.c_str(), text.c_str());
+        return;
+    }
+    QMessageBox box(
+        BoxIcon(icon), QString::fromStdString(title),
+        QString::fromStdString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")),
+        QMessageBox::Ok, this);
+    box.setTextFormat(Qt::PlainText);
+    box.setObjectName(QStringLiteral("message"));
+    box.exec();
+}
+
+void QtWindow::closeEvent(QCloseEvent* event) {
+    if (form_ == nullptr || unloaded_) return event->accept();
+    if (closing_ || form_->IsBusy()) {
+        event->ignore();
+        if (!closing_) AskBeforeClosing();
+        return;
+    }
+    unloaded_ = true;
+    form_->Form_Unload();
+    event->accept();
+}
+
+void QtWindow::AskBeforeClosing() {
+    if (question_ && question_->isVisible()) return;
+    question_ = std::make_unique<QMessageBox>(QMessageBox::Question, windowTitle(),
+                                              tr("An encoding is still running."),
+                                              QMessageBox::NoButton, this);
+    question_->setObjectName(QStringLiteral("question"));
+    question_->setInformativeText(
+        tr("Stop it and close? What was encoded so far is kept as a whole file."));
+    QPushButton* stop = question_->addButton(tr("&Stop and close"), QMessageBox::AcceptRole);
+    stop->setObjectName(QStringLiteral("stopAndClose"));
+    QPushButton* keep = question_->addButton(tr("&Keep encoding"), QMessageBox::RejectRole);
+    keep->setObjectName(QStringLiteral("keepRunning"));
+    question_->setDefaultButton(keep);
+    question_->setEscapeButton(keep);
+    connect(stop, &QPushButton::clicked, this, [this] { StopAndClose(); });
+    question_->open();  // without a loop of its own: a folder's walk below must be able to end
+}
+
+void QtWindow::StopAndClose() {
+    if (std::exchange(closing_, true)) return;
+    go_.setEnabled(false);
+    command_.setEnabled(false);
+    if (form_ != nullptr && form_->IsBusy()) form_->cmdStop_Click();
+    idle_check_.start();
+}
+
+void QtWindow::EndUnattended() {
+    unattended_ = true;
+    if (QWidget* box = QApplication::activeModalWidget()) box->close();
+    StopAndClose();
+}
+
+void QtWindow::CloseWhenIdle() {
+    if (form_ != nullptr && form_->IsBusy()) return;
+    // A message that the form shows is read first.
+    if (QApplication::activeModalWidget() != nullptr) return;
+    idle_check_.stop();
+    closing_ = false;
+    close();
+}
+
+}  // namespace platform::host

@@ -1,0 +1,113 @@
+// The form's window on a desktop.
+#pragma once
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWidget>
+#include <memory>
+#include <string>
+
+#include "platform/form_events.h"
+#include "platform/host/qt_controls.h"
+#include "platform/host/qt_loop.h"
+#include "platform/widgets.h"
+
+namespace platform::host {
+
+/// Closing it while the form is busy asks first, stops the encoder and closes when its file is
+/// finished. The widgets bear the form's names (txtCmd, cmdGo ...) as object names; the question
+/// is "question", its buttons "stopAndClose" and "keepRunning".
+class QtWindow : public QWidget, public FormWindow {
+  public:
+    /// @param arguments  the process's arguments after the program's name, joined by blanks
+    explicit QtWindow(std::string arguments);
+    ~QtWindow() override;
+
+    /// Binds the widgets to the form, which must live as long as the window is open.
+    void SetForm(FormEvents& form);
+    /// Closes without a question, after the encoder has finished its file.
+    void StopAndClose();
+    /// The same for a signal: nobody is there to answer a box, so none stays open.
+    void EndUnattended();
+
+    TextBox& txtCmd() override { return command_box_; }
+    TextBox& txtInfo() override { return pane_box_; }
+    Button& cmdGo() override { return go_button_; }
+    Button& cmdStop() override { return stop_button_; }
+    ProgressBar& pb1() override { return bar_control_; }
+    Label& lblStatus() override { return status_label_; }
+    Label& lblFile() override { return file_label_; }
+    Label& lblETm() override { return length_label_; }
+    Label& lblprgs() override { return percent_label_; }
+    Label& Label1() override { return elapsed_label_; }
+    Label& Label2() override { return expected_rate_label_; }
+    Label& Label3() override { return current_rate_label_; }
+    Timer& Timer1() override { return timer_; }
+
+    void SetCaption(const std::string& caption) override;
+    void SetMousePointer(MousePointer pointer) override;
+    void Beep() override;
+    /// While the program is being ended by a signal the box is not shown.
+    void MessageBox(const std::string& text, const std::string& title, MessageIcon icon) override;
+    std::string Arguments() const override { return arguments_; }
+    EventLoop& Loop() override { return loop_; }
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    void LayOut();
+    void AskBeforeClosing();
+    void CloseWhenIdle();
+
+    std::string arguments_;
+    FormEvents* form_ = nullptr;
+    QtLoop loop_;
+    bool closing_ = false;     // stopped, waits for the encoder
+    bool unattended_ = false;  // ended by a signal
+    bool unloaded_ = false;
+    QTimer idle_check_;
+    std::unique_ptr<QMessageBox> question_;
+
+    QLabel command_caption_;
+    QLineEdit command_;
+    QPushButton go_;
+    QPushButton stop_;
+    OutputView pane_;
+    QProgressBar bar_;
+    QLabel percent_;
+    ShorteningLabel status_;
+    ShorteningLabel file_;
+    QLabel length_;
+    QLabel elapsed_;
+    QLabel expected_rate_;
+    QLabel current_rate_;
+
+    QtCommandBox command_box_;
+    QtPane pane_box_;
+    QtButton go_button_;
+    QtButton stop_button_;
+    QtBar bar_control_;
+    QtLabel percent_label_;
+    QtLabel status_label_;
+    QtLabel file_label_;
+    QtLabel length_label_;
+    QtLabel elapsed_label_;
+    QtLabel expected_rate_label_;
+    QtLabel current_rate_label_;
+    QtTimer timer_;
+
+    QVBoxLayout rows_;
+    QHBoxLayout command_row_;
+    QHBoxLayout progress_row_;
+    QGridLayout facts_;
+};
+
+}  // namespace platform::host
