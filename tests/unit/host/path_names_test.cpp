@@ -57,12 +57,11 @@ TEST(PathNames, SpellingsLeadToHostPaths) {
 
 TEST(PathNames, RelativeNamesStartAtTheWorkingFolder) {
     const PathNames names("/root");
-    const std::string here = std::filesystem::current_path().string();
-    const std::string above = std::filesystem::current_path().parent_path().string();
-    EXPECT_EQ(names.AbsolutePath("a\\b.avi"), here + "/a/b.avi");
+    const std::filesystem::path here = std::filesystem::current_path();
+    EXPECT_EQ(names.AbsolutePath("a\\b.avi"), here / "a/b.avi");
     EXPECT_EQ(names.AbsolutePath("."), here);
     EXPECT_EQ(names.AbsolutePath(""), here);
-    EXPECT_EQ(names.AbsolutePath("..\\b.avi"), above + "/b.avi");
+    EXPECT_EQ(names.AbsolutePath("..\\b.avi"), here.parent_path() / "b.avi");
     EXPECT_EQ(names.HostName("..\\.\\b.avi"), "../b.avi");
 }
 
