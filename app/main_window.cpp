@@ -43,7 +43,7 @@ void frmMain::Form_Initialize() {
 }
 
 void frmMain::Form_Load() {
-    g_strInstallDrive = "C";
+    g_strInstallDrive.assign(1, 'C');
     window_.Timer1().SetInterval(kProgressInterval);
     window_.Timer1().SetEnabled(true);
 }

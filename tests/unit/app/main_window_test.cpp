@@ -268,16 +268,6 @@ TEST_F(MainWindowTest, GoWhileAnEncoderRunsLetsItsFileFinish) {
     EXPECT_FALSE(form.IsBusy());
 }
 
-TEST_F(MainWindowTest, BusyUntilTheOldRunsFileIsFinishedToo) {
-    Go(kCommand);
-    FakeEncoder& old = Encoder();
-    Go("-input a.avi -bogus");
-    EXPECT_EQ(form.ExitStatus(), 1);
-    EXPECT_TRUE(form.IsBusy());
-    old.Deliver(EncoderState::Stopped);
-    EXPECT_FALSE(form.IsBusy());
-}
-
 /// Two files and one below, encoded by a user who does one thing at each idle moment.
 class FolderTest : public MainWindowTest {
   protected:
