@@ -16,7 +16,8 @@ struct Ticks {
     constexpr std::int64_t Milliseconds() const { return count / kPerMillisecond; }  // towards 0
     constexpr double Seconds() const { return static_cast<double>(count) / kPerSecond; }
 
-    constexpr auto operator<=>(const Ticks&) const = default;
+    // clang-tidy 14 takes the defaulted operator for a null pointer.
+    constexpr auto operator<=>(const Ticks&) const = default;  // NOLINT(modernize-use-nullptr)
     constexpr Ticks operator+(Ticks other) const { return {count + other.count}; }
     constexpr Ticks operator-(Ticks other) const { return {count - other.count}; }
     constexpr Ticks& operator+=(Ticks other) {
