@@ -1,0 +1,213 @@
+// Whole encodings by the console program, looked at with independent tools.
+#include <signal.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <fstream>
+
+#include "end_to_end/console_run.h"
+
+namespace test_support {
+namespace {
+
+constexpr int kSeconds = 4;
+
+class Encode : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        folder_ = std::make_unique<TempFolder>();
+        MakeClip(Clip(), kSeconds);
+    }
+    static void TearDownTestSuite() { folder_.reset(); }
+    static std::string Clip() { return *folder_ / "clip.avi"; }
+    static std::string Out(const std::string& name) { return *folder_ / name; }
+
+  private:
+    static std::unique_ptr<TempFolder> folder_;
+};
+std::unique_ptr<TempFolder> Encode::folder_;
+
+/// What the report says of a file against what ffprobe counts in it.
+void ExpectReportAgrees(const std::string& pane, const std::string& file) {
+    int stream = 0;
+    if (pane.find("\nAudio :") != std::string::npos) {
+        EXPECT_EQ(ReportFigure(pane, "Total bytes:", stream++), ProbeBytes(file, "a:0"));
+    }
+    if (pane.find("\nVideo :") != std::string::npos) {
+        EXPECT_EQ(ReportFigure(pane, "Total bytes:", stream), ProbeBytes(file, "v:0"));
+        EXPECT_EQ(ReportFigure(pane, "Total coded frames:"),
+                  ProbeNumber(file, "v:0", "nb_read_packets"));
+    }
+    EXPECT_EQ(ReportFigure(pane, "File size:"),
+              static_cast<double>(std::filesystem::file_size(file)));
+    EXPECT_NEAR(ReportFigure(pane, "File duration:"), ProbeNumber(file, "", "duration"), 0.51);
+}
+
+TEST_F(Encode, EveryPredefinedProfileThatIsNotAScreens) {
+    struct Case {
+        const char* code;
+        int width, height;  // 0 = no video
+        int channels;       // 0 = no audio
+        int sampling_rate;
+        int rate_ceiling;
+    };
+    const Case kCases[] = {
+        // code      width height ch  Hz     fps
+        {"av20", 160, 120, 1, 8000, 15},      {"av32", 176, 144, 1, 11025, 15},
+        {"av100", 320, 240, 1, 16000, 15},    {"av225", 320, 240, 2, 32000, 30},
+        {"av350", 320, 240, 2, 32000, 30},    {"av450", 320, 240, 2, 44100, 30},
+        {"av700", 320, 240, 2, 44100, 30},    {"av1400", 320, 240, 2, 44100, 30},
+        {"av350pal", 384, 288, 2, 32000, 30}, {"av700pal", 384, 288, 2, 44100, 30},
+        {"av100_2p", 320, 240, 1, 16000, 15}, {"av350_2p", 320, 240, 2, 32000, 30},
+        {"av600vbr", 320, 240, 2, 44100, 30}, {"avq97vbr", 320, 240, 2, 44100, 30},
+        {"a20_1", 0, 0, 1, 22050, 0},         {"a20_2", 0, 0, 2, 22050, 0},
+        {"a32", 0, 0, 2, 32000, 0},           {"a48", 0, 0, 2, 32000, 0},
+        {"a64", 0, 0, 2, 44100, 0},           {"a96", 0, 0, 2, 44100, 0},
+        {"a128", 0, 0, 2, 44100, 0},          {"v20", 176, 144, 0, 0, 15},
+        {"v32", 240, 176, 0, 0, 15},
+    };
+    for (const Case& each : kCases) {
+        SCOPED_TRACE(each.code);
+        const std::string file = Out(std::string(each.code) + (each.width > 0 ? ".wmv" : ".wma"));
+        const CommandResult result =
+            Console({"-input", Clip(), "-output", file, "-profile", each.code});
+        ASSERT_EQ(result.status, 0) << result.out << result.err;
+        EXPECT_EQ(DecodeMessages(file), "");
+        EXPECT_NEAR(ProbeNumber(file, "", "duration"), kSeconds, 0.1);
+        if (each.width > 0) {
+            EXPECT_EQ(ProbeNumber(file, "v:0", "width"), each.width);
+            EXPECT_EQ(ProbeNumber(file, "v:0", "height"), each.height);
+            EXPECT_LE(ProbeNumber(file, "v:0", "nb_read_packets"), kSeconds * each.rate_ceiling);
+        } else {
+            EXPECT_TRUE(Probe(file, "v:0").empty());
+        }
+        if (each.channels > 0) {
+            EXPECT_EQ(ProbeNumber(file, "a:0", "channels"), each.channels);
+            EXPECT_EQ(ProbeNumber(file, "a:0", "sample_rate"), each.sampling_rate);
+        } else {
+            EXPECT_TRUE(Probe(file, "a:0").empty());
+        }
+        ExpectReportAgrees(result.out, file);
+    }
+}
+
+TEST_F(Encode, CustomProfileInEveryMode) {
+    struct Case {
+        const char* a_mode;
+        const char* a_setting;
+        const char* v_mode;
+        bool expected_audio, expected_video;  // the report's "Expected bit rate:" lines
+    };
+    const Case kCases[] = {
+        // a_mode a_setting   v_mode
+        {"0", "64_44_2", "0", true, true},    {"1", "96_44_2", "1", true, true},
+        {"2", "Q75_44_2", "2", false, false}, {"3", "64_44_2", "3", true, true},
+        {"4", "128_44_2", "4", true, true},
+    };
+    for (const Case& each : kCases) {
+        SCOPED_TRACE(each.v_mode);
+        const std::string file = Out(std::string("mode") + each.v_mode + ".wmv");
+        const CommandResult result =
+            Console({"-input", Clip(), "-output", file, "-a_mode", each.a_mode, "-a_setting",
+                     each.a_setting, "-v_mode", each.v_mode, "-v_codec", "WMV8", "-v_bitrate",
+                     "400000", "-v_width", "240", "-v_height", "180"});
+        ASSERT_EQ(result.status, 0) << result.out << result.err;
+        EXPECT_EQ(DecodeMessages(file), "");
+        EXPECT_EQ(ProbeNumber(file, "v:0", "width"), 240);
+        EXPECT_NEAR(ProbeNumber(file, "", "duration"), kSeconds, 0.1);
+        const std::size_t video = result.out.find("\nVideo :");
+        const std::size_t audio_rate = result.out.find("\tExpected bit rate: ");
+        const std::size_t video_rate = result.out.find("\tExpected bit rate: ", video);
+        EXPECT_EQ(audio_rate < video, each.expected_audio);
+        EXPECT_EQ(video_rate != std::string::npos, each.expected_video);
+        ExpectReportAgrees(result.out, file);
+    }
+}
+
+TEST_F(Encode, ASegmentStartsAndEndsAtItsMarks) {
+    const std::string file = Out("segment.wmv");
+    const CommandResult result =
+        Console({"-input", Clip(), "-output", file, "-profile", "av350", "-time", "1000", "3000"});
+    ASSERT_EQ(result.status, 0) << result.out;
+    EXPECT_EQ(DecodeMessages(file), "");
+    EXPECT_NEAR(ProbeNumber(file, "", "duration"), 2.0, 0.1);
+    EXPECT_NEAR(ProbeNumber(file, "v:0", "nb_read_packets"), 60, 1);
+}
+
+TEST_F(Encode, DisplayInformationAndFoldDownReachTheFile) {
+    const std::string file = Out("info.wmv");
+    const CommandResult result =
+        Console({"-input",          Clip(),      "-output",    file,
+                 "-profile",        "av225",     "-title",     "Ein Würfel",
+                 "-author",         "A",         "-copyright", "C",
+                 "-description",    "two words", "-rating",    "R",
+                 "-a_folddown6to2", "10",        "3",          "3"});
+    ASSERT_EQ(result.status, 0) << result.out;
+    const std::map<std::string, std::string> tags = Probe(file, "");
+    EXPECT_EQ(tags.at("tag:title"), "Ein Würfel");
+    EXPECT_EQ(tags.at("tag:artist"), "A");
+    EXPECT_EQ(tags.at("tag:copyright"), "C");
+    EXPECT_EQ(tags.at("tag:comment"), "two words");
+    EXPECT_EQ(tags.at("tag:rating"), "R");
+    EXPECT_EQ(tags.at("tag:SurroundMix"), "4294967286");  // -10 as ffprobe shows a DWORD
+}
+
+TEST_F(Encode, AFolderTreeIsMirrored) {
+    namespace fs = std::filesystem;
+    const fs::path in = Out("tree");
+    const fs::path out = Out("tree_out");
+    fs::create_directories(in / "inner" / "deep");
+    fs::copy_file(Clip(), in / "UPPER.AVI");
+    fs::copy_file(Clip(), in / "inner" / "x.y.avi");
+    MakeClip(in / "inner" / "deep" / "sound.wav", 2, "", 0, true, false);
+    std::ofstream(in / "readme.txt") << "text\n";
+    std::ofstream(in / "noextension") << "text\n";
+    std::ofstream(in / "broken.avi") << "RIFF no more than this";
+
+    const CommandResult result = Console(
+        {"-input", in, "-output", out, "-profile", "av225", "-outputstring", "_low", "-silent"});
+    EXPECT_EQ(result.status, 2) << "the broken file makes the walk a failed one";
+    for (const char* name : {"UPPER_low.wmv", "inner/x.y_low.wmv"}) {
+        SCOPED_TRACE(name);
+        ASSERT_TRUE(fs::exists(out / name)) << result.out;
+        EXPECT_EQ(DecodeMessages(out / name), "");
+    }
+    ASSERT_TRUE(fs::exists(out / "inner/deep/sound_low.wma")) << result.out;
+    EXPECT_EQ(DecodeMessages(out / "inner/deep/sound_low.wma"), "");
+    EXPECT_NE(result.out.find("Skipping: readme.txt\n"), std::string::npos);
+    EXPECT_NE(result.out.find("Skipping: noextension\n"), std::string::npos);
+    EXPECT_EQ(result.out.find("Overall:"), std::string::npos) << "-silent leaves the report out";
+    EXPECT_FALSE(fs::exists(out / "broken_low.wmv"));
+}
+
+TEST_F(Encode, StopLeavesAWholeFileThatSeeks) {
+    const std::string input = Out("long.avi");
+    Ffmpeg({"-stream_loop", "-1", "-i", Clip(), "-t", "600", "-c", "copy", input});
+    const std::string file = Out("stopped.wmv");
+    BackgroundCommand run({TESSIVO_CONSOLE, "-input", input, "-output", file, "-profile", "av350"},
+                          std::filesystem::path(Out("")));
+    // Half a megabyte is ten seconds of the profile's rate, far from the input's ten minutes.
+    const auto written = [&] {
+        std::error_code none;
+        const auto size = std::filesystem::file_size(file, none);
+        return none ? 0 : size;
+    };
+    while (written() < 500'000) usleep(20'000);
+    run.Signal(SIGINT);
+    const CommandResult result = run.Wait();
+    EXPECT_EQ(result.status, 130);
+    EXPECT_EQ(DecodeMessages(file), "");
+    const double duration = ProbeNumber(file, "", "duration");
+    EXPECT_GT(duration, 5);
+    EXPECT_LT(duration, 590);
+    ExpectReportAgrees(result.out, file);
+    // Seeking by the index lands on a key frame at or before the asked time.
+    const CommandResult seek =
+        RunCommand({"ffprobe", "-v", "error", "-select_streams", "v", "-show_entries",
+                    "packet=pts_time,flags", "-of", "csv=p=0", "-read_intervals", "4%+#1", file});
+    EXPECT_LE(std::atof(seek.out.c_str()), 4.0) << seek.out;
+    EXPECT_NE(seek.out.find(",K"), std::string::npos) << seek.out;
+}
+
+}  // namespace
+}  // namespace test_support
