@@ -30,7 +30,10 @@ struct InputPlan {
 struct AudioPlan {
     InputPlan input;
     const AudioCodecRow* codec = nullptr;
-    AudioFormat format{};  // as asked for; WrittenFor says what is written
+    AudioFormat format{};           // as asked for; in quality mode `value` is the quality
+    WrittenAudio written;           // what the encoder is given and the header says
+    std::string codec_name;         // for the file's codec list
+    std::string codec_description;  // "64 kbps, 44 kHz, stereo CBR", of what is written
     platform::VbrMode mode = platform::VbrMode::Constant;
     std::int32_t peak_rate_bps = 0;   // peak mode only
     std::int32_t peak_buffer_ms = 0;  // peak mode only
@@ -39,6 +42,8 @@ struct AudioPlan {
 struct VideoPlan {
     InputPlan input;
     const VideoCodecRow* codec = nullptr;
+    std::string codec_name;  // for the file's codec list
+    std::string codec_description;
     platform::VbrMode mode = platform::VbrMode::Constant;
     std::int32_t width = 0;  // of the coded picture, at least 2
     std::int32_t height = 0;

@@ -126,6 +126,23 @@ void RefuseUnbuiltVideo(const VideoSource& source, const ProfileState& profile) 
                         *text));
 }
 
+std::string VideoDescription(const VideoPlan& plan) {
+    if (plan.codec->four_cc == 0) return {};
+    const double kilobits = platform::RoundHalfToEven(plan.bit_rate_bps / 1000.0);
+    switch (plan.mode) {
+        case VbrMode::Constant:
+            return fmt::format("{} kbps CBR", kilobits);
+        case VbrMode::BitRate:
+            return fmt::format("{} kbps VBR", kilobits);
+        case VbrMode::Quality:
+            return fmt::format("quality {} VBR", plan.quality);
+        case VbrMode::Peak:
+            return fmt::format("{} kbps VBR, peak {} kbps", kilobits,
+                               platform::RoundHalfToEven(plan.peak_rate_bps / 1000.0));
+    }
+    return {};
+}
+
 }  // namespace
 
 AudioPlan PlanAudio(const AudioSource& source, const ProfileState& profile) {
@@ -142,6 +159,9 @@ AudioPlan PlanAudio(const AudioSource& source, const ProfileState& profile) {
     plan.mode = profile.audio_mode;
     // Codec and mode may have been changed after the format was chosen.
     plan.format = RequireAudioFormat(*plan.codec, plan.mode, audio.format);
+    plan.written = WrittenFor(*plan.codec, plan.mode, plan.format);
+    plan.codec_name = AudioDisplayName(*plan.codec, plan.mode);
+    plan.codec_description = AudioDescription(*plan.codec, plan.mode, plan.format);
     if (plan.mode == VbrMode::Peak) {
         plan.peak_rate_bps =
             PeakFor("audio", "-a_peakbitrate", plan.format.value, audio.peak_rate_bps);
@@ -178,6 +198,8 @@ VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
             PeakFor("video", "-v_peakbitrate", video.bit_rate_bps, video.peak_rate_bps);
         plan.peak_buffer_ms = video.peak_buffer_ms != 0 ? video.peak_buffer_ms : kVideoPeakBufferMs;
     }
+    plan.codec_name = VideoDisplayName(*plan.codec);
+    plan.codec_description = VideoDescription(plan);
     return plan;
 }
 

@@ -281,7 +281,10 @@ TEST(Plan, TakesOverWhatTheTreeSays) {
     EXPECT_EQ(plan.audio->input.path, "/home/film.avi");
     EXPECT_EQ(plan.audio->input.mark_out, Ticks{});
     EXPECT_EQ(plan.audio->format, (AudioFormat{64040, 44100, 2, 16}));
+    EXPECT_EQ(plan.audio->codec_name, "Windows Media Audio 9");
+    EXPECT_EQ(plan.audio->codec_description, "64 kbps, 44 kHz, stereo CBR");
     EXPECT_EQ(plan.video->input.mark_out, Ticks::FromMilliseconds(4000));
+    EXPECT_EQ(plan.video->codec_description, "300 kbps CBR");
     EXPECT_EQ(plan.video->expected_rate, 29970) << "the source's, below the ceiling";
     EXPECT_EQ(plan.video->rate_ceiling, 100'000);
     EXPECT_EQ(plan.video->performance, 80);
