@@ -88,6 +88,17 @@ TEST(ConfigFiles, AConfigSeenAgainIsNotReadAgain) {
     EXPECT_EQ(Given(bench.settings), "silent=true title=t rating=r ");
 }
 
+TEST(ConfigFiles, AFileLeavesItsWordCountWhateverItsLastOptionSkips) {
+    ParserBench bench;
+    bench.files->AddFile("/home/inner", "-title t -silent");
+    bench.files->AddFile("/home/outer", "-config inner -audioonly -config");
+    // "outer": 0 read, 1 its name; "inner" leaves 3, so "outer" goes on at 4: its end. In its main
+    // pass 3, "-config", skips a name that is not there. It leaves 4 all the same, so the command
+    // goes on at 5, "b.wmv"; 6 skips 7.
+    EXPECT_TRUE(bench.Run("-config outer -input a.avi -output b.wmv -s_config new"));
+    EXPECT_EQ(bench.files->files["/home/new.weu"], "-config b.wmv ");
+}
+
 TEST(ConfigFiles, AFileSavesItsOwnWords) {
     ParserBench bench;
     bench.files->AddFile("/home/inner", "-title t -s_config deep/inner");
