@@ -22,10 +22,10 @@ AvAudioEncoder::AvAudioEncoder(const AudioPlan& plan, PacketPool& packets)
     // Decoders derive the bitstream's parameters from the header's whole bytes per second.
     codec_->bit_rate = written.format.value / 8 * 8;
     codec_->time_base = {1, codec_->sample_rate};
-    CheckAv(avcodec_open2(codec_.get(), encoder, nullptr),
-            fmt::format("{} at {} bits per second, {} Hz, {} channels", subject,
-                        written.format.value, written.format.sampling_rate,
-                        written.format.channels));
+    CheckAv(
+        avcodec_open2(codec_.get(), encoder, nullptr),
+        fmt::format("{} at {} bits per second, {} Hz, {} channels", subject, written.format.value,
+                    written.format.sampling_rate, written.format.channels));
 
     silence_.reset(CheckAllocated(av_frame_alloc()));
     silence_->nb_samples = codec_->frame_size;
@@ -56,8 +56,8 @@ bool AvAudioEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
     const std::int64_t samples = frame.nb_samples;
     if (samples < codec_->frame_size) {
         av_samples_set_silence(frame.extended_data, frame.nb_samples,
-                               codec_->frame_size - frame.nb_samples,
-                               codec_->ch_layout.nb_channels, codec_->sample_fmt);
+                               codec_->frame_size - frame.nb_samples, codec_->ch_layout.nb_channels,
+                               codec_->sample_fmt);
         frame.nb_samples = codec_->frame_size;
     }
     const std::int64_t completed = std::exchange(last_samples_, samples);
@@ -73,8 +73,7 @@ bool AvAudioEncoder::EncodeSilence(std::int64_t samples_completed, const PacketT
     return Send(*silence_, samples_completed, take);
 }
 
-bool AvAudioEncoder::Send(AVFrame& frame, std::int64_t samples_completed,
-                          const PacketTaker& take) {
+bool AvAudioEncoder::Send(AVFrame& frame, std::int64_t samples_completed, const PacketTaker& take) {
     const std::string subject = "Encoding of the sound failed";
     frame.pts = fed_frames_++ * codec_->frame_size;
     CheckAv(avcodec_send_frame(codec_.get(), &frame), subject);

@@ -26,8 +26,7 @@ AVRational TimeBase(std::int32_t rate_thousandths) {
 
 }  // namespace
 
-AvVideoEncoder::AvVideoEncoder(const VideoPlan& plan, const EncoderPass& pass,
-                               PacketPool& packets)
+AvVideoEncoder::AvVideoEncoder(const VideoPlan& plan, const EncoderPass& pass, PacketPool& packets)
     : plan_(plan), pass_(pass), packets_(packets) {
     const std::string subject = fmt::format("Video codec {}", plan.codec->name);
     const AVCodec* encoder = avcodec_find_encoder_by_name(plan.codec->av_encoder);
@@ -49,11 +48,10 @@ AvVideoEncoder::AvVideoEncoder(const VideoPlan& plan, const EncoderPass& pass,
     SetEffort(*codec_, plan.performance);
     const int opened = avcodec_open2(codec_.get(), encoder, nullptr);
     codec_->stats_in = nullptr;  // is ours
-    CheckAv(opened, fmt::format("{} at {}x{}, {} bits per second", subject, plan.width,
-                                plan.height, plan.bit_rate_bps));
+    CheckAv(opened, fmt::format("{} at {}x{}, {} bits per second", subject, plan.width, plan.height,
+                                plan.bit_rate_bps));
     if (pass_.number == 2)
-        frames_known_ =
-            std::count(pass_.first_report.begin(), pass_.first_report.end(), ';');
+        frames_known_ = std::count(pass_.first_report.begin(), pass_.first_report.end(), ';');
     may_drop_ = plan.mode == VbrMode::Constant && pass_.count == 1;
     bucket_ = RateBucket(plan.bit_rate_bps, plan.buffer_ms > 0 ? plan.buffer_ms : kUsualBufferMs);
 }

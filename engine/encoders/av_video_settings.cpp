@@ -35,8 +35,7 @@ constexpr EffortRow kEfforts[] = {
 // clang-format on
 
 int Limited(std::int64_t value) {
-    return static_cast<int>(
-        std::clamp<std::int64_t>(value, 1, std::numeric_limits<int>::max()));
+    return static_cast<int>(std::clamp<std::int64_t>(value, 1, std::numeric_limits<int>::max()));
 }
 
 int BufferBits(std::int32_t rate_bps, std::int32_t buffer_ms) {
@@ -54,8 +53,7 @@ int CoarsestQuantiser(std::int32_t sharpness) {
 
 int QualityLambda(std::int32_t quality) {
     const double part = (100 - std::clamp(quality, 0, 100)) / 100.0;
-    const double quantiser =
-        kFinestQuantiser + part * (kCoarsestQuantiser - kFinestQuantiser);
+    const double quantiser = kFinestQuantiser + part * (kCoarsestQuantiser - kFinestQuantiser);
     return static_cast<int>(std::lround(quantiser * FF_QP2LAMBDA));
 }
 

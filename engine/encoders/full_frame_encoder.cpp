@@ -44,6 +44,7 @@ PictureFormat FullFrameEncoder::Format() const {
 StreamHeader FullFrameEncoder::Header() const {
     StreamHeader header = VideoStreamHeader(plan_);
     header.extra_data.assign(kBottomUpMark.begin(), kBottomUpMark.end());
+    header.variable_rate = false;
     header.codec_description = "24 bits a pixel";
     // Nothing is left out to meet a rate: it is what the pictures take.
     header.average_rate_bps = static_cast<std::uint32_t>(std::min<std::uint64_t>(
@@ -58,7 +59,8 @@ bool FullFrameEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
     std::uint8_t* to = packet.data->data;
     const std::size_t pixel_bytes = static_cast<std::size_t>(plan_.width) * kPixelBytes;
     for (int row = plan_.height - 1; row >= 0; --row, to += row_bytes_) {
-        const std::uint8_t* from = frame.data[0] + static_cast<std::ptrdiff_t>(row) * frame.linesize[0];
+        const std::uint8_t* from =
+            frame.data[0] + static_cast<std::ptrdiff_t>(row) * frame.linesize[0];
         std::copy_n(from, pixel_bytes, to);
         std::fill(to + pixel_bytes, to + row_bytes_, std::uint8_t{0});
     }

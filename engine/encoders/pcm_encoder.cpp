@@ -48,7 +48,8 @@ bool PcmEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
     std::uint8_t* to = packet.data->data;
     if (format_.bits_per_sample == 24) {
         // The upper three of four bytes of each sample.
-        for (const std::uint8_t* from = frame.data[0]; from != frame.data[0] + 4 * values; from += 4)
+        for (const std::uint8_t* from = frame.data[0]; from != frame.data[0] + 4 * values;
+             from += 4)
             to = std::copy_n(from + 1, 3, to);
     } else {
         std::copy_n(frame.data[0], packet.data->size, to);

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <string>
+
 namespace engine {
 namespace {
 
@@ -10,6 +12,22 @@ using platform::VbrMode;
 constexpr std::int32_t kUsualFrameRate = 30'000;
 
 std::uint32_t Unsigned(std::int64_t value) { return static_cast<std::uint32_t>(value); }
+
+std::string Description(const VideoPlan& plan) {
+    const std::int32_t kilobits = (plan.bit_rate_bps + 500) / 1000;
+    switch (plan.mode) {
+        case VbrMode::Constant:
+            return fmt::format("{} kbps CBR", kilobits);
+        case VbrMode::BitRate:
+            return fmt::format("{} kbps VBR", kilobits);
+        case VbrMode::Quality:
+            return fmt::format("quality {} VBR", plan.quality);
+        case VbrMode::Peak:
+            return fmt::format("{} kbps VBR, peak {} kbps", kilobits,
+                               (plan.peak_rate_bps + 500) / 1000);
+    }
+    return {};
+}
 
 }  // namespace
 
@@ -31,16 +49,12 @@ StreamHeader VideoStreamHeader(const VideoPlan& plan) {
     StreamHeader header;
     header.format = video;
     header.codec_name = VideoDisplayName(*plan.codec);
+    header.codec_description = Description(plan);
     header.variable_rate = plan.mode != VbrMode::Constant;
     header.conformance = plan.conformance;
-    if (plan.mode == VbrMode::Quality) {
-        header.codec_description = fmt::format("Quality {}, VBR", plan.quality);
-        return header;
-    }
+    if (plan.mode == VbrMode::Quality) return header;  // its rate is known once it is written
     header.average_rate_bps = Unsigned(plan.bit_rate_bps);
     header.buffer_ms = Unsigned(plan.buffer_ms);
-    header.codec_description = fmt::format("{} kbps, {}", (plan.bit_rate_bps + 500) / 1000,
-                                           header.variable_rate ? "VBR" : "CBR");
     if (plan.mode == VbrMode::Peak) {
         header.peak_rate_bps = Unsigned(plan.peak_rate_bps);
         header.peak_buffer_ms = Unsigned(plan.peak_buffer_ms);

@@ -1,0 +1,231 @@
+#include "engine/pipeline/encoding_run.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include "engine/outputs/asf/asf_file.h"
+#include "engine/pipeline/pass.h"
+#include "engine/pipeline/run_statistics.h"
+
+namespace engine {
+namespace {
+
+using platform::EncoderState;
+
+// Errors of one stream's every frame would otherwise fill the terminal; what matters is thrown.
+void SilenceFfmpeg() { av_log_set_level(AV_LOG_QUIET); }
+
+// Reports what the file holds after each packet.
+class CountedFile final : public PacketSink {
+  public:
+    CountedFile(const std::string& path, RunStatistics& statistics)
+        : file_(path), statistics_(statistics) {}
+
+    void Begin(const OutputHeader& header) override { file_.Begin(header); }
+    void Write(const EncodedPacket& packet) override {
+        file_.Write(packet);
+        statistics_.FileIs(file_.Result());
+    }
+    void Finish() override {
+        file_.Finish();
+        statistics_.FileIs(file_.Result());
+    }
+
+  private:
+    asf::AsfFile file_;
+    RunStatistics& statistics_;
+};
+
+}  // namespace
+
+/// The control thread owns the passes and makes all callbacks; the passes' threads and callers
+/// only leave it word.
+class EncodingRun::Impl {
+  public:
+    Impl(EncodePlan plan, RunCallbacks callbacks)
+        : plan_(std::move(plan)),
+          callbacks_(std::move(callbacks)),
+          statistics_(plan_),
+          sink_(plan_.output_path, statistics_) {
+        SilenceFfmpeg();
+        OpenPass(1, {}, {});
+        OutputHeader header;
+        header.streams = pass_->Headers();
+        header.content = plan_.content;
+        header.attributes = plan_.attributes;
+        header.min_packet_bytes = plan_.min_packet_bytes;
+        header.max_packet_bytes = plan_.max_packet_bytes;
+        sink_.Begin(header);
+    }
+
+    ~Impl() {
+        Stop();
+        if (control_.joinable()) control_.join();
+    }
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+
+    void Start() {
+        control_ = std::thread([this] { Control(); });
+    }
+
+    void Stop() {
+        const std::lock_guard lock(mutex_);
+        ++stops_asked_;
+        changed_.notify_all();
+    }
+
+    const RunStatistics& Statistics() const { return statistics_; }
+
+  private:
+    void OpenPass(int number, std::string first_report, Ticks end) {
+        Pass::Events events;
+        events.failed = [this](const platform::Error& error) {
+            const std::lock_guard lock(mutex_);
+            if (!failure_) failure_ = error;
+            changed_.notify_all();
+        };
+        events.ended = [this] {
+            const std::lock_guard lock(mutex_);
+            pass_ended_ = true;
+            changed_.notify_all();
+        };
+        pass_ended_ = false;
+        pass_.reset();  // its memory is not wanted twice
+        pass_ = std::make_unique<Pass>(plan_,
+                                       EncoderPass{number, plan_.passes, std::move(first_report)},
+                                       end, statistics_, std::move(events));
+    }
+
+    void Control() {
+        Announce(EncoderState::Starting);
+        Trap([&] {
+            for (int number = 1; number <= plan_.passes && !failure_seen_; ++number)
+                RunPass(number);
+        });
+        AnnounceStopping();
+        Trap([&] { sink_.Finish(); });
+        Announce(EncoderState::Stopped);
+    }
+
+    // A pass that is stopped is still followed by the next one over what it has read.
+    void RunPass(int number) {
+        const int stops_before = stops_honoured_;
+        if (number > 1) {
+            Announce(EncoderState::EndPreprocess);
+            const Ticks end = stops_honoured_ > 0 ? statistics_.End() : Ticks{};
+            if (stops_honoured_ > 0 && end.count == 0) return;
+            OpenPass(number, pass_->FirstReport(), end);
+            statistics_.BeginPass();
+        }
+        Announce(EncoderState::Running);
+        pass_->Start(number == plan_.passes ? &sink_ : nullptr);
+        Watch();
+        pass_->Join();
+        if (pass_->YieldedNothing() && stops_honoured_ == 0 && stops_before == 0 && !failure_seen_)
+            throw platform::Error(platform::kInvalidData,
+                                  InputNames() +
+                                      ": nothing in the part that is encoded can be decoded; "
+                                      "choose another file or other marks");
+    }
+
+    std::string InputNames() const {
+        return plan_.video ? plan_.video->input.path : plan_.audio->input.path;
+    }
+
+    // Until the pass has ended: hands stops to it and tells of stops and failures.
+    void Watch() {
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            changed_.wait(lock, [&] {
+                return pass_ended_ || stops_asked_ > stops_honoured_ ||
+                       (failure_ && !failure_seen_);
+            });
+            if (failure_ && !failure_seen_) {
+                const platform::Error failure = *failure_;
+                lock.unlock();
+                Report(failure);
+                AnnounceStopping();
+                lock.lock();
+            } else if (stops_asked_ > stops_honoured_) {
+                ++stops_honoured_;
+                lock.unlock();
+                pass_->Stop();
+                AnnounceStopping();
+                lock.lock();
+            } else {
+                return;
+            }
+        }
+    }
+
+    template <typename Body>
+    void Trap(Body&& body) {
+        try {
+            body();
+        } catch (const platform::Error& error) {
+            Report(error);
+        } catch (const std::exception& error) {
+            Report({platform::kUnspecified, error.what()});
+        }
+    }
+
+    // The first failure is the cause; what follows from it is not told.
+    void Report(const platform::Error& error) {
+        if (failure_seen_) return;
+        failure_seen_ = true;
+        if (callbacks_.on_error) callbacks_.on_error(error.number(), error.description());
+    }
+
+    // Once a run is stopping, only Stopped is news.
+    void Announce(EncoderState state) {
+        if (stopping_ && state != EncoderState::Stopped) return;
+        if (callbacks_.on_state) callbacks_.on_state(state);
+    }
+    void AnnounceStopping() {
+        Announce(EncoderState::Stopping);
+        stopping_ = true;
+    }
+
+    EncodePlan plan_;
+    RunCallbacks callbacks_;
+    RunStatistics statistics_;
+    CountedFile sink_;
+    std::unique_ptr<Pass> pass_;
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    int stops_asked_ = 0;
+    bool pass_ended_ = false;
+    std::optional<platform::Error> failure_;
+
+    // The control thread's own.
+    int stops_honoured_ = 0;
+    bool failure_seen_ = false;
+    bool stopping_ = false;
+    std::thread control_;
+};
+
+EncodingRun::EncodingRun(EncodePlan plan, RunCallbacks callbacks)
+    : impl_(std::make_unique<Impl>(std::move(plan), std::move(callbacks))) {}
+
+EncodingRun::~EncodingRun() = default;
+
+void EncodingRun::Start() { impl_->Start(); }
+void EncodingRun::Stop() { impl_->Stop(); }
+
+platform::Currency EncodingRun::EncodingTime() const { return impl_->Statistics().EncodingTime(); }
+platform::OutputStats EncodingRun::AudioStats() const {
+    return impl_->Statistics().Of(MediaKind::Audio);
+}
+platform::OutputStats EncodingRun::VideoStats() const {
+    return impl_->Statistics().Of(MediaKind::Video);
+}
+platform::OutputStats EncodingRun::TotalStats() const { return impl_->Statistics().Total(); }
+platform::FileArchiveStats EncodingRun::FileStats() const { return impl_->Statistics().File(); }
+
+}  // namespace engine

@@ -1,0 +1,53 @@
+// Brings the coded packets of a session's streams into one order of decode time.
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+
+#include "engine/encoders/encoder.h"
+#include "engine/outputs/packet_sink.h"
+
+namespace engine {
+
+/// One encoder a stream pushes, one writer pops. The next packet is known once every stream that
+/// has not finished shows its own; a stream that cannot show one (`starved` says so: the input's
+/// reader waits for room in the other stream) is not waited for when the other one is full.
+class Interleaver {
+  public:
+    Interleaver(bool has_audio, bool has_video, std::function<bool()> starved);
+
+    /// Blocks while the stream's queue is full. False when the writer has gone.
+    bool Push(MediaKind kind, CodedPacket packet);
+    void Finish(MediaKind kind);
+    /// Decode times never decrease: a packet that came too late takes that of the one before it.
+    /// False when all streams have finished and everything was taken.
+    bool Pop(MediaKind& kind, CodedPacket& packet);
+    void Cancel();  // by the writer
+
+  private:
+    static constexpr std::size_t kMaxPackets = 1024;
+    static constexpr std::size_t kMaxBytes = 48U << 20U;
+
+    struct Lane {
+        std::deque<CodedPacket> packets;
+        std::size_t bytes = 0;
+        bool finished = true;
+        bool Full() const { return packets.size() >= kMaxPackets || bytes >= kMaxBytes; }
+        bool Awaited() const { return !finished && packets.empty(); }
+    };
+
+    Lane& Of(MediaKind kind) { return kind == MediaKind::Audio ? audio_ : video_; }
+    Lane* Next();
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    Lane audio_, video_;
+    std::function<bool()> starved_;
+    Ticks last_decode_;
+    bool cancelled_ = false;
+};
+
+}  // namespace engine

@@ -1,0 +1,233 @@
+#include "engine/pipeline/pass.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "engine/pipeline/av_error.h"
+
+namespace engine {
+namespace {
+
+constexpr std::size_t kDecodedFrames = 6;
+constexpr std::size_t kConditionedFrames = 6;
+
+template <typename Action>
+class AtExit {
+  public:
+    explicit AtExit(Action action) : action_(std::move(action)) {}
+    ~AtExit() { action_(); }
+    AtExit(const AtExit&) = delete;
+    AtExit& operator=(const AtExit&) = delete;
+
+  private:
+    Action action_;
+};
+
+// Session time at which a stream ends; 0 = with its source.
+Ticks EndOf(const InputPlan& input, Ticks pass_end) {
+    if (input.mark_out.count <= 0) return pass_end;
+    const Ticks marked = input.mark_out - input.mark_in;
+    return pass_end.count > 0 ? std::min(marked, pass_end) : marked;
+}
+
+// Degrees clockwise by which a stream says that it is to be shown turned.
+double TurnOf(const AVStream& stream) {
+    const std::uint8_t* matrix =
+        av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+    if (matrix == nullptr) return 0;
+    const double turn = -av_display_rotation_get(reinterpret_cast<const std::int32_t*>(matrix));
+    return turn == turn ? turn : 0;  // a matrix may be none
+}
+
+}  // namespace
+
+Pass::Chain::Chain(MediaKind stream_kind, Input& from, const std::string& path, FramePool& frames)
+    : kind(stream_kind),
+      input(from),
+      decoder(from.reader->Stream(stream_kind), from.reader->Start(), path, frames),
+      decoded(kDecodedFrames),
+      conditioned(kConditionedFrames) {}
+
+Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, RunStatistics& statistics,
+           Events events)
+    : plan_(plan), statistics_(statistics), events_(std::move(events)) {
+    if (plan.audio) {
+        audio_encoder_ = MakeAudioEncoder(*plan.audio, packets_);
+        const InputPlan& from = plan.audio->input;
+        const bool shared = plan.video && plan.video->input == from;
+        Input& input = InputFor(from, true, shared);
+        audio_.emplace(MediaKind::Audio, input, from.path, frames_);
+        sound_.emplace(audio_encoder_->Format(), EndOf(from, end), frames_);
+    }
+    if (plan.video) {
+        video_encoder_ = MakeVideoEncoder(*plan.video, number, packets_);
+        const InputPlan& from = plan.video->input;
+        Input& input = InputFor(from, false, true);
+        video_.emplace(MediaKind::Video, input, from.path, frames_);
+        picture_.emplace(*plan.video, video_encoder_->Format(), EndOf(from, end),
+                         TurnOf(input.reader->Stream(MediaKind::Video)), stop_, frames_);
+    }
+    interleaver_ = std::make_unique<Interleaver>(
+        plan.audio.has_value(), plan.video.has_value(),
+        [this] { return inputs_.size() == 1 && inputs_.front()->router.Starved(); });
+}
+
+Pass::~Pass() {
+    Stop();
+    Join();
+}
+
+Pass::Input& Pass::InputFor(const InputPlan& plan, bool with_audio, bool with_video) {
+    for (const std::unique_ptr<Input>& input : inputs_)
+        if (input->reader->Input() == plan) return *input;
+    auto input = std::make_unique<Input>();
+    input->reader = std::make_unique<FileReader>(plan, with_audio, with_video, packets_);
+    if (!with_audio) input->router.Cancel(MediaKind::Audio);
+    if (!with_video) input->router.Cancel(MediaKind::Video);
+    inputs_.push_back(std::move(input));
+    return *inputs_.back();
+}
+
+std::vector<StreamHeader> Pass::Headers() const {
+    std::vector<StreamHeader> headers;
+    if (audio_encoder_) headers.push_back(audio_encoder_->Header());
+    if (video_encoder_) headers.push_back(video_encoder_->Header());
+    return headers;
+}
+
+template <typename Body>
+void Pass::Guard(Body&& body) {
+    try {
+        body();
+    } catch (const platform::Error& error) {
+        Fail(error);
+    } catch (const std::bad_alloc&) {
+        Fail({platform::kUnspecified, "There is not enough memory; close other programs"});
+    } catch (const std::exception& error) {
+        Fail({platform::kUnspecified, error.what()});
+    }
+}
+
+void Pass::Fail(const platform::Error& error) {
+    Stop();
+    events_.failed(error);
+}
+
+void Pass::Run(void (Pass::*stage)(Chain&), Chain& chain) {
+    threads_.emplace_back([this, stage, &chain] { Guard([&] { (this->*stage)(chain); }); });
+}
+
+void Pass::Start(PacketSink* sink) {
+    for (const std::unique_ptr<Input>& input : inputs_)
+        threads_.emplace_back([this, from = input.get()] { Guard([&] { Read(*from); }); });
+    if (audio_) {
+        Run(&Pass::Decode, *audio_);
+        Run(&Pass::ConditionSound, *audio_);
+        Run(&Pass::EncodeSound, *audio_);
+    }
+    if (video_) {
+        Run(&Pass::Decode, *video_);
+        Run(&Pass::ConditionPicture, *video_);
+        Run(&Pass::EncodePicture, *video_);
+    }
+    threads_.emplace_back([this, sink] {
+        Guard([&] { Write(sink); });
+        events_.ended();
+    });
+}
+
+void Pass::Stop() {
+    stop_ = true;
+    for (const std::unique_ptr<Input>& input : inputs_) input->reader->Stop();
+}
+
+void Pass::Join() {
+    for (std::thread& thread : threads_) thread.join();
+    threads_.clear();
+}
+
+void Pass::Read(Input& input) { input.reader->Run(input.router); }
+
+void Pass::Decode(Chain& chain) {
+    const AtExit end([&] {
+        chain.decoded.Finish();
+        chain.input.router.Cancel(chain.kind);
+    });
+    const FrameTaker take = [&](FrameHandle frame) { return chain.decoded.Push(std::move(frame)); };
+    PacketHandle packet;
+    while (chain.input.router.Pop(chain.kind, packet))
+        if (!chain.decoder.Decode(packet.get(), take)) return;
+    chain.decoder.Decode(nullptr, take);
+}
+
+void Pass::ConditionSound(Chain& chain) {
+    const AtExit end([&] {
+        chain.conditioned.Finish();
+        chain.decoded.Cancel();
+    });
+    const FrameTaker take = [&](FrameHandle frame) {
+        return chain.conditioned.Push(std::move(frame));
+    };
+    FrameHandle frame;
+    while (chain.decoded.Pop(frame))
+        if (!sound_->Take(std::move(frame), take)) return;
+    sound_->Finish(take);
+}
+
+void Pass::ConditionPicture(Chain& chain) {
+    const AtExit end([&] {
+        chain.conditioned.Finish();
+        chain.decoded.Cancel();
+    });
+    const FrameTaker take = [&](FrameHandle frame) {
+        return chain.conditioned.Push(std::move(frame));
+    };
+    FrameHandle frame;
+    while (chain.decoded.Pop(frame))
+        if (!picture_->Take(std::move(frame), take)) return;
+    picture_->Finish(take);
+}
+
+template <typename Encoder>
+void Pass::EncodeWith(Encoder& encoder, Chain& chain) {
+    const AtExit end([&] {
+        interleaver_->Finish(chain.kind);
+        chain.conditioned.Cancel();
+    });
+    const PacketTaker take = [&](CodedPacket packet) {
+        yielded_ = true;
+        return interleaver_->Push(chain.kind, std::move(packet));
+    };
+    FrameHandle frame;
+    bool wanted = true;
+    while (wanted && chain.conditioned.Pop(frame)) {
+        wanted = encoder.Encode(*frame, take);
+        frame.reset();
+        if (&chain == &*video_) statistics_.Dropped(video_encoder_->TakeDrops());
+    }
+    encoder.Finish(take);
+    if constexpr (std::is_same_v<Encoder, VideoEncoder>) first_report_ = encoder.FirstPassReport();
+}
+
+void Pass::Write(PacketSink* sink) {
+    const AtExit end([&] { interleaver_->Cancel(); });
+    MediaKind kind = MediaKind::Audio;
+    CodedPacket packet;
+    while (interleaver_->Pop(kind, packet)) {
+        if (sink != nullptr) {
+            EncodedPacket coded;
+            coded.stream = kind == MediaKind::Video && plan_.audio ? 1 : 0;
+            coded.presentation = packet.presentation;
+            coded.decode = packet.decode;
+            coded.duration = packet.duration;
+            coded.key = packet.key;
+            coded.bytes = {packet.data->data, static_cast<std::size_t>(packet.data->size)};
+            sink->Write(coded);
+        }
+        statistics_.Written(kind, packet);
+        packet.data.reset();
+    }
+}
+
+}  // namespace engine

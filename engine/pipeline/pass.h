@@ -1,0 +1,109 @@
+// One reading of the inputs, from the demuxer to the output, one thread a stage.
+#pragma once
+
+#include <atomic>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "engine/encoders/make_encoder.h"
+#include "engine/outputs/packet_sink.h"
+#include "engine/pipeline/bounded_queue.h"
+#include "engine/pipeline/interleaver.h"
+#include "engine/pipeline/run_statistics.h"
+#include "engine/pipeline/sound_conditioner.h"
+#include "engine/pipeline/video_conditioner.h"
+#include "engine/plan/encode_plan.h"
+#include "engine/sources/file_reader.h"
+#include "engine/sources/packet_router.h"
+#include "engine/sources/stream_decoder.h"
+
+namespace engine {
+
+/// A stage that ends, for whatever reason, tells its neighbours: nothing that is fed or read by it
+/// waits for it.
+class Pass {
+  public:
+    struct Events {
+        /// From any of the pass's threads; the pass then ends by itself as after Stop.
+        std::function<void(const platform::Error&)> failed;
+        /// From the writer, after the last packet.
+        std::function<void()> ended;
+    };
+
+    /// Opens inputs and encoders. `end` cuts all streams, 0 = does not. Throws platform::Error.
+    Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, RunStatistics& statistics,
+         Events events);
+    ~Pass();
+    Pass(const Pass&) = delete;
+    Pass& operator=(const Pass&) = delete;
+
+    /// Audio before video.
+    std::vector<StreamHeader> Headers() const;
+
+    /// Packets go to `sink` (which must have begun), or nowhere when it is null.
+    void Start(PacketSink* sink);
+    /// What has been read still goes all the way. Any thread.
+    void Stop();
+    void Join();
+
+    /// After Join.
+    bool YieldedNothing() const { return !yielded_; }
+    std::string FirstReport() const { return first_report_; }
+
+  private:
+    struct Input {
+        std::unique_ptr<FileReader> reader;
+        PacketRouter router;
+    };
+    // A stream's stages and the queues between them.
+    struct Chain {
+        Chain(MediaKind kind, Input& from, const std::string& path, FramePool& frames);
+
+        MediaKind kind;
+        Input& input;
+        StreamDecoder decoder;
+        BoundedQueue<FrameHandle> decoded;
+        BoundedQueue<FrameHandle> conditioned;
+    };
+
+    Input& InputFor(const InputPlan& plan, bool with_audio, bool with_video);
+    void Run(void (Pass::*stage)(Chain&), Chain& chain);
+    template <typename Body>
+    void Guard(Body&& body);
+    void Fail(const platform::Error& error);
+
+    void Read(Input& input);
+    void Decode(Chain& chain);
+    void ConditionSound(Chain& chain);
+    void ConditionPicture(Chain& chain);
+    template <typename Encoder>
+    void EncodeWith(Encoder& encoder, Chain& chain);
+    void EncodeSound(Chain& chain) { EncodeWith(*audio_encoder_, chain); }
+    void EncodePicture(Chain& chain) { EncodeWith(*video_encoder_, chain); }
+    void Write(PacketSink* sink);
+
+    const EncodePlan& plan_;
+    RunStatistics& statistics_;
+    Events events_;
+    FramePool frames_;
+    PacketPool packets_;
+    std::vector<std::unique_ptr<Input>> inputs_;
+    std::unique_ptr<AudioEncoder> audio_encoder_;
+    std::unique_ptr<VideoEncoder> video_encoder_;
+    std::optional<SoundConditioner> sound_;
+    std::optional<VideoConditioner> picture_;
+    std::optional<Chain> audio_, video_;
+    std::unique_ptr<Interleaver> interleaver_;
+    std::atomic<bool> stop_{false};
+    std::atomic<bool> yielded_{false};
+    std::string first_report_;
+    std::vector<std::thread> threads_;
+};
+
+}  // namespace engine

@@ -1,0 +1,66 @@
+// What a run has written so far: counted by the writer, read by anyone.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <mutex>
+
+#include "engine/encoders/encoder.h"
+#include "engine/outputs/packet_sink.h"
+#include "engine/plan/encode_plan.h"
+#include "platform/encoder.h"
+
+namespace engine {
+
+/// Any thread. A stream's sample is a frame of the picture or a packet of the sound; rates of the
+/// sound's samples are in Hz. What is counted is the streams' own bytes, without the container's.
+class RunStatistics {
+  public:
+    explicit RunStatistics(const EncodePlan& plan);
+
+    /// Counts from 0 again.
+    void BeginPass();
+    void Written(MediaKind kind, const CodedPacket& packet);
+    void Dropped(const Drops& drops);
+    void FileIs(const FileResult& file);
+
+    platform::Currency EncodingTime() const;
+    platform::OutputStats Of(MediaKind kind) const;
+    platform::OutputStats Total() const;
+    platform::FileArchiveStats File() const;
+
+    /// Where the streams of the running pass end.
+    Ticks End() const;
+
+  private:
+    // The last second's bytes by tenths of a second.
+    static constexpr std::int64_t kSlot = Ticks::kPerSecond / 10;
+    static constexpr std::size_t kSlots = 10;
+
+    struct Counters {
+        std::int64_t bytes = 0;
+        std::int64_t samples = 0;
+        std::int64_t audio_samples = 0;
+        Drops drops;
+        Ticks end;
+        std::array<std::int64_t, kSlots> recent{};
+        std::int64_t newest_slot = 0;
+
+        void AddRecent(Ticks time, std::int64_t count);
+        std::int64_t CurrentRate() const;
+    };
+    struct Expected {
+        std::int32_t bit_rate_bps = 0;
+        std::int32_t sample_rate = 0;
+    };
+
+    platform::OutputStats Report(MediaKind kind) const;
+    static std::size_t Index(MediaKind kind) { return kind == MediaKind::Audio ? 0 : 1; }
+
+    mutable std::mutex mutex_;
+    std::array<Expected, 2> expected_;
+    std::array<Counters, 2> counters_;
+    FileResult file_;
+};
+
+}  // namespace engine

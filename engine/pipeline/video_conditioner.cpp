@@ -1,0 +1,99 @@
+#include "engine/pipeline/video_conditioner.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "engine/encoders/video_header.h"
+#include "engine/pipeline/av_error.h"
+
+namespace engine {
+namespace {
+
+// A frame that ends within this of the begin mark ends at it.
+constexpr Ticks kMarkTolerance = Ticks::FromMilliseconds(1);
+
+}  // namespace
+
+VideoConditioner::VideoConditioner(const VideoPlan& plan, const PictureFormat& format, Ticks end,
+                                   double turn, const std::atomic<bool>& stop, FramePool& frames)
+    : plan_(plan),
+      end_(end),
+      stop_(stop),
+      frames_(frames),
+      ceiling_(plan.rate_ceiling),
+      converter_(format, turn, frames) {
+    if (plan.remove_telecine) telecine_.emplace(frames);
+}
+
+bool VideoConditioner::Take(FrameHandle frame, const FrameTaker& next) {
+    if (plan_.input.still) return Repeat(std::move(frame), next);
+    if (end_.count > 0 && frame->pts >= end_.count) {
+        Finish(next);
+        return false;
+    }
+    return FromBeginMark(std::move(frame), next);
+}
+
+bool VideoConditioner::FromBeginMark(FrameHandle frame, const FrameTaker& next) {
+    if (frame->pts < 0) {
+        before_begin_ = std::move(frame);
+        return true;
+    }
+    if (before_begin_) {
+        // What is on the screen at the begin mark opens the session.
+        FrameHandle first = std::move(before_begin_);
+        if (frame->pts > kMarkTolerance.count && plan_.input.mark_in.count > 0) {
+            first->pts = 0;
+            first->pkt_duration = frame->pts;
+            if (!Restore(std::move(first), next)) return false;
+        }
+    }
+    return Restore(std::move(frame), next);
+}
+
+bool VideoConditioner::Restore(FrameHandle frame, const FrameTaker& next) {
+    if (!telecine_) return Emit(std::move(frame), next);
+    return telecine_->Take(std::move(frame),
+                           [&](FrameHandle film) { return Emit(std::move(film), next); });
+}
+
+bool VideoConditioner::Finish(const FrameTaker& next) {
+    if (before_begin_) {
+        FrameHandle first = std::move(before_begin_);
+        const std::int64_t rest = first->pts + first->pkt_duration;
+        if (rest > kMarkTolerance.count && plan_.input.mark_in.count > 0) {
+            first->pts = 0;
+            first->pkt_duration = rest;
+            if (!Restore(std::move(first), next)) return false;
+        }
+    }
+    if (!telecine_) return true;
+    return telecine_->Finish([&](FrameHandle film) { return Emit(std::move(film), next); });
+}
+
+bool VideoConditioner::Emit(FrameHandle frame, const FrameTaker& next) {
+    if (!ceiling_.Keep({frame->pts})) return true;
+    // A kept frame stays on the screen for those dropped after it.
+    frame->pkt_duration = std::max(frame->pkt_duration, ceiling_.Interval().count);
+    if (end_.count > 0)
+        frame->pkt_duration = std::min(frame->pkt_duration, end_.count - frame->pts);
+    return next(converter_.Convert(std::move(frame)));
+}
+
+bool VideoConditioner::Repeat(FrameHandle picture, const FrameTaker& next) {
+    const FrameHandle converted = converter_.Convert(std::move(picture));
+    const std::int64_t rate = CodedFrameRate(plan_);
+    for (std::int64_t i = 0; !stop_; ++i) {
+        const std::int64_t time = av_rescale(i, 1000 * Ticks::kPerSecond, rate);
+        if (time >= end_.count) break;
+        FrameHandle frame = frames_.Get();
+        CheckAv(av_frame_ref(frame.get(), converted.get()), "Repeating the picture failed");
+        frame->pts = time;
+        frame->pkt_duration =
+            std::min(av_rescale(i + 1, 1000 * Ticks::kPerSecond, rate), end_.count) - time;
+        if (!next(std::move(frame))) return false;
+    }
+    return false;
+}
+
+}  // namespace engine

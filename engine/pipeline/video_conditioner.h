@@ -1,0 +1,46 @@
+// From decoded frames to the frames of the session: begin and end mark, film restored from
+// telecine, frame-rate ceiling, conversion; a still picture becomes a film.
+#pragma once
+
+#include <atomic>
+#include <optional>
+
+#include "engine/encoders/encoder.h"
+#include "engine/pipeline/frame_rate_ceiling.h"
+#include "engine/pipeline/picture_converter.h"
+#include "engine/pipeline/telecine_remover.h"
+#include "engine/plan/encode_plan.h"
+#include "engine/sources/stream_decoder.h"
+
+namespace engine {
+
+/// One thread.
+class VideoConditioner {
+  public:
+    /// @param end   session time at which the picture ends; 0 = with its source
+    /// @param turn  degrees clockwise that set the picture upright
+    /// @param stop  ends the repeating of a still picture
+    VideoConditioner(const VideoPlan& plan, const PictureFormat& format, Ticks end, double turn,
+                     const std::atomic<bool>& stop, FramePool& frames);
+
+    /// False when no more frames are wanted, by `next` or because the end mark was passed.
+    bool Take(FrameHandle frame, const FrameTaker& next);
+    bool Finish(const FrameTaker& next);
+
+  private:
+    bool FromBeginMark(FrameHandle frame, const FrameTaker& next);
+    bool Restore(FrameHandle frame, const FrameTaker& next);
+    bool Emit(FrameHandle frame, const FrameTaker& next);
+    bool Repeat(FrameHandle picture, const FrameTaker& next);
+
+    VideoPlan plan_;
+    Ticks end_;
+    const std::atomic<bool>& stop_;
+    FramePool& frames_;
+    FrameRateCeiling ceiling_;
+    std::optional<TelecineRemover> telecine_;
+    PictureConverter converter_;
+    FrameHandle before_begin_;  // the last frame that starts before the begin mark
+};
+
+}  // namespace engine

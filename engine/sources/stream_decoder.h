@@ -1,0 +1,42 @@
+// Decodes one stream of an input into frames with session times.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "engine/pipeline/av_ptr.h"
+#include "engine/plan/encode_plan.h"
+#include "engine/ticks.h"
+
+namespace engine {
+
+/// Takes a frame whose pts and pkt_duration count ticks of session time; the pts may be negative
+/// (before the begin mark) and strictly increases. False = no more frames are wanted.
+using FrameTaker = std::function<bool(FrameHandle frame)>;
+
+/// One thread.
+class StreamDecoder {
+  public:
+    /// @param start  the stream's time that is session time 0
+    /// Throws platform::Error when the decoder cannot be opened.
+    StreamDecoder(const AVStream& stream, Ticks start, const std::string& path, FramePool& frames);
+
+    /// Decodes a packet, null for the frames that are left at the end. What cannot be decoded is
+    /// passed over. False when the taker wants no more.
+    bool Decode(const AVPacket* packet, const FrameTaker& take);
+
+  private:
+    void SetTimes(AVFrame& frame);
+
+    FramePool& frames_;
+    AVRational time_base_;
+    Ticks start_;
+    Ticks nominal_duration_;  // of a video frame; 0 = unknown
+    AvPtr<AVCodecContext> codec_;
+    int broken_at_end_ = 0;
+    bool started_ = false;
+    Ticks last_;
+    Ticks last_end_;
+};
+
+}  // namespace engine
