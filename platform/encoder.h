@@ -210,7 +210,7 @@ class WMEncProfile2 {
   public:
     virtual ~WMEncProfile2() = default;
 
-    virtual std::int32_t ContentType() const = 0;  // kContentAudio, kContentVideo, both
+    virtual std::int32_t ContentType() const = 0;  // kContentAudio, kContentVideo, both; 0 = none
     virtual void SetContentType(std::int32_t content_type) = 0;
     virtual std::string ProfileName() const = 0;
     virtual void SetProfileName(const std::string& name) = 0;

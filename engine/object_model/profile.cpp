@@ -36,8 +36,9 @@ const ProfileState& Profile::StateOf(const platform::WMEncProfile2& profile) {
 }
 
 void Profile::SetContentType(std::int32_t content_type) {
-    if (content_type != platform::kContentAudio && content_type != platform::kContentVideo &&
-        content_type != platform::kContentAudioVideo)
+    // 0 is a session without sources; preparing it says so.
+    if (content_type != 0 && content_type != platform::kContentAudio &&
+        content_type != platform::kContentVideo && content_type != platform::kContentAudioVideo)
         RefuseArgument(fmt::format(
             "ContentType cannot be {}: give 1 (audio), 16 (video) or 17 (both)", content_type));
     state_->content_type = content_type;

@@ -134,7 +134,7 @@ TEST(Tree, EachPropertyRefusesValuesOutsideItsRangeByName) {
          [&](auto v) { audience->SetVideoCompressionQuality(0, v); },
          {0, 100},
          {-1, 101}},
-        {"ContentType", [&](auto v) { profile.SetContentType(v); }, {1, 16, 17}, {0, 2, 18}},
+        {"ContentType", [&](auto v) { profile.SetContentType(v); }, {0, 1, 16, 17}, {2, 18}},
         {"VBRMode",
          [&](auto v) { profile.SetVBRMode(SourceType::Audio, 0, static_cast<VbrMode>(v)); },
          {1, 4},
