@@ -29,7 +29,7 @@ struct VideoHeader {
     std::uint32_t four_cc = 0;  // 0 = uncompressed
     std::uint16_t bits_per_pixel = 24;
     std::int32_t width = 0;
-    std::int32_t height = 0;
+    std::int32_t height = 0;  // above 0 always: players take a negative one for an unsigned number
     std::uint32_t frame_rate_thousandths = 0;  // 0 = unknown
     std::uint32_t pixel_aspect_x = 1;
     std::uint32_t pixel_aspect_y = 1;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <limits>
 #include <random>
 
@@ -40,10 +39,15 @@ void Check(const OutputHeader& header) {
     if (header.attributes.size() > kMaxCount16)
         refuse(fmt::format("{} attributes: a file holds {} at most", header.attributes.size(),
                            kMaxCount16));
-    for (const StreamHeader& stream : header.streams)
+    for (const StreamHeader& stream : header.streams) {
         if (stream.extra_data.size() > kMaxCount16 - kBitmapHeaderBytes)
             refuse(fmt::format("Codec \"{}\": {} bytes of set-up data are more than a file holds",
                                stream.codec_name, stream.extra_data.size()));
+        const VideoHeader* video = std::get_if<VideoHeader>(&stream.format);
+        if (video && (video->width <= 0 || video->height <= 0))
+            refuse(fmt::format("A picture of {} x {}: both sizes must be above 0", video->width,
+                               video->height));
+    }
 }
 
 std::uint32_t MaximumRate(const OutputHeader& header, const HeaderFacts& facts,
@@ -114,16 +118,16 @@ void AppendFormat(ByteWriter& out, const AudioHeader& audio, const StreamHeader&
 void AppendFormat(ByteWriter& out, const VideoHeader& video, const StreamHeader& stream) {
     const auto bitmap_bytes =
         static_cast<std::uint32_t>(kBitmapHeaderBytes + stream.extra_data.size());
-    const auto width = static_cast<std::uint32_t>(std::abs(video.width));
-    const auto height = static_cast<std::uint32_t>(std::abs(video.height));
+    const auto width = static_cast<std::uint32_t>(video.width);
+    const auto height = static_cast<std::uint32_t>(video.height);
     const std::uint64_t row_bytes = (std::uint64_t{width} * video.bits_per_pixel + 31) / 32 * 4;
     out.U32(width);
     out.U32(height);
     out.U8(2);
     out.U16(static_cast<std::uint16_t>(bitmap_bytes));
     out.U32(bitmap_bytes);
-    out.I32(video.width);
-    out.I32(video.height);  // below 0: uncompressed rows from the top
+    out.U32(width);
+    out.U32(height);
     out.U16(1);
     out.U16(video.bits_per_pixel);
     out.U32(video.four_cc);

@@ -132,8 +132,9 @@ engine::StreamHeader HeaderOf(const AVStream& stream) {
             .bits_per_sample = static_cast<std::uint16_t>(
                 from.bits_per_coded_sample > 0 ? from.bits_per_coded_sample : 16)};
     } else {
+        const std::uint32_t mpeg4 = from.codec_id == AV_CODEC_ID_MPEG4 ? 0x34504D46 : 0;  // "FMP4"
         header.format = engine::VideoHeader{
-            .four_cc = from.codec_tag,
+            .four_cc = from.codec_tag != 0 ? from.codec_tag : mpeg4,
             .bits_per_pixel = static_cast<std::uint16_t>(
                 from.bits_per_coded_sample > 0 ? from.bits_per_coded_sample : 24),
             .width = from.width,

@@ -231,7 +231,9 @@ TEST(Header, RefusesWhatItsCountsCannotHold) {
     long_extra.streams[1].extra_data.resize(65'500);
     OutputHeader attributes = Sample();
     attributes.attributes.resize(65'536);
-    for (const OutputHeader* header : {&none, &many, &long_extra, &attributes}) {
+    OutputHeader upside_down = Sample();
+    std::get<VideoHeader>(upside_down.streams[1].format).height = -239;
+    for (const OutputHeader* header : {&none, &many, &long_extra, &attributes, &upside_down}) {
         try {
             BuildHeader(*header, kFacts, {});
             ADD_FAILURE() << "accepted";
