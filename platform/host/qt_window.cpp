@@ -109,24 +109,20 @@ void QtWindow::LayOut() {
     progress_row_.addWidget(&bar_, 1);
     progress_row_.addWidget(&percent_);
 
-    // The figures keep their two lines while empty, so that nothing moves when a run starts, and
-    // their column keeps the width of the longest caption.
-    const QFontMetrics metrics(elapsed_.font());
-    const int figure_width = metrics.horizontalAdvance(tr("Expected bit rate: ")) + 8;
+    facts_.setHorizontalSpacing(18);
+    facts_.setVerticalSpacing(6);
+    facts_.addWidget(&status_, 0, 0, 1, 2);
+    facts_.addWidget(&length_, 0, 2);
+    facts_.addWidget(&file_, 1, 0, 1, 3);
+    // The figures keep their two lines while empty, so that nothing moves when a run starts.
+    const int figure_height = 2 * elapsed_.fontMetrics().lineSpacing();
+    int column = 0;
     for (QLabel* figure : {&elapsed_, &expected_rate_, &current_rate_}) {
         figure->setAlignment(Qt::AlignLeft | Qt::AlignTop);
-        figure->setMinimumSize(figure_width, 2 * metrics.lineSpacing());
+        figure->setMinimumHeight(figure_height);
+        facts_.setColumnStretch(column, 1);
+        facts_.addWidget(figure, 2, column++);
     }
-    // Status, file and length on the left, the figures beside them on the right.
-    facts_.setHorizontalSpacing(18);
-    facts_.setVerticalSpacing(4);
-    facts_.addWidget(&status_, 0, 0);
-    facts_.addWidget(&file_, 1, 0);
-    facts_.addWidget(&length_, 2, 0);
-    facts_.addWidget(&elapsed_, 0, 1, 2, 1);
-    facts_.addWidget(&expected_rate_, 0, 2, 2, 1);
-    facts_.addWidget(&current_rate_, 0, 3, 2, 1);
-    facts_.setColumnStretch(0, 1);
 
     rows_.setContentsMargins(12, 12, 12, 12);
     rows_.setSpacing(8);
