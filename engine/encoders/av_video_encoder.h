@@ -1,17 +1,19 @@
 // Pictures through libavcodec's encoders.
 #pragma once
 
-#include <array>
+#include <string>
+#include <utility>
 
 #include "engine/encoders/encoder.h"
+#include "engine/encoders/first_pass_report.h"
 #include "engine/encoders/make_encoder.h"
 #include "engine/encoders/rate_bucket.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {
 
-/// The encoder counts frames of the nominal rate; their own times travel beside it. Key frames are
-/// asked for by time, and the encoder makes its own at scene changes.
+/// The encoder counts in frames of the nominal rate; the frames' own times travel beside it. Key
+/// frames are asked for by time, and the encoder makes its own at scene changes.
 class AvVideoEncoder final : public VideoEncoder {
   public:
     AvVideoEncoder(const VideoPlan& plan, const EncoderPass& pass, PacketPool& packets);
@@ -21,14 +23,14 @@ class AvVideoEncoder final : public VideoEncoder {
     bool Encode(AVFrame& frame, const PacketTaker& take) override;
     bool Finish(const PacketTaker& take) override;
     Drops TakeDrops() override;
-    std::string FirstPassReport() override { return std::move(report_); }
+    std::string TakeFirstPassText() override { return std::move(statistics_); }
 
   private:
+    void PlanTwoPasses();
+    std::int64_t EncoderTime(Ticks time);
     bool Receive(const PacketTaker& take);
     bool KeyFrameDue(Ticks time) const;
 
-    // Frames whose packets have not come out yet; an encoder without B-frames keeps one or none.
-    static constexpr std::size_t kInFlight = 64;
     struct Times {
         Ticks presentation;
         Ticks duration;
@@ -36,18 +38,20 @@ class AvVideoEncoder final : public VideoEncoder {
 
     VideoPlan plan_;
     EncoderPass pass_;
+    FirstPassReport report_;
     PacketPool& packets_;
     AvPtr<AVCodecContext> codec_;
     RateBucket bucket_;
     bool may_drop_ = false;
     Drops drops_;
     std::int64_t last_bytes_ = 0;  // of the frame coded last
-    std::array<Times, kInFlight> times_{};
+    Times times_;  // of the frame in hand: without B-frames its packet follows at once
+    std::int64_t last_pts_ = 0;
+    std::int64_t buffer_rate_ = 0;  // at which the receiver's buffer drains
     std::int64_t frames_ = 0;
-    std::int64_t frames_known_ = 0;  // second pass: how many the first one saw
     bool has_key_ = false;
     Ticks last_key_;
-    std::string report_;
+    std::string statistics_;  // of a first pass
 };
 
 }  // namespace engine

@@ -9,10 +9,12 @@ namespace {
 
 using platform::VbrMode;
 
-constexpr int kFinestQuantiser = 2;
+constexpr int kFinestQuantiser = 1;
+constexpr int kBestQuantiser = 2;  // of quality mode
 constexpr int kCoarsestQuantiser = 31;
 constexpr int kSharpestCoarsest = 12;
 constexpr int kUsualSharpness = 75;
+constexpr int kToleranceMs = 600;
 constexpr int kUsualBufferMs = 5000;
 
 struct EffortRow {
@@ -43,30 +45,31 @@ int BufferBits(std::int32_t rate_bps, std::int32_t buffer_ms) {
     return Limited(rate_bps * ms / 1000);
 }
 
+}  // namespace
+
 int CoarsestQuantiser(std::int32_t sharpness) {
     const int above = std::clamp(sharpness, kUsualSharpness, 100) - kUsualSharpness;
     return kCoarsestQuantiser -
            above * (kCoarsestQuantiser - kSharpestCoarsest) / (100 - kUsualSharpness);
 }
 
-}  // namespace
-
 int QualityLambda(std::int32_t quality) {
     const double part = (100 - std::clamp(quality, 0, 100)) / 100.0;
-    const double quantiser = kFinestQuantiser + part * (kCoarsestQuantiser - kFinestQuantiser);
+    const double quantiser = kBestQuantiser + part * (kCoarsestQuantiser - kBestQuantiser);
     return static_cast<int>(std::lround(quantiser * FF_QP2LAMBDA));
 }
 
-void SetRateControl(AVCodecContext& codec, const VideoPlan& plan, const EncoderPass& pass,
-                    std::string& first_report) {
+void SetRateControl(AVCodecContext& codec, const VideoPlan& plan) {
     if (plan.mode == VbrMode::Quality) {
         codec.flags |= AV_CODEC_FLAG_QSCALE;
         codec.global_quality = QualityLambda(plan.quality);
         return;
     }
     codec.bit_rate = plan.bit_rate_bps;
-    codec.bit_rate_tolerance = std::max(codec.bit_rate_tolerance, plan.bit_rate_bps);
+    // How far the rate may stray before the quantiser turns against it.
+    codec.bit_rate_tolerance = Limited(std::int64_t{plan.bit_rate_bps} * kToleranceMs / 1000);
     codec.qmin = kFinestQuantiser;
+    av_opt_set_int(codec.priv_data, "lmin", kFinestQuantiser * FF_QP2LAMBDA, 0);
     codec.qmax = CoarsestQuantiser(plan.sharpness);
     if (plan.mode == VbrMode::Constant) {
         codec.rc_max_rate = plan.bit_rate_bps;
@@ -75,13 +78,6 @@ void SetRateControl(AVCodecContext& codec, const VideoPlan& plan, const EncoderP
         codec.rc_max_rate = std::max(plan.peak_rate_bps, plan.bit_rate_bps);
         codec.rc_buffer_size =
             BufferBits(static_cast<std::int32_t>(codec.rc_max_rate), plan.peak_buffer_ms);
-    }
-    if (pass.count < 2) return;
-    if (pass.number == 1) {
-        codec.flags |= AV_CODEC_FLAG_PASS1;
-    } else {
-        codec.flags |= AV_CODEC_FLAG_PASS2;
-        codec.stats_in = first_report.data();
     }
 }
 

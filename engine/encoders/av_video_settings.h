@@ -13,9 +13,11 @@ namespace engine {
 /// mode: the receiver's buffer bounds every stretch. Bit-rate mode: the average alone. Sharpness
 /// above 75 lowers the coarsest quantiser, 31 down to 12 at 100: pictures stay sharp, and frames
 /// are left out when the rate then cannot be held; up to 75 no frame needs to be.
-/// `first_report` must live until the encoder is open.
-void SetRateControl(AVCodecContext& codec, const VideoPlan& plan, const EncoderPass& pass,
-                    std::string& first_report);
+/// Rates above 0 in codec.rc_max_rate are what the receiver's buffer drains by.
+void SetRateControl(AVCodecContext& codec, const VideoPlan& plan);
+
+/// The coarsest quantiser that a sharpness allows.
+int CoarsestQuantiser(std::int32_t sharpness);
 
 /// Speed against quality: 0 fastest to 100 best.
 void SetEffort(AVCodecContext& codec, std::int32_t performance);

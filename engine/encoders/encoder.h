@@ -29,13 +29,11 @@ struct Drops {
     std::int64_t bytes = 0;
 };
 
-/// What an encoder wants its pictures to be. The picture itself is width x height; an encoder that
-/// takes no odd width wants its last column twice.
+/// What an encoder wants its pictures to be.
 struct PictureFormat {
     AVPixelFormat pixels = AV_PIX_FMT_YUV420P;
     int width = 0;
     int height = 0;
-    bool repeat_last_column = false;
 };
 
 struct SoundFormat {
@@ -56,7 +54,7 @@ class VideoEncoder {
     virtual bool Encode(AVFrame& frame, const PacketTaker& take) = 0;
     virtual bool Finish(const PacketTaker& take) = 0;
     virtual Drops TakeDrops() { return {}; }              // since the last call
-    virtual std::string FirstPassReport() { return {}; }  // of a first pass, after Finish
+    virtual std::string TakeFirstPassText() { return {}; }  // of a first pass, after Finish
 };
 
 /// One thread at a time. The pts of a frame counts samples from the start of the session; frames

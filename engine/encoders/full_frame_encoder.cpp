@@ -38,7 +38,7 @@ std::size_t FullFrameEncoder::PictureBytes() const {
 }
 
 PictureFormat FullFrameEncoder::Format() const {
-    return {AV_PIX_FMT_BGR24, plan_.width, plan_.height, false};
+    return {AV_PIX_FMT_BGR24, plan_.width, plan_.height};
 }
 
 StreamHeader FullFrameEncoder::Header() const {

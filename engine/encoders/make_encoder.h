@@ -14,6 +14,7 @@ struct EncoderPass {
     int number = 1;
     int count = 1;
     std::string first_report;  // what the first pass reported, for the second
+    Ticks length;              // of the picture, as the first pass found it
 };
 
 /// The pool must outlive the encoder. Throw platform::Error (invalid argument, not implemented)

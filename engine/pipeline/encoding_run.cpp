@@ -52,7 +52,7 @@ class EncodingRun::Impl {
           statistics_(plan_),
           sink_(plan_.output_path, statistics_) {
         SilenceFfmpeg();
-        OpenPass(1, {}, {});
+        OpenPass({1, plan_.passes, {}, {}}, {});
         OutputHeader header;
         header.streams = pass_->Headers();
         header.content = plan_.content;
@@ -82,7 +82,7 @@ class EncodingRun::Impl {
     const RunStatistics& Statistics() const { return statistics_; }
 
   private:
-    void OpenPass(int number, std::string first_report, Ticks end) {
+    void OpenPass(const EncoderPass& pass, Ticks end) {
         Pass::Events events;
         events.failed = [this](const platform::Error& error) {
             const std::lock_guard lock(mutex_);
@@ -96,9 +96,7 @@ class EncodingRun::Impl {
         };
         pass_ended_ = false;
         pass_.reset();  // its memory is not wanted twice
-        pass_ = std::make_unique<Pass>(plan_,
-                                       EncoderPass{number, plan_.passes, std::move(first_report)},
-                                       end, statistics_, std::move(events));
+        pass_ = std::make_unique<Pass>(plan_, pass, end, statistics_, std::move(events));
     }
 
     void Control() {
@@ -119,7 +117,9 @@ class EncodingRun::Impl {
             Announce(EncoderState::EndPreprocess);
             const Ticks end = stops_honoured_ > 0 ? statistics_.End() : Ticks{};
             if (stops_honoured_ > 0 && end.count == 0) return;
-            OpenPass(number, pass_->FirstReport(), end);
+            OpenPass(
+                {number, plan_.passes, pass_->FirstReport(), statistics_.End(MediaKind::Video)},
+                end);
             statistics_.BeginPass();
         }
         Announce(EncoderState::Running);

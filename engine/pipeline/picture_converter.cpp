@@ -39,18 +39,14 @@ PictureConverter::PictureConverter(const PictureFormat& format, double turn, Fra
 
 bool PictureConverter::Fits(const Shape& shape) const {
     return shape.width == format_.width && shape.height == format_.height &&
-           shape.format == format_.pixels && !format_.repeat_last_column &&
-           UsesBt601(shape.space) && shape.range != AVCOL_RANGE_JPEG && *Upright(turn_) == '\0';
+           shape.format == format_.pixels && UsesBt601(shape.space) &&
+           shape.range != AVCOL_RANGE_JPEG && *Upright(turn_) == '\0';
 }
 
 std::string PictureConverter::Chain() const {
-    std::string chain = fmt::format(
+    return fmt::format(
         "{}scale=w={}:h={}:flags=bicubic:out_color_matrix=bt601:out_range=tv,format=pix_fmts={}",
         Upright(turn_), format_.width, format_.height, av_get_pix_fmt_name(format_.pixels));
-    if (format_.repeat_last_column)
-        chain += fmt::format(",pad=w={}:h={},fillborders=right=1:mode=smear", format_.width + 1,
-                             format_.height);
-    return chain;
 }
 
 void PictureConverter::Build(const Shape& shape) {

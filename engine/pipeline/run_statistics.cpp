@@ -87,6 +87,11 @@ Ticks RunStatistics::End() const {
     return std::max(counters_[0].end, counters_[1].end);
 }
 
+Ticks RunStatistics::End(MediaKind kind) const {
+    const std::lock_guard lock(mutex_);
+    return counters_[Index(kind)].end;
+}
+
 Currency RunStatistics::EncodingTime() const { return Currency::FromRaw(End().Milliseconds()); }
 
 platform::OutputStats RunStatistics::Report(MediaKind kind) const {

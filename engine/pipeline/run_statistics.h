@@ -29,8 +29,9 @@ class RunStatistics {
     platform::OutputStats Total() const;
     platform::FileArchiveStats File() const;
 
-    /// Where the streams of the running pass end.
+    /// Where the streams of the running pass, or one of them, end.
     Ticks End() const;
+    Ticks End(MediaKind kind) const;
 
   private:
     // The last second's bytes by tenths of a second.
