@@ -73,7 +73,7 @@ Clip MadeUp(int milliseconds) {
         for (; audio_at <= at; audio_at += 186)
             clip.frames.push_back({0, Ticks::FromMilliseconds(audio_at),
                                    Ticks::FromMilliseconds(audio_at), Ticks::FromMilliseconds(186),
-                                   true, bytes(1487)});
+                                   false, bytes(1487)});
         const bool key = i % 50 == 0;
         clip.frames.push_back({1, Ticks::FromMilliseconds(at), Ticks::FromMilliseconds(at),
                                Ticks::FromMilliseconds(40), key,
