@@ -34,12 +34,10 @@ std::string Join(const Pieces& pieces, bool from_root) {
     Pieces kept;
     for (const std::string& piece : pieces) {
         if (piece.empty() || piece == ".") continue;
-        if (piece != "..") {
+        if (piece != ".." || (!from_root && (kept.empty() || kept.back() == ".."))) {
             kept.push_back(piece);
-        } else if (!kept.empty() && kept.back() != "..") {
+        } else if (!kept.empty()) {
             kept.pop_back();
-        } else if (!from_root) {
-            kept.push_back(piece);
         }
     }
     std::string joined = from_root ? "/" : "";
@@ -105,7 +103,8 @@ std::string HomeFolder() {
 
 }  // namespace
 
-PathNames::PathNames(std::string drive_root) : drive_root_(Join(Split(drive_root, '/'), true)) {}
+PathNames::PathNames(std::string_view drive_root)
+    : drive_root_(Join(Split(drive_root, '/'), true)) {}
 
 PathNames PathNames::OfUser() {
     const char* root = std::getenv("TESSIVO_DRIVE_ROOT");

@@ -16,7 +16,7 @@ namespace platform::host {
 class PathNames {
   public:
     /// @param drive_root  absolute folder below which drives and shares stand
-    explicit PathNames(std::string drive_root);
+    explicit PathNames(std::string_view drive_root);
     /// TESSIVO_DRIVE_ROOT, else the home folder.
     static PathNames OfUser();
 

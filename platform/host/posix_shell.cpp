@@ -76,6 +76,7 @@ void PosixShell::Run(const std::string& command, WindowStyle /*style*/, bool wai
     const bool searched = words.front().find_first_of("/\\:") == std::string::npos;
     const std::string program = searched ? words.front() : names_.AbsolutePath(words.front());
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
 

@@ -160,9 +160,7 @@ QtTimer::QtTimer() {
     timer_.setTimerType(Qt::PreciseTimer);
     // Qt does not fire a timer again inside its own handler; a queued call is outside of it.
     QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] {
-        if (std::exchange(on_its_way_, true)) return;
-        QMetaObject::invokeMethod(
-            &timer_, [this] { Deliver(); }, Qt::QueuedConnection);
+        if (!std::exchange(on_its_way_, true)) tick_call_.Post();
     });
 }
 

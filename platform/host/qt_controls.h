@@ -11,6 +11,7 @@
 #include <functional>
 #include <string>
 
+#include "platform/host/queued_call.h"
 #include "platform/widgets.h"
 
 namespace platform::host {
@@ -133,6 +134,7 @@ class QtTimer : public Timer {
     void Deliver();
 
     QTimer timer_;
+    QueuedCall tick_call_{[this] { Deliver(); }};
     int interval_ = 0;
     bool enabled_ = false;
     bool on_its_way_ = false;

@@ -11,12 +11,7 @@ void QtLoop::Post(std::function<void()> task) {
         tasks_.push_back(std::move(task));
         if (tasks_.size() > 1) return;  // whoever posted the first has called for a pass
     }
-    ScheduleTasks();
-}
-
-void QtLoop::ScheduleTasks() {
-    QMetaObject::invokeMethod(
-        &receiver_, [this] { RunTasks(); }, Qt::QueuedConnection);
+    tasks_call_.Post();
 }
 
 void QtLoop::RunTasks() {
@@ -30,7 +25,7 @@ void QtLoop::RunTasks() {
             task = std::move(tasks_.front());
             tasks_.pop_front();
             // A task may run the loop itself and must find the others on their way there.
-            if (!tasks_.empty()) ScheduleTasks();
+            if (!tasks_.empty()) tasks_call_.Post();
         }
         task();
     }
@@ -41,7 +36,7 @@ void QtLoop::RunUntil(const std::function<bool()>& done) {
     QEventLoop loop;
     while (!done()) loop.processEvents(QEventLoop::WaitForMoreEvents);
     innermost_done_ = outer;
-    ScheduleTasks();  // for those that were left
+    tasks_call_.Post();  // for those that were left
 }
 
 }  // namespace platform::host

@@ -1,12 +1,12 @@
 // The event loop of the window.
 #pragma once
 
-#include <QObject>
 #include <deque>
 #include <functional>
 #include <mutex>
 
 #include "platform/event_loop.h"
+#include "platform/host/queued_call.h"
 
 namespace platform::host {
 
@@ -17,10 +17,9 @@ class QtLoop : public EventLoop {
     void RunUntil(const std::function<bool()>& done) override;
 
   private:
-    void ScheduleTasks();
     void RunTasks();
 
-    QObject receiver_;  // what was posted to it goes when it goes
+    QueuedCall tasks_call_{[this] { RunTasks(); }};
     std::mutex mutex_;
     std::deque<std::function<void()>> tasks_;                // under mutex_
     const std::function<bool()>* innermost_done_ = nullptr;  // of the RunUntil that runs
