@@ -68,8 +68,11 @@ class ConsoleRun {
           signals_(window_.Loop(), [this] { Stop(); }),
           factory_(window_.Loop(), std::move(makers)),
           form_(make_form(window_, factory_)) {
-        // Later, not at once: the line is written in the middle of the form's work.
-        output_.OnReaderGone([this] { window_.Loop().Post([this] { StopUnread(); }); });
+        output_.OnReaderGone([this] {
+            stopped_unread_ = true;
+            // Later, not at once: the line is written in the middle of the form's work.
+            window_.Loop().Post([this] { Stop(); });
+        });
         window_.SetForm(*form_);
         form_->Form_Load();
         // The first tick would run a command by itself; here commands come from words only.
@@ -107,11 +110,6 @@ class ConsoleRun {
 
     void Stop() {
         if (form_->IsBusy()) form_->cmdStop_Click();
-    }
-
-    void StopUnread() {
-        stopped_unread_ = form_->IsBusy();
-        Stop();
     }
 
     bool IsStopped() const { return signals_.Received() || stopped_unread_; }

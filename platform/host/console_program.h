@@ -24,7 +24,7 @@ struct ConsoleStreams {
 
 /// Runs the words as one command; without words, reads commands line by line when input and notes
 /// are a terminal. Returns the exit status: the form's, 1 without a command, 2 also when output
-/// was lost, 130 after a signal or when the reader of the output went away during the command.
+/// was lost, 130 after a signal or when the reader of the output went away.
 int RunConsole(const std::vector<std::string>& words, const ProgramInfo& program,
                EngineMakers makers, const FormMaker& make_form, ConsoleStreams streams = {});
 

@@ -15,13 +15,14 @@ namespace platform::host {
 namespace {
 
 /// Qt ends the process by a core dump when it finds no display; this says what to do instead.
-void ReportNoDisplay(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
+void ReportNoDisplay(QtMsgType type, const QMessageLogContext& /*context*/,
+                     const QString& /*text*/) {
     if (type != QtFatalMsg) return;
-    std::fprintf(stderr,
-                 "tessivo: cannot open a window: %s\n"
-                 "Start it from a desktop, or use tessivo-console, which takes the same command "
-                 "line.\n",
-                 text.section(QLatin1Char('\n'), 0, 0).toLocal8Bit().constData());
+    static_cast<void>(
+        std::fputs("tessivo: cannot open a window: there is no display, or it does not answer.\n"
+                   "Start it from a desktop, or use tessivo-console, which takes the same command "
+                   "line.\n",
+                   stderr));
     std::_Exit(EXIT_FAILURE);
 }
 

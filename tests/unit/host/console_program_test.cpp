@@ -179,8 +179,8 @@ TEST_F(ConsoleProgram, AReaderThatGoesAwayStopsTheRun) {
     ::close(ends[0]);
     const FileDescriptor null(::open("/dev/null", O_RDWR));
     EXPECT_EQ(Run({"chatter", "x"}, {null.Number(), ends[1], null.Number()}), 130);
-    // A listing is not stopped, only cut off.
-    EXPECT_EQ(Run({"say", "x"}, {null.Number(), ends[1], null.Number()}), 2);
+    // A listing that was cut off was not done either.
+    EXPECT_EQ(Run({"say", "x"}, {null.Number(), ends[1], null.Number()}), 130);
     ::close(ends[1]);
 }
 
