@@ -33,6 +33,9 @@ function(test_room target)
     if(NOT ROOM_TIMEOUT)
         set(ROOM_TIMEOUT 120)
     endif()
+    if(NOT ROOM_LABELS)
+        set(ROOM_LABELS unit)  # an empty value would swallow the next property
+    endif()
     gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${target}."
         PROPERTIES TIMEOUT ${ROOM_TIMEOUT} LABELS "${ROOM_LABELS}"
         ENVIRONMENT "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0;${ROOM_ENVIRONMENT}")
