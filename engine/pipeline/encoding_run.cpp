@@ -112,9 +112,9 @@ class EncodingRun::Impl {
 
     // A pass that is stopped is still followed by the next one over what it has read.
     void RunPass(int number) {
-        const int stops_before = stops_honoured_;
         if (number > 1) {
             Announce(EncoderState::EndPreprocess);
+            HonourLateStops();
             const Ticks end = stops_honoured_ > 0 ? statistics_.End() : Ticks{};
             if (stops_honoured_ > 0 && end.count == 0) return;
             OpenPass(
@@ -126,7 +126,7 @@ class EncodingRun::Impl {
         pass_->Start(number == plan_.passes ? &sink_ : nullptr);
         Watch();
         pass_->Join();
-        if (pass_->YieldedNothing() && stops_honoured_ == 0 && stops_before == 0 && !failure_seen_)
+        if (pass_->YieldedNothing() && stops_honoured_ == 0 && !failure_seen_)
             throw platform::Error(platform::kInvalidData,
                                   InputNames() +
                                       ": nothing in the part that is encoded can be decoded; "
@@ -135,6 +135,16 @@ class EncodingRun::Impl {
 
     std::string InputNames() const {
         return plan_.video ? plan_.video->input.path : plan_.audio->input.path;
+    }
+
+    // Stops that came too late for a pass must not cut the next one to nothing.
+    void HonourLateStops() {
+        {
+            const std::lock_guard lock(mutex_);
+            if (stops_honoured_ == stops_asked_) return;
+            stops_honoured_ = stops_asked_;
+        }
+        AnnounceStopping();
     }
 
     // Until the pass has ended: hands stops to it and tells of stops and failures.

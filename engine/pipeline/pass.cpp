@@ -207,7 +207,8 @@ void Pass::EncodeWith(Encoder& encoder, Chain& chain) {
         if (&chain == &*video_) statistics_.Dropped(video_encoder_->TakeDrops());
     }
     encoder.Finish(take);
-    if constexpr (std::is_same_v<Encoder, VideoEncoder>) first_report_ = encoder.TakeFirstPassText();
+    if constexpr (std::is_same_v<Encoder, VideoEncoder>)
+        first_report_ = encoder.TakeFirstPassText();
 }
 
 void Pass::Write(PacketSink* sink) {

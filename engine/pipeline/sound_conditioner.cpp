@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <utility>
+#include <vector>
 
 #include "engine/pipeline/av_error.h"
 
@@ -46,6 +47,11 @@ bool SoundConditioner::Open(const AVFrame& frame, const FrameTaker& next) {
                                          shape.sampling_rate, 0, nullptr);
     resampler_.reset(raw);
     CheckAv(made, kSubject);
+    if (shape.channels == 1) {
+        // One channel is heard from all as loud as it is; the resampler would share it out.
+        const std::vector<double> whole(static_cast<std::size_t>(format_.channels), 1.0);
+        CheckAv(swr_set_matrix(resampler_.get(), whole.data(), 1), kSubject);
+    }
     CheckAv(swr_init(resampler_.get()), kSubject);
     if (shape_.sampling_rate > 0)
         fed_ = av_rescale(fed_, shape.sampling_rate, shape_.sampling_rate);

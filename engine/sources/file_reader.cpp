@@ -10,14 +10,16 @@
 namespace engine {
 namespace {
 
-// Sound decoders need some packets before the first whole one.
-constexpr Ticks kSoundLeadIn = Ticks::FromMilliseconds(500);
+// How far before the begin mark a key frame is looked for, in turn; after that the file is decoded
+// from its beginning. Some: sound decoders need packets before the first whole one. More: a file
+// without an index is entered anywhere.
+constexpr Ticks kLeadIns[] = {Ticks::FromMilliseconds(500), Ticks::FromMilliseconds(12'000)};
 // Timestamps that go back by more, or (in formats that splice streams) leap forward by more, are a
 // new count; smaller steps are a stream's own.
 constexpr Ticks kLeapBack = Ticks::FromMilliseconds(-500);
 constexpr Ticks kLeapForward = Ticks::FromMilliseconds(10'000);
 constexpr int kMostBrokenReads = 1000;  // in a row
-constexpr std::size_t kMostReadAhead = 512;
+constexpr std::size_t kMostReadAhead = 4096;
 
 int Interrupted(void* stop) { return static_cast<std::atomic<bool>*>(stop)->load() ? 1 : 0; }
 
@@ -31,11 +33,11 @@ FileReader::FileReader(InputPlan input, bool want_audio, bool want_video, Packet
       interrupt_{Interrupted, &stop_} {
     Open();
     if (input_.mark_in.count <= 0 || media_.still) return;
-    SeekToStart();
-    if (!StartsTooLate()) return;
-    // The file's index is wrong or missing: decode from its beginning.
-    read_ahead_.clear();
-    Open();
+    for (const Ticks lead_in : kLeadIns) {
+        if (SeekBeforeStart(lead_in) && CanDecodeStart()) return;
+        read_ahead_.clear();
+        Open();
+    }
 }
 
 void FileReader::Open() {
@@ -59,34 +61,32 @@ const AVStream& FileReader::Stream(MediaKind kind) const {
     return kind == MediaKind::Audio ? *media_.audio : *media_.video;
 }
 
-void FileReader::SeekToStart() {
+bool FileReader::SeekBeforeStart(Ticks lead_in) {
     const AVStream& stream = Stream(want_video_ ? MediaKind::Video : MediaKind::Audio);
-    Ticks target = Start();
-    if (want_audio_) target = target - kSoundLeadIn;
-    if (target <= media_.origin) return;
+    const Ticks target = Start() - lead_in;
+    if (target <= media_.origin) return false;
     const std::int64_t time = av_rescale_q(target.count, kTicksBase, stream.time_base);
-    if (avformat_seek_file(media_.format.get(), stream.index,
-                           std::numeric_limits<std::int64_t>::min(), time, time, 0) < 0)
-        Open();
+    return avformat_seek_file(media_.format.get(), stream.index,
+                              std::numeric_limits<std::int64_t>::min(), time, time, 0) >= 0;
 }
 
-// Reads up to the first packet of each wanted stream and compares.
-bool FileReader::StartsTooLate() {
+// Reads up to the first packet of each wanted stream from which it can be decoded.
+bool FileReader::CanDecodeStart() {
     bool audio_open = want_audio_;
     bool video_open = want_video_;
-    while ((audio_open || video_open) && read_ahead_.size() < kMostReadAhead) {
+    while (audio_open || video_open) {
         PacketHandle packet = packets_.Get();
-        if (!ReadPacket(packet)) break;
+        if (read_ahead_.size() == kMostReadAhead || !ReadPacket(packet)) return false;
         const AVStream& stream = *media_.format->streams[packet->stream_index];
         bool& open = &stream == media_.audio ? audio_open : video_open;
         const std::int64_t time = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
-        if (open && time != AV_NOPTS_VALUE) {
-            if (Ticks{av_rescale_q(time, stream.time_base, kTicksBase)} > Start()) return true;
+        if (open && time != AV_NOPTS_VALUE && (packet->flags & AV_PKT_FLAG_KEY) != 0) {
+            if (Ticks{av_rescale_q(time, stream.time_base, kTicksBase)} > Start()) return false;
             open = false;
         }
         read_ahead_.push_back(std::move(packet));
     }
-    return read_ahead_.empty();
+    return true;
 }
 
 bool FileReader::ReadPacket(PacketHandle& packet) {

@@ -35,8 +35,8 @@ class FileReader {
 
   private:
     void Open();
-    void SeekToStart();
-    bool StartsTooLate();
+    bool SeekBeforeStart(Ticks lead_in);
+    bool CanDecodeStart();
     bool ReadPacket(PacketHandle& packet);
     void RepairTimes(AVPacket& packet);
     void Route(PacketHandle packet, PacketRouter& router);

@@ -1,0 +1,54 @@
+// Clips made by the ffmpeg command when a test asks for them, and what is heard and seen in a file.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace clips {
+
+/// A folder of its own, gone with the object.
+class Folder {
+  public:
+    Folder();
+    ~Folder();
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    std::string Path(const std::string& name) const { return (path_ / name).string(); }
+
+  private:
+    std::filesystem::path path_;
+};
+
+/// Runs "ffmpeg -v error ARGUMENTS OUT" and returns OUT. A failure fails the test.
+std::string Make(const std::string& arguments, const std::string& out);
+
+/// The command's output, both streams.
+std::string OutputOf(const std::string& command);
+
+/// What "ffmpeg -v error -i FILE -f null -" says: nothing, of a sound file.
+std::string DecodeMessages(const std::string& file);
+
+struct Picture {
+    double time = 0;  // seconds
+    int luma = 0;     // mean
+};
+
+struct Contents {
+    int width = 0;
+    int height = 0;
+    std::vector<Picture> pictures;
+    std::vector<double> key_times;
+    int sampling_rate = 0;
+    std::vector<float> sound;  // first channel, from time 0
+    std::string video_codec, audio_codec;
+    double duration = 0;  // as the container says it
+};
+/// Decodes all of it.
+Contents Decode(const std::string& file);
+
+/// Times at which a dark picture turns bright, and at which silence is broken.
+std::vector<double> Flashes(const Contents& contents);
+std::vector<double> Clicks(const Contents& contents);
+
+}  // namespace clips

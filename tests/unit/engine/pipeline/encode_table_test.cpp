@@ -1,0 +1,251 @@
+// Every encoder in every rate-control mode: what is written decodes without a word, has the asked
+// shape, length and rate, and is counted as it is.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "unit/engine/pipeline/clips.h"
+#include "unit/engine/pipeline/session.h"
+
+namespace {
+
+using namespace engine;
+using platform::EncoderState;
+using platform::VbrMode;
+
+// A moving picture with enough detail that no rate below is too much for it, and a tone.
+class EncodeTable : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        folder_ = std::make_unique<clips::Folder>();
+        source_ = clips::Make(
+            "-f lavfi -i testsrc2=s=320x240:r=25,noise=alls=12:allf=t -f lavfi -i "
+            "sine=440:r=44100 -t 6 -c:v mpeg4 -q:v 2 -c:a pcm_s16le",
+            folder_->Path("source.avi"));
+    }
+    static void TearDownTestSuite() { folder_.reset(); }
+
+    static std::unique_ptr<clips::Folder> folder_;
+    static std::string source_;
+};
+std::unique_ptr<clips::Folder> EncodeTable::folder_;
+std::string EncodeTable::source_;
+
+struct VideoCase {
+    const char* why;
+    const char* encoder;
+    VbrMode mode;
+    int passes;
+    int bit_rate;
+    int width, height;
+    int fps;
+    double within;  // of the rate; 0 = the mode holds none
+    int frames;
+};
+
+// clang-format off
+const VideoCase kVideoCases[] = {
+    // why                             encoder    mode              passes rate     size      fps    within frames
+    {"constant rate",                  "wmv1",     VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"constant rate",                  "wmv2",     VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"constant rate",                  "mpeg4",    VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"two passes",                     "wmv1",     VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
+    {"two passes",                     "wmv2",     VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
+    {"two passes",                     "mpeg4",    VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
+    {"quality",                        "wmv1",     VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
+    {"quality",                        "wmv2",     VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
+    {"quality",                        "mpeg4",    VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
+    {"bit-rate VBR in one pass",       "wmv2",     VbrMode::BitRate,  1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"bit-rate VBR in two",            "wmv2",     VbrMode::BitRate,  2,   500'000, 320, 240, 30000, 0.05,  150},
+    {"peak VBR",                       "wmv2",     VbrMode::Peak,     1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"peak VBR in two passes",         "mpeg4",    VbrMode::Peak,     2,   500'000, 320, 240, 30000, 0.05,  150},
+    {"uncompressed, rows padded",      "rawvideo", VbrMode::Constant, 1,   0,       161, 59,  30000, 0,     150},
+    {"odd height, other shape",        "wmv2",     VbrMode::Constant, 1,   200'000, 162, 121, 30000, 0.10,  150},
+    {"odd width where it is possible", "mpeg4",    VbrMode::Constant, 1,   200'000, 161, 121, 30000, 0.10,  150},
+    {"frames above the ceiling go",    "wmv2",     VbrMode::Constant, 1,   300'000, 320, 240, 10000, 0.10,   60},
+    {"uneven part of the rate",        "wmv2",     VbrMode::Constant, 1,   300'000, 320, 240, 15000, 0.10,   90},
+};
+// clang-format on
+
+TEST_F(EncodeTable, Video) {
+    for (const VideoCase& row : kVideoCases) {
+        SCOPED_TRACE(testing::Message() << row.encoder << ", " << row.why);
+        EncodePlan plan = session::Plan(folder_->Path("out.wmv"));
+        plan.passes = row.passes;
+        VideoPlan video = session::Video(source_);
+        video.codec = &session::VideoCodec(row.encoder);
+        video.mode = row.mode;
+        video.width = row.width;
+        video.height = row.height;
+        video.rate_ceiling = row.fps;
+        video.expected_rate = std::min(row.fps, 25000);
+        video.bit_rate_bps = row.bit_rate;
+        video.peak_rate_bps = row.bit_rate * 2;
+        video.peak_buffer_ms = 2000;
+        plan.video = video;
+
+        const session::Outcome outcome = session::Run(plan);
+        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        const clips::Contents contents = clips::Decode(plan.output_path);
+        EXPECT_EQ(contents.width, row.width);
+        EXPECT_EQ(contents.height, row.height);
+        EXPECT_EQ(contents.video_codec, row.encoder);
+        ASSERT_EQ(contents.pictures.size(), static_cast<std::size_t>(row.frames));
+        EXPECT_EQ(outcome.video.sample_count.Raw(), row.frames);
+        const double frame = 1000.0 / std::min(row.fps, 25000);
+        EXPECT_NEAR(contents.duration, 6.0, frame);
+        EXPECT_NEAR(contents.pictures.back().time, 6.0 - frame, frame / 2);
+        if (row.within > 0) {
+            const double rate = static_cast<double>(outcome.video.byte_count.Raw()) * 8 / 6.0;
+            EXPECT_NEAR(rate, row.bit_rate, row.bit_rate * row.within);
+            EXPECT_EQ(outcome.video.expected_bit_rate_bps, row.bit_rate);
+        }
+        EXPECT_NEAR(outcome.video.average_sample_rate, row.frames * 1000 / 6.0,
+                    row.frames * 1000 / 6.0 / 50);
+    }
+}
+
+struct SoundCase {
+    const char* why;
+    const char* encoder;
+    VbrMode mode;
+    AudioFormat format;
+    int rate_written;
+    int channels_heard;
+};
+
+// clang-format off
+const SoundCase kSoundCases[] = {
+    // why                          encoder      mode               format                     written rate
+    {"the usual",                   "wmav2",     VbrMode::Constant, {64040, 44100, 2, 16},     64040, 2},
+    {"low, mono",                   "wmav2",     VbrMode::Constant, {32000, 22050, 1, 16},     32000, 1},
+    {"below what the encoder has",  "wmav2",     VbrMode::Constant, {8000, 8000, 1, 16},       24000, 1},
+    {"high",                        "wmav2",     VbrMode::Constant, {192000, 48000, 2, 16},    192000, 2},
+    {"quality",                     "wmav2",     VbrMode::Quality,  {75, 44100, 2, 16},        128000, 2},
+    {"PCM",                         "pcm_s16le", VbrMode::Constant, {1411200, 44100, 2, 16},   1411200, 2},
+    {"PCM of another rate",         "pcm_s16le", VbrMode::Constant, {176400, 11025, 1, 16},    176400, 1},
+};
+// clang-format on
+
+TEST_F(EncodeTable, Sound) {
+    for (const SoundCase& row : kSoundCases) {
+        SCOPED_TRACE(testing::Message() << row.encoder << ", " << row.why);
+        EncodePlan plan = session::Plan(folder_->Path("out.wma"));
+        AudioPlan audio = session::Audio(source_);
+        audio.codec = &session::AudioCodec(row.encoder);
+        audio.mode = row.mode;
+        audio.format = row.format;
+        plan.audio = audio;
+
+        const session::Outcome outcome = session::Run(plan);
+        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        const clips::Contents contents = clips::Decode(plan.output_path);
+        EXPECT_EQ(contents.audio_codec, row.encoder);
+        EXPECT_EQ(contents.sampling_rate, row.format.sampling_rate);
+        EXPECT_NEAR(contents.duration, 6.0, 0.02);
+        // Coded sound ends with a whole frame.
+        EXPECT_GE(static_cast<double>(contents.sound.size()), 5.999 * row.format.sampling_rate);
+        EXPECT_NEAR(outcome.audio.average_bit_rate_bps, row.rate_written, row.rate_written * 0.03);
+        EXPECT_NEAR(outcome.audio.average_sample_rate, row.format.sampling_rate, 2);
+        float loudest = 0;
+        for (const float sample : contents.sound) loudest = std::max(loudest, std::fabs(sample));
+        EXPECT_NEAR(loudest, 0.125, 0.03);
+    }
+}
+
+TEST_F(EncodeTable, WhatIsCountedIsWhatIsInTheFile) {
+    EncodePlan plan = session::Plan(folder_->Path("both.wmv"));
+    plan.audio = session::Audio(source_);
+    plan.video = session::Video(source_);
+    const session::Outcome outcome = session::Run(plan);
+    EXPECT_EQ(outcome.states, (std::vector{EncoderState::Starting, EncoderState::Running,
+                                           EncoderState::Stopping, EncoderState::Stopped}));
+    std::int64_t bytes[2] = {0, 0};
+    std::int64_t packets[2] = {0, 0};
+    const std::string list = clips::OutputOf(
+        "ffprobe -v error -show_entries packet=codec_type,size "
+        "-of csv=p=0 " +
+        plan.output_path);
+    std::istringstream lines(list);
+    for (std::string line; std::getline(lines, line);) {
+        const int stream = line.starts_with("audio") ? 0 : 1;
+        ++packets[stream];
+        bytes[stream] += std::stoll(line.substr(line.find(',') + 1));
+    }
+    EXPECT_EQ(outcome.audio.byte_count.Raw(), bytes[0]);
+    EXPECT_EQ(outcome.audio.sample_count.Raw(), packets[0]);
+    EXPECT_EQ(outcome.video.byte_count.Raw(), bytes[1]);
+    EXPECT_EQ(outcome.video.sample_count.Raw(), packets[1]);
+    EXPECT_EQ(outcome.total.byte_count.Raw(), bytes[0] + bytes[1]);
+    EXPECT_EQ(outcome.total.expected_bit_rate_bps, 464'000);
+    EXPECT_EQ(outcome.file.file_size.Raw(),
+              static_cast<std::int64_t>(std::filesystem::file_size(plan.output_path)));
+    EXPECT_NEAR(static_cast<double>(outcome.file.file_duration.Raw()), 6000, 2);
+}
+
+TEST_F(EncodeTable, TwoPassesCountTwice) {
+    EncodePlan plan = session::Plan(folder_->Path("two.wmv"));
+    plan.passes = 2;
+    plan.audio = session::Audio(source_);
+    plan.video = session::Video(source_);
+    const session::Outcome outcome = session::Run(plan);
+    EXPECT_EQ(outcome.states, (std::vector{EncoderState::Starting, EncoderState::Running,
+                                           EncoderState::EndPreprocess, EncoderState::Running,
+                                           EncoderState::Stopping, EncoderState::Stopped}));
+    EXPECT_EQ(outcome.video.sample_count.Raw(), 150);
+}
+
+// The encoder drops what it cannot afford rather than break the rate.
+TEST_F(EncodeTable, ARateFarTooLowCostsFramesNotBits) {
+    for (const int passes : {1, 2}) {
+        EncodePlan plan = session::Plan(folder_->Path("low.wmv"));
+        plan.passes = passes;
+        plan.video = session::Video(source_);
+        plan.video->bit_rate_bps = 15'000;
+        plan.video->buffer_ms = 1000;
+        const session::Outcome outcome = session::Run(plan);
+        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        EXPECT_GT(outcome.video.dropped_sample_count.Raw(), 20);
+        EXPECT_GT(outcome.video.dropped_byte_count.Raw(), 0);
+        EXPECT_EQ(outcome.video.dropped_sample_count.Raw() + outcome.video.sample_count.Raw(), 150);
+        // One picture may fill the buffer once.
+        EXPECT_LT(static_cast<double>(outcome.video.byte_count.Raw()) * 8,
+                  15'000 * 6 * 1.1 + 60'000);
+    }
+}
+
+// The header says 25 frames a second, the clip has about four.
+TEST_F(EncodeTable, TheRateGoesByTimeNotByFrames) {
+    const std::string sparse =
+        clips::Make("-i " + source_ +
+                        " -an -vf \"select=not(mod(n\\,6))\" -vsync vfr -r 25 -enc_time_base 1/25 "
+                        "-c:v mpeg4 -q:v 2",
+                    folder_->Path("sparse.mkv"));
+    for (const int passes : {1, 2}) {
+        EncodePlan plan = session::Plan(folder_->Path("sparse.wmv"));
+        plan.passes = passes;
+        plan.video = session::Video(sparse);
+        plan.video->expected_rate = 25000;
+        plan.video->bit_rate_bps = 200'000;
+        const session::Outcome outcome = session::Run(plan);
+        EXPECT_NEAR(outcome.video.average_bit_rate_bps, 200'000, 20'000) << passes;
+    }
+}
+
+TEST_F(EncodeTable, KeyFramesComeByTime) {
+    for (const int distance_ms : {500, 2000}) {
+        EncodePlan plan = session::Plan(folder_->Path("keys.wmv"));
+        plan.video = session::Video(source_);
+        plan.video->key_frame_distance_ms = distance_ms;
+        session::Run(plan);
+        const std::vector<double> keys = clips::Decode(plan.output_path).key_times;
+        ASSERT_FALSE(keys.empty());
+        EXPECT_GE(keys.size(), static_cast<std::size_t>(6000 / distance_ms) - 1);
+        for (std::size_t i = 1; i < keys.size(); ++i)
+            EXPECT_LE(keys[i] - keys[i - 1], distance_ms / 1000.0 + 0.041);
+    }
+}
+
+}  // namespace

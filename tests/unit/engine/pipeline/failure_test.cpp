@@ -1,0 +1,230 @@
+// Stops at any moment, broken sources, outputs that cannot be written: what was written is whole,
+// and what went wrong is said once.
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <fstream>
+#include <thread>
+
+#include "engine/sources/media_probe.h"
+#include "unit/engine/pipeline/clips.h"
+#include "unit/engine/pipeline/session.h"
+
+namespace {
+
+using namespace engine;
+using platform::EncoderState;
+
+class Failure : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        folder_ = std::make_unique<clips::Folder>();
+        source_ = clips::Make(
+            "-f lavfi -i testsrc2=s=320x240:r=25 -f lavfi -i sine=440:r=44100 -t 20 -c:v mpeg4 "
+            "-q:v 5 -g 25 -c:a pcm_s16le",
+            folder_->Path("source.avi"));
+    }
+    static void TearDownTestSuite() { folder_.reset(); }
+
+    static EncodePlan Both(const std::string& source) {
+        EncodePlan plan = session::Plan(folder_->Path("out.wmv"));
+        plan.audio = session::Audio(source);
+        plan.video = session::Video(source);
+        return plan;
+    }
+
+    static std::unique_ptr<clips::Folder> folder_;
+    static std::string source_;
+};
+std::unique_ptr<clips::Folder> Failure::folder_;
+std::string Failure::source_;
+
+// The moment is a media time: the stop comes once so much has been written.
+struct StopCase {
+    const char* why;
+    int passes;
+    int after_ms;
+    bool in_second_pass;
+};
+
+TEST_F(Failure, AStopLeavesAWholeFile) {
+    const StopCase rows[] = {
+        // why                     passes  after  in the second pass
+        {"at once", 1, 0, false},
+        {"in the middle", 1, 2000, false},
+        {"in the first of two", 2, 2000, false},
+        {"in the second of two", 2, 2000, true},
+    };
+    for (const StopCase& row : rows) {
+        SCOPED_TRACE(row.why);
+        EncodePlan plan = Both(source_);
+        plan.passes = row.passes;
+        // Once the second pass runs, time counts from 0 again: it was higher before.
+        const session::Outcome outcome = session::Run(plan, [&](EncodingRun& run) {
+            std::int64_t last = 0;
+            bool second = !row.in_second_pass;
+            for (;;) {
+                const std::int64_t now = run.EncodingTime().Raw();
+                if (now < last) second = true;
+                last = now;
+                if (second && now >= row.after_ms) break;
+                std::this_thread::yield();
+            }
+            run.Stop();
+            run.Stop();
+        });
+        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        EXPECT_EQ(outcome.states.back(), EncoderState::Stopped);
+        EXPECT_EQ(std::count(outcome.states.begin(), outcome.states.end(), EncoderState::Stopping),
+                  1);
+        if (row.after_ms == 0) continue;
+        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        const clips::Contents contents = clips::Decode(plan.output_path);
+        EXPECT_NEAR(contents.duration,
+                    static_cast<double>(outcome.file.file_duration.Raw()) / 1000.0, 0.005);
+        EXPECT_EQ(static_cast<std::int64_t>(contents.pictures.size()),
+                  outcome.video.sample_count.Raw());
+        EXPECT_GE(contents.duration, 1.9);
+    }
+}
+
+TEST_F(Failure, ARunThatIsThrownAwayEndsByItself) {
+    EncodePlan plan = Both(source_);
+    {
+        EncodingRun run(plan, {});
+        run.Start();
+    }
+    const clips::Contents contents = clips::Decode(plan.output_path);
+    EXPECT_EQ(contents.width, 320);
+    { const EncodingRun never_started(plan, {}); }
+}
+
+// Damage in the middle costs what it hits; the rest is kept in its place.
+TEST_F(Failure, ABrokenMiddleIsPassedOver) {
+    for (const char* name : {"broken.avi", "broken.ts"}) {
+        SCOPED_TRACE(name);
+        const std::string broken =
+            clips::Make("-i " + source_ + " -c:v mpeg4 -g 25 -q:v 5 -c:a mp2", folder_->Path(name));
+        const auto size = static_cast<std::streamoff>(std::filesystem::file_size(broken));
+        {
+            std::fstream file(broken, std::ios::in | std::ios::out | std::ios::binary);
+            file.seekp(size / 2);
+            for (int i = 0; i < 20'000; ++i) file.put(static_cast<char>(i * 7919 >> 4));
+        }
+        EncodePlan plan = Both(broken);
+        const session::Outcome outcome = session::Run(plan);
+        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        const clips::Contents contents = clips::Decode(plan.output_path);
+        EXPECT_GT(contents.pictures.size(), 400U);
+        EXPECT_NEAR(contents.duration, 20.0, 0.3);
+    }
+}
+
+TEST_F(Failure, ACutFileGivesWhatItHas) {
+    const std::string cut = folder_->Path("cut.avi");
+    std::filesystem::copy_file(source_, cut);
+    std::filesystem::resize_file(cut, std::filesystem::file_size(cut) / 2);
+    EncodePlan plan = Both(cut);
+    const session::Outcome outcome = session::Run(plan);
+    EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+    EXPECT_NEAR(clips::Decode(plan.output_path).duration, 10.0, 1.0);
+}
+
+struct RefusedCase {
+    const char* why;
+    std::string path;
+    std::uint32_t number;
+};
+
+TEST_F(Failure, WhatIsNoMediaIsRefusedByName) {
+    std::ofstream(folder_->Path("words.txt")) << std::string(5000, 'a') << "\n";
+    std::ofstream(folder_->Path("words.avi")) << std::string(5000, 'a') << "\n";
+    std::ofstream(folder_->Path("empty.avi"));
+    const RefusedCase rows[] = {
+        {"absent", folder_->Path("absent.avi"), platform::kFileNotFound},
+        {"in no folder", folder_->Path("none/absent.avi"), platform::kFileNotFound},
+        {"a text file", folder_->Path("words.txt"), platform::kInvalidData},
+        {"text with another name", folder_->Path("words.avi"), platform::kInvalidData},
+        {"empty", folder_->Path("empty.avi"), platform::kInvalidData},
+        {"a folder", folder_->Path("."), platform::kAccessDenied},
+    };
+    for (const RefusedCase& row : rows) {
+        SCOPED_TRACE(row.why);
+        try {
+            ProbeMediaFile(row.path);
+            ADD_FAILURE() << "was taken";
+        } catch (const platform::Error& error) {
+            EXPECT_EQ(error.unsigned_number(), row.number) << error.description();
+            EXPECT_NE(error.description().find(row.path), std::string::npos);
+        }
+    }
+}
+
+TEST_F(Failure, AnOutputThatCannotBeMadeThrowsAndLeavesNothing) {
+    EncodePlan plan = Both(source_);
+    plan.output_path = folder_->Path("no/such/folder.wmv");
+    EXPECT_THROW(EncodingRun(plan, {}), platform::Error);
+    plan = Both(source_);
+    plan.output_path = folder_->Path("never.wmv");
+    plan.audio->input.path = folder_->Path("absent.wav");
+    EXPECT_THROW(EncodingRun(plan, {}), platform::Error);
+    EXPECT_FALSE(std::filesystem::exists(plan.output_path));
+}
+
+// A limit on files' sizes acts as a disk that fills, here in the middle of the run.
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+  private:
+    void (*handler_)(int);
+    rlimit before_{};
+};
+
+TEST_F(Failure, ADiskThatFillsIsSaidAndWhatIsWrittenPlays) {
+    EncodePlan plan = Both(source_);
+    session::Outcome outcome;
+    {
+        const FileSizeLimit limit(300'000);
+        outcome = session::Run(plan);
+    }
+    ASSERT_EQ(outcome.errors.size(), 1U);
+    EXPECT_EQ(outcome.errors[0], platform::kDiskFull);
+    EXPECT_EQ(outcome.states, (std::vector{EncoderState::Starting, EncoderState::Running,
+                                           EncoderState::Stopping, EncoderState::Stopped}));
+    EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+    EXPECT_GT(clips::Decode(plan.output_path).pictures.size(), 50U);
+
+    plan.output_path = "/dev/full";
+    try {
+        const EncodingRun run(plan, {});
+        ADD_FAILURE() << "no error";
+    } catch (const platform::Error& error) {
+        EXPECT_EQ(error.unsigned_number(), platform::kDiskFull) << error.description();
+    }
+}
+
+TEST_F(Failure, MarksBeyondEverythingAreSaid) {
+    EncodePlan plan = Both(source_);
+    for (InputPlan* input : {&plan.audio->input, &plan.video->input})
+        input->mark_in = Ticks::FromMilliseconds(60'000);
+    const session::Outcome outcome = session::Run(plan);
+    ASSERT_EQ(outcome.errors.size(), 1U);
+    EXPECT_EQ(outcome.errors[0], platform::kInvalidData);
+    EXPECT_EQ(outcome.states.back(), EncoderState::Stopped);
+}
+
+}  // namespace

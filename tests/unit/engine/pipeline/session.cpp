@@ -1,0 +1,96 @@
+#include "unit/engine/pipeline/session.h"
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+#include "engine/sources/media_probe.h"
+
+namespace session {
+
+using namespace engine;
+
+namespace {
+
+template <typename Rows>
+const auto& RowOf(const Rows& rows, std::string_view encoder) {
+    for (const auto& row : rows)
+        if (row.stand_in == nullptr && row.av_encoder == encoder) return row;
+    throw std::runtime_error("no such codec row");
+}
+
+}  // namespace
+
+const VideoCodecRow& VideoCodec(const char* av_encoder) { return RowOf(VideoCodecs(), av_encoder); }
+const AudioCodecRow& AudioCodec(const char* av_encoder) { return RowOf(AudioCodecs(), av_encoder); }
+
+VideoPlan Video(const std::string& path) {
+    const MediaFileInfo info = ProbeMediaFile(path);
+    VideoPlan video;
+    video.input.path = path;
+    video.input.still = info.video->still;
+    video.codec = &VideoCodec("wmv2");
+    video.width = info.video->width;
+    video.height = info.video->height;
+    video.rate_ceiling = 30000;
+    video.expected_rate = 30000;
+    if (info.video->frame_rate.numerator > 0)
+        video.expected_rate =
+            std::min(30000, static_cast<int>(info.video->frame_rate.numerator * 1000 /
+                                             info.video->frame_rate.denominator));
+    video.bit_rate_bps = 400'000;
+    video.buffer_ms = 3000;
+    video.key_frame_distance_ms = 8000;
+    return video;
+}
+
+AudioPlan Audio(const std::string& path) {
+    AudioPlan audio;
+    audio.input.path = path;
+    audio.codec = &AudioCodec("wmav2");
+    audio.format = {64000, 44100, 2, 16};
+    return audio;
+}
+
+EncodePlan Plan(const std::string& output) {
+    EncodePlan plan;
+    plan.output_path = output;
+    return plan;
+}
+
+Outcome Run(EncodePlan plan, const std::function<void(EncodingRun&)>& meanwhile) {
+    Outcome outcome;
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool stopped = false;
+    RunCallbacks callbacks;
+    callbacks.on_state = [&](platform::EncoderState state) {
+        const std::lock_guard lock(mutex);
+        EXPECT_FALSE(stopped) << "a state after Stopped";
+        outcome.states.push_back(state);
+        stopped = state == platform::EncoderState::Stopped;
+        changed.notify_all();
+    };
+    callbacks.on_error = [&](std::int32_t number, const std::string& description) {
+        const std::lock_guard lock(mutex);
+        outcome.errors.push_back(static_cast<std::uint32_t>(number));
+        outcome.error_text = description;
+    };
+    EncodingRun run(std::move(plan), std::move(callbacks));
+    run.Start();
+    if (meanwhile) meanwhile(run);
+    {
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [&] { return stopped; });
+    }
+    outcome.audio = run.AudioStats();
+    outcome.video = run.VideoStats();
+    outcome.total = run.TotalStats();
+    outcome.file = run.FileStats();
+    return outcome;
+}
+
+}  // namespace session

@@ -1,0 +1,35 @@
+// A plan built in few words, run to its end, and everything that the run said.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "engine/pipeline/encoding_run.h"
+#include "engine/plan/encode_plan.h"
+
+namespace session {
+
+const engine::VideoCodecRow& VideoCodec(const char* av_encoder);
+const engine::AudioCodecRow& AudioCodec(const char* av_encoder);
+
+/// 30 frames a second at most, 400 kbit/s Windows Media Video 8, the source's size.
+engine::VideoPlan Video(const std::string& path);
+/// 64 kbit/s Windows Media Audio, 44100 Hz stereo.
+engine::AudioPlan Audio(const std::string& path);
+engine::EncodePlan Plan(const std::string& output);
+
+struct Outcome {
+    std::vector<platform::EncoderState> states;
+    std::vector<std::uint32_t> errors;
+    std::string error_text;
+    platform::OutputStats audio, video, total;
+    platform::FileArchiveStats file;
+};
+
+/// Runs until Stopped. `meanwhile`, when given, is called once the run is started.
+Outcome Run(engine::EncodePlan plan,
+            const std::function<void(engine::EncodingRun&)>& meanwhile = {});
+
+}  // namespace session
