@@ -11,6 +11,7 @@
 
 #include "platform/host/console_output.h"
 #include "platform/host/console_window.h"
+#include "platform/host/file_descriptor.h"
 #include "platform/host/locale_text.h"
 #include "platform/host/stop_signals.h"
 #include "platform/text.h"
@@ -134,6 +135,7 @@ class ConsoleRun {
 
 int RunConsole(const std::vector<std::string>& words, const ProgramInfo& program,
                EngineMakers makers, const FormMaker& make_form, ConsoleStreams streams) {
+    OccupyStandardDescriptors();
     ConsoleOutput about(streams.output, streams.notes);
     if (const auto answer = AnswerAboutProgram(program, words)) {
         about.WriteText(*answer);

@@ -8,7 +8,7 @@ namespace platform::host {
 
 namespace {
 
-constexpr std::size_t kBarWidth = 24;  // characters
+constexpr std::size_t kBarWidth = 16;  // characters; the whole line then fits into 80
 
 std::string Bar(const ProgressBar& bar) {
     const float range = bar.Max() - bar.Min();

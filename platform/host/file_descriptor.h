@@ -31,4 +31,9 @@ class FileDescriptor {
     int number_ = -1;
 };
 
+/// Occupies those of the descriptors 0, 1 and 2 that the process was started without, so that no
+/// file or socket gets such a number and then finds the program's output in itself. They go on
+/// failing as closed ones do. Call it before anything is opened.
+void OccupyStandardDescriptors();
+
 }  // namespace platform::host

@@ -11,7 +11,7 @@ constexpr const char* kConsoleUsage =
     "Runs one command of the encoder's command line, a word an argument. The shell's quotation\n"
     "marks keep blanks in a word. Without words, on a terminal, commands are read line by line;\n"
     "\"exit\", \"quit\" or the end of the input leave. \"tessivo-console -help\" lists the "
-    "commands.\n"
+    "options.\n"
     "\n"
     "  tessivo-console -input clip.avi -output clip.wmv -profile av350\n"
     "  tessivo-console -input clip.avi -output out -profile av100 -title \"A day at sea\"\n";

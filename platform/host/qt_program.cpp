@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/host/file_descriptor.h"
 #include "platform/host/locale_text.h"
 #include "platform/host/qt_window.h"
 #include "platform/host/stop_signals.h"
@@ -30,6 +31,7 @@ void ReportNoDisplay(QtMsgType type, const QMessageLogContext& /*context*/,
 
 int RunWindow(const std::vector<std::string>& words, const ProgramInfo& program,
               EngineMakers makers, const FormMaker& make_form) {
+    OccupyStandardDescriptors();
     if (const auto answer = AnswerAboutProgram(program, words)) {
         return std::fputs(answer->c_str(), stdout) < 0 ? EXIT_FAILURE : EXIT_SUCCESS;
     }

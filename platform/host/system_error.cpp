@@ -31,6 +31,7 @@ constexpr KnownError kKnownErrors[] = {
     {ENOSPC,       kDiskFull,        "the disk is full. Make room or choose another disk."},
     {EDQUOT,       kDiskFull,        "the quota is used up. Make room or choose another disk."},
     {EFBIG,        kDiskFull,        "the file would be larger than allowed. Choose another disk."},
+    {EBADF,        kInvalidArgument, "it is closed. Open it first."},
     {EBUSY,        kBusy,            "it is in use. Try again when it is free."},
 };
 // clang-format on

@@ -194,6 +194,18 @@ TEST_F(ConsoleProgram, LostOutputIsAFailureThatIsSaidOnce) {
               "choose another disk.\n");
 }
 
+TEST_F(ConsoleProgram, AClosedOutputIsNotTakenForAnotherDescriptor) {
+    const FileDescriptor err(::open((folder_ / "err").c_str(), O_CREAT | O_RDWR, 0600));
+    const auto run = [&] {
+        ::close(STDOUT_FILENO);
+        return Run({"say", "what no other file may get"},
+                   {STDIN_FILENO, STDOUT_FILENO, err.Number()});
+    };
+    EXPECT_EXIT(std::exit(run()), testing::ExitedWithCode(2), "");
+    EXPECT_EQ(Err(),
+              "Initializing Codecs...\nCannot write the output: it is closed. Open it first.\n");
+}
+
 /// A terminal whose other end the test holds; what the program writes is collected.
 class TerminalProgram : public ConsoleProgram {
   protected:
@@ -245,7 +257,7 @@ TEST_F(TerminalProgram, TheEndOfTheInputLeavesWithTheLastStatus) {
 
 TEST_F(TerminalProgram, ProgressIsOneLineCutToTheWidthAndClearedAtTheEnd) {
     EXPECT_EQ(RunThere({"encode", "x"}, ""), 0);
-    EXPECT_THAT(screen_, HasSubstr("\r[############            ]  50%  Elapse"));
+    EXPECT_THAT(screen_, HasSubstr("\r[########        ]  50%  Elapsed time: "));
     // Width 40: 39 characters are drawn, then blanked out before the next line.
     EXPECT_THAT(screen_, HasSubstr("\r" + std::string(39, ' ') + "\runloaded"));
 }
