@@ -4,6 +4,7 @@
 
 #include "engine/object_model/encoder.h"
 #include "engine/object_model/profile.h"
+#include "engine/sources/device_discovery.h"
 
 namespace engine {
 
@@ -36,6 +37,7 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
         return std::make_unique<PipelineRun>(std::move(plan), std::move(callbacks));
     };
     parts.files = std::move(files);
+    parts.devices = DiscoverDevices;
     return std::make_shared<Encoder>(loop, std::move(parts));
 }
 

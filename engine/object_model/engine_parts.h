@@ -7,6 +7,7 @@
 
 #include "engine/pipeline/encoding_run.h"
 #include "engine/plan/encode_plan.h"
+#include "engine/sources/device_list.h"
 #include "engine/sources/media_probe.h"
 #include "platform/encoder.h"
 #include "platform/file_system.h"
@@ -32,6 +33,8 @@ struct EngineParts {
     /// Opens inputs, encoders and the output; throws platform::Error.
     std::function<std::unique_ptr<SessionRun>(EncodePlan plan, RunCallbacks callbacks)> make_run;
     std::shared_ptr<platform::FileSystem> files;
+    /// The machine's capture devices, now; may take a second. None when it is empty.
+    std::function<DeviceList()> devices = {};
 };
 
 }  // namespace engine

@@ -42,8 +42,4 @@ std::pair<std::string, platform::AttributeValue> Attributes::Item(int index) con
     return items_[static_cast<std::size_t>(index)];
 }
 
-std::shared_ptr<platform::WMEncSourcePluginInfo> NoPlugins::Item(int index) {
-    RefuseArgument(fmt::format("There is no source plug-in {}", index));
-}
-
 }  // namespace engine

@@ -1,5 +1,5 @@
 // The whole tree that a session is set up on, and its small objects: file, broadcast, display
-// information, attributes, plug-ins.
+// information, attributes.
 #pragma once
 
 #include <memory>
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "engine/object_model/source_group.h"
+#include "engine/object_model/source_plugins.h"
 
 namespace engine {
 
@@ -73,22 +74,16 @@ class Attributes : public platform::WMEncAttributes {
     std::vector<std::pair<std::string, platform::AttributeValue>> items_;
 };
 
-/// No source plug-in: devices are not found yet.
-class NoPlugins : public platform::WMEncSourcePluginInfoManager {
-  public:
-    int Count() const override { return 0; }
-    std::shared_ptr<platform::WMEncSourcePluginInfo> Item(int index) override;
-};
-
 struct SessionTree {
-    explicit SessionTree(std::shared_ptr<const EngineParts> parts) : groups(std::move(parts)) {}
+    explicit SessionTree(const std::shared_ptr<const EngineParts>& parts)
+        : groups(parts), plugins(parts) {}
 
     SourceGroups groups;
     OutputFile file;
     Broadcast broadcast;
     DisplayInfo display;
     Attributes attributes;
-    NoPlugins plugins;
+    SourcePlugins plugins;
     bool auto_stop = false;
     std::int32_t video_performance = 60;
 };

@@ -1,0 +1,48 @@
+// The capture devices in the order in which they are numbered, and how a name finds its device.
+//
+// Sound comes first, then cameras, then screens. Within sound: the default device, then the real
+// inputs, then the monitors of outputs (that of the default output first), each by its id, so that
+// neither plugging in nor a restart of the server reorders the rest. Where no sound server answers,
+// ALSA's default and then the cards' devices in the cards' order. Cameras stand by the number of
+// their node, the whole screen before its monitors. The first device of each medium is its default,
+// so that device 0 is what a command means that gives no number.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/sources/device_facts.h"
+#include "platform/encoder.h"
+
+namespace engine {
+
+enum class DeviceKind { PulseSource, AlsaCapture, Camera, Screen };
+
+/// Names are one line of text, and no two devices of a medium have the same: descriptions that
+/// several devices share are followed by the id in parentheses.
+struct Device {
+    DeviceKind kind = DeviceKind::PulseSource;
+    /// What opens the device: a source's name at the sound server; "default" or "hw:CARD=x,DEV=n"
+    /// of ALSA; a camera's node; "x11", "x11:monitor" with the monitor's name after a colon,
+    /// "portal".
+    std::string id;
+    std::string name;
+    bool is_default = false;
+    bool is_monitor = false;  // carries what an output plays
+};
+
+using DeviceList = std::vector<Device>;
+
+/// The name that stands for the default audio device, whichever that is.
+inline constexpr const char* kDefaultAudioDevice = "Default_Audio_Device";
+
+/// Nodes that cannot capture a picture are left out.
+DeviceList MakeDeviceList(const DeviceFacts& facts);
+
+platform::SourceType MediumOf(DeviceKind kind);
+
+/// The device of a medium that a source's input names; null when there is none. Points into `list`.
+const Device* FindDevice(const DeviceList& list, platform::SourceType medium,
+                         const std::string& name);
+
+}  // namespace engine
