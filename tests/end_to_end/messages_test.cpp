@@ -1,0 +1,390 @@
+// Every line that the program can print, as a user of the console gets it, with the exit status.
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "cli/help.h"
+#include "end_to_end/console_run.h"
+
+namespace test_support {
+namespace {
+
+constexpr int kDone = 0;
+constexpr int kRefused = 1;
+constexpr int kFailed = 2;
+constexpr int kStopped = 130;
+
+/// How often a line of the text begins so. A `line` that ends in a line end is a whole one.
+int CountLines(const std::string& text, const std::string& line) {
+    const std::string all = "\n" + text;
+    int count = 0;
+    for (std::size_t at = all.find("\n" + line); at != std::string::npos;
+         at = all.find("\n" + line, at + 1))
+        ++count;
+    return count;
+}
+
+void ExpectLines(const std::string& text, const std::vector<std::string>& lines) {
+    for (const std::string& line : lines) EXPECT_GE(CountLines(text, line), 1) << line;
+}
+
+/// Two seconds of picture and sound; `times` of them one after the other.
+std::string MakeSmallClip(const TempFolder& folder, int times = 1) {
+    const std::string clip = folder / "clip.avi";
+    Ffmpeg({"-f", "lavfi", "-i", "testsrc2=size=64x48:rate=10:duration=2", "-f", "lavfi", "-i",
+            "sine=sample_rate=44100:duration=2", "-c:v", "mjpeg", "-c:a", "pcm_s16le", "-ac", "2",
+            clip});
+    if (times == 1) return clip;
+    Ffmpeg(
+        {"-stream_loop", std::to_string(times - 1), "-i", clip, "-c", "copy", folder / "long.avi"});
+    return folder / "long.avi";
+}
+
+/// Runs a shell script whose "$@" is the console program and its words.
+CommandResult ConsoleIn(const std::string& script, const std::vector<std::string>& words) {
+    std::vector<std::string> all = {"bash", "-c", script, "bash", TESSIVO_CONSOLE};
+    all.insert(all.end(), words.begin(), words.end());
+    return RunCommand(all);
+}
+
+TEST(Messages, EachRefusedCommandEndsWithItsStatusAndItsLine) {
+    const TempFolder folder;
+    const std::string clip = MakeSmallClip(folder);
+    const std::string out = folder / "out.wmv";
+    std::ofstream(folder / "text.avi") << "no media\n";
+    std::ofstream(folder / "blank.weu") << "   \n";
+    std::ofstream(folder / "round.weu") << "-config " << folder / "round.weu"
+                                        << "\n";
+
+    struct Case {
+        const char* why;
+        std::vector<std::string> words;
+        int status;
+        std::string line;
+    };
+    // clang-format off
+    const Case kCases[] = {
+        // words
+        {"unknown word", {"-nothing", "x"}, kRefused, "Invalid parameter: -nothing\n"},
+        {"empty word", {"-silent", ""}, kRefused, "Invalid parameter: \n"},
+        {"listing beside other words", {"-devices", "-silent"}, kRefused,
+         "Invalid parameter: -devices\n"},
+        {"option in a value's place", {"-v_width", "-silent"}, kRefused,
+         "Invalid format for parameter -v_width\n"},
+        {"negative number", {"-v_width", "-5"}, kRefused,
+         "Invalid format for parameter -v_width\n"},
+        {"number past the end", {"-silent", "-v_bitrate"}, kRefused,
+         "Invalid format for parameter -v_bitrate\n"},
+        {"text past the end", {"-silent", "-output"}, kRefused, "Error: 0x8002000B - "},
+        {"no whole number", {"-v_width", "x"}, kRefused,
+         "Expect integer value for parameter -v_width\n"},
+        {"past 32 bits", {"-v_width", "4000000000"}, kRefused,
+         "Expect integer value for parameter -v_width\n"},
+        {"no number", {"-v_framerate", "x"}, kRefused,
+         "Expect float value for parameter -v_framerate\n"},
+        {"end mark in upper case", {"-time", "1000", "END"}, kRefused,
+         "Invalid format END expecting integer value\n"},
+        {"audio codec", {"-a_codec", "2"}, kRefused,
+         "Please enter correct audio codec index only\n"},
+        {"video codec", {"-v_codec", "wmv10"}, kRefused,
+         "Please enter correct video codec index only\n"},
+        {"voice content", {"-A_CONTENT", "3"}, kRefused,
+         "Invalid range for parameter -A_CONTENT\n"},
+        {"filter number", {"-v_preproc", "19"}, kRefused, "Invalid preproc value: 19\n"},
+        {"empty configuration file", {"-config", folder / "blank.weu"}, kRefused,
+         "Configuration file " + folder / "blank.weu" + " is empty\n"},
+        {"configuration file that names itself", {"-config", folder / "round.weu"}, kRefused,
+         "Configuration file " + folder / "round.weu" + " is nested more than 16 deep\n"},
+
+        // input
+        {"no such file", {"-input", folder / "no.avi", "-output", out}, kRefused,
+         "Error: 0x80070002 - "},
+        {"no media file", {"-input", folder / "text.avi", "-output", out}, kRefused,
+         "Error: 0x8007000D - "},
+        {"session file", {"-wme", folder / "no.wme", "-output", out}, kRefused,
+         "Loading the session (.wme) file failed: " + folder / "no.wme" + "\n"},
+        {"audio device number", {"-adevice", "77", "-duration", "5"}, kRefused,
+         "Error: Invalid audio device number specified\n"},
+        {"video device number", {"-vdevice", "77", "-duration", "5"}, kRefused,
+         "Error: Invalid video device number specified\n"},
+        {"capture without an end", {"-adevice", "-input", clip, "-output", out}, kRefused,
+         "Duration must be specified when capturing from devices.\n"},
+        {"folder without an output", {"-input", folder.path(), "-silent"}, kRefused,
+         "Error: No output directory specified\n"},
+
+        // profile
+        {"profile code", {"-input", clip, "-output", out, "-profile", "scrn5x"}, kRefused,
+         "No predefined profile found.\n"},
+        {"profile file", {"-input", clip, "-output", out, "-loadprofile", folder / "no.prx"},
+         kRefused, "Invalid profile: 0x"},
+        {"audio mode", {"-input", clip, "-output", out, "-a_mode", "7"}, kRefused,
+         "Invalid -a_mode <mode_number>\n"},
+        {"video mode", {"-input", clip, "-output", out, "-v_mode", "5"}, kRefused,
+         "Invalid -v_mode <mode_number>\n"},
+        {"audio rate", {"-input", clip, "-output", out, "-a_setting", "50_44_2"}, kRefused,
+         "Invalid audio bit rate 50000\n"},
+        {"sampling rate", {"-input", clip, "-output", out, "-a_setting", "64_45_2"}, kRefused,
+         "Invalid audio sample rate 45000\n"},
+        {"channels", {"-input", clip, "-output", out, "-a_setting", "64_44_3"}, kRefused,
+         "Invalid audio channels 3\n"},
+        {"bits", {"-input", clip, "-output", out, "-a_setting", "64_44_2_17"}, kRefused,
+         "Invalid bits per sample 17\n"},
+        {"no number in a format", {"-input", clip, "-output", out, "-a_setting", "Qx_44_2"},
+         kRefused, "Invalid format x expecting integer value\n"},
+        {"uncompressed picture only", {"-input", clip, "-output", out, "-v_codec", "UNCOMP"},
+         kRefused, "Audio codec must be uncompressed when using uncompressed video codec\n"},
+        {"uncompressed sound only", {"-input", clip, "-output", out, "-a_codec", "PCM"}, kRefused,
+         "Video codec must be uncompressed when using uncompressed audio codec\n"},
+
+        // run
+        {"output that is the input", {"-input", clip, "-output", clip, "-silent"}, kRefused,
+         "Prepare to encode failed with error -2147024809 The output " + clip},
+        {"nowhere to write", {"-input", clip, "-silent"}, kRefused,
+         "Prepare to encode failed with error -2147024809 There is no output"},
+        {"both marks past the end",
+         {"-input", clip, "-output", out, "-profile", "av100", "-time", "5000", "9000"}, kFailed,
+         "Start encoder failed with error -2147024809 The start mark 5000 ms "},
+        {"viewer of another system", {"-help?"}, kRefused, "Error: 0x80070002 - "},
+    };
+    // clang-format on
+    for (const Case& each : kCases) {
+        SCOPED_TRACE(each.why);
+        const CommandResult result = Console(each.words);
+        EXPECT_EQ(result.status, each.status) << result.out << result.err;
+        // One failure, one line.
+        EXPECT_EQ(CountLines(result.out, each.line), 1) << result.out << result.err;
+        EXPECT_EQ(std::ranges::count(result.out, '\n'), 1) << result.out;
+        EXPECT_EQ(result.err.rfind("Initializing Codecs...\n", 0), 0U) << result.err;
+        EXPECT_FALSE(std::filesystem::exists(out));
+    }
+}
+
+TEST(Messages, AFilterThatOnlyDeinterlacesSaysHowTheSizeIsSet) {
+    const TempFolder folder;
+    const std::string clip = MakeSmallClip(folder);
+    for (const char* filter : {"2", "3", "4"}) {
+        const CommandResult result =
+            Console({"-input", clip, "-output", folder / "out.wmv", "-v_preproc", filter});
+        EXPECT_EQ(CountLines(result.out,
+                             "Preprocessing mode not supported. Use -height and -width to adjust "
+                             "video size.\n"),
+                  1)
+            << result.out;
+    }
+}
+
+TEST(Messages, PerformanceOutsideItsSetIsRefusedWithoutALine) {
+    const CommandResult result = Console({"-v_performance", "50", "-silent"});
+    EXPECT_EQ(result.status, kRefused);
+    EXPECT_EQ(result.out, "");
+}
+
+TEST(Messages, ListingsHaveTheirHeadingsCaptionsAndColumns) {
+    struct Case {
+        const char* word;
+        std::vector<std::string> lines;
+    };
+    const std::string rule = "\t\t" + std::string(84, '-') + "\n";
+    const std::vector<std::string> captions = {
+        "CBR Mode :\n", "Peak Bit Rate-Based VBR Audio Mode :\n",
+        "Quality-Based VBR Audio Mode :\n", "Bit Rate-Based VBR Audio Mode :\n"};
+    // clang-format off
+    const Case kCases[] = {
+        {"-devices",  {"audio device:\n", "video device:\n"}},
+        {"-a_codecs", {"\nAudio Codecs: \n", "\t[1] WMA9STD : Windows Media Audio 9",
+                       "\t[2] WMA9PRO : Windows Media Audio 9 Professional",
+                       "\t[3] WMA9LSL : Windows Media Audio 9 Lossless",
+                       "\t[4] WMSP9 : Windows Media Audio 9 Voice", "\t[5] PCM : PCM\n"}},
+        {"-v_codecs", {"\nVideo Codecs: \n", "\t[1] WMV7 : Windows Media Video 7",
+                       "\t[2] WMV8 : Windows Media Video 8", "\t[3] WMV9 : Windows Media Video 9",
+                       "\t[4] WMS9 : Windows Media Video 9 Screen",
+                       "\t[5] MP41 : ISO MPEG-4 Video v1\n",
+                       "\t[6] UNCOMP : Full frames (uncompressed)\n"}},
+        {"-a_formats", {"\nAudio Codecs: \n", rule,
+                        "\t\tArgument                Bitrate         Sampling rate       Channel\n",
+                        "\t\tArgument                Bitrate         Sampling rate       Channel   "
+                        "BitsPerSample\n",
+                        "\t\tArgument                Quality         Sampling rate       Channel\n",
+                        "\t\tArgument                Quality         Sampling rate       Channel   "
+                        "BitsPerSample\n",
+                        "\t\t64_44_2                 64              44                  2\n",
+                        "\t\tQ75_44_2                Q75             44                  2\n",
+                        "\t\tQ100_44_2_16            Q100            44                  2         16\n"}},
+    };
+    // clang-format on
+    for (const Case& each : kCases) {
+        SCOPED_TRACE(each.word);
+        const CommandResult result = Console({each.word});
+        EXPECT_EQ(result.status, kDone) << result.err;
+        ExpectLines(result.out, each.lines);
+        if (std::string(each.word) != "-devices") ExpectLines(result.out, captions);
+        EXPECT_EQ(result.err, "Initializing Codecs...\n");
+    }
+}
+
+TEST(Messages, EveryHelpWordPrintsTheWholeReference) {
+    std::string reference;
+    for (const std::string_view line : cli::HelpLines()) reference += std::string(line) + "\n";
+    for (const char* word : {"-help", "-?", "-all?", "/?", "-HELP"}) {
+        const CommandResult result = Console({word});
+        EXPECT_EQ(result.status, kDone);
+        EXPECT_EQ(result.out, reference) << word;
+    }
+}
+
+TEST(Messages, AFileAloneIsDescribed) {
+    const TempFolder folder;
+    const CommandResult result = Console({"-input", MakeSmallClip(folder)});
+    EXPECT_EQ(result.status, kDone);
+    ExpectLines(result.out, {"General\n", "Video\n", "Audio\n"});
+}
+
+TEST(Messages, TheReportHasItsLabelsAndTheStatusItsSteps) {
+    const TempFolder folder;
+    const std::string clip = MakeSmallClip(folder);
+    // clang-format off
+    const std::vector<std::string> audio = {
+        "Audio :\n", "\tAverage bit rate:     \t\t", "\tExpected sample rate: \t",
+        "\tAverage sample rate:  \t", "\tDropped byte count:   \t0 bytes\n",
+        "\tDropped sample rate:  \t0.0\n", "\tTotal bytes:          \t\t"};
+    const std::vector<std::string> video = {
+        "Video :\n", "\tAverage bit rate: \t\t", "\tExpected fps: \t\t10\n",
+        "\tDropped frame count: \t0\n", "\tTotal coded frames: \t20\n",
+        "\tAverage sample rate: \t", "\tDropped bytes: \t\t0 bytes\n", "\tTotal bytes: \t\t"};
+    const std::vector<std::string> overall = {
+        "======== Encoding Completed ========\n\n\n", "Overall:\n", "\tEncoding time: \t\t",
+        "\tAverage bit rate: \t\t", "\tFile size: \t\t\t", "\tFile duration: \t\t2 seconds \n"};
+
+    struct Case {
+        const char* why;
+        std::vector<std::string> options;
+        std::vector<std::vector<std::string>> blocks;
+        int codec_lines;
+        int expected_rate_lines;
+        const char* passes;
+    };
+    const Case kCases[] = {
+        {"both streams", {"-profile", "av100"}, {audio, video, overall}, 2, 2, "1 \\ 1"},
+        {"two passes", {"-profile", "av100_2p"}, {audio, video, overall}, 2, 2, "1 \\ 2"},
+        {"sound alone", {"-profile", "a64"}, {audio, overall}, 1, 1, "1 \\ 1"},
+        {"picture alone", {"-profile", "v20"}, {video, overall}, 1, 1, "1 \\ 1"},
+        {"a quality has no expected rate", {"-v_mode", "2"}, {audio, video, overall}, 2, 1,
+         "1 \\ 1"},
+    };
+    // clang-format on
+    for (const Case& each : kCases) {
+        SCOPED_TRACE(each.why);
+        std::vector<std::string> words = {"-input", clip, "-output", folder / "out"};
+        words.insert(words.end(), each.options.begin(), each.options.end());
+        const CommandResult result = Console(words);
+        ASSERT_EQ(result.status, kDone) << result.out << result.err;
+        for (const auto& block : each.blocks) ExpectLines(result.out, block);
+        EXPECT_EQ(CountLines(result.out, "\tCodec: \t\t\tWindows Media "), each.codec_lines);
+        EXPECT_EQ(CountLines(result.out, "\tExpected bit rate: \t\t"), each.expected_rate_lines);
+        ExpectLines(result.err,
+                    {"Initializing Codecs...\n",
+                     std::string("  Running... Pass:  ") + each.passes + "\n", "  Done.\n"});
+    }
+}
+
+TEST(Messages, ATerminalShowsProgressAndTheSecondPass) {
+    const TempFolder folder;
+    const std::string clip = MakeSmallClip(folder, 60);
+    const CommandResult result = ConsoleIn(
+        "export LINE=\"exec $(printf '%q ' \"$@\")\";"
+        "exec script -qec \"bash -c 'stty cols 200; eval \\\"\\$LINE\\\"'\" /dev/null",
+        {"-input", clip, "-output", folder / "out.wmv", "-v_mode", "3", "-v_width", "640",
+         "-v_height", "480"});
+    EXPECT_EQ(result.status, kDone) << result.out << result.err;
+    for (const char* text : {"%  Elapsed time: ", " secs  Current bit rate: ", " Kbps",
+                             "\rRunning... Pass:  2 / 2\r\n"})
+        EXPECT_NE(result.out.find(text), std::string::npos) << text << result.out;
+}
+
+TEST(Messages, AStoppedRunSaysWhoStoppedItAndReports) {
+    const TempFolder folder;
+    const std::string clip = MakeSmallClip(folder, 60);
+    BackgroundCommand run({TESSIVO_CONSOLE, "-input", clip, "-output", folder / "out.wmv",
+                           "-v_width", "1280", "-v_height", "960"},
+                          folder.path());
+    const auto runs = [&] {
+        std::ifstream notes(folder / "err");
+        std::stringstream text;
+        text << notes.rdbuf();
+        return CountLines(text.str(), "  Running... ") > 0;
+    };
+    while (!runs()) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    run.Signal(SIGINT);
+    const CommandResult result = run.Wait();
+    EXPECT_EQ(result.status, kStopped);
+    ExpectLines(result.err, {"Stopped by user.\n", "  Done.\n"});
+    ExpectLines(result.out, {"======== Encoding Completed ========\n", "Overall:\n"});
+}
+
+TEST(Messages, ARunThatFailsSaysWhyAndItsNumber) {
+    const TempFolder folder;
+    const std::string clip = MakeSmallClip(folder);
+    // The size limit's signal ignored, the write itself fails, as on a full disk.
+    const CommandResult result = ConsoleIn("trap '' XFSZ; ulimit -f 20; exec \"$@\"",
+                                           {"-input", clip, "-output", folder / "out.wmv",
+                                            "-v_bitrate", "5000000", "-v_quality", "100"});
+    EXPECT_EQ(result.status, kFailed);
+    EXPECT_EQ(CountLines(result.out, "Error: 0x80070070 - "), 1) << result.out;
+    EXPECT_EQ(CountLines(result.out, "Error occurred in transcoding: Error Code = 0x80070070\n"),
+              1);
+    EXPECT_EQ(CountLines(result.out, "======== Encoding Completed"), 0);
+    EXPECT_EQ(CountLines(result.out, "Overall:"), 0);
+}
+
+TEST(Messages, AFolderWalkNamesWhatItReadsAndPassesOver) {
+    const TempFolder folder;
+    std::filesystem::create_directories(folder / "in/below");
+    const std::string clip = MakeSmallClip(folder);
+    std::filesystem::copy(clip, folder / "in/one.AVI");
+    std::filesystem::copy(clip, folder / "in/below/one.avi");
+    std::filesystem::copy(clip, folder / "in/below/one.Avi");
+    std::ofstream(folder / "in/notes.txt") << "no media\n";
+    std::ofstream(folder / "in/plain") << "no media\n";
+    std::ofstream(folder / "in/text.mpg") << "no media\n";
+
+    const CommandResult result = Console({"-input", folder / "in", "-output", folder / "out",
+                                          "-outputstring", "_x", "-profile", "av100", "-silent"});
+    EXPECT_EQ(result.status, kFailed) << result.out << result.err;
+    const std::string heading = "============== Encoding Files in Folder ============== ";
+    const std::string file = "============== Input ";
+    ExpectLines(result.out, {heading + folder / "in" + "\n", heading + folder / "in/below" + "\n",
+                             file + folder / "in/one.AVI " + folder / "out/one_x\n",
+                             file + folder / "in/below/one.avi " + folder / "out/below/one_x\n",
+                             "Skipping: notes.txt\n", "Skipping: plain\n", "Skipping: one."});
+    EXPECT_EQ(CountLines(result.out, "Error: 0x8007000D - "), 1) << result.out;
+    EXPECT_EQ(CountLines(result.out, "======== Encoding Completed ========\n"), 2);
+    EXPECT_EQ(CountLines(result.out, "Overall:"), 0);
+}
+
+TEST(Messages, AnEndMarkPastTheEndEncodesToTheEndWithoutAWord) {
+    const TempFolder folder;
+    const CommandResult result =
+        Console({"-input", MakeSmallClip(folder), "-output", folder / "out.wmv", "-profile",
+                 "av225", "-time", "0", "9000"});
+    EXPECT_EQ(result.status, kDone) << result.out;
+    EXPECT_EQ(result.out.rfind("======== Encoding Completed ========\n", 0), 0U) << result.out;
+    EXPECT_NEAR(ProbeNumber(folder / "out.wmv", "", "duration"), 2.0, 0.1);
+}
+
+TEST(Messages, AConfigurationFileCarriesACommand) {
+    const TempFolder folder;
+    const CommandResult saved =
+        Console({"-input", MakeSmallClip(folder), "-output", folder / "first.wmv", "-profile",
+                 "av100", "-s_config", folder / "job"});
+    ASSERT_EQ(saved.status, kDone) << saved.out;
+    const CommandResult read = Console(
+        {"-config", folder / "job.weu", "-output", folder / "second.wmv", "-profile", "av225"});
+    ASSERT_EQ(read.status, kDone) << read.out;
+    EXPECT_EQ(ProbeNumber(folder / "second.wmv", "a:0", "channels"), 2);
+}
+
+}  // namespace
+}  // namespace test_support
