@@ -20,7 +20,7 @@ AvAudioEncoder::AvAudioEncoder(const AudioPlan& plan, PacketPool& packets)
     codec_->sample_rate = written.format.sampling_rate;
     av_channel_layout_default(&codec_->ch_layout, written.format.channels);
     // Decoders derive the bitstream's parameters from the header's whole bytes per second.
-    codec_->bit_rate = written.format.value / 8 * 8;
+    codec_->bit_rate = std::int64_t{written.format.value / 8} * 8;
     codec_->time_base = {1, codec_->sample_rate};
     CheckAv(
         avcodec_open2(codec_.get(), encoder, nullptr),

@@ -9,6 +9,7 @@ namespace {
 
 using platform::VbrMode;
 
+constexpr std::int64_t kFinestLambda = FF_QP2LAMBDA;
 constexpr int kFinestQuantiser = 1;
 constexpr int kBestQuantiser = 2;  // of quality mode
 constexpr int kCoarsestQuantiser = 31;
@@ -69,7 +70,7 @@ void SetRateControl(AVCodecContext& codec, const VideoPlan& plan) {
     // How far the rate may stray before the quantiser turns against it.
     codec.bit_rate_tolerance = Limited(std::int64_t{plan.bit_rate_bps} * kToleranceMs / 1000);
     codec.qmin = kFinestQuantiser;
-    av_opt_set_int(codec.priv_data, "lmin", kFinestQuantiser * FF_QP2LAMBDA, 0);
+    av_opt_set_int(codec.priv_data, "lmin", kFinestLambda, 0);
     codec.qmax = CoarsestQuantiser(plan.sharpness);
     if (plan.mode == VbrMode::Constant) {
         codec.rc_max_rate = plan.bit_rate_bps;

@@ -41,7 +41,8 @@ StreamHeader PcmEncoder::Header() const {
 }
 
 bool PcmEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
-    const std::size_t values = static_cast<std::size_t>(frame.nb_samples * format_.channels);
+    const std::size_t values =
+        static_cast<std::size_t>(frame.nb_samples) * static_cast<std::size_t>(format_.channels);
     CodedPacket packet;
     packet.data = PacketFromPool(packets_, *buffers_,
                                  static_cast<std::size_t>(frame.nb_samples) * block_bytes_);

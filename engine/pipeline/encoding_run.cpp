@@ -34,6 +34,11 @@ class CountedFile final : public PacketSink {
         file_.Finish();
         statistics_.FileIs(file_.Result());
     }
+    void Abandon() {
+        file_.Abandon();
+        statistics_.FileIs(file_.Result());
+    }
+    std::string RemainsText() const { return file_.RemainsText(); }
 
   private:
     asf::AsfFile file_;
@@ -87,7 +92,6 @@ class EncodingRun::Impl {
         events.failed = [this](const platform::Error& error) {
             const std::lock_guard lock(mutex_);
             if (!failure_) failure_ = error;
-            changed_.notify_all();
         };
         events.ended = [this] {
             const std::lock_guard lock(mutex_);
@@ -102,11 +106,17 @@ class EncodingRun::Impl {
     void Control() {
         Announce(EncoderState::Starting);
         Trap([&] {
-            for (int number = 1; number <= plan_.passes && !failure_seen_; ++number)
-                RunPass(number);
+            for (int number = 1; number <= plan_.passes && !cause_; ++number) RunPass(number);
         });
-        AnnounceStopping();
-        Trap([&] { sink_.Finish(); });
+        if (cause_) {
+            sink_.Abandon();
+            Report();
+            AnnounceStopping();
+        } else {
+            AnnounceStopping();
+            Trap([&] { sink_.Finish(); });
+            if (cause_) Report();
+        }
         Announce(EncoderState::Stopped);
     }
 
@@ -126,7 +136,12 @@ class EncodingRun::Impl {
         pass_->Start(number == plan_.passes ? &sink_ : nullptr);
         Watch();
         pass_->Join();
-        if (pass_->YieldedNothing() && stops_honoured_ == 0 && !failure_seen_)
+        {
+            // Only now: a stage may fail after the writer has seen its end.
+            const std::lock_guard lock(mutex_);
+            if (failure_) Note(*failure_);
+        }
+        if (pass_->YieldedNothing() && stops_honoured_ == 0 && !cause_)
             throw platform::Error(platform::kInvalidData,
                                   InputNames() +
                                       ": nothing in the part that is encoded can be decoded; "
@@ -147,28 +162,19 @@ class EncodingRun::Impl {
         AnnounceStopping();
     }
 
-    // Until the pass has ended: hands stops to it and tells of stops and failures.
+    // Until the pass has ended: hands stops to it and tells of them.
     void Watch() {
         std::unique_lock lock(mutex_);
         for (;;) {
-            changed_.wait(lock, [&] {
-                return pass_ended_ || stops_asked_ > stops_honoured_ ||
-                       (failure_ && !failure_seen_);
-            });
-            if (failure_ && !failure_seen_) {
-                const platform::Error failure = *failure_;
-                lock.unlock();
-                Report(failure);
-                AnnounceStopping();
-                lock.lock();
-            } else if (stops_asked_ > stops_honoured_) {
+            changed_.wait(lock, [&] { return pass_ended_ || stops_asked_ > stops_honoured_; });
+            if (stops_asked_ > stops_honoured_) {
                 ++stops_honoured_;
                 lock.unlock();
                 pass_->Stop();
                 AnnounceStopping();
                 lock.lock();
             } else {
-                return;
+                return;  // a pass that has failed comes to its end by itself
             }
         }
     }
@@ -178,17 +184,26 @@ class EncodingRun::Impl {
         try {
             body();
         } catch (const platform::Error& error) {
-            Report(error);
+            Note(error);
         } catch (const std::exception& error) {
-            Report({platform::kUnspecified, error.what()});
+            Note({platform::kUnspecified, error.what()});
         }
     }
 
     // The first failure is the cause; what follows from it is not told.
-    void Report(const platform::Error& error) {
-        if (failure_seen_) return;
-        failure_seen_ = true;
-        if (callbacks_.on_error) callbacks_.on_error(error.number(), error.description());
+    void Note(const platform::Error& error) {
+        if (!cause_) cause_ = error;
+    }
+
+    // Once the file is closed: only then it is known what is left of it.
+    void Report() {
+        std::string text = cause_->description();
+        const std::string remains = sink_.RemainsText();
+        if (!remains.empty()) {
+            if (!text.ends_with('.')) text += '.';
+            text += " " + remains;
+        }
+        if (callbacks_.on_error) callbacks_.on_error(cause_->number(), text);
     }
 
     // Once a run is stopping, only Stopped is news.
@@ -215,7 +230,7 @@ class EncodingRun::Impl {
 
     // The control thread's own.
     int stops_honoured_ = 0;
-    bool failure_seen_ = false;
+    std::optional<platform::Error> cause_;  // why the run ends before its time
     bool stopping_ = false;
     std::thread control_;
 };

@@ -29,7 +29,7 @@ class TelecineRemover {
 
   private:
     static constexpr int kCycle = 5;
-    static constexpr std::size_t kLookAhead = 2 * kCycle;
+    static constexpr std::size_t kLookAhead = 10;  // two cycles
 
     // What a frame repeats of the one before it.
     enum class Repeat : std::uint8_t { Nothing, Top, Bottom, Unclear };

@@ -219,7 +219,7 @@ TEST_F(EncodeTable, ARateFarTooLowCostsFramesNotBits) {
 // The header says 25 frames a second, the clip has about four.
 TEST_F(EncodeTable, TheRateGoesByTimeNotByFrames) {
     const std::string sparse =
-        clips::Make("-i " + source_ +
+        clips::Make("-stream_loop 4 -i " + source_ +
                         " -an -vf \"select=not(mod(n\\,6))\" -vsync vfr -r 25 -enc_time_base 1/25 "
                         "-c:v mpeg4 -q:v 2",
                     folder_->Path("sparse.mkv"));

@@ -172,6 +172,7 @@ TEST_F(Failure, AnOutputThatCannotBeMadeThrowsAndLeavesNothing) {
     plan.audio->input.path = folder_->Path("absent.wav");
     EXPECT_THROW(EncodingRun(plan, {}), platform::Error);
     EXPECT_FALSE(std::filesystem::exists(plan.output_path));
+    EXPECT_FALSE(std::filesystem::exists(plan.output_path + ".part"));
 }
 
 // A limit on files' sizes acts as a disk that fills, here in the middle of the run.
@@ -205,8 +206,10 @@ TEST_F(Failure, ADiskThatFillsIsSaidAndWhatIsWrittenPlays) {
     EXPECT_EQ(outcome.errors[0], platform::kDiskFull);
     EXPECT_EQ(outcome.states, (std::vector{EncoderState::Starting, EncoderState::Running,
                                            EncoderState::Stopping, EncoderState::Stopped}));
-    EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-    EXPECT_GT(clips::Decode(plan.output_path).pictures.size(), 50U);
+    const std::string part = plan.output_path + ".part";
+    EXPECT_NE(outcome.error_text.find(part), std::string::npos) << outcome.error_text;
+    EXPECT_EQ(clips::DecodeMessages(part), "");
+    EXPECT_GT(clips::Decode(part).pictures.size(), 50U);
 
     plan.output_path = "/dev/full";
     try {
