@@ -44,7 +44,7 @@ AvVideoEncoder::AvVideoEncoder(const VideoPlan& plan, const EncoderPass& pass, P
     codec_->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
     codec_->gop_size = std::numeric_limits<int>::max() / 2;
     codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-    codec_->thread_count = 1;
+    codec_->thread_count = 0;  // slices side by side, where the codec has them
     SetRateControl(*codec_, plan);
     SetEffort(*codec_, plan.performance);
     const int opened = avcodec_open2(codec_.get(), encoder, nullptr);

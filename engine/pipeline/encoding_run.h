@@ -32,6 +32,8 @@ class EncodingRun {
 
     void Start();
     /// Graceful: what has been read is encoded and written. Returns at once. Twice is harmless.
+    /// Stopped in the first of two passes, the second still goes over what the first has read (a
+    /// file without content would help nobody); a stop during the second ends that one too.
     void Stop();
 
     platform::Currency EncodingTime() const;
