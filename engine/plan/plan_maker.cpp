@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "engine/outputs/part_name.h"
 #include "engine/plan/input_plans.h"
 #include "engine/plan/stream_plans.h"
 
@@ -101,6 +102,12 @@ std::string CheckedOutput(const std::string& name, const SourceGroup& group,
         if (input.IsFile() && files.IsSame(input.host_path, path))
             RefuseArgument(fmt::format("The output {} is the input {}: give -output another name",
                                        path, input.host_path));
+        const std::string part = PartName(path);
+        if (input.IsFile() && files.IsSame(input.host_path, part))
+            RefuseArgument(
+                fmt::format("The output {} grows as {}, which is the input: give -output "
+                            "another name or rename the input",
+                            path, part));
     };
     for (const auto& source : group.AudioSources()) refuse_input(source->Opened());
     for (const auto& source : group.VideoSources()) refuse_input(source->Opened());

@@ -195,13 +195,14 @@ TEST_F(Encode, StopLeavesAWholeFileThatSeeks) {
     // Half a megabyte is ten seconds of the profile's rate, far from the input's ten minutes.
     const auto written = [&] {
         std::error_code none;
-        const auto size = std::filesystem::file_size(file, none);
+        const auto size = std::filesystem::file_size(file + ".part", none);
         return none ? 0 : size;
     };
     while (written() < 500'000) usleep(20'000);
     run.Signal(SIGINT);
     const CommandResult result = run.Wait();
     EXPECT_EQ(result.status, 130);
+    EXPECT_FALSE(std::filesystem::exists(file + ".part")) << "a stopped run's file takes its name";
     EXPECT_EQ(DecodeMessages(file), "");
     const double duration = ProbeNumber(file, "", "duration");
     EXPECT_GT(duration, 5);

@@ -1,5 +1,7 @@
 #include "engine/outputs/asf/asf_file.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cassert>
 #include <utility>
@@ -10,8 +12,12 @@ namespace engine::asf {
 
 AsfFile::AsfFile(std::string path) : path_(std::move(path)) {}
 
+AsfFile::~AsfFile() {
+    if (part_ && !done_ && packets_ == 0) part_->Discard();
+}
+
 void AsfFile::Begin(const OutputHeader& header) {
-    assert(!file_);
+    assert(!part_);
     header_ = header;
     std::uint64_t total_bps = 0;
     for (const StreamHeader& stream : header_.streams) total_bps += stream.average_rate_bps;
@@ -29,11 +35,12 @@ void AsfFile::Begin(const OutputHeader& header) {
     }
     packetizer_.emplace(facts_.packet_bytes, facts_.preroll_ms,
                         [this](const ClosedPacket& packet) { TakePacket(packet); });
-    file_.emplace(path_);
+    part_.emplace(path_);
     try {
-        file_->Append(bytes);
+        part_->Append(bytes);
     } catch (const platform::Error&) {
-        file_.reset();
+        part_->Discard();
+        part_.reset();
         throw;
     }
     data_begin_ = bytes.size();
@@ -42,7 +49,7 @@ void AsfFile::Begin(const OutputHeader& header) {
 void AsfFile::Write(const EncodedPacket& packet) {
     if (failure_) throw platform::Error(*failure_);
     const auto index = static_cast<std::size_t>(packet.stream);
-    assert(file_ && index < totals_.size());
+    assert(part_ && index < totals_.size());
     try {
         packetizer_->Add({.stream_number = StreamNumber(index),
                           .video = header_.streams[index].Kind() == MediaKind::Video,
@@ -62,7 +69,7 @@ void AsfFile::Write(const EncodedPacket& packet) {
 }
 
 void AsfFile::TakePacket(const ClosedPacket& packet) {
-    file_->Append(packet.bytes);
+    part_->Append(packet.bytes);
     if (packet.key_frame)
         indexes_[index_of_[packet.key_frame->stream_number - 1U]].Add(*packet.key_frame);
     last_ = packet;
@@ -71,21 +78,35 @@ void AsfFile::TakePacket(const ClosedPacket& packet) {
 }
 
 void AsfFile::Finish() {
-    if (!file_) return;  // Begin failed
-    const std::uint64_t kept = data_begin_ + packets_ * facts_.packet_bytes;
+    if (!part_) return;  // Begin failed
     platform::ErrorTrap trap;
-    trap([&] {
-        if (failure_)
-            file_->CutTo(kept);
-        else
-            packetizer_->Flush();
-    });
-    if (!failure_ && trap.HasError()) trap([&] { file_->CutTo(kept); });
-    trap([&] { AppendIndexes(); });
-    trap([&] { file_->Overwrite(BuildHeader(header_, facts_, FinalNumbers())); });
-    trap([&] { file_->Close(); });
-    file_.reset();
+    Complete(trap);
+    if (!failure_ && !trap.HasError()) {
+        trap([&] { part_->Publish(); });
+    } else if (packets_ == 0) {
+        part_->Discard();
+    }
     if (trap.HasError()) throw platform::Error(trap.UnsignedNumber(), trap.Description());
+}
+
+void AsfFile::Abandon() {
+    if (!part_) return;
+    platform::ErrorTrap ignored;  // the session's failure is the one that counts
+    Complete(ignored);
+    if (packets_ == 0) part_->Discard();
+}
+
+void AsfFile::Complete(platform::ErrorTrap& trap) {
+    done_ = true;
+    HostFile& file = part_->File();
+    if (!failure_) trap([&] { packetizer_->Flush(); });
+    if (failure_ || trap.HasError())
+        trap([&] { file.CutTo(data_begin_ + packets_ * facts_.packet_bytes); });
+    trap([&] { AppendIndexes(); });
+    trap([&] {
+        file.Overwrite(BuildHeader(header_, facts_, FinalNumbers()));
+        whole_ = indexes_.empty() || index_bytes_ > 0;
+    });
 }
 
 void AsfFile::AppendIndexes() {
@@ -94,12 +115,26 @@ void AsfFile::AppendIndexes() {
     for (SimpleIndex& index : indexes_)
         index.AppendTo(out, facts_.file_id, last_.last_presentation_ms);
     try {
-        file_->Append(out.bytes());
+        part_->File().Append(out.bytes());
         index_bytes_ = out.size();
     } catch (const platform::Error&) {
-        file_->CutTo(data_begin_ + packets_ * facts_.packet_bytes);
+        part_->File().CutTo(data_begin_ + packets_ * facts_.packet_bytes);
         if (!failure_) throw;  // else the caller knows of the full disk already
     }
+}
+
+std::string AsfFile::RemainsText() const {
+    const std::string part = part_ ? part_->Remains() : std::string();
+    if (part.empty()) return "";
+    if (whole_)
+        return fmt::format(
+            "What was encoded until then is in \"{}\", which is whole and plays; rename it to keep "
+            "it",
+            part);
+    return fmt::format(
+        "What was encoded until then is in \"{0}\", which plays; tessivo-console --repair \"{0}\" "
+        "makes it whole",
+        part);
 }
 
 HeaderNumbers AsfFile::FinalNumbers() const {

@@ -1,4 +1,5 @@
-// The file output: a .wmv, .wma or .asf file that plays at every moment of its making.
+// The file output: a .wmv, .wma or .asf file that plays at every moment of its making, and takes
+// its name when it is whole.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +8,8 @@
 #include <vector>
 
 #include "engine/outputs/asf/header.h"
-#include "engine/outputs/asf/host_file.h"
 #include "engine/outputs/asf/packetizer.h"
+#include "engine/outputs/asf/part_file.h"
 #include "engine/outputs/asf/simple_index.h"
 #include "engine/outputs/packet_sink.h"
 #include "platform/error.h"
@@ -18,20 +19,32 @@ namespace engine::asf {
 /// While it records, the header describes a broadcast, which players read to wherever it ends, and
 /// every packet reaches the system as it is closed: a killed process leaves all but the last second
 /// of media. Finish writes the last packet, then the index, then the header's numbers, so that an
-/// end between any two of these leaves a file that still plays.
+/// end between any two of these leaves a file that still plays. Until then the file is a part
+/// (see PartFile); the name comes last, and what had it before stays until then.
 ///
-/// After a failed Write every further Write fails with the same error. Finish then drops what is
-/// cut off, leaves out the last open packet, writes the index if there is room for it, and the
-/// header in place (which needs no room): the file is whole up to the last packet before the
-/// failure. Finish throws what failed in itself only, after it has done all that could be done.
+/// After a failed Write every further Write fails with the same error. Finish and Abandon then drop
+/// what is cut off, leave out the last open packet, write the index if there is room for it, and
+/// the header in place (which needs no room): the part is whole up to the last packet before the
+/// failure. It keeps its part's name. A part without a packet is not kept.
 class AsfFile final : public PacketSink {
   public:
-    /// @param path  the host's own; made at Begin, an existing file is replaced
+    /// @param path  the host's own; its part is made at Begin
     explicit AsfFile(std::string path);
+    /// Without Finish or Abandon the part is left as a killed process leaves it.
+    ~AsfFile() override;
+    AsfFile(const AsfFile&) = delete;
+    AsfFile& operator=(const AsfFile&) = delete;
 
     void Begin(const OutputHeader& header) override;
     void Write(const EncodedPacket& packet) override;
+    /// Throws what failed in itself only, after it has done all that could be done.
     void Finish() override;
+    /// In place of Finish when the session has failed elsewhere: completes the part as far as that
+    /// is possible, and leaves it a part. Never throws.
+    void Abandon();
+    /// A sentence on what a failed session has left and what to do with it, "" when there is
+    /// nothing; after Finish or Abandon.
+    std::string RemainsText() const;
 
     /// What stands in the file so far; final after Finish. Same thread as the calls.
     FileResult Result() const;
@@ -42,13 +55,14 @@ class AsfFile final : public PacketSink {
         std::uint64_t bytes = 0;
     };
     void TakePacket(const ClosedPacket& packet);
+    void Complete(platform::ErrorTrap& trap);
     void AppendIndexes();
     HeaderNumbers FinalNumbers() const;
 
     std::string path_;
     OutputHeader header_;
     HeaderFacts facts_;
-    std::optional<HostFile> file_;
+    std::optional<PartFile> part_;
     std::optional<Packetizer> packetizer_;
     std::vector<StreamTotals> totals_;   // by stream
     std::vector<SimpleIndex> indexes_;   // by video stream
@@ -58,6 +72,8 @@ class AsfFile final : public PacketSink {
     std::uint64_t index_bytes_ = 0;
     ClosedPacket last_;  // the last one in the file; its bytes are gone
     std::uint64_t packets_ = 0;
+    bool whole_ = false;  // the part, with index and numbers
+    bool done_ = false;   // finished or abandoned
 };
 
 }  // namespace engine::asf

@@ -16,6 +16,7 @@ struct Guid {
     std::uint16_t second = 0;
     std::uint16_t third = 0;
     std::array<std::uint8_t, 8> rest{};
+    bool operator==(const Guid&) const = default;
 };
 
 /// The UTF-16LE bytes of a UTF-8 text with its terminator: at most 65534 bytes, cut where a

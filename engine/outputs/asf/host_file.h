@@ -12,9 +12,11 @@ namespace engine::asf {
 
 class HostFile {
   public:
-    /// Makes the file, or empties the one that is there; its folder must exist. Every operation
-    /// throws platform::Error (path not found, access denied, disk full, unspecified).
-    explicit HostFile(std::string path);
+    /// Makes the file, or empties the one that is there; its folder must exist. While the object
+    /// lives no other HostFile of any process opens the same file. Every operation throws
+    /// platform::Error (path not found, access denied, disk full, busy, unspecified).
+    /// @param called  the name that errors tell
+    HostFile(std::string path, std::string called);
 
     /// At the end. What a failed call has written of `bytes` stays until CutTo.
     void Append(std::span<const std::uint8_t> bytes);
@@ -22,16 +24,28 @@ class HostFile {
     void Overwrite(std::span<const std::uint8_t> bytes);
     /// Drops what stands behind the first `bytes` bytes.
     void CutTo(std::uint64_t bytes);
-    void Close();
+    /// Returns when the content is on the disk; reports what the system could not write after all.
+    void Sync();
+    /// Whether a name still leads to the file: a folder that is removed takes its files along, and
+    /// the system says nothing to those who write them.
+    bool HasName() const;
+    /// The file's new name; one that is there is replaced.
+    void Rename(const std::string& path);
+
+    const std::string& path() const { return path_; }
 
   private:
     struct Closer {
         void operator()(std::FILE* file) const noexcept { std::fclose(file); }
     };
-    [[noreturn]] void Fail(int cause) const;
+    bool Open();
 
     std::string path_;
+    std::string called_;
     std::unique_ptr<std::FILE, Closer> file_;
 };
+
+/// Throws the platform::Error of a system's error code: what cannot be written, why, what to do.
+[[noreturn]] void FailToWrite(const std::string& called, int cause);
 
 }  // namespace engine::asf

@@ -1,14 +1,13 @@
 // The file as it grows, ends early, fails and is finished.
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
 
 #include "clips.h"
 #include "engine/outputs/asf/asf_file.h"
 #include "engine/outputs/asf/packet_size.h"
+#include "file_size_limit.h"
 #include "platform/error.h"
 #include "support/asf_reader.h"
 
@@ -119,11 +118,11 @@ TEST(AsfFile, LessThanASecondIsEverOnTheWay) {
             sink.Write(clips::AsPacket(frame));
             if (i % 10 != 0) continue;
             // What a killed process would leave at this moment.
-            const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wmv"));
+            const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wmv.part"));
             const std::int64_t kept =
                 file.objects.empty() ? 0 : file.objects.back().presentation_ms - 5000 + 40;
             EXPECT_GT(kept + 1000, frame.decode.Milliseconds());
-            EXPECT_EQ(sink.Result().bytes, std::filesystem::file_size(scratch.Path("a.wmv")));
+            EXPECT_EQ(sink.Result().bytes, std::filesystem::file_size(scratch.Path("a.wmv.part")));
         }
     }
 }
@@ -136,7 +135,7 @@ TEST(AsfFile, CutAnywhereItReadsToItsEnd) {
         AsfFile sink(scratch.Path("a.wmv"));
         clips::WriteAll(sink, clip);
     }
-    const std::vector<std::uint8_t> recording = asf_reader::FileBytes(scratch.Path("a.wmv"));
+    const std::vector<std::uint8_t> recording = asf_reader::FileBytes(scratch.Path("a.wmv.part"));
     const asf_reader::Header header = asf_reader::ReadHeader(recording);
     EXPECT_EQ(header.flags, 1U);
     const std::size_t data = header.bytes + 50;
@@ -186,6 +185,8 @@ TEST(AsfFile, NamesTheFileThatCannotBeMade) {
         {"no such folder", scratch.Path("none/a.wmv"), platform::kPathNotFound},
         {"the folder is a file", scratch.Path("file/a.wmv"), platform::kPathNotFound},
         {"the file is a folder", scratch.Path("."), platform::kAccessDenied},
+        {"the name has no room for its part", scratch.Path(std::string(252, 'n')),
+         platform::kInvalidArgument},
         {"no room for a header", "/dev/full", platform::kDiskFull},
     };
     for (const Row& row : rows) {
@@ -202,27 +203,7 @@ TEST(AsfFile, NamesTheFileThatCannotBeMade) {
     EXPECT_FALSE(std::filesystem::exists(scratch.Path("refused.wmv")));
 }
 
-/// No file of this process grows past `bytes` while it lives: a disk that is full.
-class FullDisk {
-  public:
-    explicit FullDisk(std::uint64_t bytes) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        handler_ = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit limit = before_;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-
-  private:
-    rlimit before_{};
-    void (*handler_)(int) = nullptr;
-};
-
-TEST(AsfFile, FullDiskLeavesAWholeFile) {
+TEST(AsfFile, FullDiskLeavesAWholePartAndWhatWasThere) {
     clips::Clip clip = clips::MadeUp(20'000);
     clip.header.min_packet_bytes = clip.header.max_packet_bytes = 1400;
     const clips::Scratch scratch;
@@ -231,6 +212,7 @@ TEST(AsfFile, FullDiskLeavesAWholeFile) {
     const asf_reader::File whole = asf_reader::ReadFile(path);
     const std::uint64_t data = whole.header.bytes + 50;
     const std::uint64_t count = whole.packets.size();
+    const std::vector<std::uint8_t> before = asf_reader::FileBytes(path);
 
     struct Row {
         const char* why;
@@ -252,7 +234,7 @@ TEST(AsfFile, FullDiskLeavesAWholeFile) {
         SCOPED_TRACE(row.why);
         AsfFile sink(path);
         sink.Begin(clip.header);
-        const FullDisk disk(row.room);
+        const FileSizeLimit disk(row.room);
         std::uint32_t failed = 0;
         for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i)
             failed = ErrorOf([&] { sink.Write(clips::AsPacket(clip.frames[i])); }, path);
@@ -261,15 +243,87 @@ TEST(AsfFile, FullDiskLeavesAWholeFile) {
             EXPECT_EQ(ErrorOf([&] { sink.Write(clips::AsPacket(clip.frames[0])); }, path), failed);
         }
         EXPECT_EQ(ErrorOf([&] { sink.Finish(); }, path), row.finish);
-        const asf_reader::File file = asf_reader::ReadFile(path);  // checks all sizes
+        EXPECT_TRUE(asf_reader::FileBytes(path) == before) << "the older file is touched";
+        const std::string part = path + ".part";
+        EXPECT_EQ(std::filesystem::exists(part), row.packets > 0);
+        if (row.packets == 0) {
+            EXPECT_EQ(sink.RemainsText(), "");
+            continue;
+        }
+        EXPECT_THAT(sink.RemainsText(),
+                    testing::HasSubstr(row.indexes == 0 ? "--repair" : "is whole"));
+        const asf_reader::File file = asf_reader::ReadFile(part);  // checks all sizes
         EXPECT_EQ(file.header.flags, 2U);
         EXPECT_EQ(file.packets.size(), row.packets);
         EXPECT_EQ(file.indexes.size(), row.indexes);
-        EXPECT_EQ(sink.Result().bytes, std::filesystem::file_size(path));
+        EXPECT_EQ(sink.Result().bytes, std::filesystem::file_size(part));
         const std::uint64_t last =
             file.objects.empty() ? 5000 : file.objects.back().presentation_ms;
         EXPECT_GE(file.header.play_duration, last * 10'000) << "the end of what is there";
         EXPECT_LE(file.header.play_duration, (last + 230) * 10'000);
+    }
+}
+
+TEST(PartFile, TakesItsNameOnlyWhenItIsWhole) {
+    namespace fs = std::filesystem;
+    const clips::Scratch scratch;
+    const std::string path = scratch.Path("a.wmv");
+    const std::string part = path + ".part";
+    const clips::Clip clip = clips::MadeUp(2000);
+    clips::WriteFile(path, clips::MadeUp(1000), 1400);
+    const std::vector<std::uint8_t> older = asf_reader::FileBytes(path);
+    clips::WriteFile(scratch.Path("longer.wmv"), clips::MadeUp(9000), 1400);
+    fs::rename(scratch.Path("longer.wmv"), part);  // of an earlier run
+    {
+        AsfFile sink(path);
+        clips::WriteAll(sink, clip);
+        EXPECT_TRUE(asf_reader::FileBytes(path) == older);
+        AsfFile second(path);
+        EXPECT_EQ(ErrorOf([&] { second.Begin(clip.header); }, path), platform::kBusy);
+        sink.Finish();
+        EXPECT_FALSE(fs::exists(part));
+        EXPECT_EQ(asf_reader::ReadFile(path).header.play_duration / 10'000'000, 7U);
+        EXPECT_EQ(sink.RemainsText(), "");
+    }
+    {
+        AsfFile sink(path);
+        sink.Begin(clip.header);
+    }
+    EXPECT_FALSE(fs::exists(part)) << "nothing was written to it";
+    {
+        AsfFile sink(path);
+        clips::WriteAll(sink, clip);
+        sink.Abandon();
+        EXPECT_THAT(sink.RemainsText(), testing::HasSubstr(part));
+    }
+    EXPECT_EQ(asf_reader::ReadFile(part).header.flags, 2U);
+    fs::remove(part);
+
+    fs::create_symlink("a.wmv", scratch.Path("link.wmv"));
+    clips::WriteFile(scratch.Path("link.wmv"), clip, 1400);
+    EXPECT_TRUE(fs::is_symlink(scratch.Path("link.wmv")));
+    fs::remove(path);
+    EXPECT_FALSE(fs::exists(scratch.Path("link.wmv"))) << "the link's target was written";
+}
+
+TEST(PartFile, AFolderThatGoesAwayIsSaid) {
+    const clips::Clip clip = clips::MadeUp(4000);
+    for (const bool at_the_end : {false, true}) {
+        SCOPED_TRACE(at_the_end);
+        const clips::Scratch scratch;
+        std::filesystem::create_directory(scratch.Path("gone"));
+        const std::string path = scratch.Path("gone/a.wmv");
+        AsfFile sink(path);
+        sink.Begin(clip.header);
+        std::uint32_t failed = 0;
+        for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i) {
+            if (i == (at_the_end ? clip.frames.size() - 1 : 50))
+                std::filesystem::remove_all(scratch.Path("gone"));
+            failed = ErrorOf([&] { sink.Write(clips::AsPacket(clip.frames[i])); }, path);
+        }
+        const std::uint32_t finished = ErrorOf([&] { sink.Finish(); }, path);
+        EXPECT_EQ(failed != 0 ? failed : finished, platform::kPathNotFound);
+        EXPECT_EQ(sink.RemainsText(), "");
     }
 }
 

@@ -1,0 +1,360 @@
+// Files that were cut at every kind of place, by this writer and by another, made whole again.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <bitset>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+#include "clips.h"
+#include "engine/outputs/asf/asf_file.h"
+#include "engine/outputs/asf/packet_reader.h"
+#include "engine/outputs/asf/repair.h"
+#include "file_size_limit.h"
+#include "platform/error.h"
+#include "support/asf_reader.h"
+#include "support/commands.h"
+
+namespace engine::asf {
+namespace {
+
+namespace fs = std::filesystem;
+using Bytes = std::vector<std::uint8_t>;
+using testing::HasSubstr;
+
+constexpr std::uint32_t kPacketBytes = 1400;
+
+void WriteBytes(const std::string& path, const Bytes& bytes, std::size_t count) {
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(count));
+}
+
+/// 0 when it is repaired.
+std::uint32_t ErrorOf(const std::string& path, const std::string& named) {
+    try {
+        Repair(path);
+    } catch (const platform::Error& error) {
+        EXPECT_THAT(error.description(), HasSubstr(named));
+        return error.unsigned_number();
+    }
+    return 0;
+}
+
+void ExpectUntouched(const std::string& path, const Bytes& before) {
+    EXPECT_TRUE(asf_reader::FileBytes(path) == before) << path;
+    EXPECT_FALSE(fs::exists(path + ".repair"));
+}
+
+/// A recording that was never finished, and the same frames finished.
+struct Written {
+    Bytes recording, finished;
+    std::size_t data = 0;  // where the packets begin
+};
+
+Written Write(const clips::Scratch& scratch, int milliseconds) {
+    clips::Clip clip = clips::MadeUp(milliseconds);
+    clip.header.min_packet_bytes = clip.header.max_packet_bytes = kPacketBytes;
+    Written written;
+    {
+        AsfFile sink(scratch.Path("r.wmv"));
+        clips::WriteAll(sink, clip);
+    }
+    written.recording = asf_reader::FileBytes(scratch.Path("r.wmv.part"));
+    clips::WriteFile(scratch.Path("f.wmv"), clip, kPacketBytes);
+    written.finished = asf_reader::FileBytes(scratch.Path("f.wmv"));
+    written.data = asf_reader::ReadHeader(written.recording).bytes + 50;
+    return written;
+}
+
+/// Repairs a file and compares it with what the independent reader finds in its packets.
+void ExpectRepaired(const std::string& path, const Bytes& data_of_cut) {
+    const asf_reader::File cut = asf_reader::Read(data_of_cut);
+    std::size_t packets = 0;
+    for (const asf_reader::MediaObject& object : cut.objects)
+        packets = std::max(packets, object.last_packet + 1);
+    ASSERT_EQ(ErrorOf(path, ""), 0U);
+    EXPECT_FALSE(fs::exists(path + ".repair"));
+    const asf_reader::File file = asf_reader::ReadFile(path);  // checks all sizes and counts
+    EXPECT_EQ(file.header.flags, 2U);
+    EXPECT_EQ(file.packets.size(), packets);
+    ASSERT_EQ(file.objects.size(), cut.objects.size());
+    std::uint64_t last_ms = 0;
+    for (std::size_t i = 0; i < file.objects.size(); ++i) {
+        ASSERT_EQ(file.objects[i].bytes, cut.objects[i].bytes);
+        last_ms = std::max<std::uint64_t>(last_ms, file.objects[i].presentation_ms);
+    }
+    EXPECT_GE(file.header.play_duration, last_ms * 10'000);
+    EXPECT_LE(file.header.play_duration, (last_ms + 200) * 10'000);
+    const bool has_key_frame =
+        std::any_of(file.objects.begin(), file.objects.end(),
+                    [](const auto& object) { return object.stream == 2 && object.key; });
+    ASSERT_EQ(file.indexes.size(), has_key_frame ? 1U : 0U);
+    if (!has_key_frame) return;
+    const asf_reader::Index& index = file.indexes[0];
+    EXPECT_EQ(index.entries.size(), last_ms / 1000 + 1);
+    for (std::size_t second = 0; second < index.entries.size(); ++second) {
+        // The last key frame that is not later, else the first.
+        const asf_reader::MediaObject* expected = nullptr;
+        for (const asf_reader::MediaObject& object : file.objects)
+            if (object.stream == 2 && object.key &&
+                (expected == nullptr || object.presentation_ms <= second * 1000))
+                expected = &object;
+        EXPECT_EQ(index.entries[second].packet, expected->first_packet) << second;
+    }
+}
+
+TEST(Repair, ACutFileIsWholeUpToTheCut) {
+    const clips::Scratch scratch;
+    const Written written = Write(scratch, 6000);
+    Bytes indexed = written.finished;  // the index is there, the header's numbers are not
+    std::copy_n(written.recording.begin(), written.data, indexed.begin());
+    const std::size_t recorded = written.recording.size();
+    const std::size_t data_end =
+        written.data + asf_reader::ReadHeader(written.finished).packets * kPacketBytes;
+    struct Cut {
+        const char* why;
+        const Bytes& bytes;
+        std::size_t length;
+    };
+    std::vector<Cut> cuts = {
+        {"killed", written.recording, recorded},
+        {"soon after the first key frame", written.recording, written.data + 15 * kPacketBytes + 1},
+        {"between packets", written.recording, written.data + 40 * kPacketBytes},
+        {"one byte of a packet is missing", written.recording, recorded - 1},
+        {"finished, then cut in its data", written.finished, written.data + 50 * kPacketBytes + 7},
+        {"finished, then cut before its index", written.finished, data_end},
+        {"finished, cut by one byte", written.finished, written.finished.size() - 1},
+        {"killed before the numbers", indexed, indexed.size()},
+        {"killed in the index", indexed, indexed.size() - 30},
+        {"killed at the index's first bytes", indexed, data_end + 5},
+    };
+    for (std::size_t length = written.data + 16 * kPacketBytes; length < recorded; length += 5003)
+        cuts.push_back({"anywhere", written.recording, length});
+    const std::string path = scratch.Path("cut.wmv");
+    for (const Cut& cut : cuts) {
+        SCOPED_TRACE(std::string(cut.why) + " " + std::to_string(cut.length));
+        WriteBytes(path, cut.bytes, cut.length);
+        const std::size_t whole = (std::min(cut.length, data_end) - written.data) / kPacketBytes;
+        const auto packets_end = static_cast<std::ptrdiff_t>(written.data + whole * kPacketBytes);
+        ExpectRepaired(path, {indexed.begin(), indexed.begin() + packets_end});
+    }
+}
+
+TEST(Repair, WhatItCannotSaveStaysAsItIs) {
+    const clips::Scratch scratch;
+    const Written written = Write(scratch, 1000);
+    Bytes no_size = written.recording;  // the packets' sizes
+    std::fill_n(no_size.begin() + 30 + 24 + 68, 4, std::uint8_t{0});
+    const Bytes text(4000, 'a');
+    struct Row {
+        const char* why;
+        const Bytes& bytes;
+        std::size_t length;
+        std::uint32_t number;
+        const char* said;
+    };
+    const Row rows[] = {
+        {"empty", text, 0, platform::kInvalidData, "too short"},
+        {"another kind of file", text, text.size(), platform::kInvalidData, "no Windows Media"},
+        {"cut in the header", written.recording, 700, platform::kInvalidData, "within its header"},
+        {"cut in the data's header", written.recording, written.data - 1, platform::kInvalidData,
+         "within its header"},
+        {"no packet", written.recording, written.data, platform::kInvalidData, "no whole frame"},
+        {"half a packet", written.recording, written.data + 700, platform::kInvalidData,
+         "no whole frame"},
+        {"packets of no size", no_size, no_size.size(), platform::kInvalidData, "no single size"},
+    };
+    const std::string path = scratch.Path("x.wmv");
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        WriteBytes(path, row.bytes, row.length);
+        const Bytes before = asf_reader::FileBytes(path);
+        EXPECT_EQ(ErrorOf(path, row.said), row.number);
+        EXPECT_EQ(ErrorOf(path, path), row.number);
+        ExpectUntouched(path, before);
+    }
+    EXPECT_EQ(ErrorOf(scratch.Path("absent.wmv"), "absent"), platform::kFileNotFound);
+    EXPECT_EQ(ErrorOf(scratch.Path("."), "no file"), platform::kInvalidArgument);
+
+    WriteBytes(path, written.recording, written.recording.size());
+    {
+        const FileSizeLimit disk(written.data + 2 * kPacketBytes);
+        EXPECT_EQ(ErrorOf(path, path), platform::kDiskFull);
+    }
+    ExpectUntouched(path, written.recording);
+}
+
+TEST(Repair, AWholeFileIsLeftAlone) {
+    const clips::Scratch scratch;
+    const Written written = Write(scratch, 3000);
+    const std::string path = scratch.Path("f.wmv");
+    const auto changed = fs::last_write_time(path);
+    EXPECT_THAT(Repair(path), HasSubstr("Left as it is"));
+    ExpectUntouched(path, written.finished);
+    EXPECT_EQ(fs::last_write_time(path), changed);
+
+    WriteBytes(path, written.recording, written.recording.size());
+    EXPECT_THAT(Repair(path), HasSubstr("Written"));
+    const Bytes repaired = asf_reader::FileBytes(path);
+    EXPECT_THAT(Repair(path), HasSubstr("Left as it is")) << "it holds its own result for whole";
+    ExpectUntouched(path, repaired);
+}
+
+TEST(Repair, APartTakesItsNameWhenThatIsFree) {
+    const clips::Scratch scratch;
+    const Written written = Write(scratch, 2000);
+    const std::string path = scratch.Path("a.wmv");
+    const std::string part = path + ".part";
+    for (const Bytes* bytes : {&written.recording, &written.finished}) {
+        fs::remove(path);
+        WriteBytes(part, *bytes, bytes->size());
+        EXPECT_THAT(Repair(part), HasSubstr(path + (bytes == &written.recording ? "," : "\n")));
+        EXPECT_FALSE(fs::exists(part));
+        const Bytes result = asf_reader::FileBytes(path);
+
+        WriteBytes(part, *bytes, bytes->size());
+        EXPECT_THAT(Repair(part), HasSubstr(path + " exists"));
+        EXPECT_EQ(asf_reader::ReadFile(part).header.flags, 2U);
+        EXPECT_TRUE(asf_reader::FileBytes(path) == result);
+    }
+    AsfFile running(path);
+    clips::WriteAll(running, clips::MadeUp(1000));
+    EXPECT_EQ(ErrorOf(part, part), platform::kBusy);
+}
+
+TEST(Repair, DamagedPacketsAreLeftOutAndTheRestIsKept) {
+    const clips::Scratch scratch;
+    const Written written = Write(scratch, 6000);
+    const std::size_t packets = (written.recording.size() - written.data) / kPacketBytes;
+    Bytes holed = written.recording;  // what a crashed system leaves of blocks it never wrote
+    std::fill_n(holed.begin() + static_cast<std::ptrdiff_t>(written.data + 20 * kPacketBytes),
+                3 * kPacketBytes, std::uint8_t{0});
+    const std::string path = scratch.Path("a.wmv");
+    WriteBytes(path, holed, holed.size());
+    EXPECT_THAT(Repair(path), HasSubstr("3 damaged packets"));
+    const asf_reader::Header header = asf_reader::ReadHeader(asf_reader::FileBytes(path));
+    EXPECT_EQ(header.packets, packets - 3);
+    EXPECT_NEAR(static_cast<double>(header.play_duration) / 1e7, 11.0, 0.2);
+}
+
+TEST(Repair, FilesOfAnotherWriter) {
+    const clips::Scratch scratch;
+    const std::string source =
+        "-f lavfi -i testsrc2=s=176x144:r=25 -f lavfi -i sine=440:r=44100 -t 8 -c:v wmv2 -g 25 "
+        "-c:a wmav2 ";
+    clips::Ffmpeg(source + scratch.Path("whole.wmv"));
+    clips::Ffmpeg(source + "-packet_size 576 " + scratch.Path("small.wmv"));
+    clips::Ffmpeg(source + "-f asf - > " + scratch.Path("piped.wmv"));
+    clips::Ffmpeg("-f lavfi -i sine=440:r=44100 -t 8 -c:a wmav2 " + scratch.Path("sound.wma"));
+    const Bytes whole = asf_reader::FileBytes(scratch.Path("whole.wmv"));
+    EXPECT_THAT(Repair(scratch.Path("whole.wmv")), HasSubstr("Left as it is"));
+    ExpectUntouched(scratch.Path("whole.wmv"), whole);
+
+    struct Row {
+        const char* why;
+        const char* name;
+        double kept;  // of the file's bytes
+    };
+    const Row rows[] = {
+        {"cut in the middle", "whole.wmv", 0.5},
+        {"cut by a little", "whole.wmv", 0.999},
+        {"small packets", "small.wmv", 0.7},
+        {"never finished, since a pipe has no way back", "piped.wmv", 1.0},
+        {"never finished and cut", "piped.wmv", 0.4},
+        {"sound alone", "sound.wma", 0.6},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        const Bytes bytes = asf_reader::FileBytes(scratch.Path(row.name));
+        const std::string path = scratch.Path(std::string("cut_") + row.name);
+        WriteBytes(path, bytes,
+                   static_cast<std::size_t>(static_cast<double>(bytes.size()) * row.kept));
+        const std::vector<clips::ReadBack> before = clips::ReadWithLibavformat(path);
+        ASSERT_EQ(ErrorOf(path, ""), 0U);
+        const std::vector<clips::ReadBack> after = clips::ReadWithLibavformat(path);
+        EXPECT_EQ(test_support::DecodeMessages(path), "");
+        // The reader may still find frames in the packet that is cut; no others may be missing.
+        constexpr std::size_t frames_of_a_packet = 6;
+        ASSERT_LE(after.size(), before.size());
+        EXPECT_GE(after.size() + frames_of_a_packet, before.size());
+        for (std::size_t i = 0; i < after.size(); ++i) ASSERT_EQ(after[i].bytes, before[i].bytes);
+        const double duration = test_support::ProbeNumber(path, "", "duration");
+        EXPECT_NEAR(duration, static_cast<double>(after.back().presentation_ms) / 1000, 0.25);
+        if (std::string(row.name) == "sound.wma") continue;
+        const std::vector<clips::ReadBack> sought = clips::ReadWithLibavformat(path, 2500, 1);
+        ASSERT_EQ(sought.size(), 1U);
+        // Entries count from the preroll's begin, so that one may name the key frame before.
+        EXPECT_TRUE(sought[0].key);
+        EXPECT_LE(sought[0].presentation_ms, 2500);
+        EXPECT_GE(sought[0].presentation_ms, 1000);
+    }
+}
+
+TEST(Repair, PacketsOfEveryForm) {
+    struct Row {
+        const char* why;
+        Bytes bytes;  // padded with zeros to 64
+        bool good;
+        std::size_t payloads;
+    };
+    // send time, duration
+    constexpr std::uint8_t s = 9;
+    const Row rows[] = {
+        // flags, properties, padding, send time, duration; stream, object, offset, replicated
+        {"one payload to the padding, its object shorter",
+         {0x82, 0, 0, 0x08, 0x5D, 29, s, 0, 0, 0, 1, 0, 0x81, 7,
+          0,    0, 0, 0,    8,    3,  0, 0, 0, 5, 0, 0, 0},
+         false,
+         0},
+        {"one payload, its object longer",
+         {0x82, 0, 0, 0x08, 0x5D, 29, s, 0, 0, 0, 1, 0, 0x81, 7,
+          0,    0, 0, 0,    8,    99, 0, 0, 0, 5, 0, 0, 0},
+         true,
+         1},
+        {"no error correction, an explicit length of 40",
+         {0x20, 0x5D, 40, s, 0, 0, 0, 1, 0, 1, 7, 0, 0, 0, 0, 8, 99, 0, 0, 0, 5, 0, 0, 0},
+         true,
+         1},
+        {"a length past the packet",
+         {0x20, 0x5D, 65, s, 0, 0, 0, 1, 0, 1, 7, 0, 0, 0, 0, 8, 99, 0, 0, 0, 5, 0, 0, 0},
+         false,
+         0},
+        {"three small objects in one payload",
+         {0x08, 0x5D, 39, s, 0, 0, 0, 1, 0, 1, 7, 5, 0, 0, 0, 1, 20, 2, 1, 1, 2, 1, 1, 1, 1},
+         true,
+         3},
+        {"a small object past its payload",
+         {0x08, 0x5D, 39, s, 0, 0, 0, 1, 0, 1, 7, 5, 0, 0, 0, 1, 20, 9, 1, 1, 2, 1, 1, 1, 1},
+         false,
+         0},
+        {"two payloads with lengths of a byte, a sequence number",
+         {0x0B, 0x5D, 3, 16, s,  0, 0, 0, 1, 0, 0x42, 1, 7, 0, 0, 0, 0, 0, 2, 1, 1, 1, 8, 0,
+          0,    0,    0, 0,  19, 1, 1, 1, 1, 1, 1,    1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1},
+         true,
+         2},
+        {"an unknown stream",
+         {0x82, 0, 0, 0x08, 0x5D, 29, s, 0, 0, 0, 1, 0, 0x83, 7,
+          0,    0, 0, 0,    8,    99, 0, 0, 0, 5, 0, 0, 0},
+         false,
+         0},
+        {"zeros", {}, false, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        Bytes bytes = row.bytes;
+        bytes.resize(64);
+        PacketFacts facts;
+        const std::bitset<128> streams(0b10);
+        ASSERT_EQ(ReadPacket(bytes, streams, facts), row.good);
+        if (!row.good) continue;
+        EXPECT_EQ(facts.payloads.size(), row.payloads);
+        EXPECT_EQ(facts.send_ms, s);
+        if (row.payloads == 3) {
+            EXPECT_EQ(facts.payloads[2].presentation_ms, 45U);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace engine::asf
