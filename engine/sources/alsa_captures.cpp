@@ -1,6 +1,9 @@
 #include "engine/sources/alsa_captures.h"
 
+// One of its declarations stands outside of its own linkage block.
+extern "C" {
 #include <alsa/asoundlib.h>
+}
 
 #include <cstdarg>
 #include <memory>
