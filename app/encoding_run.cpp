@@ -63,6 +63,13 @@ void EncodingRun::NewSession() {
     ++g_nSession;
 }
 
+void EncodingRun::EndSession() {
+    if (session_.g_objEncoder) ReleaseEncoder();
+    g_bFailed = false;
+    ++g_nSession;
+    Purge();
+}
+
 void EncodingRun::ReleaseEncoder() {
     g_objEvents = nullptr;
     const auto encoder = std::exchange(session_.g_objEncoder, nullptr);
@@ -146,6 +153,7 @@ void EncodingRun::g_objEncoder_OnStateChange(platform::EncoderState state) {
 
 void EncodingRun::g_objEncoder_OnError(std::int32_t number, const std::string& description) {
     g_encodeError = number;
+    g_strEncodeError = description;
     pane_.OutputInfo(session::ErrorLine(static_cast<std::uint32_t>(number), description));
 }
 
@@ -166,10 +174,10 @@ void EncodingRun::OnStopped() {
     window_.Beep();
     window_.cmdGo().SetCaption("&Go");
     window_.Timer1().SetEnabled(false);
+    const std::uint64_t session = g_nSession;
     if (g_encodeError == 0) {
         pane_.OutputInfo("======== Encoding Completed ========\r\n");
         // Nobody else prints the report, so that a run has one.
-        const std::uint64_t session = g_nSession;
         const bool reported = settings_.silent || report_.ShowStatistics(g_dtStart, g_dtEnd);
         // The report's message box may have let another session begin.
         if (session == g_nSession) g_bFailed = !reported;
@@ -179,6 +187,17 @@ void EncodingRun::OnStopped() {
                                      static_cast<std::uint32_t>(g_encodeError)));
     }
     window_.txtInfo().ScrollToEnd();
+    if (session == g_nSession && on_end_) on_end_(HowItEnded());
+}
+
+RunEnd EncodingRun::HowItEnded() const {
+    RunEnd how{g_dtStart, g_dtEnd, g_bFailed, {}};
+    if (g_encodeError != 0) {
+        how.error = {static_cast<std::uint32_t>(g_encodeError), g_strEncodeError};
+    } else if (g_bFailed) {
+        how.error.description = "Output file could not be created.";
+    }
+    return how;
 }
 
 }  // namespace app

@@ -3,11 +3,14 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/progress.h"
+#include "app/run_log.h"
 #include "app/statistics_report.h"
 #include "cli/encode_settings.h"
 #include "platform/encoder.h"
@@ -37,6 +40,9 @@ class EncodingRun {
     /// more. Throws Error when no encoder can be made; all stays as it was then.
     void NewSession();
 
+    /// Takes the encoder, if there is one, out of the session, which is left without.
+    void EndSession();
+
     /// Prepares and starts the session's encoder and returns at once; a failure has its line.
     TranscodeResult Transcode();
 
@@ -53,6 +59,8 @@ class EncodingRun {
     /// Whether the last run ended in an error, or its report could not be written.
     bool HasFailed() const { return g_bFailed; }
     void ForgetFailure() { g_bFailed = false; }
+    /// Called when the session's encoder has stopped, its lines written.
+    void OnEnd(std::function<void(const RunEnd&)> handler) { on_end_ = std::move(handler); }
     /// Counts the sessions, so that one who waits can tell its own from the next.
     std::uint64_t SessionNumber() const { return g_nSession; }
 
@@ -63,6 +71,7 @@ class EncodingRun {
     void g_objEncoder_OnError(std::int32_t number, const std::string& description);
     void OnRunning();
     void OnStopped();
+    RunEnd HowItEnded() const;
     void ReleaseEncoder();
     void StopEncoder(platform::WMEncoder& encoder);
 
@@ -80,6 +89,8 @@ class EncodingRun {
     std::uint64_t g_nSession = 0;
     int g_nEventDepth = 0;  // events that are being handled
     std::int32_t g_encodeError = 0;
+    std::string g_strEncodeError;  // its description
+    std::function<void(const RunEnd&)> on_end_;
     WallTime g_dtStart;
     WallTime g_dtEnd;
     bool g_bRunning = false;

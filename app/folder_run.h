@@ -1,6 +1,9 @@
 // The runs of a folder's files, one after the other, while the window stays usable.
 #pragma once
 
+#include <functional>
+#include <utility>
+
 #include "app/encoding_run.h"
 #include "platform/event_loop.h"
 #include "session/file_run.h"
@@ -33,7 +36,13 @@ class FolderRun final : public session::FileRun {
     /// Ends every walk that has begun, each at the end of its file.
     void CancelWalks() { g_nCancelledWalks = g_nWalks; }
 
-    void PrepareSession() override { run_.NewSession(); }
+    /// Called before each file's session is prepared.
+    void OnFile(std::function<void()> handler) { on_file_ = std::move(handler); }
+
+    void PrepareSession() override {
+        if (on_file_) on_file_();
+        run_.NewSession();
+    }
     /// What it returns means nothing when another command has taken the session over.
     session::FileRunEnd RunToEnd() override;
     bool WalkCancelled() const override { return g_nWalks <= g_nCancelledWalks; }
@@ -41,6 +50,7 @@ class FolderRun final : public session::FileRun {
   private:
     platform::EventLoop& loop_;
     EncodingRun& run_;
+    std::function<void()> on_file_;
     int g_nWalks = 0;           // nested in one another
     int g_nCancelledWalks = 0;  // the outermost so many of them
 };

@@ -15,12 +15,17 @@ class InfoPane final : public platform::OutputPane {
 
     void OutputInfo(const std::string& text) override {
         txtInfo_.AppendText(text + "\r\n");
+        last_line_ = text;
         scrollDisplay();
     }
     void scrollDisplay() { txtInfo_.ScrollToEnd(); }
 
+    /// "" before the first.
+    const std::string& LastLine() const { return last_line_; }
+
   private:
     platform::TextBox& txtInfo_;
+    std::string last_line_;
 };
 
 }  // namespace app

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "app/explain_command.h"
 #include "cli/help.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -11,6 +12,7 @@ namespace app {
 
 namespace {
 
+constexpr const char* kStarting = "Initializing Codecs...";
 constexpr int kProgressInterval = 1000;  // milliseconds
 
 // How a command ended, for hosts that report it to a shell.
@@ -26,6 +28,7 @@ frmMain::frmMain(platform::FormWindow& window, platform::Factory& factory, WallC
       pane_(window.txtInfo()),
       progress_(window, session_, settings_),
       report_(window, factory, session_, settings_, pane_),
+      run_log_(session_, settings_),
       run_(window, factory, session_, settings_, pane_, progress_, report_, std::move(clock)),
       folder_run_(window.Loop(), run_),
       encoder_setup_(session_, settings_, pane_, factory),
@@ -33,6 +36,11 @@ frmMain::frmMain(platform::FormWindow& window, platform::Factory& factory, WallC
       actions_(factory, session_, pane_, report_),
       readers_(pane_),
       parser_(settings_, readers_, pane_, actions_, session_) {
+    run_.OnEnd([this](const RunEnd& end) { run_log_.EndRun(end); });
+    folder_run_.OnFile([this] {
+        run_log_.EndFile(pane_.LastLine());
+        run_log_.BeginFile();
+    });
     Form_Initialize();
 }
 
@@ -54,7 +62,7 @@ void frmMain::cmdGo_Click() {
     platform::TextBox& command = window_.txtCmd();
     if (command.Text().empty()) command.SetText(window_.Arguments());
     const std::vector<std::string> words = platform::Split(command.Text(), ' ');
-    window_.lblStatus().SetCaption("Initializing Codecs...");
+    window_.lblStatus().SetCaption(kStarting);
     if (words.size() < 2)
         OfferDefaultCommand();
     else
@@ -63,15 +71,43 @@ void frmMain::cmdGo_Click() {
 
 void frmMain::RunCommand(const std::vector<std::string>& words) {
     g_bAutoStarted = 1;
-    window_.lblStatus().SetCaption("Initializing Codecs...");
+    window_.lblStatus().SetCaption(kStarting);
     if (words.empty())
         OfferDefaultCommand();
     else
         RunWords(words);
 }
 
+void frmMain::RunListing(const std::vector<std::string>& words) {
+    if (!IsBusy()) {
+        // Text in the pane is not wiped by the first tick's help; a command still runs then.
+        if (window_.Arguments().empty()) g_bAutoStarted = 1;
+        window_.lblStatus().SetCaption(kStarting);
+        RunWords(words);
+        return;
+    }
+    // A new session would end the run, and a run reads its settings to its end.
+    const cli::EncodeSettings settings_of_run = settings_;
+    platform::ErrorTrap trap;
+    trap([&] { parser_.ParseParameters(words); });
+    settings_ = settings_of_run;
+    if (trap.HasError())
+        pane_.OutputInfo(session::ErrorLine(trap.UnsignedNumber(), trap.Description()));
+}
+
+bool frmMain::NewSession() {
+    if (IsBusy()) return false;
+    run_.EndSession();
+    settings_ = cli::EncodeSettings();
+    session_ = platform::SessionState();
+    progress_.Clear();
+    window_.lblStatus().SetCaption("New session: nothing is given yet.");
+    return true;
+}
+
 void frmMain::cmdStop_Click() {
     if (!session_.g_objEncoder) return;
+    run_log_.NoteStop();
     folder_run_.CancelWalks();
     run_.Stop();
     window_.Timer1().SetEnabled(false);
@@ -102,9 +138,37 @@ int frmMain::ExitStatus() const {
     return run_.HasFailed() ? kFailed : kDone;
 }
 
+platform::RunProgress frmMain::Progress() const {
+    platform::RunProgress progress;
+    progress.input = settings_.input;
+    progress.percent = window_.pb1().Value();
+    progress.pass = progress_.CurrentPass();
+    progress.passes = progress_.TotalPasses();
+    if (!session_.g_objEncoder) return progress;
+    progress.state = session_.g_objEncoder->RunState();
+    platform::ErrorTrap trap;  // a run that is really broken says so by its events
+    platform::WMEncStatistics& statistics = session_.g_objEncoder->Statistics();
+    trap([&] { progress.encoded_ms = statistics.EncodingTime().Raw(); });
+    trap([&] { progress.total = statistics.WMFOutputStats(); });
+    if (session_.g_objSrcVid)
+        trap([&] {
+            const auto video = statistics.StreamOutputStats(platform::SourceType::Video, 0, 0);
+            progress.dropped_frames = video.dropped_sample_count.Raw();
+            progress.dropped_bytes = video.dropped_byte_count.Raw();
+        });
+    return progress;
+}
+
+platform::CommandReport frmMain::Report() const {
+    return run_log_.Report(ExitStatus(), pane_.LastLine());
+}
+
+void frmMain::SetRunListener(platform::RunListener* listener) { run_log_.SetListener(listener); }
+
 void frmMain::OfferDefaultCommand() {
     g_nExitStatus = kDone;
     run_.ForgetFailure();
+    run_log_.BeginCommand();
     window_.Beep();
     window_.lblStatus().SetCaption("Change parameters, then press Go.  (Help is above)");
     window_.txtInfo().SetText("");
@@ -117,6 +181,7 @@ void frmMain::RunWords(const std::vector<std::string>& words) {
     const std::uint64_t command = ++g_nCommands;
     g_nExitStatus = kDone;
     run_.ForgetFailure();
+    run_log_.BeginCommand();
     int status = kRefused;
     try {
         status = RunSession(words);
@@ -128,6 +193,10 @@ void frmMain::RunWords(const std::vector<std::string>& words) {
 }
 
 int frmMain::RunSession(const std::vector<std::string>& words) {
+    if (!words.empty() && words.front() == kExplainWord) {
+        ExplainCommand command(window_, factory_, pane_, settings_, session_);
+        return command.Explain({words.begin() + 1, words.end()}) ? kDone : kRefused;
+    }
     run_.NewSession();
     folder_run_.CancelWalks();
     session_.g_objFSO = factory_.MakeFileSystem();
@@ -149,7 +218,10 @@ int frmMain::RunSession(const std::vector<std::string>& words) {
 
 int frmMain::RunFolder() {
     const FolderRun::Walk walk(folder_run_);
-    if (!directory_mode_.DoDirectoryModeEncoding()) return kRefused;
+    run_log_.BeginFolder();
+    const bool walked = directory_mode_.DoDirectoryModeEncoding();
+    run_log_.EndFile(pane_.LastLine());
+    if (!walked) return kRefused;
     return directory_mode_.AnyFailed() ? kFailed : kDone;
 }
 

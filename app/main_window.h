@@ -11,6 +11,7 @@
 #include "app/form_actions.h"
 #include "app/info_pane.h"
 #include "app/progress.h"
+#include "app/run_log.h"
 #include "app/statistics_report.h"
 #include "cli/encode_settings.h"
 #include "cli/parameter_parser.h"
@@ -41,8 +42,13 @@ class frmMain final : public platform::FormEvents {
 
     /// Takes the place of the automatic first run, if that has not been yet.
     void RunCommand(const std::vector<std::string>& words) override;
+    void RunListing(const std::vector<std::string>& words) override;
+    bool NewSession() override;
     bool IsBusy() const override;
     int ExitStatus() const override;
+    platform::RunProgress Progress() const override;
+    platform::CommandReport Report() const override;
+    void SetRunListener(platform::RunListener* listener) override;
 
   private:
     void Form_Initialize();
@@ -62,8 +68,9 @@ class frmMain final : public platform::FormEvents {
     cli::EncodeSettings settings_;
     platform::SessionState session_;
     InfoPane pane_;
-    Progress progress_;
+    app::Progress progress_;
     StatisticsReport report_;
+    RunLog run_log_;
     EncodingRun run_;
     FolderRun folder_run_;
     session::EncoderSetup encoder_setup_;

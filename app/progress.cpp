@@ -69,6 +69,16 @@ void Progress::setupProgressBar() {
     g_nTotalPasses = AsksForTwoPasses(audio) || AsksForTwoPasses(video) ? 2 : 1;
 }
 
+void Progress::Clear() {
+    g_nCaptureSeconds = 0;
+    g_nCurrentPass = 1;
+    g_nTotalPasses = 1;
+    window_.pb1().SetValue(window_.pb1().Min());
+    for (platform::Label* label : {&window_.lblprgs(), &window_.lblFile(), &window_.lblETm(),
+                                   &window_.Label1(), &window_.Label2(), &window_.Label3()})
+        label->SetCaption("");
+}
+
 void Progress::Tick() {
     if (!session_.g_objEncoder) return;
     try {

@@ -25,6 +25,9 @@ class Progress {
     /// fails to answer.
     void Tick();
 
+    /// Labels, bar and passes as before the first run.
+    void Clear();
+
     std::int16_t CurrentPass() const { return g_nCurrentPass; }
     std::int16_t TotalPasses() const { return g_nTotalPasses; }
 

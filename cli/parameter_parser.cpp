@@ -80,6 +80,7 @@ ParameterParser::ParameterParser(EncodeSettings& settings, ValueReaders& readers
 
 bool ParameterParser::ParseParameters(const std::vector<std::string>& words) {
     settings_.duration_typed = false;
+    typed_options_.clear();
     outcome_ = Outcome::Refused;  // what it is when an error ends the parse
     outcome_ = Parse(words, 0);
     return outcome_ == Outcome::Accepted;
@@ -158,6 +159,7 @@ bool ParameterParser::MainPass(Call& call) {
             pane_.OutputInfo(fmt::format("Invalid parameter: {}", word));
             return false;
         }
+        typed_options_.insert(option->name);
         if (option->flag != nullptr) settings_.*option->flag = true;
         for (const OptionValue& value : option->values) {
             if (!TakeValue(value, option_index, call)) return false;

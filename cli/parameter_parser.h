@@ -7,7 +7,9 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/command_actions.h"
@@ -37,6 +39,10 @@ class ParameterParser {
     /// something, as it was asked to.
     bool Refused() const;
 
+    /// Names of the options that stood in the last command or its configuration files, in lower
+    /// case; up to the word that refused it.
+    const std::set<std::string_view>& TypedOptions() const { return typed_options_; }
+
   private:
     enum class Outcome { Accepted, Shown, Refused };
     struct Call;  // one run through the five steps: the command's, or a configuration file's
@@ -62,6 +68,7 @@ class ParameterParser {
     platform::SessionState& state_;
     std::size_t arg_index = 0;  // the word looked at; one for all nested calls, see PrePass
     Outcome outcome_ = Outcome::Accepted;
+    std::set<std::string_view> typed_options_;
 };
 
 }  // namespace cli

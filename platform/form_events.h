@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/run_report.h"
+
 namespace platform {
 
 inline constexpr std::int16_t kEnterKey = 13;
@@ -22,11 +24,24 @@ class FormEvents {
 
     /// Go with words that are split already (a shell's arguments; one word is enough).
     virtual void RunCommand(const std::vector<std::string>& words) = 0;
+    /// RunCommand for words that only list or show: a listing word, or "-input" and a file. While
+    /// the form is busy they are answered beside the run, which goes on with its own settings.
+    virtual void RunListing(const std::vector<std::string>& words) { RunCommand(words); }
+    /// Every setting back to not given, as in a window that has just been opened. False, and
+    /// nothing is changed, while the form is busy.
+    virtual bool NewSession() { return false; }
     /// Whether an encoder runs or a folder is being walked.
     virtual bool IsBusy() const = 0;
     /// How the last command ended: 0 done, listed or shown; 1 refused while parsing or setting up;
     /// 2 failed while running (of a folder: any of its files).
     virtual int ExitStatus() const = 0;
+
+    // The same and more as values, for hosts that tell it to programs.
+    virtual RunProgress Progress() const { return {}; }
+    /// Of the last command, once the form is not busy any more.
+    virtual CommandReport Report() const { return {}; }
+    /// The listener must outlive the form or be taken away with null.
+    virtual void SetRunListener(RunListener* /*listener*/) {}
 };
 
 }  // namespace platform

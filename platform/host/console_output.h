@@ -27,6 +27,8 @@ class ConsoleOutput {
     /// Draws the progress line anew, cut to the terminal's width; "" takes it away. Nothing when
     /// the notes do not go to a terminal.
     void ShowProgress(const std::string& line);
+    /// From now on no progress line is drawn.
+    void HideProgress() { notes_on_terminal_ = false; }
 
     /// Called once, when the reader of the text has gone away.
     void OnReaderGone(std::function<void()> handler) { on_reader_gone_ = std::move(handler); }

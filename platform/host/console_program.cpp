@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <deque>
@@ -12,6 +13,7 @@
 #include "platform/host/console_output.h"
 #include "platform/host/console_window.h"
 #include "platform/host/file_descriptor.h"
+#include "platform/host/json_report.h"
 #include "platform/host/locale_text.h"
 #include "platform/host/stop_signals.h"
 #include "platform/text.h"
@@ -23,7 +25,22 @@ namespace {
 constexpr int kRefused = 1;
 constexpr int kFailed = 2;
 
-/// Lines of a terminal, read while the loop runs.
+/// What the process's words say of the program itself, and the rest of them.
+struct ConsoleCall {
+    explicit ConsoleCall(const std::vector<std::string>& all) : words(all) {
+        json = !words.empty() && words.front() == "--json";
+        if (json) words.erase(words.begin());
+        read_input = !words.empty() && words.back() == "-" &&
+                     (words.size() == 1 || (words.size() == 2 && words.front() == "--explain"));
+        if (read_input) words.pop_back();
+    }
+
+    bool json = false;
+    bool read_input = false;         // commands come from the standard input, a line each
+    std::vector<std::string> words;  // one command; of several, the words before each
+};
+
+/// Lines of the input, read while the loop runs.
 class LineReader {
   public:
     LineReader(ConsoleLoop& loop, int descriptor) : loop_(loop), descriptor_(descriptor) {}
@@ -36,6 +53,7 @@ class LineReader {
         if (stopped() || text_.empty()) return std::nullopt;
         const std::size_t end = text_.find('\n');
         std::string line = text_.substr(0, end);
+        if (!line.empty() && line.back() == '\r') line.pop_back();
         text_.erase(0, end == std::string::npos ? end : end + 1);
         return line;
     }
@@ -61,15 +79,18 @@ class LineReader {
 
 class ConsoleRun {
   public:
-    ConsoleRun(const std::vector<std::string>& words, EngineMakers makers,
-               const FormMaker& make_form, const ConsoleStreams& streams)
-        : streams_(streams),
-          output_(streams.output, streams.notes),
-          window_(output_, JoinWords(words)),
+    ConsoleRun(const ConsoleCall& call, EngineMakers makers, const FormMaker& make_form,
+               const ConsoleStreams& streams)
+        : call_(call),
+          streams_(streams),
+          output_(call.json ? streams.notes : streams.output, streams.notes),
+          json_output_(streams.output, streams.notes),
+          json_(json_output_),
+          window_(output_, JoinWords(call.words)),
           signals_(window_.Loop(), [this] { Stop(); }),
           factory_(window_.Loop(), std::move(makers)),
           form_(make_form(window_, factory_)) {
-        output_.OnReaderGone([this] {
+        Results().OnReaderGone([this] {
             stopped_unread_ = true;
             // Later, not at once: the line is written in the middle of the form's work.
             window_.Loop().Post([this] { Stop(); });
@@ -78,35 +99,67 @@ class ConsoleRun {
         form_->Form_Load();
         // The first tick would run a command by itself; here commands come from words only.
         window_.Timer1().SetEnabled(false);
+        if (call_.json) ReportAsJson();
     }
 
-    int RunWords(const std::vector<std::string>& words) {
-        Run(words);
+    int RunWords() {
+        Run(call_.words);
         return Finish();
     }
 
     int RunLines() {
         LineReader lines(window_.Console(), streams_.input);
-        const auto stopped = [this] { return IsStopped() || output_.TextLost(); };
-        for (;;) {
-            output_.WritePrompt("> ");
+        const bool prompts = !call_.read_input;
+        const auto stopped = [this] { return IsStopped() || Results().TextLost(); };
+        while (!stopped()) {
+            if (prompts) output_.WritePrompt("> ");
             const std::optional<std::string> line = lines.Next(stopped);
             if (!line) {
-                output_.WriteNote("");  // the shell's prompt comes on a line of its own
+                if (prompts) output_.WriteNote("");  // the shell's prompt gets its own line
                 break;
             }
             if (*line == "exit" || *line == "quit") break;
-            if (!TrimBlanks(*line).empty()) Run(Split(*line, ' '));
+            const std::string text = TrimBlanks(*line);
+            if (text.empty() || text.front() == '#') continue;
+            std::vector<std::string> words = call_.words;
+            for (std::string& word : Split(*line, ' ')) words.push_back(std::move(word));
+            Run(words);
         }
         return Finish();
     }
 
   private:
+    /// Where a program that runs this one reads what came of its commands.
+    ConsoleOutput& Results() { return call_.json ? json_output_ : output_; }
+
     void Run(const std::vector<std::string>& words) {
+        if (call_.json) json_.BeginCommand();
         form_->RunCommand(words);
         window_.Loop().RunUntil([this] { return !form_->IsBusy(); });
         output_.FlushText();
         output_.ShowProgress("");
+        // A prompt's user has seen how the others ended.
+        const bool is_script = call_.read_input;
+        status_ = is_script ? std::max(status_, form_->ExitStatus()) : form_->ExitStatus();
+        if (call_.json) WriteReport(IsStopped() ? kStoppedBySignal : form_->ExitStatus());
+    }
+
+    void ReportAsJson() {
+        output_.HideProgress();
+        form_->SetRunListener(&json_);
+        window_.OnIdle([this](bool ticked) {
+            if (!form_->IsBusy()) return;
+            const RunProgress progress = form_->Progress();
+            if (ticked)
+                json_.WriteProgress(progress);
+            else
+                json_.WriteState(progress);
+        });
+    }
+
+    void WriteReport(int status) {
+        json_.WriteReport(form_->Report(), status);
+        reported_status_ = status;
     }
 
     void Stop() {
@@ -117,14 +170,21 @@ class ConsoleRun {
 
     int Finish() {
         form_->Form_Unload();
-        if (IsStopped()) return kStoppedBySignal;
-        const int status = form_->ExitStatus();
-        return status == 0 && output_.TextLost() ? kFailed : status;
+        const int status = IsStopped() ? kStoppedBySignal : status_;
+        // A signal between two commands, or no command at all, has no report yet.
+        const bool untold = !reported_status_ || (IsStopped() && *reported_status_ != status);
+        if (call_.json && untold) WriteReport(status);
+        return status == 0 && Results().TextLost() ? kFailed : status;
     }
 
+    const ConsoleCall& call_;
     ConsoleStreams streams_;
     bool stopped_unread_ = false;
+    int status_ = 0;
+    std::optional<int> reported_status_;
     ConsoleOutput output_;
+    ConsoleOutput json_output_;
+    JsonReport json_;
     ConsoleWindow window_;
     StopSignals signals_;
     HostFactory factory_;
@@ -141,17 +201,20 @@ int RunConsole(const std::vector<std::string>& words, const ProgramInfo& program
         about.WriteText(*answer);
         return about.TextLost() ? kFailed : 0;
     }
+    const ConsoleCall call(words);
     const bool on_terminal = ::isatty(streams.input) == 1 && ::isatty(streams.notes) == 1;
-    if (words.empty() && !on_terminal) {
+    if (call.words.empty() && !call.read_input && !on_terminal) {
         about.WritePrompt(UsageText(program));
+        if (call.json) WriteJsonFailure(about, "There is no command.", kRefused);
         return kRefused;
     }
     UseLocale();
     try {
-        ConsoleRun run(words, std::move(makers), make_form, streams);
-        return words.empty() ? run.RunLines() : run.RunWords(words);
+        ConsoleRun run(call, std::move(makers), make_form, streams);
+        return call.words.empty() || call.read_input ? run.RunLines() : run.RunWords();
     } catch (const std::exception& error) {
         about.WriteNote(program.name + ": " + error.what());
+        if (call.json) WriteJsonFailure(about, error.what(), kFailed);
         return kFailed;
     }
 }

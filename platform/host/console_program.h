@@ -22,9 +22,11 @@ struct ConsoleStreams {
     int notes = 2;
 };
 
-/// Runs the words as one command; without words, reads commands line by line when input and notes
-/// are a terminal. Returns the exit status: the form's, 1 without a command, 2 also when output
-/// was lost, 130 after a signal or when the reader of the output went away.
+/// Runs the words as one command, or, for the word "-", each line of the input as one; without
+/// words, reads commands line by line when input and notes are a terminal. A first word "--json"
+/// turns the output into JSON, the pane's text then goes to the notes. Returns the exit status: the
+/// form's (of an input's lines the highest), 1 without a command, 2 also when output was lost, 130
+/// after a signal or when the reader of the output went away.
 int RunConsole(const std::vector<std::string>& words, const ProgramInfo& program,
                EngineMakers makers, const FormMaker& make_form, ConsoleStreams streams = {});
 

@@ -52,11 +52,13 @@ ConsoleWindow::ConsoleWindow(ConsoleOutput& output, std::string arguments)
       pane_(output),
       status_([this] { output_.WriteNote(status_.Caption()); }) {
     loop_.OnIdle([this] {
+        const bool ticked = std::exchange(ticked_, false);
         if (!loop_.Timer1().Enabled()) {
             output_.ShowProgress("");
-        } else if (std::exchange(ticked_, false)) {
+        } else if (ticked) {
             output_.ShowProgress(ProgressLine());
         }
+        if (on_idle_) on_idle_(ticked);
     });
 }
 

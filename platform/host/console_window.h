@@ -102,6 +102,8 @@ class ConsoleWindow : public FormWindow {
     EventLoop& Loop() override { return loop_; }
 
     ConsoleLoop& Console() { return loop_; }
+    /// Called when there is nothing more to do for now, with whether the timer has ticked since.
+    void OnIdle(std::function<void(bool ticked)> handler) { on_idle_ = std::move(handler); }
 
   private:
     std::string ProgressLine() const;
@@ -109,7 +111,8 @@ class ConsoleWindow : public FormWindow {
     ConsoleOutput& output_;
     std::string arguments_;
     ConsoleLoop loop_;
-    bool ticked_ = false;  // since the progress line was drawn last
+    bool ticked_ = false;  // since there was nothing to do
+    std::function<void(bool)> on_idle_;
     ConsoleCommand command_;
     ConsolePane pane_;
     ConsoleBar bar_;

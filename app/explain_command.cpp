@@ -1,0 +1,113 @@
+#include "app/explain_command.h"
+
+#include <memory>
+#include <utility>
+
+#include "app/form_actions.h"
+#include "app/statistics_report.h"
+#include "cli/parameter_parser.h"
+#include "cli/value_readers.h"
+#include "session/directory_mode.h"
+#include "session/encoder_setup.h"
+#include "session/explain.h"
+#include "session/file_run.h"
+#include "session/read_only_files.h"
+
+namespace app {
+
+namespace {
+
+using session::ExplainLine;
+using session::ReadOnlyFiles;
+
+/// Explains each session that is handed to it, as if it ran.
+class Explanation final : public session::FileRun {
+  public:
+    Explanation(platform::Factory& factory, platform::SessionState& state,
+                cli::EncodeSettings& settings, session::CommandOrigin origin,
+                std::shared_ptr<ReadOnlyFiles> files, platform::OutputPane& pane)
+        : factory_(factory),
+          state_(state),
+          settings_(settings),
+          origin_(std::move(origin)),
+          files_(std::move(files)),
+          pane_(pane) {}
+
+    void PrepareSession() override {
+        state_.g_objEncoder = factory_.MakeEncoder();
+        state_.g_objSrcGrp = nullptr;
+        state_.g_objSrcAud = nullptr;
+        state_.g_objSrcVid = nullptr;
+    }
+
+    session::FileRunEnd RunToEnd() override {
+        session::ExplainSession(state_, settings_, origin_, pane_);
+        for (const ReadOnlyFiles::Write& write : files_->TakeWrites()) {
+            const bool is_folder = write.kind == ReadOnlyFiles::Write::Kind::Folder;
+            pane_.OutputInfo(
+                ExplainLine(is_folder ? "writes.Folder" : "writes.ConfigurationFile", write.path));
+        }
+        if (!profile_file_.empty())
+            pane_.OutputInfo(ExplainLine("writes.ProfileFile", profile_file_));
+        const std::string output = state_.g_objEncoder->File().LocalFileName();
+        if (!output.empty()) {
+            const std::string path = files_->GetAbsolutePathName(output);
+            pane_.OutputInfo(ExplainLine("writes.OutputFile", path));
+            files_->PretendFile(path);
+        }
+        return session::FileRunEnd::Completed;
+    }
+
+    bool WalkCancelled() const override { return false; }
+
+    /// The set-up would save a profile by itself; here it is only named.
+    void TakeProfileFile() {
+        if (settings_.saveprofile.empty()) return;
+        profile_file_ = files_->GetAbsolutePathName(std::exchange(settings_.saveprofile, {}));
+    }
+
+  private:
+    platform::Factory& factory_;
+    platform::SessionState& state_;
+    cli::EncodeSettings& settings_;
+    session::CommandOrigin origin_;
+    std::shared_ptr<ReadOnlyFiles> files_;
+    platform::OutputPane& pane_;
+    std::string profile_file_;
+};
+
+}  // namespace
+
+bool ExplainCommand::Explain(const std::vector<std::string>& words) {
+    const cli::EncodeSettings before = settings_;
+    const auto files = std::make_shared<ReadOnlyFiles>(factory_.MakeFileSystem());
+    session_.g_objFSO = files;
+    session_.g_objEncoder = factory_.MakeEncoder();
+    session_.g_objSrcGrp = nullptr;
+    session_.g_objSrcAud = nullptr;
+    session_.g_objSrcVid = nullptr;
+    if (const auto kept = session_.g_objProfile) {
+        session_.g_objProfile = factory_.MakeProfile();
+        session_.g_objProfile->LoadFromIWMProfile(*kept);
+    }
+
+    StatisticsReport report(window_, factory_, session_, settings_, pane_);
+    FormActions actions(factory_, session_, pane_, report);
+    cli::ValueReaders readers(pane_);
+    cli::ParameterParser parser(settings_, readers, pane_, actions, session_);
+    if (!parser.ParseParameters(words)) return !parser.Refused();
+
+    Explanation explanation(factory_, session_, settings_, {before, parser.TypedOptions()}, files,
+                            pane_);
+    explanation.TakeProfileFile();
+    session::EncoderSetup encoder_setup(session_, settings_, pane_, factory_);
+    if (!settings_.input.empty() && files->FolderExists(settings_.input)) {
+        session::DirectoryMode walk(session_, settings_, pane_, encoder_setup, explanation);
+        return walk.DoDirectoryModeEncoding() && !walk.AnyFailed();
+    }
+    if (!encoder_setup.SetupEncoder()) return false;
+    explanation.RunToEnd();
+    return true;
+}
+
+}  // namespace app

@@ -1,0 +1,62 @@
+// What came of a command and of its files, kept as values for hosts that report them to programs.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "app/statistics_report.h"
+#include "cli/encode_settings.h"
+#include "platform/run_report.h"
+#include "platform/session_state.h"
+
+namespace app {
+
+/// How an encoding ended.
+struct RunEnd {
+    WallTime start;
+    WallTime end;
+    bool failed = false;
+    platform::ErrorReport error;  // when it failed
+};
+
+/// The error of a line that the pane got about one, in any of its forms; a line without a number
+/// becomes the description as a whole.
+platform::ErrorReport ErrorOfLine(const std::string& line);
+
+/// User-interface thread; what is handed over must outlive the object.
+class RunLog {
+  public:
+    RunLog(const platform::SessionState& session, const cli::EncodeSettings& settings)
+        : session_(session), settings_(settings) {}
+
+    void SetListener(platform::RunListener* listener) { listener_ = listener; }
+
+    void BeginCommand() { command_ = {}, has_run_ = false, stopped_ = false; }
+    void NoteStop() { stopped_ = true; }
+
+    /// The session's run has come to its stopped state.
+    void EndRun(const RunEnd& end);
+
+    // A folder's files, one after the other. Their ends are told to the listener; a file without a
+    // run of its own was refused, and `last_line` says why.
+    void BeginFolder() { command_.is_folder = true; }
+    void BeginFile();
+    void EndFile(const std::string& last_line);
+
+    /// @param exit_status  as the form's
+    /// @param last_line    the last line of the pane
+    platform::CommandReport Report(int exit_status, const std::string& last_line) const;
+
+  private:
+    void ReadTotals(platform::FileReport& report) const;
+
+    const platform::SessionState& session_;
+    const cli::EncodeSettings& settings_;
+    platform::RunListener* listener_ = nullptr;
+    platform::CommandReport command_;
+    bool has_run_ = false;  // command_.last is of the file at hand
+    bool in_file_ = false;  // of a folder
+    bool stopped_ = false;
+};
+
+}  // namespace app

@@ -1,0 +1,72 @@
+// How runs and commands went, as plain values for hosts that report them to programs.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/encoder.h"
+
+namespace platform {
+
+enum class CommandEnd {
+    Shown,      // listed, explained or told something: nothing was to be encoded
+    Completed,  // encoded to the end
+    Stopped,    // encoded up to a stop that was asked for
+    Refused,    // wrong, or impossible to set up: nothing was encoded
+    Failed,     // ended in an error while running
+};
+
+struct ErrorReport {
+    std::uint32_t number = 0;  // 0 = the error has none
+    std::string description;
+};
+
+struct StreamReport {
+    std::string codec;  // display name
+    OutputStats totals;
+};
+
+/// One file's run.
+struct FileReport {
+    CommandEnd end = CommandEnd::Shown;
+    std::string input;
+    std::string output;        // absolute; "" without one
+    std::int64_t seconds = 0;  // from start to end
+    std::optional<StreamReport> audio;
+    std::optional<StreamReport> video;
+    std::int32_t average_bit_rate_bps = 0;
+    std::optional<FileArchiveStats> file;
+    std::optional<ErrorReport> error;
+};
+
+/// A whole command.
+struct CommandReport {
+    FileReport last;  // of a folder: without streams and file
+    bool is_folder = false;
+    int files_completed = 0;
+    int files_failed = 0;
+};
+
+/// A run as it stands.
+struct RunProgress {
+    EncoderState state = EncoderState::Stopped;
+    std::string input;
+    std::int64_t encoded_ms = 0;  // media time of the pass
+    float percent = 0;            // 0..100
+    int pass = 1;
+    int passes = 1;
+    OutputStats total;
+    std::int64_t dropped_frames = 0;
+    std::int64_t dropped_bytes = 0;
+};
+
+/// User-interface thread.
+class RunListener {
+  public:
+    virtual ~RunListener() = default;
+    /// A file of a folder has come to its end.
+    virtual void OnFileEnd(const FileReport& report) = 0;
+};
+
+}  // namespace platform

@@ -1,0 +1,35 @@
+// A session that was set up, as text: a line a property, for people and for diff.
+#pragma once
+
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "cli/encode_settings.h"
+#include "platform/output_pane.h"
+#include "platform/session_state.h"
+
+namespace session {
+
+/// Tells what the command at hand said from what earlier ones left behind.
+struct CommandOrigin {
+    /// The settings as they stood before the command.
+    cli::EncodeSettings before;
+    /// Names of the options that stood in the command or its configuration files, in lower case.
+    std::set<std::string_view> typed;
+};
+
+/// Writes "object.property = value" lines about the session's sources, profile and encoder, always
+/// in the same order. A source's property is left out while it is as no option ever set it; what
+/// the streams are encoded to is written whole. A value that an earlier command's option decides
+/// ends in " (carried over)". Control characters are written as C escapes, so that a value keeps to
+/// its line. Needs the session as EncoderSetup leaves it; errors of the encoder pass through.
+///
+/// @param settings  as they stand after the set-up
+void ExplainSession(const platform::SessionState& state, const cli::EncodeSettings& settings,
+                    const CommandOrigin& origin, platform::OutputPane& pane);
+
+/// One such line by itself.
+std::string ExplainLine(std::string_view name, std::string_view value);
+
+}  // namespace session
