@@ -170,7 +170,9 @@ class WMEncAudience {
     virtual void SetAudioPeakBitrate(int stream, std::int32_t bps) = 0;
     /// Chooses the codec's format with these channels, sampling rate (Hz) and bits per sample whose
     /// rate rounds to the same kilobits per second; in quality mode the rate argument is the
-    /// quality. Throws Error (invalid argument), with what the codec offers, when there is none.
+    /// quality. Without such a format the values are remembered as they stand: codec and mode may
+    /// still change, and PrepareToEncode refuses what does not fit then, with what the codec
+    /// offers. Throws Error (invalid argument) for a value that no codec could have.
     virtual void SetAudioConfig(int stream, std::int32_t channels, std::int32_t sampling_rate,
                                 std::int32_t bit_rate, std::int32_t bits_per_sample) = 0;
     virtual std::int32_t AudioBitrate(int stream) const = 0;  // quality in quality mode

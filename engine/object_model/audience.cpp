@@ -44,9 +44,13 @@ void Audience::SetAudioPeakBitrate(int stream, std::int32_t bps) {
 void Audience::SetAudioConfig(int stream, std::int32_t channels, std::int32_t sampling_rate,
                               std::int32_t bit_rate, std::int32_t bits_per_sample) {
     AudioSettings& audio = State(stream).audio;
-    audio.format = RequireAudioFormat(AudioCodecs()[static_cast<std::size_t>(audio.codec)],
-                                      profile_->audio_mode,
-                                      {bit_rate, sampling_rate, channels, bits_per_sample});
+    const AudioFormat wanted = {InRange("The audio bit rate", bit_rate, 0, kNoUpperLimit),
+                                InRange("The sampling rate", sampling_rate, 1, kNoUpperLimit),
+                                InRange("The channels", channels, 1, kNoUpperLimit),
+                                InRange("The bits per sample", bits_per_sample, 1, kNoUpperLimit)};
+    audio.format = FindAudioFormat(AudioCodecs()[static_cast<std::size_t>(audio.codec)],
+                                   profile_->audio_mode, wanted)
+                       .value_or(wanted);
 }
 
 std::int32_t Audience::AudioBitrate(int stream) const { return State(stream).audio.format.value; }

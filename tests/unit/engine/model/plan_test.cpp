@@ -120,6 +120,10 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
          [](Session& s) { s.Audience().SetAudioCodec(0, 3); },
          kInvalid,
          {"Voice", "64 kbps", "12_16_1"}},
+        {"a format that the codec has not",
+         [](Session& s) { s.Audience().SetAudioConfig(0, 2, 44100, 128'000, 24); },
+         kInvalid,
+         {"128 kbps", "24 bits", "128_44_2"}},
         {"mode changed after the format",
          [](Session& s) { s.profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Quality); },
          kInvalid,
@@ -289,6 +293,43 @@ TEST(Plan, TakesOverWhatTheTreeSays) {
     EXPECT_EQ(plan.video->rate_ceiling, 100'000);
     EXPECT_EQ(plan.video->performance, 80);
     EXPECT_TRUE(plan.video->remove_telecine);
+}
+
+// A session that is set up again starts from the codec and the mode that the last one left.
+TEST(Plan, SoundIsJudgedByTheLastCodecAndMode) {
+    const struct {
+        const char* why;
+        std::function<void(Session&)> set_up;
+        AudioFormat format;
+    } cases[] = {
+        {"format before its codec",
+         [](Session& s) {
+             s.Audience().SetAudioConfig(0, 2, 44100, 128'000, 24);
+             s.Audience().SetAudioCodec(0, 1);
+         },
+         {128'000, 44100, 2, 24}},
+        {"rate before a quality, in a quality mode of before",
+         [](Session& s) {
+             s.profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Quality);
+             s.Audience().SetAudioConfig(0, 2, 32000, 48'000, 16);
+             s.Audience().SetAudioConfig(0, 2, 44100, 75, 16);
+         },
+         {75, 44100, 2, 16}},
+        {"rate before its mode",
+         [](Session& s) {
+             s.profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Quality);
+             s.Audience().SetAudioConfig(0, 2, 44100, 64'000, 16);
+             s.profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Constant);
+         },
+         {64'040, 44100, 2, 16}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        Session session;
+        session.OpenFilm();
+        c.set_up(session);
+        EXPECT_EQ(session.Plan().audio->format, c.format);
+    }
 }
 
 TEST(Plan, OnlyStreamsOfTheContentKindLive) {
