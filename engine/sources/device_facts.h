@@ -46,10 +46,10 @@ struct ScreenFacts {
 };
 
 struct DeviceFacts {
-    std::optional<PulseFacts> pulse;    // absent when no server answered
-    std::vector<AlsaCapture> captures;  // in the order of the cards
-    std::vector<VideoNode> nodes;       // in the order of their numbers
-    ScreenFacts screens;
+    std::optional<PulseFacts> pulse = {};    // absent when no server answered
+    std::vector<AlsaCapture> captures = {};  // in the order of the cards
+    std::vector<VideoNode> nodes = {};       // in the order of their numbers
+    ScreenFacts screens = {};
 };
 
 }  // namespace engine

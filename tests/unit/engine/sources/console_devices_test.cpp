@@ -1,0 +1,194 @@
+// The devices as the console program lists and takes them, over servers that the test starts.
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstring>
+#include <fstream>
+#include <thread>
+
+#include "support/commands.h"
+
+namespace test_support {
+namespace {
+
+using Environment = std::map<std::string, std::string>;
+
+// No desktop and no sound server but the ones that a test names.
+Environment Private(const TempFolder& folder) {
+    return {{"HOME", folder.path()},
+            {"XDG_RUNTIME_DIR", folder.path()},
+            {"DISPLAY", ""},
+            {"WAYLAND_DISPLAY", ""},
+            {"PULSE_RUNTIME_PATH", ""},
+            {"PULSE_SERVER", "unix:" + (folder / "pulse.sock")}};
+}
+
+CommandResult Console(std::vector<std::string> words, const Environment& environment) {
+    words.insert(words.begin(), TESSIVO_CONSOLE);
+    return RunCommand(words, environment);
+}
+
+bool IsInstalled(const std::string& program) {
+    return RunCommand({"sh", "-c", "command -v " + program}).status == 0;
+}
+
+// What the test machine itself has; its devices then stand beside those of the test.
+bool HasCards() { return std::filesystem::exists("/dev/snd/controlC0"); }
+bool HasCameras() { return std::filesystem::exists("/dev/video0"); }
+
+sockaddr_un AddressOf(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    return address;
+}
+
+class Socket {
+  public:
+    explicit Socket(const std::string& path) : address_(AddressOf(path)) {}
+    ~Socket() { close(number_); }
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+
+    bool Connect() { return connect(number_, Address(), sizeof address_) == 0; }
+    bool Listen() {
+        return bind(number_, Address(), sizeof address_) == 0 && listen(number_, 16) == 0;
+    }
+
+  private:
+    const sockaddr* Address() const { return reinterpret_cast<const sockaddr*>(&address_); }
+    sockaddr_un address_;
+    int number_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+};
+
+bool Eventually(const std::function<bool()>& happened) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!happened()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+// A sound server with two outputs that share a description, and one input.
+class SoundServer {
+  public:
+    SoundServer(const TempFolder& folder, const std::string& defaults) {
+        std::ofstream(folder / "server.pa")
+            << "load-module module-null-sink sink_name=n1 sink_properties=device.description=Hall\n"
+            << "load-module module-null-sink sink_name=n2 sink_properties=device.description=Hall\n"
+            << "load-module module-pipe-source source_name=mic file=" << folder / "mic.pipe"
+            << " source_properties=device.description=Desk\n"
+            << defaults
+            << "load-module module-native-protocol-unix socket=" << folder / "pulse.sock"
+            << "\n";
+        server_ = std::make_unique<BackgroundCommand>(
+            std::vector<std::string>{"env", "HOME=" + folder.path().string(),
+                                     "XDG_RUNTIME_DIR=" + folder.path().string(), "pulseaudio",
+                                     "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
+                                     "-n", "-F", folder / "server.pa"},
+            folder.path());
+        runs_ = Eventually([&] { return Socket(folder / "pulse.sock").Connect(); });
+    }
+    bool Runs() const { return runs_; }
+
+  private:
+    std::unique_ptr<BackgroundCommand> server_;
+    bool runs_ = false;
+};
+
+struct ServerCase {
+    const char* why;
+    const char* defaults;
+    std::vector<std::string> names;  // in the order of their numbers
+};
+
+const ServerCase kServerCases[] = {
+    {"an input is the default, and the default output's monitor leads the monitors",
+     "set-default-sink n2\nset-default-source mic\n",
+     {"Desk", "Monitor of Hall (n2.monitor)", "Monitor of Hall (n1.monitor)"}},
+    {"a monitor is the default",
+     "set-default-sink n1\nset-default-source n2.monitor\n",
+     {"Monitor of Hall (n2.monitor)", "Desk", "Monitor of Hall (n1.monitor)"}},
+};
+
+TEST(ConsoleDevices, NumbersOfTheListingSelectTheSameDevices) {
+    if (!IsInstalled("pulseaudio")) GTEST_SKIP() << "pulseaudio is not installed";
+    for (const ServerCase& each : kServerCases) {
+        SCOPED_TRACE(each.why);
+        const TempFolder folder;
+        const SoundServer server(folder, each.defaults);
+        ASSERT_TRUE(server.Runs());
+        const Environment environment = Private(folder);
+
+        std::string listing = "audio device:\n";
+        for (std::size_t i = 0; i < each.names.size(); ++i)
+            listing += "\t" + std::to_string(i) + " : " + each.names[i] + "\n";
+        listing += "video device:\n";
+        const CommandResult listed = Console({"-devices"}, environment);
+        EXPECT_EQ(listed.status, 0) << listed.err;
+        if (HasCameras())
+            EXPECT_EQ(listed.out.substr(0, listing.size()), listing);
+        else
+            EXPECT_EQ(listed.out, listing);
+
+        const auto capture = [&](const std::vector<std::string>& number) {
+            std::vector<std::string> words = {"-adevice"};
+            words.insert(words.end(), number.begin(), number.end());
+            words.insert(words.end(), {"-duration", "1", "-output", folder / "out.wma"});
+            return Console(words, environment).out;
+        };
+        for (std::size_t i = 0; i < each.names.size(); ++i)
+            EXPECT_THAT(capture({std::to_string(i)}), testing::HasSubstr(each.names[i] + " "));
+        EXPECT_EQ(capture({}), capture({"0"})) << "without a number it is the default device";
+        EXPECT_THAT(capture({std::to_string(each.names.size())}),
+                    testing::HasSubstr("Error: Invalid audio device number specified\n"));
+    }
+}
+
+TEST(ConsoleDevices, AScreenIsListedWhereThereIsADesktop) {
+    if (!IsInstalled("Xvfb")) GTEST_SKIP() << "Xvfb is not installed";
+    const TempFolder folder;
+    const BackgroundCommand server({"Xvfb", "-displayfd", "1", "-nolisten", "tcp"}, folder.path());
+    std::string number;
+    ASSERT_TRUE(Eventually([&] {
+        std::ifstream shown(folder / "out");
+        return static_cast<bool>(std::getline(shown, number)) && !shown.eof();
+    }));
+    Environment environment = Private(folder);
+    environment["DISPLAY"] = ":" + number;
+    const CommandResult listed = Console({"-devices"}, environment);
+    EXPECT_EQ(listed.status, 0) << listed.err;
+    EXPECT_THAT(listed.out, testing::EndsWith(" : Screen\n"));
+    EXPECT_THAT(Console({"-vdevice", "999", "-duration", "1"}, environment).out,
+                testing::HasSubstr("Error: Invalid video device number specified\n"));
+}
+
+TEST(ConsoleDevices, ServersThatAreMissingOrHangLeaveTheHeadings) {
+    struct Case {
+        const char* why;
+        bool hangs;
+    };
+    for (const Case& each : {Case{"no server at all", false}, Case{"servers never answer", true}}) {
+        SCOPED_TRACE(each.why);
+        const TempFolder folder;
+        Environment environment = Private(folder);
+        Socket silent(folder / "pulse.sock");
+        if (each.hangs) {
+            ASSERT_TRUE(silent.Listen());
+            environment["DISPLAY"] = "unix:" + (folder / "pulse.sock");
+        }
+        const CommandResult listed = Console({"-devices"}, environment);
+        EXPECT_EQ(listed.status, 0);
+        EXPECT_THAT(listed.err, testing::Not(testing::HasSubstr("ALSA")));
+        EXPECT_THAT(listed.out, testing::StartsWith("audio device:\n"));
+        EXPECT_THAT(listed.out, testing::HasSubstr("video device:\n"));
+        if (HasCards() || HasCameras()) continue;
+        EXPECT_EQ(listed.out, "audio device:\nvideo device:\n");
+    }
+}
+
+}  // namespace
+}  // namespace test_support
