@@ -1,0 +1,194 @@
+#include "docs/reference/reference.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string_view>
+
+#include "cli/option_table.h"
+#include "docs/reference/help_entries.h"
+#include "docs/reference/option_notes.h"
+#include "docs/reference/profile_table.h"
+#include "engine/encoders/codec_table.h"
+#include "platform/text.h"
+#include "profiles/codec_catalogue.h"
+
+namespace reference {
+namespace {
+
+using platform::VbrMode;
+
+constexpr std::string_view kIntroduction =
+    R"(# Command reference
+
+This page is printed by the program `reference` from the tables that the command language itself
+uses, and a test keeps the two the same. After a change of an option, a profile, a codec or a note:
+
+```
+cmake --build build/release --target reference-page
+```
+
+## A command
+
+A command is a line of words: options, each followed by its values. In the window the line is split
+at every single blank, so a name with blanks is given as a `file://` URI with `%20` for each. On the
+console a word is what the shell makes of it, so quotes work there.
+
+- Options are recognised in any case; the single words that list or help too.
+- A value that begins with `-` counts as missing, so no number is negative.
+- Whole numbers may be typed with decimals and are rounded, halves to the even neighbour.
+- The first mistake ends the command with one line, and nothing is written: exit status 1 on the
+  console ([all of them](console.md)).
+- A later option wins over an earlier one, and both over a configuration file.
+
+A text value that is missing at the end of a command gives `Error: 0x8002000B - …`, any other
+missing value `Invalid format for parameter …`, an unknown word `Invalid parameter: …`.
+
+### What carries over
+
+In one window, and in one prompt or stream of lines on the console, every value stays as it is until
+a later command gives the option again. There is no word that takes a flag or a value back. The
+profile object is kept too: once a command has used `-profile`, the defaults of custom profiles no
+longer apply. `-silent` is the exception: it ends with a command that encodes one file. Each start
+of the console program is a fresh one, and so is the program's start in a window.
+
+### Defaults
+
+Without `-profile` and `-loadprofile`, what is not given becomes: WMA9STD in mode 0 with the format
+of the table, WMV9 in mode 0 at 250000 bps, quality 75 (95 in mode 2), a key frame every 10 seconds,
+buffers of 5000 ms (sound's peak buffer 3000 ms), peaks of 1.5 times the rate, the source's size and
+rate.
+
+| -a_mode | codec | -a_setting |
+|---|---|---|
+| 2 | WMA9PRO | Q75_44_2_24 |
+| 2 | WMA9LSL | Q100_44_2_16 |
+| 2 | others | Q75_44_2 |
+| 0 | WMSP9 | 12_16_1 |
+| 0 | PCM | 705_22_2 |
+| others | WMA9PRO | 128_44_2_24 |
+| others | others | 64_44_2 |
+
+)";
+
+constexpr std::string_view kHowExamples =
+    "Where an example is marked as not possible yet, the program takes the option and refuses the\n"
+    "command in one line that says so; the words are the ones that it will understand.\n\n";
+
+// Modes in the order of the -a_mode and -v_mode numbers.
+constexpr VbrMode kModeNumbers[] = {VbrMode::Constant, VbrMode::Constant, VbrMode::Quality,
+                                    VbrMode::BitRate, VbrMode::Peak};
+// The numbers that differ in their formats.
+constexpr std::size_t kListedModes[] = {0, 2, 3, 4};
+
+const OptionNote& NoteOf(std::string_view name) {
+    const auto note = std::ranges::find(OptionNotes(), name, &OptionNote::name);
+    if (note == OptionNotes().end())
+        throw std::runtime_error("no note about the option " + std::string(name));
+    return *note;
+}
+
+std::string Section(const OptionNote& note) {
+    const std::string name(note.name);
+    std::string values = HelpValues(name);
+    if (values.empty()) values = note.values;
+    const std::string fallback =
+        note.fallback.empty() ? std::string() : fmt::format("- Default: {}\n", note.fallback);
+    std::string_view mark;
+    if (note.today == Today::Refused) mark = " (not possible yet)";
+    if (note.today == Today::Hardware) mark = " (depends on the machine)";
+    return fmt::format(
+        "### {}\n\n`{}{}{}`\n\n{}\n\n- Values: {}\n{}- Example{}: `tessivo-console {}`\n"
+        "- Errors: {}\n\n",
+        name, name, values.empty() ? "" : " ", values, note.effect, note.accepts, fallback, mark,
+        note.example, note.errors);
+}
+
+std::string OptionSections() {
+    std::string text = "## Options\n\n" + std::string(kHowExamples);
+    for (const cli::Option& option : cli::Options()) text += Section(NoteOf(option.name));
+    text += "## Words that stand alone\n\n";
+    for (const OptionNote& note : OptionNotes())
+        if (cli::FindOption(note.name) == nullptr) text += Section(note);
+    return text;
+}
+
+std::string NumberTable(const std::string& option) {
+    std::string table = fmt::format("| {} | |\n|---|---|\n", option);
+    for (const auto& [number, text] : HelpNumbers(option))
+        table += fmt::format("| {} | {} |\n", number, text);
+    return table + "\n";
+}
+
+std::string FilterTable() {
+    std::string table = "| -v_preproc | | today |\n|---|---|---|\n";
+    for (const auto& [number, text] : HelpNumbers("-v_preproc"))
+        table += fmt::format("| {} | {} | {} |\n", number, text,
+                             FilterWorksToday(std::stoi(number)) ? "works" : "not possible yet");
+    return table + "\n";
+}
+
+std::string WrittenAs(const char* stand_in) { return stand_in == nullptr ? "itself" : stand_in; }
+
+std::string CodecTables() {
+    std::string text = "## Codecs\n\n| -a_codec | name | encoded as |\n|---|---|---|\n";
+    for (const engine::AudioCodecRow& row : engine::AudioCodecs())
+        text += fmt::format("| {} | {} | {} |\n", profiles::AudioShortName(row.tag), row.name,
+                            WrittenAs(row.stand_in));
+    text += "\n| -v_codec | name | encoded as |\n|---|---|---|\n";
+    for (const engine::VideoCodecRow& row : engine::VideoCodecs())
+        text += fmt::format("| {} | {} | {} |\n", profiles::VideoShortName(row.four_cc), row.name,
+                            WrittenAs(row.stand_in));
+    return text +
+           "\nA codec that is encoded as another is so until its own encoder is built; listings, "
+           "report and file say so. WMA9STD is encoded from 24000 bits per second on, at a "
+           "constant "
+           "rate in every mode: what is asked for below comes out at that, and a quality at a rate "
+           "that comes near it.\n\n";
+}
+
+std::string ArgumentsOf(const engine::AudioCodecRow& row, VbrMode mode) {
+    std::string arguments;
+    for (const engine::AudioFormat& format : engine::AudioFormats(row, mode))
+        arguments += (arguments.empty() ? "" : " ") + engine::FormatArgument(row, mode, format);
+    return arguments;
+}
+
+std::string FormatTables() {
+    std::string text =
+        "## Audio formats\n\n`-a_setting` is `<kilobits>_<kilohertz>_<channels>`, in mode 2 "
+        "`Q<quality>_<kilohertz>_<channels>`, for WMA9PRO and WMA9LSL with `_<bits>` behind it. "
+        "88, 44, 22 and 11 kilohertz stand for 88200, 44100, 22050 and 11025 Hz; 1411, 705 and 353 "
+        "kilobits for 1411200, 705600 and 352800 bps. Modes 0 and 1 have the same formats.\n\n"
+        "| codec | mode | formats |\n|---|---|---|\n";
+    for (const engine::AudioCodecRow& row : engine::AudioCodecs())
+        for (const std::size_t number : kListedModes)
+            if (const std::string all = ArgumentsOf(row, kModeNumbers[number]); !all.empty())
+                text += fmt::format("| {} | {} | {} |\n", profiles::AudioShortName(row.tag), number,
+                                    all);
+    return text + "\n";
+}
+
+std::string PixelFormatList() {
+    std::string names;
+    for (const profiles::CatalogueRow& row : profiles::kPixelFormats)
+        names += fmt::format("{}{}", names.empty() ? "" : ", ", row.name);
+    return "## Pixel formats\n\n" + names + "\n";
+}
+
+}  // namespace
+
+std::string CommandReference() {
+    std::string text(kIntroduction);
+    text += OptionSections();
+    text += "## Profile codes\n\n" + ProfileTable() +
+            "\nVideo buffers are 5000 ms, key frames 10 seconds apart at most. Codes that begin "
+            "with scrn capture the screen, which is not possible yet.\n\n";
+    text += "## Modes\n\n" + NumberTable("-a_mode") + NumberTable("-v_mode");
+    text += "## Filters\n\n" + FilterTable();
+    text += CodecTables() + FormatTables() + PixelFormatList();
+    return text;
+}
+
+}  // namespace reference

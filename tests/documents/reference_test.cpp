@@ -1,0 +1,73 @@
+// The pages for users agree with the program.
+#include <fstream>
+#include <sstream>
+
+#include "docs/reference/option_notes.h"
+#include "docs/reference/reference.h"
+#include "support/commands.h"
+
+namespace test_support {
+namespace {
+
+std::string Page(const std::string& name) {
+    std::ifstream file(std::string(TESSIVO_DOCS) + "/" + name, std::ios::binary);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+TEST(Documents, TheReferenceIsWhatTheTablesSay) {
+    EXPECT_TRUE(Page("command-reference.md") == reference::CommandReference())
+        << "build the target reference-page";
+}
+
+/// The files that examples read.
+void MakeInputs(const TempFolder& folder) {
+    const auto clip = [&](const std::string& name) {
+        Ffmpeg({"-f", "lavfi", "-i", "testsrc2=size=64x48:rate=10:duration=2", "-f", "lavfi", "-i",
+                "sine=sample_rate=44100:duration=2", "-c:v", "mjpeg", "-c:a", "pcm_s16le", "-ac",
+                "2", folder / name});
+    };
+    clip("film.avi");
+    std::filesystem::create_directory(folder / "holiday");
+    clip("holiday/beach.avi");
+    Ffmpeg({"-f", "lavfi", "-i", "sine=sample_rate=44100:duration=1", folder / "talk.wav"});
+    Ffmpeg({"-f", "lavfi", "-i", "testsrc2=size=64x48", "-frames:v", "1", folder / "card.png"});
+    std::ofstream(folder / "job.weu") << "-profile av100 -v_bitrate 60000\n";
+}
+
+TEST(Documents, EachExampleDoesWhatItsMarkSays) {
+    const TempFolder folder;
+    MakeInputs(folder);
+    for (const reference::OptionNote& note : reference::OptionNotes()) {
+        if (note.today == reference::Today::Hardware) continue;
+        SCOPED_TRACE(note.name);
+        const CommandResult result =
+            RunCommand({"bash", "-c",
+                        "cd '" + folder.path().string() + "' && '" TESSIVO_CONSOLE "' " +
+                            std::string(note.example)});
+        if (note.today == reference::Today::Works) {
+            EXPECT_EQ(result.status, 0) << result.out << result.err;
+            continue;
+        }
+        EXPECT_EQ(result.status, 1) << result.out;
+        const bool says_so = result.out.find(" yet") != std::string::npos ||
+                             result.out.find("Loading the session") != std::string::npos;
+        EXPECT_TRUE(says_so) << result.out;
+    }
+}
+
+TEST(Documents, EachFilterDoesWhatItsMarkSays) {
+    const TempFolder folder;
+    MakeInputs(folder);
+    for (int number = 0; number <= 18; ++number) {
+        const CommandResult result =
+            RunCommand({TESSIVO_CONSOLE, "-input", folder / "film.avi", "-output",
+                        folder / "film.wmv", "-v_preproc", std::to_string(number)});
+        EXPECT_EQ(result.status, reference::FilterWorksToday(number) ? 0 : 1) << number << "\n"
+                                                                              << result.out;
+    }
+}
+
+}  // namespace
+}  // namespace test_support
