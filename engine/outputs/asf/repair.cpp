@@ -160,10 +160,9 @@ std::string SecondsText(const Inspection& inspection) {
 }
 
 std::string FoundText(const std::string& path, const Inspection& found) {
-    const std::uint64_t kept =
-        found.header.bytes.size() + found.walk.Totals().packets * found.header.packet_bytes;
-    std::string text = fmt::format("{}: {} packets, {} seconds", path, found.walk.Totals().packets,
-                                   SecondsText(found));
+    const std::uint64_t packets = found.whole ? found.header.packets : found.walk.Totals().packets;
+    const std::uint64_t kept = found.header.bytes.size() + packets * found.header.packet_bytes;
+    std::string text = fmt::format("{}: {} packets, {} seconds", path, packets, SecondsText(found));
     if (found.damaged_packets > 0)
         text += fmt::format(", {} damaged packets between them", found.damaged_packets);
     if (found.whole) return text + ", whole";
@@ -174,7 +173,7 @@ std::string FoundText(const std::string& path, const Inspection& found) {
 
 /// The name that `path` has in the end, and what there is to say about it.
 std::string Publish(const std::string& path, std::string& lines) {
-    const std::string target = TargetOfPart(path);
+    std::string target = TargetOfPart(path);
     if (target.empty()) return path;
     std::error_code error;
     if (fs::exists(fs::symlink_status(target, error))) {
