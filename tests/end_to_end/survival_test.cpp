@@ -1,0 +1,195 @@
+// Runs that are killed, or that lose their disk, folder or rights: what they leave behind.
+#include <signal.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <fstream>
+#include <random>
+
+#include "end_to_end/console_run.h"
+#include "support/asf_reader.h"
+
+namespace test_support {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string FileText(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::uintmax_t SizeOf(const std::string& path) {
+    std::error_code none;
+    const std::uintmax_t size = fs::file_size(path, none);
+    return none ? 0 : size;
+}
+
+int CountOf(const std::string& text, const std::string& part) {
+    int count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
+}
+
+/// Waits until the file has so many bytes, for as long as the test may run.
+void WaitForSize(const std::string& path, std::uintmax_t bytes) {
+    while (SizeOf(path) < bytes) usleep(5'000);
+}
+
+/// An input of ten minutes, more than any of these tests lets be encoded.
+std::string LongInput(const TempFolder& folder) {
+    MakeClip(folder / "clip.avi", 4);
+    Ffmpeg({"-stream_loop", "-1", "-i", folder / "clip.avi", "-t", "600", "-c", "copy",
+            folder / "long.avi"});
+    return folder / "long.avi";
+}
+
+TEST(Survival, AKilledRunPlaysAndIsMadeWhole) {
+    const TempFolder folder;
+    const std::string input = LongInput(folder);
+    const unsigned seed = std::random_device()();
+    std::cout << "seed " << seed << "\n";
+    std::mt19937 random(seed);
+    std::uniform_int_distribution<std::uintmax_t> moment(60'000, 900'000);
+    const std::string file = folder / "out.wmv";
+    const std::string part = file + ".part";
+    for (int run = 0; run < 5; ++run) {
+        const std::uintmax_t bytes = moment(random);
+        SCOPED_TRACE("seed " + std::to_string(seed) + ", at " + std::to_string(bytes));
+        fs::remove(file);
+        {
+            BackgroundCommand command(
+                {TESSIVO_CONSOLE, "-input", input, "-output", file, "-profile", "av350"},
+                folder.path());
+            WaitForSize(part, bytes);
+            command.Signal(SIGKILL);
+            EXPECT_EQ(command.Wait().status, 128 + SIGKILL);
+        }
+        EXPECT_FALSE(fs::exists(file));
+        const asf_reader::File cut = asf_reader::ReadFile(part);
+        // The last packet tells how far the encoder had come when it was written.
+        const double encoded = cut.packets.back().send_ms / 1000.0;
+        const CommandResult played =
+            RunCommand({"ffprobe", "-v", "quiet", "-select_streams", "v", "-show_entries",
+                        "frame=pts_time", "-of", "csv=p=0", part});
+        const std::size_t last_line = played.out.find_last_of('\n', played.out.size() - 2);
+        EXPECT_GT(std::atof(played.out.c_str() + last_line + 1), encoded - 1);
+
+        const CommandResult repair = Console({"--repair", part});
+        ASSERT_EQ(repair.status, 0) << repair.err;
+        EXPECT_NE(repair.out.find("Written: " + file), std::string::npos) << repair.out;
+        EXPECT_FALSE(fs::exists(part));
+        EXPECT_EQ(DecodeMessages(file), "");
+        const asf_reader::File whole = asf_reader::ReadFile(file);  // checks every size and count
+        EXPECT_EQ(whole.objects.size(), cut.objects.size());
+        EXPECT_NEAR(ProbeNumber(file, "", "duration"), encoded, 1.0);
+        const std::string sought_second = std::to_string(static_cast<int>(encoded / 2));
+        const CommandResult seek =
+            RunCommand({"ffprobe", "-v", "error", "-select_streams", "v", "-show_entries",
+                        "packet=pts_time,flags", "-of", "csv=p=0", "-read_intervals",
+                        sought_second + "%+#1", file});
+        EXPECT_LE(std::atof(seek.out.c_str()), encoded / 2 + 0.1) << seek.out;
+        EXPECT_NE(seek.out.find(",K"), std::string::npos) << seek.out;
+
+        const std::string bytes_before = FileText(file);
+        const CommandResult again = Console({"--repair", file});
+        EXPECT_EQ(again.status, 0);
+        EXPECT_NE(again.out.find("Left as it is"), std::string::npos) << again.out;
+        EXPECT_TRUE(FileText(file) == bytes_before);
+    }
+}
+
+TEST(Survival, ADiskOfAnySizeLeavesAPlayablePart) {
+    const TempFolder folder;
+    const std::string input = folder / "clip.avi";
+    MakeClip(input, 3, "160x120", 10);
+    const std::string file = folder / "out.wmv";
+    const std::vector<std::string> words = {TESSIVO_CONSOLE, "-input", input, "-output", file,
+                                            "-profile",      "av100"};
+    ASSERT_EQ(RunCommand(words).status, 0);
+    const std::uintmax_t whole = SizeOf(file);
+    constexpr std::uintmax_t kSizes = 50;
+    constexpr std::uintmax_t kBlock = 512;  // of the shell's limit
+    constexpr std::uintmax_t kLeast = 10'000;
+    ASSERT_GT(whole, kLeast + kSizes * kBlock);
+    std::ofstream(file) << "an older file";
+    for (std::uintmax_t i = 0; i < kSizes; ++i) {
+        const std::uintmax_t room = kLeast + (whole - kBlock - kLeast) * i / (kSizes - 1);
+        SCOPED_TRACE(room);
+        fs::remove(file + ".part");
+        std::vector<std::string> limited = {
+            "sh", "-c",
+            "trap '' XFSZ; ulimit -f " + std::to_string(room / kBlock) + "; exec \"$@\"", "sh"};
+        limited.insert(limited.end(), words.begin(), words.end());
+        const CommandResult result = RunCommand(limited);
+        ASSERT_EQ(result.status, 2) << result.out << result.err;
+        EXPECT_EQ(CountOf(result.out, "Error: 0x80070070"), 1) << result.out;
+        EXPECT_NE(result.out.find(file + ".part"), std::string::npos) << result.out;
+        EXPECT_EQ(FileText(file), "an older file");
+        EXPECT_EQ(DecodeMessages(file + ".part"), "");
+        EXPECT_GT(ProbeNumber(file + ".part", "", "duration"), 0);
+    }
+}
+
+TEST(Survival, ALostFolderIsOneError) {
+    const TempFolder folder;
+    const std::string input = LongInput(folder);
+    fs::create_directory(folder / "gone");
+    const std::string file = folder / "gone/out.wmv";
+    BackgroundCommand command(
+        {TESSIVO_CONSOLE, "-input", input, "-output", file, "-profile", "av350"}, folder.path());
+    WaitForSize(file + ".part", 100'000);
+    fs::remove_all(folder / "gone");
+    const CommandResult result = command.Wait();
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(CountOf(result.out, "Error: 0x80070003"), 1) << result.out;
+    EXPECT_NE(result.out.find(file), std::string::npos) << result.out;
+}
+
+TEST(Survival, WhatMayNotBeWrittenStays) {
+    const TempFolder folder;
+    MakeClip(folder / "clip.avi", 1);
+    const std::string closed = folder / "closed";
+    const std::string open = folder / "open";
+    for (const std::string& each : {closed, open}) {
+        fs::create_directory(each);
+        std::ofstream(each + "/out.wmv") << "an older file";
+    }
+    fs::permissions(folder.path(), fs::perms(0755));
+    fs::permissions(closed, fs::perms(0555));
+    fs::permissions(open, fs::perms(0777));
+    fs::permissions(open + "/out.wmv", fs::perms(0444));
+    std::vector<std::string> words;
+    if (geteuid() == 0) words = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+    for (const char* word : {TESSIVO_CONSOLE, "-profile", "av100", "-input"}) words.push_back(word);
+    words.push_back(folder / "clip.avi");
+    for (const std::string& each : {closed, open}) {
+        SCOPED_TRACE(each);
+        std::vector<std::string> run = words;
+        run.insert(run.end(), {"-output", each + "/out.wmv"});
+        const CommandResult result = RunCommand(run);
+        EXPECT_NE(result.status, 0);
+        EXPECT_EQ(CountOf(result.out, "access is denied"), 1) << result.out << result.err;
+        EXPECT_NE(result.out.find(each + "/out.wmv"), std::string::npos) << result.out;
+        EXPECT_EQ(FileText(each + "/out.wmv"), "an older file");
+        EXPECT_FALSE(fs::exists(each + "/out.wmv.part"));
+    }
+    fs::permissions(closed, fs::perms(0755));
+}
+
+TEST(Survival, ARepairThatIsNoneSaysSo) {
+    const TempFolder folder;
+    std::ofstream(folder / "text.wmv") << "no media at all, but long enough to be looked at\n";
+    const std::string before = FileText(folder / "text.wmv");
+    for (const char* name : {"text.wmv", "absent.wmv"}) {
+        const CommandResult result = Console({"--repair", folder / name});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.err.find(folder / name), std::string::npos) << result.err;
+        EXPECT_EQ(result.out, "");
+    }
+    EXPECT_EQ(FileText(folder / "text.wmv"), before);
+}
+
+}  // namespace
+}  // namespace test_support
