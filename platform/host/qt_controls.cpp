@@ -69,11 +69,16 @@ void ShorteningLabel::SetWholeText(const QString& text) {
     Shorten();
 }
 
+void ShorteningLabel::SetExplanation(const QString& text) {
+    explanation_ = text;
+    Shorten();
+}
+
 void ShorteningLabel::Shorten() {
     const QString shown =
         fontMetrics().elidedText(whole_text_, Qt::ElideMiddle, contentsRect().width());
     setText(shown);
-    setToolTip(shown == whole_text_ ? QString() : whole_text_);
+    setToolTip(shown == whole_text_ ? explanation_ : whole_text_);
 }
 
 QSize ShorteningLabel::minimumSizeHint() const { return {0, QLabel::minimumSizeHint().height()}; }

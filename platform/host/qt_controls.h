@@ -32,12 +32,13 @@ class OutputView : public QPlainTextEdit {
     void SetTabs();
 };
 
-/// One line that gives way: a text without room is shortened in its middle, the whole one is the
-/// tool tip.
+/// One line that gives way: a text without room is shortened in its middle, and the whole one is
+/// the tool tip instead of the explanation.
 class ShorteningLabel : public QLabel {
   public:
     explicit ShorteningLabel(QWidget* parent);
     void SetWholeText(const QString& text);
+    void SetExplanation(const QString& text);
     QSize minimumSizeHint() const override;
 
   protected:
@@ -46,6 +47,7 @@ class ShorteningLabel : public QLabel {
   private:
     void Shorten();
     QString whole_text_;
+    QString explanation_;
 };
 
 class QtCommandBox : public TextBox {

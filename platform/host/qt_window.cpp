@@ -2,6 +2,9 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QStatusTipEvent>
 #include <algorithm>
 #include <cstdio>
 #include <utility>
@@ -13,6 +16,7 @@ namespace {
 constexpr QSize kSmallest(560, 360);
 constexpr QSize kUsual(900, 640);
 constexpr int kIdleCheckInterval = 50;  // milliseconds
+constexpr const char* kGeometryKey = "geometry";
 
 QMessageBox::Icon BoxIcon(MessageIcon icon) {
     switch (icon) {
@@ -32,8 +36,10 @@ QMessageBox::Icon BoxIcon(MessageIcon icon) {
 
 QtWindow::QtWindow(std::string arguments)
     : arguments_(std::move(arguments)),
+      settings_(QStringLiteral("tessivo"), QStringLiteral("tessivo")),
+      recent_(settings_),
       command_caption_(this),
-      command_(this),
+      command_(recent_, this),
       go_(this),
       stop_(this),
       pane_(this),
@@ -45,6 +51,9 @@ QtWindow::QtWindow(std::string arguments)
       elapsed_(this),
       expected_rate_(this),
       current_rate_(this),
+      explanation_(this),
+      menu_commands_(*this, command_, pane_),
+      menu_bar_(menu_commands_, command_, recent_, this),
       command_box_(command_),
       pane_box_(pane_),
       go_button_(go_),
@@ -57,21 +66,7 @@ QtWindow::QtWindow(std::string arguments)
       elapsed_label_(elapsed_, tr("Elapsed time"), false),
       expected_rate_label_(expected_rate_, tr("Expected bit rate"), false),
       current_rate_label_(current_rate_, tr("Current bit rate"), false) {
-    const std::pair<QWidget*, const char*> names[] = {
-        {&command_, "txtCmd"},
-        {&go_, "cmdGo"},
-        {&stop_, "cmdStop"},
-        {&pane_, "txtInfo"},
-        {&bar_, "pb1"},
-        {&percent_, "lblprgs"},
-        {&status_, "lblStatus"},
-        {&file_, "lblFile"},
-        {&length_, "lblETm"},
-        {&elapsed_, "Label1"},
-        {&expected_rate_, "Label2"},
-        {&current_rate_, "Label3"},
-    };
-    for (const auto& [widget, name] : names) widget->setObjectName(QLatin1String(name));
+    NameAndExplain();
 
     command_caption_.setText(tr("&Command:"));
     command_caption_.setBuddy(&command_);
@@ -86,7 +81,11 @@ QtWindow::QtWindow(std::string arguments)
     bar_.setAccessibleName(tr("Progress of the pass"));
     bar_.setTextVisible(false);
 
+    setAcceptDrops(true);
+    pane_.setAcceptDrops(false);  // the window takes what is dropped on it
+
     LayOut();
+    restoreGeometry(settings_.value(QLatin1String(kGeometryKey)).toByteArray());
     setTabOrder(&command_, &go_);
     setTabOrder(&go_, &stop_);
     setTabOrder(&stop_, &pane_);
@@ -97,6 +96,64 @@ QtWindow::QtWindow(std::string arguments)
 }
 
 QtWindow::~QtWindow() = default;
+
+void QtWindow::NameAndExplain() {
+    struct Row {
+        QWidget& widget;
+        const char* name;
+        QString explanation;
+    };
+    const Row rows[] = {
+        {command_, "txtCmd",
+         tr("Words separated by blanks; Up and Down bring back earlier commands, a dropped file "
+            "becomes the input")},
+        {go_, "cmdGo", tr("Runs the command; a running encoding ends with its file whole")},
+        {stop_, "cmdStop",
+         tr("Ends the encoding; what was encoded so far is kept as a whole file")},
+        {pane_, "txtInfo", tr("Everything that commands have reported")},
+        {bar_, "pb1", tr("How much of this pass is done")},
+        {percent_, "lblprgs", tr("How much of this pass is done, in percent")},
+        {status_, "lblStatus", tr("What the encoder does at the moment")},
+        {file_, "lblFile", tr("The file that is being encoded")},
+        {length_, "lblETm", tr("The length of what is encoded or recorded, in seconds")},
+        {elapsed_, "Label1", tr("How far this pass has come, in seconds of playing time")},
+        {expected_rate_, "Label2", tr("The bit rate that the output was asked to have")},
+        {current_rate_, "Label3", tr("The bit rate of what is being written now")},
+        {explanation_, "explanation", QString()},
+    };
+    for (const Row& row : rows) {
+        row.widget.setObjectName(QLatin1String(row.name));
+        if (auto* shortening = dynamic_cast<ShorteningLabel*>(&row.widget))
+            shortening->SetExplanation(row.explanation);
+        else
+            row.widget.setToolTip(row.explanation);
+        row.widget.setStatusTip(row.explanation);
+        row.widget.setAccessibleDescription(row.explanation);
+    }
+    explanation_.setAccessibleName(tr("Explanation"));
+    explanation_.setTextFormat(Qt::PlainText);
+}
+
+bool QtWindow::event(QEvent* event) {
+    if (event->type() != QEvent::StatusTip) return QWidget::event(event);
+    explanation_.SetWholeText(static_cast<QStatusTipEvent*>(event)->tip());
+    return true;
+}
+
+void QtWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (command_.isEnabled() && DraggedFile(*event->mimeData())) event->acceptProposedAction();
+}
+
+void QtWindow::dropEvent(QDropEvent* event) {
+    const auto file = DraggedFile(*event->mimeData());
+    if (!file) return;
+    command_.AppendInput(*file);
+    event->acceptProposedAction();
+}
+
+void QtWindow::KeepWindowSettings() {
+    settings_.setValue(QLatin1String(kGeometryKey), saveGeometry());
+}
 
 void QtWindow::LayOut() {
     command_row_.addWidget(&command_caption_);
@@ -124,12 +181,14 @@ void QtWindow::LayOut() {
         facts_.addWidget(figure, 2, column++);
     }
 
-    rows_.setContentsMargins(12, 12, 12, 12);
+    rows_.setMenuBar(&menu_bar_);
+    rows_.setContentsMargins(12, 8, 12, 6);
     rows_.setSpacing(8);
     rows_.addLayout(&command_row_);
     rows_.addWidget(&pane_, 1);
     rows_.addLayout(&progress_row_);
     rows_.addLayout(&facts_);
+    rows_.addWidget(&explanation_);
     setLayout(&rows_);
     setMinimumSize(kSmallest.expandedTo(rows_.minimumSize()));
     resize(kUsual.expandedTo(minimumSize()));
@@ -137,10 +196,16 @@ void QtWindow::LayOut() {
 
 void QtWindow::SetForm(FormEvents& form) {
     form_ = &form;
-    connect(&go_, &QPushButton::clicked, this, [this] { form_->cmdGo_Click(); });
+    menu_commands_.SetForm(form);
+    connect(&go_, &QPushButton::clicked, this, [this] {
+        command_.Remember();
+        form_->cmdGo_Click();
+    });
     connect(&stop_, &QPushButton::clicked, this, [this] { form_->cmdStop_Click(); });
-    connect(&command_, &QLineEdit::returnPressed, this,
-            [this] { form_->txtCmd_KeyPress(kEnterKey); });
+    connect(&command_, &QLineEdit::returnPressed, this, [this] {
+        command_.Remember();
+        form_->txtCmd_KeyPress(kEnterKey);
+    });
     timer_.OnTick([this] { form_->Timer1_Timer(); });
 }
 
@@ -184,6 +249,7 @@ void QtWindow::closeEvent(QCloseEvent* event) {
         return;
     }
     unloaded_ = true;
+    KeepWindowSettings();
     form_->Form_Unload();
     event->accept();
 }

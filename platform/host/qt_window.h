@@ -8,6 +8,7 @@
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QSettings>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
@@ -15,15 +16,20 @@
 #include <string>
 
 #include "platform/form_events.h"
+#include "platform/host/qt_command_edit.h"
 #include "platform/host/qt_controls.h"
 #include "platform/host/qt_loop.h"
+#include "platform/host/qt_menu_bar.h"
+#include "platform/host/qt_menu_commands.h"
+#include "platform/host/qt_recent_commands.h"
 #include "platform/widgets.h"
 
 namespace platform::host {
 
 /// Closing it while the form is busy asks first, stops the encoder and closes when its file is
 /// finished. The widgets bear the form's names (txtCmd, cmdGo ...) as object names; the question
-/// is "question", its buttons "stopAndClose" and "keepRunning".
+/// is "question", its buttons "stopAndClose" and "keepRunning". Size and recent commands are kept
+/// in the user's settings of "tessivo". A file that is dropped becomes the command's input.
 class QtWindow : public QWidget, public FormWindow {
   public:
     /// @param arguments  the process's arguments after the program's name, joined by blanks
@@ -61,9 +67,15 @@ class QtWindow : public QWidget, public FormWindow {
 
   protected:
     void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    /// Shows the explanation of what the pointer is on.
+    bool event(QEvent* event) override;
 
   private:
+    void NameAndExplain();
     void LayOut();
+    void KeepWindowSettings();
     void AskBeforeClosing();
     void CloseWhenIdle();
 
@@ -76,8 +88,11 @@ class QtWindow : public QWidget, public FormWindow {
     QTimer idle_check_;
     std::unique_ptr<QMessageBox> question_;
 
+    QSettings settings_;
+    RecentCommands recent_;
+
     QLabel command_caption_;
-    QLineEdit command_;
+    CommandEdit command_;
     QPushButton go_;
     QPushButton stop_;
     OutputView pane_;
@@ -89,6 +104,9 @@ class QtWindow : public QWidget, public FormWindow {
     QLabel elapsed_;
     QLabel expected_rate_;
     QLabel current_rate_;
+    ShorteningLabel explanation_;
+    MenuCommands menu_commands_;
+    WindowMenuBar menu_bar_;
 
     QtCommandBox command_box_;
     QtPane pane_box_;

@@ -1,0 +1,143 @@
+#include "platform/host/qt_menu_bar.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QKeySequence>
+#include <string_view>
+
+namespace platform::host {
+
+namespace {
+
+struct MenuRow {
+    const char* menu;  // object name
+    const char* name;  // object name; "" = a line between two groups
+    const char* text;
+    const char* shortcut;  // "" = none
+    const char* tip;
+    void (*run)(MenuCommands&);
+};
+
+// clang-format off
+constexpr const char* kMenus[][2] = {
+    // name        title; G, S and C are taken by the buttons and the command box
+    {"fileMenu",   "&File"},
+    {"recentMenu", "&Recent"},
+    {"listMenu",   "&List"},
+    {"helpMenu",   "&Help"},
+};
+
+constexpr MenuRow kRows[] = {
+    // menu       name               text                       shortcut   tip  what it runs
+    {"fileMenu", "newSession",      "&New session",             "Ctrl+N",
+        "Puts every setting back to not given, as in a window that has just been opened",
+        [](MenuCommands& menu) { menu.NewSession(); }},
+    {"fileMenu", "", "", "", "", nullptr},
+    {"fileMenu", "fileInformation", "File &information...",     "Ctrl+O",
+        "Writes what is known about a media file to the output",
+        [](MenuCommands& menu) { menu.ShowFileInformation(); }},
+    {"fileMenu", "", "", "", "", nullptr},
+    {"fileMenu", "savePane",        "&Save output...",          "Ctrl+S",
+        "Saves the text of the output as a file",
+        [](MenuCommands& menu) { menu.SavePane(); }},
+    {"fileMenu", "clearPane",       "&Clear output",            "Ctrl+Shift+L",
+        "Empties the output",
+        [](MenuCommands& menu) { menu.ClearPane(); }},
+    {"fileMenu", "goToCommand",     "&Go to the command box",   "Ctrl+L",
+        "Selects the command, so that typing replaces it",
+        [](MenuCommands& menu) { menu.GoToCommand(); }},
+    {"fileMenu", "", "", "", "", nullptr},
+    {"fileMenu", "quit",            "&Quit",                    "Ctrl+Q",
+        "Closes the window; asks first while an encoding runs",
+        [](MenuCommands& menu) { menu.Quit(); }},
+    {"listMenu", "listDevices",     "&Devices",                 "",
+        "Lists the devices that can be recorded from, with the numbers of -adevice and -vdevice",
+        [](MenuCommands& menu) { menu.ListDevices(); }},
+    {"listMenu", "listAudioCodecs", "&Audio codecs",            "",
+        "Lists the names that -a_codec takes",
+        [](MenuCommands& menu) { menu.ListAudioCodecs(); }},
+    {"listMenu", "listVideoCodecs", "&Video codecs",            "",
+        "Lists the names that -v_codec takes",
+        [](MenuCommands& menu) { menu.ListVideoCodecs(); }},
+    {"listMenu", "listAudioFormats", "Audio &formats",          "",
+        "Lists the values that -a_setting takes, for each codec and mode",
+        [](MenuCommands& menu) { menu.ListAudioFormats(); }},
+    {"helpMenu", "showHelp",        "&All options",             "F1",
+        "Writes every option of the command line to the output",
+        [](MenuCommands& menu) { menu.ShowHelp(); }},
+    {"helpMenu", "about",           "A&bout Tessivo",           "",
+        "Says which version this is and under which licence it may be used",
+        [](MenuCommands& menu) { menu.ShowAbout(); }},
+};
+// clang-format on
+
+constexpr qsizetype kLongestEntry = 90;  // characters of a recent command in the menu
+
+QString Text(const char* text) { return QCoreApplication::translate("WindowMenuBar", text); }
+
+QString Entry(const QString& command) {
+    QString entry = command.simplified();
+    if (entry.size() > kLongestEntry)
+        entry = entry.left(kLongestEntry - 1) + QChar(0x2026);  // ellipsis
+    return entry.replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
+}  // namespace
+
+WindowMenuBar::WindowMenuBar(MenuCommands& commands, CommandEdit& command, RecentCommands& recent,
+                             QWidget* parent)
+    : QMenuBar(parent), commands_(commands), command_(command), recent_(recent) {
+    setObjectName(QStringLiteral("menuBar"));
+    setAccessibleName(Text("Menus"));
+    for (const auto& [menu_name, title] : kMenus) {
+        QMenu& menu = Menu(menu_name, Text(title));
+        for (const MenuRow& row : kRows) {
+            if (row.menu != std::string_view(menu_name)) continue;
+            if (row.run == nullptr) {
+                menu.addSeparator();
+                continue;
+            }
+            QAction* const action = menu.addAction(Text(row.text));
+            connect(action, &QAction::triggered, this, [this, run = row.run] { run(commands_); });
+            action->setObjectName(QLatin1String(row.name));
+            action->setShortcut(QKeySequence(QLatin1String(row.shortcut)));
+            action->setStatusTip(Text(row.tip));
+        }
+    }
+    // Grey only while the menu is open: the shortcut always answers, with the reason if need be.
+    auto* const file_menu = findChild<QMenu*>(QLatin1String("fileMenu"));
+    auto* const new_session = findChild<QAction*>(QLatin1String("newSession"));
+    connect(file_menu, &QMenu::aboutToShow, new_session,
+            [this, new_session] { new_session->setEnabled(!commands_.IsBusy()); });
+    connect(file_menu, &QMenu::aboutToHide, new_session,
+            [new_session] { new_session->setEnabled(true); });
+    auto* const recent_menu = findChild<QMenu*>(QLatin1String("recentMenu"));
+    connect(recent_menu, &QMenu::aboutToShow, this,
+            [this, recent_menu] { FillRecent(*recent_menu); });
+}
+
+QMenu& WindowMenuBar::Menu(const char* name, const QString& title) {
+    QMenu* const menu = addMenu(title);
+    menu->setObjectName(QLatin1String(name));
+    menu->setAccessibleName(QString(title).remove(QLatin1Char('&')));
+    return *menu;
+}
+
+void WindowMenuBar::FillRecent(QMenu& menu) {
+    menu.clear();
+    const QStringList& commands = recent_.List();
+    for (auto command = commands.rbegin(); command != commands.rend(); ++command) {
+        QAction* const action = menu.addAction(Entry(*command), this,
+                                               [this, whole = *command] { command_.Offer(whole); });
+        action->setStatusTip(Text("Puts this command into the box, to be changed or run"));
+    }
+    if (commands.isEmpty()) menu.addAction(Text("No commands yet"))->setEnabled(false);
+    menu.addSeparator();
+    QAction* const clear =
+        menu.addAction(Text("&Clear this list"), this, [this] { recent_.Clear(); });
+    clear->setObjectName(QStringLiteral("clearRecent"));
+    clear->setStatusTip(Text("Forgets the recent commands, here and on the arrow keys"));
+    clear->setEnabled(!commands.isEmpty());
+}
+
+}  // namespace platform::host

@@ -1,0 +1,101 @@
+#include "platform/host/qt_menu_commands.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QSaveFile>
+#include <utility>
+
+#include "platform/host/locale_text.h"
+
+namespace platform::host {
+
+namespace {
+
+QString Text(const char* text) { return QCoreApplication::translate("MenuCommands", text); }
+
+}  // namespace
+
+MenuCommands::MenuCommands(QWidget& window, CommandEdit& command, OutputView& pane)
+    : window_(window), command_(command), pane_(pane) {}
+
+MenuCommands::~MenuCommands() = default;
+
+void MenuCommands::RunListing(const std::vector<std::string>& words) {
+    if (form_ != nullptr) form_->RunListing(words);
+}
+
+QFileDialog& MenuCommands::OpenDialog(const char* name, const QString& title) {
+    const QString folder = dialog_ ? dialog_->directory().path() : QString();
+    dialog_ = std::make_unique<QFileDialog>(&window_, title, folder);
+    dialog_->setObjectName(QLatin1String(name));
+    return *dialog_;
+}
+
+void MenuCommands::ShowFileInformation() {
+    QFileDialog& dialog = OpenDialog("inputFile", Text("File information"));
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    QObject::connect(&dialog, &QFileDialog::fileSelected, &dialog, [this](const QString& path) {
+        RunListing({"-input", path.toStdString()});
+    });
+    dialog.open();
+}
+
+void MenuCommands::NewSession() {
+    if (form_ == nullptr || form_->NewSession()) return;
+    ShowMessage(QMessageBox::Information, "message", Text("An encoding is still running."),
+                Text("A new session can begin when it has ended. Stop ends it now and keeps what "
+                     "was encoded so far as a whole file."));
+}
+
+void MenuCommands::SavePane() {
+    QFileDialog& dialog = OpenDialog("saveFile", Text("Save the output"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setNameFilters({Text("Text files (*.txt)"), Text("All files (*)")});
+    dialog.setDefaultSuffix(QStringLiteral("txt"));
+    dialog.selectFile(QStringLiteral("tessivo-output.txt"));
+    QObject::connect(&dialog, &QFileDialog::fileSelected, &dialog,
+                     [this](const QString& path) { WritePane(path); });
+    dialog.open();
+}
+
+void MenuCommands::WritePane(const QString& path) {
+    const std::string text = LocaleText::OfUser().FromUtf8(pane_.toPlainText().toStdString());
+    QSaveFile file(path);
+    const auto size = static_cast<qint64>(text.size());
+    const bool written =
+        file.open(QIODevice::WriteOnly) && file.write(text.data(), size) == size && file.commit();
+    if (written) return;
+    ShowMessage(QMessageBox::Critical, "message", Text("The output could not be saved."),
+                QDir::toNativeSeparators(path) + QStringLiteral(": ") + file.errorString());
+}
+
+void MenuCommands::ClearPane() { pane_.clear(); }
+
+void MenuCommands::GoToCommand() {
+    command_.setFocus(Qt::ShortcutFocusReason);
+    command_.selectAll();
+}
+
+void MenuCommands::ShowAbout() {
+    ShowMessage(QMessageBox::NoIcon, "about",
+                Text("Tessivo %1").arg(QCoreApplication::applicationVersion()),
+                Text("Turns media files and whole folders into Windows Media files, in this window "
+                     "or on the console with the same command line.\n\n"
+                     "Free software under the GNU General Public License, version 3: it may be "
+                     "used, studied, changed and shared, and comes without any warranty."));
+}
+
+void MenuCommands::Quit() { window_.close(); }
+
+void MenuCommands::ShowMessage(QMessageBox::Icon icon, const char* name, const QString& text,
+                               const QString& more) {
+    message_ =
+        std::make_unique<QMessageBox>(icon, window_.windowTitle(), text, QMessageBox::Ok, &window_);
+    message_->setObjectName(QLatin1String(name));
+    message_->setTextFormat(Qt::PlainText);
+    message_->setInformativeText(more);
+    message_->open();
+}
+
+}  // namespace platform::host
