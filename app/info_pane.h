@@ -1,7 +1,9 @@
 // The output pane over the window's txtInfo: only ever appended to, its newest line in view.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <utility>
 
 #include "platform/output_pane.h"
 #include "platform/widgets.h"
@@ -15,17 +17,17 @@ class InfoPane final : public platform::OutputPane {
 
     void OutputInfo(const std::string& text) override {
         txtInfo_.AppendText(text + "\r\n");
-        last_line_ = text;
+        if (on_line_) on_line_(text);
         scrollDisplay();
     }
     void scrollDisplay() { txtInfo_.ScrollToEnd(); }
 
-    /// "" before the first.
-    const std::string& LastLine() const { return last_line_; }
+    /// Called with each text that is written.
+    void OnLine(std::function<void(const std::string&)> handler) { on_line_ = std::move(handler); }
 
   private:
     platform::TextBox& txtInfo_;
-    std::string last_line_;
+    std::function<void(const std::string&)> on_line_;
 };
 
 }  // namespace app

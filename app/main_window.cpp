@@ -36,9 +36,10 @@ frmMain::frmMain(platform::FormWindow& window, platform::Factory& factory, WallC
       actions_(factory, session_, pane_, report_),
       readers_(pane_),
       parser_(settings_, readers_, pane_, actions_, session_) {
+    pane_.OnLine([this](const std::string& line) { run_log_.NoteLine(line); });
     run_.OnEnd([this](const RunEnd& end) { run_log_.EndRun(end); });
     folder_run_.OnFile([this] {
-        run_log_.EndFile(pane_.LastLine());
+        run_log_.EndFile();
         run_log_.BeginFile();
     });
     Form_Initialize();
@@ -159,9 +160,7 @@ platform::RunProgress frmMain::Progress() const {
     return progress;
 }
 
-platform::CommandReport frmMain::Report() const {
-    return run_log_.Report(ExitStatus(), pane_.LastLine());
-}
+platform::CommandReport frmMain::Report() const { return run_log_.Report(ExitStatus()); }
 
 void frmMain::SetRunListener(platform::RunListener* listener) { run_log_.SetListener(listener); }
 
@@ -220,7 +219,7 @@ int frmMain::RunFolder() {
     const FolderRun::Walk walk(folder_run_);
     run_log_.BeginFolder();
     const bool walked = directory_mode_.DoDirectoryModeEncoding();
-    run_log_.EndFile(pane_.LastLine());
+    run_log_.EndFile();
     if (!walked) return kRefused;
     return directory_mode_.AnyFailed() ? kFailed : kDone;
 }

@@ -16,6 +16,15 @@ using platform::CommandEnd;
 using platform::SourceType;
 
 constexpr int kRefusedStatus = 1;
+constexpr std::string_view kWalkHeading = "============== ";
+constexpr std::string_view kPassedOver = "Skipping: ";
+constexpr std::string_view kWrittenBefore = ", since this walk has already written ";
+
+bool IsOfWalk(const std::string& line) {
+    if (platform::StartsWith(line, kWalkHeading)) return true;
+    return platform::StartsWith(line, kPassedOver) &&
+           line.find(kWrittenBefore) == std::string::npos;
+}
 
 struct NumberedLine {
     std::string_view prefix;
@@ -55,6 +64,20 @@ platform::ErrorReport ErrorOfLine(const std::string& line) {
     return {0, line};
 }
 
+void RunLog::BeginCommand() {
+    command_ = {};
+    has_run_ = false;
+    in_file_ = false;
+    stopped_ = false;
+    last_line_.clear();
+}
+
+void RunLog::NoteLine(const std::string& line) {
+    last_line_ = line;
+    if (IsOfWalk(line)) hears_file_ = false;
+    if (hears_file_) file_line_ = line;
+}
+
 void RunLog::EndRun(const RunEnd& end) {
     platform::FileReport& report = command_.last;
     report = {};
@@ -91,24 +114,28 @@ void RunLog::ReadTotals(platform::FileReport& report) const {
 void RunLog::BeginFile() {
     has_run_ = false;
     in_file_ = true;
+    hears_file_ = true;
+    file_input_ = settings_.input;
+    file_line_.clear();
 }
 
-void RunLog::EndFile(const std::string& last_line) {
+void RunLog::EndFile() {
     if (!in_file_) return;
     in_file_ = false;
     if (!has_run_) {
         command_.last = {};
-        command_.last.end = CommandEnd::Refused;
-        command_.last.input = settings_.input;
-        command_.last.error = ErrorOfLine(last_line);
+        const bool passed_over = platform::StartsWith(file_line_, kPassedOver);
+        command_.last.end = passed_over ? CommandEnd::Shown : CommandEnd::Refused;
+        command_.last.input = file_input_;
+        command_.last.error = ErrorOfLine(file_line_);
     }
     const CommandEnd end = command_.last.end;
     const bool failed = end == CommandEnd::Failed || end == CommandEnd::Refused;
-    ++(failed ? command_.files_failed : command_.files_completed);
+    if (end != CommandEnd::Shown) ++(failed ? command_.files_failed : command_.files_completed);
     if (listener_ != nullptr) listener_->OnFileEnd(command_.last);
 }
 
-platform::CommandReport RunLog::Report(int exit_status, const std::string& last_line) const {
+platform::CommandReport RunLog::Report(int exit_status) const {
     platform::CommandReport report = command_;
     platform::FileReport& last = report.last;
     const CommandEnd bad = exit_status == kRefusedStatus ? CommandEnd::Refused : CommandEnd::Failed;
@@ -119,14 +146,14 @@ platform::CommandReport RunLog::Report(int exit_status, const std::string& last_
         last.end = bad;
         const int files = report.files_completed + report.files_failed;
         last.error = bad == CommandEnd::Refused
-                         ? ErrorOfLine(last_line)
+                         ? ErrorOfLine(last_line_)
                          : platform::ErrorReport{
                                0, fmt::format("{} of {} files failed", report.files_failed, files)};
     } else if (!has_run_) {
         last.input = settings_.input;
         if (exit_status == 0) return report;
         last.end = bad;
-        last.error = ErrorOfLine(last_line);
+        last.error = ErrorOfLine(last_line_);
     }
     return report;
 }

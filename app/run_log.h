@@ -31,21 +31,22 @@ class RunLog {
 
     void SetListener(platform::RunListener* listener) { listener_ = listener; }
 
-    void BeginCommand() { command_ = {}, has_run_ = false, stopped_ = false; }
+    void BeginCommand();
+    /// The pane gets this text.
+    void NoteLine(const std::string& line);
     void NoteStop() { stopped_ = true; }
 
     /// The session's run has come to its stopped state.
     void EndRun(const RunEnd& end);
 
     // A folder's files, one after the other. Their ends are told to the listener; a file without a
-    // run of its own was refused, and `last_line` says why.
+    // run of its own was passed over or refused, and its last line says why.
     void BeginFolder() { command_.is_folder = true; }
     void BeginFile();
-    void EndFile(const std::string& last_line);
+    void EndFile();
 
     /// @param exit_status  as the form's
-    /// @param last_line    the last line of the pane
-    platform::CommandReport Report(int exit_status, const std::string& last_line) const;
+    platform::CommandReport Report(int exit_status) const;
 
   private:
     void ReadTotals(platform::FileReport& report) const;
@@ -54,8 +55,12 @@ class RunLog {
     const cli::EncodeSettings& settings_;
     platform::RunListener* listener_ = nullptr;
     platform::CommandReport command_;
-    bool has_run_ = false;  // command_.last is of the file at hand
-    bool in_file_ = false;  // of a folder
+    bool has_run_ = false;     // command_.last is of the file at hand
+    bool in_file_ = false;     // of a folder
+    bool hears_file_ = false;  // the lines are the file's, not yet the walk's next ones
+    std::string file_input_;
+    std::string file_line_;  // the file's last
+    std::string last_line_;
     bool stopped_ = false;
 };
 
