@@ -1,6 +1,7 @@
 // The desktop executable: the form in a window, over the engine.
 #include "app/main_window.h"
 #include "engine/object_model/engine_factory.h"
+#include "engine/outputs/asf/repair.h"
 #include "platform/host/qt_program.h"
 
 int main(int argc, char** argv) {
@@ -12,5 +13,6 @@ int main(int argc, char** argv) {
         {engine::MakeEncoder, engine::MakeProfile},
         [](FormWindow& window, Factory& factory) -> std::unique_ptr<FormEvents> {
             return std::make_unique<app::frmMain>(window, factory);
-        });
+        },
+        engine::asf::Repair);
 }

@@ -36,6 +36,9 @@ constexpr MenuRow kRows[] = {
     {"fileMenu", "fileInformation", "File &information...",     "Ctrl+O",
         "Writes what is known about a media file to the output",
         [](MenuCommands& menu) { menu.ShowFileInformation(); }},
+    {"fileMenu", "repairFile",      "Re&pair a file...",        "",
+        "Makes a Windows Media file that was cut off whole; the result takes its place",
+        [](MenuCommands& menu) { menu.RepairFile(); }},
     {"fileMenu", "", "", "", "", nullptr},
     {"fileMenu", "savePane",        "&Save output...",          "Ctrl+S",
         "Saves the text of the output as a file",
@@ -107,8 +110,11 @@ WindowMenuBar::WindowMenuBar(MenuCommands& commands, CommandEdit& command, Recen
     // Grey only while the menu is open: the shortcut always answers, with the reason if need be.
     auto* const file_menu = findChild<QMenu*>(QLatin1String("fileMenu"));
     auto* const new_session = findChild<QAction*>(QLatin1String("newSession"));
-    connect(file_menu, &QMenu::aboutToShow, new_session,
-            [this, new_session] { new_session->setEnabled(!commands_.IsBusy()); });
+    auto* const repair = findChild<QAction*>(QLatin1String("repairFile"));
+    connect(file_menu, &QMenu::aboutToShow, this, [this, new_session, repair] {
+        new_session->setEnabled(!commands_.IsBusy());
+        repair->setEnabled(commands_.CanRepair());
+    });
     connect(file_menu, &QMenu::aboutToHide, new_session,
             [new_session] { new_session->setEnabled(true); });
     auto* const recent_menu = findChild<QMenu*>(QLatin1String("recentMenu"));

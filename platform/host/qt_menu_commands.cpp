@@ -5,6 +5,7 @@
 #include <QSaveFile>
 #include <utility>
 
+#include "platform/error.h"
 #include "platform/host/locale_text.h"
 
 namespace platform::host {
@@ -15,10 +16,12 @@ QString Text(const char* text) { return QCoreApplication::translate("MenuCommand
 
 }  // namespace
 
-MenuCommands::MenuCommands(QWidget& window, CommandEdit& command, OutputView& pane)
-    : window_(window), command_(command), pane_(pane) {}
+MenuCommands::MenuCommands(QWidget& window, EventLoop& loop, CommandEdit& command, OutputView& pane)
+    : window_(window), loop_(loop), command_(command), pane_(pane) {}
 
-MenuCommands::~MenuCommands() = default;
+MenuCommands::~MenuCommands() {
+    if (repair_thread_.joinable()) repair_thread_.join();
+}
 
 void MenuCommands::RunListing(const std::vector<std::string>& words) {
     if (form_ != nullptr) form_->RunListing(words);
@@ -38,6 +41,36 @@ void MenuCommands::ShowFileInformation() {
         RunListing({"-input", path.toStdString()});
     });
     dialog.open();
+}
+
+void MenuCommands::RepairFile() {
+    if (!CanRepair()) return;
+    QFileDialog& dialog = OpenDialog("repairFile", Text("Repair a file"));
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setNameFilters(
+        {Text("Windows Media files (*.wmv *.wma *.asf *.part)"), Text("All files (*)")});
+    QObject::connect(&dialog, &QFileDialog::fileSelected, &dialog,
+                     [this](const QString& path) { Repair(path); });
+    dialog.open();
+}
+
+void MenuCommands::Repair(const QString& path) {
+    if (repair_thread_.joinable()) repair_thread_.join();
+    repairing_ = true;
+    // A file of hours is read whole; the window stays usable meanwhile.
+    repair_thread_ = std::thread([this, repair = repair_, name = path.toStdString()] {
+        std::string text;
+        try {
+            text = repair(name);
+        } catch (const Error& error) {
+            text = error.description() + "\n";
+        }
+        loop_.Post([this, lines = QString::fromStdString(text)] {
+            repairing_ = false;
+            pane_.Append(lines.endsWith(QLatin1Char('\n')) ? lines : lines + QLatin1Char('\n'));
+            pane_.ScrollToEnd();
+        });
+    });
 }
 
 void MenuCommands::NewSession() {

@@ -7,28 +7,35 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
+#include "platform/event_loop.h"
 #include "platform/form_events.h"
 #include "platform/host/qt_command_edit.h"
 #include "platform/host/qt_controls.h"
 
 namespace platform::host {
 
-/// Makes a file that was cut off whole; returns the line that says what was done. Throws Error.
+/// Makes a file that was cut off whole and returns the lines that say what was done. Throws Error.
 /// Called on a thread of its own.
 using FileRepair = std::function<std::string(const std::string& path)>;
 
-/// Dialogs are opened without a loop of their own and named: "inputFile", "saveFile", "message",
-/// "about". User-interface thread; everything handed over must outlive it.
+/// Dialogs are opened without a loop of their own and named: "inputFile", "repairFile", "saveFile",
+/// "message", "about". User-interface thread; everything handed over must outlive it.
 class MenuCommands {
   public:
-    MenuCommands(QWidget& window, CommandEdit& command, OutputView& pane);
+    MenuCommands(QWidget& window, EventLoop& loop, CommandEdit& command, OutputView& pane);
+    /// Waits for a repair that still runs.
     ~MenuCommands();
     MenuCommands(const MenuCommands&) = delete;
     MenuCommands& operator=(const MenuCommands&) = delete;
 
     void SetForm(FormEvents& form) { form_ = &form; }
+    /// Without one there is nothing to repair files with.
+    void SetRepair(FileRepair repair) { repair_ = std::move(repair); }
+    bool CanRepair() const { return static_cast<bool>(repair_) && !repairing_; }
     bool IsBusy() const { return form_ != nullptr && form_->IsBusy(); }
 
     void ListDevices() { RunListing({"-devices"}); }
@@ -37,6 +44,7 @@ class MenuCommands {
     void ListAudioFormats() { RunListing({"-a_formats"}); }
     void ShowHelp() { RunListing({"-help"}); }
     void ShowFileInformation();
+    void RepairFile();
     void NewSession();
     void SavePane();
     void ClearPane();
@@ -47,16 +55,21 @@ class MenuCommands {
   private:
     void RunListing(const std::vector<std::string>& words);
     QFileDialog& OpenDialog(const char* name, const QString& title);
+    void Repair(const QString& path);
     void WritePane(const QString& path);
     void ShowMessage(QMessageBox::Icon icon, const char* name, const QString& text,
                      const QString& more);
 
     QWidget& window_;
+    EventLoop& loop_;
     CommandEdit& command_;
     OutputView& pane_;
     FormEvents* form_ = nullptr;
     std::unique_ptr<QFileDialog> dialog_;
     std::unique_ptr<QMessageBox> message_;
+    FileRepair repair_;
+    bool repairing_ = false;
+    std::thread repair_thread_;
 };
 
 }  // namespace platform::host

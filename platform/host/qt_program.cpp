@@ -30,7 +30,7 @@ void ReportNoDisplay(QtMsgType type, const QMessageLogContext& /*context*/,
 }  // namespace
 
 int RunWindow(const std::vector<std::string>& words, const ProgramInfo& program,
-              EngineMakers makers, const FormMaker& make_form) {
+              EngineMakers makers, const FormMaker& make_form, FileRepair repair) {
     OccupyStandardDescriptors();
     if (const auto answer = AnswerAboutProgram(program, words)) {
         return std::fputs(answer->c_str(), stdout) < 0 ? EXIT_FAILURE : EXIT_SUCCESS;
@@ -61,6 +61,7 @@ int RunWindow(const std::vector<std::string>& words, const ProgramInfo& program,
     HostFactory factory(window.Loop(), std::move(makers));
     const std::unique_ptr<FormEvents> form = make_form(window, factory);
     window.SetForm(*form);
+    window.SetRepair(std::move(repair));
     open_window = &window;
     window.show();
     form->Form_Load();

@@ -52,7 +52,7 @@ QtWindow::QtWindow(std::string arguments)
       expected_rate_(this),
       current_rate_(this),
       explanation_(this),
-      menu_commands_(*this, command_, pane_),
+      menu_commands_(*this, loop_, command_, pane_),
       menu_bar_(menu_commands_, command_, recent_, this),
       command_box_(command_),
       pane_box_(pane_),

@@ -14,6 +14,7 @@
 #include <QWidget>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/form_events.h"
 #include "platform/host/qt_command_edit.h"
@@ -38,6 +39,8 @@ class QtWindow : public QWidget, public FormWindow {
 
     /// Binds the widgets to the form, which must live as long as the window is open.
     void SetForm(FormEvents& form);
+    /// What the menu repairs files with.
+    void SetRepair(FileRepair repair) { menu_commands_.SetRepair(std::move(repair)); }
     /// Closes without a question, after the encoder has finished its file.
     void StopAndClose();
     /// The same for a signal: nobody is there to answer a box, so none stays open.

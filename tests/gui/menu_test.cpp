@@ -7,9 +7,11 @@
 #include <QTemporaryDir>
 #include <QUrl>
 #include <algorithm>
+#include <future>
 #include <set>
 
 #include "gui/window_fixture.h"
+#include "platform/error.h"
 
 namespace window_test {
 namespace {
@@ -114,6 +116,41 @@ TEST_F(Menus, FileInformationTakesTheNameAsOneWord) {
     Trigger("fileInformation");
     Choose("inputFile", path);
     EXPECT_THAT(form_.calls, ElementsAre("listing|-input|" + path.toStdString()));
+}
+
+TEST_F(Menus, RepairWritesItsLinesAndLeavesTheWindowUsable) {
+    auto& menu = Find<QMenu>("fileMenu");
+    auto& action = Find<QAction>("repairFile");
+    const auto enabled = [&] {
+        QMetaObject::invokeMethod(&menu, "aboutToShow");
+        return action.isEnabled();
+    };
+    EXPECT_FALSE(enabled()) << "nothing to repair with";
+    std::promise<void> go_on;
+    std::shared_future<void> told = go_on.get_future();
+    window().SetRepair([told](const std::string& path) -> std::string {
+        told.wait();
+        if (path.find("bad") != std::string::npos)
+            throw platform::Error(platform::kInvalidData, path + " has no header");
+        return path + " is whole\n";
+    });
+    const QString good = folder_.filePath(QStringLiteral("a b.wmv"));
+    const QString bad = folder_.filePath(QStringLiteral("bad.wmv"));
+    for (const QString& path : {good, bad}) ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+
+    EXPECT_TRUE(enabled());
+    action.trigger();
+    Choose("repairFile", good);
+    EXPECT_FALSE(enabled()) << "one at a time";
+    EXPECT_EQ(window().txtInfo().Text(), "");
+    go_on.set_value();
+    RunUntil([&] { return !window().txtInfo().Text().empty(); });
+    action.setEnabled(enabled());
+    action.trigger();
+    Choose("repairFile", bad);
+    RunUntil([&] { return enabled(); });
+    EXPECT_EQ(window().txtInfo().Text(),
+              good.toStdString() + " is whole\r\n" + bad.toStdString() + " has no header\r\n");
 }
 
 TEST_F(Menus, ThePaneIsSavedAndCleared) {
