@@ -53,7 +53,7 @@ class VideoEncoder {
     /// Throws platform::Error.
     virtual bool Encode(AVFrame& frame, const PacketTaker& take) = 0;
     virtual bool Finish(const PacketTaker& take) = 0;
-    virtual Drops TakeDrops() { return {}; }              // since the last call
+    virtual Drops TakeDrops() { return {}; }                // since the last call
     virtual std::string TakeFirstPassText() { return {}; }  // of a first pass, after Finish
 };
 
