@@ -161,7 +161,9 @@ TEST(ConsoleModes, JsonEndsInAWholeReportHoweverACommandEnds) {
         EXPECT_EQ(report["state"], each.state);
         EXPECT_EQ(report["exit_status"], each.status);
         EXPECT_EQ(report["error"].is_null(), each.status == 0) << report;
-        if (each.number != 0) EXPECT_EQ(report["error"]["number"], each.number);
+        if (each.number != 0) {
+            EXPECT_EQ(report["error"]["number"], each.number);
+        }
     }
 }
 
