@@ -1,9 +1,13 @@
-// Turns decoded pictures into what an encoder wants: size, pixel format, limited-range BT.601
-// colours, upright.
+// Turns decoded pictures into what an encoder wants: upright, clipped, size, pixel format,
+// limited-range BT.601 colours.
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "engine/encoders/encoder.h"
-#include "engine/pipeline/av_ptr.h"
+#include "engine/pipeline/picture_filter.h"
+#include "engine/plan/encode_plan.h"
 
 namespace engine {
 
@@ -11,32 +15,24 @@ namespace engine {
 /// or format in mid-stream is followed.
 class PictureConverter {
   public:
+    /// @param plan  what is clipped
     /// @param turn  degrees clockwise by which the source is turned to stand upright
-    PictureConverter(const PictureFormat& format, double turn, FramePool& frames);
+    PictureConverter(const VideoPlan& plan, const PictureFormat& format, double turn,
+                     FramePool& frames);
 
     /// Keeps pts and pkt_duration. Throws platform::Error.
     FrameHandle Convert(FrameHandle frame);
 
   private:
-    struct Shape {
-        int width = 0;
-        int height = 0;
-        int format = AV_PIX_FMT_NONE;
-        AVColorSpace space = AVCOL_SPC_UNSPECIFIED;
-        AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
-        bool operator==(const Shape&) const = default;
-    };
-    bool Fits(const Shape& shape) const;
-    void Build(const Shape& shape);
+    bool Fits(const PictureShape& shape) const;
     std::string Chain() const;
 
+    Margins crop_;
     PictureFormat format_;
     double turn_;
     FramePool& frames_;
-    Shape shape_;
-    AvPtr<AVFilterGraph> graph_;  // null = pictures fit
-    AVFilterContext* source_ = nullptr;
-    AVFilterContext* sink_ = nullptr;
+    PictureShape shape_;
+    std::optional<PictureFilter> filter_;  // none = pictures fit
 };
 
 }  // namespace engine

@@ -21,7 +21,7 @@ VideoConditioner::VideoConditioner(const VideoPlan& plan, const PictureFormat& f
       stop_(stop),
       frames_(frames),
       ceiling_(plan.rate_ceiling),
-      converter_(format, turn, frames) {
+      converter_(plan, format, turn, frames) {
     if (plan.remove_telecine) telecine_.emplace(frames);
 }
 

@@ -27,6 +27,15 @@ struct InputPlan {
     bool operator==(const InputPlan&) const = default;
 };
 
+/// What is cut off a picture, in pixels of the upright source.
+struct Margins {
+    std::int32_t left = 0;
+    std::int32_t right = 0;
+    std::int32_t top = 0;
+    std::int32_t bottom = 0;
+    bool operator==(const Margins&) const = default;
+};
+
 struct AudioPlan {
     InputPlan input;
     const AudioCodecRow* codec = nullptr;
@@ -45,6 +54,7 @@ struct VideoPlan {
     std::string codec_name;  // for the file's codec list
     std::string codec_description;
     platform::VbrMode mode = platform::VbrMode::Constant;
+    Margins crop;            // clipped before the picture is scaled
     std::int32_t width = 0;  // of the coded picture, at least 2
     std::int32_t height = 0;
     Ratio pixel_aspect{1, 1};        // of the coded picture

@@ -58,23 +58,37 @@ std::int32_t Scaled(std::int32_t side, double factor) {
     return static_cast<std::int32_t>(platform::RoundHalfToEven(side * factor));
 }
 
+// What is left of a side once its margins are cut off.
+std::int32_t Clipped(const char* sides, std::int32_t side, std::int32_t before,
+                     std::int32_t after) {
+    if (before < side - after) return side - before - after;
+    RefuseArgument(
+        fmt::format("The {} margins {} and {} leave nothing of the source's {} pixels: lower "
+                    "-v_clip",
+                    sides, before, after, side));
+}
+
 void PlanSize(const VideoSource& source, const ProfileState& profile, VideoPlan& plan) {
     const VideoSettings& video = profile.audiences.front().video;
     const VideoInfo& info = *source.Opened().media->video;
     if (info.width <= 0 || info.height <= 0)
         throw platform::Error(platform::kInvalidData, fmt::format("The picture of {} has no size",
                                                                   source.Opened().host_path));
+    plan.crop = {source.CroppingLeftMargin(), source.CroppingRightMargin(),
+                 source.CroppingTopMargin(), source.CroppingBottomMargin()};
+    const std::int32_t width =
+        Clipped("left and right", info.width, plan.crop.left, plan.crop.right);
+    const std::int32_t height =
+        Clipped("top and bottom", info.height, plan.crop.top, plan.crop.bottom);
     const Ratio aspect = SourcePixelAspect(source, info);
     const bool source_size = video.width == 0 && video.height == 0;
     const bool square = !source_size && !profile.non_square_pixels;
     const double stretch =
         square ? static_cast<double>(aspect.numerator) / static_cast<double>(aspect.denominator)
                : 1.0;
-    const double shape = stretch * info.width / info.height;
-    plan.width = source_size        ? info.width
-                 : video.width == 0 ? Scaled(video.height, shape)
-                                    : video.width;
-    plan.height = source_size         ? info.height
+    const double shape = stretch * width / height;
+    plan.width = source_size ? width : video.width == 0 ? Scaled(video.height, shape) : video.width;
+    plan.height = source_size         ? height
                   : video.height == 0 ? Scaled(video.width, 1 / shape)
                                       : video.height;
     if (plan.codec->even_width) plan.width -= plan.width % 2;
@@ -83,8 +97,8 @@ void PlanSize(const VideoSource& source, const ProfileState& profile, VideoPlan&
     if (source_size)
         plan.pixel_aspect = aspect;
     else if (!square)
-        plan.pixel_aspect = Reduced(aspect.numerator * info.width * plan.height,
-                                    aspect.denominator * info.height * plan.width);
+        plan.pixel_aspect = Reduced(aspect.numerator * width * plan.height,
+                                    aspect.denominator * height * plan.width);
 }
 
 std::int32_t ExpectedRate(std::int32_t ceiling, const Ratio& source) {
@@ -112,9 +126,6 @@ void RefuseUnbuiltVideo(const VideoSource& source, const ProfileState& profile) 
         RefuseUnbuilt(
             "Choosing the source's pixel format is not possible yet: leave -pixelformat "
             "out");
-    if (source.CroppingLeftMargin() != 0 || source.CroppingRightMargin() != 0 ||
-        source.CroppingTopMargin() != 0 || source.CroppingBottomMargin() != 0)
-        RefuseUnbuilt("Clipping the picture is not possible yet: leave -v_clip out");
     const auto& properties = profile.audiences.front().properties;
     const auto target = properties.find({platform::SourceType::Video, "DeviceConformanceTarget"});
     if (target == properties.end()) return;

@@ -12,10 +12,11 @@ AudioPlan PlanAudio(const AudioSource& source, const ProfileState& profile);
 
 /// The stream without its input. Throws Error (invalid argument, not implemented).
 ///
-/// Size: 0 x 0 is the source's, pixels keeping their shape; of one 0, that side follows from the
-/// other and the shape of the shown picture; an encoder that takes no odd width gets the even one
-/// below. Pixels of an asked size are square unless the profile's pixels may be otherwise: then
-/// they have the shape that shows the whole picture undistorted.
+/// Size: 0 x 0 is that of what clipping leaves of the source, pixels keeping their shape; of one 0,
+/// that side follows from the other and the shape of the picture that is left; an encoder that
+/// takes no odd width gets the even one below. Pixels of an asked size are square unless the
+/// profile's pixels may be otherwise: then they have the shape that shows the whole picture
+/// undistorted.
 VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
                     std::int32_t performance);
 

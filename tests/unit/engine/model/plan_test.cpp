@@ -150,6 +150,17 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
          },
          kInvalid,
          {"48000", "64000", "-a_peakbitrate"}},
+        {"margins that leave no column",
+         [](Session& s) {
+             s.Video().SetCroppingLeftMargin(320);
+             s.Video().SetCroppingRightMargin(320);
+         },
+         kInvalid,
+         {"left and right", "320 and 320", "640", "-v_clip"}},
+        {"a margin beyond the last row",
+         [](Session& s) { s.Video().SetCroppingBottomMargin(16000); },
+         kInvalid,
+         {"top and bottom", "0 and 16000", "480"}},
         {"packets",
          [](Session& s) {
              s.profile.SetMinPacketSize(2000);
@@ -174,10 +185,6 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
          [](Session& s) { s.Video().SetPixelFormat(platform::FourCC("YUY2")); },
          kUnbuilt,
          {"-pixelformat"}},
-        {"clipping",
-         [](Session& s) { s.Video().SetCroppingBottomMargin(8); },
-         kUnbuilt,
-         {"-v_clip"}},
         {"conformance",
          [](Session& s) {
              s.Audience().SetProperty(SourceType::Video, 0, "DeviceConformanceTarget",
@@ -446,6 +453,44 @@ TEST(Plan, PictureSize) {
         session.Audience().SetVideoHeight(0, c.height);
         session.profile.SetNonSquarePixelMode(0, c.non_square);
         const VideoPlan plan = *session.Plan().video;
+        EXPECT_EQ(plan.width, c.out_width);
+        EXPECT_EQ(plan.height, c.out_height);
+        EXPECT_EQ(plan.pixel_aspect.numerator, c.out_aspect.numerator);
+        EXPECT_EQ(plan.pixel_aspect.denominator, c.out_aspect.denominator);
+    }
+}
+
+TEST(Plan, WhatClippingLeavesHasTheSourcesPart) {
+    struct Case {
+        const char* why;
+        int width, height;  // asked
+        bool non_square;
+        int out_width, out_height;
+        Ratio out_aspect;
+    };
+    const Case cases[] = {
+        {"size of what is left", 0, 0, false, 540, 576, {16, 15}},
+        {"a side follows what is left", 0, 288, false, 288, 288, {1, 1}},
+        {"and so does the pixels' shape", 270, 576, true, 270, 576, {32, 15}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        Session session;
+        MediaFileInfo info = FilmInfo();
+        info.video->width = 720;
+        info.video->height = 596;
+        info.video->pixel_aspect = {16, 15};
+        session.engine.media["/home/film.avi"] = info;
+        session.OpenFilm();
+        session.Video().SetCroppingLeftMargin(80);
+        session.Video().SetCroppingRightMargin(100);
+        session.Video().SetCroppingTopMargin(5);
+        session.Video().SetCroppingBottomMargin(15);
+        session.Audience().SetVideoWidth(0, c.width);
+        session.Audience().SetVideoHeight(0, c.height);
+        session.profile.SetNonSquarePixelMode(0, c.non_square);
+        const VideoPlan plan = *session.Plan().video;
+        EXPECT_EQ(plan.crop, (Margins{80, 100, 5, 15}));
         EXPECT_EQ(plan.width, c.out_width);
         EXPECT_EQ(plan.height, c.out_height);
         EXPECT_EQ(plan.pixel_aspect.numerator, c.out_aspect.numerator);
