@@ -48,6 +48,13 @@ FieldDifference CompareBlock(const AVFrame& a, const AVFrame& b, int x, int y) {
 
 }  // namespace
 
+TelecineRemover::TelecineRemover(const std::optional<TelecinePattern>& told, FramePool& frames)
+    : frames_(frames), told_(told.has_value()), look_ahead_(told ? 1 : kLookAhead), locked_(told_) {
+    if (!told) return;
+    const int position = (told->first_frame + kFirst) % kCycle;  // of the frame with index 0
+    rhythm_ = {(kCycle - position) % kCycle, told->bottom_first};
+}
+
 TelecineRemover::Repeat TelecineRemover::Compare(const AVFrame& frame, const AVFrame* before) {
     if (before == nullptr || before->width != frame.width || before->height != frame.height ||
         before->format != frame.format || !Comparable(frame))
@@ -93,7 +100,7 @@ bool TelecineRemover::Agrees(const Rhythm& rhythm, std::size_t frames, int least
 }
 
 void TelecineRemover::FindRhythm() {
-    if (locked_ && Agrees(rhythm_, kCycle, 0)) return;
+    if (told_ || (locked_ && Agrees(rhythm_, kCycle, 0))) return;
     locked_ = false;
     for (int phase = 0; phase < kCycle && !locked_; ++phase) {
         for (const bool bottom_first : {false, true}) {
@@ -107,13 +114,16 @@ void TelecineRemover::FindRhythm() {
 
 bool TelecineRemover::Take(FrameHandle frame, const FrameTaker& next) {
     Pending pending;
-    pending.repeat = Compare(*frame, last_.get());
     pending.index = taken_++;
-    last_ = frames_.Get();
-    CheckAv(av_frame_ref(last_.get(), frame.get()), kSubject);
+    if (told_ && pending.index == 0) start_ = frame->pts;
+    if (!told_) {
+        pending.repeat = Compare(*frame, last_.get());
+        last_ = frames_.Get();
+        CheckAv(av_frame_ref(last_.get(), frame.get()), kSubject);
+    }
     pending.frame = std::move(frame);
     pending_.push_back(std::move(pending));
-    return pending_.size() <= kLookAhead || EmitFront(next);
+    return pending_.size() <= look_ahead_ || EmitFront(next);
 }
 
 bool TelecineRemover::Finish(const FrameTaker& next) {
@@ -137,7 +147,10 @@ bool TelecineRemover::EmitFront(const FrameTaker& next) {
             delay = interval / 4;
             break;
         case kThird: {
-            if (pending_.empty()) break;
+            if (pending_.empty()) {
+                if (told_) return true;
+                break;
+            }
             FrameHandle woven = Weave(*front.frame, *pending_.front().frame, rhythm_.bottom_first);
             if (!woven) break;
             front.frame = std::move(woven);
@@ -146,7 +159,8 @@ bool TelecineRemover::EmitFront(const FrameTaker& next) {
             break;
         }
         case kFourth:  // its first half was not seen: the rhythm was found inside a cycle
-            return next(std::move(front.frame));
+            if (!told_) return next(std::move(front.frame));
+            return true;
         case kFifth:
             delay = -interval / 4;
             break;
@@ -155,6 +169,11 @@ bool TelecineRemover::EmitFront(const FrameTaker& next) {
     }
     front.frame->pts += delay;
     front.frame->pkt_duration = film_interval;
+    if (start_) {
+        front.frame->pkt_duration += front.frame->pts - *start_;
+        front.frame->pts = *start_;
+        start_.reset();
+    }
     return next(std::move(front.frame));
 }
 

@@ -5,8 +5,10 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <optional>
 
 #include "engine/pipeline/av_ptr.h"
+#include "engine/plan/encode_plan.h"
 #include "engine/sources/stream_decoder.h"
 
 namespace engine {
@@ -16,12 +18,14 @@ namespace engine {
 /// field of the frame before it, the fifth the other. Only where two cycles in a row show that
 /// rhythm, with motion to prove it, is C woven from the third and the fourth and are the times
 /// spread evenly; the rhythm is kept through still stretches and given up at the first
-/// contradiction.
+/// contradiction. A rhythm that is told is neither looked for nor given up, and half a film frame
+/// at either end of the video is left out.
 ///
 /// One thread. Frames leave up to ten later, in order.
 class TelecineRemover {
   public:
-    explicit TelecineRemover(FramePool& frames) : frames_(frames) {}
+    /// @param told  the rhythm, counted from the first frame; none = it is looked for
+    TelecineRemover(const std::optional<TelecinePattern>& told, FramePool& frames);
 
     /// Times strictly increase. False when the taker wants no more.
     bool Take(FrameHandle frame, const FrameTaker& next);
@@ -54,11 +58,14 @@ class TelecineRemover {
     FrameHandle Weave(const AVFrame& third, const AVFrame& fourth, bool bottom_first);
 
     FramePool& frames_;
+    bool told_;
+    std::size_t look_ahead_;
     std::deque<Pending> pending_;
     FrameHandle last_;  // the frame taken last, for comparison
     std::int64_t taken_ = 0;
-    bool locked_ = false;
+    bool locked_;
     Rhythm rhythm_;
+    std::optional<std::int64_t> start_;  // of the first film frame, until it has left
     std::size_t buffer_bytes_ = 0;
     AvPtr<AVBufferPool> buffers_;
 };

@@ -22,7 +22,8 @@ VideoConditioner::VideoConditioner(const VideoPlan& plan, const PictureFormat& f
       frames_(frames),
       ceiling_(plan.rate_ceiling),
       converter_(plan, format, turn, frames) {
-    if (plan.remove_telecine) telecine_.emplace(frames);
+    if (plan.deinterlace) deinterlacer_.emplace(frames);
+    if (plan.remove_telecine || plan.telecine) telecine_.emplace(plan.telecine, frames);
 }
 
 bool VideoConditioner::Take(FrameHandle frame, const FrameTaker& next) {
@@ -52,9 +53,10 @@ bool VideoConditioner::FromBeginMark(FrameHandle frame, const FrameTaker& next) 
 }
 
 bool VideoConditioner::Restore(FrameHandle frame, const FrameTaker& next) {
-    if (!telecine_) return Emit(std::move(frame), next);
-    return telecine_->Take(std::move(frame),
-                           [&](FrameHandle film) { return Emit(std::move(film), next); });
+    const FrameTaker emit = [&](FrameHandle whole) { return Emit(std::move(whole), next); };
+    if (deinterlacer_) return deinterlacer_->Take(std::move(frame), emit);
+    if (telecine_) return telecine_->Take(std::move(frame), emit);
+    return Emit(std::move(frame), next);
 }
 
 bool VideoConditioner::Finish(const FrameTaker& next) {
@@ -67,8 +69,9 @@ bool VideoConditioner::Finish(const FrameTaker& next) {
             if (!Restore(std::move(first), next)) return false;
         }
     }
-    if (!telecine_) return true;
-    return telecine_->Finish([&](FrameHandle film) { return Emit(std::move(film), next); });
+    const FrameTaker emit = [&](FrameHandle whole) { return Emit(std::move(whole), next); };
+    if (deinterlacer_) return deinterlacer_->Finish(emit);
+    return !telecine_ || telecine_->Finish(emit);
 }
 
 bool VideoConditioner::Emit(FrameHandle frame, const FrameTaker& next) {

@@ -1,11 +1,13 @@
-// From decoded frames to the frames of the session: begin and end mark, film restored from
-// telecine, frame-rate ceiling, conversion; a still picture becomes a film.
+// From decoded frames to the frames of the session: begin and end mark, fields made into whole
+// pictures, film restored from telecine, frame-rate ceiling, conversion; a still picture becomes a
+// film.
 #pragma once
 
 #include <atomic>
 #include <optional>
 
 #include "engine/encoders/encoder.h"
+#include "engine/pipeline/deinterlacer.h"
 #include "engine/pipeline/frame_rate_ceiling.h"
 #include "engine/pipeline/picture_converter.h"
 #include "engine/pipeline/telecine_remover.h"
@@ -38,6 +40,7 @@ class VideoConditioner {
     const std::atomic<bool>& stop_;
     FramePool& frames_;
     FrameRateCeiling ceiling_;
+    std::optional<Deinterlacer> deinterlacer_;
     std::optional<TelecineRemover> telecine_;
     PictureConverter converter_;
     FrameHandle before_begin_;  // the last frame that starts before the begin mark

@@ -36,6 +36,13 @@ struct Margins {
     bool operator==(const Margins&) const = default;
 };
 
+/// How 2:3 pulldown lies in a source: of the five frames AA BB BC CD DD that four of film make (the
+/// letters say which film frames gave the two fields), the one that the source begins with.
+struct TelecinePattern {
+    std::int32_t first_frame = 0;  // 0 = AA to 4 = DD
+    bool bottom_first = false;     // of the fields
+};
+
 struct AudioPlan {
     InputPlan input;
     const AudioCodecRow* codec = nullptr;
@@ -68,8 +75,10 @@ struct VideoPlan {
     std::int32_t peak_buffer_ms = 0;  // peak mode only
     std::int32_t key_frame_distance_ms = 0;
     std::int32_t performance = 60;  // 0 fastest to 100 best
-    bool remove_telecine = false;   // where it is detected
-    std::string conformance;        // device conformance target, "" = none
+    bool deinterlace = false;
+    bool remove_telecine = false;             // where it is detected
+    std::optional<TelecinePattern> telecine;  // removed without looking
+    std::string conformance;                  // device conformance target, "" = none
 };
 
 struct EncodePlan {

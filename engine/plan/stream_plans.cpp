@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -19,9 +20,13 @@ constexpr std::int32_t kAudioPeakBufferMs = 3000;
 constexpr std::int32_t kVideoPeakBufferMs = 5000;
 constexpr std::int32_t kLeastSide = 2;
 
-// What Optimization may be; the rest deinterlaces, knows the film's pattern or codes fields.
+// What Optimization may be. A film's pattern that is known is 0xN3: N from 2 to 6 is the first
+// frame, AA to DD, where the top field comes first, N from 7 to 11 the same for the bottom field.
 constexpr std::int32_t kNoPreprocessing[] = {0, 1};
+constexpr std::int32_t kDeinterlace = 2;
 constexpr std::int32_t kRemoveTelecine = 3;
+constexpr std::int32_t kFirstPattern = 2;
+constexpr std::int32_t kPatterns = 5;  // of either field
 
 [[noreturn]] void RefuseUnbuilt(const std::string& description) {
     throw platform::Error(platform::kNotImplemented, description);
@@ -101,6 +106,12 @@ void PlanSize(const VideoSource& source, const ProfileState& profile, VideoPlan&
                                     aspect.denominator * height * plan.width);
 }
 
+std::optional<TelecinePattern> PatternOf(std::int32_t optimization) {
+    const std::int32_t pattern = optimization / 16 - kFirstPattern;
+    if (optimization % 16 != kRemoveTelecine || pattern < 0 || pattern >= 2 * kPatterns) return {};
+    return TelecinePattern{pattern % kPatterns, pattern >= kPatterns};
+}
+
 std::int32_t ExpectedRate(std::int32_t ceiling, const Ratio& source) {
     if (source.numerator <= 0 || source.denominator <= 0) return ceiling;
     const double thousandths = platform::RoundHalfToEven(
@@ -112,7 +123,8 @@ std::int32_t ExpectedRate(std::int32_t ceiling, const Ratio& source) {
 void RefuseUnbuiltVideo(const VideoSource& source, const ProfileState& profile) {
     const std::int32_t optimization = source.Optimization();
     const bool preprocessing_known =
-        optimization == kRemoveTelecine ||
+        optimization == kDeinterlace || optimization == kRemoveTelecine ||
+        PatternOf(optimization) ||
         std::find(std::begin(kNoPreprocessing), std::end(kNoPreprocessing), optimization) !=
             std::end(kNoPreprocessing);
     if (profile.interlaced)
@@ -120,7 +132,7 @@ void RefuseUnbuiltVideo(const VideoSource& source, const ProfileState& profile) 
     if (!preprocessing_known)
         RefuseUnbuilt(
             fmt::format("The video filter that was asked for (Optimization {}) is not "
-                        "possible yet: leave -v_preproc out, or give 0 or 5",
+                        "possible yet: leave -v_preproc out, or give 0 to 15",
                         optimization));
     if (source.PixelFormat() != 0)
         RefuseUnbuilt(
@@ -196,7 +208,11 @@ VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
         RefuseArgument("The profile has no video bit rate: give -v_bitrate or a profile code");
     PlanSize(source, profile, plan);
     plan.rate_ceiling = video.frame_rate;
-    plan.expected_rate = ExpectedRate(video.frame_rate, source.Opened().media->video->frame_rate);
+    plan.deinterlace = source.Optimization() == kDeinterlace;
+    plan.telecine = PatternOf(source.Optimization());
+    Ratio source_rate = source.Opened().media->video->frame_rate;
+    if (plan.telecine) source_rate = {source_rate.numerator * 4, source_rate.denominator * 5};
+    plan.expected_rate = ExpectedRate(video.frame_rate, source_rate);
     plan.bit_rate_bps = video.bit_rate_bps;
     plan.buffer_ms = video.buffer_ms;
     plan.sharpness = video.sharpness;

@@ -49,10 +49,32 @@ bool StreamDecoder::Decode(const AVPacket* packet, const FrameTaker& take) {
                 continue;
             }
             SetTimes(*frame);
+            SetFieldOrder(*frame);
             if (!take(std::move(frame))) return false;
         }
     }
     return true;
+}
+
+// Decoders that know no fields leave it to the file to say that there are some. Of the two orders
+// that a file may tell, files that store the fields' lines in turn mean by the first one that of
+// time, whatever else they call it.
+void StreamDecoder::SetFieldOrder(AVFrame& frame) const {
+    if (frame.interlaced_frame != 0) return;
+    switch (codec_->field_order) {
+        case AV_FIELD_TT:
+        case AV_FIELD_TB:
+            frame.interlaced_frame = 1;
+            frame.top_field_first = 1;
+            break;
+        case AV_FIELD_BB:
+        case AV_FIELD_BT:
+            frame.interlaced_frame = 1;
+            frame.top_field_first = 0;
+            break;
+        default:
+            break;
+    }
 }
 
 void StreamDecoder::SetTimes(AVFrame& frame) {

@@ -27,6 +27,7 @@ class StreamDecoder {
 
   private:
     void SetTimes(AVFrame& frame);
+    void SetFieldOrder(AVFrame& frame) const;
 
     FramePool& frames_;
     AVRational time_base_;

@@ -169,14 +169,10 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
          kInvalid,
          {"2000", "1400"}},
         // what is not there yet
-        {"deinterlacing",
-         [](Session& s) { s.Video().SetOptimization(2); },
+        {"a filter that there is none of",
+         [](Session& s) { s.Video().SetOptimization(0xC3); },
          kUnbuilt,
-         {"Optimization 2", "-v_preproc"}},
-        {"telecine of a fixed pattern",
-         [](Session& s) { s.Video().SetOptimization(0x23); },
-         kUnbuilt,
-         {"Optimization 35"}},
+         {"Optimization 195", "-v_preproc"}},
         {"interlaced",
          [](Session& s) { s.profile.SetInterlaceMode(0, true); },
          kUnbuilt,
@@ -495,6 +491,46 @@ TEST(Plan, WhatClippingLeavesHasTheSourcesPart) {
         EXPECT_EQ(plan.height, c.out_height);
         EXPECT_EQ(plan.pixel_aspect.numerator, c.out_aspect.numerator);
         EXPECT_EQ(plan.pixel_aspect.denominator, c.out_aspect.denominator);
+    }
+}
+
+TEST(Plan, OptimizationNamesTheFilter) {
+    struct Case {
+        std::int32_t optimization;
+        bool deinterlace, detect;
+        std::optional<TelecinePattern> pattern;
+        std::int32_t rate;
+    };
+    const Case cases[] = {
+        {0, false, false, {}, 29970},
+        {1, false, false, {}, 29970},
+        {2, true, false, {}, 29970},
+        {3, false, true, {}, 29970},
+        {35, false, false, {{0, false}}, 23976},
+        {51, false, false, {{1, false}}, 23976},
+        {67, false, false, {{2, false}}, 23976},
+        {83, false, false, {{3, false}}, 23976},
+        {99, false, false, {{4, false}}, 23976},
+        {115, false, false, {{0, true}}, 23976},
+        {131, false, false, {{1, true}}, 23976},
+        {147, false, false, {{2, true}}, 23976},
+        {163, false, false, {{3, true}}, 23976},
+        {179, false, false, {{4, true}}, 23976},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.optimization);
+        Session session;
+        session.OpenFilm();
+        session.Video().SetOptimization(c.optimization);
+        const VideoPlan plan = *session.Plan().video;
+        EXPECT_EQ(plan.deinterlace, c.deinterlace);
+        EXPECT_EQ(plan.remove_telecine, c.detect);
+        ASSERT_EQ(plan.telecine.has_value(), c.pattern.has_value());
+        if (c.pattern) {
+            EXPECT_EQ(plan.telecine->first_frame, c.pattern->first_frame);
+            EXPECT_EQ(plan.telecine->bottom_first, c.pattern->bottom_first);
+        }
+        EXPECT_EQ(plan.expected_rate, c.rate);
     }
 }
 

@@ -74,4 +74,102 @@ TEST(Picture, MarginsAreCutOff) {
     }
 }
 
+struct FieldCase {
+    const char* why;
+    const char* name;
+    const char* made;  // of the 50 pictures a second that `fields` has
+    const char* size;
+};
+
+// clang-format off
+const FieldCase kFieldCases[] = {
+    // why                                    source    made                                                                                              size
+    {"frames that say top first",             "a.mpg",  "-vf tinterlace=interleave_top,setfield=tff -c:v mpeg2video -q:v 1 -flags +ildct+ilme",            "160x120"},
+    {"frames that say bottom first",          "b.mpg",  "-vf tinterlace=interleave_bottom,setfield=bff -c:v mpeg2video -q:v 1 -flags +ildct+ilme -top 0",  "160x120"},
+    {"a file that says bottom first",         "c.mkv",  "-vf tinterlace=interleave_bottom,setfield=bff -c:v ffv1",                                         "160x120"},
+    {"nobody says: top first",                "d.avi",  "-vf tinterlace=interleave_top,setfield=prog -c:v ffv1",                                           "160x120"},
+    {"packed pixels",                         "e.avi",  "-vf tinterlace=interleave_top,setfield=prog,format=yuyv422 -c:v rawvideo",                        "160x120"},
+    {"progressive video loses little",        "f.avi",  "-vf framestep=2 -c:v ffv1",                                                                      "160x120"},
+};
+// clang-format on
+
+TEST(Picture, FieldsBecomeThePicturesOfTheirTime) {
+    const clips::Folder folder;
+    for (const FieldCase& row : kFieldCases) {
+        SCOPED_TRACE(row.why);
+        const std::string fields = std::string("testsrc2=s=") + row.size + ":r=50:d=1";
+        const std::string whole = clips::Make(
+            "-f lavfi -i " + fields + " -vf framestep=2 -c:v ffv1", folder.Path("whole.avi"));
+        const std::string source =
+            clips::Make("-f lavfi -i " + fields + " " + row.made, folder.Path(row.name));
+        double psnr[2] = {};
+        for (const bool deinterlace : {false, true}) {
+            EncodePlan plan = session::Plan(folder.Path("out.wmv"));
+            plan.video = Uncompressed(source);
+            plan.video->deinterlace = deinterlace;
+            const session::Outcome outcome = session::Run(plan);
+            EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+            const clips::Contents contents = clips::Decode(plan.output_path);
+            ASSERT_EQ(contents.pictures.size(), 25U);
+            EXPECT_EQ(contents.height, 120);
+            for (std::size_t i = 0; i < 25; ++i)
+                EXPECT_NEAR(contents.pictures[i].time, static_cast<double>(i) / 25, 0.002);
+            psnr[deinterlace ? 1 : 0] = LumaPsnr(plan.output_path, whole, "null");
+        }
+        std::cout << row.why << psnr[0] << " " << psnr[1] << std::endl;
+    }
+}
+
+struct PatternCase {
+    const char* why;
+    TelecinePattern pattern;
+    int skipped;       // of the pulldown's frames before the clip begins
+    int video, film;   // frames
+    int film_skipped;  // film frames that are not whole in the clip
+};
+
+// clang-format off
+const PatternCase kPatternCases[] = {
+    // why                 pattern     skipped video film film skipped
+    {"AA, top first",      {0, false}, 0,      50,   40,  0},
+    {"BB, top first",      {1, false}, 1,      49,   39,  1},
+    {"BC, top first",      {2, false}, 2,      48,   38,  2},
+    {"CD, top first",      {3, false}, 3,      47,   37,  3},
+    {"DD, top first",      {4, false}, 4,      46,   37,  3},
+    {"AA, bottom first",   {0, true},  0,      50,   40,  0},
+    {"CD, bottom first",   {3, true},  3,      47,   37,  3},
+    {"half a frame at the end", {0, true}, 0,  48,   38,  0},
+};
+// clang-format on
+
+TEST(Picture, FilmComesBackByItsPattern) {
+    const clips::Folder folder;
+    const std::string film =
+        clips::Make("-f lavfi -i testsrc2=s=160x120:r=24000/1001 -frames:v 40 -c:v ffv1",
+                    folder.Path("film.avi"));
+    for (const PatternCase& row : kPatternCases) {
+        SCOPED_TRACE(row.why);
+        const std::string source = clips::Make(
+            "-i " + film + " -vf telecine=pattern=23:first_field=" +
+                (row.pattern.bottom_first ? "bottom" : "top") +
+                ",trim=start_frame=" + std::to_string(row.skipped) +
+                ",setpts=PTS-STARTPTS -frames:v " + std::to_string(row.video) + " -c:v ffv1",
+            folder.Path("video.avi"));
+        EncodePlan plan = session::Plan(folder.Path("out.wmv"));
+        plan.video = Uncompressed(source);
+        plan.video->telecine = row.pattern;
+        const session::Outcome outcome = session::Run(plan);
+        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        const clips::Contents contents = clips::Decode(plan.output_path);
+        ASSERT_EQ(contents.pictures.size(), static_cast<std::size_t>(row.film));
+        EXPECT_EQ(contents.pictures.front().time, 0);
+        for (std::size_t i = 2; i < contents.pictures.size(); ++i)
+            EXPECT_NEAR(contents.pictures[i].time - contents.pictures[i - 1].time, 1001.0 / 24000,
+                        0.002);
+        EXPECT_GT(LumaPsnr(plan.output_path, film,
+                           "trim=start_frame=" + std::to_string(row.film_skipped)),
+                  45);
+    }
+}
+
 }  // namespace
