@@ -58,7 +58,7 @@ Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, RunStat
         const bool shared = plan.video && plan.video->input == from;
         Input& input = InputFor(from, true, shared);
         audio_.emplace(MediaKind::Audio, input, from.path, frames_);
-        sound_.emplace(audio_encoder_->Format(), EndOf(from, end), frames_);
+        sound_.emplace(audio_encoder_->Format(), plan.audio->fold_down, EndOf(from, end), frames_);
     }
     if (plan.video) {
         video_encoder_ = MakeVideoEncoder(*plan.video, number, packets_);

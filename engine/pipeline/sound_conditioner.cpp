@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/pipeline/av_error.h"
+#include "engine/pipeline/fold_down.h"
 
 namespace engine {
 namespace {
@@ -17,8 +18,9 @@ constexpr const char* kSubject = "Conversion of the sound failed";
 
 }  // namespace
 
-SoundConditioner::SoundConditioner(const SoundFormat& format, Ticks end, FramePool& frames)
-    : format_(format), end_(end), frames_(frames) {
+SoundConditioner::SoundConditioner(const SoundFormat& format, const FoldDown& fold_down, Ticks end,
+                                   FramePool& frames)
+    : format_(format), fold_down_(fold_down), end_(end), frames_(frames) {
     const int bytes = av_samples_get_buffer_size(nullptr, format.channels, format.frame_samples,
                                                  format.samples, 0);
     CheckAv(bytes, kSubject);
@@ -51,6 +53,11 @@ bool SoundConditioner::Open(const AVFrame& frame, const FrameTaker& next) {
         // One channel is heard from all as loud as it is; the resampler would share it out.
         const std::vector<double> whole(static_cast<std::size_t>(format_.channels), 1.0);
         CheckAv(swr_set_matrix(resampler_.get(), whole.data(), 1), kSubject);
+    }
+    if (shape.channels > 2 && format_.channels == 2) {
+        const std::vector<double> gains = FoldDownGains(from, fold_down_);
+        if (!gains.empty())
+            CheckAv(swr_set_matrix(resampler_.get(), gains.data(), shape.channels), kSubject);
     }
     CheckAv(swr_init(resampler_.get()), kSubject);
     if (shape_.sampling_rate > 0)

@@ -6,6 +6,7 @@
 
 #include "engine/encoders/encoder.h"
 #include "engine/pipeline/av_ptr.h"
+#include "engine/plan/encode_plan.h"
 #include "engine/sources/stream_decoder.h"
 
 namespace engine {
@@ -15,7 +16,8 @@ namespace engine {
 class SoundConditioner {
   public:
     /// @param end  session time at which the sound ends; 0 = with its source
-    SoundConditioner(const SoundFormat& format, Ticks end, FramePool& frames);
+    SoundConditioner(const SoundFormat& format, const FoldDown& fold_down, Ticks end,
+                     FramePool& frames);
 
     /// The frames that `next` gets count samples in pts. False when no more frames are wanted.
     bool Take(FrameHandle frame, const FrameTaker& next);
@@ -38,6 +40,7 @@ class SoundConditioner {
     void NewOutput();
 
     SoundFormat format_;
+    FoldDown fold_down_;
     Ticks end_;
     FramePool& frames_;
     AvPtr<AVBufferPool> buffers_;

@@ -134,7 +134,11 @@ EncodePlan MakePlan(const SessionTree& tree, platform::FileSystem& files) {
     RefuseUnbuiltOutputs(tree.broadcast);
 
     EncodePlan plan;
-    if (audio != nullptr) plan.audio = PlanAudio(*audio, profile);
+    if (audio != nullptr) {
+        plan.audio = PlanAudio(*audio, profile);
+        if (audio->Opened().media->audio->channels > 2 && plan.audio->written.format.channels == 2)
+            plan.audio->fold_down = PlanFoldDown(tree.attributes.Items());
+    }
     if (video != nullptr) plan.video = PlanVideo(*video, profile, tree.video_performance);
     PlanPackets(profile, plan);
     plan.output_path = CheckedOutput(tree.file.LocalFileName(), group, files);

@@ -193,6 +193,27 @@ AudioPlan PlanAudio(const AudioSource& source, const ProfileState& profile) {
     return plan;
 }
 
+FoldDown PlanFoldDown(
+    const std::vector<std::pair<std::string, platform::AttributeValue>>& attributes) {
+    FoldDown levels;
+    const auto take = [&](const char* name, std::int32_t& level) {
+        for (const auto& [attribute, value] : attributes) {
+            const std::int32_t* number = std::get_if<std::int32_t>(&value);
+            if (attribute != name || number == nullptr) continue;
+            if (*number > 0 || *number < -FoldDown::kSilence)
+                RefuseArgument(
+                    fmt::format("{} {} is no attenuation: give -a_folddown6to2 numbers from 0 to "
+                                "{} decibels",
+                                name, -std::int64_t{*number}, FoldDown::kSilence));
+            level = -*number;
+        }
+    };
+    take("SurroundMix", levels.surround);
+    take("CenterMix", levels.center);
+    take("LFEMix", levels.lfe);
+    return levels;
+}
+
 VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
                     std::int32_t performance) {
     RefuseUnbuiltVideo(source, profile);

@@ -1,6 +1,10 @@
 // The plans of the single streams: what a source and an audience say about them.
 #pragma once
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "engine/object_model/profile_state.h"
 #include "engine/object_model/source.h"
 #include "engine/plan/encode_plan.h"
@@ -9,6 +13,11 @@ namespace engine {
 
 /// The stream without its input. Throws Error (invalid argument, not implemented).
 AudioPlan PlanAudio(const AudioSource& source, const ProfileState& profile);
+
+/// The levels that the attributes SurroundMix, CenterMix and LFEMix give, as numbers from -144 to
+/// 0; an attribute that is absent leaves the usual one. Throws Error (invalid argument).
+FoldDown PlanFoldDown(
+    const std::vector<std::pair<std::string, platform::AttributeValue>>& attributes);
 
 /// The stream without its input. Throws Error (invalid argument, not implemented).
 ///

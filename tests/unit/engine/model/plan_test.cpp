@@ -161,6 +161,15 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
          [](Session& s) { s.Video().SetCroppingBottomMargin(16000); },
          kInvalid,
          {"top and bottom", "0 and 16000", "480"}},
+        {"a fold-down level that lowers nothing",
+         [](Session& s) {
+             s.engine.media["/home/film.avi"].audio->channels = 6;
+             s.OpenFilm();
+             s.tree.attributes.Add("CenterMix", -145);
+         },
+         kInvalid,
+         {"CenterMix", "145", "0 to 144", "-a_folddown6to2"},
+         kEmpty},
         {"packets",
          [](Session& s) {
              s.profile.SetMinPacketSize(2000);
@@ -531,6 +540,29 @@ TEST(Plan, OptimizationNamesTheFilter) {
             EXPECT_EQ(plan.telecine->bottom_first, c.pattern->bottom_first);
         }
         EXPECT_EQ(plan.expected_rate, c.rate);
+    }
+}
+
+TEST(Plan, AttributesDriveTheFoldDownOfSixChannels) {
+    struct Case {
+        const char* why;
+        int channels;
+        std::vector<std::pair<const char*, std::int32_t>> attributes;
+        FoldDown levels;
+    };
+    const Case cases[] = {
+        {"none: the usual", 6, {}, {3, 3, 144}},
+        {"all", 6, {{"SurroundMix", -10}, {"CenterMix", -4}, {"LFEMix", -144}}, {10, 4, 144}},
+        {"the others keep theirs", 6, {{"LFEMix", 0}}, {3, 3, 0}},
+        {"nothing to fold, nothing to refuse", 2, {{"CenterMix", -200}}, {3, 3, 144}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        Session session;
+        session.engine.media["/home/film.avi"].audio->channels = c.channels;
+        session.OpenFilm();
+        for (const auto& [name, value] : c.attributes) session.tree.attributes.Add(name, value);
+        EXPECT_EQ(session.Plan().audio->fold_down, c.levels);
     }
 }
 

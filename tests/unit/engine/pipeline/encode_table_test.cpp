@@ -2,6 +2,7 @@
 // shape, length and rate, and is counted as it is.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "unit/engine/pipeline/clips.h"
@@ -152,6 +153,53 @@ TEST_F(EncodeTable, Sound) {
         float loudest = 0;
         for (const float sample : contents.sound) loudest = std::max(loudest, std::fabs(sample));
         EXPECT_NEAR(loudest, 0.125, 0.03);
+    }
+}
+
+struct FoldCase {
+    const char* why;
+    const char* sounds;  // gains of FL, FR, FC, LFE, BL and BR in the source
+    FoldDown levels;
+    double heard;  // in the left channel
+};
+
+// Expected: 10^(-dB / 20) of the channel, divided by the sum of all that the left one gets.
+// clang-format off
+const FoldCase kFoldCases[] = {
+    // why                          the one that sounds                levels           heard
+    {"front by the usual levels",   "1*V|0*V|0*V|0*V|0*V|0*V", {},              1 / 2.41589},
+    {"right is not left",           "0*V|1*V|0*V|0*V|0*V|0*V", {},              0},
+    {"centre by the usual levels",  "0*V|0*V|1*V|0*V|0*V|0*V", {},              0.70795 / 2.41589},
+    {"surround likewise",           "0*V|0*V|0*V|0*V|1*V|0*V", {},              0.70795 / 2.41589},
+    {"low frequencies are off",     "0*V|0*V|0*V|1*V|0*V|0*V", {},              0},
+    {"front by typed levels",       "1*V|0*V|0*V|0*V|0*V|0*V", {10, 3, 3},      1 / 2.73213},
+    {"surround typed",              "0*V|0*V|0*V|0*V|1*V|0*V", {10, 3, 3},      0.31623 / 2.73213},
+    {"low frequencies typed",       "0*V|0*V|0*V|1*V|0*V|0*V", {10, 3, 3},      0.70795 / 2.73213},
+    {"nothing but the front ones",  "1*V|0*V|1*V|1*V|1*V|1*V", {144, 144, 144}, 1},
+    {"everything at full scale",    "1*V|1*V|1*V|1*V|1*V|1*V", {0, 0, 0},       1},
+};
+// clang-format on
+
+TEST_F(EncodeTable, SixChannelsBecomeTwoByTheirLevels) {
+    for (const FoldCase& row : kFoldCases) {
+        SCOPED_TRACE(row.why);
+        std::string sounds = row.sounds;
+        for (std::size_t at = 0; (at = sounds.find('V', at)) != std::string::npos;)
+            sounds.replace(at, 1, "sin(2764.6*t)");
+        const std::string source = clips::Make(
+            "-f lavfi -i \"aevalsrc='" + sounds + "':c=5.1:s=44100:d=0.5\" -c:a pcm_s16le",
+            folder_->Path("six.wav"));
+        EncodePlan plan = session::Plan(folder_->Path("two.wma"));
+        plan.audio = session::Audio(source);
+        plan.audio->codec = &session::AudioCodec("pcm_s16le");
+        plan.audio->format = {1411200, 44100, 2, 16};
+        plan.audio->fold_down = row.levels;
+        const session::Outcome outcome = session::Run(plan);
+        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        double peak = 0;
+        for (const float sample : clips::Decode(plan.output_path).sound)
+            peak = std::max(peak, std::fabs(static_cast<double>(sample)));
+        EXPECT_NEAR(peak, row.heard, 0.002);
     }
 }
 
