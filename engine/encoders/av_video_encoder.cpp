@@ -45,6 +45,8 @@ AvVideoEncoder::AvVideoEncoder(const VideoPlan& plan, const EncoderPass& pass, P
     codec_->gop_size = std::numeric_limits<int>::max() / 2;
     codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     codec_->thread_count = 0;  // slices side by side, where the codec has them
+    if (plan.fields != FieldCoding::None)
+        codec_->flags |= AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
     SetRateControl(*codec_, plan);
     SetEffort(*codec_, plan.performance);
     const int opened = avcodec_open2(codec_.get(), encoder, nullptr);
@@ -103,6 +105,14 @@ std::int64_t AvVideoEncoder::EncoderTime(Ticks time) {
     return pts;
 }
 
+// A source that does not say which field is first has the top one first.
+void AvVideoEncoder::SetFields(AVFrame& frame) const {
+    if (plan_.fields == FieldCoding::None) return;
+    if (plan_.fields != FieldCoding::AsTheSource || frame.interlaced_frame == 0)
+        frame.top_field_first = plan_.fields == FieldCoding::BottomFirst ? 0 : 1;
+    frame.interlaced_frame = 1;
+}
+
 bool AvVideoEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
     const Ticks time{frame.pts};
     if (may_drop_ && bucket_.Overflows(time)) {
@@ -115,6 +125,7 @@ bool AvVideoEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
     frame.pict_type = KeyFrameDue(time) ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
     frame.quality = codec_->global_quality;
     times_ = {time, {frame.pkt_duration}};
+    SetFields(frame);
     frame.pts = EncoderTime(time);
     ++frames_;
     CheckAv(avcodec_send_frame(codec_.get(), &frame), "Encoding of the picture failed");

@@ -29,6 +29,7 @@ class AvVideoEncoder final : public VideoEncoder {
     void PlanTwoPasses();
     std::int64_t EncoderTime(Ticks time);
     bool Receive(const PacketTaker& take);
+    void SetFields(AVFrame& frame) const;
     bool KeyFrameDue(Ticks time) const;
 
     struct Times {

@@ -37,6 +37,7 @@ struct VideoCodecRow {
     std::uint32_t written_four_cc;  // FourCC of the stream that is written
     const char* stand_in;           // name of the codec that is written in its place; null = itself
     bool even_width;                // its encoder takes no odd width
+    bool fields;                    // its encoder codes interlaced pictures
 };
 
 std::span<const AudioCodecRow> AudioCodecs();

@@ -1,5 +1,6 @@
-// Uncompressed pictures: 24 bits a pixel, blue first, rows from the bottom up and padded to four
-// bytes, as a device-independent bitmap has them.
+// Uncompressed pictures. RGB has rows from the bottom up and padded to four bytes, as a
+// device-independent bitmap has them, 24 bits a pixel unless another format is asked for; of the
+// others, planes or packed rows follow each other from the top.
 #pragma once
 
 #include "engine/encoders/encoder.h"
@@ -17,11 +18,15 @@ class FullFrameEncoder final : public VideoEncoder {
     bool Finish(const PacketTaker&) override { return true; }
 
   private:
-    std::size_t PictureBytes() const;
+    void WriteRows(const AVFrame& frame, std::uint8_t* to) const;
+    void WritePlanes(const AVFrame& frame, std::uint8_t* to) const;
 
     VideoPlan plan_;
     PacketPool& packets_;
-    std::size_t row_bytes_;
+    PixelFormatRow pixels_;
+    AVPixelFormat format_;
+    std::size_t row_bytes_;  // of RGB
+    std::size_t picture_bytes_;
     AvPtr<AVBufferPool> buffers_;
 };
 

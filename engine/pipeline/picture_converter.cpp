@@ -36,12 +36,19 @@ const char* Upright(double turn) {
 
 PictureConverter::PictureConverter(const VideoPlan& plan, const PictureFormat& format, double turn,
                                    FramePool& frames)
-    : crop_(plan.crop), format_(format), turn_(turn), frames_(frames) {}
+    : crop_(plan.crop), format_(format), turn_(turn), frames_(frames) {
+    if (plan.fields != FieldCoding::None) scaling_ = ":interl=1";
+    if (plan.pixels == nullptr) return;
+    const AVPixelFormat through = av_get_pix_fmt(plan.pixels->av_name);
+    if (through != format.pixels)
+        through_ = fmt::format("format=pix_fmts={},", plan.pixels->av_name);
+}
 
 bool PictureConverter::Fits(const PictureShape& shape) const {
     return shape.width == format_.width && shape.height == format_.height &&
            shape.format == format_.pixels && UsesBt601(shape.space) &&
-           shape.range != AVCOL_RANGE_JPEG && *Upright(turn_) == '\0' && crop_ == Margins{};
+           shape.range != AVCOL_RANGE_JPEG && *Upright(turn_) == '\0' && crop_ == Margins{} &&
+           through_.empty();
 }
 
 std::string PictureConverter::Chain() const {
@@ -49,10 +56,11 @@ std::string PictureConverter::Chain() const {
     if (crop_ != Margins{})
         chain += fmt::format("crop=w=iw-{}:h=ih-{}:x={}:y={}:exact=1,", crop_.left + crop_.right,
                              crop_.top + crop_.bottom, crop_.left, crop_.top);
-    return chain + fmt::format(
-                       "scale=w={}:h={}:flags=bicubic:out_color_matrix=bt601:out_range=tv,"
-                       "format=pix_fmts={}",
-                       format_.width, format_.height, av_get_pix_fmt_name(format_.pixels));
+    return chain + through_ +
+           fmt::format(
+               "scale=w={}:h={}{}:flags=bicubic:out_color_matrix=bt601:out_range=tv,"
+               "format=pix_fmts={}",
+               format_.width, format_.height, scaling_, av_get_pix_fmt_name(format_.pixels));
 }
 
 FrameHandle PictureConverter::Convert(FrameHandle frame) {

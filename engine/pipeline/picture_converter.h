@@ -15,7 +15,7 @@ namespace engine {
 /// or format in mid-stream is followed.
 class PictureConverter {
   public:
-    /// @param plan  what is clipped
+    /// @param plan  what is clipped, which pixels the picture goes through, whether it has fields
     /// @param turn  degrees clockwise by which the source is turned to stand upright
     PictureConverter(const VideoPlan& plan, const PictureFormat& format, double turn,
                      FramePool& frames);
@@ -28,6 +28,8 @@ class PictureConverter {
     std::string Chain() const;
 
     Margins crop_;
+    std::string through_;  // a filter, or none
+    const char* scaling_ = "";
     PictureFormat format_;
     double turn_;
     FramePool& frames_;

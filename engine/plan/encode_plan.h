@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/encoders/codec_table.h"
+#include "engine/encoders/pixel_formats.h"
 #include "engine/outputs/packet_sink.h"
 #include "engine/ticks.h"
 
@@ -67,12 +68,19 @@ struct AudioPlan {
     FoldDown fold_down;
 };
 
+/// Whether pictures are coded as two fields, and which one is shown first.
+enum class FieldCoding : std::uint8_t { None, AsTheSource, TopFirst, BottomFirst };
+
 struct VideoPlan {
     InputPlan input;
     const VideoCodecRow* codec = nullptr;
     std::string codec_name;  // for the file's codec list
     std::string codec_description;
     platform::VbrMode mode = platform::VbrMode::Constant;
+    FieldCoding fields = FieldCoding::None;
+    /// How pixels are laid out that are written uncompressed; otherwise what pictures are turned
+    /// into on their way to the encoder. Null = as it comes.
+    const PixelFormatRow* pixels = nullptr;
     Margins crop;            // clipped before the picture is scaled
     std::int32_t width = 0;  // of the coded picture, at least 2
     std::int32_t height = 0;

@@ -25,6 +25,9 @@ constexpr std::int32_t kLeastSide = 2;
 constexpr std::int32_t kNoPreprocessing[] = {0, 1};
 constexpr std::int32_t kDeinterlace = 2;
 constexpr std::int32_t kRemoveTelecine = 3;
+constexpr std::int32_t kInterlaced = 4;
+constexpr std::int32_t kInterlacedTop = 0x2004;
+constexpr std::int32_t kInterlacedBottom = 0x3004;
 constexpr std::int32_t kFirstPattern = 2;
 constexpr std::int32_t kPatterns = 5;  // of either field
 
@@ -120,24 +123,61 @@ std::int32_t ExpectedRate(std::int32_t ceiling, const Ratio& source) {
     return static_cast<std::int32_t>(thousandths);
 }
 
+void PlanPixels(const VideoSource& source, VideoPlan& plan) {
+    if (source.PixelFormat() == 0) return;
+    plan.pixels = FindPixelFormat(source.PixelFormat());
+    if (plan.pixels == nullptr)
+        RefuseArgument(
+            fmt::format("Pictures cannot be turned into the pixel format {:08X} (one with a "
+                        "palette, or unknown): give -pixelformat another",
+                        source.PixelFormat()));
+    if (plan.codec->written_four_cc != 0) return;
+    if (!plan.pixels->uncompressed)
+        RefuseArgument(
+            fmt::format("{} in {} would be read as RGB555: give -pixelformat RGB555 or RGB24, or "
+                        "another -v_codec",
+                        plan.codec->name, plan.pixels->name));
+    if (plan.width % plan.pixels->step != 0 || plan.height % plan.pixels->row_step != 0)
+        RefuseArgument(
+            fmt::format("{} in {} cannot be {} x {}: give -v_width a multiple of {} and -v_height "
+                        "one of {}",
+                        plan.codec->name, plan.pixels->name, plan.width, plan.height,
+                        plan.pixels->step, plan.pixels->row_step));
+}
+
+void PlanFields(const VideoSource& source, const ProfileState& profile, VideoPlan& plan) {
+    const std::int32_t optimization = source.Optimization();
+    switch (optimization) {
+        case kInterlacedTop:
+            plan.fields = FieldCoding::TopFirst;
+            break;
+        case kInterlacedBottom:
+            plan.fields = FieldCoding::BottomFirst;
+            break;
+        default:
+            if (optimization != kInterlaced && !profile.interlaced) return;
+            plan.fields = FieldCoding::AsTheSource;
+    }
+    if (!plan.codec->fields)
+        RefuseUnbuilt(
+            fmt::format("{} cannot code interlaced pictures here: give -v_preproc 1 to make whole "
+                        "ones of them, or -v_codec MP41",
+                        plan.codec->name));
+}
+
 void RefuseUnbuiltVideo(const VideoSource& source, const ProfileState& profile) {
     const std::int32_t optimization = source.Optimization();
     const bool preprocessing_known =
         optimization == kDeinterlace || optimization == kRemoveTelecine ||
-        PatternOf(optimization) ||
+        optimization == kInterlaced || optimization == kInterlacedTop ||
+        optimization == kInterlacedBottom || PatternOf(optimization) ||
         std::find(std::begin(kNoPreprocessing), std::end(kNoPreprocessing), optimization) !=
             std::end(kNoPreprocessing);
-    if (profile.interlaced)
-        RefuseUnbuilt("Interlaced coding is not possible yet: leave -v_preproc 16 to 18 out");
     if (!preprocessing_known)
         RefuseUnbuilt(
             fmt::format("The video filter that was asked for (Optimization {}) is not "
-                        "possible yet: leave -v_preproc out, or give 0 to 15",
+                        "possible yet: leave -v_preproc out, or give 0 to 18",
                         optimization));
-    if (source.PixelFormat() != 0)
-        RefuseUnbuilt(
-            "Choosing the source's pixel format is not possible yet: leave -pixelformat "
-            "out");
     const auto& properties = profile.audiences.front().properties;
     const auto target = properties.find({platform::SourceType::Video, "DeviceConformanceTarget"});
     if (target == properties.end()) return;
@@ -228,6 +268,8 @@ VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
     if (rate_counts && video.bit_rate_bps == 0)
         RefuseArgument("The profile has no video bit rate: give -v_bitrate or a profile code");
     PlanSize(source, profile, plan);
+    PlanPixels(source, plan);
+    PlanFields(source, profile, plan);
     plan.rate_ceiling = video.frame_rate;
     plan.deinterlace = source.Optimization() == kDeinterlace;
     plan.telecine = PatternOf(source.Optimization());

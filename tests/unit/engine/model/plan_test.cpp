@@ -41,6 +41,8 @@ struct Session {
     bool attach = true;
 };
 
+constexpr std::uint32_t kRgb8 = 0xE436EB7A;
+
 struct Contradiction {
     const char* why;
     std::function<void(Session&)> set_up;  // `OpenFilm` has been called unless `empty`
@@ -182,14 +184,33 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
          [](Session& s) { s.Video().SetOptimization(0xC3); },
          kUnbuilt,
          {"Optimization 195", "-v_preproc"}},
-        {"interlaced",
+        {"fields that the codec has not",
+         [](Session& s) { s.Video().SetOptimization(0x3004); },
+         kUnbuilt,
+         {"Windows Media Video", "interlaced", "-v_preproc 1", "-v_codec MP41"}},
+        {"fields by the profile alone",
          [](Session& s) { s.profile.SetInterlaceMode(0, true); },
          kUnbuilt,
-         {"Interlaced"}},
-        {"pixel format",
-         [](Session& s) { s.Video().SetPixelFormat(platform::FourCC("YUY2")); },
-         kUnbuilt,
-         {"-pixelformat"}},
+         {"interlaced", "-v_codec MP41"}},
+        {"pixels with a palette",
+         [](Session& s) { s.Video().SetPixelFormat(kRgb8); },
+         kInvalid,
+         {"E436EB7A", "palette", "-pixelformat"}},
+        {"pixels that would be read as others",
+         [](Session& s) {
+             s.Audience().SetVideoCodec(0, 5);
+             s.Video().SetPixelFormat(0xE436EB7B);
+         },
+         kInvalid,
+         {"Full frames", "RGB565", "RGB555"}},
+        {"a width that parts two pixels of a colour",
+         [](Session& s) {
+             s.Audience().SetVideoCodec(0, 5);
+             s.Video().SetPixelFormat(platform::FourCC("YUY2"));
+             s.Video().SetCroppingLeftMargin(1);
+         },
+         kInvalid,
+         {"YUY2", "639 x 480", "multiple of 2"}},
         {"conformance",
          [](Session& s) {
              s.Audience().SetProperty(SourceType::Video, 0, "DeviceConformanceTarget",
@@ -347,7 +368,7 @@ TEST(Plan, SoundIsJudgedByTheLastCodecAndMode) {
 TEST(Plan, OnlyStreamsOfTheContentKindLive) {
     Session session;
     session.OpenFilm();
-    session.Video().SetPixelFormat(platform::FourCC("YUY2"));  // would be refused
+    session.Video().SetPixelFormat(kRgb8);  // would be refused
     session.Video().SetPreProcessPass(1);
     session.profile.SetContentType(platform::kContentAudio);
     const EncodePlan plan = session.Plan();
@@ -540,6 +561,30 @@ TEST(Plan, OptimizationNamesTheFilter) {
             EXPECT_EQ(plan.telecine->bottom_first, c.pattern->bottom_first);
         }
         EXPECT_EQ(plan.expected_rate, c.rate);
+    }
+}
+
+TEST(Plan, FieldsAreCodedWhereTheCodecHasThem) {
+    struct Case {
+        std::int32_t optimization;
+        bool interlaced;  // by the profile
+        FieldCoding fields;
+    };
+    const Case cases[] = {
+        {1, false, FieldCoding::None},
+        {1, true, FieldCoding::AsTheSource},
+        {4, true, FieldCoding::AsTheSource},
+        {0x2004, true, FieldCoding::TopFirst},
+        {0x3004, true, FieldCoding::BottomFirst},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.optimization);
+        Session session;
+        session.OpenFilm();
+        session.Audience().SetVideoCodec(0, 4);
+        session.Video().SetOptimization(c.optimization);
+        session.profile.SetInterlaceMode(0, c.interlaced);
+        EXPECT_EQ(session.Plan().video->fields, c.fields);
     }
 }
 

@@ -5,6 +5,8 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <limits>
 #include <memory>
 
 #include "engine/pipeline/av_ptr.h"
@@ -131,6 +133,22 @@ Contents Decode(const std::string& file) {
     }
     for (std::size_t i = 0; i < codecs.size(); ++i) drain(i, nullptr);
     return contents;
+}
+
+double Psnr(const std::string& file, const std::string& reference, const std::string& filter,
+            const std::string& pixels) {
+    const std::string said = OutputOf(
+        "ffmpeg -nostdin -i '" + file + "' -i '" + reference + "' -lavfi \"[0:v]settb=1/25," +
+        "setpts=N,format=" + pixels + "[a];[1:v]" + filter +
+        ",settb=1/25,setpts=N,format=" + pixels + "[b];[a][b]psnr=shortest=1\" -f null -");
+    const std::size_t at = said.find("average:");
+    if (at == std::string::npos) {
+        ADD_FAILURE() << said;
+        return 0;
+    }
+    const std::string figure = said.substr(at + 8);
+    return figure.starts_with("inf") ? std::numeric_limits<double>::infinity()
+                                     : std::strtod(figure.c_str(), nullptr);
 }
 
 std::vector<double> Flashes(const Contents& contents) {

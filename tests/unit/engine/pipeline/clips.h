@@ -47,6 +47,11 @@ struct Contents {
 /// Decodes all of it.
 Contents Decode(const std::string& file);
 
+/// Decibels between frames of the same number, in these pixels, after `filter` on the reference;
+/// infinite where they are the same.
+double Psnr(const std::string& file, const std::string& reference, const std::string& filter,
+            const std::string& pixels);
+
 /// Times at which a dark picture turns bright, and at which silence is broken.
 std::vector<double> Flashes(const Contents& contents);
 std::vector<double> Clicks(const Contents& contents);

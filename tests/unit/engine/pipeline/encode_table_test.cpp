@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <sstream>
 
 #include "unit/engine/pipeline/clips.h"
 #include "unit/engine/pipeline/session.h"
@@ -279,6 +280,64 @@ TEST_F(EncodeTable, TheRateGoesByTimeNotByFrames) {
         plan.video->bit_rate_bps = 200'000;
         const session::Outcome outcome = session::Run(plan);
         EXPECT_NEAR(outcome.video.average_bit_rate_bps, 200'000, 20'000) << passes;
+    }
+}
+
+// At the same rate, what better choices give shows in the picture.
+TEST_F(EncodeTable, PerformanceBuysPicture) {
+    for (const char* encoder : {"wmv2", "mpeg4"}) {
+        SCOPED_TRACE(encoder);
+        double psnr_before = 0;
+        for (const int performance : {0, 80, 100}) {
+            EncodePlan plan = session::Plan(folder_->Path("out.wmv"));
+            plan.video = session::Video(source_);
+            plan.video->codec = &session::VideoCodec(encoder);
+            plan.video->mode = VbrMode::BitRate;
+            plan.video->bit_rate_bps = 300'000;
+            plan.video->performance = performance;
+            session::Run(plan);
+            const double psnr = clips::Psnr(plan.output_path, source_, "null", "yuv420p");
+            std::cout << performance << " " << psnr << std::endl;
+            EXPECT_GT(psnr, psnr_before) << performance;
+            psnr_before = psnr;
+        }
+    }
+}
+
+// Bits that the receiver's buffer must hold at most, when it drains at `rate`.
+double MostBuffered(const std::string& file, double rate) {
+    std::istringstream packets(
+        clips::OutputOf("ffprobe -v error -select_streams v -show_entries packet=pts_time,size "
+                        "-of compact=p=0:nk=1 '" +
+                        file + "'"));
+    double time = 0;
+    double fill = 0;
+    double most = 0;
+    char bar = 0;
+    for (double at = 0, bytes = 0; packets >> at >> bar >> bytes; time = at) {
+        fill = std::max(0.0, fill - (at - time) * rate) + bytes * 8;
+        most = std::max(most, fill);
+    }
+    return most;
+}
+
+TEST_F(EncodeTable, TheBufferBoundsEveryStretch) {
+    const std::string bursts = clips::Make(
+        "-f lavfi -i testsrc2=s=320x240:r=25,noise=alls=40:allf=t:enable='gt(mod(t\\,4)\\,3)' "
+        "-t 8 -c:v mpeg4 -q:v 2",
+        folder_->Path("bursts.avi"));
+    double most_before = 0;
+    for (const int buffer_ms : {500, 1500, 5000}) {
+        SCOPED_TRACE(buffer_ms);
+        EncodePlan plan = session::Plan(folder_->Path("out.wmv"));
+        plan.video = session::Video(bursts);
+        plan.video->bit_rate_bps = 600'000;
+        plan.video->buffer_ms = buffer_ms;
+        session::Run(plan);
+        const double most = MostBuffered(plan.output_path, 600'000);
+        EXPECT_LE(most, 600.0 * buffer_ms);
+        EXPECT_GT(most, most_before * 1.5) << "what the buffer allows is used";
+        most_before = most;
     }
 }
 

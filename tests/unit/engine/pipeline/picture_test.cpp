@@ -1,9 +1,6 @@
 // What the picture options make of a picture, measured against pictures that ffmpeg made.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <limits>
-
 #include "unit/engine/pipeline/clips.h"
 #include "unit/engine/pipeline/session.h"
 
@@ -11,20 +8,8 @@ namespace {
 
 using namespace engine;
 
-// Decibels of the luma between frames of the same number, after `filter` on the reference.
 double LumaPsnr(const std::string& file, const std::string& reference, const std::string& filter) {
-    const std::string said =
-        clips::OutputOf("ffmpeg -nostdin -i '" + file + "' -i '" + reference +
-                        "' -lavfi \"[0:v]settb=1/25," + "setpts=N,format=gray[a];[1:v]" + filter +
-                        ",settb=1/25,setpts=N,format=gray[b];[a][b]psnr=shortest=1\" -f null -");
-    const std::size_t at = said.find("average:");
-    if (at == std::string::npos) {
-        ADD_FAILURE() << said;
-        return 0;
-    }
-    const std::string figure = said.substr(at + 8);
-    return figure.starts_with("inf") ? std::numeric_limits<double>::infinity()
-                                     : std::strtod(figure.c_str(), nullptr);
+    return clips::Psnr(file, reference, filter, "gray");
 }
 
 // The source's whole picture, uncompressed.
@@ -51,7 +36,7 @@ const ClipCase kClipCases[] = {
     {"odd ones",                 "a.avi",   "-c:v ffv1",                            {11, 30, 7, 14}, 279, 219, "crop=279:219:11:7:exact=1"},
     {"one",                      "a.avi",   "-c:v ffv1",                            {0, 0, 0, 20},   320, 220, "crop=320:220:0:0"},
     {"before the scaling",       "a.avi",   "-c:v ffv1",                            {10, 30, 6, 14}, 140, 110, "crop=280:220:10:6,scale=140:110:flags=bicubic"},
-    {"of the upright picture",   "t.mp4",   "-c:v mpeg4 -q:v 2 -metadata:s:v rotate=90", {10, 30, 6, 14}, 200, 300, "crop=200:300:10:6"},
+    {"of the upright picture",   "t.mp4",   "-c:v mpeg4 -q:v 2",                    {10, 30, 6, 14}, 200, 300, "crop=200:300:10:6"},
 };
 // clang-format on
 
@@ -59,9 +44,12 @@ TEST(Picture, MarginsAreCutOff) {
     const clips::Folder folder;
     for (const ClipCase& row : kClipCases) {
         SCOPED_TRACE(row.why);
-        const std::string source = clips::Make(
+        std::string source = clips::Make(
             std::string("-f lavfi -i testsrc2=s=320x240:r=25 -frames:v 5 ") + row.coding,
             folder.Path(row.name));
+        if (row.width < row.height)
+            source = clips::Make("-i " + source + " -c copy -metadata:s:v:0 rotate=90",
+                                 folder.Path("turned.mp4"));
         EncodePlan plan = session::Plan(folder.Path("out.wmv"));
         plan.video = Uncompressed(source);
         plan.video->crop = row.crop;
@@ -77,19 +65,19 @@ TEST(Picture, MarginsAreCutOff) {
 struct FieldCase {
     const char* why;
     const char* name;
-    const char* made;  // of the 50 pictures a second that `fields` has
-    const char* size;
+    const char* made;  // of 50 pictures a second
+    bool progressive = false;
 };
 
 // clang-format off
 const FieldCase kFieldCases[] = {
-    // why                                    source    made                                                                                              size
-    {"frames that say top first",             "a.mpg",  "-vf tinterlace=interleave_top,setfield=tff -c:v mpeg2video -q:v 1 -flags +ildct+ilme",            "160x120"},
-    {"frames that say bottom first",          "b.mpg",  "-vf tinterlace=interleave_bottom,setfield=bff -c:v mpeg2video -q:v 1 -flags +ildct+ilme -top 0",  "160x120"},
-    {"a file that says bottom first",         "c.mkv",  "-vf tinterlace=interleave_bottom,setfield=bff -c:v ffv1",                                         "160x120"},
-    {"nobody says: top first",                "d.avi",  "-vf tinterlace=interleave_top,setfield=prog -c:v ffv1",                                           "160x120"},
-    {"packed pixels",                         "e.avi",  "-vf tinterlace=interleave_top,setfield=prog,format=yuyv422 -c:v rawvideo",                        "160x120"},
-    {"progressive video loses little",        "f.avi",  "-vf framestep=2 -c:v ffv1",                                                                      "160x120"},
+    // why                                    source    made
+    {"frames that say top first",             "a.mpg",  "-vf tinterlace=interleave_top,setfield=tff -c:v mpeg2video -q:v 1 -flags +ildct+ilme"},
+    {"frames that say bottom first",          "b.mpg",  "-vf tinterlace=interleave_bottom,setfield=bff -c:v mpeg2video -q:v 1 -flags +ildct+ilme -top 0"},
+    {"a file that says bottom first",         "c.mkv",  "-vf tinterlace=interleave_bottom,setfield=bff -c:v ffv1"},
+    {"nobody says: top first",                "d.avi",  "-vf tinterlace=interleave_top,setfield=prog -c:v ffv1"},
+    {"packed pixels",                         "e.avi",  "-vf tinterlace=interleave_top,setfield=prog,format=yuyv422 -c:v rawvideo"},
+    {"progressive video loses little",        "f.avi",  "-vf framestep=2 -c:v ffv1", true},
 };
 // clang-format on
 
@@ -97,12 +85,13 @@ TEST(Picture, FieldsBecomeThePicturesOfTheirTime) {
     const clips::Folder folder;
     for (const FieldCase& row : kFieldCases) {
         SCOPED_TRACE(row.why);
-        const std::string fields = std::string("testsrc2=s=") + row.size + ":r=50:d=1";
+        const std::string fields =
+            "\"nullsrc=s=160x120:r=50:d=1,geq=lum='128+100*sin((X+4*N)/9)*cos((Y+2*N)/11)':"
+            "cb=128:cr=128\"";
         const std::string whole = clips::Make(
             "-f lavfi -i " + fields + " -vf framestep=2 -c:v ffv1", folder.Path("whole.avi"));
         const std::string source =
             clips::Make("-f lavfi -i " + fields + " " + row.made, folder.Path(row.name));
-        double psnr[2] = {};
         for (const bool deinterlace : {false, true}) {
             EncodePlan plan = session::Plan(folder.Path("out.wmv"));
             plan.video = Uncompressed(source);
@@ -114,9 +103,130 @@ TEST(Picture, FieldsBecomeThePicturesOfTheirTime) {
             EXPECT_EQ(contents.height, 120);
             for (std::size_t i = 0; i < 25; ++i)
                 EXPECT_NEAR(contents.pictures[i].time, static_cast<double>(i) / 25, 0.002);
-            psnr[deinterlace ? 1 : 0] = LumaPsnr(plan.output_path, whole, "null");
+            const double psnr = LumaPsnr(plan.output_path, whole, "null");
+            if (deinterlace || row.progressive)
+                EXPECT_GT(psnr, 40);
+            else
+                EXPECT_LT(psnr, 25) << "the clip has no fields";
         }
-        std::cout << row.why << psnr[0] << " " << psnr[1] << std::endl;
+    }
+}
+
+TEST(Picture, PlayersAreToldThePixelsShape) {
+    const clips::Folder folder;
+    const std::string source = clips::Make(
+        "-f lavfi -i testsrc2=s=160x120:r=25 -frames:v 2 -c:v ffv1", folder.Path("source.avi"));
+    for (const Ratio& aspect : {Ratio{1, 1}, Ratio{16, 15}, Ratio{4, 3}, Ratio{10, 11}}) {
+        EncodePlan plan = session::Plan(folder.Path("out.wmv"));
+        plan.video = session::Video(source);
+        plan.video->pixel_aspect = aspect;
+        session::Run(plan);
+        EXPECT_EQ(
+            clips::OutputOf("ffprobe -v error -show_entries stream=sample_aspect_ratio "
+                            "-of csv=p=0 '" +
+                            plan.output_path + "'"),
+            std::to_string(aspect.numerator) + ":" + std::to_string(aspect.denominator) + "\n");
+    }
+}
+
+struct PixelCase {
+    std::uint32_t format;  // of -pixelformat
+    const char* read_as;
+    double least;  // decibels of all colours
+};
+
+// clang-format off
+const PixelCase kPixelCases[] = {
+    {platform::FourCC("I420"), "yuv420p",  90},
+    {platform::FourCC("IYUV"), "yuv420p",  90},
+    {platform::FourCC("YV12"), "yuv420p",  90},
+    {platform::FourCC("YUY2"), "yuyv422",  35},
+    {platform::FourCC("UYVY"), "uyvy422",  35},
+    {platform::FourCC("YVYU"), "yvyu422",  35},
+    {platform::FourCC("YVU9"), "yuv410p",  25},
+    {0xE436EB7D,               "bgr24",    30},
+    {0xE436EB7E,               "bgra",     30},
+    {0xE436EB7C,               "rgb555le", 25},
+};
+// clang-format on
+
+TEST(Picture, UncompressedPixelsAreReadAsTheyWereAskedFor) {
+    const clips::Folder folder;
+    const std::string source = clips::Make(
+        "-f lavfi -i testsrc2=s=164x120:r=25 -frames:v 3 -c:v ffv1", folder.Path("source.avi"));
+    for (const PixelCase& row : kPixelCases) {
+        const PixelFormatRow* pixels = FindPixelFormat(row.format);
+        ASSERT_NE(pixels, nullptr);
+        SCOPED_TRACE(pixels->name);
+        EncodePlan plan = session::Plan(folder.Path("out.wmv"));
+        plan.video = Uncompressed(source);
+        plan.video->pixels = pixels;
+        const session::Outcome outcome = session::Run(plan);
+        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        EXPECT_EQ(clips::OutputOf("ffprobe -v error -show_entries stream=pix_fmt -of csv=p=0 '" +
+                                  plan.output_path + "'"),
+                  std::string(row.read_as) + "\n");
+        EXPECT_GT(clips::Psnr(plan.output_path, source, "null", "yuv420p"), row.least);
+    }
+}
+
+TEST(Picture, CodecsGetThePictureThroughTheAskedPixels) {
+    const clips::Folder folder;
+    const std::string source = clips::Make(
+        "-f lavfi -i testsrc2=s=160x120:r=25 -frames:v 3 -c:v ffv1", folder.Path("source.avi"));
+    EncodePlan plan = session::Plan(folder.Path("out.wmv"));
+    plan.video = session::Video(source);
+    plan.video->mode = platform::VbrMode::Quality;
+    plan.video->quality = 100;
+    plan.video->pixels = FindPixelFormat(0xE436EB7C);
+    const session::Outcome outcome = session::Run(plan);
+    EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+    const double same = clips::Psnr(plan.output_path, source, "format=rgb555le", "yuv420p");
+    const double other = clips::Psnr(plan.output_path, source, "null", "yuv420p");
+    EXPECT_GT(same, other + 5) << "the steps of five bits a colour are there";
+}
+
+struct InterlacedCase {
+    const char* why;
+    FieldCoding fields;
+    const char* source;  // of 50 pictures a second
+    bool top_first;
+};
+
+// clang-format off
+const InterlacedCase kInterlacedCases[] = {
+    {"as the source says",    FieldCoding::AsTheSource, "tinterlace=interleave_bottom,setfield=bff", false},
+    {"top where nobody says", FieldCoding::AsTheSource, "tinterlace=interleave_top,setfield=prog",   true},
+    {"top as told",           FieldCoding::TopFirst,    "tinterlace=interleave_bottom,setfield=bff", true},
+    {"bottom as told",        FieldCoding::BottomFirst, "tinterlace=interleave_top,setfield=prog",   false},
+};
+// clang-format on
+
+TEST(Picture, FieldsAreCodedAsFields) {
+    const clips::Folder folder;
+    for (const InterlacedCase& row : kInterlacedCases) {
+        SCOPED_TRACE(row.why);
+        const std::string source = clips::Make(
+            std::string("-f lavfi -i testsrc2=s=320x240:r=50:d=1 -vf ") + row.source + " -c:v ffv1",
+            folder.Path("fields.mkv"));
+        EncodePlan plan = session::Plan(folder.Path("out.wmv"));
+        plan.video = session::Video(source);
+        plan.video->codec = &session::VideoCodec("mpeg4");
+        plan.video->mode = platform::VbrMode::Quality;
+        plan.video->quality = 90;
+        const session::Outcome progressive = session::Run(plan);
+        plan.video->fields = row.fields;
+        const session::Outcome outcome = session::Run(plan);
+        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        const std::string said = clips::OutputOf(
+            "ffprobe -v error -show_entries frame=interlaced_frame,top_field_first -of csv=p=0 "
+            "-read_intervals %+#1 '" +
+            plan.output_path + "'");
+        EXPECT_TRUE(said.starts_with(row.top_first ? "1,1" : "1,0")) << said;
+        EXPECT_GT(LumaPsnr(plan.output_path, source, "null"), 33);
+        EXPECT_LT(outcome.video.byte_count.Raw(), progressive.video.byte_count.Raw())
+            << "fields that move are smaller than frames that flicker";
     }
 }
 
