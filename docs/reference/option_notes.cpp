@@ -80,10 +80,14 @@ constexpr OptionNote kNotes[] = {
      "The voice codec's optimization definition file.",
      "-input talk.wav -output talk.wma -a_codec WMSP9 -a_contentedl parts.edl", Today::Refused,
      kNotYet},
-    {"-a_folddown6to2", "", "three numbers from 0 on", "none",
-     "How a player makes two channels of six: decibels by which surround, center and low-frequency "
-     "channel are lowered, stored negated as SurroundMix, CenterMix and LFEMix.",
-     "-input film.avi -output film.wmv -a_folddown6to2 10 3 3", Today::Works, kNoRate},
+    {"-a_folddown6to2", "", "three numbers from 0 to 144", "3 3 144, the levels of ITU-R BS.775",
+     "How two channels are made of six: decibels by which surround, center and low-frequency "
+     "channel are lowered (a gain of 10^(-decibels / 20); 144, the range of 24-bit sound, leaves a "
+     "channel out), stored negated as SurroundMix, CenterMix and LFEMix for players. A source with "
+     "more than two channels is mixed by them when its format has two; all gains are then lowered "
+     "together so that nothing can overload.",
+     "-input film.avi -output film.wmv -a_folddown6to2 10 3 3", Today::Works,
+     "a number above 144, where the sound is mixed"},
     {"-v_mode", "", "0 to 4, see Modes", "0",
      "How the picture's rate is held.",
      "-input film.avi -output film.wmv -v_mode 3 -v_bitrate 800000", Today::Works,
@@ -130,19 +134,27 @@ constexpr OptionNote kNotes[] = {
      "-input film.avi -output film.wmv -v_performance 100", Today::Works,
      "any other number ends the command without a line"},
     {"-v_preproc", "", "0 to 18, see Filters", "0",
-     "What is done to the pictures before they are encoded.",
+     "What is done to the pictures before they are encoded. Deinterlacing follows the motion, "
+     "makes one picture of every frame and takes the order of the fields from the source (top "
+     "first where it tells none). A telecine pattern is counted from the first frame that is "
+     "encoded and trusted, filter 5 looks for one.",
      "-input film.avi -output film.wmv -v_preproc 5", Today::Works,
-     "`Invalid preproc value: …`"},
+     "`Invalid preproc value: …`; a codec that cannot code fields, with 16 to 18"},
     {"-pixelformat", "", "a name of Pixel formats, in any case; others are passed over",
      "the source's",
-     "The pixel format in which the source is taken.",
-     "-input film.avi -output film.wmv -pixelformat YUY2", Today::Refused, kNotYet},
+     "The pixels of a picture that is written uncompressed. For other codecs, the pixels that the "
+     "picture is turned into before it is scaled and encoded.",
+     "-input film.avi -output film.wmv -pixelformat YUY2", Today::Works,
+     "RGB8, whose palette nobody could choose; RGB565 with UNCOMP, which readers take for RGB555; "
+     "with UNCOMP a size that is no multiple of what shares a colour (2, of YVU9 4)"},
     {"-pixelratio", "", "two numbers", "the source's",
      "The shape of the source's pixels, width to height; the file tells players.",
      "-input film.avi -output film.wmv -pixelratio 16 15", Today::Works, kNoRate},
     {"-v_clip", "", "four numbers of pixels", "0 0 0 0",
-     "What is cut off the source's picture at its left, top, right and bottom.",
-     "-input film.avi -output film.wmv -v_clip 0 6 0 6", Today::Refused, kNotYet},
+     "What is cut off the source's picture, set upright, at its left, top, right and bottom before "
+     "it is scaled. Without a size asked for, what is left is encoded as it is.",
+     "-input film.avi -output film.wmv -v_clip 0 6 0 6", Today::Works,
+     "margins that leave nothing"},
     {"-v_profile", "", "SP, MP or CP", "none",
      "What a device must be able to decode.",
      "-input film.avi -output film.wmv -v_profile MP", Today::Refused, kNotYet},
@@ -230,14 +242,12 @@ constexpr OptionNote kNotes[] = {
 };
 // clang-format on
 
-constexpr std::array kFiltersToday = {0, 5};
+constexpr int kLastFilterOfEveryCodec = 15;
 
 }  // namespace
 
 std::span<const OptionNote> OptionNotes() { return kNotes; }
 
-bool FilterWorksToday(int number) {
-    return std::ranges::find(kFiltersToday, number) != kFiltersToday.end();
-}
+bool FilterWorksToday(int number) { return number <= kLastFilterOfEveryCodec; }
 
 }  // namespace reference
