@@ -1,8 +1,5 @@
 #include "docs/reference/option_notes.h"
 
-#include <algorithm>
-#include <array>
-
 namespace reference {
 namespace {
 

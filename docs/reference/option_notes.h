@@ -27,7 +27,7 @@ struct OptionNote {
 /// In no particular order. Examples read film.avi, talk.wav, job.weu and the folder holiday.
 std::span<const OptionNote> OptionNotes();
 
-/// Whether a number of -v_preproc is carried out today; the others are refused.
+/// Whether a number of -v_preproc is carried out with every codec.
 bool FilterWorksToday(int number);
 
 }  // namespace reference

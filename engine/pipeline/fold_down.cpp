@@ -59,6 +59,7 @@ std::vector<double> FoldDownGains(const AVChannelLayout& from, const FoldDown& l
     }
     const double whole = std::max({1.0, sum.left, sum.right});
     std::vector<double> matrix;
+    matrix.reserve(2 * channels.size());
     for (const Gains& gains : channels) matrix.push_back(gains.left / whole);
     for (const Gains& gains : channels) matrix.push_back(gains.right / whole);
     return matrix;
