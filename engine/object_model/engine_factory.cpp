@@ -41,8 +41,6 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
     return std::make_shared<Encoder>(loop, std::move(parts));
 }
 
-std::shared_ptr<platform::WMEncProfile2> MakeProfile(std::shared_ptr<platform::FileSystem>) {
-    return std::make_shared<Profile>();
-}
+std::shared_ptr<platform::WMEncProfile2> MakeProfile() { return std::make_shared<Profile>(); }
 
 }  // namespace engine

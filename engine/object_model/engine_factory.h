@@ -15,6 +15,6 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
                                                  std::shared_ptr<platform::FileSystem> files);
 
 /// An empty profile, for the source groups of any encoder of this engine.
-std::shared_ptr<platform::WMEncProfile2> MakeProfile(std::shared_ptr<platform::FileSystem> files);
+std::shared_ptr<platform::WMEncProfile2> MakeProfile();
 
 }  // namespace engine

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QSettings>
 #include <string>
 
 #include "app/main_window.h"
@@ -48,10 +49,14 @@ class RememberedWindow : public FakeWindow {
 };
 
 TEST(SameText, WindowConsoleAndRememberedForm) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
     int argument_count = 1;
     std::string name = "same_text_tests";
     char* arguments[] = {name.data(), nullptr};
     const QApplication application(argument_count, arguments);
+    const TempFolder settings;  // the window's own
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
+                       QString::fromStdString(settings.path().string()));
 
     const TempFolder folder;
     std::filesystem::create_directory(folder / "in");

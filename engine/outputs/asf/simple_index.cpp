@@ -8,7 +8,7 @@
 namespace engine::asf {
 namespace {
 constexpr std::int64_t kIntervalMs = 1000;
-constexpr std::size_t kEntriesAhead = 4 * 3600;  // four hours before the table ever grows
+constexpr std::size_t kEntriesAhead = 14'400;  // four hours before the table ever grows
 }  // namespace
 
 SimpleIndex::SimpleIndex() { entries_.reserve(kEntriesAhead); }
