@@ -161,7 +161,8 @@ void Pass::Decode(Chain& chain) {
     chain.decoder.Decode(nullptr, take);
 }
 
-void Pass::ConditionSound(Chain& chain) {
+template <typename Conditioner>
+void Pass::ConditionWith(Conditioner& conditioner, Chain& chain) {
     const AtExit end([&] {
         chain.conditioned.Finish();
         chain.decoded.Cancel();
@@ -171,22 +172,8 @@ void Pass::ConditionSound(Chain& chain) {
     };
     FrameHandle frame;
     while (chain.decoded.Pop(frame))
-        if (!sound_->Take(std::move(frame), take)) return;
-    sound_->Finish(take);
-}
-
-void Pass::ConditionPicture(Chain& chain) {
-    const AtExit end([&] {
-        chain.conditioned.Finish();
-        chain.decoded.Cancel();
-    });
-    const FrameTaker take = [&](FrameHandle frame) {
-        return chain.conditioned.Push(std::move(frame));
-    };
-    FrameHandle frame;
-    while (chain.decoded.Pop(frame))
-        if (!picture_->Take(std::move(frame), take)) return;
-    picture_->Finish(take);
+        if (!conditioner.Take(std::move(frame), take)) return;
+    conditioner.Finish(take);
 }
 
 template <typename Encoder>

@@ -80,8 +80,10 @@ class Pass {
 
     void Read(Input& input);
     void Decode(Chain& chain);
-    void ConditionSound(Chain& chain);
-    void ConditionPicture(Chain& chain);
+    template <typename Conditioner>
+    void ConditionWith(Conditioner& conditioner, Chain& chain);
+    void ConditionSound(Chain& chain) { ConditionWith(*sound_, chain); }
+    void ConditionPicture(Chain& chain) { ConditionWith(*picture_, chain); }
     template <typename Encoder>
     void EncodeWith(Encoder& encoder, Chain& chain);
     void EncodeSound(Chain& chain) { EncodeWith(*audio_encoder_, chain); }
