@@ -83,7 +83,6 @@ void frmMain::RunListing(const std::vector<std::string>& words) {
     if (!IsBusy()) {
         // Text in the pane is not wiped by the first tick's help; a command still runs then.
         if (window_.Arguments().empty()) g_bAutoStarted = 1;
-        window_.lblStatus().SetCaption(kStarting);
         RunWords(words);
         return;
     }

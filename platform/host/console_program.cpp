@@ -158,7 +158,11 @@ class ConsoleRun {
     }
 
     void WriteReport(int status) {
-        json_.WriteReport(form_->Report(), status);
+        CommandReport report = form_->Report();
+        // Stopped while it waited for a command: nothing was shown either.
+        if (status == kStoppedBySignal && report.last.end == CommandEnd::Shown)
+            report.last.end = CommandEnd::Stopped;
+        json_.WriteReport(report, status);
         reported_status_ = status;
     }
 

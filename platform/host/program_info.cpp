@@ -6,7 +6,7 @@ namespace {
 
 constexpr const char* kConsoleUsage =
     "Usage: tessivo-console [--json] [--explain] [WORD ... | -]\n"
-    "       tessivo-console --repair FILE\n"
+    "       tessivo-console [--json] --repair FILE\n"
     "       tessivo-console --version | --help\n"
     "\n"
     "Runs one command of the encoder's command line, a word an argument. The shell's quotation\n"

@@ -2,7 +2,9 @@
 
 #include <QDragEnterEvent>
 #include <QKeyEvent>
+#include <QRegularExpression>
 #include <algorithm>
+#include <limits>
 
 namespace platform::host {
 
@@ -15,6 +17,19 @@ bool IsOneWord(const QString& path) {
     });
 }
 
+bool IsBreak(QChar c) { return c.isSpace() && c != QLatin1Char(' '); }
+
+/// Line ends and tabs as the blanks that the box shows them as; none at the beginning and the end,
+/// where a blank is one more word.
+QString OnOneLine(const QString& text) {
+    static const QRegularExpression breaks(QStringLiteral("\\s*[^\\S ]\\s*"));
+    QString line = text;
+    line.replace(breaks, QStringLiteral(" "));
+    if (!text.isEmpty() && IsBreak(text.front())) line.remove(0, 1);
+    if (!text.isEmpty() && IsBreak(text.back())) line.chop(1);
+    return line;
+}
+
 }  // namespace
 
 std::optional<QUrl> DraggedFile(const QMimeData& data) {
@@ -24,7 +39,10 @@ std::optional<QUrl> DraggedFile(const QMimeData& data) {
 }
 
 CommandEdit::CommandEdit(RecentCommands& recent, QWidget* parent)
-    : QLineEdit(parent), recent_(recent) {}
+    : QLineEdit(parent), recent_(recent) {
+    setMaxLength(std::numeric_limits<int>::max());  // the usual limit cuts without a word
+    connect(this, &QLineEdit::textEdited, this, [this](const QString& text) { Straighten(text); });
+}
 
 void CommandEdit::Remember() {
     recent_.Add(text());
@@ -44,6 +62,14 @@ void CommandEdit::AppendInput(const QUrl& file) {
     const QString before = text();
     const bool apart = before.isEmpty() || before.endsWith(QLatin1Char(' '));
     Offer(before + (apart ? QString() : QStringLiteral(" ")) + QStringLiteral("-input ") + name);
+}
+
+void CommandEdit::Straighten(const QString& edited) {
+    const QString straight = OnOneLine(edited);
+    if (straight == edited) return;
+    const qsizetype behind = edited.size() - cursorPosition();
+    setText(straight);
+    setCursorPosition(static_cast<int>(std::max<qsizetype>(straight.size() - behind, 0)));
 }
 
 void CommandEdit::keyPressEvent(QKeyEvent* event) {

@@ -14,7 +14,8 @@ namespace platform::host {
 std::optional<QUrl> DraggedFile(const QMimeData& data);
 
 /// Up and Down walk through the recent commands like a shell's; past the newest is the text that
-/// stood in the box before. What is dragged as a file is left to the window around it.
+/// stood in the box before. Pasted lines become one, joined by blanks. What is dragged as a file is
+/// left to the window around it.
 class CommandEdit : public QLineEdit {
   public:
     /// The commands must outlive the box.
@@ -32,6 +33,7 @@ class CommandEdit : public QLineEdit {
     void dragEnterEvent(QDragEnterEvent* event) override;
 
   private:
+    void Straighten(const QString& edited);
     void Walk(qsizetype steps);
 
     RecentCommands& recent_;

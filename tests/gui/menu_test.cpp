@@ -1,5 +1,6 @@
 // Menus, recent commands, dropped files and what the window keeps for its next start.
 #include <QAction>
+#include <QClipboard>
 #include <QDropEvent>
 #include <QFile>
 #include <QMimeData>
@@ -256,6 +257,35 @@ TEST_F(Menus, TheNextWindowHasTheSizeOfTheLast) {
     ASSERT_TRUE(window().close());
     Open();
     EXPECT_EQ(window().size(), QSize(733, 512));
+}
+
+TEST_F(Menus, WhatIsPastedStaysWholeAndBecomesOneLine) {
+    struct Case {
+        const char* why;
+        const char* box;  // "|" is where it is pasted
+        QString pasted;
+        QString expected;
+    };
+    const QString title(40'000, QLatin1Char('x'));
+    const Case cases[] = {
+        // why, box, pasted, expected
+        {"a line a value", "|", "\n-input a.avi\n  -output b.wmv\r\n-v_width\t320\n",
+         "-input a.avi -output b.wmv -v_width 320|"},
+        {"in the middle", "-a | -c", "b\nb", "-a b b| -c"},
+        {"longer than a line edit takes by itself", "|", "-title " + title + " -silent",
+         "-title " + title + " -silent|"},
+        {"blanks are the user's", "|", "a  b ", "a  b |"},
+    };
+    for (const Case& each : cases) {
+        const QString before = QLatin1String(each.box);
+        box().setText(QString(before).remove(QLatin1Char('|')));
+        box().setCursorPosition(static_cast<int>(before.indexOf(QLatin1Char('|'))));
+        QGuiApplication::clipboard()->setText(each.pasted);
+        box().paste();
+        QString after = box().text();
+        after.insert(box().cursorPosition(), QLatin1Char('|'));
+        EXPECT_EQ(after.toStdString(), each.expected.toStdString()) << each.why;
+    }
 }
 
 struct DropCase {
