@@ -1,7 +1,10 @@
 #include "platform/host/qt_menu_commands.h"
 
+#include <QAbstractItemView>
+#include <QCompleter>
 #include <QCoreApplication>
 #include <QDir>
+#include <QLineEdit>
 #include <QSaveFile>
 #include <utility>
 
@@ -13,6 +16,16 @@ namespace platform::host {
 namespace {
 
 QString Text(const char* text) { return QCoreApplication::translate("MenuCommands", text); }
+
+/// The list of names that match what is typed opens when the folder has been read, also when the
+/// dialog is gone by then; it would stay and take the next key.
+void ForgetTypedName(const QFileDialog& dialog) {
+    for (QLineEdit* edit : dialog.findChildren<QLineEdit*>()) {
+        if (edit->completer() == nullptr) continue;
+        edit->completer()->popup()->hide();
+        edit->setCompleter(nullptr);
+    }
+}
 
 }  // namespace
 
@@ -31,6 +44,8 @@ QFileDialog& MenuCommands::OpenDialog(const char* name, const QString& title) {
     const QString folder = dialog_ ? dialog_->directory().path() : QString();
     dialog_ = std::make_unique<QFileDialog>(&window_, title, folder);
     dialog_->setObjectName(QLatin1String(name));
+    QObject::connect(dialog_.get(), &QDialog::finished, dialog_.get(),
+                     [dialog = dialog_.get()] { ForgetTypedName(*dialog); });
     return *dialog_;
 }
 

@@ -1,6 +1,8 @@
 // Menus, recent commands, dropped files and what the window keeps for its next start.
+#include <QAbstractItemView>
 #include <QAction>
 #include <QClipboard>
+#include <QCompleter>
 #include <QDropEvent>
 #include <QFile>
 #include <QMimeData>
@@ -117,6 +119,21 @@ TEST_F(Menus, FileInformationTakesTheNameAsOneWord) {
     Trigger("fileInformation");
     Choose("inputFile", path);
     EXPECT_THAT(form_.calls, ElementsAre("listing|-input|" + path.toStdString()));
+}
+
+TEST_F(Menus, ATypedNameLeavesNoListOpen) {
+    ASSERT_TRUE(QFile(folder_.filePath("typed.avi")).open(QIODevice::WriteOnly));
+    Trigger("fileInformation");
+    auto& dialog = Find<QFileDialog>("inputFile");
+    auto& name = *dialog.findChild<QLineEdit*>();
+    const QString typed = folder_.filePath("typ");
+    for (const QChar c : typed) {
+        QKeyEvent key(QEvent::KeyPress, 0, Qt::NoModifier, QString(c));
+        QCoreApplication::sendEvent(&name, &key);
+    }
+    RunUntil([&] { return name.completer()->popup()->isVisible(); });
+    QMetaObject::invokeMethod(&dialog, "reject");
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
 }
 
 TEST_F(Menus, RepairWritesItsLinesAndLeavesTheWindowUsable) {
