@@ -3,7 +3,12 @@
 namespace reference {
 namespace {
 
-constexpr std::string_view kText = "a text; a missing one ends the command";
+constexpr std::string_view kText =
+    "no text: `Error: 0x8002000B - …` at the end of the command, else `Invalid format for "
+    "parameter …`";
+constexpr std::string_view kNoSize =
+    "no whole number: `Expect integer value for parameter …`; `Invalid profile: 0x80070057 …` "
+    "above 16384";
 constexpr std::string_view kNoRate = "no whole number: `Expect integer value for parameter …`";
 constexpr std::string_view kNotYet =
     "not possible yet: refused in one line before anything is written";
@@ -103,10 +108,10 @@ constexpr OptionNote kNotes[] = {
      "`Invalid profile: 0x80070057 …` outside the range"},
     {"-v_width", "", "pixels; 0 is the source's, or follows from the height", "0",
      "The picture's width. An odd one is made even where the codec wants that.",
-     "-input film.avi -output film.wmv -v_width 320 -v_height 240", Today::Works, kNoRate},
+     "-input film.avi -output film.wmv -v_width 320 -v_height 240", Today::Works, kNoSize},
     {"-v_height", "", "pixels; 0 is the source's, or follows from the width", "0",
      "The picture's height.",
-     "-input film.avi -output film.wmv -v_height 240", Today::Works, kNoRate},
+     "-input film.avi -output film.wmv -v_height 240", Today::Works, kNoSize},
     {"-v_framerate", "", "frames per second, fractions too", "30",
      "The highest frame rate. One below the input's is raised to it; no frame is ever repeated.",
      "-input film.avi -output film.wmv -v_framerate 29.97", Today::Works,
@@ -120,9 +125,11 @@ constexpr OptionNote kNotes[] = {
      "-input film.avi -output film.wmv -v_mode 2 -v_quality 85", Today::Works,
      "`Invalid profile: 0x80070057 …` above 100"},
     {"-v_peakbitrate", "", "bits per second", "1.5 times the rate",
-     "The highest rate of `-v_mode 4`.",
+     "The highest rate of `-v_mode 4`, in other modes without effect. A picture's rate below it is "
+     "raised to it, so a custom profile has one rate for both; av600vbr keeps a peak above its rate.",
      "-input film.avi -output film.wmv -v_mode 4 -v_bitrate 400000 -v_peakbitrate 900000",
-     Today::Works, "a peak below the average"},
+     Today::Works,
+     "a peak below the rate"},
     {"-v_peakbuffer", "", "milliseconds", "5000",
      "The buffer over which `-v_mode 4` holds its peak.",
      "-input film.avi -output film.wmv -v_mode 4 -v_peakbuffer 8000", Today::Works, kNoRate},
@@ -134,7 +141,7 @@ constexpr OptionNote kNotes[] = {
      "What is done to the pictures before they are encoded. Deinterlacing follows the motion, "
      "makes one picture of every frame and takes the order of the fields from the source (top "
      "first where it tells none). A telecine pattern is counted from the first frame that is "
-     "encoded and trusted, filter 5 looks for one.",
+     "encoded and trusted, filter 5 looks for one. Filters 2 to 4 do what 1 does, and a line says so.",
      "-input film.avi -output film.wmv -v_preproc 5", Today::Works,
      "`Invalid preproc value: …`; a codec that cannot code fields, with 16 to 18"},
     {"-pixelformat", "", "a name of Pixel formats, in any case; others are passed over",
@@ -144,9 +151,10 @@ constexpr OptionNote kNotes[] = {
      "-input film.avi -output film.wmv -pixelformat YUY2", Today::Works,
      "RGB8, whose palette nobody could choose; RGB565 with UNCOMP, which readers take for RGB555; "
      "with UNCOMP a size that is no multiple of what shares a colour (2, of YVU9 4)"},
-    {"-pixelratio", "", "two numbers", "the source's",
+    {"-pixelratio", "", "two numbers, 1 to 65535", "the source's",
      "The shape of the source's pixels, width to height; the file tells players.",
-     "-input film.avi -output film.wmv -pixelratio 16 15", Today::Works, kNoRate},
+     "-input film.avi -output film.wmv -pixelratio 16 15", Today::Works,
+     "`Error: 0x80070057 - …` outside the range"},
     {"-v_clip", "", "four numbers of pixels", "0 0 0 0",
      "What is cut off the source's picture, set upright, at its left, top, right and bottom before "
      "it is scaled. Without a size asked for, what is left is encoded as it is.",
@@ -239,6 +247,8 @@ constexpr OptionNote kNotes[] = {
 };
 // clang-format on
 
+constexpr int kFirstUnsupportedFilter = 2;
+constexpr int kLastUnsupportedFilter = 4;
 constexpr int kLastFilterOfEveryCodec = 15;
 
 }  // namespace
@@ -246,5 +256,11 @@ constexpr int kLastFilterOfEveryCodec = 15;
 std::span<const OptionNote> OptionNotes() { return kNotes; }
 
 bool FilterWorksToday(int number) { return number <= kLastFilterOfEveryCodec; }
+
+std::string_view FilterNote(int number) {
+    if (!FilterWorksToday(number)) return "with -v_codec MP41 alone";
+    const bool unsupported = number >= kFirstUnsupportedFilter && number <= kLastUnsupportedFilter;
+    return unsupported ? "does what 1 does" : "works";
+}
 
 }  // namespace reference

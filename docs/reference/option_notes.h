@@ -30,4 +30,7 @@ std::span<const OptionNote> OptionNotes();
 /// Whether a number of -v_preproc is carried out with every codec.
 bool FilterWorksToday(int number);
 
+/// What the reference says about a number of -v_preproc beside the help's words.
+std::string_view FilterNote(int number);
+
 }  // namespace reference

@@ -124,9 +124,7 @@ std::string NumberTable(const std::string& option) {
 std::string FilterTable() {
     std::string table = "| -v_preproc | | today |\n|---|---|---|\n";
     for (const auto& [number, text] : HelpNumbers("-v_preproc"))
-        table +=
-            fmt::format("| {} | {} | {} |\n", number, text,
-                        FilterWorksToday(std::stoi(number)) ? "works" : "with -v_codec MP41 alone");
+        table += fmt::format("| {} | {} | {} |\n", number, text, FilterNote(std::stoi(number)));
     return table + "\n";
 }
 
