@@ -262,8 +262,10 @@ VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
     plan.codec = &VideoCodecs()[static_cast<std::size_t>(video.codec)];
     plan.mode = profile.video_mode;
     if (video.codec >= VideoCodecCount(plan.mode))
-        RefuseArgument(fmt::format("{} has no {} mode: give -v_mode 0 or another -v_codec",
-                                   plan.codec->name, ModeName(plan.mode)));
+        RefuseArgument(
+            fmt::format("{} has no {} mode: give -v_mode 0 or another -v_codec; a mode that a "
+                        "profile or an earlier command has set stays until a new session",
+                        plan.codec->name, ModeName(plan.mode)));
     const bool rate_counts = plan.mode != VbrMode::Quality && plan.codec->four_cc != 0;
     if (rate_counts && video.bit_rate_bps == 0)
         RefuseArgument("The profile has no video bit rate: give -v_bitrate or a profile code");
