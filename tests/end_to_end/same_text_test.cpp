@@ -31,6 +31,17 @@ std::string Comparable(std::string text) {
     return text;
 }
 
+/// What the labels of a run of this file say at its end; only a window shows them.
+void ExpectLabels(platform::FormWindow& window, const std::string& input) {
+    const std::pair<platform::Label&, std::string> rows[] = {
+        {window.lblStatus(), "  Done."},
+        {window.lblFile(), "  Encoding: " + input},
+        {window.lblETm(), "Media Length: 2 secs"},
+        {window.lblprgs(), "100%"},
+    };
+    for (const auto& [label, text] : rows) EXPECT_EQ(label.Caption(), text);
+}
+
 std::string PaneAfter(platform::FormWindow& window, const std::string& command) {
     HostFactory factory(window.Loop(), EngineMakers{engine::MakeEncoder, engine::MakeProfile});
     app::frmMain form(window, factory);
@@ -77,9 +88,14 @@ TEST(SameText, WindowConsoleAndRememberedForm) {
         EXPECT_FALSE(on_console.empty());
         platform::host::QtWindow window("");
         EXPECT_EQ(PaneAfter(window, command), on_console);
+        if (command == kCommands[0]) ExpectLabels(window, clip);
         RememberedWindow remembered;
         EXPECT_EQ(PaneAfter(remembered, command), on_console);
     }
+    platform::host::QtWindow window("");
+    EXPECT_EQ(PaneAfter(window, "-a_codecs"), Console({"-help"}).out) << "one word is no command";
+    EXPECT_EQ(window.lblStatus().Caption(), "Change parameters, then press Go.  (Help is above)");
+    EXPECT_EQ(window.txtCmd().Text(), "-profile scrna -output C:\\ZELMO\\cap1.wmv -duration 90000");
 }
 
 }  // namespace

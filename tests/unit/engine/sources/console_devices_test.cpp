@@ -30,10 +30,6 @@ CommandResult Console(std::vector<std::string> words, const Environment& environ
     return RunCommand(words, environment);
 }
 
-bool IsInstalled(const std::string& program) {
-    return RunCommand({"sh", "-c", "command -v " + program}).status == 0;
-}
-
 // What the test machine itself has; its devices then stand beside those of the test.
 bool HasCards() { return std::filesystem::exists("/dev/snd/controlC0"); }
 bool HasCameras() { return std::filesystem::exists("/dev/video0"); }
@@ -115,12 +111,11 @@ const ServerCase kServerCases[] = {
 };
 
 TEST(ConsoleDevices, NumbersOfTheListingSelectTheSameDevices) {
-    if (!IsInstalled("pulseaudio")) GTEST_SKIP() << "pulseaudio is not installed";
     for (const ServerCase& each : kServerCases) {
         SCOPED_TRACE(each.why);
         const TempFolder folder;
         const SoundServer server(folder, each.defaults);
-        ASSERT_TRUE(server.Runs());
+        ASSERT_TRUE(server.Runs()) << "pulseaudio is needed, see packages.txt";
         const Environment environment = Private(folder);
 
         std::string listing = "audio device:\n";
@@ -149,14 +144,13 @@ TEST(ConsoleDevices, NumbersOfTheListingSelectTheSameDevices) {
 }
 
 TEST(ConsoleDevices, AScreenIsListedWhereThereIsADesktop) {
-    if (!IsInstalled("Xvfb")) GTEST_SKIP() << "Xvfb is not installed";
     const TempFolder folder;
     const BackgroundCommand server({"Xvfb", "-displayfd", "1", "-nolisten", "tcp"}, folder.path());
     std::string number;
     ASSERT_TRUE(Eventually([&] {
         std::ifstream shown(folder / "out");
         return static_cast<bool>(std::getline(shown, number)) && !shown.eof();
-    }));
+    })) << "Xvfb is needed, see packages.txt";
     Environment environment = Private(folder);
     environment["DISPLAY"] = ":" + number;
     const CommandResult listed = Console({"-devices"}, environment);
