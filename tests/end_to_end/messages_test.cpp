@@ -1,10 +1,6 @@
 // Every line that the program can print, as a user of the console gets it, with the exit status.
 #include <algorithm>
-#include <chrono>
-#include <csignal>
 #include <fstream>
-#include <sstream>
-#include <thread>
 
 #include "cli/help.h"
 #include "end_to_end/console_run.h"
@@ -15,7 +11,6 @@ namespace {
 constexpr int kDone = 0;
 constexpr int kRefused = 1;
 constexpr int kFailed = 2;
-constexpr int kStopped = 130;
 
 /// How often a line of the text begins so. A `line` that ends in a line end is a whole one.
 int CountLines(const std::string& text, const std::string& line) {
@@ -308,41 +303,6 @@ TEST(Messages, ATerminalShowsProgressAndTheSecondPass) {
          {std::string("%  Elapsed time: "), std::string(" secs  Current bit rate: "),
           std::string(" Kbps"), second_pass})
         EXPECT_NE(result.out.find(text), std::string::npos) << text << result.out;
-}
-
-TEST(Messages, AStoppedRunSaysWhoStoppedItAndReports) {
-    const TempFolder folder;
-    const std::string clip = MakeSmallClip(folder, 60);
-    BackgroundCommand run({TESSIVO_CONSOLE, "-input", clip, "-output", folder / "out.wmv",
-                           "-v_width", "1280", "-v_height", "960"},
-                          folder.path());
-    const auto runs = [&] {
-        std::ifstream notes(folder / "err");
-        std::stringstream text;
-        text << notes.rdbuf();
-        return CountLines(text.str(), "  Running... ") > 0;
-    };
-    while (!runs()) std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    run.Signal(SIGINT);
-    const CommandResult result = run.Wait();
-    EXPECT_EQ(result.status, kStopped);
-    ExpectLines(result.err, {"Stopped by user.\n", "  Done.\n"});
-    ExpectLines(result.out, {"======== Encoding Completed ========\n", "Overall:\n"});
-}
-
-TEST(Messages, ARunThatFailsSaysWhyAndItsNumber) {
-    const TempFolder folder;
-    const std::string clip = MakeSmallClip(folder);
-    // The size limit's signal ignored, the write itself fails, as on a full disk.
-    const CommandResult result = ConsoleIn("trap '' XFSZ; ulimit -f 20; exec \"$@\"",
-                                           {"-input", clip, "-output", folder / "out.wmv",
-                                            "-v_bitrate", "5000000", "-v_quality", "100"});
-    EXPECT_EQ(result.status, kFailed);
-    EXPECT_EQ(CountLines(result.out, "Error: 0x80070070 - "), 1) << result.out;
-    EXPECT_EQ(CountLines(result.out, "Error occurred in transcoding: Error Code = 0x80070070\n"),
-              1);
-    EXPECT_EQ(CountLines(result.out, "======== Encoding Completed"), 0);
-    EXPECT_EQ(CountLines(result.out, "Overall:"), 0);
 }
 
 TEST(Messages, AFolderWalkNamesWhatItReadsAndPassesOver) {

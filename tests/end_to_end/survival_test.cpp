@@ -124,7 +124,10 @@ TEST(Survival, ADiskOfAnySizeLeavesAPlayablePart) {
         limited.insert(limited.end(), words.begin(), words.end());
         const CommandResult result = RunCommand(limited);
         ASSERT_EQ(result.status, 2) << result.out << result.err;
-        EXPECT_EQ(CountOf(result.out, "Error: 0x80070070"), 1) << result.out;
+        EXPECT_EQ(CountOf(result.out, "Error: 0x80070070 - "), 1) << result.out;
+        EXPECT_EQ(CountOf(result.out, "\nError occurred in transcoding: Error Code = 0x80070070\n"),
+                  1);
+        EXPECT_EQ(CountOf(result.out, "Encoding Completed") + CountOf(result.out, "Overall:"), 0);
         EXPECT_NE(result.out.find(file + ".part"), std::string::npos) << result.out;
         EXPECT_EQ(FileText(file), "an older file");
         EXPECT_EQ(DecodeMessages(file + ".part"), "");

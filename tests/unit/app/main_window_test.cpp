@@ -115,37 +115,24 @@ struct EndCase {
 };
 
 TEST_F(MainWindowTest, GoEndsWithOneLineAndAStatus) {
+    // clang-format off
     const EndCase cases[] = {
         // why, command, failing operation, status, pane
         {"two blanks are an empty word", "-silent  -audioonly", "", 1, {"Invalid parameter: "}},
         {"an option last without its text", "-silent -output", "", 1, {"Error: 0x8002000B - "}},
-        {"no encoder can be made ready",
-         kCommand,
-         "Encoder.PrepareToEncode",
-         1,
+        {"no encoder can be made ready", kCommand, "Encoder.PrepareToEncode", 1,
          {"Prepare to encode failed with error -2147467259 asked for"}},
-        {"the encoder does not start",
-         kCommand,
-         "Encoder.Start",
-         2,
+        {"the encoder does not start", kCommand, "Encoder.Start", 2,
          {"Start encoder failed with error -2147467259 asked for"}},
-        {"set-up lets an error pass",
-         kCommand,
-         "File.LocalFileName",
-         1,
+        {"set-up lets an error pass", kCommand, "File.LocalFileName", 1,
          {"Error: 0x80004005 - asked for"}},
         {"a file's information", "-input a.avi", "", 0, {"General", "Format : AVI"}},
-        {"a file without information",
-         "-input a.avi",
-         "MediaInfo.Description",
-         1,
+        {"a file without information", "-input a.avi", "MediaInfo.Description", 1,
          {"Error: 0x80004005 - asked for"}},
-        {"a folder needs an output",
-         "-input /home -profile av100",
-         "",
-         1,
+        {"a folder needs an output", "-input /home -profile av100", "", 1,
          {"Error: No output directory specified"}},
     };
+    // clang-format on
     for (const EndCase& c : cases) {
         test_support::FakeWindow fresh_window;
         test_support::FakeFactory fresh_factory;

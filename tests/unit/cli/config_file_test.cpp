@@ -170,41 +170,23 @@ struct ContentCase {
 };
 
 TEST(ConfigFiles, TheFirstLineIsACommand) {
+    // clang-format off
     const ContentCase cases[] = {
         {"blanks around", "  -title t  ", true, false, {}, "silent=true title=t ", {}},
         {"further lines", "-title t\n-author a\n", true, false, {}, "silent=true title=t ", {}},
         {"line end of another system", "-title t\r\n", true, false, {}, "silent=true title=t ", {}},
-        {"two blanks inside",
-         "-title t  -author a",
-         false,
-         true,
-         {"Invalid parameter: "},
-         "title=t ",
+        {"two blanks inside", "-title t  -author a", false, true, {"Invalid parameter: "},
+         "title=t ", {}},
+        {"blanks only", "   \n-title t", false, true, {"Configuration file /home/job is empty"}, "",
          {}},
-        {"blanks only",
-         "   \n-title t",
-         false,
-         true,
-         {"Configuration file /home/job is empty"},
-         "",
-         {}},
-        {"empty first line",
-         "\n-title t",
-         false,
-         true,
-         {"Configuration file /home/job is empty"},
-         "",
-         {}},
+        {"empty first line", "\n-title t", false, true, {"Configuration file /home/job is empty"},
+         "", {}},
         {"a listing word alone", "-devices", false, false, {}, "", {"ListDevices"}},
         {"an input alone", "-input a.avi", false, false, {}, "input=a.avi ", {"PrintFileInfo"}},
-        {"refused value",
-         "-v_width x",
-         false,
-         true,
-         {"Expect integer value for parameter -v_width"},
-         "",
-         {}},
+        {"refused value", "-v_width x", false, true,
+         {"Expect integer value for parameter -v_width"}, "", {}},
     };
+    // clang-format on
     for (const ContentCase& row : cases) {
         SCOPED_TRACE(row.why);
         ParserBench bench;

@@ -61,66 +61,23 @@ TEST(Help, EmptyLinesStandAtTheirPlaces) {
     EXPECT_EQ(profiles[3], "") << "the heading, two lines, then the gap";
 }
 
+// The names of the values, the numbers of modes and filters and the profiles stand in the command
+// reference, which a test compares with this text.
 TEST(Help, OptionsStandInTheirOrder) {
-    const Lines expected = {
-        "[-wme] <Windows Media Encoder session file>",
-        "[-input] <file or directory name>",
-        "[-adevice] <audio device number>",
-        "[-vdevice] <video device number>",
-        "[-output] <file or directory name>",
-        "[-outputstring] <string>",
-        "[-broadcast] <port>",
-        "[-time] <start time> <end time>",
-        "[-silent]",
-        "[-config] <input configuration file>",
-        "[-s_config] <output configuration file>",
-        "[-profile] <profile code>",
-        "[-loadprofile] <profile file name>",
-        "[-a_codec] <codec index>",
-        "[-a_codecs]",
-        "[-a_content] <mode>",
-        "[-a_contentedl] <file name>",
-        "[-a_folddown6to2] <surround mix> <center mix> <LFE>",
-        "[-a_formats]",
-        "[-a_mode] <mode_number>",
-        "[-a_peakbitrate] <peak bit rate>",
-        "[-a_peakbuffer] <peak buffer>",
-        "[-a_setting] <setting>",
-        "[-audioonly]",
-        "[-v_codec] <codec index>",
-        "[-v_width] <width>",
-        "[-v_height] <height>",
-        "[-v_framerate] <rate>",
-        "[-v_keydist] <time>",
-        "[-v_preproc] <filter number>",
-        "[-v_clip] <left> <top> <right> <bottom>",
-        "[-v_mode] <mode number>",
-        "[-v_bitrate] <bit rate>",
-        "[-v_buffer] <buffer>",
-        "[-v_quality] <quality>",
-        "[-v_peakbitrate] <peak bit rate>",
-        "[-v_peakbuffer] <peak buffer>",
-        "[-v_performance] <performance>",
-        "[-v_profile] <device conformance>",
-        "[-duration] <seconds>",
-        "[-saveprofile] <file name>",
-        "[-devices]",
-        "[-v_codecs]",
-        "[-videoonly]",
-        "[-pixelratio] <x y>",
-        "[-pixelformat] <format>",
-        "[-maxpacket] <packet size>",
-        "[-minpacket] <packet size>",
-        "[-title] <string>",
-        "[-author] <string>",
-        "[-copyright] <string>",
-        "[-description] <string>    ",
-        "[-rating] <string>",
-    };
-    Lines found;
+    std::string found;
     for (const std::string& line : Help())
-        if (!line.empty() && line.front() == '[') found.push_back(line);
-    EXPECT_EQ(found, expected);
+        if (!line.empty() && line.front() == '[') found += line.substr(1, line.find(']') - 1) + " ";
+    EXPECT_EQ(found,
+              "-wme -input -adevice -vdevice -output -outputstring -broadcast -time -silent "
+              "-config -s_config "
+              "-profile -loadprofile "
+              "-a_codec -a_codecs -a_content -a_contentedl -a_folddown6to2 -a_formats -a_mode "
+              "-a_peakbitrate -a_peakbuffer -a_setting -audioonly "
+              "-v_codec -v_width -v_height -v_framerate -v_keydist -v_preproc -v_clip -v_mode "
+              "-v_bitrate -v_buffer -v_quality -v_peakbitrate -v_peakbuffer -v_performance "
+              "-v_profile -duration -saveprofile -devices -v_codecs -videoonly -pixelratio "
+              "-pixelformat -maxpacket -minpacket "
+              "-title -author -copyright -description -rating ");
 }
 
 struct ListCase {
@@ -141,18 +98,10 @@ TEST(Help, ListsAreToTheLetter) {
           "       WMV8: Windows Media Video 8.1.", "       WMV9: Windows Media Video 9 (default).",
           "       WMS9: Windows Media Video Screen 9.", "       MP41: ISO MPEG-4 Video v1",
           "       UNCOMP: Full frames (uncompressed)"}},
-        {"[-a_mode] <mode_number>",
-         {"    0: 1-pass CBR (default).", "    1: 2-pass CBR.", "    2: Quality-based VBR.",
-          "    3: Bit rate-based VBR (two-pass).", "    4: Bit rate-based peak VBR (two-pass)."}},
-        {"[-v_mode] <mode number>",
-         {"    0: 1-pass CBR (default).", "    1: 2-pass CBR.", "    2: Quality-based VBR.",
-          "    3: Bit rate-based VBR (two-pass).", "    4: Peak bit rate-based VBR (two-pass)."}},
         {"[-pixelformat] <format>",
          {"    I420", "    IYUV", "    RGB24", "    RGB32", "    RGB555", "    RGB565", "    RGB8",
           "    UYVY", "    YUY2", "    YV12", "    YVU9", "    YVYU"}},
-        {"[-v_preproc] <filter number>",
-         {"    16: Interlaced encoding.", "    17: Interlaced encoding - First field is top field.",
-          "    18: Interlaced encoding - First field is bottom field.", "    Default: 0: None."}},
+        {"[-v_preproc] <filter number>", {"    Default: 0: None."}},
         {"[-v_bitrate] <bit rate>", {"    Default: 250000 bps."}},
         {"[-v_buffer] <buffer>", {"    Default: 5000 msec."}},
         {"[-v_framerate] <rate>", {"    Default: 30 fps."}},
@@ -160,54 +109,6 @@ TEST(Help, ListsAreToTheLetter) {
         {"[-v_peakbuffer] <peak buffer>", {"    Default: 5000 msec."}},
         {"[-a_peakbuffer] <peak buffer>", {"    Default: 3000 msec."}},
         {"[-a_setting] <setting>", {"    The default is 64_44_2."}},
-        {"Codes and basic descriptions for the predefined profiles:",
-         {
-             "Audio/Video:",
-             "    av20: Profile_AudioVideo_Modem_28K (actual rate: 20Kbps)",
-             "    av32: Profile_AudioVideo_Modem_56K (32 Kbps)",
-             "    av100: Profile_AudioVideo_LAN_100K (100 Kbps)",
-             "    av225: Profile_AudioVideo_LAN_256K (225 Kbps)",
-             "    av350: Profile_AudioVideo_LANDSL_384K (350 Kbps)",
-             "    av450: Profile_AudioVideo_LANDSL_768K (450 Kbps)",
-             "    av700: Profile_AudioVideo_NearBroadcast_700K (700 Kbps)",
-             "    av1400: Profile_AudioVideo_NearBroadcast_1400K (1400 Kbps)",
-             "    av350pal: Profile_AudioVideo_Broadband_PAL_384K (350 Kbps)",
-             "    av700pal: Profile_AudioVideo_NearBroadcast_PAL_700K (700 Kbps)",
-             "    av100_2p: Profile_AudioVideo_LAN_100K_2Pass (100 Kbps)",
-             "    av350_2p: Profile_AudioVideo_LANDSL_384K_2Pass (350 Kbps)",
-             "    av600vbr: Profile_AudioVideo_FilmVBR_600K (600 Kbps)",
-             "    avq97vbr: Profile_AudioVideo_FilmVBR_Quality97 (Quality 97)",
-             "",
-             "Audio-only:",
-             "    a20_1: Profile_AudioOnly_FMRadioMono_28K (20 Kbps)",
-             "    a20_2: Profile_AudioOnly_FMRadioStereo_28K (20 Kbps)",
-             "    a32: Profile_AudioOnly_Modem_56K (32 Kbps)",
-             "    a48: Profile_AudioOnly_NearCDQuality_48K (48 Kbps)",
-             "    a64: Profile_AudioOnly_CDQuality_64K (64 Kbps)",
-             "    a96: Profile_AudioOnly_CDAudiophileQuality_96K (96 Kbps)",
-             "    a128: Profile_AudioOnly_CDAudiophileQuality_128K (128 Kbps)",
-             "",
-             "Video-only:",
-             "    v20: Profile_VideoOnly_Modem_28K (20 Kbps)",
-             "    v32: Profile_VideoOnly_Modem_56K (32 Kbps)",
-             "",
-             "Screen Capture:",
-             "    scrn:  Profile_Screen Capture",
-             "    scrna: Profile_Screen_Capture with Audio",
-             "    scrnab: Profile_Screen Capture with Basic Audio",
-             "",
-             "    scrn10:  Profile_Screen Capture",
-             "    scrn10a: Profile_Screen Capture with Audio",
-             "",
-             "    scrn15:  Profile_Screen Capture",
-             "    scrn15a: Profile_Screen Capture with Audio",
-             "",
-             "    scrn24:  Profile_Screen Capture",
-             "    scrn24a: Profile_Screen Capture with Audio",
-             "",
-             "    scrn30:  Profile_Screen Capture",
-             "    scrn30a: Profile_Screen Capture with Audio",
-         }},
     };
     const Lines help = Help();
     for (const ListCase& row : cases) {
@@ -220,28 +121,6 @@ TEST(Help, ListsAreToTheLetter) {
         });
         EXPECT_NE(std::search(entry, end, row.lines.begin(), row.lines.end()), end);
     }
-}
-
-TEST(Help, FiltersAreNumberedThroughout) {
-    const Lines help = Help();
-    const auto entry = std::find(help.begin(), help.end(), "[-v_preproc] <filter number>");
-    ASSERT_NE(entry, help.end());
-    Lines numbers, wrapped;
-    int examples = 0;
-    for (auto line = entry + 1; line->front() != '['; ++line) {
-        if (const std::size_t colon = line->find(": "); line->find_first_of("0123456789") == 4)
-            numbers.push_back(line->substr(4, colon - 4));
-        if (line->find("pattern.") != std::string::npos && line->find(':') == std::string::npos)
-            wrapped.push_back(*line);
-        if (line->rfind("       Example: ", 0) == 0) ++examples;
-    }
-    Lines expected;
-    for (int number = 0; number <= 18; ++number) expected.push_back(std::to_string(number));
-    EXPECT_EQ(numbers, expected);
-    EXPECT_EQ(examples, 4);
-    EXPECT_EQ(std::count(wrapped.begin(), wrapped.end(), "      pattern."), 1);
-    EXPECT_EQ(std::count(wrapped.begin(), wrapped.end(), "       pattern."),
-              static_cast<std::ptrdiff_t>(wrapped.size()) - 1);
 }
 
 TEST(Help, ShowHelpWritesEachLineByItself) {

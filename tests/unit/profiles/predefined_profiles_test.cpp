@@ -1,6 +1,5 @@
 #include "profiles/predefined_profiles.h"
 
-#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,81 +14,24 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct CodeCase {
-    const char* code;
-    const char* audio;  // channels, Hz, bits per second
-    const char* video;  // codec, bits per second, size, thousandths of a frame per second, quality
-};
-
-// clang-format off
-const CodeCase kCodeCases[] = {
-    {"av20",     "1 8000 5000",     "WMV9 15000 160x120 15000 Q75"},
-    {"av32",     "1 11025 10168",   "WMV9 22000 176x144 15000 Q75"},
-    {"av100",    "1 16000 16000",   "WMV9 84000 320x240 15000 Q75"},
-    {"av225",    "2 32000 40000",   "WMV9 185000 320x240 30000 Q75"},
-    {"av350",    "2 32000 48000",   "WMV9 302000 320x240 30000 Q75"},
-    {"av450",    "2 44100 64040",   "WMV9 386000 320x240 30000 Q75"},
-    {"av700",    "2 44100 64040",   "WMV9 636000 320x240 30000 Q75"},
-    {"av1400",   "2 44100 128040",  "WMV9 1272000 320x240 30000 Q75"},
-    {"av350pal", "2 32000 48000",   "WMV9 302000 384x288 25000 Q75"},
-    {"av700pal", "2 44100 64040",   "WMV9 636000 384x288 25000 Q75"},
-    {"av100_2p", "1 16000 16000",   "WMV9 84000 320x240 15000 Q75"},
-    {"av350_2p", "2 32000 48000",   "WMV9 302000 320x240 30000 Q75"},
-    {"av600vbr", "2 44100 64040",   "WMV9 536000 320x240 24000 Q75"},
-    {"avq97vbr", "2 44100 64040",   "WMV9 536000 320x240 24000 Q97"},
-    {"scrn",     "-",               "WMS9 2048000 0x0 5000 Q50"},
-    {"scrna",    "2 32000 48024",   "WMS9 2000000 0x0 5000 Q50"},
-    {"scrnab",   "2 32000 32000",   "WMS9 2016000 0x0 5000 Q50"},
-    {"scrn10a",  "2 32000 48024",   "WMS9 2000000 0x0 10000 Q50"},
-    {"scrn15a",  "2 32000 48024",   "WMS9 2000000 0x0 15000 Q50"},
-    {"scrn24a",  "2 32000 48024",   "WMS9 2000000 0x0 24000 Q50"},
-    {"scrn30a",  "2 32000 48024",   "WMS9 2000000 0x0 30000 Q50"},
-    {"scrn10",   "-",               "WMS9 2048000 0x0 10000 Q50"},
-    {"scrn15",   "-",               "WMS9 2048000 0x0 15000 Q50"},
-    {"scrn24",   "-",               "WMS9 2048000 0x0 24000 Q50"},
-    {"scrn30",   "-",               "WMS9 2048000 0x0 30000 Q50"},
-    {"a20_1",    "1 22050 20008",   "-"},
-    {"a20_2",    "2 22050 20008",   "-"},
-    {"a32",      "2 32000 32000",   "-"},
-    {"a48",      "2 32000 48024",   "-"},
-    {"a64",      "2 44100 64016",   "-"},
-    {"a96",      "2 44100 96024",   "-"},
-    {"a128",     "2 44100 128016",  "-"},
-    {"v20",      "-",               "WMV9 20000 176x144 15000 Q75"},
-    {"v32",      "-",               "WMV9 32000 240x176 15000 Q75"},
-};
-// clang-format on
-
-std::string AudioOf(const test_support::FakeAudience& audience) {
-    if (audience.audio_channels == 0) return "-";
-    return fmt::format("{} {} {}", audience.audio_channels, audience.audio_sampling_rate,
-                       audience.audio_bit_rate);
-}
-
-std::string VideoOf(const test_support::FakeAudience& audience) {
-    if (audience.VideoBitrate(0) == 0) return "-";
-    return fmt::format("{} {} {}x{} {} Q{}", audience.VideoCodec(0) == 3 ? "WMS9" : "WMV9",
-                       audience.VideoBitrate(0), audience.VideoWidth(0), audience.VideoHeight(0),
-                       audience.VideoFPS(0),
-                       audience.VideoImageSharpness(0) + audience.VideoCompressionQuality(0));
-}
-
-TEST(PredefinedProfiles, EveryCodeFillsTheAudience) {
-    for (const CodeCase& row : kCodeCases) {
+// The streams of every code stand in the command reference, which a test compares with these.
+TEST(PredefinedProfiles, StreamsHaveTheirBuffersAndDistancesAndNoOthers) {
+    const struct {
+        const char* code;
+        bool audio, video;
+    } kCases[] = {{"av100", true, true}, {"a64", true, false}, {"v20", false, true}};
+    for (const auto& row : kCases) {
+        SCOPED_TRACE(row.code);
         ProfileSession session;
         const auto& audience = session.MakeAudience();
         session.settings.profile = row.code;
         EXPECT_TRUE(SetupPredefinedProfile(session.state, session.settings, session.pane,
-                                           session.audience()))
-            << row.code;
-        EXPECT_EQ(AudioOf(audience), row.audio) << row.code;
-        EXPECT_EQ(VideoOf(audience), row.video) << row.code;
-        const bool video = std::string(row.video) != "-";
-        EXPECT_EQ(audience.VideoBufferSize(0), video ? 5000 : 0) << row.code;
-        EXPECT_EQ(audience.VideoKeyFrameDistance(0), video ? 10000 : 0) << row.code;
-        EXPECT_EQ(session.state.AudioCodecName,
-                  std::string(row.audio) == "-" ? "" : "Windows Media Audio 9")
-            << row.code;
+                                           session.audience()));
+        EXPECT_EQ(audience.audio_bits, row.audio ? 16 : 0);
+        EXPECT_EQ(session.state.AudioCodecName, row.audio ? "Windows Media Audio 9" : "");
+        EXPECT_EQ(audience.VideoBitrate(0) != 0, row.video);
+        EXPECT_EQ(audience.VideoBufferSize(0), row.video ? 5000 : 0);
+        EXPECT_EQ(audience.VideoKeyFrameDistance(0), row.video ? 10000 : 0);
     }
 }
 

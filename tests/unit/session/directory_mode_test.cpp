@@ -73,81 +73,43 @@ struct TreeCase {
     Lines lines;
 };
 
+// clang-format off
 const TreeCase kTreeCases[] = {
     {"accepted in any case; skipped without an accepted extension, or any",
-     {"/in/A.AVI", "/in/notes.txt", "/in/README", "/in/avi", "/in/b."},
-     {},
-     "/out",
+     {"/in/A.AVI", "/in/notes.txt", "/in/README", "/in/avi", "/in/b."}, {}, "/out",
      {"/in/A.AVI > /out/A.wmv"},
      {"Skipping: notes.txt", "Skipping: README", "Skipping: avi", "Skipping: b."}},
-    {"only the last dot separates",
-     {"/in/x.y.avi", "/in/a.avi.txt"},
-     {},
-     "/out",
-     {"/in/x.y.avi > /out/x.y.wmv"},
-     {"Skipping: a.avi.txt"}},
+    {"only the last dot separates", {"/in/x.y.avi", "/in/a.avi.txt"}, {}, "/out",
+     {"/in/x.y.avi > /out/x.y.wmv"}, {"Skipping: a.avi.txt"}},
     {"files before sub-folders, the tree mirrored, relative names made absolute",
-     {"/in/s/t/c.mp3", "/in/s/b.vob", "/in/a.mpeg", "/in/e/"},
-     {},
-     "out",
+     {"/in/s/t/c.mp3", "/in/s/b.vob", "/in/a.mpeg", "/in/e/"}, {}, "out",
      {"/in/a.mpeg > /home/out/a.wmv", "/in/s/b.vob > /home/out/s/b.wmv",
-      "/in/s/t/c.mp3 > /home/out/s/t/c.wmv"},
-     {}},
-    {"one name twice is written once",
-     {"/in/a.avi", "/in/a.mpg", "/in/s/a.avi"},
-     {},
-     "/out",
+      "/in/s/t/c.mp3 > /home/out/s/t/c.wmv"}, {}},
+    {"one name twice is written once", {"/in/a.avi", "/in/a.mpg", "/in/s/a.avi"}, {}, "/out",
      {"/in/a.avi > /out/a.wmv", "/in/s/a.avi > /out/s/a.wmv"},
      {"Skipping: a.mpg, since this walk has already written /out/a.wmv"}},
-    {"what an earlier walk has written is written anew",
-     {"/in/a.avi", "/out/a.wmv"},
-     {},
-     "/out",
-     {"/in/a.avi > /out/a.wmv"},
-     {}},
-    {"letter case as the file system has it",
-     {"/in/a.avi", "/in/A.mpg", "/out/A.wmv"},
-     {{"/out/A.wmv", "/out/a.wmv"}},
-     "/out",
-     {"/in/a.avi > /out/a.wmv"},
+    {"what an earlier walk has written is written anew", {"/in/a.avi", "/out/a.wmv"}, {}, "/out",
+     {"/in/a.avi > /out/a.wmv"}, {}},
+    {"letter case as the file system has it", {"/in/a.avi", "/in/A.mpg", "/out/A.wmv"},
+     {{"/out/A.wmv", "/out/a.wmv"}}, "/out", {"/in/a.avi > /out/a.wmv"},
      {"Skipping: A.mpg, since this walk has already written /out/A.wmv"}},
     {"the output folder below the input is not walked",
-     {"/in/a.avi", "/in/out/old.avi", "/in/s/b.avi"},
-     {},
-     "/in/out",
-     {"/in/a.avi > /in/out/a.wmv", "/in/s/b.avi > /in/out/s/b.wmv"},
-     {"Skipping: out"}},
-    {"nor reached through a link",
-     {"/in/a.avi", "/out/old.avi"},
-     {{"/in/link", "/out"}},
-     "/out",
-     {"/in/a.avi > /out/a.wmv"},
-     {"Skipping: link"}},
+     {"/in/a.avi", "/in/out/old.avi", "/in/s/b.avi"}, {}, "/in/out",
+     {"/in/a.avi > /in/out/a.wmv", "/in/s/b.avi > /in/out/s/b.wmv"}, {"Skipping: out"}},
+    {"nor reached through a link", {"/in/a.avi", "/out/old.avi"}, {{"/in/link", "/out"}}, "/out",
+     {"/in/a.avi > /out/a.wmv"}, {"Skipping: link"}},
     {"into its own folder, the outputs of before are no input",
-     {"/in/a.avi", "/in/a.wmv", "/in/s/b.avi"},
-     {},
-     "/in",
-     {"/in/a.avi > /in/a.wmv", "/in/s/b.avi > /in/s/b.wmv"},
-     {"Skipping: a.wmv"}},
+     {"/in/a.avi", "/in/a.wmv", "/in/s/b.avi"}, {}, "/in",
+     {"/in/a.avi > /in/a.wmv", "/in/s/b.avi > /in/s/b.wmv"}, {"Skipping: a.wmv"}},
     {"into the folder above, where the mirrored tree meets the input's",
-     {"/in/in/x/a.avi", "/in/x/b.avi"},
-     {},
-     "/",
-     {"/in/in/x/a.avi > /in/x/a.wmv", "/in/x/b.avi > /x/b.wmv"},
-     {"Skipping: a.wmv"}},
-    {"links that lead back up",
-     {"/in/s/a.avi"},
-     {{"/in/s/self", "/in/s"}, {"/in/s/top", "/in"}},
-     "/out",
-     {"/in/s/a.avi > /out/s/a.wmv"},
-     {"Skipping: self", "Skipping: top"}},
-    {"the same folder beside, not above, is another one",
-     {"/in/s/a.avi"},
-     {{"/in/t", "/in/s"}},
-     "/out",
-     {"/in/s/a.avi > /out/s/a.wmv"},
-     {}},
+     {"/in/in/x/a.avi", "/in/x/b.avi"}, {}, "/",
+     {"/in/in/x/a.avi > /in/x/a.wmv", "/in/x/b.avi > /x/b.wmv"}, {"Skipping: a.wmv"}},
+    {"links that lead back up", {"/in/s/a.avi"}, {{"/in/s/self", "/in/s"}, {"/in/s/top", "/in"}},
+     "/out", {"/in/s/a.avi > /out/s/a.wmv"}, {"Skipping: self", "Skipping: top"}},
+    {"the same folder beside, not above, is another one", {"/in/s/a.avi"}, {{"/in/t", "/in/s"}},
+     "/out", {"/in/s/a.avi > /out/s/a.wmv"}, {}},
 };
+// clang-format on
 
 TEST(DirectoryMode, Trees) {
     for (const TreeCase& each : kTreeCases) {
@@ -211,42 +173,36 @@ TEST(DirectoryMode, EachFileStartsFromAnEmptySession) {
 
 struct FailureCase {
     const char* why;
-    std::function<void(Walker&)> arrange;
     Lines runs;
     Lines lines;
+    std::function<void(Walker&)> arrange;
 };
 
+// clang-format off
 const FailureCase kFailureCases[] = {
-    {"a set-up that refuses",
-     [](Walker& walker) {
+    {"a set-up that refuses", {"/in/a.mpg > /out/a.wmv", "/in/b.avi > /out/b.wmv"},
+     {"Error: 0x8007000D - broken"}, [](Walker& walker) {
          walker.session.factory.log->Fail("AutoSetFileSource", platform::kInvalidData, "broken", 1);
-     },
-     {"/in/a.mpg > /out/a.wmv", "/in/b.avi > /out/b.wmv"},
-     {"Error: 0x8007000D - broken"}},
-    {"a set-up that throws",
-     [](Walker& walker) {
+     }},
+    {"a set-up that throws", {"/in/a.mpg > /out/a.wmv", "/in/b.avi > /out/b.wmv"},
+     {"Error: 0x80070005 - /out"}, [](Walker& walker) {
          walker.session.files().log->Fail("CreateFolder", platform::kAccessDenied, "/out", 1);
-     },
-     {"/in/a.mpg > /out/a.wmv", "/in/b.avi > /out/b.wmv"},
-     {"Error: 0x80070005 - /out"}},
+     }},
     {"a run that did not start leaves its name to another file",
+     {"/in/a.avi > /out/a.wmv", "/in/a.mpg > /out/a.wmv", "/in/b.avi > /out/b.wmv"}, {},
      [](Walker& walker) {
          walker.session.files().AddFile("/out/a.wmv");
          walker.run.ends["/in/a.avi"] = FileRunEnd::NotStarted;
-     },
-     {"/in/a.avi > /out/a.wmv", "/in/a.mpg > /out/a.wmv", "/in/b.avi > /out/b.wmv"},
-     {}},
+     }},
     {"a run that failed has written what it could",
-     [](Walker& walker) { walker.run.ends["/in/a.avi"] = FileRunEnd::Failed; },
      {"/in/a.avi > /out/a.wmv", "/in/b.avi > /out/b.wmv"},
-     {"Skipping: a.mpg, since this walk has already written /out/a.wmv"}},
-    {"a folder that cannot be listed",
-     [](Walker& walker) {
+     {"Skipping: a.mpg, since this walk has already written /out/a.wmv"},
+     [](Walker& walker) { walker.run.ends["/in/a.avi"] = FileRunEnd::Failed; }},
+    {"a folder that cannot be listed", {}, {"Error: 0x80070005 - /in"}, [](Walker& walker) {
          walker.session.files().log->Fail("GetFolder", platform::kAccessDenied, "/in", 1);
-     },
-     {},
-     {"Error: 0x80070005 - /in"}},
+     }},
 };
+// clang-format on
 
 TEST(DirectoryMode, FailuresAreRememberedAndTheWalkGoesOn) {
     for (const FailureCase& each : kFailureCases) {

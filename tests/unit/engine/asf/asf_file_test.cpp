@@ -7,9 +7,9 @@
 #include "clips.h"
 #include "engine/outputs/asf/asf_file.h"
 #include "engine/outputs/asf/packet_size.h"
-#include "file_size_limit.h"
 #include "platform/error.h"
 #include "support/asf_reader.h"
+#include "support/file_size_limit.h"
 
 namespace engine::asf {
 namespace {

@@ -11,10 +11,10 @@
 #include "engine/outputs/asf/asf_file.h"
 #include "engine/outputs/asf/packet_reader.h"
 #include "engine/outputs/asf/repair.h"
-#include "file_size_limit.h"
 #include "platform/error.h"
 #include "support/asf_reader.h"
 #include "support/commands.h"
+#include "support/file_size_limit.h"
 
 namespace engine::asf {
 namespace {

@@ -45,9 +45,9 @@ constexpr std::uint32_t kRgb8 = 0xE436EB7A;
 
 struct Contradiction {
     const char* why;
-    std::function<void(Session&)> set_up;  // `OpenFilm` has been called unless `empty`
     std::uint32_t number;
     std::vector<const char*> words;
+    std::function<void(Session&)> set_up;  // `OpenFilm` has been called unless `empty`
     bool empty = false;
 };
 
@@ -55,230 +55,146 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
     constexpr std::uint32_t kInvalid = platform::kInvalidArgument;
     constexpr std::uint32_t kUnbuilt = platform::kNotImplemented;
     constexpr bool kEmpty = true;
+    // clang-format off
     const Contradiction cases[] = {
         // input
-        {"no source", [](Session&) {}, kInvalid, {"no input", "-input"}, kEmpty},
-        {"no group", [](Session& s) { s.tree.groups.Remove("SG_1"); }, kInvalid, {"no input"}},
-        {"a source whose input failed",
+        {"no source", kInvalid, {"no input", "-input"}, [](Session&) {}, kEmpty},
+        {"no group", kInvalid, {"no input"}, [](Session& s) { s.tree.groups.Remove("SG_1"); }},
+        {"a source whose input failed", kInvalid, {"audio source has no input"},
          [](Session& s) {
              s.profile.SetContentType(platform::kContentAudio);
              const auto source = s.group->AddSource(SourceType::Audio);
-             EXPECT_EQ(ErrorOf([&] { source->SetInput("gone.avi"); }).unsigned_number(),
-                       platform::kFileNotFound);
-         },
-         kInvalid,
-         {"audio source has no input"},
-         kEmpty},
-        {"screen beside a file",
+             EXPECT_EQ(ErrorOf([&] { source->SetInput("gone.avi"); })
+                 .unsigned_number(), platform::kFileNotFound);
+         }, kEmpty},
+        {"screen beside a file", kInvalid, {"film.avi", "screencap1"},
          [](Session& s) {
              s.group->AddSource(SourceType::Video)->SetInput("screencap1", "screencap");
-         },
-         kInvalid,
-         {"film.avi", "screencap1"}},
-        {"two audio sources",
+         }},
+        {"two audio sources", kInvalid, {"film.avi", "Default_Audio_Device"},
          [](Session& s) {
              s.group->AddSource(SourceType::Audio)->SetInput("Default_Audio_Device", "device");
-         },
-         kInvalid,
-         {"film.avi", "Default_Audio_Device"}},
-        {"two groups", [](Session& s) { s.tree.groups.Add("SG_2"); }, kInvalid, {"SG_1", "SG_2"}},
-        {"capture",
+         }},
+        {"two groups", kInvalid, {"SG_1", "SG_2"}, [](Session& s) { s.tree.groups.Add("SG_2"); }},
+        {"capture", kUnbuilt, {"Capturing", "screencap1"},
          [](Session& s) {
              s.profile.SetContentType(platform::kContentVideo);
              s.group->AddSource(SourceType::Video)->SetInput("screencap1", "screencap");
-         },
-         kUnbuilt,
-         {"Capturing", "screencap1"},
-         kEmpty},
+         }, kEmpty},
         // profile
-        {"no profile", [](Session& s) { s.attach = false; }, kInvalid, {"SG_1", "no profile"}},
-        {"profile without audience",
-         [](Session& s) { s.profile = Profile(); },
-         kInvalid,
-         {"no profile"}},
-        {"sound asked of a silent film",
+        {"no profile", kInvalid, {"SG_1", "no profile"}, [](Session& s) { s.attach = false; }},
+        {"profile without audience", kInvalid, {"no profile"},
+         [](Session& s) { s.profile = Profile(); }},
+        {"sound asked of a silent film", kInvalid, {"test", "audio"},
          [](Session& s) {
              s.engine.media["/home/silent.avi"] = FilmInfo(0, 10000);
              s.OpenFilm("silent.avi");
-         },
-         kInvalid,
-         {"test", "audio"},
-         kEmpty},
-        {"no audio format",
-         [](Session& s) {
-             s.profile = Profile();
-             s.profile.AddAudience(1);
-         },
-         kInvalid,
-         {"audio format", "-a_setting"}},
-        {"no video rate",
+         }, kEmpty},
+        {"no audio format", kInvalid, {"audio format", "-a_setting"},
+         [](Session& s) { s.profile = Profile(); s.profile.AddAudience(1); }},
+        {"no video rate", kInvalid, {"video bit rate", "-v_bitrate"},
          [](Session& s) {
              s.profile = Profile();
              s.profile.AddAudience(1)->SetAudioConfig(0, 2, 44100, 64000, 16);
-         },
-         kInvalid,
-         {"video bit rate", "-v_bitrate"}},
-        {"codec changed after its format",
-         [](Session& s) { s.Audience().SetAudioCodec(0, 3); },
-         kInvalid,
-         {"Voice", "64 kbps", "12_16_1"}},
-        {"a format that the codec has not",
-         [](Session& s) { s.Audience().SetAudioConfig(0, 2, 44100, 128'000, 24); },
-         kInvalid,
-         {"128 kbps", "24 bits", "128_44_2"}},
-        {"mode changed after the format",
-         [](Session& s) { s.profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Quality); },
-         kInvalid,
-         {"quality", "Q75_44_2"}},
-        {"uncompressed has no quality",
+         }},
+        {"codec changed after its format", kInvalid, {"Voice", "64 kbps", "12_16_1"},
+         [](Session& s) { s.Audience().SetAudioCodec(0, 3); }},
+        {"a format that the codec has not", kInvalid, {"128 kbps", "24 bits", "128_44_2"},
+         [](Session& s) { s.Audience().SetAudioConfig(0, 2, 44100, 128'000, 24); }},
+        {"mode changed after the format", kInvalid, {"quality", "Q75_44_2"},
+         [](Session& s) { s.profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Quality); }},
+        {"uncompressed has no quality", kInvalid, {"Full frames", "quality"},
          [](Session& s) {
              s.Audience().SetVideoCodec(0, 5);
              s.profile.SetVBRMode(SourceType::Video, 0, VbrMode::Quality);
-         },
-         kInvalid,
-         {"Full frames", "quality"}},
-        {"video peak below the average",
+         }},
+        {"video peak below the average", kInvalid, {"200000", "300000", "-v_peakbitrate"},
          [](Session& s) {
              s.profile.SetVBRMode(SourceType::Video, 0, VbrMode::Peak);
              s.Audience().SetVideoPeakBitrate(0, 200'000);
-         },
-         kInvalid,
-         {"200000", "300000", "-v_peakbitrate"}},
-        {"audio peak below the average",
+         }},
+        {"audio peak below the average", kInvalid, {"48000", "64000", "-a_peakbitrate"},
          [](Session& s) {
              s.profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Peak);
              s.Audience().SetAudioConfig(0, 2, 44100, 64000, 16);
              s.Audience().SetAudioPeakBitrate(0, 48'000);
-         },
-         kInvalid,
-         {"48000", "64000", "-a_peakbitrate"}},
-        {"margins that leave no column",
+         }},
+        {"margins that leave no column", kInvalid,
+         {"left and right", "320 and 320", "640", "-v_clip"},
          [](Session& s) {
              s.Video().SetCroppingLeftMargin(320);
              s.Video().SetCroppingRightMargin(320);
-         },
-         kInvalid,
-         {"left and right", "320 and 320", "640", "-v_clip"}},
-        {"a margin beyond the last row",
-         [](Session& s) { s.Video().SetCroppingBottomMargin(16000); },
-         kInvalid,
-         {"top and bottom", "0 and 16000", "480"}},
-        {"a fold-down level that lowers nothing",
+         }},
+        {"a margin beyond the last row", kInvalid, {"top and bottom", "0 and 16000", "480"},
+         [](Session& s) { s.Video().SetCroppingBottomMargin(16000); }},
+        {"a fold-down level that lowers nothing", kInvalid,
+         {"CenterMix", "145", "0 to 144", "-a_folddown6to2"},
          [](Session& s) {
              s.engine.media["/home/film.avi"].audio->channels = 6;
              s.OpenFilm();
              s.tree.attributes.Add("CenterMix", -145);
-         },
-         kInvalid,
-         {"CenterMix", "145", "0 to 144", "-a_folddown6to2"},
-         kEmpty},
-        {"packets",
-         [](Session& s) {
-             s.profile.SetMinPacketSize(2000);
-             s.profile.SetMaxPacketSize(1400);
-         },
-         kInvalid,
-         {"2000", "1400"}},
+         }, kEmpty},
+        {"packets", kInvalid, {"2000", "1400"},
+         [](Session& s) { s.profile.SetMinPacketSize(2000); s.profile.SetMaxPacketSize(1400); }},
         // what is not there yet
-        {"a filter that there is none of",
-         [](Session& s) { s.Video().SetOptimization(0xC3); },
-         kUnbuilt,
-         {"Optimization 195", "-v_preproc"}},
-        {"fields that the codec has not",
-         [](Session& s) { s.Video().SetOptimization(0x3004); },
-         kUnbuilt,
-         {"Windows Media Video", "interlaced", "-v_preproc 1", "-v_codec MP41"}},
-        {"fields by the profile alone",
-         [](Session& s) { s.profile.SetInterlaceMode(0, true); },
-         kUnbuilt,
-         {"interlaced", "-v_codec MP41"}},
-        {"pixels with a palette",
-         [](Session& s) { s.Video().SetPixelFormat(kRgb8); },
-         kInvalid,
-         {"E436EB7A", "palette", "-pixelformat"}},
-        {"pixels that would be read as others",
+        {"a filter that there is none of", kUnbuilt, {"Optimization 195", "-v_preproc"},
+         [](Session& s) { s.Video().SetOptimization(0xC3); }},
+        {"fields that the codec has not", kUnbuilt,
+         {"Windows Media Video", "interlaced", "-v_preproc 1", "-v_codec MP41"},
+         [](Session& s) { s.Video().SetOptimization(0x3004); }},
+        {"fields by the profile alone", kUnbuilt, {"interlaced", "-v_codec MP41"},
+         [](Session& s) { s.profile.SetInterlaceMode(0, true); }},
+        {"pixels with a palette", kInvalid, {"E436EB7A", "palette", "-pixelformat"},
+         [](Session& s) { s.Video().SetPixelFormat(kRgb8); }},
+        {"pixels that would be read as others", kInvalid, {"Full frames", "RGB565", "RGB555"},
          [](Session& s) {
              s.Audience().SetVideoCodec(0, 5);
              s.Video().SetPixelFormat(0xE436EB7B);
-         },
-         kInvalid,
-         {"Full frames", "RGB565", "RGB555"}},
-        {"a width that parts two pixels of a colour",
+         }},
+        {"a width that parts two pixels of a colour", kInvalid,
+         {"YUY2", "639 x 480", "multiple of 2"},
          [](Session& s) {
              s.Audience().SetVideoCodec(0, 5);
              s.Video().SetPixelFormat(platform::FourCC("YUY2"));
              s.Video().SetCroppingLeftMargin(1);
-         },
-         kInvalid,
-         {"YUY2", "639 x 480", "multiple of 2"}},
-        {"conformance",
+         }},
+        {"conformance", kUnbuilt, {"SP", "-v_profile"},
          [](Session& s) {
-             s.Audience().SetProperty(SourceType::Video, 0, "DeviceConformanceTarget",
-                                      std::string("SP"));
-         },
-         kUnbuilt,
-         {"SP", "-v_profile"}},
-        {"optimization definition",
+             s.Audience()
+                 .SetProperty(SourceType::Video, 0, "DeviceConformanceTarget", std::string("SP"));
+         }},
+        {"optimization definition", kUnbuilt, {"a.edl"},
          [](Session& s) {
              platform::AsAudio(s.group->Source(SourceType::Audio, 0))->SetContentEDL("a.edl");
-         },
-         kUnbuilt,
-         {"a.edl"}},
-        {"broadcast",
+         }},
+        {"broadcast", kUnbuilt, {"8080", "-broadcast"},
          [](Session& s) {
              s.tree.broadcast.SetPortNumber(platform::BroadcastProtocol::Http, 8080);
-         },
-         kUnbuilt,
-         {"8080", "-broadcast"}},
-        {"push",
-         [](Session& s) { s.tree.broadcast.SetServerName("live1"); },
-         kUnbuilt,
-         {"live1", "-push"}},
+         }},
+        {"push", kUnbuilt, {"live1", "-push"},
+         [](Session& s) { s.tree.broadcast.SetServerName("live1"); }},
         // output
-        {"no output",
-         [](Session& s) { s.tree.file.SetLocalFileName(""); },
-         kInvalid,
-         {"no output", "-output"}},
-        {"output is the input",
-         [](Session& s) { s.tree.file.SetLocalFileName("/home/film.avi"); },
-         kInvalid,
-         {"output /home/film.avi", "input /home/film.avi"}},
-        {"output links to the input",
-         [](Session& s) { s.engine.files->links["/home/out.wmv"] = "/home/film.avi"; },
-         kInvalid,
-         {"/home/out.wmv", "/home/film.avi"}},
-        {"output is a folder",
-         [](Session& s) { s.tree.file.SetLocalFileName("/home"); },
-         kInvalid,
-         {"/home", "folder"}},
-        {"output's folder is missing",
-         [](Session& s) { s.tree.file.SetLocalFileName("/gone/out.wmv"); },
-         platform::kPathNotFound,
-         {"/gone", "/gone/out.wmv"}},
+        {"no output", kInvalid, {"no output", "-output"},
+         [](Session& s) { s.tree.file.SetLocalFileName(""); }},
+        {"output is the input", kInvalid, {"output /home/film.avi", "input /home/film.avi"},
+         [](Session& s) { s.tree.file.SetLocalFileName("/home/film.avi"); }},
+        {"output links to the input", kInvalid, {"/home/out.wmv", "/home/film.avi"},
+         [](Session& s) { s.engine.files->links["/home/out.wmv"] = "/home/film.avi"; }},
+        {"output is a folder", kInvalid, {"/home", "folder"},
+         [](Session& s) { s.tree.file.SetLocalFileName("/home"); }},
+        {"output's folder is missing", platform::kPathNotFound, {"/gone", "/gone/out.wmv"},
+         [](Session& s) { s.tree.file.SetLocalFileName("/gone/out.wmv"); }},
         // marks
-        {"end before start",
-         [](Session& s) {
-             s.Audio().SetMarkIn(5000);
-             s.Audio().SetMarkOut(5000);
-         },
-         kInvalid,
-         {"end mark 5000", "start mark 5000"}},
-        {"end past the end",
-         [](Session& s) { s.Video().SetMarkOut(10001); },
-         platform::kEndMarkPastEnd,
-         {"10001", "10000", "film.avi"}},
-        {"start past the end",
-         [](Session& s) { s.Audio().SetMarkIn(10000); },
-         kInvalid,
-         {"start mark 10000", "film.avi"}},
-        {"a wrong output comes before an end mark that is then cleared",
-         [](Session& s) {
-             s.Video().SetMarkOut(10001);
-             s.tree.file.SetLocalFileName("");
-         },
-         kInvalid,
-         {"no output"}},
+        {"end before start", kInvalid, {"end mark 5000", "start mark 5000"},
+         [](Session& s) { s.Audio().SetMarkIn(5000); s.Audio().SetMarkOut(5000); }},
+        {"end past the end", platform::kEndMarkPastEnd, {"10001", "10000", "film.avi"},
+         [](Session& s) { s.Video().SetMarkOut(10001); }},
+        {"start past the end", kInvalid, {"start mark 10000", "film.avi"},
+         [](Session& s) { s.Audio().SetMarkIn(10000); }},
+        {"a wrong output comes before an end mark that is then cleared", kInvalid, {"no output"},
+         [](Session& s) { s.Video().SetMarkOut(10001); s.tree.file.SetLocalFileName(""); }},
     };
+    // clang-format on
     for (const Contradiction& c : cases) {
         SCOPED_TRACE(c.why);
         Session session;
@@ -451,17 +367,7 @@ TEST(Plan, PictureSize) {
         {"the shown shape counts", 720, 576, {16, 15}, 1, 0, 288, false, 384, 288, {1, 1}},
         {"asked sizes are square", 720, 576, {16, 15}, 1, 384, 288, false, 384, 288, {1, 1}},
         {"unless they need not be", 720, 576, {16, 15}, 1, 360, 576, true, 360, 576, {32, 15}},
-        {"and then keep the storage shape",
-         720,
-         576,
-         {16, 15},
-         1,
-         360,
-         0,
-         true,
-         360,
-         288,
-         {16, 15}},
+        {"and then keep their shape", 720, 576, {16, 15}, 1, 360, 0, true, 360, 288, {16, 15}},
         {"never nothing", 2000, 4, {1, 1}, 1, 16, 0, false, 16, 2, {1, 1}},
         {"a source that does not know", 64, 48, {0, 1}, 1, 0, 0, false, 64, 48, {1, 1}},
     };

@@ -2,13 +2,11 @@
 // and what went wrong is said once.
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <fstream>
 #include <thread>
 
 #include "engine/sources/media_probe.h"
+#include "support/file_size_limit.h"
 #include "unit/engine/pipeline/clips.h"
 #include "unit/engine/pipeline/session.h"
 
@@ -174,26 +172,6 @@ TEST_F(Failure, AnOutputThatCannotBeMadeThrowsAndLeavesNothing) {
     EXPECT_FALSE(std::filesystem::exists(plan.output_path));
     EXPECT_FALSE(std::filesystem::exists(plan.output_path + ".part"));
 }
-
-// A limit on files' sizes acts as a disk that fills, here in the middle of the run.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    void (*handler_)(int);
-    rlimit before_{};
-};
 
 TEST_F(Failure, ADiskThatFillsIsSaidAndWhatIsWrittenPlays) {
     EncodePlan plan = Both(source_);
