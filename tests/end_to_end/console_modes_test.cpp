@@ -211,15 +211,17 @@ TEST(ConsoleModes, JsonNumbersTheCommandsOfTheInputAndTheFilesOfAFolder) {
 TEST(ConsoleModes, ASignalEndsInAReportOfTheStop) {
     const TempFolder folder;
     const std::string clip = folder / "clip.avi";
-    MakeClip(clip, 20, "640x480");
+    MakeClip(clip, 4, "640x480");
+    Ffmpeg({"-stream_loop", "149", "-i", clip, "-c", "copy", folder / "long.avi"});
     const std::string out = folder / "a.wmv";
-    // The first object says that the run has begun; the signal comes after it.
-    const CommandResult result =
-        RunCommand({"sh", "-c",
-                    "mkfifo " + (folder / "pipe") + "; " + TESSIVO_CONSOLE + " --json -input " +
-                        clip + " -profile av350 -output " + out + " > " + (folder / "pipe") +
-                        " & { read -r line; echo \"$line\"; kill -TERM $!; cat; } < " +
-                        (folder / "pipe") + "; wait $!"});
+    // The signal comes when an object tells of something that has been encoded.
+    const CommandResult result = RunCommand(
+        {"sh", "-c",
+         "mkfifo " + (folder / "pipe") + "; " + TESSIVO_CONSOLE + " --json -input " +
+             (folder / "long.avi") + " -profile av350 -output " + out + " > " + (folder / "pipe") +
+             " & { while read -r line; do echo \"$line\"; case $line in "
+             "*'\"seconds\":0.0'*);; *) break;; esac; done; kill -TERM $!; cat; } < " +
+             (folder / "pipe") + "; wait $!"});
     EXPECT_EQ(result.status, 130) << result.err;
     const std::vector<Json> objects = Objects(result.out);
     ASSERT_FALSE(objects.empty());
