@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <random>
 
@@ -18,18 +17,6 @@ extern "C" {
 namespace clips {
 
 using engine::Ticks;
-
-Scratch::Scratch() {
-    folder_ = (std::filesystem::temp_directory_path() /
-               ("asf_tests_" + std::to_string(std::random_device{}())))
-                  .string();
-    std::filesystem::create_directory(folder_);
-}
-
-Scratch::~Scratch() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-}
 
 Clip MadeUp(int milliseconds) {
     Clip clip;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/outputs/packet_sink.h"
+#include "support/commands.h"
 
 namespace clips {
 
@@ -22,16 +23,8 @@ struct Clip {
 };
 
 /// A folder of this test's own, gone at the end.
-class Scratch {
-  public:
-    Scratch();
-    ~Scratch();
-    Scratch(const Scratch&) = delete;
-    Scratch& operator=(const Scratch&) = delete;
-    std::string Path(const std::string& name) const { return folder_ + "/" + name; }
-
-  private:
-    std::string folder_;
+struct Scratch : test_support::TempFolder {
+    std::string Path(const std::string& name) const { return *this / name; }
 };
 
 /// Sound (64 kbit/s) and pictures (300 kbit/s, 25 a second, a key frame every 2 s) of patterned

@@ -355,8 +355,12 @@ TEST(Plan, PictureSize) {
         bool non_square;
         int out_width, out_height;
         Ratio out_aspect;
+        Margins crop = {};
     };
+    // clang-format off
+    constexpr Margins kCut = {80, 100, 5, 15};
     const Case cases[] = {
+        // why, source, its pixels, codec, asked, non-square, coded, its pixels, cut off the source
         {"the source's", 640, 480, {1, 1}, 1, 0, 0, false, 640, 480, {1, 1}},
         {"odd width where it must be even", 641, 481, {1, 1}, 1, 0, 0, false, 640, 481, {1, 1}},
         {"odd size elsewhere", 641, 481, {1, 1}, 4, 0, 0, false, 641, 481, {1, 1}},
@@ -370,7 +374,11 @@ TEST(Plan, PictureSize) {
         {"and then keep their shape", 720, 576, {16, 15}, 1, 360, 0, true, 360, 288, {16, 15}},
         {"never nothing", 2000, 4, {1, 1}, 1, 16, 0, false, 16, 2, {1, 1}},
         {"a source that does not know", 64, 48, {0, 1}, 1, 0, 0, false, 64, 48, {1, 1}},
+        {"what is left", 720, 596, {16, 15}, 1, 0, 0, false, 540, 576, {16, 15}, kCut},
+        {"a side follows it", 720, 596, {16, 15}, 1, 0, 288, false, 288, 288, {1, 1}, kCut},
+        {"and pixels' shape too", 720, 596, {16, 15}, 1, 270, 576, true, 270, 576, {32, 15}, kCut},
     };
+    // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.why);
         Session session;
@@ -380,49 +388,16 @@ TEST(Plan, PictureSize) {
         info.video->pixel_aspect = c.source_aspect;
         session.engine.media["/home/film.avi"] = info;
         session.OpenFilm();
+        session.Video().SetCroppingLeftMargin(c.crop.left);
+        session.Video().SetCroppingRightMargin(c.crop.right);
+        session.Video().SetCroppingTopMargin(c.crop.top);
+        session.Video().SetCroppingBottomMargin(c.crop.bottom);
         session.Audience().SetVideoCodec(0, c.codec);
         session.Audience().SetVideoWidth(0, c.width);
         session.Audience().SetVideoHeight(0, c.height);
         session.profile.SetNonSquarePixelMode(0, c.non_square);
         const VideoPlan plan = *session.Plan().video;
-        EXPECT_EQ(plan.width, c.out_width);
-        EXPECT_EQ(plan.height, c.out_height);
-        EXPECT_EQ(plan.pixel_aspect.numerator, c.out_aspect.numerator);
-        EXPECT_EQ(plan.pixel_aspect.denominator, c.out_aspect.denominator);
-    }
-}
-
-TEST(Plan, WhatClippingLeavesHasTheSourcesPart) {
-    struct Case {
-        const char* why;
-        int width, height;  // asked
-        bool non_square;
-        int out_width, out_height;
-        Ratio out_aspect;
-    };
-    const Case cases[] = {
-        {"size of what is left", 0, 0, false, 540, 576, {16, 15}},
-        {"a side follows what is left", 0, 288, false, 288, 288, {1, 1}},
-        {"and so does the pixels' shape", 270, 576, true, 270, 576, {32, 15}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.why);
-        Session session;
-        MediaFileInfo info = FilmInfo();
-        info.video->width = 720;
-        info.video->height = 596;
-        info.video->pixel_aspect = {16, 15};
-        session.engine.media["/home/film.avi"] = info;
-        session.OpenFilm();
-        session.Video().SetCroppingLeftMargin(80);
-        session.Video().SetCroppingRightMargin(100);
-        session.Video().SetCroppingTopMargin(5);
-        session.Video().SetCroppingBottomMargin(15);
-        session.Audience().SetVideoWidth(0, c.width);
-        session.Audience().SetVideoHeight(0, c.height);
-        session.profile.SetNonSquarePixelMode(0, c.non_square);
-        const VideoPlan plan = *session.Plan().video;
-        EXPECT_EQ(plan.crop, (Margins{80, 100, 5, 15}));
+        EXPECT_EQ(plan.crop, c.crop);
         EXPECT_EQ(plan.width, c.out_width);
         EXPECT_EQ(plan.height, c.out_height);
         EXPECT_EQ(plan.pixel_aspect.numerator, c.out_aspect.numerator);

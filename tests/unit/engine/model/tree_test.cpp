@@ -110,6 +110,7 @@ TEST(Tree, EachPropertyRefusesValuesOutsideItsRangeByName) {
         std::function<void(std::int32_t)> set;
         std::vector<std::int32_t> good, bad;
     };
+    // clang-format off
     const Case cases[] = {
         {"AudioCodec", [&](auto v) { audience->SetAudioCodec(0, v); }, {0, 4}, {-1, 5}},
         {"AudioPeakBitrate", [&](auto v) { audience->SetAudioPeakBitrate(0, v); }, {1}, {0, -1}},
@@ -120,24 +121,17 @@ TEST(Tree, EachPropertyRefusesValuesOutsideItsRangeByName) {
         {"VideoWidth", [&](auto v) { audience->SetVideoWidth(0, v); }, {0, 1920}, {-1, 16385}},
         {"VideoHeight", [&](auto v) { audience->SetVideoHeight(0, v); }, {0, 1080}, {-1, 16385}},
         {"VideoFPS", [&](auto v) { audience->SetVideoFPS(0, v); }, {1, 100000}, {0, 1000001}},
-        {"VideoKeyFrameDistance",
-         [&](auto v) { audience->SetVideoKeyFrameDistance(0, v); },
-         {0, 10000},
-         {-1}},
+        {"VideoKeyFrameDistance", [&](auto v) { audience->SetVideoKeyFrameDistance(0, v); },
+         {0, 10000}, {-1}},
         {"VideoBufferSize", [&](auto v) { audience->SetVideoBufferSize(0, v); }, {1, 5000}, {0}},
         {"VideoBufferMax", [&](auto v) { audience->SetVideoBufferMax(0, v); }, {0, 5000}, {-1}},
-        {"VideoImageSharpness",
-         [&](auto v) { audience->SetVideoImageSharpness(0, v); },
-         {0, 100},
+        {"VideoImageSharpness", [&](auto v) { audience->SetVideoImageSharpness(0, v); }, {0, 100},
          {-1, 101}},
-        {"VideoCompressionQuality",
-         [&](auto v) { audience->SetVideoCompressionQuality(0, v); },
-         {0, 100},
-         {-1, 101}},
+        {"VideoCompressionQuality", [&](auto v) { audience->SetVideoCompressionQuality(0, v); },
+         {0, 100}, {-1, 101}},
         {"ContentType", [&](auto v) { profile.SetContentType(v); }, {0, 1, 16, 17}, {2, 18}},
         {"VBRMode",
-         [&](auto v) { profile.SetVBRMode(SourceType::Audio, 0, static_cast<VbrMode>(v)); },
-         {1, 4},
+         [&](auto v) { profile.SetVBRMode(SourceType::Audio, 0, static_cast<VbrMode>(v)); }, {1, 4},
          {0, 5}},
         {"MinPacketSize", [&](auto v) { profile.SetMinPacketSize(v); }, {0, 65536}, {-1, 65537}},
         {"MaxPacketSize", [&](auto v) { profile.SetMaxPacketSize(v); }, {0, 65536}, {-1, 65537}},
@@ -151,12 +145,11 @@ TEST(Tree, EachPropertyRefusesValuesOutsideItsRangeByName) {
         {"CroppingLeftMargin", [&](auto v) { video->SetCroppingLeftMargin(v); }, {0, 8}, {-1}},
         {"CroppingBottomMargin", [&](auto v) { video->SetCroppingBottomMargin(v); }, {0, 8}, {-1}},
         {"StillDuration", [&](auto v) { video->SetStillDuration(v); }, {1, 10000}, {0}},
-        {"PortNumber",
-         [&](auto v) { encoder.Broadcast().SetPortNumber(kHttp, v); },
-         {0, 65535},
+        {"PortNumber", [&](auto v) { encoder.Broadcast().SetPortNumber(kHttp, v); }, {0, 65535},
          {-1, 65536}},
         {"VideoPerformance", [&](auto v) { encoder.SetVideoPerformance(v); }, {0, 100}, {-1, 101}},
     };
+    // clang-format on
     for (const Case& c : cases) {
         for (const std::int32_t value : c.good)
             EXPECT_EQ(ErrorOf([&] { c.set(value); }).number(), 0) << c.name << " " << value;

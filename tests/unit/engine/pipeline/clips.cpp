@@ -55,17 +55,6 @@ float Sample(const AVFrame& frame, int i) {
 
 }  // namespace
 
-Folder::Folder() {
-    std::string name = (std::filesystem::temp_directory_path() / "pipelineXXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) ADD_FAILURE() << "no temporary folder";
-    path_ = name;
-}
-
-Folder::~Folder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
-
 std::string OutputOf(const std::string& command) {
     const auto close = [](FILE* pipe) { pclose(pipe); };
     const std::unique_ptr<FILE, decltype(close)> pipe(popen((command + " 2>&1").c_str(), "r"),
@@ -81,10 +70,6 @@ std::string Make(const std::string& arguments, const std::string& out) {
         OutputOf("ffmpeg -nostdin -v error -y " + arguments + " '" + out + "'");
     EXPECT_TRUE(std::filesystem::exists(out)) << said;
     return out;
-}
-
-std::string DecodeMessages(const std::string& file) {
-    return OutputOf("ffmpeg -nostdin -v error -i '" + file + "' -f null -");
 }
 
 Contents Decode(const std::string& file) {

@@ -1,23 +1,16 @@
 // Clips made by the ffmpeg command when a test asks for them, and what is heard and seen in a file.
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
+
+#include "support/commands.h"
 
 namespace clips {
 
 /// A folder of its own, gone with the object.
-class Folder {
-  public:
-    Folder();
-    ~Folder();
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    std::string Path(const std::string& name) const { return (path_ / name).string(); }
-
-  private:
-    std::filesystem::path path_;
+struct Folder : test_support::TempFolder {
+    std::string Path(const std::string& name) const { return *this / name; }
 };
 
 /// Runs "ffmpeg -v error ARGUMENTS OUT" and returns OUT. A failure fails the test.
@@ -26,8 +19,7 @@ std::string Make(const std::string& arguments, const std::string& out);
 /// The command's output, both streams.
 std::string OutputOf(const std::string& command);
 
-/// What "ffmpeg -v error -i FILE -f null -" says: nothing, of a sound file.
-std::string DecodeMessages(const std::string& file);
+using test_support::DecodeMessages;
 
 struct Picture {
     double time = 0;  // seconds
