@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "engine/media/media_parts.h"
 #include "engine/pipeline/encoding_run.h"
 #include "engine/plan/encode_plan.h"
 #include "engine/sources/device_list.h"
@@ -13,20 +14,6 @@
 #include "platform/file_system.h"
 
 namespace engine {
-
-/// A run as the encoder object drives it; the contract is EncodingRun's. Destruction stops
-/// gracefully and waits.
-class SessionRun {
-  public:
-    virtual ~SessionRun() = default;
-    virtual void Start() = 0;
-    virtual void Stop() = 0;
-    virtual platform::Currency EncodingTime() const = 0;
-    virtual platform::OutputStats AudioStats() const = 0;
-    virtual platform::OutputStats VideoStats() const = 0;
-    virtual platform::OutputStats TotalStats() const = 0;
-    virtual platform::FileArchiveStats FileStats() const = 0;
-};
 
 struct EngineParts {
     std::function<MediaFileInfo(const std::string& host_path)> probe;
