@@ -110,7 +110,8 @@ void AsfFile::Complete(platform::ErrorTrap& trap) {
 }
 
 void AsfFile::AppendIndexes() {
-    if (indexes_.empty()) return;
+    // Behind no packets, readers would take an index for the first one.
+    if (indexes_.empty() || packets_ == 0) return;
     ByteWriter out;
     for (SimpleIndex& index : indexes_)
         index.AppendTo(out, facts_.file_id, last_.last_presentation_ms);

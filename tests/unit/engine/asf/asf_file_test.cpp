@@ -9,6 +9,7 @@
 #include "engine/outputs/asf/packet_size.h"
 #include "platform/error.h"
 #include "support/asf_reader.h"
+#include "support/commands.h"
 #include "support/file_size_limit.h"
 
 namespace engine::asf {
@@ -92,7 +93,9 @@ TEST(AsfFile, NothingWrittenIsStillAFile) {
     clips::WriteFile(scratch.Path("a.wmv"), {clips::MadeUp(0).header, {}}, 1400);
     const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wmv"));
     EXPECT_TRUE(file.packets.empty());
+    EXPECT_TRUE(file.indexes.empty());
     EXPECT_EQ(file.header.play_duration, 50'000'000U);
+    EXPECT_EQ(test_support::DecodeMessages(scratch.Path("a.wmv")), "");
 }
 
 TEST(AsfFile, LessThanASecondIsEverOnTheWay) {
