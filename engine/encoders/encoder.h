@@ -3,8 +3,9 @@
 
 #include <cstdint>
 #include <functional>
-#include <string>
+#include <vector>
 
+#include "codecs/common/two_pass_plan.h"
 #include "engine/outputs/packet_sink.h"
 #include "engine/pipeline/av_ptr.h"
 #include "engine/ticks.h"
@@ -49,12 +50,13 @@ class VideoEncoder {
     virtual ~VideoEncoder() = default;
     virtual PictureFormat Format() const = 0;
     virtual StreamHeader Header() const = 0;
-    /// Changes the frame's own fields, never its picture. False when the taker wants no more.
-    /// Throws platform::Error.
+    /// May change the frame's own fields or move it out, never change its picture. False when the
+    /// taker wants no more. Throws platform::Error.
     virtual bool Encode(AVFrame& frame, const PacketTaker& take) = 0;
     virtual bool Finish(const PacketTaker& take) = 0;
-    virtual Drops TakeDrops() { return {}; }                // since the last call
-    virtual std::string TakeFirstPassText() { return {}; }  // of a first pass, after Finish
+    virtual Drops TakeDrops() { return {}; }  // since the last call
+    /// What the pictures have taken, after Finish.
+    virtual std::vector<codecs::FirstPassGroup> TakeFirstPass() { return {}; }
 };
 
 /// One thread at a time. The pts of a frame counts samples from the start of the session; frames

@@ -1,18 +1,30 @@
 #include "engine/encoders/make_encoder.h"
 
 #include <string_view>
+#include <utility>
 
 #include "engine/encoders/av_audio_encoder.h"
-#include "engine/encoders/av_video_encoder.h"
+#include "engine/encoders/av_group_coder.h"
 #include "engine/encoders/full_frame_encoder.h"
+#include "engine/encoders/grouped_video_encoder.h"
 #include "engine/encoders/pcm_encoder.h"
+#include "engine/encoders/video_header.h"
+#include "engine/encoders/video_rate.h"
 
 namespace engine {
 
 std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const EncoderPass& pass,
                                                PacketPool& packets) {
     if (plan.codec->written_four_cc == 0) return std::make_unique<FullFrameEncoder>(plan, packets);
-    return std::make_unique<AvVideoEncoder>(plan, pass, packets);
+    StreamHeader header = VideoStreamHeader(plan);
+    const codecs::RateSettings rate = VideoRate(plan, pass);
+    // Also finds out whether the encoder takes the plan.
+    header.extra_data = AvGroupCoder(plan, rate, rate.bucket_bits, packets).ExtraData();
+    return std::make_unique<GroupedVideoEncoder>(
+        plan, rate, pass, PictureFormat{AV_PIX_FMT_YUV420P, plan.width, plan.height},
+        std::move(header), [plan, rate, &packets](double bucket_room_bits) {
+            return std::make_unique<AvGroupCoder>(plan, rate, bucket_room_bits, packets);
+        });
 }
 
 std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, PacketPool& packets) {

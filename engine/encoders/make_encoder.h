@@ -2,8 +2,9 @@
 #pragma once
 
 #include <memory>
-#include <string>
+#include <vector>
 
+#include "codecs/common/two_pass_plan.h"
 #include "engine/encoders/encoder.h"
 #include "engine/plan/encode_plan.h"
 
@@ -13,8 +14,8 @@ namespace engine {
 struct EncoderPass {
     int number = 1;
     int count = 1;
-    std::string first_report;  // what the first pass reported, for the second
-    Ticks length;              // of the picture, as the first pass found it
+    Ticks length;  // of the picture, as far as it is known; 0 = unknown
+    std::vector<codecs::FirstPassGroup> first_report;  // what the first pass found, for the second
 };
 
 /// The pool must outlive the encoder. Throw platform::Error (invalid argument, not implemented)

@@ -57,7 +57,7 @@ class EncodingRun::Impl {
           statistics_(plan_),
           sink_(plan_.output_path, statistics_) {
         SilenceFfmpeg();
-        OpenPass({1, plan_.passes, {}, {}}, {});
+        OpenPass({1, plan_.passes, plan_.media_length, {}}, {});
         OutputHeader header;
         header.streams = pass_->Headers();
         header.content = plan_.content;
@@ -128,7 +128,7 @@ class EncodingRun::Impl {
             const Ticks end = stops_honoured_ > 0 ? statistics_.End() : Ticks{};
             if (stops_honoured_ > 0 && end.count == 0) return;
             OpenPass(
-                {number, plan_.passes, pass_->FirstReport(), statistics_.End(MediaKind::Video)},
+                {number, plan_.passes, statistics_.End(MediaKind::Video), pass_->FirstReport()},
                 end);
             statistics_.BeginPass();
         }

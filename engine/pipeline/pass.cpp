@@ -9,8 +9,8 @@
 namespace engine {
 namespace {
 
-constexpr std::size_t kDecodedFrames = 6;
-constexpr std::size_t kConditionedFrames = 6;
+constexpr std::size_t kDecodedFrames = 4;
+constexpr std::size_t kConditionedFrames = 2;
 
 template <typename Action>
 class AtExit {
@@ -191,11 +191,14 @@ void Pass::EncodeWith(Encoder& encoder, Chain& chain) {
     while (wanted && chain.conditioned.Pop(frame)) {
         wanted = encoder.Encode(*frame, take);
         frame.reset();
-        if (&chain == &*video_) statistics_.Dropped(video_encoder_->TakeDrops());
+        if constexpr (std::is_same_v<Encoder, VideoEncoder>)
+            statistics_.Dropped(encoder.TakeDrops());
     }
     encoder.Finish(take);
-    if constexpr (std::is_same_v<Encoder, VideoEncoder>)
-        first_report_ = encoder.TakeFirstPassText();
+    if constexpr (std::is_same_v<Encoder, VideoEncoder>) {
+        statistics_.Dropped(encoder.TakeDrops());
+        first_report_ = encoder.TakeFirstPass();
+    }
 }
 
 void Pass::Write(PacketSink* sink) {

@@ -54,7 +54,7 @@ class Pass {
 
     /// After Join.
     bool YieldedNothing() const { return !yielded_; }
-    std::string FirstReport() const { return first_report_; }
+    const std::vector<codecs::FirstPassGroup>& FirstReport() const { return first_report_; }
 
   private:
     struct Input {
@@ -104,7 +104,7 @@ class Pass {
     std::unique_ptr<Interleaver> interleaver_;
     std::atomic<bool> stop_{false};
     std::atomic<bool> yielded_{false};
-    std::string first_report_;
+    std::vector<codecs::FirstPassGroup> first_report_;
     std::vector<std::thread> threads_;
 };
 

@@ -1,0 +1,41 @@
+// How many bits a picture takes at a quantiser.
+#pragma once
+
+#include <algorithm>
+
+namespace codecs {
+
+/// A model of a block transform coder: what the coefficients take falls with the quantiser, a
+/// little less than in proportion where it is fine; vectors, types and headers cost the same with
+/// each. The offset is what fits footage coded at quantisers from 1 to 31 best.
+struct PictureBits {
+    static constexpr double kOffset = 1.5;
+
+    double texture = 0;  // bits of the coefficients times (quantiser + offset)
+    double fixed = 0;    // bits that no quantiser changes
+
+    static PictureBits Taken(double coefficient_bits, double other_bits, double quantiser) {
+        return {coefficient_bits * (quantiser + kOffset), other_bits};
+    }
+    double At(double quantiser) const { return texture / (quantiser + kOffset) + fixed; }
+    /// At which it takes `bits`, which are more than `fixed`; may be below every real one.
+    double QuantiserFor(double bits) const { return texture / (bits - fixed) - kOffset; }
+
+    PictureBits& operator+=(const PictureBits& other) {
+        texture += other.texture;
+        fixed += other.fixed;
+        return *this;
+    }
+    PictureBits operator*(double factor) const { return {texture * factor, fixed * factor}; }
+};
+
+/// The quantiser of a key picture as a part of the one that the pictures after it have. The more
+/// of those there are and the less they add to it, the longer its quality lasts, and the more bits
+/// it is worth.
+/// @param delta_texture  of a picture after it, as a part of the key picture's
+/// @param deltas         pictures after it
+inline double KeyQuantiserPart(double delta_texture, double deltas) {
+    return std::clamp(0.25 + delta_texture + 4 / std::max(1.0, deltas), 0.4, 0.8);
+}
+
+}  // namespace codecs

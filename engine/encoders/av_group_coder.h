@@ -1,0 +1,39 @@
+// A closed group of pictures through one of libavcodec's encoders.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "codecs/common/rate_settings.h"
+#include "engine/encoders/group_coder.h"
+#include "engine/plan/encode_plan.h"
+
+namespace engine {
+
+/// The encoder counts in frames of the nominal rate and makes key frames of its own at scene
+/// changes. A picture that the receiver's buffer does not take is coded again, more coarsely.
+class AvGroupCoder final : public GroupCoder {
+  public:
+    /// Throws platform::Error (invalid argument) with the codec named.
+    AvGroupCoder(const VideoPlan& plan, const codecs::RateSettings& rate, double bucket_room_bits,
+                 PacketPool& packets);
+
+    CodedPicture Encode(AVFrame& frame, double quantiser) override;
+    /// The same for all groups of a plan.
+    std::vector<std::uint8_t> ExtraData() const;
+
+  private:
+    std::int64_t EncoderTime(Ticks time);
+    void SetFields(AVFrame& frame) const;
+    void SetBucket(const codecs::RateSettings& rate, double room_bits);
+    codecs::PictureBits ReportedBits() const;
+
+    FieldCoding fields_;
+    PacketPool& packets_;
+    AvPtr<AVCodecContext> codec_;
+    std::int64_t bucket_rate_bps_ = 0;
+    std::int64_t last_pts_ = 0;
+    std::int64_t frames_ = 0;
+};
+
+}  // namespace engine

@@ -1,0 +1,293 @@
+#include "engine/encoders/grouped_video_encoder.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "codecs/common/picture_cost.h"
+#include "engine/encoders/video_header.h"
+#include "engine/encoders/video_rate.h"
+#include "engine/pipeline/av_error.h"
+
+namespace engine {
+namespace {
+
+std::size_t Workers(int asked) {
+    const unsigned count = asked > 0 ? static_cast<unsigned>(asked)
+                                     : std::max(1U, std::thread::hardware_concurrency());
+    return std::min<std::size_t>(count, codecs::RateLedger::kMostAtOnce);
+}
+
+// While one group is coded, the next one comes in: what arrives of two groups in the time of one
+// and is not coded meanwhile is half a group, for each worker but the first.
+std::size_t MostWaiting(std::size_t workers, int group_frames) {
+    constexpr std::size_t kSpare = 4;
+    return kSpare + (workers - 1) * static_cast<std::size_t>(group_frames) / 2;
+}
+
+codecs::LumaPlane Luma(const AVFrame& frame) {
+    return {frame.data[0], frame.linesize[0], frame.width, frame.height};
+}
+
+}  // namespace
+
+struct GroupedVideoEncoder::Outcome {
+    CodedPacket packet;  // without data when the frame was left out
+    codecs::PictureBits bits;
+    Drops drops;
+};
+
+struct GroupedVideoEncoder::Work {
+    Group* group = nullptr;
+    std::unique_ptr<GroupCoder> coder;
+    FrameHandle before;  // the frame before the one in hand
+};
+
+GroupedVideoEncoder::GroupedVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
+                                         const EncoderPass& pass, PictureFormat format,
+                                         StreamHeader header, GroupCoderMaker make_coder)
+    : format_(format),
+      header_(std::move(header)),
+      make_coder_(std::move(make_coder)),
+      rate_(rate),
+      group_length_(GroupLength(plan)),
+      length_(pass.length),
+      workers_(Workers(plan.encoder_threads)),
+      most_waiting_(MostWaiting(workers_, LongestGroup(plan))),
+      usual_(UsualExperience(plan)),
+      // A second pass knows all about them, and one quantiser needs no knowledge.
+      tries_(pass.first_report.empty() && rate.finest < rate.coarsest),
+      ledger_(rate_, usual_,
+              pass.first_report.empty() ? std::vector<codecs::PlannedGroup>()
+                                        : codecs::PlanGroups(rate_, pass.first_report)) {
+    if (workers_ == 1) {
+        own_work_ = std::make_unique<Work>();
+        return;
+    }
+    for (std::size_t i = 0; i < workers_; ++i) threads_.emplace_back([this] { WorkAlong(); });
+}
+
+GroupedVideoEncoder::~GroupedVideoEncoder() {
+    {
+        const std::lock_guard lock(mutex_);
+        cancelled_ = true;
+        changed_.notify_all();
+    }
+    for (std::thread& thread : threads_) thread.join();
+}
+
+bool GroupedVideoEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
+    FrameHandle own = frames_.Get();
+    av_frame_move_ref(own.get(), &frame);
+    if (tries_) Try(*own);
+    Lock lock(mutex_);
+    return Place(lock, std::move(own), take);
+}
+
+bool GroupedVideoEncoder::Finish(const PacketTaker& take) {
+    Lock lock(mutex_);
+    CloseGroup(end_);
+    if (own_work_) CodeNext(lock, *own_work_);
+    return HandOnUntil(lock, take, [this] { return groups_.empty(); });
+}
+
+// Codes the first frame to nowhere, so that the first groups know what they have before them.
+void GroupedVideoEncoder::Try(const AVFrame& frame) {
+    tries_ = false;
+    Group group;
+    group.start = {frame.pts};
+    codecs::RateLedger unknowing(rate_, usual_);
+    group.control.emplace(rate_, unknowing.Open(group_length_.Seconds()));
+    Work work;
+    work.group = &group;
+    FrameHandle copy = frames_.Get();
+    CheckAv(av_frame_ref(copy.get(), &frame), "Encoding of the picture failed");
+    Code(work, std::move(copy));
+    ledger_.LearnTrial(group.control->Result());
+}
+
+bool GroupedVideoEncoder::Place(Lock& lock, FrameHandle frame, const PacketTaker& take) {
+    const Ticks time{frame->pts};
+    if (groups_.empty() || groups_.back()->closed ||
+        time - groups_.back()->start >= group_length_) {
+        CloseGroup(time);
+        if (own_work_) CodeNext(lock, *own_work_);
+        if (!HandOnUntil(lock, take, [this] { return MayOpenGroup(); })) return false;
+        OpenGroup(time);
+    }
+    if (!HandOnUntil(lock, take, [this] { return waiting_ < most_waiting_; })) return false;
+    end_ = time + Ticks{frame->pkt_duration};
+    groups_.back()->waiting.push_back(std::move(frame));
+    ++waiting_;
+    changed_.notify_all();
+    if (own_work_) CodeNext(lock, *own_work_);
+    return HandOn(lock, take);
+}
+
+void GroupedVideoEncoder::CloseGroup(Ticks end) {
+    if (groups_.empty() || groups_.back()->closed) return;
+    Group& group = *groups_.back();
+    group.length = end - group.start;
+    group.closed = true;
+    changed_.notify_all();
+}
+
+bool GroupedVideoEncoder::MayOpenGroup() const {
+    const std::int64_t needed = ledger_.Needs();
+    std::size_t at_work = 0;
+    for (const std::unique_ptr<Group>& group : groups_) {
+        if (group->done) continue;
+        if (group->index <= needed) return false;
+        ++at_work;
+    }
+    return at_work < workers_;
+}
+
+void GroupedVideoEncoder::OpenGroup(Ticks start) {
+    auto group = std::make_unique<Group>();
+    group->index = next_index_++;
+    group->start = start;
+    group->length = group_length_;
+    if (length_ > start) group->length = std::min(group->length, length_ - start);
+    group->control.emplace(rate_, ledger_.Open(group->length.Seconds()));
+    groups_.push_back(std::move(group));
+}
+
+// What the oldest group has ready, then the next one's.
+bool GroupedVideoEncoder::HandOn(Lock& lock, const PacketTaker& take) {
+    for (;;) {
+        RethrowFailure();
+        if (groups_.empty()) return true;
+        Group& oldest = *groups_.front();
+        if (!oldest.coded.empty()) {
+            CodedPacket packet = std::move(oldest.coded.front());
+            oldest.coded.pop_front();
+            lock.unlock();
+            const bool wanted = take(std::move(packet));
+            lock.lock();
+            if (!wanted) return false;
+        } else if (oldest.done) {
+            report_.push_back({oldest.length.Seconds(), std::move(oldest.pictures)});
+            groups_.pop_front();
+        } else {
+            return true;
+        }
+    }
+}
+
+template <typename Ready>
+bool GroupedVideoEncoder::HandOnUntil(Lock& lock, const PacketTaker& take, Ready&& ready) {
+    for (;;) {
+        if (!HandOn(lock, take)) return false;
+        if (ready()) return true;
+        changed_.wait(lock, [&] {
+            return failure_ || ready() ||
+                   (!groups_.empty() && (!groups_.front()->coded.empty() || groups_.front()->done));
+        });
+    }
+}
+
+void GroupedVideoEncoder::RethrowFailure() const {
+    if (failure_) std::rethrow_exception(failure_);
+}
+
+void GroupedVideoEncoder::WorkAlong() {
+    Work work;
+    Lock lock(mutex_);
+    try {
+        for (;;) {
+            changed_.wait(lock, [&] {
+                return cancelled_ || failure_ ||
+                       (work.group != nullptr ? work.group->closed || !work.group->waiting.empty()
+                                              : NextGroup() != nullptr);
+            });
+            if (cancelled_ || failure_) return;
+            CodeNext(lock, work);
+        }
+    } catch (...) {
+        if (!lock.owns_lock()) lock.lock();
+        failure_ = std::current_exception();
+        changed_.notify_all();
+    }
+}
+
+GroupedVideoEncoder::Group* GroupedVideoEncoder::NextGroup() {
+    for (const std::unique_ptr<Group>& group : groups_)
+        if (!group->taken) return group.get();
+    return nullptr;
+}
+
+// One frame further, or to the end of a group whose frames are all coded.
+void GroupedVideoEncoder::CodeNext(Lock& lock, Work& work) {
+    if (work.group == nullptr) {
+        work.group = NextGroup();
+        if (work.group == nullptr) return;
+        work.group->taken = true;
+    }
+    Group& group = *work.group;
+    if (!group.waiting.empty()) {
+        FrameHandle frame = std::move(group.waiting.front());
+        group.waiting.pop_front();
+        --waiting_;
+        lock.unlock();
+        Outcome outcome = Code(work, std::move(frame));
+        lock.lock();
+        Note(group, std::move(outcome));
+    } else if (group.closed) {
+        EndGroup(group);
+        work = {};
+    }
+    changed_.notify_all();
+}
+
+GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, FrameHandle frame) const {
+    codecs::GroupRateControl& control = *work.group->control;
+    const Ticks time{frame->pts};
+    codecs::GroupRateControl::Picture picture;
+    picture.seconds = (time - work.group->start).Seconds();
+    picture.key = !work.coder;
+    picture.intra_cost = codecs::IntraCost(Luma(*frame));
+    if (work.before) picture.inter_cost = codecs::InterCost(Luma(*frame), Luma(*work.before));
+    const codecs::GroupRateControl::Decision decision = control.Decide(picture);
+    Outcome outcome;
+    if (decision.drop) {
+        outcome.drops = {1, static_cast<std::int64_t>(decision.expected_bits / 8)};
+        return outcome;
+    }
+    outcome.packet.presentation = outcome.packet.decode = time;
+    outcome.packet.duration = {frame->pkt_duration};
+    if (!work.coder) work.coder = make_coder_(control.BucketRoom());
+    CodedPicture coded = work.coder->Encode(*frame, decision.quantiser);
+    control.Coded(coded.bits, 8.0 * coded.data->size, coded.key);
+    outcome.packet.data = std::move(coded.data);
+    outcome.packet.key = coded.key;
+    outcome.bits = coded.bits;
+    work.before = std::move(frame);
+    return outcome;
+}
+
+void GroupedVideoEncoder::Note(Group& group, Outcome outcome) {
+    drops_.frames += outcome.drops.frames;
+    drops_.bytes += outcome.drops.bytes;
+    if (!outcome.packet.data) return;
+    group.coded.push_back(std::move(outcome.packet));
+    group.pictures.push_back(outcome.bits);
+}
+
+void GroupedVideoEncoder::EndGroup(Group& group) {
+    codecs::GroupResult result = group.control->Result();
+    result.seconds = group.length.Seconds();
+    ledger_.Close(group.index, result);
+    group.done = true;
+}
+
+Drops GroupedVideoEncoder::TakeDrops() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(drops_, {});
+}
+
+std::vector<codecs::FirstPassGroup> GroupedVideoEncoder::TakeFirstPass() {
+    const std::lock_guard lock(mutex_);
+    return std::move(report_);
+}
+
+}  // namespace engine

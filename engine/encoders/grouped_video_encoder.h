@@ -1,0 +1,103 @@
+// Parts a stream of pictures in closed groups and codes several of them side by side.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include "codecs/common/group_rate_control.h"
+#include "codecs/common/rate_ledger.h"
+#include "engine/encoders/encoder.h"
+#include "engine/encoders/group_coder.h"
+#include "engine/encoders/make_encoder.h"
+#include "engine/plan/encode_plan.h"
+
+namespace engine {
+
+/// The packets are the same for any number of workers: where groups begin follows from the frames'
+/// times, and what a group is given from groups that are ready whatever the number.
+class GroupedVideoEncoder final : public VideoEncoder {
+  public:
+    GroupedVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
+                        const EncoderPass& pass, PictureFormat format, StreamHeader header,
+                        GroupCoderMaker make_coder);
+    ~GroupedVideoEncoder() override;
+
+    PictureFormat Format() const override { return format_; }
+    StreamHeader Header() const override { return header_; }
+    /// With one worker the frame's packet follows at once; with more, those of frames before it.
+    /// Blocks while as many frames wait as the workers need to stay busy.
+    bool Encode(AVFrame& frame, const PacketTaker& take) override;
+    bool Finish(const PacketTaker& take) override;
+    Drops TakeDrops() override;
+    std::vector<codecs::FirstPassGroup> TakeFirstPass() override;
+
+  private:
+    // Everything in it but `control`, which the group's worker has for itself, is under the lock.
+    struct Group {
+        std::int64_t index = 0;
+        Ticks start;
+        Ticks length;  // expected; once it is closed, what it came to
+        bool closed = false;
+        bool taken = false;  // by a worker
+        bool done = false;
+        std::deque<FrameHandle> waiting;
+        std::deque<CodedPacket> coded;
+        std::vector<codecs::PictureBits> pictures;
+        std::optional<codecs::GroupRateControl> control;
+    };
+    struct Work;     // what a worker has at hand for one group
+    struct Outcome;  // of one frame
+
+    using Lock = std::unique_lock<std::mutex>;
+    void Try(const AVFrame& frame);
+    bool Place(Lock& lock, FrameHandle frame, const PacketTaker& take);
+    void CloseGroup(Ticks end);
+    bool MayOpenGroup() const;
+    void OpenGroup(Ticks start);
+    bool HandOn(Lock& lock, const PacketTaker& take);
+    template <typename Ready>
+    bool HandOnUntil(Lock& lock, const PacketTaker& take, Ready&& ready);
+    void RethrowFailure() const;
+
+    void WorkAlong();
+    Group* NextGroup();
+    void CodeNext(Lock& lock, Work& work);
+    Outcome Code(Work& work, FrameHandle frame) const;
+    void Note(Group& group, Outcome outcome);
+    void EndGroup(Group& group);
+
+    const PictureFormat format_;
+    const StreamHeader header_;
+    const GroupCoderMaker make_coder_;
+    const codecs::RateSettings rate_;
+    const Ticks group_length_;
+    const Ticks length_;  // of the stream; 0 = unknown
+    const std::size_t workers_;
+    const std::size_t most_waiting_;  // frames
+    const codecs::RateExperience usual_;
+    FramePool frames_;
+    bool tries_;  // the first frame
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    codecs::RateLedger ledger_;
+    std::deque<std::unique_ptr<Group>> groups_;  // whose packets have not all been handed on
+    std::int64_t next_index_ = 0;
+    std::size_t waiting_ = 0;  // frames of all groups
+    Ticks end_;                // of the last frame
+    Drops drops_;
+    std::vector<codecs::FirstPassGroup> report_;
+    std::exception_ptr failure_;
+    bool cancelled_ = false;
+    std::unique_ptr<Work> own_work_;  // of the caller's thread, where there is one worker
+    std::vector<std::thread> threads_;
+};
+
+}  // namespace engine

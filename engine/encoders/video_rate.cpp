@@ -1,0 +1,86 @@
+#include "engine/encoders/video_rate.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "engine/encoders/video_header.h"
+
+namespace engine {
+namespace {
+
+using platform::VbrMode;
+
+constexpr double kFinestQuantiser = 1;
+constexpr double kBestQuantiser = 2;  // of quality mode
+constexpr double kCoarsestQuantiser = 31;
+constexpr double kSharpestCoarsest = 12;
+constexpr int kUsualSharpness = 75;
+constexpr std::int32_t kUsualBufferMs = 5000;
+
+double QualityQuantiser(std::int32_t quality) {
+    const double part = (100 - std::clamp(quality, 0, 100)) / 100.0;
+    return kBestQuantiser + part * (kCoarsestQuantiser - kBestQuantiser);
+}
+
+// Sharper pictures at the cost of their number.
+double CoarsestQuantiser(std::int32_t sharpness) {
+    const int above = std::clamp(sharpness, kUsualSharpness, 100) - kUsualSharpness;
+    return kCoarsestQuantiser -
+           above * (kCoarsestQuantiser - kSharpestCoarsest) / (100 - kUsualSharpness);
+}
+
+double BucketBits(double rate_bps, std::int32_t buffer_ms) {
+    return rate_bps * (buffer_ms > 0 ? buffer_ms : kUsualBufferMs) / 1000;
+}
+
+}  // namespace
+
+codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
+    codecs::RateSettings rate;
+    rate.rate_bps = plan.bit_rate_bps;
+    if (plan.mode == VbrMode::Quality) {
+        rate.finest = rate.coarsest = QualityQuantiser(plan.quality);
+        return rate;
+    }
+    rate.finest = kFinestQuantiser;
+    rate.coarsest = CoarsestQuantiser(plan.sharpness);
+    // The first of two passes only finds out what the pictures take.
+    rate.steady = pass.number < pass.count;
+    if (rate.steady) return rate;
+    if (plan.mode == VbrMode::Constant) {
+        rate.bucket_rate_bps = plan.bit_rate_bps;
+        rate.bucket_bits = BucketBits(plan.bit_rate_bps, plan.buffer_ms);
+        rate.may_drop = true;
+    } else if (plan.mode == VbrMode::Peak) {
+        rate.bucket_rate_bps = std::max(plan.peak_rate_bps, plan.bit_rate_bps);
+        rate.bucket_bits = BucketBits(rate.bucket_rate_bps, plan.peak_buffer_ms);
+    }
+    return rate;
+}
+
+codecs::RateExperience UsualExperience(const VideoPlan& plan) {
+    constexpr double kKeyTexturePerCost = 2.7;
+    constexpr double kDeltaTexture = 0.15;
+    constexpr double kFixedPerPixel = 0.02;
+    const double fixed = kFixedPerPixel * plan.width * plan.height;
+    return {CodedFrameRate(plan) / 1000.0, kKeyTexturePerCost, fixed, kDeltaTexture, fixed};
+}
+
+int LongestGroup(const VideoPlan& plan) {
+    constexpr std::int64_t kMemory = 96U << 20U;  // bytes of a group's frames
+    constexpr std::int64_t kFewest = 60;
+    constexpr std::int64_t kMost = 100;
+    const std::int64_t frame_bytes = std::int64_t{plan.width} * plan.height * 3 / 2;
+    return static_cast<int>(std::clamp(kMemory / frame_bytes, kFewest, kMost));
+}
+
+Ticks GroupLength(const VideoPlan& plan) {
+    const Ticks longest{static_cast<std::int64_t>(LongestGroup(plan) * 1000.0 /
+                                                  CodedFrameRate(plan) * Ticks::kPerSecond)};
+    const Ticks asked = Ticks::FromMilliseconds(plan.key_frame_distance_ms);
+    if (asked.count <= 0) return longest;
+    const std::int64_t parts = (asked.count + longest.count - 1) / longest.count;
+    return {asked.count / parts};
+}
+
+}  // namespace engine

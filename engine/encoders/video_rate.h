@@ -1,0 +1,25 @@
+// How a plan's rate options steer the coding of pictures.
+#pragma once
+
+#include "codecs/common/group_rate_control.h"
+#include "codecs/common/rate_settings.h"
+#include "engine/encoders/make_encoder.h"
+#include "engine/plan/encode_plan.h"
+#include "engine/ticks.h"
+
+namespace engine {
+
+/// The most pictures of a group at the expected rate: enough that its key picture is a small part
+/// of it, few enough that several groups fit into memory.
+int LongestGroup(const VideoPlan& plan);
+
+/// What the pictures of footage take before anything is known of them.
+codecs::RateExperience UsualExperience(const VideoPlan& plan);
+
+/// In quality mode the one quantiser that the quality stands for.
+codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass);
+
+/// The asked key-frame distance, in as many equal parts as LongestGroup makes necessary.
+Ticks GroupLength(const VideoPlan& plan);
+
+}  // namespace engine

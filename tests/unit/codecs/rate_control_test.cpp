@@ -1,0 +1,194 @@
+// Rate control over a pretended encoder: pictures take what a model says, not the one that the
+// control believes in.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <numeric>
+#include <random>
+#include <vector>
+
+#include "codecs/common/group_rate_control.h"
+#include "codecs/common/rate_ledger.h"
+#include "codecs/common/two_pass_plan.h"
+
+namespace {
+
+using namespace codecs;
+
+constexpr double kFps = 25;
+constexpr int kGroupPictures = 75;
+constexpr double kGroupSeconds = kGroupPictures / kFps;
+constexpr RateExperience kUsual{kFps, 2, 3000, 0.15, 1500};
+
+struct Shot {
+    double detail = 1;  // of its key picture
+    double motion = 0.1;
+};
+
+// What a picture takes at a quantiser: steeper than the control's model, and never quite even.
+struct PretendedEncoder {
+    std::function<Shot(int picture)> shot;
+    std::mt19937 noise{7};
+
+    PictureBits Take(int picture, bool key, double quantiser) {
+        const Shot seen = shot(picture);
+        std::uniform_real_distribution<double> uneven(0.8, 1.25);
+        const double whole = std::max(1.0, std::round(quantiser));
+        const double texture =
+            2.7e6 * seen.detail * (key ? 1 : seen.motion) * uneven(noise) / std::pow(whole + 1, 1.1);
+        return PictureBits::Taken(texture, key ? 4000 : 1200, whole);
+    }
+    double IntraCost(int picture) const { return 1.2e6 * shot(picture).detail; }
+    double InterCost(int picture) const {
+        return 1.2e6 * shot(picture).detail * shot(picture).motion;
+    }
+};
+
+struct Outcome {
+    double bits = 0;
+    double fullest_bucket = 0;
+    int dropped = 0;
+    std::vector<double> group_bits;
+    std::vector<double> quantisers;
+    std::vector<FirstPassGroup> report;
+};
+
+// With as many groups at work at once as `at_once` and the ledger allow: each is closed as late as
+// can be.
+Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups, int at_once,
+             std::vector<PlannedGroup> plan = {}) {
+    RateLedger ledger(settings, kUsual, std::move(plan));
+    Outcome outcome;
+    double level = 0;
+    std::vector<GroupResult> open;
+    std::int64_t closed = 0;
+    for (int group = 0; group < groups; ++group) {
+        for (; closed <= std::max<std::int64_t>(group - at_once, ledger.Needs()); ++closed)
+            ledger.Close(closed, open[static_cast<std::size_t>(closed)]);
+        GroupRateControl control(settings, ledger.Open(kGroupSeconds));
+        outcome.report.push_back({kGroupSeconds, {}});
+        bool key = true;
+        for (int i = 0; i < kGroupPictures; ++i) {
+            const int picture = group * kGroupPictures + i;
+            level = std::max(0.0, level - settings.bucket_rate_bps / kFps);
+            const auto decision = control.Decide({i / kFps, key, encoder.IntraCost(picture),
+                                                  i == 0 ? 0 : encoder.InterCost(picture)});
+            if (decision.drop) {
+                ++outcome.dropped;
+                continue;
+            }
+            const PictureBits taken = encoder.Take(picture, key, decision.quantiser);
+            const double bits = taken.At(std::max(1.0, std::round(decision.quantiser)));
+            control.Coded(taken, bits, key);
+            key = false;
+            level += bits;
+            outcome.fullest_bucket = std::max(outcome.fullest_bucket, level);
+            outcome.quantisers.push_back(decision.quantiser);
+            outcome.report.back().pictures.push_back(taken);
+        }
+        open.push_back(control.Result());
+        outcome.group_bits.push_back(control.Result().bits);
+        outcome.bits += control.Result().bits;
+    }
+    return outcome;
+}
+
+Shot Steady(int) { return {}; }
+Shot Cuts(int picture) { return picture % 190 < 95 ? Shot{0.5, 0.08} : Shot{1.2, 0.25}; }
+Shot HarderTowardsTheEnd(int picture) { return {1, 0.05 + 0.4 * picture / 1500.0}; }
+Shot Still(int) { return {0.001, 0.0001}; }
+Shot Storm(int) { return {3, 0.9}; }
+
+RateSettings Constant(double rate, double buffer_seconds) {
+    return {rate, rate, rate * buffer_seconds, 1, 31, true};
+}
+
+struct RateCase {
+    const char* why;
+    std::function<Shot(int)> shot;
+    RateSettings settings;
+    bool two_passes;
+    double within;  // of the rate
+    int least_drops, most_drops;  // of 1500 pictures
+};
+
+// clang-format off
+const RateCase kRateCases[] = {
+    // why                                  content              settings                            two    within drops
+    {"even content",                        Steady,              Constant(1e6, 5),                   false, 0.02,  0, 0},
+    {"a small buffer",                      Steady,              Constant(1e6, 1),                   false, 0.02,  0, 0},
+    {"cuts within groups",                  Cuts,                Constant(1e6, 5),                   false, 0.05,  0, 15},
+    {"content that grows harder",           HarderTowardsTheEnd, Constant(1e6, 5),                   false, 0.05,  0, 0},
+    {"far too little: pictures go",         Storm,               Constant(150e3, 5),                 false, 0.15,  200, 1470},
+    {"no bucket, one pass",                 Cuts,                {1e6, 0, 0, 1, 31, false},          false, 0.05,  0, 0},
+    {"two passes, constant",                Cuts,                Constant(1e6, 5),                   true,  0.02,  0, 5},
+    {"two passes, average",                 Cuts,                {1e6, 0, 0, 1, 31, false},          true,  0.02,  0, 0},
+    {"two passes, average, growing harder", HarderTowardsTheEnd, {1e6, 0, 0, 1, 31, false},          true,  0.02,  0, 0},
+    {"two passes, peak",                    HarderTowardsTheEnd, {1e6, 1.5e6, 3e6, 1, 31, false},    true,  0.03,  0, 0},
+};
+// clang-format on
+
+TEST(RateControl, HoldsRateAndBucket) {
+    for (const RateCase& row : kRateCases) {
+        SCOPED_TRACE(row.why);
+        std::vector<PlannedGroup> plan;
+        if (row.two_passes) {
+            RateSettings first = row.settings;
+            first.bucket_rate_bps = first.bucket_bits = 0;
+            first.may_drop = false;
+            plan = PlanGroups(row.settings, Code(first, {row.shot}, 20, 4).report);
+        }
+        const Outcome outcome = Code(row.settings, {row.shot}, 20, 4, std::move(plan));
+        EXPECT_NEAR(outcome.bits / (20 * kGroupSeconds), row.settings.rate_bps,
+                    row.settings.rate_bps * row.within);
+        EXPECT_GE(outcome.dropped, row.least_drops);
+        EXPECT_LE(outcome.dropped, row.most_drops);
+        if (row.settings.bucket_rate_bps > 0) {
+            EXPECT_LE(outcome.fullest_bucket, row.settings.bucket_bits);
+        }
+    }
+}
+
+TEST(RateControl, NumberOfGroupsAtOnceChangesNothing) {
+    const Outcome alone = Code(Constant(1e6, 5), {Cuts}, 20, 1);
+    for (const int at_once : {2, 3, 7, static_cast<int>(RateLedger::kMostAtOnce)})
+        EXPECT_EQ(Code(Constant(1e6, 5), {Cuts}, 20, at_once).quantisers, alone.quantisers);
+}
+
+TEST(RateControl, LearnsFromGroupsBefore) {
+    // The first groups know nothing of pictures that take far more than usual, the later ones do.
+    const auto costly = [](int) { return Shot{1, 0.5}; };
+    const Outcome outcome = Code(Constant(2e6, 5), {costly}, 20, 8);
+    const auto error = [&](std::size_t group) {
+        return std::abs(outcome.group_bits[group] - 2e6 * kGroupSeconds);
+    };
+    EXPECT_LT(error(18) + error(19), error(0) + error(1));
+}
+
+TEST(RateControl, EasyContentIsCodedAtItsBestAndNoBitsAreMadeUp) {
+    const Outcome outcome = Code(Constant(1e6, 5), {Still}, 4, 2);
+    EXPECT_LT(outcome.bits, 1e6 * 4 * kGroupSeconds);
+    EXPECT_EQ(outcome.quantisers.back(), 1);
+    EXPECT_EQ(outcome.dropped, 0);
+}
+
+TEST(RateControl, OneQuantiserWhereThereIsNoChoice) {
+    const Outcome outcome = Code({0, 0, 0, 9, 9, false}, {Cuts}, 3, 2);
+    EXPECT_TRUE(std::all_of(outcome.quantisers.begin(), outcome.quantisers.end(),
+                            [](double q) { return q == 9; }));
+}
+
+TEST(TwoPassPlan, GivesHarderGroupsMore) {
+    std::vector<FirstPassGroup> groups(4, {2, std::vector<PictureBits>(50, {1e5, 100})});
+    groups[2].pictures.assign(50, {4e5, 100});
+    const std::vector<PlannedGroup> plan = PlanGroups({1e6, 0, 0, 1, 31, false}, groups);
+    EXPECT_GT(plan[2].bits, 2 * plan[1].bits);
+    const double sum = std::accumulate(plan.begin(), plan.end(), 0.0,
+                                       [](double s, const auto& group) { return s + group.bits; });
+    EXPECT_NEAR(sum, 8e6, 8e4);
+    EXPECT_TRUE(PlanGroups({1e6, 0, 0, 1, 31, false}, {}).empty());
+}
+
+}  // namespace
