@@ -18,8 +18,8 @@ StreamHeader AudioStreamHeader(const AudioPlan& plan) {
     audio.bits_per_sample = static_cast<std::uint16_t>(written.format.bits_per_sample);
     StreamHeader header;
     header.format = audio;
-    header.codec_name = AudioDisplayName(*plan.codec, plan.mode);
-    header.codec_description = AudioDescription(*plan.codec, plan.mode, plan.format);
+    header.codec_name = plan.codec_name;
+    header.codec_description = plan.codec_description;
     header.variable_rate = plan.mode != platform::VbrMode::Constant;
     header.average_rate_bps = static_cast<std::uint32_t>(written.format.value);
     header.buffer_ms = kBufferMs;

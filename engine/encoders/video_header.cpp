@@ -1,9 +1,5 @@
 #include "engine/encoders/video_header.h"
 
-#include <fmt/format.h>
-
-#include <string>
-
 namespace engine {
 namespace {
 
@@ -12,22 +8,6 @@ using platform::VbrMode;
 constexpr std::int32_t kUsualFrameRate = 30'000;
 
 std::uint32_t Unsigned(std::int64_t value) { return static_cast<std::uint32_t>(value); }
-
-std::string Description(const VideoPlan& plan) {
-    const std::int32_t kilobits = (plan.bit_rate_bps + 500) / 1000;
-    switch (plan.mode) {
-        case VbrMode::Constant:
-            return fmt::format("{} kbps CBR", kilobits);
-        case VbrMode::BitRate:
-            return fmt::format("{} kbps VBR", kilobits);
-        case VbrMode::Quality:
-            return fmt::format("quality {} VBR", plan.quality);
-        case VbrMode::Peak:
-            return fmt::format("{} kbps VBR, peak {} kbps", kilobits,
-                               (plan.peak_rate_bps + 500) / 1000);
-    }
-    return {};
-}
 
 }  // namespace
 
@@ -48,8 +28,8 @@ StreamHeader VideoStreamHeader(const VideoPlan& plan) {
     }
     StreamHeader header;
     header.format = video;
-    header.codec_name = VideoDisplayName(*plan.codec);
-    header.codec_description = Description(plan);
+    header.codec_name = plan.codec_name;
+    header.codec_description = plan.codec_description;
     header.variable_rate = plan.mode != VbrMode::Constant;
     header.conformance = plan.conformance;
     if (plan.mode == VbrMode::Quality) return header;  // its rate is known once it is written
