@@ -34,6 +34,7 @@ struct AvDeleter {
     void operator()(AVFilterGraph* p) const { avfilter_graph_free(&p); }
     void operator()(AVFilterInOut* p) const { avfilter_inout_free(&p); }
     void operator()(SwrContext* p) const { swr_free(&p); }
+    void operator()(AVBufferRef* p) const { av_buffer_unref(&p); }
     void operator()(AVBufferPool* p) const { av_buffer_pool_uninit(&p); }
     void operator()(AVDictionary* p) const { av_dict_free(&p); }
 };
