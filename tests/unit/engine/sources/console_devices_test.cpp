@@ -3,12 +3,11 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstring>
 #include <fstream>
-#include <thread>
 
 #include "support/commands.h"
+#include "support/x_server.h"
 
 namespace test_support {
 namespace {
@@ -58,15 +57,6 @@ class Socket {
     sockaddr_un address_;
     int number_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
 };
-
-bool Eventually(const std::function<bool()>& happened) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!happened()) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return true;
-}
 
 // A sound server with two outputs that share a description, and one input.
 class SoundServer {
@@ -145,14 +135,9 @@ TEST(ConsoleDevices, NumbersOfTheListingSelectTheSameDevices) {
 
 TEST(ConsoleDevices, AScreenIsListedWhereThereIsADesktop) {
     const TempFolder folder;
-    const BackgroundCommand server({"Xvfb", "-displayfd", "1", "-nolisten", "tcp"}, folder.path());
-    std::string number;
-    ASSERT_TRUE(Eventually([&] {
-        std::ifstream shown(folder / "out");
-        return static_cast<bool>(std::getline(shown, number)) && !shown.eof();
-    })) << "Xvfb is needed, see packages.txt";
+    const XServer server("320x240x24");
     Environment environment = Private(folder);
-    environment["DISPLAY"] = ":" + number;
+    environment["DISPLAY"] = server.display();
     const CommandResult listed = Console({"-devices"}, environment);
     EXPECT_EQ(listed.status, 0) << listed.err;
     EXPECT_THAT(listed.out, testing::EndsWith(" : Screen\n"));
