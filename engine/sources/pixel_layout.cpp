@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <bit>
-
 #include "platform/error.h"
 
 namespace engine {
@@ -52,11 +50,10 @@ const PixelLayout& LayoutOf(const X11Display& display, xcb_window_t window) {
     const xcb_visualtype_t* visual =
         attributes ? FindVisual(display.screen(), attributes->visual) : nullptr;
     const int depth = geometry ? geometry->depth : 0;
-    const bool same_order = (setup->image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST) ==
-                            (std::endian::native == std::endian::little);
+    const bool little = setup->image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST;
     const bool direct = visual != nullptr && (visual->_class == XCB_VISUAL_CLASS_TRUE_COLOR ||
                                               visual->_class == XCB_VISUAL_CLASS_DIRECT_COLOR);
-    if (direct && same_order)
+    if (direct && little)
         for (const LayoutRow& row : kLayouts)
             if (row.bits_per_pixel == BitsPerPixel(setup, geometry->depth) &&
                 row.masks == std::array{visual->red_mask, visual->green_mask, visual->blue_mask})

@@ -20,7 +20,7 @@ struct PixelLayout {
 };
 
 /// The layout of a window's pixels. Throws platform::Error for those that cannot be recorded:
-/// colours from a table, and byte orders that are not this machine's.
+/// colours from a table, and big-endian ones.
 const PixelLayout& LayoutOf(const X11Display& display, xcb_window_t window);
 
 }  // namespace engine

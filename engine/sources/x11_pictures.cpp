@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <utility>
 #include <vector>
@@ -15,9 +16,12 @@ namespace {
 constexpr std::uint32_t kAllPlanes = ~0U;
 // Converters may read a little past the last row.
 constexpr std::size_t kPadding = 4096;
+// Fetching a pixel and copying it takes about so many times as long as only fetching it.
+constexpr std::int32_t kCopyCost = 6;
 
 void Unmap(void* size, std::uint8_t* memory) {
-    munmap(memory, reinterpret_cast<std::size_t>(size));
+    const std::unique_ptr<std::size_t> owned(static_cast<std::size_t*>(size));
+    munmap(memory, *owned);
 }
 
 }  // namespace
@@ -59,9 +63,11 @@ PictureMemory X11Pictures::NewMemory(bool share) {
     if (ftruncate(descriptor, static_cast<off_t>(size)) == 0)
         memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     PictureMemory made;
+    auto owned = std::make_unique<std::size_t>(size);
     if (memory != MAP_FAILED)
-        made.buffer.reset(av_buffer_create(static_cast<std::uint8_t*>(memory), size, Unmap,
-                                           reinterpret_cast<void*>(size), 0));
+        made.buffer.reset(
+            av_buffer_create(static_cast<std::uint8_t*>(memory), size, Unmap, owned.get(), 0));
+    if (made.buffer) owned.release();
     if (!made.buffer || !share) close(descriptor);
     if (!made.buffer) {
         if (memory != MAP_FAILED) munmap(memory, size);
@@ -105,8 +111,15 @@ std::size_t X11Pictures::PictureBytes() const {
 }
 
 void X11Pictures::MarkStale(const PixelBox& box) {
-    const PixelBox inside = Intersection(box, {0, 0, area_.width, area_.height});
+    const PixelBox inside = AsFetched(Intersection(box, {0, 0, area_.width, area_.height}));
     for (X11Picture& each : pictures_) each.stale.Add(inside);
+}
+
+// The server can only write rows as they lie in the picture when they are whole. That costs less
+// than it takes to copy the box from elsewhere, unless it is narrow.
+PixelBox X11Pictures::AsFetched(const PixelBox& box) const {
+    if (!shares_ || box.IsEmpty() || kCopyCost * box.width < area_.width) return box;
+    return {0, box.y, area_.width, box.height};
 }
 
 X11Picture& X11Pictures::LeastStale() {
@@ -160,16 +173,14 @@ X11Pictures::Part X11Pictures::Request(const X11Picture& picture, const PixelBox
                 false, nullptr};
     const std::size_t bytes =
         static_cast<std::size_t>(StrideOf(box.width)) * static_cast<std::size_t>(box.height);
-    if (2 * box.width < area_.width && scratch_used + bytes <= PictureBytes()) {
-        const std::size_t offset = std::exchange(scratch_used, scratch_used + bytes);
-        return {box, ask_shared(box, scratch_, offset), true, scratch_.buffer->data + offset};
-    }
-    // Whole rows land where they belong.
     const PixelBox rows{0, box.y, area_.width, box.height};
-    return {rows,
-            ask_shared(rows, picture.memory,
-                       static_cast<std::size_t>(stride_) * static_cast<std::size_t>(box.y)),
-            true, nullptr};
+    if (AsFetched(box) == rows || scratch_used + bytes > PictureBytes())
+        return {rows,
+                ask_shared(rows, picture.memory,
+                           static_cast<std::size_t>(stride_) * static_cast<std::size_t>(box.y)),
+                true, nullptr};
+    const std::size_t offset = std::exchange(scratch_used, scratch_used + bytes);
+    return {box, ask_shared(box, scratch_, offset), true, scratch_.buffer->data + offset};
 }
 
 bool X11Pictures::Receive(const X11Picture& picture, const Part& part) {
@@ -190,7 +201,8 @@ bool X11Pictures::Receive(const X11Picture& picture, const Part& part) {
 
 void X11Pictures::CopyRows(const X11Picture& picture, const PixelBox& box,
                            const std::uint8_t* from) const {
-    const auto bytes = static_cast<std::size_t>(box.width * layout_->bytes);
+    const auto bytes =
+        static_cast<std::size_t>(box.width) * static_cast<std::size_t>(layout_->bytes);
     std::uint8_t* to =
         picture.pixels() + std::ptrdiff_t{box.y} * stride_ + std::ptrdiff_t{box.x} * layout_->bytes;
     for (std::int32_t row = 0; row < box.height; ++row, to += stride_, from += StrideOf(box.width))

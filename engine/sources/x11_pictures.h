@@ -9,7 +9,6 @@
 
 #include <cstdint>
 #include <deque>
-#include <span>
 
 #include "engine/pipeline/av_ptr.h"
 #include "engine/sources/damage_boxes.h"
@@ -63,6 +62,7 @@ class X11Pictures {
     void DropAll();
     int StrideOf(std::int32_t width) const;
     std::size_t PictureBytes() const;
+    PixelBox AsFetched(const PixelBox& box) const;
     X11Picture& LeastStale();
     Part Request(const X11Picture& picture, const PixelBox& box, std::size_t& scratch_used);
     bool Receive(const X11Picture& picture, const Part& part);

@@ -134,12 +134,40 @@ TEST(X11Screen, EachChangeGivesOnePictureThatStaysAsItIs) {
 }
 
 TEST(X11Screen, WithoutNewsOfChangesThereIsAPictureEachTime) {
-    Recording recording("320x240x24", {"-extension", "DAMAGE"});
-    recording.Open();
-    for (std::uint32_t pixel = 1; pixel < 5; ++pixel) {
-        recording.Fill({10, 10, 50, 50}, pixel);
-        EXPECT_TRUE(CanvasOf(*recording.Next()) == recording.seen);
-        EXPECT_TRUE(CanvasOf(*recording.Next()) == recording.seen);
+    for (const char* extension : {"DAMAGE", "XFIXES"}) {
+        SCOPED_TRACE(extension);
+        Recording recording("320x240x24", {"-extension", extension});
+        recording.Open();
+        for (std::uint32_t pixel = 1; pixel < 5; ++pixel) {
+            recording.Fill({10, 10, 50, 50}, pixel);
+            EXPECT_TRUE(CanvasOf(*recording.Next()) == recording.seen);
+            EXPECT_TRUE(CanvasOf(*recording.Next()) == recording.seen);
+        }
+    }
+}
+
+TEST(X11Screen, WhatCannotBeRecordedIsRefused) {
+    struct Case {
+        const char* screen;
+        std::vector<std::string> options;
+        const char* area;
+        const char* error;
+    };
+    const Case cases[] = {
+        {"320x240x8", {}, "", "A screen with 8 bits a pixel of this kind cannot be recorded"},
+        {"320x240x24", {"-extension", "Composite"}, "window:Notes", "lacks the Composite"},
+        {"320x240x24", {}, "window:Letters", "No open window has the title \"Letters\""},
+        {"320x240x24", {}, "region:10x10+315+0", "is not inside it: the screen is 320x240"},
+    };
+    for (const Case& each : cases) {
+        Recording recording(each.screen, each.options);
+        recording.painter.Open({10, 10, 50, 50}, "Notes", 0);
+        try {
+            recording.Open(each.area);
+            ADD_FAILURE() << each.error;
+        } catch (const platform::Error& error) {
+            EXPECT_THAT(error.description(), testing::HasSubstr(each.error));
+        }
     }
 }
 
