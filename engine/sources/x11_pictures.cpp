@@ -67,7 +67,7 @@ PictureMemory X11Pictures::NewMemory(bool share) {
     if (memory != MAP_FAILED)
         made.buffer.reset(
             av_buffer_create(static_cast<std::uint8_t*>(memory), size, Unmap, owned.get(), 0));
-    if (made.buffer) owned.release();
+    if (made.buffer) static_cast<void>(owned.release());
     if (!made.buffer || !share) close(descriptor);
     if (!made.buffer) {
         if (memory != MAP_FAILED) munmap(memory, size);
