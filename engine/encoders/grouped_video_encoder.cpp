@@ -166,7 +166,8 @@ bool GroupedVideoEncoder::HandOn(Lock& lock, const PacketTaker& take) {
             lock.lock();
             if (!wanted) return false;
         } else if (oldest.done) {
-            report_.push_back({oldest.length.Seconds(), std::move(oldest.pictures)});
+            if (rate_.steady)
+                report_.push_back({oldest.length.Seconds(), std::move(oldest.pictures)});
             groups_.pop_front();
         } else {
             return true;
@@ -270,7 +271,7 @@ void GroupedVideoEncoder::Note(Group& group, Outcome outcome) {
     drops_.bytes += outcome.drops.bytes;
     if (!outcome.packet.data) return;
     group.coded.push_back(std::move(outcome.packet));
-    group.pictures.push_back(outcome.bits);
+    if (rate_.steady) group.pictures.push_back(outcome.bits);
 }
 
 void GroupedVideoEncoder::EndGroup(Group& group) {
