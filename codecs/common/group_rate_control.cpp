@@ -169,8 +169,9 @@ double GroupRateControl::Restrained(double even) const {
 }
 
 bool GroupRateControl::MustDrop(const Picture& picture, double even) const {
-    if (picture.key && level_bits_ <= kNearlyEmpty * settings_.bucket_bits) return false;
     const double least = expected_.At(settings_.coarsest);
+    if (picture.key)
+        return least > BucketRoom() && level_bits_ > kNearlyEmpty * settings_.bucket_bits;
     if (least > RoomAt(picture.seconds)) return true;
     return even >= settings_.coarsest && Overdraft(picture.seconds) > 0;
 }

@@ -87,7 +87,11 @@ bool GroupedVideoEncoder::Finish(const PacketTaker& take) {
     Lock lock(mutex_);
     CloseGroup(end_);
     if (own_work_) CodeNext(lock, *own_work_);
-    return HandOnUntil(lock, take, [this] { return groups_.empty(); });
+    if (!HandOnUntil(lock, take, [this] { return groups_.empty(); })) return false;
+    if (!last_.data) return true;
+    // The last picture stays for those that were left out after it.
+    last_.duration = std::max(last_.duration, end_ - last_.presentation);
+    return take(std::move(last_));
 }
 
 // Codes the first frame to nowhere, so that the first groups know what they have before them.
@@ -159,8 +163,9 @@ bool GroupedVideoEncoder::HandOn(Lock& lock, const PacketTaker& take) {
         if (groups_.empty()) return true;
         Group& oldest = *groups_.front();
         if (!oldest.coded.empty()) {
-            CodedPacket packet = std::move(oldest.coded.front());
+            CodedPacket packet = std::exchange(last_, std::move(oldest.coded.front()));
             oldest.coded.pop_front();
+            if (!packet.data) continue;
             lock.unlock();
             const bool wanted = take(std::move(packet));
             lock.lock();

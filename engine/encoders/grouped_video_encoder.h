@@ -31,7 +31,8 @@ class GroupedVideoEncoder final : public VideoEncoder {
 
     PictureFormat Format() const override { return format_; }
     StreamHeader Header() const override { return header_; }
-    /// With one worker the frame's packet follows at once; with more, those of frames before it.
+    /// With one worker the packet of the frame before follows at once; with more, it may take some
+    /// frames.
     /// Blocks while as many frames wait as the workers need to stay busy.
     bool Encode(AVFrame& frame, const PacketTaker& take) override;
     bool Finish(const PacketTaker& take) override;
@@ -92,6 +93,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
     std::int64_t next_index_ = 0;
     std::size_t waiting_ = 0;  // frames of all groups
     Ticks end_;                // of the last frame
+    CodedPacket last_;         // is handed on when the next one is known or there is none
     Drops drops_;
     std::vector<codecs::FirstPassGroup> report_;
     std::exception_ptr failure_;
