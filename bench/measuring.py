@@ -16,6 +16,7 @@ WINDOW = TOP / "build/release/bin/tessivo"
 class Run(NamedTuple):
     seconds: float
     peak_mib: int
+    processor_seconds: float = 0.0
 
 
 def require(*programs):
@@ -25,17 +26,28 @@ def require(*programs):
             sys.exit(f"{program} is missing: build with ./run first.")
 
 
-def run(*words):
-    """Runs a command to its end; its wall-clock time, and the peak of its memory and its children's."""
-    start = time.perf_counter()
-    process = subprocess.Popen([str(word) for word in words], stdin=subprocess.DEVNULL,
-                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+def start(words, **options):
+    """Starts a command whose output is not wanted; `options` are those of subprocess.Popen."""
+    quiet = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    return subprocess.Popen([str(word) for word in words], **(quiet | options))
+
+
+def finish(process, begin):
+    """Waits for a command that was started at `begin` (of time.perf_counter): its wall-clock time, the
+    peak of its memory, and its processor time, with its children's. Ends the benchmark when the
+    command fails."""
     _, status, usage = os.wait4(process.pid, 0)
-    seconds = time.perf_counter() - start
+    seconds = time.perf_counter() - begin
     process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode != 0:
         sys.exit(f"Exit status {process.returncode}: {' '.join(process.args)}")
-    return Run(seconds, usage.ru_maxrss // 1024)
+    return Run(seconds, usage.ru_maxrss // 1024, usage.ru_utime + usage.ru_stime)
+
+
+def run(*words):
+    """Runs a command to its end."""
+    begin = time.perf_counter()
+    return finish(start(words), begin)
 
 
 def alternate(count, ours, theirs):
