@@ -22,6 +22,7 @@ enum ErrorNumber : std::uint32_t {
     kDiskFull = 0x80070070,
     kInvalidArgument = 0x80070057,
     kBusy = 0x800700AA,
+    kDeviceNotConnected = 0x8007048F,
     kEndMarkPastEnd = 0xC00D1B59,
 };
 
