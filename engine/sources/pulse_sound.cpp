@@ -18,8 +18,9 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kOpeningPatience{5000};
-constexpr milliseconds kFragment{20};
-constexpr Ticks kSilentFragment = Ticks::FromMilliseconds(kFragment.count());
+constexpr milliseconds kFragment{10};
+// Silence stays behind, so that sound that comes back finds its place free.
+constexpr Ticks kSilenceDelay = Ticks::FromMilliseconds(60);
 constexpr Ticks kTimingInterval = Ticks::FromMilliseconds(50);
 constexpr Ticks kFirstTimingInterval = Ticks::FromMilliseconds(10);
 constexpr int kMostChannels = 8;
@@ -245,7 +246,7 @@ class PulseSound : public LiveSource {
     bool TakeSilence(FrameHandle& frame) {
         const Ticks now = CaptureNow();
         if (end_ == Ticks{}) end_ = now;
-        if (now - end_ < kSilentFragment) return false;
+        if (now - end_ < kSilenceDelay) return false;
         last_pts_ = std::max(last_pts_, end_);
         frame = frames_->NewSilence(
             static_cast<int>(kFragment.count() * frames_->Format().sampling_rate / 1000),

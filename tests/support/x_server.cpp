@@ -2,21 +2,10 @@
 
 #include <signal.h>
 
-#include <chrono>
 #include <fstream>
 #include <stdexcept>
-#include <thread>
 
 namespace test_support {
-
-bool Eventually(const std::function<bool()>& happened) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!happened()) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return true;
-}
 
 XServer::XServer(const std::string& screen, const std::vector<std::string>& options) {
     std::vector<std::string> words = {"Xvfb",     "-displayfd", "1", "-nolisten", "tcp",

@@ -6,11 +6,9 @@
 #include <vector>
 
 #include "support/commands.h"
+#include "support/eventually.h"
 
 namespace test_support {
-
-/// Asks again and again until it is so, for half a minute at most.
-bool Eventually(const std::function<bool()>& happened);
 
 /// Xvfb, which keeps what clients have set up after the last one has left.
 class XServer {

@@ -4,9 +4,8 @@
 #include <unistd.h>
 
 #include <cstring>
-#include <fstream>
 
-#include "support/commands.h"
+#include "support/sound_server.h"
 #include "support/x_server.h"
 
 namespace test_support {
@@ -47,7 +46,6 @@ class Socket {
     Socket(const Socket&) = delete;
     Socket& operator=(const Socket&) = delete;
 
-    bool Connect() { return connect(number_, Address(), sizeof address_) == 0; }
     bool Listen() {
         return bind(number_, Address(), sizeof address_) == 0 && listen(number_, 16) == 0;
     }
@@ -58,32 +56,13 @@ class Socket {
     int number_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
 };
 
-// A sound server with two outputs that share a description, and one input.
-class SoundServer {
-  public:
-    SoundServer(const TempFolder& folder, const std::string& defaults) {
-        std::ofstream(folder / "server.pa")
-            << "load-module module-null-sink sink_name=n1 sink_properties=device.description=Hall\n"
-            << "load-module module-null-sink sink_name=n2 sink_properties=device.description=Hall\n"
-            << "load-module module-pipe-source source_name=mic file=" << folder / "mic.pipe"
-            << " source_properties=device.description=Desk\n"
-            << defaults
-            << "load-module module-native-protocol-unix socket=" << folder / "pulse.sock"
-            << "\n";
-        server_ = std::make_unique<BackgroundCommand>(
-            std::vector<std::string>{"env", "HOME=" + folder.path().string(),
-                                     "XDG_RUNTIME_DIR=" + folder.path().string(), "pulseaudio",
-                                     "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
-                                     "-n", "-F", folder / "server.pa"},
-            folder.path());
-        runs_ = Eventually([&] { return Socket(folder / "pulse.sock").Connect(); });
-    }
-    bool Runs() const { return runs_; }
-
-  private:
-    std::unique_ptr<BackgroundCommand> server_;
-    bool runs_ = false;
-};
+// Two outputs that share a description, and one input.
+std::string Sinks(const TempFolder& folder) {
+    return "load-module module-null-sink sink_name=n1 sink_properties=device.description=Hall\n"
+           "load-module module-null-sink sink_name=n2 sink_properties=device.description=Hall\n"
+           "load-module module-pipe-source source_name=mic file=" +
+           (folder / "mic.pipe") + " source_properties=device.description=Desk\n";
+}
 
 struct ServerCase {
     const char* why;
@@ -104,7 +83,7 @@ TEST(ConsoleDevices, NumbersOfTheListingSelectTheSameDevices) {
     for (const ServerCase& each : kServerCases) {
         SCOPED_TRACE(each.why);
         const TempFolder folder;
-        const SoundServer server(folder, each.defaults);
+        const SoundServer server(folder, Sinks(folder) + each.defaults);
         ASSERT_TRUE(server.Runs()) << "pulseaudio is needed, see packages.txt";
         const Environment environment = Private(folder);
 
