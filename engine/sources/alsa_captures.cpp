@@ -1,29 +1,12 @@
 #include "engine/sources/alsa_captures.h"
 
-// One of its declarations stands outside of its own linkage block.
-extern "C" {
-#include <alsa/asoundlib.h>
-}
-
-#include <cstdarg>
 #include <memory>
 #include <string>
 
+#include "engine/sources/alsa_errors.h"
+
 namespace engine {
 namespace {
-
-// The library's own way is to print; a card without captures is nothing to report.
-class SilentErrors {
-  public:
-    SilentErrors() : before_(snd_lib_error_set_local(Ignore)) {}
-    ~SilentErrors() { snd_lib_error_set_local(before_); }
-    SilentErrors(const SilentErrors&) = delete;
-    SilentErrors& operator=(const SilentErrors&) = delete;
-
-  private:
-    static void Ignore(const char*, int, const char*, int, const char*, va_list) {}
-    snd_local_error_handler_t before_;
-};
 
 template <typename Info>
 using InfoPtr = std::unique_ptr<Info, void (*)(Info*)>;
@@ -63,7 +46,7 @@ void AddCard(int number, std::vector<AlsaCapture>& captures) {
 }  // namespace
 
 std::vector<AlsaCapture> AlsaCaptures() {
-    const SilentErrors silent;
+    const SilentAlsaErrors silent;  // a card without captures is nothing to report
     std::vector<AlsaCapture> captures;
     int card = -1;
     while (snd_card_next(&card) >= 0 && card >= 0) AddCard(card, captures);

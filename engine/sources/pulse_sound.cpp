@@ -18,6 +18,8 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kOpeningPatience{5000};
+// Also what times of a monitor may be late by: the server keeps back as much as its output could
+// still take back, and does not count it.
 constexpr milliseconds kFragment{10};
 // Silence stays behind, so that sound that comes back finds its place free.
 constexpr Ticks kSilenceDelay = Ticks::FromMilliseconds(60);
