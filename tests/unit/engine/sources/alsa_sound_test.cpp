@@ -32,6 +32,8 @@ class AlsaSound : public testing::Test {
             << folder_ / "ramp.raw"
             << " format raw }\n"
             << "pcm.telephone { type mulaw slave { pcm silence format S16_LE } }\n"
+            << "pcm.plug { @args [ SLAVE ] @args.SLAVE { type string } type plug slave.pcm $SLAVE "
+               "}\n"
             << "pcm.mic { type pulse device mic }\n"
             << "pcm.gone { type hw card 31 }\n";
         setenv("ALSA_CONFIG_PATH", (folder_ / "asound.conf").c_str(), 1);

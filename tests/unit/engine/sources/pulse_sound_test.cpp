@@ -24,6 +24,9 @@ using test_support::SoundServer;
 using test_support::TempFolder;
 using testing::HasSubstr;
 
+// What times may jump by while a busy machine keeps the server or the test waiting.
+constexpr Ticks kJitter = Ticks::FromMilliseconds(20);
+
 constexpr const char* kNoServer = "pulseaudio is needed, see packages.txt";
 
 // A server, which the captures of this process then talk to.
@@ -237,12 +240,13 @@ TEST_F(PulseSound, TimesAreThoseAtWhichTheSoundIsHeard) {
     FrameHandle frame;
     bool in_beep = false;
     std::optional<Ticks> due;
-    int frame_count = 0;
+    std::vector<std::int64_t> steps;
     while (onsets.size() < kBeeps) {
         ASSERT_TRUE(source->Read(frame));
         const Ticks pts{frame->pts};
-        if (due && ++frame_count > 50) {
-            EXPECT_LT(std::abs((pts - *due).count), Ticks::kPerMillisecond);
+        if (due) {
+            steps.push_back(std::abs((pts - *due).count));
+            ASSERT_LT(steps.back(), kJitter.count);
         }
         due = pts + Ticks{frame->nb_samples * Ticks::kPerSecond / frame->sample_rate};
         const std::vector<std::int16_t> samples = Samples(*frame);
@@ -253,6 +257,10 @@ TEST_F(PulseSound, TimesAreThoseAtWhichTheSoundIsHeard) {
             in_beep = beeps;
         }
     }
+    // Most frames follow each other to the hundredth of a millisecond.
+    std::nth_element(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(steps.size() / 2),
+                     steps.end());
+    EXPECT_LT(steps[steps.size() / 2], Ticks::kPerMillisecond / 100);
     const std::vector<double> heard = player.Heard();
     ASSERT_GE(heard.size(), kBeeps);
     std::vector<double> errors;
@@ -340,7 +348,7 @@ TEST_F(PulseSound, ASuspendedSourceGivesSilenceInTime) {
         std::int64_t due = frame->pts;
         std::int64_t longest_gap = 0;
         while (frame->pts < end) {
-            ASSERT_GE(frame->pts, due - Ticks::kPerMillisecond) << "sound that overlaps";
+            ASSERT_GE(frame->pts, due - kJitter.count) << "sound that overlaps";
             longest_gap = std::max(longest_gap, frame->pts - due);
             due = frame->pts + frame->nb_samples * Ticks::kPerSecond / frame->sample_rate;
             ASSERT_TRUE(source->Read(frame));
