@@ -36,8 +36,8 @@ struct PretendedEncoder {
         const Shot seen = shot(picture);
         std::uniform_real_distribution<double> uneven(0.8, 1.25);
         const double whole = std::max(1.0, std::round(quantiser));
-        const double texture =
-            2.7e6 * seen.detail * (key ? 1 : seen.motion) * uneven(noise) / std::pow(whole + 1, 1.1);
+        const double texture = 2.7e6 * seen.detail * (key ? 1 : seen.motion) * uneven(noise) /
+                               std::pow(whole + 1, 1.1);
         return PictureBits::Taken(texture, key ? 4000 : 1200, whole);
     }
     double IntraCost(int picture) const { return 1.2e6 * shot(picture).detail; }
@@ -110,7 +110,7 @@ struct RateCase {
     std::function<Shot(int)> shot;
     RateSettings settings;
     bool two_passes;
-    double within;  // of the rate
+    double within;                // of the rate
     int least_drops, most_drops;  // of 1500 pictures
 };
 
