@@ -62,6 +62,13 @@ class Currency {
     std::int64_t raw_ = 0;
 };
 
+/// Why pictures were left out; together they are the dropped samples.
+struct DropCounts {
+    std::int64_t capture_late = 0;  // due, and not had in time from the source
+    std::int64_t encoder_late = 0;  // had to give way to newer ones before they were encoded
+    std::int64_t rate_control = 0;  // left out to keep the bit rate
+};
+
 /// What one output (a stream's, or the whole Windows Media output) has done so far.
 struct OutputStats {
     std::int32_t expected_bit_rate_bps = 0;
@@ -73,6 +80,7 @@ struct OutputStats {
     Currency dropped_sample_count;
     Currency byte_count;
     Currency sample_count;
+    DropCounts drops;  // of pictures
 };
 
 struct FileArchiveStats {

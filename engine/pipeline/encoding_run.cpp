@@ -7,9 +7,13 @@
 #include <thread>
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "engine/outputs/asf/asf_file.h"
+#include "engine/pipeline/live_parts.h"
 #include "engine/pipeline/pass.h"
 #include "engine/pipeline/run_statistics.h"
+#include "engine/sources/open_live.h"
 
 namespace engine {
 namespace {
@@ -51,9 +55,10 @@ class CountedFile final : public PacketSink {
 /// only leave it word.
 class EncodingRun::Impl {
   public:
-    Impl(EncodePlan plan, RunCallbacks callbacks)
+    Impl(EncodePlan plan, RunCallbacks callbacks, LiveParts live)
         : plan_(std::move(plan)),
           callbacks_(std::move(callbacks)),
+          live_(std::move(live)),
           statistics_(plan_),
           sink_(plan_.output_path, statistics_) {
         SilenceFfmpeg();
@@ -93,6 +98,10 @@ class EncodingRun::Impl {
             const std::lock_guard lock(mutex_);
             if (!failure_) failure_ = error;
         };
+        events.lost = [this](const platform::Error& error) {
+            const std::lock_guard lock(mutex_);
+            if (!loss_) loss_ = error;
+        };
         events.ended = [this] {
             const std::lock_guard lock(mutex_);
             pass_ended_ = true;
@@ -100,7 +109,7 @@ class EncodingRun::Impl {
         };
         pass_ended_ = false;
         pass_.reset();  // its memory is not wanted twice
-        pass_ = std::make_unique<Pass>(plan_, pass, end, statistics_, std::move(events));
+        pass_ = std::make_unique<Pass>(plan_, pass, end, live_, statistics_, std::move(events));
     }
 
     void Control() {
@@ -110,12 +119,18 @@ class EncodingRun::Impl {
         });
         if (cause_) {
             sink_.Abandon();
-            Report();
+            Report(*cause_, sink_.RemainsText());
             AnnounceStopping();
         } else {
-            AnnounceStopping();
+            if (!loss_) AnnounceStopping();
             Trap([&] { sink_.Finish(); });
-            if (cause_) Report();
+            if (cause_)
+                Report(*cause_, sink_.RemainsText());
+            else if (loss_)
+                Report(*loss_, fmt::format("What was recorded until then is in \"{}\", which is "
+                                           "whole.",
+                                           plan_.output_path));
+            AnnounceStopping();
         }
         Announce(EncoderState::Stopped);
     }
@@ -140,6 +155,7 @@ class EncodingRun::Impl {
             // Only now: a stage may fail after the writer has seen its end.
             const std::lock_guard lock(mutex_);
             if (failure_) Note(*failure_);
+            if (loss_ && pass_->YieldedNothing()) Note(*loss_);
         }
         if (pass_->YieldedNothing() && stops_honoured_ == 0 && !cause_)
             throw platform::Error(platform::kInvalidData,
@@ -149,7 +165,7 @@ class EncodingRun::Impl {
     }
 
     std::string InputNames() const {
-        return plan_.video ? plan_.video->input.path : plan_.audio->input.path;
+        return plan_.video ? plan_.video->input.Name() : plan_.audio->input.Name();
     }
 
     // Stops that came too late for a pass must not cut the next one to nothing.
@@ -196,14 +212,13 @@ class EncodingRun::Impl {
     }
 
     // Once the file is closed: only then it is known what is left of it.
-    void Report() {
-        std::string text = cause_->description();
-        const std::string remains = sink_.RemainsText();
+    void Report(const platform::Error& error, const std::string& remains) {
+        std::string text = error.description();
         if (!remains.empty()) {
             if (!text.ends_with('.')) text += '.';
             text += " " + remains;
         }
-        if (callbacks_.on_error) callbacks_.on_error(cause_->number(), text);
+        if (callbacks_.on_error) callbacks_.on_error(error.number(), text);
     }
 
     // Once a run is stopping, only Stopped is news.
@@ -218,6 +233,7 @@ class EncodingRun::Impl {
 
     EncodePlan plan_;
     RunCallbacks callbacks_;
+    LiveParts live_;
     RunStatistics statistics_;
     CountedFile sink_;
     std::unique_ptr<Pass> pass_;
@@ -227,6 +243,7 @@ class EncodingRun::Impl {
     int stops_asked_ = 0;
     bool pass_ended_ = false;
     std::optional<platform::Error> failure_;
+    std::optional<platform::Error> loss_;  // of a live source
 
     // The control thread's own.
     int stops_honoured_ = 0;
@@ -236,7 +253,10 @@ class EncodingRun::Impl {
 };
 
 EncodingRun::EncodingRun(EncodePlan plan, RunCallbacks callbacks)
-    : impl_(std::make_unique<Impl>(std::move(plan), std::move(callbacks))) {}
+    : EncodingRun(std::move(plan), std::move(callbacks), LiveParts{OpenLiveSource}) {}
+
+EncodingRun::EncodingRun(EncodePlan plan, RunCallbacks callbacks, LiveParts live)
+    : impl_(std::make_unique<Impl>(std::move(plan), std::move(callbacks), std::move(live))) {}
 
 EncodingRun::~EncodingRun() = default;
 

@@ -14,17 +14,21 @@ namespace engine {
 /// Called from the run's own threads, one call at a time: Starting, Running, (EndPreprocess and
 /// Running again for a second pass), Stopping, Stopped. An error comes once the pass has come to
 /// its end and the file is closed, since it says what is left of it; before Stopping, unless the
-/// run was stopping already. Nothing is called after Stopped.
+/// run was stopping already. A live source that fails ends the run as a stop does: the file is
+/// whole and has its name. Nothing is called after Stopped.
 struct RunCallbacks {
     std::function<void(platform::EncoderState)> on_state;
     std::function<void(std::int32_t number, const std::string& description)> on_error;
 };
+
+struct LiveParts;
 
 /// Any thread may ask for statistics and stop; the rest belongs to one thread.
 class EncodingRun {
   public:
     /// Opens inputs, encoders and the output. Throws platform::Error; then nothing is left behind.
     EncodingRun(EncodePlan plan, RunCallbacks callbacks);
+    EncodingRun(EncodePlan plan, RunCallbacks callbacks, LiveParts live);
     /// Stops gracefully and waits until the file is whole.
     ~EncodingRun();
     EncodingRun(const EncodingRun&) = delete;

@@ -13,8 +13,8 @@ constexpr std::chrono::milliseconds kStarvedCheck{5};
 
 }  // namespace
 
-Interleaver::Interleaver(bool has_audio, bool has_video, std::function<bool()> starved)
-    : starved_(std::move(starved)) {
+Interleaver::Interleaver(bool has_audio, bool has_video, bool live, std::function<bool()> starved)
+    : live_(live), starved_(std::move(starved)) {
     audio_.finished = !has_audio;
     video_.finished = !has_video;
 }
@@ -56,6 +56,7 @@ bool Interleaver::Pop(MediaKind& kind, CodedPacket& packet) {
         const bool awaited = audio_.Awaited() || video_.Awaited();
         if (!awaited) break;
         const bool full = audio_.Full() || video_.Full();
+        if (live_ && (full || audio_.HasWaited() || video_.HasWaited())) break;
         if (full && starved_()) break;
         if (full)
             changed_.wait_for(lock, kStarvedCheck);

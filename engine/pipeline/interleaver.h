@@ -14,10 +14,12 @@ namespace engine {
 
 /// One encoder a stream pushes, one writer pops. The next packet is known once every stream that
 /// has not finished shows its own; a stream that cannot show one (`starved` says so: the input's
-/// reader waits for room in the other stream) is not waited for when the other one is full.
+/// reader waits for room in the other stream) is not waited for when the other one is full. In a
+/// session of live sources no stream is waited for longer than a second of the other: a still
+/// screen has nothing to say, and what was heard meanwhile must reach the disk.
 class Interleaver {
   public:
-    Interleaver(bool has_audio, bool has_video, std::function<bool()> starved);
+    Interleaver(bool has_audio, bool has_video, bool live, std::function<bool()> starved);
 
     /// Blocks while the stream's queue is full. False when the writer has gone.
     bool Push(MediaKind kind, CodedPacket packet);
@@ -30,6 +32,7 @@ class Interleaver {
   private:
     static constexpr std::size_t kMaxPackets = 1024;
     static constexpr std::size_t kMaxBytes = 48U << 20U;
+    static constexpr Ticks kLongestWait{Ticks::kPerSecond};
 
     struct Lane {
         std::deque<CodedPacket> packets;
@@ -37,6 +40,10 @@ class Interleaver {
         bool finished = true;
         bool Full() const { return packets.size() >= kMaxPackets || bytes >= kMaxBytes; }
         bool Awaited() const { return !finished && packets.empty(); }
+        bool HasWaited() const {
+            return !packets.empty() &&
+                   packets.back().decode - packets.front().decode >= kLongestWait;
+        }
     };
 
     Lane& Of(MediaKind kind) { return kind == MediaKind::Audio ? audio_ : video_; }
@@ -45,6 +52,7 @@ class Interleaver {
     std::mutex mutex_;
     std::condition_variable changed_;
     Lane audio_, video_;
+    bool live_;
     std::function<bool()> starved_;
     Ticks last_decode_;
     bool cancelled_ = false;

@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "engine/encoders/video_header.h"
 #include "engine/pipeline/av_error.h"
 
 namespace engine {
@@ -42,40 +43,51 @@ double TurnOf(const AVStream& stream) {
 
 }  // namespace
 
-Pass::Chain::Chain(MediaKind stream_kind, Input& from, const std::string& path, FramePool& frames)
-    : kind(stream_kind),
-      input(from),
-      decoder(from.reader->Stream(stream_kind), from.reader->Start(), path, frames),
-      decoded(kDecodedFrames),
-      conditioned(kConditionedFrames) {}
+Pass::FileFeed::FileFeed(MediaKind kind, Input& from, const std::string& path, FramePool& frames)
+    : input(from),
+      decoder(from.reader->Stream(kind), from.reader->Start(), path, frames),
+      decoded(kDecodedFrames) {}
 
-Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, RunStatistics& statistics,
-           Events events)
-    : plan_(plan), statistics_(statistics), events_(std::move(events)) {
+Pass::Chain::Chain(MediaKind stream_kind) : kind(stream_kind), conditioned(kConditionedFrames) {}
+
+Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const LiveParts& live,
+           RunStatistics& statistics, Events events)
+    : plan_(plan), live_(live), statistics_(statistics), events_(std::move(events)) {
+    if (plan.IsLive()) captured_.emplace(plan.audio.has_value(), plan.video.has_value());
     if (plan.audio) {
         audio_encoder_ = MakeAudioEncoder(*plan.audio, packets_);
         const InputPlan& from = plan.audio->input;
         const bool shared = plan.video && plan.video->input == from;
-        Input& input = InputFor(from, true, shared);
-        audio_.emplace(MediaKind::Audio, input, from.path, frames_);
-        sound_.emplace(audio_encoder_->Format(), plan.audio->fold_down, EndOf(from, end), frames_);
+        Feed(audio_.emplace(MediaKind::Audio), from, true, shared);
+        sound_.emplace(audio_encoder_->Format(), plan.audio->fold_down,
+                       from.capture ? SoundClock::Capture : SoundClock::Media, EndOf(from, end),
+                       frames_);
     }
     if (plan.video) {
         video_encoder_ = MakeVideoEncoder(*plan.video, number, packets_);
         const InputPlan& from = plan.video->input;
-        Input& input = InputFor(from, false, true);
-        video_.emplace(MediaKind::Video, input, from.path, frames_);
-        picture_.emplace(*plan.video, video_encoder_->Format(), EndOf(from, end),
-                         TurnOf(input.reader->Stream(MediaKind::Video)), stop_, frames_);
+        Feed(video_.emplace(MediaKind::Video), from, false, true);
+        const double turn =
+            from.capture ? 0 : TurnOf(video_->file->input.reader->Stream(MediaKind::Video));
+        picture_.emplace(*plan.video, video_encoder_->Format(), EndOf(from, end), turn, stop_,
+                         frames_);
     }
     interleaver_ = std::make_unique<Interleaver>(
-        plan.audio.has_value(), plan.video.has_value(),
+        plan.audio.has_value(), plan.video.has_value(), plan.IsLive(),
         [this] { return inputs_.size() == 1 && inputs_.front()->router.Starved(); });
 }
 
 Pass::~Pass() {
     Stop();
     Join();
+}
+
+void Pass::Feed(Chain& chain, const InputPlan& plan, bool with_audio, bool with_video) {
+    if (plan.capture)
+        chain.device = live_.open(*plan.capture, frames_);
+    else
+        chain.file = std::make_unique<FileFeed>(
+            chain.kind, InputFor(plan, with_audio, with_video), plan.path, frames_);
 }
 
 Pass::Input& Pass::InputFor(const InputPlan& plan, bool with_audio, bool with_video) {
@@ -122,12 +134,12 @@ void Pass::Start(PacketSink* sink) {
     for (const std::unique_ptr<Input>& input : inputs_)
         threads_.emplace_back([this, from = input.get()] { Guard([&] { Read(*from); }); });
     if (audio_) {
-        Run(&Pass::Decode, *audio_);
+        Run(audio_->device ? &Pass::Capture : &Pass::Decode, *audio_);
         Run(&Pass::ConditionSound, *audio_);
         Run(&Pass::EncodeSound, *audio_);
     }
     if (video_) {
-        Run(&Pass::Decode, *video_);
+        Run(video_->device ? &Pass::Capture : &Pass::Decode, *video_);
         Run(&Pass::ConditionPicture, *video_);
         Run(&Pass::EncodePicture, *video_);
     }
@@ -138,8 +150,12 @@ void Pass::Start(PacketSink* sink) {
 }
 
 void Pass::Stop() {
+    std::int64_t running = 0;
+    if (captured_) stopped_at_.compare_exchange_strong(running, live_.now().count);
     stop_ = true;
     for (const std::unique_ptr<Input>& input : inputs_) input->reader->Stop();
+    for (const std::optional<Chain>* chain : {&audio_, &video_})
+        if (*chain && (*chain)->device) (*chain)->device->Wake();
 }
 
 void Pass::Join() {
@@ -150,30 +166,73 @@ void Pass::Join() {
 void Pass::Read(Input& input) { input.reader->Run(input.router); }
 
 void Pass::Decode(Chain& chain) {
+    FileFeed& file = *chain.file;
     const AtExit end([&] {
-        chain.decoded.Finish();
-        chain.input.router.Cancel(chain.kind);
+        file.decoded.Finish();
+        file.input.router.Cancel(chain.kind);
     });
-    const FrameTaker take = [&](FrameHandle frame) { return chain.decoded.Push(std::move(frame)); };
+    const FrameTaker take = [&](FrameHandle frame) { return file.decoded.Push(std::move(frame)); };
     PacketHandle packet;
-    while (chain.input.router.Pop(chain.kind, packet))
-        if (!chain.decoder.Decode(packet.get(), take)) return;
-    chain.decoder.Decode(nullptr, take);
+    while (file.input.router.Pop(chain.kind, packet))
+        if (!file.decoder.Decode(packet.get(), take)) return;
+    file.decoder.Decode(nullptr, take);
+}
+
+void Pass::Capture(Chain& chain) {
+    const AtExit end([&] { captured_->Finish(chain.kind); });
+    try {
+        FrameHandle frame;
+        while (chain.device->Read(frame)) {
+            if (!captured_->Push(chain.kind, std::move(frame))) return;
+            if (chain.kind != MediaKind::Video) continue;
+            statistics_.Missed(&platform::DropCounts::capture_late, chain.device->TakeMissed());
+            statistics_.Missed(&platform::DropCounts::encoder_late, captured_->TakeDropped());
+        }
+    } catch (const platform::Error& error) {
+        Stop();
+        events_.lost(error);
+    }
+}
+
+bool Pass::NextFrame(Chain& chain, FrameHandle& frame) {
+    if (chain.file) return chain.file->decoded.Pop(frame);
+    if (!captured_->Pop(chain.kind, frame)) return false;
+    const bool sound = chain.kind == MediaKind::Audio;
+    const InputPlan& input = sound ? plan_.audio->input : plan_.video->input;
+    frame->pts -= input.mark_in.count;
+    if (!sound) frame->pkt_duration = 1000 * Ticks::kPerSecond / CodedFrameRate(*plan_.video);
+    return true;
+}
+
+void Pass::TakeNoMore(Chain& chain) {
+    if (chain.file)
+        chain.file->decoded.Cancel();
+    else
+        captured_->Cancel(chain.kind);
+}
+
+// In session time.
+Ticks Pass::LiveEnd() const {
+    const std::optional<Ticks> start = captured_ ? captured_->Start() : std::nullopt;
+    if (!start || !stop_) return {};
+    return Ticks{stopped_at_} - *start - plan_.video->input.mark_in;
 }
 
 template <typename Conditioner>
 void Pass::ConditionWith(Conditioner& conditioner, Chain& chain) {
     const AtExit end([&] {
         chain.conditioned.Finish();
-        chain.decoded.Cancel();
+        TakeNoMore(chain);
     });
     const FrameTaker take = [&](FrameHandle frame) {
         return chain.conditioned.Push(std::move(frame));
     };
     FrameHandle frame;
-    while (chain.decoded.Pop(frame))
+    while (NextFrame(chain, frame))
         if (!conditioner.Take(std::move(frame), take)) return;
-    conditioner.Finish(take);
+    if (!conditioner.Finish(take)) return;
+    if constexpr (std::is_same_v<Conditioner, VideoConditioner>)
+        if (chain.device) conditioner.HoldUntil(LiveEnd(), take);
 }
 
 template <typename Encoder>

@@ -1,4 +1,5 @@
-// One reading of the inputs, from the demuxer to the output, one thread a stage.
+// One reading of the inputs, from the demuxer or the capturing device to the output, one thread a
+// stage.
 #pragma once
 
 #include <atomic>
@@ -14,7 +15,9 @@
 #include "engine/encoders/make_encoder.h"
 #include "engine/outputs/packet_sink.h"
 #include "engine/pipeline/bounded_queue.h"
+#include "engine/pipeline/capture_queues.h"
 #include "engine/pipeline/interleaver.h"
+#include "engine/pipeline/live_parts.h"
 #include "engine/pipeline/run_statistics.h"
 #include "engine/pipeline/sound_conditioner.h"
 #include "engine/pipeline/video_conditioner.h"
@@ -32,13 +35,15 @@ class Pass {
     struct Events {
         /// From any of the pass's threads; the pass then ends by itself as after Stop.
         std::function<void(const platform::Error&)> failed;
+        /// The same of a live source: what it gave before is good.
+        std::function<void(const platform::Error&)> lost;
         /// From the writer, after the last packet.
         std::function<void()> ended;
     };
 
     /// Opens inputs and encoders. `end` cuts all streams, 0 = does not. Throws platform::Error.
-    Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, RunStatistics& statistics,
-         Events events);
+    Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const LiveParts& live,
+         RunStatistics& statistics, Events events);
     ~Pass();
     Pass(const Pass&) = delete;
     Pass& operator=(const Pass&) = delete;
@@ -61,17 +66,25 @@ class Pass {
         std::unique_ptr<FileReader> reader;
         PacketRouter router;
     };
-    // A stream's stages and the queues between them.
-    struct Chain {
-        Chain(MediaKind kind, Input& from, const std::string& path, FramePool& frames);
+    // What is decoded of a file.
+    struct FileFeed {
+        FileFeed(MediaKind kind, Input& from, const std::string& path, FramePool& frames);
 
-        MediaKind kind;
         Input& input;
         StreamDecoder decoder;
         BoundedQueue<FrameHandle> decoded;
+    };
+    // A stream's stages and the queues between them. Either a file feeds it or a device does.
+    struct Chain {
+        explicit Chain(MediaKind stream_kind);
+
+        MediaKind kind;
+        std::unique_ptr<FileFeed> file;
+        std::unique_ptr<LiveSource> device;
         BoundedQueue<FrameHandle> conditioned;
     };
 
+    void Feed(Chain& chain, const InputPlan& plan, bool with_audio, bool with_video);
     Input& InputFor(const InputPlan& plan, bool with_audio, bool with_video);
     void Run(void (Pass::*stage)(Chain&), Chain& chain);
     template <typename Body>
@@ -80,6 +93,10 @@ class Pass {
 
     void Read(Input& input);
     void Decode(Chain& chain);
+    void Capture(Chain& chain);
+    bool NextFrame(Chain& chain, FrameHandle& frame);
+    void TakeNoMore(Chain& chain);
+    Ticks LiveEnd() const;
     template <typename Conditioner>
     void ConditionWith(Conditioner& conditioner, Chain& chain);
     void ConditionSound(Chain& chain) { ConditionWith(*sound_, chain); }
@@ -91,6 +108,7 @@ class Pass {
     void Write(PacketSink* sink);
 
     const EncodePlan& plan_;
+    const LiveParts& live_;
     RunStatistics& statistics_;
     Events events_;
     FramePool frames_;
@@ -100,9 +118,11 @@ class Pass {
     std::unique_ptr<VideoEncoder> video_encoder_;
     std::optional<SoundConditioner> sound_;
     std::optional<VideoConditioner> picture_;
+    std::optional<CaptureQueues> captured_;  // of a live plan
     std::optional<Chain> audio_, video_;
     std::unique_ptr<Interleaver> interleaver_;
     std::atomic<bool> stop_{false};
+    std::atomic<std::int64_t> stopped_at_{0};  // on the capture clock
     std::atomic<bool> yielded_{false};
     std::vector<codecs::FirstPassGroup> first_report_;
     std::vector<std::thread> threads_;

@@ -72,9 +72,17 @@ void RunStatistics::Written(MediaKind kind, const CodedPacket& packet) {
 
 void RunStatistics::Dropped(const Drops& drops) {
     const std::lock_guard lock(mutex_);
-    Drops& total = counters_[Index(MediaKind::Video)].drops;
-    total.frames += drops.frames;
-    total.bytes += drops.bytes;
+    Counters& video = counters_[Index(MediaKind::Video)];
+    video.drops.rate_control += drops.frames;
+    video.dropped_bytes += drops.bytes;
+}
+
+void RunStatistics::Missed(std::int64_t platform::DropCounts::*why, std::int64_t pictures) {
+    const std::lock_guard lock(mutex_);
+    Counters& video = counters_[Index(MediaKind::Video)];
+    video.drops.*why += pictures;
+    // About what they would have taken.
+    if (video.samples > 0) video.dropped_bytes += video.bytes / video.samples * pictures;
 }
 
 void RunStatistics::FileIs(const FileResult& file) {
@@ -104,8 +112,11 @@ platform::OutputStats RunStatistics::Report(MediaKind kind) const {
     stats.average_sample_rate = kind == MediaKind::Audio
                                     ? PerSecond(counters.audio_samples, counters.end)
                                     : PerSecond(counters.samples * 1000, counters.end);
-    stats.dropped_byte_count = Currency::FromRaw(counters.drops.bytes);
-    stats.dropped_sample_count = Currency::FromRaw(counters.drops.frames);
+    const platform::DropCounts& drops = counters.drops;
+    stats.drops = drops;
+    stats.dropped_byte_count = Currency::FromRaw(counters.dropped_bytes);
+    stats.dropped_sample_count =
+        Currency::FromRaw(drops.capture_late + drops.encoder_late + drops.rate_control);
     stats.byte_count = Currency::FromRaw(counters.bytes);
     stats.sample_count = Currency::FromRaw(counters.samples);
     return stats;
@@ -132,6 +143,7 @@ platform::OutputStats RunStatistics::Total() const {
     total.sample_count = Currency::FromRaw(audio.sample_count.Raw() + video.sample_count.Raw());
     total.dropped_byte_count = video.dropped_byte_count;
     total.dropped_sample_count = video.dropped_sample_count;
+    total.drops = video.drops;
     return total;
 }
 

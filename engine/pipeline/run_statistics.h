@@ -21,7 +21,10 @@ class RunStatistics {
     /// Counts from 0 again.
     void BeginPass();
     void Written(MediaKind kind, const CodedPacket& packet);
+    /// By the encoder, to keep the rate.
     void Dropped(const Drops& drops);
+    /// Pictures of a live source; `why` is the count that they belong to.
+    void Missed(std::int64_t platform::DropCounts::*why, std::int64_t pictures);
     void FileIs(const FileResult& file);
 
     platform::Currency EncodingTime() const;
@@ -42,7 +45,8 @@ class RunStatistics {
         std::int64_t bytes = 0;
         std::int64_t samples = 0;
         std::int64_t audio_samples = 0;
-        Drops drops;
+        platform::DropCounts drops;
+        std::int64_t dropped_bytes = 0;
         Ticks end;
         std::array<std::int64_t, kSlots> recent{};
         std::int64_t newest_slot = 0;

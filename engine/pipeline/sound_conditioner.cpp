@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <utility>
 #include <vector>
 
@@ -11,16 +12,18 @@
 namespace engine {
 namespace {
 
-constexpr int kJitterPerSecond = 50;         // a fiftieth of a second
+constexpr int kMediaJitterPerSecond = 50;    // a fiftieth of a second
+constexpr int kCaptureJitterPerSecond = 20;  // a server's buffers come and go in steps
+constexpr int kCorrectionSamples = 1 << 24;  // over which a correction is spread: its resolution
 constexpr std::size_t kMaxInputPlanes = 64;  // of libswresample
 constexpr std::size_t kMaxChannels = AV_NUM_DATA_POINTERS;
 constexpr const char* kSubject = "Conversion of the sound failed";
 
 }  // namespace
 
-SoundConditioner::SoundConditioner(const SoundFormat& format, const FoldDown& fold_down, Ticks end,
-                                   FramePool& frames)
-    : format_(format), fold_down_(fold_down), end_(end), frames_(frames) {
+SoundConditioner::SoundConditioner(const SoundFormat& format, const FoldDown& fold_down,
+                                   SoundClock clock, Ticks end, FramePool& frames)
+    : format_(format), fold_down_(fold_down), clock_(clock), end_(end), frames_(frames) {
     const int bytes = av_samples_get_buffer_size(nullptr, format.channels, format.frame_samples,
                                                  format.samples, 0);
     CheckAv(bytes, kSubject);
@@ -59,6 +62,11 @@ bool SoundConditioner::Open(const AVFrame& frame, const FrameTaker& next) {
         if (!gains.empty())
             CheckAv(swr_set_matrix(resampler_.get(), gains.data(), shape.channels), kSubject);
     }
+    if (clock_ == SoundClock::Capture) {
+        // Resamples also where the rates are the same, at a ratio that may change at any time.
+        CheckAv(av_opt_set_int(resampler_.get(), "flags", SWR_FLAG_RESAMPLE, 0), kSubject);
+        CheckAv(av_opt_set_int(resampler_.get(), "exact_rational", 0, 0), kSubject);
+    }
     CheckAv(swr_init(resampler_.get()), kSubject);
     if (shape_.sampling_rate > 0)
         fed_ = av_rescale(fed_, shape.sampling_rate, shape_.sampling_rate);
@@ -66,23 +74,47 @@ bool SoundConditioner::Open(const AVFrame& frame, const FrameTaker& next) {
     return true;
 }
 
+// Where the next sample comes in the session, in samples of the input's rate.
+std::int64_t SoundConditioner::Reached() const {
+    if (clock_ == SoundClock::Media || !started_) return fed_;
+    const std::int64_t written = emitted_ + (output_ ? output_->nb_samples : 0);
+    return av_rescale(written, shape_.sampling_rate, format_.sampling_rate) +
+           swr_get_delay(resampler_.get(), shape_.sampling_rate);
+}
+
+void SoundConditioner::FollowDevice(const AVFrame& frame) {
+    const double rate = shape_.sampling_rate;
+    const double late_s =
+        Ticks{frame.pts}.Seconds() - static_cast<double>(Reached()) / rate;
+    const double correction = drift_.Update(late_s, frame.nb_samples / rate);
+    CheckAv(swr_set_compensation(resampler_.get(),
+                                 static_cast<int>(std::lround(correction * kCorrectionSamples)),
+                                 kCorrectionSamples),
+            kSubject);
+}
+
 bool SoundConditioner::Take(FrameHandle frame, const FrameTaker& next) {
     if (frame->sample_rate <= 0 || frame->ch_layout.nb_channels <= 0) return true;
     if (ShapeOf(*frame) != shape_ && !Open(*frame, next)) return false;
 
     const int rate = shape_.sampling_rate;
+    const bool captured = clock_ == SoundClock::Capture;
     const std::int64_t place = av_rescale(frame->pts, rate, Ticks::kPerSecond);
-    const std::int64_t jitter = started_ ? rate / kJitterPerSecond : 0;
+    const std::int64_t jitter =
+        started_ ? rate / (captured ? kCaptureJitterPerSecond : kMediaJitterPerSecond) : 0;
+    const std::int64_t reached = Reached();
     std::int64_t skip = 0;
-    if (place > fed_ + jitter) {
-        if (!FeedSilence(place - fed_, next)) return false;
-    } else if (place < fed_ - jitter) {
-        skip = std::min<std::int64_t>(fed_ - place, frame->nb_samples);
+    if (place > reached + jitter) {
+        if (!FeedSilence(place - reached, next)) return false;
+    } else if (place < reached - jitter) {
+        skip = std::min<std::int64_t>(reached - place, frame->nb_samples);
+    } else if (captured && started_) {
+        FollowDevice(*frame);
     }
     std::int64_t count = frame->nb_samples - skip;
     bool at_end = false;
     if (end_.count > 0) {
-        const std::int64_t room = av_rescale(end_.count, rate, Ticks::kPerSecond) - fed_;
+        const std::int64_t room = av_rescale(end_.count, rate, Ticks::kPerSecond) - Reached();
         at_end = count >= room;
         count = std::clamp<std::int64_t>(room, 0, count);
     }
@@ -107,8 +139,8 @@ bool SoundConditioner::Take(FrameHandle frame, const FrameTaker& next) {
 
 bool SoundConditioner::FeedSilence(std::int64_t samples, const FrameTaker& next) {
     if (end_.count > 0)
-        samples = std::min(samples,
-                           av_rescale(end_.count, shape_.sampling_rate, Ticks::kPerSecond) - fed_);
+        samples = std::min(
+            samples, av_rescale(end_.count, shape_.sampling_rate, Ticks::kPerSecond) - Reached());
     while (samples > 0) {
         const int count = static_cast<int>(std::min<std::int64_t>(samples, shape_.sampling_rate));
         CheckAv(swr_inject_silence(resampler_.get(), count), kSubject);

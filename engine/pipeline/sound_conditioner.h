@@ -6,18 +6,25 @@
 
 #include "engine/encoders/encoder.h"
 #include "engine/pipeline/av_ptr.h"
+#include "engine/pipeline/drift_control.h"
 #include "engine/plan/encode_plan.h"
 #include "engine/sources/stream_decoder.h"
 
 namespace engine {
 
-/// One thread. Sound starts at session time 0: what comes later is led in by silence. Timestamps
-/// that differ from the count of samples by less than 20 ms are jitter and change nothing.
+/// What the timestamps of sound mean.
+enum class SoundClock {
+    Media,   // a file's: the samples are right, and a difference of less than 20 ms is jitter
+    Capture  // when a device heard it: the device's own clock is made to follow it by resampling,
+             // and a difference of more than 50 ms is a gap or an overlap
+};
+
+/// One thread. Sound starts at session time 0: what comes later is led in by silence.
 class SoundConditioner {
   public:
     /// @param end  session time at which the sound ends; 0 = with its source
-    SoundConditioner(const SoundFormat& format, const FoldDown& fold_down, Ticks end,
-                     FramePool& frames);
+    SoundConditioner(const SoundFormat& format, const FoldDown& fold_down, SoundClock clock,
+                     Ticks end, FramePool& frames);
 
     /// The frames that `next` gets count samples in pts. False when no more frames are wanted.
     bool Take(FrameHandle frame, const FrameTaker& next);
@@ -33,6 +40,8 @@ class SoundConditioner {
     };
     static Shape ShapeOf(const AVFrame& frame);
     bool Open(const AVFrame& frame, const FrameTaker& next);
+    std::int64_t Reached() const;
+    void FollowDevice(const AVFrame& frame);
     bool FeedSilence(std::int64_t samples, const FrameTaker& next);
     bool Fetch(const FrameTaker& next);
     bool Drain(const FrameTaker& next);
@@ -41,6 +50,7 @@ class SoundConditioner {
 
     SoundFormat format_;
     FoldDown fold_down_;
+    SoundClock clock_;
     Ticks end_;
     FramePool& frames_;
     AvPtr<AVBufferPool> buffers_;
@@ -48,6 +58,7 @@ class SoundConditioner {
     Shape shape_;
     bool started_ = false;
     std::int64_t fed_ = 0;      // input samples since session time 0, at the input's rate
+    DriftControl drift_;        // of a device's clock
     FrameHandle output_;        // the frame being filled
     std::int64_t emitted_ = 0;  // output samples before it
 };

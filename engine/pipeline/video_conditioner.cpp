@@ -29,10 +29,16 @@ VideoConditioner::VideoConditioner(const VideoPlan& plan, const PictureFormat& f
 bool VideoConditioner::Take(FrameHandle frame, const FrameTaker& next) {
     if (plan_.input.still) return Repeat(std::move(frame), next);
     if (end_.count > 0 && frame->pts >= end_.count) {
-        Finish(next);
+        if (Finish(next) && plan_.input.capture) HoldUntil(end_, next);
         return false;
     }
     return FromBeginMark(std::move(frame), next);
+}
+
+// A file that starts late does so with what it has; a mark, and the start of a recording, are
+// somewhere in what is to be seen.
+bool VideoConditioner::OpensWithWhatIsThere() const {
+    return plan_.input.capture || plan_.input.mark_in.count > 0;
 }
 
 bool VideoConditioner::FromBeginMark(FrameHandle frame, const FrameTaker& next) {
@@ -43,7 +49,7 @@ bool VideoConditioner::FromBeginMark(FrameHandle frame, const FrameTaker& next) 
     if (before_begin_) {
         // What is on the screen at the begin mark opens the session.
         FrameHandle first = std::move(before_begin_);
-        if (frame->pts > kMarkTolerance.count && plan_.input.mark_in.count > 0) {
+        if (frame->pts > kMarkTolerance.count && OpensWithWhatIsThere()) {
             first->pts = 0;
             first->pkt_duration = frame->pts;
             if (!Restore(std::move(first), next)) return false;
@@ -62,8 +68,8 @@ bool VideoConditioner::Restore(FrameHandle frame, const FrameTaker& next) {
 bool VideoConditioner::Finish(const FrameTaker& next) {
     if (before_begin_) {
         FrameHandle first = std::move(before_begin_);
-        const std::int64_t rest = first->pts + first->pkt_duration;
-        if (rest > kMarkTolerance.count && plan_.input.mark_in.count > 0) {
+        const std::int64_t rest = (plan_.input.capture ? 0 : first->pts) + first->pkt_duration;
+        if (rest > kMarkTolerance.count && OpensWithWhatIsThere()) {
             first->pts = 0;
             first->pkt_duration = rest;
             if (!Restore(std::move(first), next)) return false;
@@ -80,7 +86,25 @@ bool VideoConditioner::Emit(FrameHandle frame, const FrameTaker& next) {
     frame->pkt_duration = std::max(frame->pkt_duration, ceiling_.Interval().count);
     if (end_.count > 0)
         frame->pkt_duration = std::min(frame->pkt_duration, end_.count - frame->pts);
-    return next(converter_.Convert(std::move(frame)));
+    FrameHandle converted = converter_.Convert(std::move(frame));
+    if (plan_.input.capture) shown_ = SamePicture(*converted);
+    return next(std::move(converted));
+}
+
+FrameHandle VideoConditioner::SamePicture(const AVFrame& picture) {
+    FrameHandle frame = frames_.Get();
+    CheckAv(av_frame_ref(frame.get(), &picture), "Repeating the picture failed");
+    return frame;
+}
+
+bool VideoConditioner::HoldUntil(Ticks end, const FrameTaker& next) {
+    if (!shown_) return true;
+    const std::int64_t interval = 1000 * Ticks::kPerSecond / CodedFrameRate(plan_);
+    if (end.count - shown_->pts < 2 * interval) return true;
+    FrameHandle last = SamePicture(*shown_);
+    last->pts = end.count - interval;
+    last->pkt_duration = interval;
+    return next(std::move(last));
 }
 
 bool VideoConditioner::Repeat(FrameHandle picture, const FrameTaker& next) {
@@ -89,8 +113,7 @@ bool VideoConditioner::Repeat(FrameHandle picture, const FrameTaker& next) {
     for (std::int64_t i = 0; !stop_; ++i) {
         const std::int64_t time = av_rescale(i, 1000 * Ticks::kPerSecond, rate);
         if (time >= end_.count) break;
-        FrameHandle frame = frames_.Get();
-        CheckAv(av_frame_ref(frame.get(), converted.get()), "Repeating the picture failed");
+        FrameHandle frame = SamePicture(*converted);
         frame->pts = time;
         frame->pkt_duration =
             std::min(av_rescale(i + 1, 1000 * Ticks::kPerSecond, rate), end_.count) - time;

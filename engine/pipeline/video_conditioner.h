@@ -28,12 +28,17 @@ class VideoConditioner {
     /// False when no more frames are wanted, by `next` or because the end mark was passed.
     bool Take(FrameHandle frame, const FrameTaker& next);
     bool Finish(const FrameTaker& next);
+    /// After Finish of a live picture: shows the last one again right before `end`, unless it came
+    /// then anyway. A still screen gives few pictures, and a recording is as long as it was.
+    bool HoldUntil(Ticks end, const FrameTaker& next);
 
   private:
+    bool OpensWithWhatIsThere() const;
     bool FromBeginMark(FrameHandle frame, const FrameTaker& next);
     bool Restore(FrameHandle frame, const FrameTaker& next);
     bool Emit(FrameHandle frame, const FrameTaker& next);
     bool Repeat(FrameHandle picture, const FrameTaker& next);
+    FrameHandle SamePicture(const AVFrame& picture);
 
     VideoPlan plan_;
     Ticks end_;
@@ -44,6 +49,7 @@ class VideoConditioner {
     std::optional<TelecineRemover> telecine_;
     PictureConverter converter_;
     FrameHandle before_begin_;  // the last frame that starts before the begin mark
+    FrameHandle shown_;         // the last one of a live picture, as it was given on
 };
 
 }  // namespace engine

@@ -9,6 +9,7 @@
 #include "engine/encoders/codec_table.h"
 #include "engine/encoders/pixel_formats.h"
 #include "engine/outputs/packet_sink.h"
+#include "engine/sources/device_list.h"
 #include "engine/ticks.h"
 
 namespace engine {
@@ -18,14 +19,28 @@ struct Ratio {
     std::int64_t denominator = 1;
 };
 
-/// A media file or a still picture, and the part of it that is encoded. Marks count from the
-/// file's first timestamp.
+/// A device or a screen that is recorded.
+struct CapturePlan {
+    DeviceKind kind = DeviceKind::Screen;
+    std::string id;    // a device's
+    std::string name;  // for people
+    std::string area;  // of a screen: the part of it
+    std::int32_t rate = 0;  // pictures in a thousand seconds
+    bool operator==(const CapturePlan&) const = default;
+};
+
+/// A media file, a still picture, or what is captured, and the part of it that is encoded. Marks
+/// count from the file's first timestamp, or from the moment at which all captures have started.
 struct InputPlan {
-    std::string path;  // the host's own
+    std::string path;  // the host's own; "" = captured
+    std::optional<CapturePlan> capture;
     bool still = false;
     Ticks mark_in;
     Ticks mark_out;  // 0 = to the end; of a still picture never 0
     bool operator==(const InputPlan&) const = default;
+
+    /// For people.
+    const std::string& Name() const { return capture ? capture->name : path; }
 };
 
 /// What is cut off a picture, in pixels of the upright source.
@@ -113,6 +128,11 @@ struct EncodePlan {
     std::vector<std::pair<std::string, platform::AttributeValue>> attributes;
     std::uint32_t min_packet_bytes = 0;  // 0 = not asked for
     std::uint32_t max_packet_bytes = 0;
+
+    /// All inputs of a plan are live, or none is.
+    bool IsLive() const {
+        return (audio && audio->input.capture) || (video && video->input.capture);
+    }
 };
 
 }  // namespace engine

@@ -1,0 +1,115 @@
+#include "engine/pipeline/capture_queues.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace engine {
+namespace {
+
+// A second of a moving screen, or what memory allows of it.
+constexpr std::size_t kMostPictures = 30;
+constexpr std::size_t kMostPictureBytes = 128U << 20U;
+constexpr std::size_t kLeastPictures = 2;
+// Longer than a sound server needs to wake a device that sleeps.
+constexpr Ticks kPatience = Ticks::FromMilliseconds(5000);
+
+std::size_t BytesOf(const AVFrame& frame) {
+    std::size_t bytes = 0;
+    for (const AVBufferRef* buffer : frame.buf)
+        if (buffer != nullptr) bytes += buffer->size;
+    return bytes;
+}
+
+}  // namespace
+
+CaptureQueues::CaptureQueues(bool has_audio, bool has_video) {
+    Of(MediaKind::Audio).finished = !has_audio;
+    Of(MediaKind::Video).finished = !has_video;
+}
+
+bool CaptureQueues::Push(MediaKind kind, FrameHandle frame) {
+    const std::lock_guard lock(mutex_);
+    Lane& lane = Of(kind);
+    if (lane.cancelled) return false;
+    const Ticks time{frame->pts};
+    if (!lane.first) lane.first = time;
+    lane.bytes += BytesOf(*frame);
+    lane.frames.push_back(std::move(frame));
+    if (kind == MediaKind::Video) MakeRoom(lane);
+    BeginIfAllHaveStarted();
+    BeginIfPatienceIsOver(time);
+    changed_.notify_all();
+    return true;
+}
+
+FrameHandle CaptureQueues::TakeFront(Lane& lane) {
+    FrameHandle frame = std::move(lane.frames.front());
+    lane.frames.pop_front();
+    lane.bytes -= BytesOf(*frame);
+    return frame;
+}
+
+void CaptureQueues::MakeRoom(Lane& lane) {
+    while (lane.frames.size() > kMostPictures ||
+           (lane.frames.size() > kLeastPictures && lane.bytes > kMostPictureBytes)) {
+        const FrameHandle oldest = TakeFront(lane);
+        if (start_ && oldest->pts >= start_->count) ++dropped_;
+    }
+}
+
+void CaptureQueues::BeginIfAllHaveStarted() {
+    if (start_) return;
+    std::optional<Ticks> latest;
+    for (const Lane& lane : lanes_) {
+        if (!lane.first && !lane.finished) return;
+        if (lane.first) latest = std::max(latest.value_or(*lane.first), *lane.first);
+    }
+    start_ = latest;
+}
+
+void CaptureQueues::BeginIfPatienceIsOver(Ticks now) {
+    if (start_) return;
+    for (const Lane& lane : lanes_)
+        if (lane.first && now - *lane.first >= kPatience) start_ = now;
+}
+
+bool CaptureQueues::Pop(MediaKind kind, FrameHandle& frame) {
+    std::unique_lock lock(mutex_);
+    Lane& lane = Of(kind);
+    changed_.wait(lock, [&] {
+        const bool over = lane.finished && lane.frames.empty();
+        return lane.cancelled || over || (start_ && !lane.frames.empty());
+    });
+    if (lane.cancelled || lane.frames.empty()) return false;
+    frame = TakeFront(lane);
+    frame->pts -= start_->count;
+    return true;
+}
+
+void CaptureQueues::Finish(MediaKind kind) {
+    const std::lock_guard lock(mutex_);
+    Of(kind).finished = true;
+    BeginIfAllHaveStarted();
+    changed_.notify_all();
+}
+
+void CaptureQueues::Cancel(MediaKind kind) {
+    const std::lock_guard lock(mutex_);
+    Lane& lane = Of(kind);
+    lane.cancelled = true;
+    lane.frames.clear();
+    lane.bytes = 0;
+    changed_.notify_all();
+}
+
+std::optional<Ticks> CaptureQueues::Start() const {
+    const std::lock_guard lock(mutex_);
+    return start_;
+}
+
+std::int64_t CaptureQueues::TakeDropped() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(dropped_, 0);
+}
+
+}  // namespace engine
