@@ -86,8 +86,7 @@ void Progress::Tick() {
         ShowRates(statistics);
         const std::int32_t length_s = ToInt32(settings_.duration);
         if (length_s > 0) ShowPercent(statistics, length_s);
-        if (platform::StartsWith(platform::LowerCase(settings_.profile), kScreenProfiles))
-            CountCaptureSecond();
+        if (IsCapture()) CountCaptureSecond();
     } catch (const platform::Error&) {
         // A line a second would bury the pane; a run that is really broken says so by its events.
     }
@@ -115,6 +114,12 @@ void Progress::ShowPercent(platform::WMEncStatistics& statistics, std::int32_t l
     }
     bar.SetValue(std::min(percent, bar.Max()));
     window_.lblprgs().SetCaption(platform::NumberText(bar.Value()) + "%");
+}
+
+// A capture has no end of its own.
+bool Progress::IsCapture() const {
+    if (platform::StartsWith(platform::LowerCase(settings_.profile), kScreenProfiles)) return true;
+    return settings_.device_input && settings_.input.empty();
 }
 
 void Progress::CountCaptureSecond() {

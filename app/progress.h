@@ -20,9 +20,9 @@ class Progress {
     /// the -duration setting becomes the media length. Throws Error as the sources do.
     void setupProgressBar();
 
-    /// One second of a run: labels, bar and pass from the statistics, and the end of a screen
-    /// capture whose -duration has passed. Ends quietly without an encoder and when the encoder
-    /// fails to answer.
+    /// One second of a run: labels, bar and pass from the statistics, and the end of a screen or
+    /// device capture whose -duration has passed. Ends quietly without an encoder and when the
+    /// encoder fails to answer.
     void Tick();
 
     /// Labels, bar and passes as before the first run.
@@ -34,6 +34,7 @@ class Progress {
   private:
     void ShowRates(platform::WMEncStatistics& statistics);
     void ShowPercent(platform::WMEncStatistics& statistics, std::int32_t length_s);
+    bool IsCapture() const;
     void CountCaptureSecond();
 
     platform::FormWindow& window_;
@@ -42,7 +43,7 @@ class Progress {
 
     std::int16_t g_nTotalPasses = 1;
     std::int16_t g_nCurrentPass = 1;
-    std::int32_t g_nCaptureSeconds = 0;  // ticks of the running screen capture
+    std::int32_t g_nCaptureSeconds = 0;  // ticks of the running capture
 };
 
 }  // namespace app

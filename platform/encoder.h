@@ -105,8 +105,9 @@ class WMEncSource {
   public:
     virtual ~WMEncSource() = default;
     virtual SourceType Type() const = 0;
-    /// A media file by its path (scheme empty), or a device's name with its scheme ("device",
-    /// "screencap"). Opens a file; throws Error when it cannot be opened or has no such stream.
+    /// A media file by its path (scheme empty), a device's name (scheme "device"), or the screen
+    /// (scheme "screencap"). Throws Error when a file cannot be opened or has no such stream, or a
+    /// device or the screen is not there or cannot be recorded.
     virtual void SetInput(const std::string& input, const std::string& scheme) = 0;
     void SetInput(const std::string& input) { SetInput(input, std::string()); }
     virtual std::string Input() const = 0;
@@ -148,6 +149,12 @@ class WMEncVideoSource : public WMEncSource {
     virtual void SetCroppingTopMargin(std::int32_t pixels) = 0;
     virtual std::int32_t CroppingBottomMargin() const = 0;
     virtual void SetCroppingBottomMargin(std::int32_t pixels) = 0;
+    /// At which rate pictures are captured when the audience's is not lower: thousandths of a
+    /// picture per second, 30000 unless set.
+    virtual std::int32_t CaptureRate() const = 0;
+    virtual void SetCaptureRate(std::int32_t thousandths) = 0;
+    /// Which part of the screen is captured, in words; "" when none is.
+    virtual std::string CaptureArea() const = 0;
     /// How long a still picture lasts when it has no end mark; 10000 unless set. Milliseconds.
     virtual std::int32_t StillDuration() const = 0;
     virtual void SetStillDuration(std::int32_t milliseconds) = 0;

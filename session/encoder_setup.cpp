@@ -3,11 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 #include <optional>
 #include <string_view>
 
 #include "platform/text.h"
+#include "profiles/whole_number.h"
 #include "session/error_line.h"
 
 namespace session {
@@ -41,6 +43,21 @@ constexpr KeyRule kScreenWithSound[] = {
 
 bool Matches(const KeyRule& rule, std::string_view key) {
     return rule.whole ? key == rule.text : platform::StartsWith(key, rule.text);
+}
+
+constexpr std::string_view kScreenKey = "scrn";
+constexpr std::int32_t kUsualCaptureRate = 30'000;
+
+// How often a picture is taken, in thousandths per second: the rate that was asked for, else that in
+// a screen profile's code ("scrn15a"), else the usual one.
+std::int32_t CaptureRate(const cli::EncodeSettings& settings, std::string_view profile_key) {
+    if (settings.v_framerate != -1)
+        return profiles::WholeNumber(settings.v_framerate, "video frame rate");
+    std::int32_t of_code = 0;
+    if (platform::StartsWith(profile_key, kScreenKey))
+        std::from_chars(profile_key.data() + kScreenKey.size(),
+                        profile_key.data() + profile_key.size(), of_code);
+    return of_code > 0 && of_code <= 1000 ? of_code * 1000 : kUsualCaptureRate;
 }
 
 // Keys of audio profiles begin with "a", of video profiles with "v", of both with "av".
@@ -85,7 +102,10 @@ bool EncoderSetup::SetupInput() {
         if (settings_.vdevice != -1 && !OpenDevice(SourceType::Video, settings_.vdevice, trap))
             return false;
     }
-    if (platform::StartsWith(profile_key, "scrn")) OpenScreen(profile_key, trap);
+    if (platform::StartsWith(profile_key, kScreenKey)) OpenScreen(profile_key, trap);
+    const bool captures_picture = state_.g_objSrcVid && !state_.g_objSrcVid->Scheme().empty();
+    if (captures_picture)
+        trap([&] { state_.g_objSrcVid->SetCaptureRate(CaptureRate(settings_, profile_key)); });
     trap([&] { FixContentType(); });
 
     if (state_.g_objSrcAud) trap([&] { source_setup_.SetupAudioSource(); });

@@ -276,11 +276,15 @@ class Explainer {
 
     void VideoSource(const WMEncVideoSource& source) {
         CommonSource("video", source, "-vdevice");
+        if (!source.CaptureArea().empty())
+            Write("video.CaptureArea", source.CaptureArea(), {"-vdevice", "-profile"});
+        if (!source.Scheme().empty())
+            Write("video.CaptureRate", source.CaptureRate(), {"-v_framerate", "-profile"});
         if (source.PixelFormat() != 0)
             Write("video.PixelFormat", FormatText(source.PixelFormat()), {"-pixelformat"});
         for (const VideoNumber& row : kVideoNumbers)
             WriteIfSet(row.name, (source.*row.value)(), row.deciders);
-        if (settings_.duration_typed)
+        if (settings_.duration_typed && source.Scheme().empty())
             Write("video.StillDuration", source.StillDuration(), {"-duration"});
     }
 

@@ -10,7 +10,7 @@
 namespace engine {
 
 Encoder::Encoder(platform::EventLoop& loop, EngineParts parts)
-    : parts_(std::make_shared<const EngineParts>(std::move(parts))),
+    : parts_(std::make_shared<const EngineParts>(WithDevicesKept(std::move(parts)))),
       tree_(parts_),
       control_(std::make_shared<RunControl>(loop)),
       statistics_(control_) {}
@@ -35,16 +35,26 @@ void Encoder::RefuseWhileRunning() const {
 
 void Encoder::PrepareToEncode(bool force) {
     RefuseWhileRunning();
-    if (prepared_ && !force) return;
+    if ((prepared_ || is_made_) && !force) return;
     prepared_.reset();
-    prepared_ = MakePlan(tree_, *parts_->files);
+    if (std::exchange(is_made_, false)) control_->Forget();
+    EncodePlan plan = MakePlan(tree_, *parts_->files);
+    if (plan.IsLive()) {
+        control_->Make(*parts_, std::move(plan));
+        is_made_ = true;
+    } else {
+        prepared_ = std::move(plan);
+    }
 }
 
 void Encoder::Start() {
     PrepareToEncode(false);
-    EncodePlan plan = std::move(*prepared_);
-    prepared_.reset();
-    control_->Start(*parts_, std::move(plan));
+    if (!std::exchange(is_made_, false)) {
+        EncodePlan plan = std::move(*prepared_);
+        prepared_.reset();
+        control_->Make(*parts_, std::move(plan));
+    }
+    control_->Start();
 }
 
 }  // namespace engine

@@ -40,7 +40,8 @@ class Encoder : public platform::WMEncoder {
     /// Session files are not read: throws Error (not implemented).
     void Load(const std::string& path) override;
 
-    /// Throws what MakePlan throws, and Error (busy) while a run goes on.
+    /// Throws what MakePlan throws, and Error (busy) while a run goes on. What is to be recorded is
+    /// opened here, so that a device that cannot be had is said before anything is written.
     void PrepareToEncode(bool force) override;
     /// Uses up what was prepared: the start after a run prepares anew. Throws Error (busy) while a
     /// run goes on, and what opening inputs, encoders and the output throws.
@@ -54,7 +55,8 @@ class Encoder : public platform::WMEncoder {
 
     std::shared_ptr<const EngineParts> parts_;
     SessionTree tree_;
-    std::optional<EncodePlan> prepared_;
+    std::optional<EncodePlan> prepared_;  // not yet made into a run
+    bool is_made_ = false;                // the run stands ready
     std::shared_ptr<RunControl> control_;
     engine::Statistics statistics_;
 };

@@ -1,5 +1,6 @@
 #include "engine/object_model/engine_factory.h"
 
+#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -7,6 +8,8 @@
 #include "engine/object_model/encoder.h"
 #include "engine/object_model/profile.h"
 #include "engine/sources/device_discovery.h"
+#include "engine/sources/screen_area.h"
+#include "engine/sources/screens.h"
 
 namespace engine {
 
@@ -19,6 +22,12 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
     };
     parts.files = std::move(files);
     parts.devices = DiscoverDevices;
+    parts.screens = Screens;
+    parts.screen_size = SizeNow;
+    parts.screen_choice = [] {
+        const char* choice = std::getenv("TESSIVO_SCREEN");
+        return std::string(choice == nullptr ? "" : choice);
+    };
     return std::make_shared<Encoder>(loop, std::move(parts));
 }
 

@@ -8,8 +8,10 @@
 #include "engine/media/media_parts.h"
 #include "engine/pipeline/encoding_run.h"
 #include "engine/plan/encode_plan.h"
+#include "engine/sources/device_facts.h"
 #include "engine/sources/device_list.h"
 #include "engine/sources/media_probe.h"
+#include "engine/sources/screen_area.h"
 #include "platform/encoder.h"
 #include "platform/file_system.h"
 
@@ -22,6 +24,15 @@ struct EngineParts {
     std::shared_ptr<platform::FileSystem> files;
     /// The machine's capture devices, now; may take a second. None when it is empty.
     std::function<DeviceList()> devices = {};
+    /// How this machine's screen can be recorded. Not at all when it is empty.
+    std::function<ScreenFacts()> screens = {};
+    /// Throws platform::Error.
+    std::function<ScreenSize(const ScreenArea& area)> screen_size = {};
+    /// Which part of the screen "the screen" is, as ParseScreenArea takes it. All when it is empty.
+    std::function<std::string()> screen_choice = {};
 };
+
+/// The same parts, which look for devices once: their numbers hold as long as the encoder.
+EngineParts WithDevicesKept(EngineParts parts);
 
 }  // namespace engine

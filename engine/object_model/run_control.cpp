@@ -19,7 +19,7 @@ auto RunControl::Posting(Event event) {
     };
 }
 
-void RunControl::Start(const EngineParts& parts, EncodePlan plan) {
+void RunControl::Make(const EngineParts& parts, EncodePlan plan) {
     run_.reset();
     ++run_number_;
     has_audio_ = plan.audio.has_value();
@@ -31,6 +31,9 @@ void RunControl::Start(const EngineParts& parts, EncodePlan plan) {
             self.DeliverError(number, description);
         });
     run_ = parts.make_run(std::move(plan), std::move(callbacks));
+}
+
+void RunControl::Start() {
     state_ = EncoderState::Starting;
     try {
         run_->Start();

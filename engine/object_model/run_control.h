@@ -20,8 +20,13 @@ class RunControl : public std::enable_shared_from_this<RunControl> {
     platform::EncoderState State() const { return state_; }
     void SetEvents(platform::WMEncoderEvents* events) { events_ = events; }
 
-    /// Forgets the run before. Throws what making or starting a run throws; then nothing runs.
-    void Start(const EngineParts& parts, EncodePlan plan);
+    /// Forgets the run before and makes one of the plan, which opens its inputs and its output.
+    /// Throws what making it throws.
+    void Make(const EngineParts& parts, EncodePlan plan);
+    /// A run that has been made gives back what it has opened.
+    void Forget() { run_.reset(); }
+    /// Starts the run that was made last. Throws what starting it throws; then it is forgotten.
+    void Start();
     void Stop();  // graceful, returns at once; harmless when nothing runs
     /// No event comes any more; a run is stopped gracefully and waited for.
     void Close();

@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "engine/object_model/capture_input.h"
+
 namespace engine {
 
 namespace {
@@ -12,6 +14,7 @@ using platform::SourceType;
 
 constexpr std::int32_t kMostPixels = 16384;
 constexpr std::int32_t kMostAspect = 65535;
+constexpr std::int32_t kMostCaptureRate = 1'000'000;  // thousandths
 
 std::int32_t WholeMilliseconds(Ticks duration) {
     return static_cast<std::int32_t>(
@@ -22,7 +25,7 @@ std::int32_t WholeMilliseconds(Ticks duration) {
 
 SourceInput OpenFileInput(const EngineParts& parts, const std::string& path) {
     if (path.empty()) RefuseArgument("The source has no name: give a media file");
-    SourceInput opened{path, "", parts.files->GetAbsolutePathName(path), {}};
+    SourceInput opened{path, "", parts.files->GetAbsolutePathName(path), {}, {}};
     opened.media = parts.probe(opened.host_path);
     return opened;
 }
@@ -32,7 +35,7 @@ SourceInput OpenInput(const EngineParts& parts, SourceType type, const std::stri
     if (scheme == "device" || scheme == "screencap") {
         if (input.empty())
             RefuseArgument(fmt::format("The source of the scheme \"{}\" has no name", scheme));
-        return {input, scheme, "", {}};
+        return {input, scheme, "", {}, CaptureOf(parts, type, input, scheme)};
     }
     if (!scheme.empty())
         RefuseArgument(
@@ -85,6 +88,14 @@ void VideoSource::SetCroppingTopMargin(std::int32_t pixels) {
 }
 void VideoSource::SetCroppingBottomMargin(std::int32_t pixels) {
     bottom_ = InRange("CroppingBottomMargin", pixels, 0, kMostPixels);
+}
+void VideoSource::SetCaptureRate(std::int32_t thousandths) {
+    capture_rate_ = InRange("CaptureRate", thousandths, 1, kMostCaptureRate);
+}
+std::string VideoSource::CaptureArea() const {
+    const std::optional<CaptureInput>& capture = Opened().capture;
+    const bool screen = capture && capture->device.kind == DeviceKind::Screen;
+    return screen ? Describe(capture->area) : std::string();
 }
 void VideoSource::SetStillDuration(std::int32_t milliseconds) {
     still_duration_ = InRange("StillDuration", milliseconds, 1, kNoUpperLimit);

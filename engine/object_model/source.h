@@ -10,12 +10,20 @@
 
 namespace engine {
 
-/// Where a source reads from. `media` is what a file holds; a device has none.
+/// A device or a screen that a source records.
+struct CaptureInput {
+    Device device;
+    ScreenArea area;         // of a screen
+    ScreenSize screen_size;  // when the input was given
+};
+
+/// Where a source reads from: a file or a capture.
 struct SourceInput {
     std::string input;      // as it was given
     std::string scheme;     // "" = a file
     std::string host_path;  // of a file
     std::optional<MediaFileInfo> media;
+    std::optional<CaptureInput> capture;
 
     bool IsSet() const { return !input.empty(); }
     bool IsFile() const { return media.has_value(); }
@@ -24,8 +32,9 @@ struct SourceInput {
 /// Reads what a file holds. Throws Error when it cannot be opened.
 SourceInput OpenFileInput(const EngineParts& parts, const std::string& path);
 
-/// The same for a source that needs a stream of `type`, or a device's name as it is. Throws Error
-/// (invalid data) when the file has no such stream.
+/// The same for a source that needs a stream of `type`, or the device of that medium ("device")
+/// or the part of the screen ("screencap") with the name. Throws Error (invalid data) when the file
+/// has no such stream; what CaptureOf throws.
 SourceInput OpenInput(const EngineParts& parts, platform::SourceType type, const std::string& input,
                       const std::string& scheme);
 
@@ -105,6 +114,9 @@ class VideoSource : public SourceBase<platform::WMEncVideoSource> {
     void SetCroppingTopMargin(std::int32_t pixels) override;
     std::int32_t CroppingBottomMargin() const override { return bottom_; }
     void SetCroppingBottomMargin(std::int32_t pixels) override;
+    std::int32_t CaptureRate() const override { return capture_rate_; }
+    void SetCaptureRate(std::int32_t thousandths) override;
+    std::string CaptureArea() const override;
     std::int32_t StillDuration() const override { return still_duration_; }
     void SetStillDuration(std::int32_t milliseconds) override;
 
@@ -117,6 +129,7 @@ class VideoSource : public SourceBase<platform::WMEncVideoSource> {
     std::int32_t right_ = 0;
     std::int32_t top_ = 0;
     std::int32_t bottom_ = 0;
+    std::int32_t capture_rate_ = 30'000;
     std::int32_t still_duration_ = 10'000;
 };
 

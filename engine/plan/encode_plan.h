@@ -10,6 +10,7 @@
 #include "engine/encoders/pixel_formats.h"
 #include "engine/outputs/packet_sink.h"
 #include "engine/sources/device_list.h"
+#include "engine/sources/screen_area.h"
 #include "engine/ticks.h"
 
 namespace engine {
@@ -24,8 +25,8 @@ struct CapturePlan {
     DeviceKind kind = DeviceKind::Screen;
     std::string id;    // a device's
     std::string name;  // for people
-    std::string area;  // of a screen: the part of it
-    std::int32_t rate = 0;  // pictures in a thousand seconds
+    ScreenArea area;   // of a screen
+    std::int32_t rate = 0;  // pictures in 1000 seconds
     bool operator==(const CapturePlan&) const = default;
 };
 

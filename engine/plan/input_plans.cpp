@@ -57,6 +57,14 @@ Ticks LengthUpTo(const platform::WMEncSource& source, Ticks end) {
     return std::max(Ticks{}, end - MarkInOf(source));
 }
 
+// A capture has no end of its own.
+InputPlan CaptureInputPlan(const platform::WMEncSource& source, const SourceInput& opened) {
+    const CaptureInput& capture = *opened.capture;
+    InputPlan plan = CheckedInput(source, std::string(), Ticks{}, false);
+    plan.capture = {capture.device.kind, capture.device.id, capture.device.name, capture.area, 0};
+    return plan;
+}
+
 Ticks StillEnd(const VideoSource& source) {
     return Ticks::FromMilliseconds(source.StillDuration());
 }
@@ -65,11 +73,13 @@ Ticks StillEnd(const VideoSource& source) {
 
 InputPlan PlanInput(const AudioSource& source) {
     const SourceInput& opened = source.Opened();
+    if (opened.capture) return CaptureInputPlan(source, opened);
     return CheckedInput(source, opened.host_path, FileEnd(*opened.media), true);
 }
 
 InputPlan PlanInput(const VideoSource& source) {
     const SourceInput& opened = source.Opened();
+    if (opened.capture) return CaptureInputPlan(source, opened);
     if (!source.IsStill())
         return CheckedInput(source, opened.host_path, FileEnd(*opened.media), true);
     InputPlan plan = CheckedInput(source, opened.host_path, StillEnd(source), false);
@@ -79,11 +89,14 @@ InputPlan PlanInput(const VideoSource& source) {
 }
 
 Ticks EncodedLength(const AudioSource& source) {
-    return LengthUpTo(source, source.Opened().media->audio->duration);
+    const SourceInput& opened = source.Opened();
+    return LengthUpTo(source, opened.capture ? Ticks{} : opened.media->audio->duration);
 }
 
 Ticks EncodedLength(const VideoSource& source) {
-    if (!source.IsStill()) return LengthUpTo(source, source.Opened().media->video->duration);
+    const SourceInput& opened = source.Opened();
+    if (opened.capture) return LengthUpTo(source, Ticks{});
+    if (!source.IsStill()) return LengthUpTo(source, opened.media->video->duration);
     const Ticks end = source.MarkOut() != 0 ? MarkOutOf(source) : StillEnd(source);
     return std::max(Ticks{}, end - MarkInOf(source));
 }

@@ -55,7 +55,7 @@ const SourceGroup& CheckedGroup(const SourceGroups& groups) {
 
 // The source of a stream that the profile has; null when the profile is of the other kind.
 template <typename Source>
-const Source* LiveSource(const char* medium, const ProfileState& profile, std::int32_t kind,
+const Source* SourceOf(const char* medium, const ProfileState& profile, std::int32_t kind,
                          const std::vector<std::shared_ptr<Source>>& sources) {
     if ((profile.content_type & kind) == 0) return nullptr;
     if (sources.empty())
@@ -66,9 +66,6 @@ const Source* LiveSource(const char* medium, const ProfileState& profile, std::i
     const SourceInput& input = sources.front()->Opened();
     if (!input.IsSet())
         RefuseArgument(fmt::format("The {} source has no input: give -input a media file", medium));
-    if (!input.IsFile())
-        RefuseUnbuilt(fmt::format("Capturing from {} is not possible yet: give -input a media file",
-                                  InputName(input)));
     return sources.front().get();
 }
 
@@ -114,6 +111,27 @@ std::string CheckedOutput(const std::string& name, const SourceGroup& group,
     return path;
 }
 
+// How many channels a device has shows when it is opened.
+bool MayBeSurround(const SourceInput& input) {
+    return input.capture || input.media->audio->channels > 2;
+}
+
+void CheckCaptures(const EncodePlan& plan) {
+    if (!plan.IsLive()) return;
+    const auto& audio = plan.audio;
+    const auto& video = plan.video;
+    if (audio && video && !(audio->input.capture && video->input.capture))
+        RefuseUnbuilt(
+            fmt::format("{} and {}: a file and what is captured cannot be encoded together; record "
+                        "first, then encode",
+                        audio->input.Name(), video->input.Name()));
+    if (plan.passes > 1)
+        RefuseArgument(
+            fmt::format("{} is captured, and two passes would need it twice: give -a_mode and "
+                        "-v_mode 1 or 3, or another profile",
+                        video ? video->input.Name() : audio->input.Name()));
+}
+
 void PlanPackets(const ProfileState& profile, EncodePlan& plan) {
     if (profile.max_packet_bytes != 0 && profile.min_packet_bytes > profile.max_packet_bytes)
         RefuseArgument(
@@ -129,14 +147,14 @@ void PlanPackets(const ProfileState& profile, EncodePlan& plan) {
 EncodePlan MakePlan(const SessionTree& tree, platform::FileSystem& files) {
     const SourceGroup& group = CheckedGroup(tree.groups);
     const ProfileState& profile = group.OwnProfile()->State();
-    const AudioSource* audio = LiveSource("audio", profile, kContentAudio, group.AudioSources());
-    const VideoSource* video = LiveSource("video", profile, kContentVideo, group.VideoSources());
+    const AudioSource* audio = SourceOf("audio", profile, kContentAudio, group.AudioSources());
+    const VideoSource* video = SourceOf("video", profile, kContentVideo, group.VideoSources());
     RefuseUnbuiltOutputs(tree.broadcast);
 
     EncodePlan plan;
     if (audio != nullptr) {
         plan.audio = PlanAudio(*audio, profile);
-        if (audio->Opened().media->audio->channels > 2 && plan.audio->written.format.channels == 2)
+        if (MayBeSurround(audio->Opened()) && plan.audio->written.format.channels == 2)
             plan.audio->fold_down = PlanFoldDown(tree.attributes.Items());
     }
     if (video != nullptr) plan.video = PlanVideo(*video, profile, tree.video_performance);
@@ -154,7 +172,10 @@ EncodePlan MakePlan(const SessionTree& tree, platform::FileSystem& files) {
         plan.video->input = PlanInput(*video);
         plan.media_length = std::max(plan.media_length, EncodedLength(*video));
         if (video->PreProcessPass() == 1) plan.passes = 2;
+        if (plan.video->input.capture)
+            plan.video->input.capture->rate = plan.video->expected_rate;
     }
+    CheckCaptures(plan);
     return plan;
 }
 

@@ -76,12 +76,23 @@ std::int32_t Clipped(const char* sides, std::int32_t side, std::int32_t before,
                     sides, before, after, side));
 }
 
+// What is known of the picture before the first one is there.
+VideoInfo PictureOf(const VideoSource& source) {
+    const SourceInput& opened = source.Opened();
+    if (!opened.capture) return *opened.media->video;
+    VideoInfo info;
+    info.width = opened.capture->screen_size.width;
+    info.height = opened.capture->screen_size.height;
+    info.frame_rate = {source.CaptureRate(), 1000};
+    return info;
+}
+
 void PlanSize(const VideoSource& source, const ProfileState& profile, VideoPlan& plan) {
     const VideoSettings& video = profile.audiences.front().video;
-    const VideoInfo& info = *source.Opened().media->video;
+    const VideoInfo info = PictureOf(source);
     if (info.width <= 0 || info.height <= 0)
         throw platform::Error(platform::kInvalidData, fmt::format("The picture of {} has no size",
-                                                                  source.Opened().host_path));
+                                                                  source.Opened().input));
     plan.crop = {source.CroppingLeftMargin(), source.CroppingRightMargin(),
                  source.CroppingTopMargin(), source.CroppingBottomMargin()};
     const std::int32_t width =
@@ -275,7 +286,7 @@ VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
     plan.rate_ceiling = video.frame_rate;
     plan.deinterlace = source.Optimization() == kDeinterlace;
     plan.telecine = PatternOf(source.Optimization());
-    Ratio source_rate = source.Opened().media->video->frame_rate;
+    Ratio source_rate = PictureOf(source).frame_rate;
     if (plan.telecine) source_rate = {source_rate.numerator * 4, source_rate.denominator * 5};
     plan.expected_rate = ExpectedRate(video.frame_rate, source_rate);
     plan.bit_rate_bps = video.bit_rate_bps;

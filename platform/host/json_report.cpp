@@ -52,6 +52,14 @@ void Write(ConsoleOutput& output, const Json& object) {
 
 Json TextOrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
+Json DropsObject(const DropCounts& drops) {
+    Json object;
+    object["capture_late"] = drops.capture_late;
+    object["encoder_late"] = drops.encoder_late;
+    object["rate_control"] = drops.rate_control;
+    return object;
+}
+
 /// @param rate_name  what the expected and average sample rates are called in this medium
 /// @param rate_unit  what they are counted in
 Json StreamObject(const std::optional<StreamReport>& stream, const std::string& rate_name,
@@ -92,6 +100,7 @@ void AddFile(Json& object, const FileReport& report) {
         has_file ? Json(static_cast<double>(report.file->file_duration.Raw()) / kThousand) : Json();
     object["audio"] = StreamObject(report.audio, "sample_rate", 1, "packets");
     object["video"] = StreamObject(report.video, "frame_rate", kThousand, "frames");
+    if (report.video) object["video"]["dropped_by_cause"] = DropsObject(report.video->totals.drops);
     object["error"] = ErrorObject(report.error);
 }
 
@@ -118,6 +127,7 @@ void JsonReport::WriteProgress(const RunProgress& progress) {
     object["average_bit_rate"] = progress.total.average_bit_rate_bps;
     object["dropped_frames"] = progress.dropped_frames;
     object["dropped_bytes"] = progress.dropped_bytes;
+    object["dropped_by_cause"] = DropsObject(progress.total.drops);
     Write(output_, object);
 }
 

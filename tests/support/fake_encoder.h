@@ -253,7 +253,11 @@ class FakeVideoSource : public FakeSource<platform::WMEncVideoSource> {
     FAKE_PROPERTY(std::int32_t, CroppingRightMargin, kind);
     FAKE_PROPERTY(std::int32_t, CroppingTopMargin, kind);
     FAKE_PROPERTY(std::int32_t, CroppingBottomMargin, kind);
+    FAKE_PROPERTY(std::int32_t, CaptureRate, kind);
     FAKE_PROPERTY(std::int32_t, StillDuration, kind);
+    std::string CaptureArea() const override {
+        return scheme == "screencap" ? "the screen" : std::string();
+    }
 };
 
 class FakeSourceGroup : public platform::WMEncSourceGroup {
