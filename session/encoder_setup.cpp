@@ -48,8 +48,8 @@ bool Matches(const KeyRule& rule, std::string_view key) {
 constexpr std::string_view kScreenKey = "scrn";
 constexpr std::int32_t kUsualCaptureRate = 30'000;
 
-// How often a picture is taken, in thousandths per second: the rate that was asked for, else that in
-// a screen profile's code ("scrn15a"), else the usual one.
+// How often a picture is taken, in thousandths per second: the rate that was asked for, else that
+// in a screen profile's code ("scrn15a"), else the usual one.
 std::int32_t CaptureRate(const cli::EncodeSettings& settings, std::string_view profile_key) {
     if (settings.v_framerate != -1)
         return profiles::WholeNumber(settings.v_framerate, "video frame rate");

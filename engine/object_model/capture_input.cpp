@@ -50,8 +50,8 @@ CaptureInput ScreenInput(const EngineParts& parts, Device device, ScreenArea are
 
 ScreenArea AreaNamed(const EngineParts& parts, const std::string& input) {
     const std::string name = platform::LowerCase(input);
-    const bool is_screen = std::find(std::begin(kScreenNames), std::end(kScreenNames), name) !=
-                           std::end(kScreenNames);
+    const bool is_screen =
+        std::find(std::begin(kScreenNames), std::end(kScreenNames), name) != std::end(kScreenNames);
     if (!is_screen) return ParseScreenArea(input);
     return ParseScreenArea(parts.screen_choice ? parts.screen_choice() : std::string());
 }
@@ -80,9 +80,10 @@ CaptureInput CaptureOf(const EngineParts& parts, SourceType type, const std::str
     }
     const Device device = DeviceNamed(parts, type, input);
     if (device.kind == DeviceKind::Camera)
-        RefuseUnbuilt(fmt::format("The camera {} cannot be recorded yet: leave -vdevice out, or "
-                                  "give it the number of a screen",
-                                  device.name));
+        RefuseUnbuilt(
+            fmt::format("The camera {} cannot be recorded yet: leave -vdevice out, or "
+                        "give it the number of a screen",
+                        device.name));
     if (device.kind != DeviceKind::Screen) return {device, {}, {}};
     CheckScreenAccess(parts);
     return ScreenInput(parts, device, AreaOfDevice(device.id));

@@ -25,7 +25,8 @@ class DriftControl {
     }
 
   private:
-    static constexpr double kRate = 0.1;  // of a second: an error is gone after some tens of seconds
+    static constexpr double kRate =
+        0.1;  // of a second: an error is gone after some tens of seconds
 
     double lasting_ = 0;
 };

@@ -86,8 +86,8 @@ void Pass::Feed(Chain& chain, const InputPlan& plan, bool with_audio, bool with_
     if (plan.capture)
         chain.device = live_.open(*plan.capture, frames_);
     else
-        chain.file = std::make_unique<FileFeed>(
-            chain.kind, InputFor(plan, with_audio, with_video), plan.path, frames_);
+        chain.file = std::make_unique<FileFeed>(chain.kind, InputFor(plan, with_audio, with_video),
+                                                plan.path, frames_);
 }
 
 Pass::Input& Pass::InputFor(const InputPlan& plan, bool with_audio, bool with_video) {

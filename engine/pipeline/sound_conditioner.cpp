@@ -84,8 +84,7 @@ std::int64_t SoundConditioner::Reached() const {
 
 void SoundConditioner::FollowDevice(const AVFrame& frame) {
     const double rate = shape_.sampling_rate;
-    const double late_s =
-        Ticks{frame.pts}.Seconds() - static_cast<double>(Reached()) / rate;
+    const double late_s = Ticks{frame.pts}.Seconds() - static_cast<double>(Reached()) / rate;
     const double correction = drift_.Update(late_s, frame.nb_samples / rate);
     CheckAv(swr_set_compensation(resampler_.get(),
                                  static_cast<int>(std::lround(correction * kCorrectionSamples)),

@@ -23,9 +23,9 @@ struct Ratio {
 /// A device or a screen that is recorded.
 struct CapturePlan {
     DeviceKind kind = DeviceKind::Screen;
-    std::string id;    // a device's
-    std::string name;  // for people
-    ScreenArea area;   // of a screen
+    std::string id;         // a device's
+    std::string name;       // for people
+    ScreenArea area;        // of a screen
     std::int32_t rate = 0;  // pictures in 1000 seconds
     bool operator==(const CapturePlan&) const = default;
 };

@@ -56,7 +56,7 @@ const SourceGroup& CheckedGroup(const SourceGroups& groups) {
 // The source of a stream that the profile has; null when the profile is of the other kind.
 template <typename Source>
 const Source* SourceOf(const char* medium, const ProfileState& profile, std::int32_t kind,
-                         const std::vector<std::shared_ptr<Source>>& sources) {
+                       const std::vector<std::shared_ptr<Source>>& sources) {
     if ((profile.content_type & kind) == 0) return nullptr;
     if (sources.empty())
         RefuseArgument(
@@ -172,8 +172,7 @@ EncodePlan MakePlan(const SessionTree& tree, platform::FileSystem& files) {
         plan.video->input = PlanInput(*video);
         plan.media_length = std::max(plan.media_length, EncodedLength(*video));
         if (video->PreProcessPass() == 1) plan.passes = 2;
-        if (plan.video->input.capture)
-            plan.video->input.capture->rate = plan.video->expected_rate;
+        if (plan.video->input.capture) plan.video->input.capture->rate = plan.video->expected_rate;
     }
     CheckCaptures(plan);
     return plan;

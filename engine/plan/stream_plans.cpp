@@ -91,8 +91,8 @@ void PlanSize(const VideoSource& source, const ProfileState& profile, VideoPlan&
     const VideoSettings& video = profile.audiences.front().video;
     const VideoInfo info = PictureOf(source);
     if (info.width <= 0 || info.height <= 0)
-        throw platform::Error(platform::kInvalidData, fmt::format("The picture of {} has no size",
-                                                                  source.Opened().input));
+        throw platform::Error(platform::kInvalidData,
+                              fmt::format("The picture of {} has no size", source.Opened().input));
     plan.crop = {source.CroppingLeftMargin(), source.CroppingRightMargin(),
                  source.CroppingTopMargin(), source.CroppingBottomMargin()};
     const std::int32_t width =

@@ -61,7 +61,8 @@ EncodePlan Plan(const std::string& output) {
     return plan;
 }
 
-Outcome Run(EncodePlan plan, const std::function<void(EncodingRun&)>& meanwhile) {
+Outcome Run(EncodePlan plan, const std::function<void(EncodingRun&)>& meanwhile,
+            const LiveParts& live) {
     Outcome outcome;
     std::mutex mutex;
     std::condition_variable changed;
@@ -79,7 +80,7 @@ Outcome Run(EncodePlan plan, const std::function<void(EncodingRun&)>& meanwhile)
         outcome.errors.push_back(static_cast<std::uint32_t>(number));
         outcome.error_text = description;
     };
-    EncodingRun run(std::move(plan), std::move(callbacks));
+    EncodingRun run(std::move(plan), std::move(callbacks), live);
     run.Start();
     if (meanwhile) meanwhile(run);
     {

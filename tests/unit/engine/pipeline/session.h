@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/pipeline/encoding_run.h"
+#include "engine/pipeline/live_parts.h"
 #include "engine/plan/encode_plan.h"
 
 namespace session {
@@ -30,6 +31,7 @@ struct Outcome {
 
 /// Runs until Stopped. `meanwhile`, when given, is called once the run is started.
 Outcome Run(engine::EncodePlan plan,
-            const std::function<void(engine::EncodingRun&)>& meanwhile = {});
+            const std::function<void(engine::EncodingRun&)>& meanwhile = {},
+            const engine::LiveParts& live = {});
 
 }  // namespace session

@@ -1,0 +1,127 @@
+// Live sources that give what a test hands them, at the times that it says.
+#pragma once
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+#include "engine/pipeline/live_parts.h"
+#include "platform/error.h"
+
+namespace fake_devices {
+
+inline constexpr int kRate = 44100;
+
+/// A grey picture; `time` is its pts.
+inline void FillPicture(AVFrame& frame, engine::Ticks time, int width, int height, int grey) {
+    frame.format = AV_PIX_FMT_BGR0;
+    frame.width = width;
+    frame.height = height;
+    if (av_frame_get_buffer(&frame, 0) < 0) throw std::bad_alloc();
+    std::fill_n(frame.data[0], static_cast<std::size_t>(frame.linesize[0] * height),
+                static_cast<std::uint8_t>(grey));
+    frame.pts = time.count;
+}
+
+/// Samples of one channel of 16 bits.
+template <typename Sample>
+void FillSound(AVFrame& frame, engine::Ticks time, int samples, Sample&& sample) {
+    frame.format = AV_SAMPLE_FMT_S16;
+    frame.sample_rate = kRate;
+    frame.nb_samples = samples;
+    av_channel_layout_default(&frame.ch_layout, 1);
+    if (av_frame_get_buffer(&frame, 0) < 0) throw std::bad_alloc();
+    auto* out = reinterpret_cast<std::int16_t*>(frame.data[0]);
+    for (int i = 0; i < samples; ++i) out[i] = sample(i);
+    frame.pts = time.count;
+}
+
+/// What a source is to give; shared by the test and the source.
+class Script {
+  public:
+    void Picture(std::int64_t ms, int grey = 128, int width = 320, int height = 240) {
+        Add([=](AVFrame& frame) {
+            FillPicture(frame, engine::Ticks::FromMilliseconds(ms), width, height, grey);
+        });
+    }
+    /// A tenth of a second of silence, which may begin with a click.
+    void Sound(std::int64_t ms, bool click = false) {
+        Add([=](AVFrame& frame) {
+            FillSound(frame, engine::Ticks::FromMilliseconds(ms), kRate / 10, [=](int i) {
+                return static_cast<std::int16_t>(click && i < kRate / 500 ? 29'000 : 0);
+            });
+        });
+    }
+    void Fail(const platform::Error& error) {
+        const std::lock_guard lock(mutex_);
+        failure_ = error;
+        changed_.notify_all();
+    }
+    void Miss(std::int64_t pictures) {
+        const std::lock_guard lock(mutex_);
+        missed_ += pictures;
+    }
+    /// Until the source was asked for more than it has been given.
+    void WaitUntilTaken() {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [&] { return asked_ && frames_.empty(); });
+    }
+
+    bool Read(engine::FramePool& pool, engine::FrameHandle& frame) {
+        std::unique_lock lock(mutex_);
+        asked_ = true;
+        changed_.notify_all();
+        changed_.wait(lock, [&] { return woken_ || !frames_.empty() || failure_; });
+        asked_ = false;
+        if (woken_) return false;
+        if (frames_.empty()) throw platform::Error(*failure_);
+        frame = pool.Get();
+        frames_.front()(*frame);
+        frames_.pop_front();
+        return true;
+    }
+    void Wake() {
+        const std::lock_guard lock(mutex_);
+        woken_ = true;
+        changed_.notify_all();
+    }
+    std::int64_t TakeMissed() {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(missed_, 0);
+    }
+
+  private:
+    void Add(std::function<void(AVFrame&)> frame) {
+        const std::lock_guard lock(mutex_);
+        frames_.push_back(std::move(frame));
+        changed_.notify_all();
+    }
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<std::function<void(AVFrame&)>> frames_;
+    std::optional<platform::Error> failure_;
+    std::int64_t missed_ = 0;
+    bool woken_ = false;
+    bool asked_ = false;
+};
+
+class Device : public engine::LiveSource {
+  public:
+    Device(std::shared_ptr<Script> script, engine::FramePool& pool)
+        : script_(std::move(script)), pool_(pool) {}
+    bool Read(engine::FrameHandle& frame) override { return script_->Read(pool_, frame); }
+    void Wake() override { script_->Wake(); }
+    std::int64_t TakeMissed() override { return script_->TakeMissed(); }
+
+  private:
+    std::shared_ptr<Script> script_;
+    engine::FramePool& pool_;
+};
+
+}  // namespace fake_devices

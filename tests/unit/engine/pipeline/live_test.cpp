@@ -1,0 +1,217 @@
+// Recordings from sources that give what the test says: where they begin and end, what a still
+// screen leaves, and what is there when a device goes.
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "unit/engine/pipeline/clips.h"
+#include "unit/engine/pipeline/fake_devices.h"
+#include "unit/engine/pipeline/session.h"
+
+namespace {
+
+using namespace engine;
+using fake_devices::Script;
+
+// A screen and a microphone, recorded to `out.wmv`.
+class Live : public testing::Test {
+  protected:
+    EncodePlan Both() {
+        EncodePlan plan = PictureOnly();
+        AudioPlan audio;
+        audio.input.capture = CapturePlan{DeviceKind::PulseSource, "mic", "Microphone", {}, 0};
+        audio.codec = &session::AudioCodec("wmav2");
+        audio.format = {64000, 44100, 2, 16};
+        plan.audio = audio;
+        return plan;
+    }
+    EncodePlan PictureOnly() {
+        EncodePlan plan = session::Plan(folder_.Path("out.wmv"));
+        VideoPlan video;
+        video.input.capture = CapturePlan{DeviceKind::Screen, "x11", "the screen", {}, 10'000};
+        video.codec = &session::VideoCodec("wmv2");
+        video.width = 320;
+        video.height = 240;
+        video.rate_ceiling = 100'000;
+        video.expected_rate = 10'000;
+        video.bit_rate_bps = 400'000;
+        video.buffer_ms = 3000;
+        plan.video = video;
+        return plan;
+    }
+    /// @param end_ms  on the capture clock: when the stop comes
+    LiveParts Parts(std::int64_t end_ms) {
+        return {[this](const CapturePlan& plan, FramePool& frames) {
+                    const bool screen = plan.kind == DeviceKind::Screen;
+                    return std::make_unique<fake_devices::Device>(screen ? screen_ : microphone_,
+                                                                  frames);
+                },
+                [end_ms] { return Ticks::FromMilliseconds(end_ms); }};
+    }
+    session::Outcome Record(const EncodePlan& plan, std::int64_t end_ms) {
+        return session::Run(
+            plan,
+            [&](EncodingRun& run) {
+                screen_->WaitUntilTaken();
+                if (plan.audio) microphone_->WaitUntilTaken();
+                run.Stop();
+            },
+            Parts(end_ms));
+    }
+
+    clips::Folder folder_;
+    std::shared_ptr<Script> screen_ = std::make_shared<Script>();
+    std::shared_ptr<Script> microphone_ = std::make_shared<Script>();
+};
+
+constexpr int kBlack = 0;
+constexpr int kWhite = 255;
+
+struct StartCase {
+    const char* why;
+    int picture_ms, sound_ms;  // when each starts
+    int mark_in_ms;
+    std::vector<double> events;
+};
+
+// Each source goes on until 5 s; there is a flash and a click at 2 s and at 4 s.
+const StartCase kStartCases[] = {
+    // why                                     picture  sound  mark  events
+    {"together", 1000, 1000, 0, {1, 3}},
+    {"the sound starts later", 1000, 1500, 0, {0.5, 2.5}},
+    {"the picture starts later", 1800, 1000, 0, {0.2, 2.2}},
+    {"a mark counts from the start of both", 1000, 1500, 1000, {1.5}},
+};
+
+TEST_F(Live, BeginWhenAllSourcesHaveStarted) {
+    for (const StartCase& row : kStartCases) {
+        SCOPED_TRACE(row.why);
+        screen_ = std::make_shared<Script>();
+        microphone_ = std::make_shared<Script>();
+        for (int ms = row.picture_ms; ms < 5000; ms += 200)
+            screen_->Picture(ms, ms == 2000 || ms == 4000 ? kWhite : kBlack);
+        for (int ms = row.sound_ms; ms < 5000; ms += 100)
+            microphone_->Sound(ms, ms == 2000 || ms == 4000);
+        EncodePlan plan = Both();
+        for (InputPlan* input : {&plan.audio->input, &plan.video->input})
+            input->mark_in = Ticks::FromMilliseconds(row.mark_in_ms);
+        const session::Outcome outcome = Record(plan, 5000);
+        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        const clips::Contents contents = clips::Decode(plan.output_path);
+        for (const std::vector<double>& found :
+             {clips::Flashes(contents), clips::Clicks(contents)}) {
+            ASSERT_EQ(found.size(), row.events.size());
+            for (std::size_t i = 0; i < found.size(); ++i)
+                EXPECT_NEAR(found[i], row.events[i], 0.02);
+        }
+        const double start_s = (std::max(row.picture_ms, row.sound_ms) + row.mark_in_ms) / 1000.0;
+        EXPECT_NEAR(contents.duration, 5 - start_s, 0.15);
+        EXPECT_EQ(outcome.video.dropped_sample_count.Raw(), 0);
+    }
+}
+
+TEST_F(Live, AStillScreenIsAsLongAsItWasRecorded) {
+    for (const int pictures : {1, 2}) {
+        screen_ = std::make_shared<Script>();
+        for (int i = 0; i < pictures; ++i) screen_->Picture(1000 + i * 700);
+        EncodePlan plan = PictureOnly();
+        const session::Outcome outcome = Record(plan, 6000);
+        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        const clips::Contents contents = clips::Decode(plan.output_path);
+        EXPECT_NEAR(contents.duration, 5.0, 0.01);
+        EXPECT_EQ(contents.pictures.size(), static_cast<std::size_t>(pictures) + 1);
+    }
+}
+
+TEST_F(Live, AStillScreenHoldsNoSoundBack) {
+    screen_->Picture(1000);
+    for (int ms = 1000; ms < 9000; ms += 100) microphone_->Sound(ms);
+    EncodePlan plan = Both();
+    session::Run(
+        plan,
+        [&](EncodingRun& run) {
+            while (run.EncodingTime().Raw() < 6900) std::this_thread::yield();
+            run.Stop();
+        },
+        Parts(9000));
+    EXPECT_NEAR(clips::Decode(plan.output_path).duration, 8, 0.1);
+}
+
+TEST_F(Live, TheScreenMayChangeItsSize) {
+    screen_->Picture(1000, kBlack, 320, 240);
+    screen_->Picture(1500, kWhite, 640, 400);
+    screen_->Picture(2000, kBlack, 200, 301);
+    EncodePlan plan = PictureOnly();
+    Record(plan, 2500);
+    EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+    const clips::Contents contents = clips::Decode(plan.output_path);
+    EXPECT_EQ(contents.width, 320);
+    ASSERT_EQ(contents.pictures.size(), 4U);
+    EXPECT_GT(contents.pictures[1].luma, 200);
+    EXPECT_LT(contents.pictures[2].luma, 40);
+}
+
+TEST_F(Live, ADeviceThatGoesLeavesAWholeFile) {
+    struct Case {
+        const char* why;
+        bool picture;  // is what goes
+    };
+    for (const Case& row : {Case{"the sound", false}, Case{"the picture", true}}) {
+        SCOPED_TRACE(row.why);
+        screen_ = std::make_shared<Script>();
+        microphone_ = std::make_shared<Script>();
+        for (int ms = 1000; ms < 4000; ms += 200) screen_->Picture(ms);
+        for (int ms = 1000; ms < 4000; ms += 100) microphone_->Sound(ms);
+        const EncodePlan plan = Both();
+        const session::Outcome outcome = session::Run(
+            plan,
+            [&](EncodingRun&) {
+                screen_->WaitUntilTaken();
+                microphone_->WaitUntilTaken();
+                (row.picture ? screen_ : microphone_)
+                    ->Fail({platform::kFileNotFound, "The device X is gone: plug it in again"});
+            },
+            Parts(4000));
+        ASSERT_EQ(outcome.errors.size(), 1U);
+        EXPECT_EQ(outcome.errors[0], platform::kFileNotFound);
+        EXPECT_NE(outcome.error_text.find("The device X is gone"), std::string::npos);
+        EXPECT_NE(outcome.error_text.find(plan.output_path), std::string::npos);
+        EXPECT_FALSE(std::filesystem::exists(plan.output_path + ".part"));
+        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        EXPECT_NEAR(clips::Decode(plan.output_path).duration, 3, 0.15);
+    }
+}
+
+TEST_F(Live, ADeviceThatGivesNothingLeavesNothing) {
+    screen_->Fail({platform::kFileNotFound, "The screen is gone"});
+    const EncodePlan plan = PictureOnly();
+    const session::Outcome outcome = session::Run(plan, {}, Parts(1000));
+    ASSERT_EQ(outcome.errors.size(), 1U);
+    EXPECT_EQ(outcome.error_text, "The screen is gone");
+    EXPECT_FALSE(std::filesystem::exists(plan.output_path));
+    EXPECT_FALSE(std::filesystem::exists(plan.output_path + ".part"));
+}
+
+TEST_F(Live, ADeviceThatCannotBeOpenedLeavesNothing) {
+    const EncodePlan plan = PictureOnly();
+    const LiveParts parts{[](const CapturePlan&, FramePool&) -> std::unique_ptr<LiveSource> {
+        throw platform::Error(platform::kFileNotFound, "There is no screen");
+    }};
+    EXPECT_THROW(EncodingRun(plan, {}, parts), platform::Error);
+    EXPECT_FALSE(std::filesystem::exists(plan.output_path + ".part"));
+}
+
+TEST_F(Live, LostPicturesAreCountedByCause) {
+    for (int ms = 1000; ms < 3000; ms += 100) screen_->Picture(ms);
+    screen_->Miss(3);
+    const EncodePlan plan = PictureOnly();
+    const session::Outcome outcome = Record(plan, 3000);
+    EXPECT_EQ(outcome.video.drops.capture_late, 3);
+    EXPECT_EQ(outcome.video.drops.encoder_late, 0);
+    EXPECT_EQ(outcome.video.dropped_sample_count.Raw(), 3);
+    EXPECT_EQ(outcome.total.drops.capture_late, 3);
+    EXPECT_EQ(outcome.video.sample_count.Raw(), 20);
+}
+
+}  // namespace
