@@ -2,13 +2,22 @@
 
 #include <fmt/format.h>
 
+#include "engine/sources/x11_screen.h"
 #include "platform/error.h"
 
 namespace engine {
 
-std::unique_ptr<LiveSource> OpenLiveSource(const CapturePlan& plan, FramePool&) {
+std::unique_ptr<LiveSource> OpenLiveSource(const CapturePlan& plan, FramePool& frames) {
+    switch (plan.kind) {
+        case DeviceKind::Screen:
+            return OpenX11Screen(plan.area, plan.rate, frames);
+        case DeviceKind::PulseSource:
+        case DeviceKind::AlsaCapture:
+        case DeviceKind::Camera:
+            break;
+    }
     throw platform::Error(platform::kNotImplemented,
-                          fmt::format("Recording from {} is not possible yet", plan.name));
+                          fmt::format("{} cannot be recorded yet", plan.name));
 }
 
 }  // namespace engine

@@ -152,6 +152,8 @@ struct CaptureCase {
     double duration;
     int ticks;
     int stops;
+    bool device = false;
+    const char* input = "";
 };
 
 const CaptureCase kCaptureCases[] = {
@@ -159,17 +161,21 @@ const CaptureCase kCaptureCases[] = {
     {"one tick before its time", "scrna", 30, 29, 0},
     {"the tick of its time", "scrna", 30, 30, 1},
     {"any case of the code", "SCRN15", 30, 30, 1},
-    {"only screens are timed by ticks", "av350", 30, 30, 0},
+    {"a file has its own end", "av350", 30, 30, 0},
     {"a code that only contains the letters", "xscrn", 30, 30, 0},
     {"no duration given: until Stop", "scrna", -1, 5, 0},
     {"counting starts again after the stop", "scrna", 2, 5, 2},
+    {"a device is timed like a screen", "a64", 30, 30, 1, true},
+    {"a device of an earlier command, and now a file", "a64", 30, 30, 0, true, "a.avi"},
 };
 
 TEST_F(ProgressTest, ScreenCaptureStopsAfterSoManyTicks) {
     for (const CaptureCase& c : kCaptureCases) {
         settings.profile = c.profile;
-        settings.duration = c.duration;
+        settings.input = c.input;
+        settings.device_input = c.device;
         progress.setupProgressBar();
+        settings.duration = c.duration;
         factory.log->lines.clear();
         window.timer.interval = 1000;
         window.timer.enabled = true;

@@ -17,6 +17,8 @@ const Lines kFilePicture = {"AddSource(video)", "Video.SetInput(/home/a.avi)"};
 const Lines kScreen = {"AddSource(video)", "Video.SetInput(screencap1, screencap)"};
 const Lines kScreenWithSound = {"AddSource(video)", "Video.SetInput(screencap1, screencap)",
                                 "AddSource(audio)", "Audio.SetInput(Default_Audio_Device, device)"};
+const Lines kUsualRate = {"Video.CaptureRate=30000"};
+const Lines kFifteen = {"Video.CaptureRate=15000"};
 
 Lines operator+(Lines first, const Lines& second) {
     first.insert(first.end(), second.begin(), second.end());
@@ -62,17 +64,21 @@ const InputCase kInputCases[] = {
      {"AddSource(audio)", "Audio.SetInput(mic, device)"}, 1},
     {"both devices, audio first", Set(&Settings::vdevice, 0, &Settings::adevice, 0),
      {"AddSource(audio)", "Audio.SetInput(mic, device)", "AddSource(video)",
-      "Video.SetInput(cam, device)"}, 17},
+      "Video.SetInput(cam, device)", "Video.CaptureRate=30000"}, 17},
     {"a file outweighs a device, whatever its number",
      Set(&Settings::input, "a.avi", &Settings::adevice, 7), kFile, 17},
-    {"the screen", NoInputWith("scrn"), kScreen, 16},
-    {"a whole key without sound", NoInputWith("scrn15"), kScreen, 16},
-    {"a whole key with sound", NoInputWith("SCRN15A"), kScreenWithSound, 17},
-    {"more than a whole key has none", NoInputWith("scrn15ab"), kScreen, 16},
-    {"a beginning with sound", NoInputWith("scrnaxyz"), kScreenWithSound, 17},
-    {"both beginnings fit, one source is added", NoInputWith("scrnab"), kScreenWithSound, 17},
+    {"the screen", NoInputWith("scrn"), kScreen + kUsualRate, 16},
+    {"a whole key without sound", NoInputWith("scrn15"), kScreen + kFifteen, 16},
+    {"a whole key with sound", NoInputWith("SCRN15A"), kScreenWithSound + kFifteen, 17},
+    {"more than a whole key has none", NoInputWith("scrn15ab"), kScreen + kFifteen, 16},
+    {"a beginning with sound", NoInputWith("scrnaxyz"), kScreenWithSound + kUsualRate, 17},
+    {"both beginnings fit, one source is added", NoInputWith("scrnab"), kScreenWithSound + kUsualRate,
+     17},
+    {"a rate that was asked for outweighs the code's",
+     Set(&Settings::profile, "scrn15", &Settings::v_framerate, 12'500.0F),
+     kScreen + Lines{"Video.CaptureRate=12500"}, 16},
     {"the screen beside a file: one of sound and two of picture have no bit in common",
-     FileWith("scrn15"), kFile + kScreen, 1},
+     FileWith("scrn15"), kFile + kScreen + kFifteen, 1},
 };
 // clang-format on
 

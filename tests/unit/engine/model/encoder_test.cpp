@@ -73,6 +73,31 @@ TEST_F(EncoderTest, EventsArriveThroughTheLoopInOrder) {
         << "who waits for the stopped state has seen its event";
 }
 
+TEST_F(EncoderTest, WhatIsRecordedIsOpenedByPrepare) {
+    encoder->SourceGroupCollection().Remove("SG_1");
+    const auto group = encoder->SourceGroupCollection().Add("SG_1");
+    group->AddSource(SourceType::Audio)->SetInput("Default_Audio_Device", "device");
+    Profile profile;
+    test_support::FillProfile(profile);
+    profile.SetContentType(platform::kContentAudio);
+    group->SetProfile(profile);
+
+    encoder->PrepareToEncode(true);
+    ASSERT_EQ(engine.runs.size(), 1U);
+    encoder->PrepareToEncode(true);
+    ASSERT_EQ(engine.runs.size(), 2U);
+    EXPECT_TRUE(engine.runs.front()->destroyed) << "a device can be opened by one only";
+    EXPECT_EQ(encoder->RunState(), EncoderState::Stopped);
+    engine.on_make_run = [] { throw platform::Error(platform::kBusy, "Microphone"); };
+    EXPECT_EQ(ErrorOf([&] { encoder->PrepareToEncode(true); }).unsigned_number(), platform::kBusy);
+    EXPECT_TRUE(engine.runs.back()->destroyed);
+    engine.on_make_run = nullptr;
+    encoder->Start();
+    EXPECT_EQ(engine.runs.size(), 3U) << "start prepares what failed to prepare";
+    EXPECT_EQ(Run().starts, 1);
+    EXPECT_EQ(engine.device_questions, 1) << "numbers hold as long as the encoder";
+}
+
 TEST_F(EncoderTest, NoEventAfterTheListenerIsTakenAway) {
     encoder->Start();
     RunThrough();

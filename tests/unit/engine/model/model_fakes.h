@@ -72,8 +72,30 @@ struct FakeEngine {
                     runs.back()->on_start = on_start;
                     return std::make_unique<FakeRun>(runs.back());
                 },
-                files};
+                files,
+                [this] {
+                    ++device_questions;
+                    return devices;
+                },
+                [this] {
+                    return engine::ScreenFacts{screen_access, {}};
+                },
+                [this](const engine::ScreenArea& area) {
+                    areas.push_back(area);
+                    return engine::ScreenSize{1366, 769};
+                },
+                [this] { return screen_choice; }};
     }
+    /// A microphone, a camera and a screen.
+    engine::DeviceList devices = {
+        {engine::DeviceKind::PulseSource, "mic.1", "Microphone", true, false},
+        {engine::DeviceKind::Camera, "/dev/video0", "Webcam", true, false},
+        {engine::DeviceKind::Screen, "x11", "Screen", false, false},
+        {engine::DeviceKind::Screen, "x11:monitor:HDMI-1", "Screen, monitor HDMI-1", false, false}};
+    int device_questions = 0;
+    engine::ScreenAccess screen_access = engine::ScreenAccess::X11;
+    std::string screen_choice;
+    std::vector<engine::ScreenArea> areas;  // asked for their size
     std::shared_ptr<FakeFileSystem> files = std::make_shared<FakeFileSystem>();
     std::map<std::string, engine::MediaFileInfo> media;
     int probes = 0;

@@ -76,10 +76,17 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
              s.group->AddSource(SourceType::Audio)->SetInput("Default_Audio_Device", "device");
          }},
         {"two groups", kInvalid, {"SG_1", "SG_2"}, [](Session& s) { s.tree.groups.Add("SG_2"); }},
-        {"capture", kUnbuilt, {"Capturing", "screencap1"},
+        {"a file's sound with the screen", kUnbuilt, {"sound.wav", "the screen", "together"},
+         [](Session& s) {
+             s.engine.media["/home/sound.wav"] = FilmInfo(10000, 0);
+             s.OpenFilm("sound.wav");
+             s.group->AddSource(SourceType::Video)->SetInput("screencap1", "screencap");
+         }, kEmpty},
+        {"a capture read twice", kInvalid, {"the screen", "two passes", "-v_mode"},
          [](Session& s) {
              s.profile.SetContentType(platform::kContentVideo);
              s.group->AddSource(SourceType::Video)->SetInput("screencap1", "screencap");
+             s.Video().SetPreProcessPass(1);
          }, kEmpty},
         // profile
         {"no profile", kInvalid, {"SG_1", "no profile"}, [](Session& s) { s.attach = false; }},
@@ -522,6 +529,116 @@ TEST(Plan, ExpectedRateIsTheLower) {
         session.OpenFilm();
         session.Audience().SetVideoFPS(0, c.ceiling);
         EXPECT_EQ(session.Plan().video->expected_rate, c.expected) << c.why;
+    }
+}
+
+struct CaptureNameCase {
+    const char* why;
+    SourceType type;
+    const char* input;
+    const char* scheme;
+    const char* choice;  // of the screen's part
+    DeviceKind kind;
+    const char* id;
+    const char* name;
+};
+
+TEST(Plan, CapturesAreFoundByEachOfTheirNames) {
+    constexpr SourceType kAudio = SourceType::Audio;
+    constexpr SourceType kVideo = SourceType::Video;
+    // clang-format off
+    const CaptureNameCase cases[] = {
+        // why                 type    input                     scheme       choice             kind                     id             name
+        {"the default sound",  kAudio, "Default_Audio_Device",   "device",    "",                DeviceKind::PulseSource, "mic.1",       "Microphone"},
+        {"sound by name",      kAudio, "Microphone",             "device",    "",                DeviceKind::PulseSource, "mic.1",       "Microphone"},
+        {"the screen",         kVideo, "screencap1",             "screencap", "",                DeviceKind::Screen,      "x11",         "the screen"},
+        {"its other name",     kVideo, "ScreenCapture1",         "screencap", "",                DeviceKind::Screen,      "x11",         "the screen"},
+        {"what is chosen",     kVideo, "screencap1",             "screencap", "monitor:1",       DeviceKind::Screen,      "x11",         "monitor 1"},
+        {"a part by itself",   kVideo, "region:64x48+10+20",     "screencap", "monitor:1",       DeviceKind::Screen,      "x11",         "the region 64x48+10+20 of the screen"},
+        {"a monitor's name",   kVideo, "Screen, monitor HDMI-1", "device",    "window:Other",    DeviceKind::Screen,      "x11:monitor:HDMI-1", "monitor HDMI-1"},
+    };
+    // clang-format on
+    for (const CaptureNameCase& c : cases) {
+        SCOPED_TRACE(c.why);
+        Session session;
+        session.engine.screen_choice = c.choice;
+        session.group->AddSource(c.type)->SetInput(c.input, c.scheme);
+        const bool audio = c.type == SourceType::Audio;
+        session.profile.SetContentType(audio ? platform::kContentAudio : platform::kContentVideo);
+        const EncodePlan plan = session.Plan();
+        const InputPlan& input = audio ? plan.audio->input : plan.video->input;
+        ASSERT_TRUE(input.capture);
+        EXPECT_TRUE(plan.IsLive());
+        EXPECT_EQ(input.capture->kind, c.kind);
+        EXPECT_EQ(input.capture->id, c.id);
+        EXPECT_EQ(input.capture->name, c.name);
+        EXPECT_EQ(plan.media_length, Ticks{});
+        if (!audio) {
+            EXPECT_EQ(session.engine.areas.back(), input.capture->area);
+        }
+    }
+}
+
+TEST(Plan, CapturesThatCannotBeHadAreRefusedAsInputs) {
+    struct Case {
+        const char* why;
+        SourceType type;
+        const char* input;
+        const char* scheme;
+        ScreenAccess access;
+        std::uint32_t number;
+        std::vector<const char*> words;
+    };
+    constexpr std::uint32_t kMissing = platform::kFileNotFound;
+    constexpr std::uint32_t kUnbuilt = platform::kNotImplemented;
+    constexpr ScreenAccess kX11 = ScreenAccess::X11;
+    // clang-format off
+    const Case cases[] = {
+        {"no such device", SourceType::Audio, "Webcam", "device", kX11, kMissing, {"audio", "Webcam", "-devices"}},
+        {"a camera", SourceType::Video, "Webcam", "device", kX11, kUnbuilt, {"camera Webcam", "cannot be recorded yet"}},
+        {"no display", SourceType::Video, "screencap1", "screencap", ScreenAccess::None, kMissing, {"no screen", "DISPLAY"}},
+        {"a Wayland session", SourceType::Video, "screencap1", "screencap", ScreenAccess::Portal, kUnbuilt, {"Wayland", "X11"}},
+        {"its screen by number", SourceType::Video, "Screen", "device", ScreenAccess::Portal, kUnbuilt, {"Wayland"}},
+        {"the screen's sound", SourceType::Audio, "screencap1", "screencap", kX11, platform::kInvalidArgument, {"no audio source"}},
+        {"no part of the screen", SourceType::Video, "screencap2", "screencap", kX11, platform::kInvalidArgument, {"screencap2", "region:"}},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        Session session;
+        session.engine.screen_access = c.access;
+        const auto source = session.group->AddSource(c.type);
+        const platform::Error error = ErrorOf([&] { source->SetInput(c.input, c.scheme); });
+        EXPECT_EQ(error.unsigned_number(), c.number);
+        for (const char* word : c.words)
+            EXPECT_NE(error.description().find(word), std::string::npos) << error.description();
+        EXPECT_EQ(source->Input(), "");
+    }
+    Session silent;
+    silent.engine.devices.clear();
+    const platform::Error error = ErrorOf([&] {
+        silent.group->AddSource(SourceType::Audio)->SetInput("Default_Audio_Device", "device");
+    });
+    EXPECT_NE(error.description().find("no sound device"), std::string::npos);
+}
+
+TEST(Plan, AScreenHasItsSizeAndTheLowerOfBothRates) {
+    struct Case {
+        std::int32_t capture, ceiling, rate;
+    };
+    for (const Case& c : {Case{30'000, 100'000, 30'000}, Case{30'000, 5'000, 5'000}}) {
+        Session session;
+        session.profile.SetContentType(platform::kContentVideo);
+        session.group->AddSource(SourceType::Video)->SetInput("screencap1", "screencap");
+        session.Video().SetCaptureRate(c.capture);
+        session.Audience().SetVideoFPS(0, c.ceiling);
+        const EncodePlan plan = session.Plan();
+        EXPECT_EQ(plan.video->expected_rate, c.rate);
+        EXPECT_EQ(plan.video->input.capture->rate, c.rate);
+        EXPECT_EQ(plan.video->rate_ceiling, c.ceiling);
+        EXPECT_EQ(plan.video->width, 1366);
+        EXPECT_EQ(plan.video->height, 769);
+        EXPECT_EQ(session.Video().CaptureArea(), "the screen");
     }
 }
 
