@@ -39,7 +39,7 @@ constexpr OptionNote kNotes[] = {
      "Captures sound from a device. Needs `-duration`, and no `-input`.",
      "-adevice 0 -duration 30 -output talk.wma", Today::Hardware,
      "`Error: Invalid audio device number specified`; `Duration must be specified when capturing "
-     "from devices.`; capturing is not possible yet and refused when the number is good"},
+     "from devices.`; the device is not there or cannot be opened"},
     {"-vdevice", "", "a number that `-devices` lists; may be left out", "0 when left out",
      "Captures picture from a device. Needs `-duration`, and no `-input`.",
      "-vdevice 0 -duration 30 -output room.wmv", Today::Hardware,
@@ -47,7 +47,8 @@ constexpr OptionNote kNotes[] = {
     {"-profile", "", "a code of the table below, in any case", "a custom profile, see Defaults",
      "Sets codecs, rates, size and buffers at once; audio and video options beside it override "
      "single values. A code that begins with a (but not av) sets `-audioonly`, one with v "
-     "`-videoonly`. Codes that begin with scrn capture the screen, which is not possible yet.",
+     "`-videoonly`. Codes that begin with scrn capture the screen, or the part of it that "
+     "TESSIVO_SCREEN names, until Stop or for `-duration` seconds.",
      "-input film.avi -output film.wmv -profile av350", Today::Works,
      "`No predefined profile found.`"},
     {"-a_mode", "", "0 to 4, see Modes", "0",

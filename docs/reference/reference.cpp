@@ -183,7 +183,7 @@ std::string CommandReference() {
     text += OptionSections();
     text += "## Profile codes\n\n" + ProfileTable() +
             "\nVideo buffers are 5000 ms, key frames 10 seconds apart at most. Codes that begin "
-            "with scrn capture the screen, which is not possible yet.\n\n";
+            "with scrn capture the screen, by default 30 pictures a second.\n\n";
     text += "## Modes\n\n" + NumberTable("-a_mode") + NumberTable("-v_mode");
     text += "## Filters\n\n" + FilterTable();
     text += CodecTables() + FormatTables() + PixelFormatList();
