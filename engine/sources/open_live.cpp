@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "engine/sources/alsa_sound.h"
+#include "engine/sources/pulse_sound.h"
 #include "engine/sources/x11_screen.h"
 #include "platform/error.h"
 
@@ -12,7 +14,9 @@ std::unique_ptr<LiveSource> OpenLiveSource(const CapturePlan& plan, FramePool& f
         case DeviceKind::Screen:
             return OpenX11Screen(plan.area, plan.rate, frames);
         case DeviceKind::PulseSource:
+            return OpenPulseSound(plan.id, frames);
         case DeviceKind::AlsaCapture:
+            return OpenAlsaSound(plan.id, frames);
         case DeviceKind::Camera:
             break;
     }
