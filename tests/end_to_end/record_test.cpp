@@ -1,0 +1,100 @@
+// The console program records a display and a sound server of the test's own.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <map>
+
+#include "end_to_end/console_run.h"
+#include "support/sound_server.h"
+#include "support/x_server.h"
+
+namespace test_support {
+namespace {
+
+class Record : public testing::Test {
+  protected:
+    std::vector<std::string> Words(std::vector<std::string> more) const {
+        std::vector<std::string> words = {"env",
+                                          "-u",
+                                          "WAYLAND_DISPLAY",
+                                          "DISPLAY=" + screen_.display(),
+                                          "PULSE_SERVER=" + sound_.Address(),
+                                          TESSIVO_CONSOLE};
+        words.insert(words.end(), more.begin(), more.end());
+        return words;
+    }
+
+    TempFolder folder_;
+    XServer screen_{"320x240x24"};
+    SoundServer sound_{folder_, "load-module module-null-sink sink_name=speaker"};
+};
+
+TEST_F(Record, TheScreenWithItsSoundForSomeSeconds) {
+    ASSERT_TRUE(sound_.Runs());
+    const std::string file = folder_ / "out.wmv";
+    const CommandResult result =
+        RunCommand(Words({"-profile", "scrna", "-duration", "3", "-output", file}));
+    EXPECT_EQ(result.status, 0) << result.out << result.err;
+    EXPECT_EQ(DecodeMessages(file), "");
+    EXPECT_EQ(Probe(file, "v:0")["width"], "320");
+    EXPECT_EQ(Probe(file, "a:0")["codec_name"], "wmav2");
+    // Ticks are counted, and the first comes up to a second after the start.
+    EXPECT_GT(ProbeNumber(file, "", "duration"), 1.5);
+    EXPECT_LT(ProbeNumber(file, "", "duration"), 5);
+}
+
+TEST_F(Record, WithoutADurationUntilItIsToldToStop) {
+    const std::string file = folder_ / "out.wmv";
+    BackgroundCommand program(Words({"-profile", "scrn", "-output", file}), folder_.path());
+    ASSERT_TRUE(Eventually([&] {
+        std::error_code absent;
+        return std::filesystem::file_size(file + ".part", absent) > 20'000 && !absent;
+    }));
+    program.Signal(SIGTERM);
+    const CommandResult result = program.Wait();
+    EXPECT_EQ(result.status, 130) << result.out << result.err;
+    EXPECT_FALSE(std::filesystem::exists(file + ".part"));
+    EXPECT_EQ(DecodeMessages(file), "");
+}
+
+TEST_F(Record, ASinkThatGoesEndsTheRecordingAndTheFileIsWhole) {
+    const std::string file = folder_ / "out.wmv";
+    BackgroundCommand program(Words({"-profile", "scrna", "-duration", "60", "-output", file}),
+                              folder_.path());
+    ASSERT_TRUE(Eventually([&] {
+        std::error_code absent;
+        return std::filesystem::file_size(file + ".part", absent) > 20'000 && !absent;
+    }));
+    sound_.Kill();
+    const CommandResult result = program.Wait();
+    EXPECT_EQ(result.status, 2) << result.out << result.err;
+    EXPECT_NE(result.out.find("\nError: 0x"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("What was recorded until then is in"), std::string::npos);
+    EXPECT_EQ(DecodeMessages(file), "");
+}
+
+TEST_F(Record, WhatIsNotThereIsSaidBeforeAnythingIsWritten) {
+    const std::string file = folder_ / "out.wmv";
+    struct Case {
+        const char* why;
+        std::vector<std::string> settings;
+        const char* word;
+    };
+    const Case cases[] = {
+        {"no display", {"DISPLAY="}, "no screen"},
+        {"no sound server", {"PULSE_SERVER=unix:/nowhere"}, "no sound device"},
+        {"no such part", {"TESSIVO_SCREEN=region:9x9+999+0"}, "region"},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.why);
+        std::vector<std::string> words = Words({"-profile", "scrna", "-output", file});
+        words.insert(words.end() - 5, row.settings.begin(), row.settings.end());
+        const CommandResult result = RunCommand(words);
+        EXPECT_EQ(result.status, 1) << result.out << result.err;
+        EXPECT_NE(result.out.find(row.word), std::string::npos) << result.out;
+        EXPECT_FALSE(std::filesystem::exists(file + ".part"));
+    }
+}
+
+}  // namespace
+}  // namespace test_support
