@@ -11,6 +11,9 @@
 namespace engine {
 namespace {
 
+// Threads that wake each other for every frame do little else.
+constexpr std::size_t kBurst = 16;  // frames, packets
+
 std::size_t Workers(int asked) {
     const unsigned count = asked > 0 ? static_cast<unsigned>(asked)
                                      : std::max(1U, std::thread::hardware_concurrency());
@@ -53,6 +56,7 @@ GroupedVideoEncoder::GroupedVideoEncoder(const VideoPlan& plan, const codecs::Ra
       length_(pass.length),
       workers_(Workers(plan.encoder_threads)),
       most_waiting_(MostWaiting(workers_, LongestGroup(plan))),
+      few_waiting_(most_waiting_ - std::min(kBurst, most_waiting_ / 2)),
       usual_(UsualExperience(plan)),
       // A second pass knows all about them, and one quantiser needs no knowledge.
       tries_(pass.first_report.empty() && rate.finest < rate.coarsest),
@@ -70,7 +74,7 @@ GroupedVideoEncoder::~GroupedVideoEncoder() {
     {
         const std::lock_guard lock(mutex_);
         cancelled_ = true;
-        changed_.notify_all();
+        work_.notify_all();
     }
     for (std::thread& thread : threads_) thread.join();
 }
@@ -118,11 +122,13 @@ bool GroupedVideoEncoder::Place(Lock& lock, FrameHandle frame, const PacketTaker
         if (!HandOnUntil(lock, take, [this] { return MayOpenGroup(); })) return false;
         OpenGroup(time);
     }
-    if (!HandOnUntil(lock, take, [this] { return waiting_ < most_waiting_; })) return false;
+    if (waiting_ >= most_waiting_ &&
+        !HandOnUntil(lock, take, [this] { return waiting_ <= few_waiting_; }))
+        return false;
     end_ = time + Ticks{frame->pkt_duration};
     groups_.back()->waiting.push_back(std::move(frame));
     ++waiting_;
-    changed_.notify_all();
+    work_.notify_all();
     if (own_work_) CodeNext(lock, *own_work_);
     return HandOn(lock, take);
 }
@@ -132,7 +138,7 @@ void GroupedVideoEncoder::CloseGroup(Ticks end) {
     Group& group = *groups_.back();
     group.length = end - group.start;
     group.closed = true;
-    changed_.notify_all();
+    work_.notify_all();
 }
 
 bool GroupedVideoEncoder::MayOpenGroup() const {
@@ -180,15 +186,16 @@ bool GroupedVideoEncoder::HandOn(Lock& lock, const PacketTaker& take) {
     }
 }
 
+bool GroupedVideoEncoder::MayHandOn() const {
+    return !groups_.empty() && (groups_.front()->done || groups_.front()->coded.size() >= kBurst);
+}
+
 template <typename Ready>
 bool GroupedVideoEncoder::HandOnUntil(Lock& lock, const PacketTaker& take, Ready&& ready) {
     for (;;) {
         if (!HandOn(lock, take)) return false;
         if (ready()) return true;
-        changed_.wait(lock, [&] {
-            return failure_ || ready() ||
-                   (!groups_.empty() && (!groups_.front()->coded.empty() || groups_.front()->done));
-        });
+        worked_.wait(lock, [&] { return failure_ || ready() || MayHandOn(); });
     }
 }
 
@@ -201,7 +208,7 @@ void GroupedVideoEncoder::WorkAlong() {
     Lock lock(mutex_);
     try {
         for (;;) {
-            changed_.wait(lock, [&] {
+            work_.wait(lock, [&] {
                 return cancelled_ || failure_ ||
                        (work.group != nullptr ? work.group->closed || !work.group->waiting.empty()
                                               : NextGroup() != nullptr);
@@ -212,7 +219,8 @@ void GroupedVideoEncoder::WorkAlong() {
     } catch (...) {
         if (!lock.owns_lock()) lock.lock();
         failure_ = std::current_exception();
-        changed_.notify_all();
+        work_.notify_all();
+        worked_.notify_one();
     }
 }
 
@@ -242,7 +250,7 @@ void GroupedVideoEncoder::CodeNext(Lock& lock, Work& work) {
         EndGroup(group);
         work = {};
     }
-    changed_.notify_all();
+    if (waiting_ <= few_waiting_ || MayHandOn()) worked_.notify_one();
 }
 
 GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, FrameHandle frame) const {

@@ -61,6 +61,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
     bool Place(Lock& lock, FrameHandle frame, const PacketTaker& take);
     void CloseGroup(Ticks end);
     bool MayOpenGroup() const;
+    bool MayHandOn() const;
     void OpenGroup(Ticks start);
     bool HandOn(Lock& lock, const PacketTaker& take);
     template <typename Ready>
@@ -82,12 +83,14 @@ class GroupedVideoEncoder final : public VideoEncoder {
     const Ticks length_;  // of the stream; 0 = unknown
     const std::size_t workers_;
     const std::size_t most_waiting_;  // frames
+    const std::size_t few_waiting_;   // once so many waited, more come when no more than these do
     const codecs::RateExperience usual_;
     FramePool frames_;
     bool tries_;  // the first frame
 
     std::mutex mutex_;
-    std::condition_variable changed_;
+    std::condition_variable worked_;  // for the caller's thread
+    std::condition_variable work_;    // for the workers
     codecs::RateLedger ledger_;
     std::deque<std::unique_ptr<Group>> groups_;  // whose packets have not all been handed on
     std::int64_t next_index_ = 0;

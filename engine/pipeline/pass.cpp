@@ -10,9 +10,6 @@
 namespace engine {
 namespace {
 
-constexpr std::size_t kDecodedFrames = 4;
-constexpr std::size_t kConditionedFrames = 2;
-
 template <typename Action>
 class AtExit {
   public:
@@ -44,11 +41,7 @@ double TurnOf(const AVStream& stream) {
 }  // namespace
 
 Pass::FileFeed::FileFeed(MediaKind kind, Input& from, const std::string& path, FramePool& frames)
-    : input(from),
-      decoder(from.reader->Stream(kind), from.reader->Start(), path, frames),
-      decoded(kDecodedFrames) {}
-
-Pass::Chain::Chain(MediaKind stream_kind) : kind(stream_kind), conditioned(kConditionedFrames) {}
+    : input(from), decoder(from.reader->Stream(kind), from.reader->Start(), path, frames) {}
 
 Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const LiveParts& live,
            RunStatistics& statistics, Events events)
@@ -58,7 +51,7 @@ Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const L
         audio_encoder_ = MakeAudioEncoder(*plan.audio, packets_);
         const InputPlan& from = plan.audio->input;
         const bool shared = plan.video && plan.video->input == from;
-        Feed(audio_.emplace(MediaKind::Audio), from, true, shared);
+        Feed(audio_.emplace(Chain{MediaKind::Audio}), from, true, shared);
         sound_.emplace(audio_encoder_->Format(), plan.audio->fold_down,
                        from.capture ? SoundClock::Capture : SoundClock::Media, EndOf(from, end),
                        frames_);
@@ -66,7 +59,7 @@ Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const L
     if (plan.video) {
         video_encoder_ = MakeVideoEncoder(*plan.video, number, packets_);
         const InputPlan& from = plan.video->input;
-        Feed(video_.emplace(MediaKind::Video), from, false, true);
+        Feed(video_.emplace(Chain{MediaKind::Video}), from, false, true);
         const double turn =
             from.capture ? 0 : TurnOf(video_->file->input.reader->Stream(MediaKind::Video));
         picture_.emplace(*plan.video, video_encoder_->Format(), EndOf(from, end), turn, stop_,
@@ -134,12 +127,11 @@ void Pass::Start(PacketSink* sink) {
     for (const std::unique_ptr<Input>& input : inputs_)
         threads_.emplace_back([this, from = input.get()] { Guard([&] { Read(*from); }); });
     if (audio_) {
-        Run(audio_->device ? &Pass::Capture : &Pass::Decode, *audio_);
-        Run(&Pass::ConditionSound, *audio_);
-        Run(&Pass::EncodeSound, *audio_);
+        if (audio_->device) Run(&Pass::Capture, *audio_);
+        Run(&Pass::HandleSound, *audio_);
     }
     if (video_) {
-        Run(video_->device ? &Pass::Capture : &Pass::Decode, *video_);
+        Run(video_->device ? &Pass::Capture : &Pass::DecodePicture, *video_);
         Run(&Pass::ConditionPicture, *video_);
         Run(&Pass::EncodePicture, *video_);
     }
@@ -165,19 +157,6 @@ void Pass::Join() {
 
 void Pass::Read(Input& input) { input.reader->Run(input.router); }
 
-void Pass::Decode(Chain& chain) {
-    FileFeed& file = *chain.file;
-    const AtExit end([&] {
-        file.decoded.Finish();
-        file.input.router.Cancel(chain.kind);
-    });
-    const FrameTaker take = [&](FrameHandle frame) { return file.decoded.Push(std::move(frame)); };
-    PacketHandle packet;
-    while (file.input.router.Pop(chain.kind, packet))
-        if (!file.decoder.Decode(packet.get(), take)) return;
-    file.decoder.Decode(nullptr, take);
-}
-
 void Pass::Capture(Chain& chain) {
     const AtExit end([&] { captured_->Finish(chain.kind); });
     try {
@@ -194,19 +173,28 @@ void Pass::Capture(Chain& chain) {
     }
 }
 
-bool Pass::NextFrame(Chain& chain, FrameHandle& frame) {
-    if (chain.file) return chain.file->decoded.Pop(frame);
-    if (!captured_->Pop(chain.kind, frame)) return false;
+// Hands on all that the stream's source gives. False when no more is wanted.
+bool Pass::TakeAll(Chain& chain, const FrameTaker& next) {
+    if (chain.file) {
+        PacketHandle packet;
+        while (chain.file->input.router.Pop(chain.kind, packet))
+            if (!chain.file->decoder.Decode(packet.get(), next)) return false;
+        return chain.file->decoder.Decode(nullptr, next);
+    }
     const bool sound = chain.kind == MediaKind::Audio;
     const InputPlan& input = sound ? plan_.audio->input : plan_.video->input;
-    frame->pts -= input.mark_in.count;
-    if (!sound) frame->pkt_duration = 1000 * Ticks::kPerSecond / CodedFrameRate(*plan_.video);
+    FrameHandle frame;
+    while (captured_->Pop(chain.kind, frame)) {
+        frame->pts -= input.mark_in.count;
+        if (!sound) frame->pkt_duration = 1000 * Ticks::kPerSecond / CodedFrameRate(*plan_.video);
+        if (!next(std::move(frame))) return false;
+    }
     return true;
 }
 
 void Pass::TakeNoMore(Chain& chain) {
     if (chain.file)
-        chain.file->decoded.Cancel();
+        chain.file->input.router.Cancel(chain.kind);
     else
         captured_->Cancel(chain.kind);
 }
@@ -218,46 +206,79 @@ Ticks Pass::LiveEnd() const {
     return Ticks{stopped_at_} - *start - plan_.video->input.mark_in;
 }
 
-template <typename Conditioner>
-void Pass::ConditionWith(Conditioner& conditioner, Chain& chain) {
-    const AtExit end([&] {
-        chain.conditioned.Finish();
-        TakeNoMore(chain);
-    });
-    const FrameTaker take = [&](FrameHandle frame) {
-        return chain.conditioned.Push(std::move(frame));
+PacketTaker Pass::HandOver(MediaKind kind) {
+    return [this, kind](CodedPacket packet) {
+        yielded_ = true;
+        return interleaver_->Push(kind, std::move(packet));
     };
-    FrameHandle frame;
-    while (NextFrame(chain, frame))
-        if (!conditioner.Take(std::move(frame), take)) return;
-    if (!conditioner.Finish(take)) return;
-    if constexpr (std::is_same_v<Conditioner, VideoConditioner>)
-        if (chain.device) conditioner.HoldUntil(LiveEnd(), take);
 }
 
-template <typename Encoder>
-void Pass::EncodeWith(Encoder& encoder, Chain& chain) {
+// Sound is little work: one thread does all of it.
+void Pass::HandleSound(Chain& chain) {
     const AtExit end([&] {
         interleaver_->Finish(chain.kind);
-        chain.conditioned.Cancel();
+        TakeNoMore(chain);
     });
-    const PacketTaker take = [&](CodedPacket packet) {
-        yielded_ = true;
-        return interleaver_->Push(chain.kind, std::move(packet));
+    const PacketTaker hand_over = HandOver(chain.kind);
+    const FrameTaker encode = [&](FrameHandle frame) {
+        return audio_encoder_->Encode(*frame, hand_over);
     };
+    const FrameTaker condition = [&](FrameHandle frame) {
+        return sound_->Take(std::move(frame), encode);
+    };
+    if (TakeAll(chain, condition)) sound_->Finish(encode);
+    audio_encoder_->Finish(hand_over);
+}
+
+void Pass::DecodePicture(Chain& chain) {
+    const AtExit end([&] {
+        decoded_.Finish();
+        TakeNoMore(chain);
+    });
+    TakeAll(chain, [this](FrameHandle frame) { return decoded_.Push(std::move(frame)); });
+}
+
+void Pass::ConditionPicture(Chain& chain) {
+    const AtExit end([&] {
+        conditioned_.Finish();
+        if (chain.file)
+            decoded_.Cancel();
+        else
+            TakeNoMore(chain);
+    });
+    const FrameTaker next = [this](FrameHandle frame) {
+        return conditioned_.Push(std::move(frame));
+    };
+    const FrameTaker condition = [&](FrameHandle frame) {
+        return picture_->Take(std::move(frame), next);
+    };
+    bool wanted = true;
+    if (chain.file) {
+        FrameHandle frame;
+        while (wanted && decoded_.Pop(frame)) wanted = condition(std::move(frame));
+    } else {
+        wanted = TakeAll(chain, condition);
+    }
+    if (!wanted || !picture_->Finish(next)) return;
+    if (chain.device) picture_->HoldUntil(LiveEnd(), next);
+}
+
+void Pass::EncodePicture(Chain& chain) {
+    const AtExit end([&] {
+        interleaver_->Finish(chain.kind);
+        conditioned_.Cancel();
+    });
+    const PacketTaker hand_over = HandOver(chain.kind);
     FrameHandle frame;
     bool wanted = true;
-    while (wanted && chain.conditioned.Pop(frame)) {
-        wanted = encoder.Encode(*frame, take);
+    while (wanted && conditioned_.Pop(frame)) {
+        wanted = video_encoder_->Encode(*frame, hand_over);
         frame.reset();
-        if constexpr (std::is_same_v<Encoder, VideoEncoder>)
-            statistics_.Dropped(encoder.TakeDrops());
+        statistics_.Dropped(video_encoder_->TakeDrops());
     }
-    encoder.Finish(take);
-    if constexpr (std::is_same_v<Encoder, VideoEncoder>) {
-        statistics_.Dropped(encoder.TakeDrops());
-        first_report_ = encoder.TakeFirstPass();
-    }
+    video_encoder_->Finish(hand_over);
+    statistics_.Dropped(video_encoder_->TakeDrops());
+    first_report_ = video_encoder_->TakeFirstPass();
 }
 
 void Pass::Write(PacketSink* sink) {

@@ -62,6 +62,9 @@ class Pass {
     const std::vector<codecs::FirstPassGroup>& FirstReport() const { return first_report_; }
 
   private:
+    static constexpr std::size_t kDecodedFrames = 4;
+    static constexpr std::size_t kConditionedFrames = 4;
+
     struct Input {
         std::unique_ptr<FileReader> reader;
         PacketRouter router;
@@ -72,16 +75,12 @@ class Pass {
 
         Input& input;
         StreamDecoder decoder;
-        BoundedQueue<FrameHandle> decoded;
     };
-    // A stream's stages and the queues between them. Either a file feeds it or a device does.
+    // Where a stream comes from: either a file feeds it or a device does.
     struct Chain {
-        explicit Chain(MediaKind stream_kind);
-
-        MediaKind kind;
-        std::unique_ptr<FileFeed> file;
-        std::unique_ptr<LiveSource> device;
-        BoundedQueue<FrameHandle> conditioned;
+        MediaKind kind = MediaKind::Audio;
+        std::unique_ptr<FileFeed> file = {};
+        std::unique_ptr<LiveSource> device = {};
     };
 
     void Feed(Chain& chain, const InputPlan& plan, bool with_audio, bool with_video);
@@ -92,19 +91,15 @@ class Pass {
     void Fail(const platform::Error& error);
 
     void Read(Input& input);
-    void Decode(Chain& chain);
     void Capture(Chain& chain);
-    bool NextFrame(Chain& chain, FrameHandle& frame);
+    bool TakeAll(Chain& chain, const FrameTaker& next);
     void TakeNoMore(Chain& chain);
     Ticks LiveEnd() const;
-    template <typename Conditioner>
-    void ConditionWith(Conditioner& conditioner, Chain& chain);
-    void ConditionSound(Chain& chain) { ConditionWith(*sound_, chain); }
-    void ConditionPicture(Chain& chain) { ConditionWith(*picture_, chain); }
-    template <typename Encoder>
-    void EncodeWith(Encoder& encoder, Chain& chain);
-    void EncodeSound(Chain& chain) { EncodeWith(*audio_encoder_, chain); }
-    void EncodePicture(Chain& chain) { EncodeWith(*video_encoder_, chain); }
+    PacketTaker HandOver(MediaKind kind);
+    void HandleSound(Chain& chain);
+    void DecodePicture(Chain& chain);
+    void ConditionPicture(Chain& chain);
+    void EncodePicture(Chain& chain);
     void Write(PacketSink* sink);
 
     const EncodePlan& plan_;
@@ -120,6 +115,8 @@ class Pass {
     std::optional<VideoConditioner> picture_;
     std::optional<CaptureQueues> captured_;  // of a live plan
     std::optional<Chain> audio_, video_;
+    BoundedQueue<FrameHandle> decoded_{kDecodedFrames};          // pictures of a file
+    BoundedQueue<FrameHandle> conditioned_{kConditionedFrames};  // pictures
     std::unique_ptr<Interleaver> interleaver_;
     std::atomic<bool> stop_{false};
     std::atomic<std::int64_t> stopped_at_{0};  // on the capture clock

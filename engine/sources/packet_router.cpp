@@ -7,15 +7,17 @@ namespace engine {
 bool PacketRouter::Push(MediaKind kind, PacketHandle packet) {
     std::unique_lock lock(mutex_);
     Lane& lane = Of(kind);
-    pushing_ = true;
-    changed_.wait(lock, [&] { return lane.cancelled || !lane.Full(); });
-    pushing_ = false;
+    if (lane.Full()) {
+        pushing_ = true;
+        freed_.wait(lock, [&] { return lane.cancelled || lane.HasRoom(); });
+        pushing_ = false;
+    }
     if (lane.cancelled) return false;
     lane.bytes += static_cast<std::size_t>(packet->size);
     lane.ring[(lane.first + lane.count) % kMaxPackets] = std::move(packet);
     ++lane.count;
     lock.unlock();
-    changed_.notify_all();
+    lane.filled.notify_one();
     return true;
 }
 
@@ -24,28 +26,27 @@ bool PacketRouter::Pop(MediaKind kind, PacketHandle& packet) {
     std::unique_lock lock(mutex_);
     Lane& lane = Of(kind);
     lane.wanted = true;
-    changed_.wait(lock, [&] { return finished_ || lane.count > 0; });
+    lane.filled.wait(lock, [&] { return finished_ || lane.count > 0; });
     lane.wanted = false;
     if (lane.count == 0) return false;
     packet = std::move(lane.ring[lane.first]);
     lane.first = (lane.first + 1) % kMaxPackets;
     --lane.count;
     lane.bytes -= static_cast<std::size_t>(packet->size);
-    lock.unlock();
-    changed_.notify_all();
+    if (pushing_ && lane.HasRoom()) freed_.notify_one();
     return true;
 }
 
 void PacketRouter::Finish() {
     const std::lock_guard lock(mutex_);
     finished_ = true;
-    changed_.notify_all();
+    for (Lane& lane : lanes_) lane.filled.notify_one();
 }
 
 void PacketRouter::Cancel(MediaKind kind) {
     const std::lock_guard lock(mutex_);
     Of(kind).cancelled = true;
-    changed_.notify_all();
+    freed_.notify_one();
 }
 
 bool PacketRouter::AllCancelled() const {

@@ -14,7 +14,8 @@ namespace engine {
 /// One reader pushes, one decoder a stream pops. All members may be called from any thread.
 class PacketRouter {
   public:
-    /// Blocks while the stream's queue is full. False when that stream's decoder has gone.
+    /// Blocks while the stream's queue is full, and then until half of it is free: threads that
+    /// wake each other for every packet do little else. False when that stream's decoder has gone.
     bool Push(MediaKind kind, PacketHandle packet);
     /// False when the input has ended and everything was taken.
     bool Pop(MediaKind kind, PacketHandle& packet);
@@ -36,13 +37,15 @@ class PacketRouter {
         std::size_t bytes = 0;
         bool cancelled = false;
         bool wanted = false;  // its decoder waits
+        std::condition_variable filled;
         bool Full() const { return count == kMaxPackets || (count > 0 && bytes >= kMaxBytes); }
+        bool HasRoom() const { return count <= kMaxPackets / 2 && bytes <= kMaxBytes / 2; }
     };
 
     Lane& Of(MediaKind kind) { return lanes_[kind == MediaKind::Audio ? 0 : 1]; }
 
     mutable std::mutex mutex_;
-    std::condition_variable changed_;
+    std::condition_variable freed_;
     std::array<Lane, 2> lanes_;
     bool finished_ = false;
     bool pushing_ = false;  // the reader waits for room
