@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t kMostPictures = 30;
 constexpr std::size_t kMostPictureBytes = 128U << 20U;
 constexpr std::size_t kLeastPictures = 2;
-// Longer than a sound server needs to wake a device that sleeps.
+// Longer than a camera needs for its first picture.
 constexpr Ticks kPatience = Ticks::FromMilliseconds(5000);
 
 std::size_t BytesOf(const AVFrame& frame) {
@@ -36,8 +36,7 @@ bool CaptureQueues::Push(MediaKind kind, FrameHandle frame) {
     lane.bytes += BytesOf(*frame);
     lane.frames.push_back(std::move(frame));
     if (kind == MediaKind::Video) MakeRoom(lane);
-    BeginIfAllHaveStarted();
-    BeginIfPatienceIsOver(time);
+    BeginIfKnown(time);
     changed_.notify_all();
     return true;
 }
@@ -57,20 +56,14 @@ void CaptureQueues::MakeRoom(Lane& lane) {
     }
 }
 
-void CaptureQueues::BeginIfAllHaveStarted() {
+void CaptureQueues::BeginIfKnown(Ticks now) {
     if (start_) return;
-    std::optional<Ticks> latest;
-    for (const Lane& lane : lanes_) {
-        if (!lane.first && !lane.finished) return;
-        if (lane.first) latest = std::max(latest.value_or(*lane.first), *lane.first);
-    }
-    start_ = latest;
-}
-
-void CaptureQueues::BeginIfPatienceIsOver(Ticks now) {
-    if (start_) return;
-    for (const Lane& lane : lanes_)
-        if (lane.first && now - *lane.first >= kPatience) start_ = now;
+    const Lane& sound = Of(MediaKind::Audio);
+    const Lane& picture = Of(MediaKind::Video);
+    if (picture.first)
+        start_ = picture.first;
+    else if (sound.first && (picture.finished || now - *sound.first >= kPatience))
+        start_ = sound.first;
 }
 
 bool CaptureQueues::Pop(MediaKind kind, FrameHandle& frame) {
@@ -89,7 +82,7 @@ bool CaptureQueues::Pop(MediaKind kind, FrameHandle& frame) {
 void CaptureQueues::Finish(MediaKind kind) {
     const std::lock_guard lock(mutex_);
     Of(kind).finished = true;
-    BeginIfAllHaveStarted();
+    BeginIfKnown({});
     changed_.notify_all();
 }
 

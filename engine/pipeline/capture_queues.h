@@ -17,9 +17,9 @@ namespace engine {
 
 /// One capturing thread a stream pushes, one taker a stream pops; no Push waits.
 ///
-/// The session's time 0 is the first moment at which every source has started, so that picture and
-/// sound begin together; a source that stays silent for seconds is waited for no longer. Sound is
-/// kept however late its taker is. Of pictures, the oldest one that waits gives way: what is on the
+/// The session's time 0 is that of the first picture, or of the first sound where no picture is
+/// recorded or none comes for seconds: a recording begins with what is to be seen, and a sound
+/// server that takes a second to wake costs none of it. Sound is kept however late its taker is. Of pictures, the oldest one that waits gives way: what is on the
 /// screen last is then always recorded, also when nothing changes any more for a long time.
 class CaptureQueues {
   public:
@@ -50,8 +50,7 @@ class CaptureQueues {
     Lane& Of(MediaKind kind) { return lanes_[kind == MediaKind::Audio ? 0 : 1]; }
     FrameHandle TakeFront(Lane& lane);
     void MakeRoom(Lane& lane);
-    void BeginIfAllHaveStarted();
-    void BeginIfPatienceIsOver(Ticks now);
+    void BeginIfKnown(Ticks now);
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;

@@ -22,25 +22,35 @@ Interleaver::Interleaver(bool has_audio, bool has_video, bool live, std::functio
 bool Interleaver::Push(MediaKind kind, CodedPacket packet) {
     std::unique_lock lock(mutex_);
     Lane& lane = Of(kind);
-    changed_.wait(lock, [&] { return cancelled_ || !lane.Full(); });
+    freed_.wait(lock, [&] { return cancelled_ || !lane.Full(); });
     if (cancelled_) return false;
     lane.bytes += static_cast<std::size_t>(packet.data->size);
     lane.packets.push_back(std::move(packet));
-    lock.unlock();
-    changed_.notify_all();
+    lane.begun = true;
+    if (KnowsNext() || IsFull()) filled_.notify_one();
     return true;
 }
 
 void Interleaver::Finish(MediaKind kind) {
     const std::lock_guard lock(mutex_);
     Of(kind).finished = true;
-    changed_.notify_all();
+    filled_.notify_one();
 }
 
 void Interleaver::Cancel() {
     const std::lock_guard lock(mutex_);
     cancelled_ = true;
-    changed_.notify_all();
+    freed_.notify_all();
+}
+
+bool Interleaver::KnowsNext() const {
+    if (!audio_.Awaited() && !video_.Awaited()) return true;
+    return live_ && (IsFull() || HasWaitedEnough());
+}
+
+bool Interleaver::HasWaitedEnough() const {
+    return audio_.HasWaited(kLongestWait) ||
+           video_.HasWaited(audio_.begun ? kLongestWait : kLongestStart);
 }
 
 Interleaver::Lane* Interleaver::Next() {
@@ -52,26 +62,23 @@ Interleaver::Lane* Interleaver::Next() {
 
 bool Interleaver::Pop(MediaKind& kind, CodedPacket& packet) {
     std::unique_lock lock(mutex_);
-    for (;;) {
-        const bool awaited = audio_.Awaited() || video_.Awaited();
-        if (!awaited) break;
-        const bool full = audio_.Full() || video_.Full();
-        if (live_ && (full || audio_.HasWaited() || video_.HasWaited())) break;
-        if (full && starved_()) break;
-        if (full)
-            changed_.wait_for(lock, kStarvedCheck);
+    while (!KnowsNext()) {
+        if (!IsFull())
+            filled_.wait(lock);
+        else if (starved_())
+            break;
         else
-            changed_.wait(lock);
+            filled_.wait_for(lock, kStarvedCheck);
     }
     Lane* lane = Next();
     if (lane == nullptr) return false;
+    const bool was_full = IsFull();
     kind = lane == &audio_ ? MediaKind::Audio : MediaKind::Video;
     packet = std::move(lane->packets.front());
     lane->packets.pop_front();
     lane->bytes -= static_cast<std::size_t>(packet.data->size);
     packet.decode = last_decode_ = std::max(packet.decode, last_decode_);
-    lock.unlock();
-    changed_.notify_all();
+    if (was_full) freed_.notify_all();
     return true;
 }
 

@@ -16,7 +16,8 @@ namespace engine {
 /// has not finished shows its own; a stream that cannot show one (`starved` says so: the input's
 /// reader waits for room in the other stream) is not waited for when the other one is full. In a
 /// session of live sources no stream is waited for longer than a second of the other: a still
-/// screen has nothing to say, and what was heard meanwhile must reach the disk.
+/// screen has nothing to say, and what was heard meanwhile must reach the disk. Only the first
+/// sound is waited for longer: a sound server may have to wake its device.
 class Interleaver {
   public:
     Interleaver(bool has_audio, bool has_video, bool live, std::function<bool()> starved);
@@ -33,24 +34,28 @@ class Interleaver {
     static constexpr std::size_t kMaxPackets = 1024;
     static constexpr std::size_t kMaxBytes = 48U << 20U;
     static constexpr Ticks kLongestWait{Ticks::kPerSecond};
+    static constexpr Ticks kLongestStart{6 * Ticks::kPerSecond};
 
     struct Lane {
         std::deque<CodedPacket> packets;
         std::size_t bytes = 0;
+        bool begun = false;
         bool finished = true;
         bool Full() const { return packets.size() >= kMaxPackets || bytes >= kMaxBytes; }
         bool Awaited() const { return !finished && packets.empty(); }
-        bool HasWaited() const {
-            return !packets.empty() &&
-                   packets.back().decode - packets.front().decode >= kLongestWait;
+        bool HasWaited(Ticks time) const {
+            return !packets.empty() && packets.back().decode - packets.front().decode >= time;
         }
     };
 
     Lane& Of(MediaKind kind) { return kind == MediaKind::Audio ? audio_ : video_; }
+    bool KnowsNext() const;
+    bool HasWaitedEnough() const;
+    bool IsFull() const { return audio_.Full() || video_.Full(); }
     Lane* Next();
 
     std::mutex mutex_;
-    std::condition_variable changed_;
+    std::condition_variable filled_, freed_;
     Lane audio_, video_;
     bool live_;
     std::function<bool()> starved_;

@@ -31,7 +31,7 @@ struct CapturePlan {
 };
 
 /// A media file, a still picture, or what is captured, and the part of it that is encoded. Marks
-/// count from the file's first timestamp, or from the moment at which all captures have started.
+/// count from the file's first timestamp, or from the first picture that is captured.
 struct InputPlan {
     std::string path;  // the host's own; "" = captured
     std::optional<CapturePlan> capture;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <thread>
 
 #include "engine/pipeline/capture_queues.h"
 #include "engine/pipeline/interleaver.h"
@@ -35,40 +36,37 @@ class Queues : public testing::Test {
 
 using Times = std::vector<std::int64_t>;
 
-TEST_F(Queues, CountFromTheMomentAtWhichAllHaveStarted) {
+TEST_F(Queues, CountFromTheFirstPicture) {
     CaptureQueues queues(true, true);
-    for (const int ms : {1000, 1100, 1200}) Push(queues, kPicture, ms);
+    for (const int ms : {900, 1000, 1100}) Push(queues, kSound, ms);
     EXPECT_FALSE(queues.Start());
-    Push(queues, kSound, 1150);
-    ASSERT_TRUE(queues.Start());
-    EXPECT_EQ(queues.Start()->Milliseconds(), 1150);
+    Push(queues, kPicture, 1050);
     queues.Finish(kPicture);
     queues.Finish(kSound);
-    EXPECT_EQ(Rest(queues, kPicture), (Times{-150, -50, 50}));
-    EXPECT_EQ(Rest(queues, kSound), Times{0});
+    EXPECT_EQ(Rest(queues, kPicture), Times{0});
+    EXPECT_EQ(Rest(queues, kSound), (Times{-150, -50, 50}));
 }
 
-TEST_F(Queues, WaitForNoSourceThatStaysSilent) {
+TEST_F(Queues, CountFromTheFirstSoundWhereNoPictureComes) {
     CaptureQueues ended(true, true);
-    Push(ended, kPicture, 1000);
-    ended.Finish(kSound);
-    EXPECT_TRUE(ended.Start()) << "it has ended before it began";
+    Push(ended, kSound, 1000);
+    ended.Finish(kPicture);
+    ASSERT_TRUE(ended.Start()) << "the picture has ended before it began";
+    EXPECT_EQ(ended.Start()->Milliseconds(), 1000);
 
     CaptureQueues silent(true, true);
-    Push(silent, kPicture, 1000);
-    Push(silent, kPicture, 5900);
+    Push(silent, kSound, 1000);
+    Push(silent, kSound, 5900);
     EXPECT_FALSE(silent.Start());
-    Push(silent, kPicture, 6000);
+    Push(silent, kSound, 6000);
     ASSERT_TRUE(silent.Start());
-    EXPECT_EQ(silent.Start()->Milliseconds(), 6000);
+    EXPECT_EQ(silent.Start()->Milliseconds(), 1000);
 }
 
 TEST_F(Queues, GiveUpTheOldestPicturesAndNoSound) {
     CaptureQueues queues(true, true);
-    for (int i = 0; i < 40; ++i) Push(queues, kPicture, i * 100);
-    EXPECT_EQ(queues.TakeDropped(), 0) << "what comes before the session is not missed";
-    for (int i = 40; i < 1000; ++i) Push(queues, kSound, i * 100);
-    for (int i = 40; i < 90; ++i) Push(queues, kPicture, i * 100);
+    for (int i = 0; i < 1000; ++i) Push(queues, kSound, i * 100);
+    for (int i = 0; i < 50; ++i) Push(queues, kPicture, i * 100);
     queues.Finish(kPicture);
     queues.Finish(kSound);
     const Times pictures = Rest(queues, kPicture);
@@ -76,7 +74,7 @@ TEST_F(Queues, GiveUpTheOldestPicturesAndNoSound) {
     EXPECT_EQ(pictures.back(), 4900) << "the newest is kept";
     EXPECT_EQ(queues.TakeDropped() + static_cast<std::int64_t>(pictures.size()), 50);
     EXPECT_EQ(queues.TakeDropped(), 0);
-    EXPECT_EQ(Rest(queues, kSound).size(), 960U);
+    EXPECT_EQ(Rest(queues, kSound).size(), 1000U);
 }
 
 TEST_F(Queues, ASourceLearnsThatItsStreamIsGone) {
@@ -104,6 +102,21 @@ class Writer : public testing::Test {
     }
     PacketPool packets_;
 };
+
+TEST_F(Writer, WaitsForTheFirstSound) {
+    Interleaver interleaver(true, true, true, [] { return false; });
+    for (int ms = 0; ms <= 3000; ms += 1000) Push(interleaver, kPicture, ms);
+    std::thread late([&] {
+        Push(interleaver, kSound, 0);
+        Push(interleaver, kSound, 500);
+        interleaver.Finish(kSound);
+        interleaver.Finish(kPicture);
+    });
+    std::string written;
+    for (int i = 0; i < 6; ++i) written += Next(interleaver) + " ";
+    late.join();
+    EXPECT_EQ(written, "a0 v0 a500 v1000 v2000 v3000 ");
+}
 
 TEST_F(Writer, WaitsForALiveStreamASecondAtMost) {
     Interleaver interleaver(true, true, true, [] { return false; });
