@@ -26,7 +26,7 @@ class Record : public testing::Test {
 
     TempFolder folder_;
     XServer screen_{"320x240x24"};
-    SoundServer sound_{folder_, "load-module module-null-sink sink_name=speaker"};
+    SoundServer sound_{folder_, "load-module module-null-sink sink_name=speaker\n"};
 };
 
 TEST_F(Record, TheScreenWithItsSoundForSomeSeconds) {
@@ -68,8 +68,9 @@ TEST_F(Record, ASinkThatGoesEndsTheRecordingAndTheFileIsWhole) {
     sound_.Kill();
     const CommandResult result = program.Wait();
     EXPECT_EQ(result.status, 2) << result.out << result.err;
-    EXPECT_NE(result.out.find("\nError: 0x"), std::string::npos) << result.out;
-    EXPECT_NE(result.out.find("What was recorded until then is in"), std::string::npos);
+    EXPECT_THAT(result.out,
+                testing::StartsWith("Error: 0x8007048F - The sound device Monitor of "));
+    EXPECT_THAT(result.out, testing::HasSubstr("What was recorded until then is in \"" + file));
     EXPECT_EQ(DecodeMessages(file), "");
 }
 

@@ -1,4 +1,4 @@
-#include "unit/engine/pipeline/clips.h"
+#include "support/clips.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "unit/engine/pipeline/clips.h"
+#include "support/clips.h"
 #include "unit/engine/pipeline/session.h"
 
 namespace {

@@ -7,7 +7,7 @@
 
 #include "engine/sources/media_probe.h"
 #include "support/file_size_limit.h"
-#include "unit/engine/pipeline/clips.h"
+#include "support/clips.h"
 #include "unit/engine/pipeline/session.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // What the picture options make of a picture, measured against pictures that ffmpeg made.
 #include <gtest/gtest.h>
 
-#include "unit/engine/pipeline/clips.h"
+#include "support/clips.h"
 #include "unit/engine/pipeline/session.h"
 
 namespace {

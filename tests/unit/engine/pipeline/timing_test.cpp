@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "unit/engine/pipeline/clips.h"
+#include "support/clips.h"
 #include "unit/engine/pipeline/session.h"
 
 namespace {

@@ -1,18 +1,16 @@
 // Sound captured from ALSA devices that need no sound card.
 #include "engine/sources/alsa_sound.h"
 
-#include <atomic>
 #include <cstring>
 #include <fstream>
-#include <thread>
 
 #include "platform/error.h"
 #include "support/sound_server.h"
+#include "unit/engine/sources/reading.h"
 
 namespace engine {
 namespace {
 
-using test_support::Eventually;
 using test_support::SoundServer;
 using test_support::TempFolder;
 using testing::HasSubstr;
@@ -93,17 +91,7 @@ TEST_F(AlsaSound, WakeEndsAReadThatWaits) {
                                           (folder_ / "mic.pipe") + "\n");
     ASSERT_TRUE(server.Runs()) << "pulseaudio is needed, see packages.txt";
     setenv("PULSE_SERVER", server.Address().c_str(), 1);
-    const auto source = OpenAlsaSound("mic", frames_);
-    std::atomic<bool> reads{false};
-    std::thread waker([&] {
-        EXPECT_TRUE(Eventually([&] { return reads.load(); }));
-        source->Wake();
-    });
-    FrameHandle frame;
-    reads = true;
-    EXPECT_FALSE(source->Read(frame));
-    waker.join();
-    EXPECT_FALSE(source->Read(frame)) << "and every later one";
+    test_support::ExpectWakeToEndReading(*OpenAlsaSound("mic", frames_));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "painter.h"
+#include "unit/engine/sources/painter.h"
 
 #include <cstdlib>
 #include <stdexcept>

@@ -1,25 +1,22 @@
 // Sound captured from servers that the test starts.
 #include "engine/sources/pulse_sound.h"
 
-#include <pulse/simple.h>
-
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <fstream>
 #include <random>
 #include <span>
-#include <thread>
 
 #include "platform/error.h"
+#include "support/beep_player.h"
 #include "support/sound_server.h"
+#include "unit/engine/sources/reading.h"
 
 namespace engine {
 namespace {
 
 using test_support::BackgroundCommand;
-using test_support::Eventually;
 using test_support::SoundServer;
 using test_support::TempFolder;
 using testing::HasSubstr;
@@ -185,56 +182,10 @@ TEST_F(PulseSound, GivesEverySampleAsItWasPlayed) {
     }
 }
 
-// Plays short beeps, and notes when the server will have each heard.
-class BeepPlayer {
-  public:
-    BeepPlayer() : thread_([this] { Play(); }) {}
-    ~BeepPlayer() {
-        stopped_ = true;
-        thread_.join();
-    }
-    BeepPlayer(const BeepPlayer&) = delete;
-    BeepPlayer& operator=(const BeepPlayer&) = delete;
-
-    std::vector<double> Heard() const {
-        const std::lock_guard lock(mutex_);
-        return heard_;
-    }
-
-  private:
-    void Play() {
-        const pa_sample_spec format{PA_SAMPLE_S16LE, 48000, 1};
-        pa_buffer_attr sizes{static_cast<std::uint32_t>(-1), 48000 * 2 / 5,
-                             static_cast<std::uint32_t>(-1), static_cast<std::uint32_t>(-1), 0};
-        const std::unique_ptr<pa_simple, decltype(&pa_simple_free)> stream(
-            pa_simple_new(nullptr, "beeps", PA_STREAM_PLAYBACK, "n1", "beeps", &format, nullptr,
-                          &sizes, nullptr),
-            pa_simple_free);
-        if (!stream) return;
-        const std::vector<std::int16_t> silence(480);
-        const std::vector<std::int16_t> beep(480, 20000);
-        for (int i = 1; !stopped_; ++i) {
-            const bool beeps = i % 30 == 0;
-            if (beeps) {
-                const double ahead =
-                    static_cast<double>(pa_simple_get_latency(stream.get(), nullptr)) / 1e6;
-                const std::lock_guard lock(mutex_);
-                heard_.push_back(CaptureNow().Seconds() + ahead);
-            }
-            pa_simple_write(stream.get(), beeps ? beep.data() : silence.data(), 960, nullptr);
-        }
-    }
-
-    std::atomic<bool> stopped_{false};
-    mutable std::mutex mutex_;
-    std::vector<double> heard_;
-    std::thread thread_;
-};
-
 TEST_F(PulseSound, TimesAreThoseAtWhichTheSoundIsHeard) {
     Serve(NullSink("format=s16le rate=48000 channels=1"));
     const auto source = OpenPulseSound("n1.monitor", frames_);
-    const BeepPlayer player;
+    const test_support::BeepPlayer player(server_->Address(), "n1", 30);
     constexpr std::size_t kBeeps = 20;
     std::vector<double> onsets;
     FrameHandle frame;
@@ -325,17 +276,7 @@ TEST_F(PulseSound, WhatCannotBeOpenedIsNamed) {
 TEST_F(PulseSound, WakeEndsAReadThatWaits) {
     // Nobody writes to the pipe, so no sound ever comes.
     Serve("load-module module-pipe-source source_name=mic file=" + (folder_ / "mic.pipe") + "\n");
-    const auto source = OpenPulseSound("mic", frames_);
-    std::atomic<bool> reads{false};
-    std::thread waker([&] {
-        EXPECT_TRUE(Eventually([&] { return reads.load(); }));
-        source->Wake();
-    });
-    FrameHandle frame;
-    reads = true;
-    EXPECT_FALSE(source->Read(frame));
-    waker.join();
-    EXPECT_FALSE(source->Read(frame)) << "and every later one";
+    test_support::ExpectWakeToEndReading(*OpenPulseSound("mic", frames_));
 }
 
 TEST_F(PulseSound, ASuspendedSourceGivesSilenceInTime) {

@@ -2,9 +2,9 @@
 #include "engine/sources/screen_area.h"
 
 #include "engine/sources/damage_boxes.h"
-#include "painter.h"
 #include "platform/error.h"
 #include "support/x_server.h"
+#include "unit/engine/sources/painter.h"
 
 namespace engine {
 namespace {

@@ -6,9 +6,9 @@
 #include <cstring>
 #include <thread>
 
-#include "painter.h"
 #include "platform/error.h"
 #include "support/x_server.h"
+#include "unit/engine/sources/painter.h"
 
 namespace engine {
 namespace {
