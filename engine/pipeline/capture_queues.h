@@ -19,8 +19,9 @@ namespace engine {
 ///
 /// The session's time 0 is that of the first picture, or of the first sound where no picture is
 /// recorded or none comes for seconds: a recording begins with what is to be seen, and a sound
-/// server that takes a second to wake costs none of it. Sound is kept however late its taker is. Of pictures, the oldest one that waits gives way: what is on the
-/// screen last is then always recorded, also when nothing changes any more for a long time.
+/// server that takes a second to wake costs none of it. Sound is kept however late its taker is. Of
+/// pictures, the oldest one that waits gives way: what is on the screen last is then always
+/// recorded, also when nothing changes any more for a long time.
 class CaptureQueues {
   public:
     CaptureQueues(bool has_audio, bool has_video);

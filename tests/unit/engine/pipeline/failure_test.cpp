@@ -6,8 +6,8 @@
 #include <thread>
 
 #include "engine/sources/media_probe.h"
-#include "support/file_size_limit.h"
 #include "support/clips.h"
+#include "support/file_size_limit.h"
 #include "unit/engine/pipeline/session.h"
 
 namespace {
