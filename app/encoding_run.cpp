@@ -121,6 +121,8 @@ TranscodeResult EncodingRun::Transcode() {
                                      trap.Description()));
         return TranscodeResult::NotPrepared;
     }
+    for (const std::string& note : encoder.TakeNotes())
+        if (g_setNotes.insert(note).second) pane_.OutputInfo(note);
 
     g_encodeError = 0;
     window_.Timer1().SetInterval(1000);

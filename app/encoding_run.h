@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -86,6 +87,7 @@ class EncodingRun {
 
     std::unique_ptr<Events> g_objEvents;  // of the session's encoder
     std::vector<std::shared_ptr<platform::WMEncoder>> g_arrFinishing;
+    std::set<std::string> g_setNotes;  // that were written: a walk would repeat them
     std::uint64_t g_nSession = 0;
     int g_nEventDepth = 0;  // events that are being handled
     std::int32_t g_encodeError = 0;

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "engine/object_model/value_checks.h"
+#include "engine/outputs/leftover_parts.h"
 #include "engine/plan/plan_maker.h"
 
 namespace engine {
@@ -39,6 +40,9 @@ void Encoder::PrepareToEncode(bool force) {
     prepared_.reset();
     if (std::exchange(is_made_, false)) control_->Forget();
     EncodePlan plan = MakePlan(tree_, *parts_->files);
+    // What was recorded before cannot be had again; what was encoded is encoded anew.
+    if (plan.IsLive()) SetLeftoverAside(plan.output_path);
+    notes_ = LeftoverNotes(plan.output_path);
     if (plan.IsLive()) {
         control_->Make(*parts_, std::move(plan));
         is_made_ = true;

@@ -4,6 +4,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "engine/object_model/run_control.h"
 #include "engine/object_model/session_tree.h"
@@ -43,6 +45,7 @@ class Encoder : public platform::WMEncoder {
     /// Throws what MakePlan throws, and Error (busy) while a run goes on. What is to be recorded is
     /// opened here, so that a device that cannot be had is said before anything is written.
     void PrepareToEncode(bool force) override;
+    std::vector<std::string> TakeNotes() override { return std::exchange(notes_, {}); }
     /// Uses up what was prepared: the start after a run prepares anew. Throws Error (busy) while a
     /// run goes on, and what opening inputs, encoders and the output throws.
     void Start() override;
@@ -57,6 +60,7 @@ class Encoder : public platform::WMEncoder {
     SessionTree tree_;
     std::optional<EncodePlan> prepared_;  // not yet made into a run
     bool is_made_ = false;                // the run stands ready
+    std::vector<std::string> notes_;
     std::shared_ptr<RunControl> control_;
     engine::Statistics statistics_;
 };

@@ -24,6 +24,14 @@ class Record : public testing::Test {
         return words;
     }
 
+    // Until some seconds are on the disk.
+    static bool Grows(const std::string& file) {
+        return Eventually([&] {
+            std::error_code absent;
+            return std::filesystem::file_size(file + ".part", absent) > 20'000 && !absent;
+        });
+    }
+
     TempFolder folder_;
     XServer screen_{"320x240x24"};
     SoundServer sound_{folder_, "load-module module-null-sink sink_name=speaker\n"};
@@ -46,10 +54,7 @@ TEST_F(Record, TheScreenWithItsSoundForSomeSeconds) {
 TEST_F(Record, WithoutADurationUntilItIsToldToStop) {
     const std::string file = folder_ / "out.wmv";
     BackgroundCommand program(Words({"-profile", "scrn", "-output", file}), folder_.path());
-    ASSERT_TRUE(Eventually([&] {
-        std::error_code absent;
-        return std::filesystem::file_size(file + ".part", absent) > 20'000 && !absent;
-    }));
+    ASSERT_TRUE(Grows(file));
     program.Signal(SIGTERM);
     const CommandResult result = program.Wait();
     EXPECT_EQ(result.status, 130) << result.out << result.err;
@@ -61,10 +66,7 @@ TEST_F(Record, ASinkThatGoesEndsTheRecordingAndTheFileIsWhole) {
     const std::string file = folder_ / "out.wmv";
     BackgroundCommand program(Words({"-profile", "scrna", "-duration", "60", "-output", file}),
                               folder_.path());
-    ASSERT_TRUE(Eventually([&] {
-        std::error_code absent;
-        return std::filesystem::file_size(file + ".part", absent) > 20'000 && !absent;
-    }));
+    ASSERT_TRUE(Grows(file));
     sound_.Kill();
     const CommandResult result = program.Wait();
     EXPECT_EQ(result.status, 2) << result.out << result.err;
@@ -72,6 +74,30 @@ TEST_F(Record, ASinkThatGoesEndsTheRecordingAndTheFileIsWhole) {
                 testing::StartsWith("Error: 0x8007048F - The sound device Monitor of "));
     EXPECT_THAT(result.out, testing::HasSubstr("What was recorded until then is in \"" + file));
     EXPECT_EQ(DecodeMessages(file), "");
+}
+
+TEST_F(Record, AKilledRecordingIsNamedByTheNextStart) {
+    const std::string file = folder_ / "out.wmv";
+    const std::vector<std::string> words = {"-profile", "scrna", "-output", file};
+    {
+        BackgroundCommand program(Words(words), folder_.path());
+        ASSERT_TRUE(Grows(file));
+        program.Signal(SIGKILL);
+        program.Wait();
+    }
+    const std::string part = folder_ / "out-1.wmv.part";
+    std::vector<std::string> again = words;
+    again.insert(again.end(), {"-duration", "1"});
+    const CommandResult next = RunCommand(Words(again));
+    EXPECT_EQ(next.status, 0) << next.out;
+    EXPECT_THAT(next.out, testing::StartsWith("\"" + part +
+                                              "\" was left by a run that was cut "
+                                              "short; tessivo-console --repair \"" +
+                                              part + "\" makes it whole.\n"));
+    EXPECT_EQ(DecodeMessages(file), "");
+    EXPECT_EQ(Console({"--repair", part}).status, 0);
+    EXPECT_EQ(DecodeMessages(folder_ / "out-1.wmv"), "");
+    EXPECT_GT(ProbeNumber(folder_ / "out-1.wmv", "", "duration"), 1);
 }
 
 TEST_F(Record, WhatIsNotThereIsSaidBeforeAnythingIsWritten) {

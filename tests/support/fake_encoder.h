@@ -459,6 +459,8 @@ class FakeEncoder : public platform::WMEncoder {
         group->profile->audiences.push_back(std::make_shared<FakeAudience>(log));
         groups.items.push_back(std::move(group));
     }
+    std::vector<std::string> notes;  // of the next preparation
+    std::vector<std::string> TakeNotes() override { return std::exchange(notes, {}); }
     void PrepareToEncode(bool force) override {
         log->Call("Encoder.PrepareToEncode", force ? "(true)" : "(false)");
     }
