@@ -198,7 +198,8 @@ AudioFormat RequireAudioFormat(const AudioCodecRow& row, VbrMode mode, const Aud
         throw platform::Error(
             platform::kInvalidArgument,
             fmt::format("{} has no {} mode: give -a_mode {} or another -a_codec", row.name,
-                        ModeName(mode), row.tag == kLosslessTag ? 2 : 0));
+                        ModeName(mode),
+                        row.tag == kLosslessTag ? "2" : "1, start afresh without -a_mode,"));
     throw platform::Error(
         platform::kInvalidArgument,
         fmt::format("{} has no format with {}, {} Hz, {}, {} bits per sample in {} mode: its "

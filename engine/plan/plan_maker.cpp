@@ -127,8 +127,8 @@ void CheckCaptures(const EncodePlan& plan) {
                         audio->input.Name(), video->input.Name()));
     if (plan.passes > 1)
         RefuseArgument(
-            fmt::format("{} is captured, and two passes would need it twice: give -a_mode and "
-                        "-v_mode 1 or 3, or another profile",
+            fmt::format("{} is captured, and two passes would need it twice: choose a profile of "
+                        "one pass, or give -a_mode 2 and -v_mode 2",
                         video ? video->input.Name() : audio->input.Name()));
 }
 
