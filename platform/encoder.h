@@ -80,7 +80,7 @@ struct OutputStats {
     Currency dropped_sample_count;
     Currency byte_count;
     Currency sample_count;
-    DropCounts drops;  // of pictures
+    DropCounts drops = {};  // of pictures
 };
 
 struct FileArchiveStats {
