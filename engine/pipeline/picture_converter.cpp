@@ -44,11 +44,15 @@ PictureConverter::PictureConverter(const VideoPlan& plan, const PictureFormat& f
         through_ = fmt::format("format=pix_fmts={},", plan.pixels->av_name);
 }
 
-bool PictureConverter::Fits(const PictureShape& shape) const {
+// Only the pixels' format may differ.
+bool PictureConverter::IsInPlace(const PictureShape& shape) const {
     return shape.width == format_.width && shape.height == format_.height &&
-           shape.format == format_.pixels && UsesBt601(shape.space) &&
-           shape.range != AVCOL_RANGE_JPEG && *Upright(turn_) == '\0' && crop_ == Margins{} &&
-           through_.empty();
+           *Upright(turn_) == '\0' && crop_ == Margins{} && through_.empty();
+}
+
+bool PictureConverter::Fits(const PictureShape& shape) const {
+    return IsInPlace(shape) && shape.format == format_.pixels && UsesBt601(shape.space) &&
+           shape.range != AVCOL_RANGE_JPEG;
 }
 
 std::string PictureConverter::Chain() const {
@@ -63,13 +67,21 @@ std::string PictureConverter::Chain() const {
                format_.width, format_.height, scaling_, av_get_pix_fmt_name(format_.pixels));
 }
 
+void PictureConverter::Open(const PictureShape& shape) {
+    shape_ = shape;
+    filter_.reset();
+    rgb_converter_.reset();
+    const bool has_fields = *scaling_ != '\0';
+    if (IsInPlace(shape) && format_.pixels == AV_PIX_FMT_YUV420P && !has_fields &&
+        shape.range != AVCOL_RANGE_MPEG && RgbConverter::Takes(shape.format))
+        rgb_converter_.emplace(shape.width, shape.height, frames_);
+    else if (!Fits(shape))
+        filter_.emplace(Chain(), shape, kSubject);
+}
+
 FrameHandle PictureConverter::Convert(FrameHandle frame) {
-    const PictureShape shape = ShapeOf(*frame);
-    if (shape != shape_) {
-        filter_.reset();
-        if (!Fits(shape)) filter_.emplace(Chain(), shape, kSubject);
-        shape_ = shape;
-    }
+    if (const PictureShape shape = ShapeOf(*frame); shape != shape_) Open(shape);
+    if (rgb_converter_) return rgb_converter_->Convert(*frame);
     if (!filter_) return frame;
     const std::int64_t pts = frame->pts;
     const std::int64_t duration = frame->pkt_duration;

@@ -7,6 +7,7 @@
 
 #include "engine/encoders/encoder.h"
 #include "engine/pipeline/picture_filter.h"
+#include "engine/pipeline/rgb_converter.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {
@@ -24,7 +25,9 @@ class PictureConverter {
     FrameHandle Convert(FrameHandle frame);
 
   private:
+    bool IsInPlace(const PictureShape& shape) const;
     bool Fits(const PictureShape& shape) const;
+    void Open(const PictureShape& shape);
     std::string Chain() const;
 
     Margins crop_;
@@ -34,7 +37,8 @@ class PictureConverter {
     double turn_;
     FramePool& frames_;
     PictureShape shape_;
-    std::optional<PictureFilter> filter_;  // none = pictures fit
+    std::optional<RgbConverter> rgb_converter_;
+    std::optional<PictureFilter> filter_;  // neither = pictures fit
 };
 
 }  // namespace engine
