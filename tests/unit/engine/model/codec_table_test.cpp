@@ -151,7 +151,7 @@ TEST(AudioFormats, RefusalSaysWhatTheCodecOffers) {
         {Pcm(), VbrMode::Constant, {64000, 44100, 2, 16}, {"PCM", "stereo", "1411_44_2"}},
         {Standard(), VbrMode::Constant, {440000, 44100, 2, 16}, {"64_44_2", "320_44_2"}},
         {Lossless(), VbrMode::Constant, {64000, 44100, 2, 16}, {"Lossless", "-a_mode 2"}},
-        {Pcm(), VbrMode::Peak, {64000, 44100, 2, 16}, {"PCM", "peak rate", "-a_mode 0"}},
+        {Pcm(), VbrMode::Peak, {64000, 44100, 2, 16}, {"PCM", "peak rate", "-a_mode 1"}},
         {Standard(), VbrMode::Quality, {80, 44100, 2, 16}, {"quality 80", "Q75_44_2"}},
     };
     for (const RefusalCase& c : cases) {
