@@ -107,9 +107,16 @@ void EncodingRun::StopEncoder(platform::WMEncoder& encoder) {
 
 TranscodeResult EncodingRun::Transcode() {
     g_bFailed = false;
-    platform::WMEncoder& encoder = *session_.g_objEncoder;
+    // Preparing may ask the person something. What they do instead of answering may stop the
+    // session, or put another into its place.
+    const std::shared_ptr<platform::WMEncoder> session_encoder = session_.g_objEncoder;
+    platform::WMEncoder& encoder = *session_encoder;
+    const std::uint64_t session = g_nSession;
     platform::ErrorTrap trap;
+    g_bRunning = true;
     trap([&] { encoder.PrepareToEncode(true); });
+    if (session != g_nSession) return TranscodeResult::NotPrepared;
+    g_bRunning = false;
     if (trap.UnsignedNumber() == platform::kEndMarkPastEnd) {
         // The end mark of -time lies past the end of this source: encode to the end instead.
         platform::ErrorTrap retry;

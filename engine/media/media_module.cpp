@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "engine/media/media_parts.h"
+#include "engine/sources/portal_screen.h"
 
 namespace engine {
 namespace {
@@ -32,4 +33,4 @@ std::unique_ptr<SessionRun> MakeRun(EncodePlan plan, RunCallbacks callbacks) {
 
 extern "C" const engine::MediaParts tessivo_media_parts;
 const engine::MediaParts tessivo_media_parts = {TESSIVO_VERSION, engine::ProbeMediaFile,
-                                                engine::MakeRun};
+                                                engine::MakeRun, engine::MakePortalShare};

@@ -32,6 +32,8 @@ struct MediaParts {
     MediaFileInfo (*probe)(const std::string& host_path);
     /// Opens inputs, encoders and the output; throws platform::Error.
     std::unique_ptr<SessionRun> (*make_run)(EncodePlan plan, RunCallbacks callbacks);
+    /// For the screen of a desktop that hands it out.
+    std::unique_ptr<ScreenShare> (*make_share)();
 };
 
 inline constexpr const char* kMediaPartsSymbol = "tessivo_media_parts";

@@ -28,24 +28,30 @@ constexpr const char* kWholeScreenId = "x11";
     throw platform::Error(platform::kFileNotFound, description);
 }
 
-void CheckScreenAccess(const EngineParts& parts) {
-    switch (parts.screens ? parts.screens().access : ScreenAccess::None) {
-        case ScreenAccess::X11:
-            return;
-        case ScreenAccess::Portal:
-            RefuseUnbuilt(
-                "The screen of a Wayland session cannot be recorded yet: log in to an X11 session");
-        case ScreenAccess::None:
-            RefuseMissing(
-                "There is no screen to record: start the program in a desktop session, or set "
-                "DISPLAY to that of an X server");
-    }
+ScreenAccess CheckedAccess(const EngineParts& parts) {
+    const ScreenAccess access = parts.screens ? parts.screens().access : ScreenAccess::None;
+    if (access == ScreenAccess::None)
+        RefuseMissing(
+            "There is no screen to record: start the program in a desktop session, or set "
+            "DISPLAY to that of an X server");
+    return access;
 }
 
-CaptureInput ScreenInput(const EngineParts& parts, Device device, ScreenArea area) {
+CaptureInput X11Input(const EngineParts& parts, Device device, ScreenArea area) {
     const ScreenSize size = parts.screen_size(area);
     device.name = Describe(area);
     return {std::move(device), std::move(area), size};
+}
+
+// Its size is known once the person has answered the desktop's question.
+CaptureInput PortalInput(ScreenArea area) {
+    if (area.kind == ScreenArea::Kind::Monitor || area.kind == ScreenArea::Kind::Window)
+        RefuseArgument(
+            fmt::format("A Wayland desktop asks by itself which monitor or window is recorded, and "
+                        "{} cannot be chosen before: leave TESSIVO_SCREEN out",
+                        Describe(area)));
+    const std::string name = Describe(area);
+    return {{DeviceKind::Screen, kPortalDevice, name, false, false}, std::move(area), {}};
 }
 
 ScreenArea AreaNamed(const EngineParts& parts, const std::string& input) {
@@ -74,9 +80,11 @@ CaptureInput CaptureOf(const EngineParts& parts, SourceType type, const std::str
     if (scheme == "screencap") {
         if (type != SourceType::Video)
             RefuseArgument(fmt::format("The screen ({}) is no audio source", input));
-        CheckScreenAccess(parts);
-        return ScreenInput(parts, {DeviceKind::Screen, kWholeScreenId, {}, false, false},
-                           AreaNamed(parts, input));
+        const ScreenAccess access = CheckedAccess(parts);
+        ScreenArea area = AreaNamed(parts, input);
+        if (access == ScreenAccess::Portal) return PortalInput(std::move(area));
+        return X11Input(parts, {DeviceKind::Screen, kWholeScreenId, {}, false, false},
+                        std::move(area));
     }
     const Device device = DeviceNamed(parts, type, input);
     if (device.kind == DeviceKind::Camera)
@@ -85,8 +93,8 @@ CaptureInput CaptureOf(const EngineParts& parts, SourceType type, const std::str
                         "give it the number of a screen",
                         device.name));
     if (device.kind != DeviceKind::Screen) return {device, {}, {}};
-    CheckScreenAccess(parts);
-    return ScreenInput(parts, device, AreaOfDevice(device.id));
+    if (CheckedAccess(parts) == ScreenAccess::Portal) return PortalInput({});
+    return X11Input(parts, device, AreaOfDevice(device.id));
 }
 
 EngineParts WithDevicesKept(EngineParts parts) {

@@ -11,7 +11,8 @@
 namespace engine {
 
 Encoder::Encoder(platform::EventLoop& loop, EngineParts parts)
-    : parts_(std::make_shared<const EngineParts>(WithDevicesKept(std::move(parts)))),
+    : loop_(loop),
+      parts_(std::make_shared<const EngineParts>(WithDevicesKept(std::move(parts)))),
       tree_(parts_),
       control_(std::make_shared<RunControl>(loop)),
       statistics_(control_) {}
@@ -30,7 +31,7 @@ void Encoder::Load(const std::string& path) {
 }
 
 void Encoder::RefuseWhileRunning() const {
-    if (control_->IsRunning())
+    if (question_ || control_->IsRunning())
         throw platform::Error(platform::kBusy, "The encoder is running: stop it first");
 }
 
@@ -40,6 +41,7 @@ void Encoder::PrepareToEncode(bool force) {
     prepared_.reset();
     if (std::exchange(is_made_, false)) control_->Forget();
     EncodePlan plan = MakePlan(tree_, *parts_->files);
+    if (plan.LacksScreen()) plan = WithScreen(plan);
     // What was recorded before cannot be had again; what was encoded is encoded anew.
     if (plan.IsLive()) SetLeftoverAside(plan.output_path);
     notes_ = LeftoverNotes(plan.output_path);
@@ -49,6 +51,34 @@ void Encoder::PrepareToEncode(bool force) {
     } else {
         prepared_ = std::move(plan);
     }
+}
+
+// The person is asked when all else is right.
+EncodePlan Encoder::WithScreen(const EncodePlan& plan) {
+    const CapturePlan& wanted = *plan.video->input.capture;
+    const std::shared_ptr<ScreenShare> share = parts_->make_share();
+    ScreenSize size;
+    question_.emplace(loop_, *share);
+    try {
+        size = question_->Answer(wanted.area, wanted.rate);
+    } catch (...) {
+        question_.reset();
+        throw;
+    }
+    question_.reset();
+    tree_.groups.Groups().front()->VideoSources().front()->SetScreenSize(size);
+    EncodePlan whole = MakePlan(tree_, *parts_->files);
+    whole.video->input.capture->share = share;
+    return whole;
+}
+
+void Encoder::Stop() {
+    if (question_) question_->Cancel();
+    control_->Stop();
+}
+
+platform::EncoderState Encoder::RunState() const {
+    return question_ ? platform::EncoderState::Starting : control_->State();
 }
 
 void Encoder::Start() {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "engine/object_model/run_control.h"
+#include "engine/object_model/screen_question.h"
 #include "engine/object_model/session_tree.h"
 #include "engine/object_model/statistics.h"
 #include "platform/event_loop.h"
@@ -43,24 +44,29 @@ class Encoder : public platform::WMEncoder {
     void Load(const std::string& path) override;
 
     /// Throws what MakePlan throws, and Error (busy) while a run goes on. What is to be recorded is
-    /// opened here, so that a device that cannot be had is said before anything is written.
+    /// opened here, so that a device that cannot be had is said before anything is written. A
+    /// desktop that hands out its screen asks the person first; until the answer is there, the loop
+    /// runs, the state is Starting, and Stop ends it with an Error.
     void PrepareToEncode(bool force) override;
     std::vector<std::string> TakeNotes() override { return std::exchange(notes_, {}); }
     /// Uses up what was prepared: the start after a run prepares anew. Throws Error (busy) while a
     /// run goes on, and what opening inputs, encoders and the output throws.
     void Start() override;
-    void Stop() override { control_->Stop(); }
-    platform::EncoderState RunState() const override { return control_->State(); }
+    void Stop() override;
+    platform::EncoderState RunState() const override;
     void SetEvents(platform::WMEncoderEvents* events) override { control_->SetEvents(events); }
 
   private:
     void RefuseWhileRunning() const;
+    EncodePlan WithScreen(const EncodePlan& plan);
 
+    platform::EventLoop& loop_;
     std::shared_ptr<const EngineParts> parts_;
     SessionTree tree_;
     std::optional<EncodePlan> prepared_;  // not yet made into a run
     bool is_made_ = false;                // the run stands ready
     std::vector<std::string> notes_;
+    std::optional<ScreenQuestion> question_;
     std::shared_ptr<RunControl> control_;
     engine::Statistics statistics_;
 };

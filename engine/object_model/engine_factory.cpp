@@ -28,6 +28,7 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
         const char* choice = std::getenv("TESSIVO_SCREEN");
         return std::string(choice == nullptr ? "" : choice);
     };
+    parts.make_share = [] { return MediaLibrary().make_share(); };
     return std::make_shared<Encoder>(loop, std::move(parts));
 }
 

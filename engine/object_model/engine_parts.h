@@ -12,6 +12,7 @@
 #include "engine/sources/device_list.h"
 #include "engine/sources/media_probe.h"
 #include "engine/sources/screen_area.h"
+#include "engine/sources/screen_share.h"
 #include "platform/encoder.h"
 #include "platform/file_system.h"
 
@@ -30,6 +31,8 @@ struct EngineParts {
     std::function<ScreenSize(const ScreenArea& area)> screen_size = {};
     /// Which part of the screen "the screen" is, as ParseScreenArea takes it. All when it is empty.
     std::function<std::string()> screen_choice = {};
+    /// For the screen of a desktop that hands it out; throws platform::Error.
+    std::function<std::unique_ptr<ScreenShare>()> make_share = {};
 };
 
 /// The same parts, which look for devices once: their numbers hold as long as the encoder.

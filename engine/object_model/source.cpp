@@ -97,6 +97,11 @@ std::string VideoSource::CaptureArea() const {
     const bool screen = capture && capture->device.kind == DeviceKind::Screen;
     return screen ? Describe(capture->area) : std::string();
 }
+void VideoSource::SetScreenSize(const ScreenSize& size) {
+    SourceInput input = Opened();
+    input.capture->screen_size = size;
+    TakeInput(input);
+}
 void VideoSource::SetStillDuration(std::int32_t milliseconds) {
     still_duration_ = InRange("StillDuration", milliseconds, 1, kNoUpperLimit);
 }

@@ -14,7 +14,7 @@ namespace engine {
 struct CaptureInput {
     Device device;
     ScreenArea area;         // of a screen
-    ScreenSize screen_size;  // when the input was given
+    ScreenSize screen_size;  // when the input was given; 0 x 0 until the desktop hands it out
 };
 
 /// Where a source reads from: a file or a capture.
@@ -97,6 +97,9 @@ class VideoSource : public SourceBase<platform::WMEncVideoSource> {
     /// A still picture lasts as long as StillDuration says.
     std::int32_t Duration() const override;
     bool IsStill() const;
+
+    /// For a screen that the desktop has handed out.
+    void SetScreenSize(const ScreenSize& size);
 
     std::int32_t Optimization() const override { return optimization_; }
     void SetOptimization(std::int32_t optimization) override;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "engine/outputs/packet_sink.h"
 #include "engine/sources/device_list.h"
 #include "engine/sources/screen_area.h"
+#include "engine/sources/screen_share.h"
 #include "engine/ticks.h"
 
 namespace engine {
@@ -27,6 +29,8 @@ struct CapturePlan {
     std::string name;       // for people
     ScreenArea area;        // of a screen
     std::int32_t rate = 0;  // pictures in 1000 seconds
+    /// Of a screen that the desktop hands out: the screen, once it has. Not known before the plan.
+    std::shared_ptr<ScreenShare> share = {};
     bool operator==(const CapturePlan&) const = default;
 };
 
@@ -133,6 +137,11 @@ struct EncodePlan {
     /// All inputs of a plan are live, or none is.
     bool IsLive() const {
         return (audio && audio->input.capture) || (video && video->input.capture);
+    }
+    /// Whether the desktop has to hand out a screen before the plan can be run.
+    bool LacksScreen() const {
+        return video && video->input.capture && video->input.capture->id == kPortalDevice &&
+               !video->input.capture->share;
     }
 };
 

@@ -90,6 +90,7 @@ VideoInfo PictureOf(const VideoSource& source) {
 void PlanSize(const VideoSource& source, const ProfileState& profile, VideoPlan& plan) {
     const VideoSettings& video = profile.audiences.front().video;
     const VideoInfo info = PictureOf(source);
+    if (source.Opened().capture && info.width == 0) return;  // its desktop has not been asked yet
     if (info.width <= 0 || info.height <= 0)
         throw platform::Error(platform::kInvalidData,
                               fmt::format("The picture of {} has no size", source.Opened().input));

@@ -25,7 +25,7 @@ FoldDown PlanFoldDown(
 /// that side follows from the other and the shape of the picture that is left; an encoder that
 /// takes no odd width gets the even one below. Pixels of an asked size are square unless the
 /// profile's pixels may be otherwise: then they have the shape that shows the whole picture
-/// undistorted.
+/// undistorted. Of a screen that the desktop has not handed out yet, the size stays 0 x 0.
 VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
                     std::int32_t performance);
 

@@ -14,6 +14,7 @@
 #include "engine/sources/alsa_errors.h"
 #include "engine/sources/sample_clock.h"
 #include "engine/sources/sound_frames.h"
+#include "engine/sources/wake_up.h"
 #include "platform/error.h"
 
 namespace engine {
@@ -37,21 +38,6 @@ constexpr FormatRow kFormats[] = {
 };
 
 constexpr unsigned kRates[] = {48000, 44100};
-
-// Readable once written, and for ever.
-class WakeUp {
-  public:
-    ~WakeUp() { close(descriptor_); }
-    WakeUp() = default;
-    WakeUp(const WakeUp&) = delete;
-    WakeUp& operator=(const WakeUp&) = delete;
-
-    int Descriptor() const { return descriptor_; }  // negative when there is none to be had
-    void Write() const { eventfd_write(descriptor_, 1); }
-
-  private:
-    int descriptor_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-};
 
 using PcmPtr = std::unique_ptr<snd_pcm_t, int (*)(snd_pcm_t*)>;
 

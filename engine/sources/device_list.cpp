@@ -72,7 +72,7 @@ DeviceList PictureDevices(const std::vector<VideoNode>& nodes, const ScreenFacts
             devices.push_back(MakeDevice(DeviceKind::Camera, node.path, node.card));
     if (screens.access == ScreenAccess::None) return devices;
     const bool portal = screens.access == ScreenAccess::Portal;
-    devices.push_back(MakeDevice(DeviceKind::Screen, portal ? "portal" : "x11", "Screen"));
+    devices.push_back(MakeDevice(DeviceKind::Screen, portal ? kPortalDevice : "x11", "Screen"));
     if (screens.monitors.size() < 2) return devices;  // a single one is the whole screen
     for (const std::string& monitor : screens.monitors)
         devices.push_back(

@@ -33,6 +33,9 @@ struct Device {
 
 using DeviceList = std::vector<Device>;
 
+/// The id of the screen of a desktop that hands it out by its portal.
+inline constexpr const char* kPortalDevice = "portal";
+
 /// The name that stands for the default audio device, whichever that is.
 inline constexpr const char* kDefaultAudioDevice = "Default_Audio_Device";
 

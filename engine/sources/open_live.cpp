@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "engine/sources/alsa_sound.h"
+#include "engine/sources/portal_screen.h"
 #include "engine/sources/pulse_sound.h"
 #include "engine/sources/x11_screen.h"
 #include "platform/error.h"
@@ -12,6 +13,7 @@ namespace engine {
 std::unique_ptr<LiveSource> OpenLiveSource(const CapturePlan& plan, FramePool& frames) {
     switch (plan.kind) {
         case DeviceKind::Screen:
+            if (plan.share) return OpenPortalScreen(plan.share, frames);
             return OpenX11Screen(plan.area, plan.rate, frames);
         case DeviceKind::PulseSource:
             return OpenPulseSound(plan.id, frames);

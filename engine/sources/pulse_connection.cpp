@@ -1,18 +1,8 @@
 #include "engine/sources/pulse_connection.h"
 
-#include <dlfcn.h>
-
 namespace engine {
 
-template <typename Function>
-void PulseLibrary::Load(Function& function, const char* name) {
-    function = reinterpret_cast<Function>(dlsym(library_, name));
-    complete_ = complete_ && function != nullptr;
-}
-
-PulseLibrary::PulseLibrary() : library_(dlopen("libpulse.so.0", RTLD_NOW | RTLD_LOCAL)) {
-    if (library_ == nullptr) return;
-    complete_ = true;
+PulseLibrary::PulseLibrary() : LoadedLibrary("libpulse.so.0") {
     Load(mainloop_new, "pa_mainloop_new");
     Load(mainloop_free, "pa_mainloop_free");
     Load(mainloop_get_api, "pa_mainloop_get_api");

@@ -11,15 +11,14 @@
 #include <memory>
 #include <string>
 
+#include "engine/sources/loaded_library.h"
+
 namespace engine {
 
 /// The functions of the client library, under their names without "pa_".
-class PulseLibrary {
+class PulseLibrary : public LoadedLibrary {
   public:
     PulseLibrary();
-
-    /// False when the library is not installed or lacks a function; then none may be called.
-    bool IsComplete() const { return complete_; }
 
     decltype(&pa_mainloop_new) mainloop_new = nullptr;
     decltype(&pa_mainloop_free) mainloop_free = nullptr;
@@ -50,13 +49,6 @@ class PulseLibrary {
     decltype(&pa_stream_update_timing_info) stream_update_timing_info = nullptr;
     decltype(&pa_stream_get_timing_info) stream_get_timing_info = nullptr;
     decltype(&pa_strerror) strerror = nullptr;
-
-  private:
-    template <typename Function>
-    void Load(Function& function, const char* name);
-
-    void* library_;
-    bool complete_ = false;
 };
 
 /// Wake comes from any thread, the rest from one at a time.

@@ -1,6 +1,10 @@
 // The console program records a display and a sound server of the test's own.
 #include <gtest/gtest.h>
 
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <map>
 
@@ -100,8 +104,28 @@ TEST_F(Record, AKilledRecordingIsNamedByTheNextStart) {
     EXPECT_GT(ProbeNumber(folder_ / "out-1.wmv", "", "duration"), 1);
 }
 
+// What a compositor has: a socket that takes connections.
+class Listener {
+  public:
+    explicit Listener(const std::string& path) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        EXPECT_EQ(bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(listen(socket_, 1), 0);
+    }
+    ~Listener() { close(socket_); }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+  private:
+    int socket_ = socket(AF_UNIX, SOCK_STREAM, 0);
+};
+
 TEST_F(Record, WhatIsNotThereIsSaidBeforeAnythingIsWritten) {
     const std::string file = folder_ / "out.wmv";
+    const std::string wayland = folder_ / "wayland";
+    const Listener compositor(wayland);
     struct Case {
         const char* why;
         std::vector<std::string> settings;
@@ -110,6 +134,9 @@ TEST_F(Record, WhatIsNotThereIsSaidBeforeAnythingIsWritten) {
     const Case cases[] = {
         {"no display", {"DISPLAY="}, "no screen"},
         {"no sound server", {"PULSE_SERVER=unix:/nowhere"}, "no sound device"},
+        {"a Wayland desktop without a bus",
+         {"WAYLAND_DISPLAY=" + wayland, "DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere"},
+         "message bus cannot be reached"},
         {"no such part", {"TESSIVO_SCREEN=region:9x9+999+0"}, "region"},
     };
     for (const Case& row : cases) {

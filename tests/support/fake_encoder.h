@@ -463,6 +463,7 @@ class FakeEncoder : public platform::WMEncoder {
     std::vector<std::string> TakeNotes() override { return std::exchange(notes, {}); }
     void PrepareToEncode(bool force) override {
         log->Call("Encoder.PrepareToEncode", force ? "(true)" : "(false)");
+        if (on_prepare) on_prepare();
     }
     void Start() override {
         log->Call("Encoder.Start");
@@ -494,6 +495,7 @@ class FakeEncoder : public platform::WMEncoder {
     platform::EncoderState state = platform::EncoderState::Stopped;
     platform::WMEncoderEvents* events = nullptr;
     std::function<void(FakeEncoder&)> on_start, on_stop;
+    std::function<void()> on_prepare;
 };
 
 }  // namespace test_support

@@ -199,5 +199,21 @@ TEST_F(EncodingRunTest, ANewSessionOutOfTheReportsBoxKeepsTheEncoderThatIsBeingH
     EXPECT_TRUE(old.expired());
 }
 
+TEST_F(EncodingRunTest, WhoIsAskedWhilePreparingMayBeginAnotherSessionInstead) {
+    const std::weak_ptr<test_support::FakeEncoder> old = factory.encoders.back();
+    old.lock()->on_prepare = [&] {
+        EXPECT_TRUE(run.IsRunning()) << "so that a signal or a closed window stops it";
+        factory.encoders.clear();
+        run.NewSession();
+        run.Transcode();
+        run.Purge();
+        EXPECT_FALSE(old.expired()) << "it is still on the stack";
+        throw platform::Error(platform::kAccessDenied, "nobody answered");
+    };
+    EXPECT_EQ(run.Transcode(), TranscodeResult::NotPrepared);
+    EXPECT_TRUE(run.IsRunning()) << "the new run goes on";
+    EXPECT_TRUE(pane.lines.empty()) << "the question was the old session's";
+}
+
 }  // namespace
 }  // namespace app

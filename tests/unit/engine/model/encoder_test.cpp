@@ -11,6 +11,7 @@ using test_support::ErrorOf;
 using test_support::FakeEngine;
 using test_support::FakeEventLoop;
 using test_support::FakeRun;
+using test_support::FakeShare;
 
 class Listener : public platform::WMEncoderEvents {
   public:
@@ -96,6 +97,78 @@ TEST_F(EncoderTest, WhatIsRecordedIsOpenedByPrepare) {
     EXPECT_EQ(engine.runs.size(), 3U) << "start prepares what failed to prepare";
     EXPECT_EQ(Run().starts, 1);
     EXPECT_EQ(engine.device_questions, 1) << "numbers hold as long as the encoder";
+}
+
+// As a host's: tasks come from any thread, and waiting is no turning around.
+class WaitingLoop : public platform::EventLoop {
+  public:
+    void Post(std::function<void()> task) override {
+        const std::lock_guard lock(mutex_);
+        tasks_.push_back(std::move(task));
+        posted_.notify_all();
+    }
+    void RunUntil(const std::function<bool()>& done) override {
+        if (on_wait) on_wait();
+        std::unique_lock lock(mutex_);
+        while (!done()) {
+            posted_.wait(lock, [&] { return !tasks_.empty(); });
+            tasks_.pop_front();
+        }
+    }
+    std::function<void()> on_wait;
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable posted_;
+    std::deque<std::function<void()>> tasks_;
+};
+
+TEST_F(EncoderTest, AScreenIsAskedForOnceAndStopIsAnAnswer) {
+    struct Case {
+        const char* why;
+        std::function<void(Encoder&, FakeShare&)> person;
+        std::uint32_t number;
+    };
+    const Case cases[] = {
+        {"agrees", [](Encoder&, FakeShare& share) { share.answer.set_value(true); }, 0},
+        {"declines", [](Encoder&, FakeShare& share) { share.answer.set_value(false); },
+         platform::kAccessDenied},
+        {"stops", [](Encoder& asking, FakeShare&) { asking.Stop(); }, platform::kAccessDenied},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        FakeEngine desktop;
+        desktop.screen_access = ScreenAccess::Portal;
+        WaitingLoop waiting;
+        Encoder asking(waiting, desktop.Parts());
+        const auto group = asking.SourceGroupCollection().Add("SG_1");
+        group->AddSource(SourceType::Video)->SetInput("screencap1", "screencap");
+        Profile profile;
+        test_support::FillProfile(profile);
+        profile.SetContentType(platform::kContentVideo);
+        group->SetProfile(profile);
+
+        EXPECT_EQ(ErrorOf([&] { asking.PrepareToEncode(true); }).unsigned_number(),
+                  platform::kInvalidArgument);
+        EXPECT_TRUE(desktop.shares.empty()) << "nobody is asked for what cannot be anyway";
+        asking.File().SetLocalFileName("out.wmv");
+        waiting.on_wait = [&] {
+            EXPECT_EQ(asking.RunState(), EncoderState::Starting);
+            EXPECT_EQ(ErrorOf([&] { asking.Start(); }).unsigned_number(), platform::kBusy);
+            c.person(asking, *desktop.shares.back());
+        };
+        EXPECT_EQ(ErrorOf([&] { asking.PrepareToEncode(true); }).unsigned_number(), c.number);
+        EXPECT_EQ(asking.RunState(), EncoderState::Stopped);
+        ASSERT_EQ(desktop.runs.size(), c.number == 0 ? 1U : 0U);
+        if (c.number != 0) continue;
+        asking.Start();
+        const EncodePlan& plan = desktop.runs.back()->plan;
+        EXPECT_EQ(desktop.shares.size(), 1U);
+        EXPECT_EQ(plan.video->input.capture->share.get(), desktop.shares.back());
+        EXPECT_EQ(desktop.shares.back()->asked_rate, plan.video->expected_rate);
+        EXPECT_EQ(plan.video->width, 800);
+        EXPECT_EQ(plan.video->height, 602);
+    }
 }
 
 TEST_F(EncoderTest, NoEventAfterTheListenerIsTakenAway) {

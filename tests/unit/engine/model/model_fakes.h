@@ -1,6 +1,7 @@
 // A tree over files that exist in memory only, and a run that the test drives.
 #pragma once
 
+#include <future>
 #include <stdexcept>
 
 #include "engine/object_model/engine_parts.h"
@@ -51,6 +52,19 @@ struct FakeRun : engine::SessionRun {
     std::shared_ptr<Record> record;
 };
 
+/// A desktop that hands out a screen when the test lets the person answer.
+struct FakeShare : engine::ScreenShare {
+    engine::ScreenSize Ask(const engine::ScreenArea& area, std::int32_t rate) override {
+        asked_rate = rate;
+        EXPECT_EQ(area.kind, engine::ScreenArea::Kind::Screen);
+        if (!answer.get_future().get()) throw platform::Error(platform::kAccessDenied, "declined");
+        return {800, 602};
+    }
+    void Cancel() override { answer.set_value(false); }
+    std::promise<bool> answer;
+    std::int32_t asked_rate = 0;
+};
+
 /// Parts over a table of media files by their host paths.
 struct FakeEngine {
     FakeEngine() {
@@ -84,7 +98,12 @@ struct FakeEngine {
                     areas.push_back(area);
                     return engine::ScreenSize{1366, 769};
                 },
-                [this] { return screen_choice; }};
+                [this] { return screen_choice; },
+                [this] {
+                    auto share = std::make_unique<FakeShare>();
+                    shares.push_back(share.get());
+                    return share;
+                }};
     }
     /// A microphone, a camera and a screen.
     engine::DeviceList devices = {
@@ -95,6 +114,7 @@ struct FakeEngine {
     int device_questions = 0;
     engine::ScreenAccess screen_access = engine::ScreenAccess::X11;
     std::string screen_choice;
+    std::vector<FakeShare*> shares;
     std::vector<engine::ScreenArea> areas;  // asked for their size
     std::shared_ptr<FakeFileSystem> files = std::make_shared<FakeFileSystem>();
     std::map<std::string, engine::MediaFileInfo> media;

@@ -588,6 +588,7 @@ TEST(Plan, CapturesThatCannotBeHadAreRefusedAsInputs) {
         ScreenAccess access;
         std::uint32_t number;
         std::vector<const char*> words;
+        const char* choice = "";
     };
     constexpr std::uint32_t kMissing = platform::kFileNotFound;
     constexpr std::uint32_t kUnbuilt = platform::kNotImplemented;
@@ -597,8 +598,8 @@ TEST(Plan, CapturesThatCannotBeHadAreRefusedAsInputs) {
         {"no such device", SourceType::Audio, "Webcam", "device", kX11, kMissing, {"audio", "Webcam", "-devices"}},
         {"a camera", SourceType::Video, "Webcam", "device", kX11, kUnbuilt, {"camera Webcam", "cannot be recorded yet"}},
         {"no display", SourceType::Video, "screencap1", "screencap", ScreenAccess::None, kMissing, {"no screen", "DISPLAY"}},
-        {"a Wayland session", SourceType::Video, "screencap1", "screencap", ScreenAccess::Portal, kUnbuilt, {"Wayland", "X11"}},
-        {"its screen by number", SourceType::Video, "Screen", "device", ScreenAccess::Portal, kUnbuilt, {"Wayland"}},
+        {"a monitor that the desktop asks for", SourceType::Video, "screencap1", "screencap", ScreenAccess::Portal, platform::kInvalidArgument, {"monitor 1", "leave TESSIVO_SCREEN out"}, "monitor:1"},
+        {"a window that it asks for", SourceType::Video, "window:Editor", "screencap", ScreenAccess::Portal, platform::kInvalidArgument, {"Editor", "leave"}},
         {"the screen's sound", SourceType::Audio, "screencap1", "screencap", kX11, platform::kInvalidArgument, {"no audio source"}},
         {"no part of the screen", SourceType::Video, "screencap2", "screencap", kX11, platform::kInvalidArgument, {"screencap2", "region:"}},
     };
@@ -607,6 +608,7 @@ TEST(Plan, CapturesThatCannotBeHadAreRefusedAsInputs) {
         SCOPED_TRACE(c.why);
         Session session;
         session.engine.screen_access = c.access;
+        session.engine.screen_choice = c.choice;
         const auto source = session.group->AddSource(c.type);
         const platform::Error error = ErrorOf([&] { source->SetInput(c.input, c.scheme); });
         EXPECT_EQ(error.unsigned_number(), c.number);
@@ -620,6 +622,32 @@ TEST(Plan, CapturesThatCannotBeHadAreRefusedAsInputs) {
         silent.group->AddSource(SourceType::Audio)->SetInput("Default_Audio_Device", "device");
     });
     EXPECT_NE(error.description().find("no sound device"), std::string::npos);
+}
+
+TEST(Plan, AScreenThatTheDesktopHandsOutIsPlannedBeforeItsSizeIsKnown) {
+    struct Case {
+        const char *input, *scheme, *choice, *name;
+    };
+    const Case cases[] = {
+        {"screencap1", "screencap", "", "the screen"},
+        {"screencap1", "screencap", "region:64x48+10+20", "the region 64x48+10+20 of the screen"},
+        {"Screen", "device", "monitor:1", "the screen"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Session session;
+        session.engine.screen_access = ScreenAccess::Portal;
+        session.engine.screen_choice = c.choice;
+        session.profile.SetContentType(platform::kContentVideo);
+        session.group->AddSource(SourceType::Video)->SetInput(c.input, c.scheme);
+        EXPECT_TRUE(session.engine.areas.empty()) << "there is no X server to ask";
+        const EncodePlan plan = session.Plan();
+        EXPECT_TRUE(plan.LacksScreen());
+        EXPECT_EQ(plan.video->width, 0);
+        EXPECT_EQ(plan.video->input.capture->id, "portal");
+        EXPECT_EQ(plan.video->input.capture->name, c.name);
+        EXPECT_EQ(session.Video().CaptureArea(), c.name);
+    }
 }
 
 TEST(Plan, AScreenHasItsSizeAndTheLowerOfBothRates) {
