@@ -99,13 +99,14 @@ TEST(ConsoleDevices, NumbersOfTheListingSelectTheSameDevices) {
             EXPECT_EQ(listed.out, listing);
 
         const auto capture = [&](const std::vector<std::string>& number) {
-            std::vector<std::string> words = {"-adevice"};
+            std::vector<std::string> words = {"--explain", "-adevice"};
             words.insert(words.end(), number.begin(), number.end());
             words.insert(words.end(), {"-duration", "1", "-output", folder / "out.wma"});
             return Console(words, environment).out;
         };
         for (std::size_t i = 0; i < each.names.size(); ++i)
-            EXPECT_THAT(capture({std::to_string(i)}), testing::HasSubstr(each.names[i] + " "));
+            EXPECT_THAT(capture({std::to_string(i)}),
+                        testing::HasSubstr("audio.Input = " + each.names[i] + "\n"));
         EXPECT_EQ(capture({}), capture({"0"})) << "without a number it is the default device";
         EXPECT_THAT(capture({std::to_string(each.names.size())}),
                     testing::HasSubstr("Error: Invalid audio device number specified\n"));
