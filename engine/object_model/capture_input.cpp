@@ -20,10 +20,6 @@ using platform::SourceType;
 constexpr const char* kScreenNames[] = {"screencap1", "screencapture1"};
 constexpr const char* kWholeScreenId = "x11";
 
-[[noreturn]] void RefuseUnbuilt(const std::string& description) {
-    throw platform::Error(platform::kNotImplemented, description);
-}
-
 [[noreturn]] void RefuseMissing(const std::string& description) {
     throw platform::Error(platform::kFileNotFound, description);
 }
@@ -87,11 +83,6 @@ CaptureInput CaptureOf(const EngineParts& parts, SourceType type, const std::str
                         std::move(area));
     }
     const Device device = DeviceNamed(parts, type, input);
-    if (device.kind == DeviceKind::Camera)
-        RefuseUnbuilt(
-            fmt::format("The camera {} cannot be recorded yet: leave -vdevice out, or "
-                        "give it the number of a screen",
-                        device.name));
     if (device.kind != DeviceKind::Screen) return {device, {}, {}};
     if (CheckedAccess(parts) == ScreenAccess::Portal) return PortalInput({});
     return X11Input(parts, device, AreaOfDevice(device.id));

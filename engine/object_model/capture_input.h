@@ -10,8 +10,7 @@ namespace engine {
 /// @param scheme  "device": a device of the medium by its name in the list; "screencap": the
 ///                screen, which "screencap1" stands for, or a part of it in the words of
 ///                ParseScreenArea
-/// Throws Error: file not found (no such device), invalid argument (no such part of the screen),
-/// not implemented (what cannot be recorded yet).
+/// Throws Error: file not found (no such device), invalid argument (no such part of the screen).
 CaptureInput CaptureOf(const EngineParts& parts, platform::SourceType type,
                        const std::string& input, const std::string& scheme);
 

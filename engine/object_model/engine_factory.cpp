@@ -7,6 +7,7 @@
 #include "engine/media/media_library.h"
 #include "engine/object_model/encoder.h"
 #include "engine/object_model/profile.h"
+#include "engine/sources/camera_device.h"
 #include "engine/sources/device_discovery.h"
 #include "engine/sources/screen_area.h"
 #include "engine/sources/screens.h"
@@ -24,6 +25,9 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
     parts.devices = DiscoverDevices;
     parts.screens = Screens;
     parts.screen_size = SizeNow;
+    parts.camera_format = [](const Device& camera, const CameraWish& wish) {
+        return CameraFormatFor(camera.id, camera.name, wish);
+    };
     parts.screen_choice = [] {
         const char* choice = std::getenv("TESSIVO_SCREEN");
         return std::string(choice == nullptr ? "" : choice);

@@ -8,6 +8,7 @@
 #include "engine/media/media_parts.h"
 #include "engine/pipeline/encoding_run.h"
 #include "engine/plan/encode_plan.h"
+#include "engine/sources/camera_format.h"
 #include "engine/sources/device_facts.h"
 #include "engine/sources/device_list.h"
 #include "engine/sources/media_probe.h"
@@ -33,6 +34,8 @@ struct EngineParts {
     std::function<std::string()> screen_choice = {};
     /// For the screen of a desktop that hands it out; throws platform::Error.
     std::function<std::unique_ptr<ScreenShare>()> make_share = {};
+    /// How a camera gives pictures that suit the wish. Throws platform::Error.
+    std::function<CameraFormat(const Device& camera, const CameraWish& wish)> camera_format = {};
 };
 
 /// The same parts, which look for devices once: their numbers hold as long as the encoder.

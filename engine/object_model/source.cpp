@@ -63,6 +63,12 @@ void AudioSource::SetContentMode(std::int32_t mode) {
 
 bool VideoSource::IsStill() const { return Opened().IsFile() && Opened().media->video->still; }
 
+std::optional<CameraFormat> VideoSource::CameraFormatFor(const CameraWish& wish) const {
+    const std::optional<CaptureInput>& capture = Opened().capture;
+    if (!capture || capture->device.kind != DeviceKind::Camera) return std::nullopt;
+    return Parts().camera_format(capture->device, wish);
+}
+
 std::int32_t VideoSource::Duration() const {
     if (IsStill()) return still_duration_;
     return Opened().IsFile() ? WholeMilliseconds(Opened().media->video->duration) : 0;

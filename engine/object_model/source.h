@@ -52,6 +52,7 @@ class SourceBase : public Interface {
     /// Takes an input that has been opened already.
     void TakeInput(const SourceInput& input) { input_ = input; }
     const SourceInput& Opened() const { return input_; }
+    const EngineParts& Parts() const { return *parts_; }
 
     std::string Input() const override { return input_.input; }
     std::string Scheme() const override { return input_.scheme; }
@@ -97,6 +98,9 @@ class VideoSource : public SourceBase<platform::WMEncVideoSource> {
     /// A still picture lasts as long as StillDuration says.
     std::int32_t Duration() const override;
     bool IsStill() const;
+    /// How a camera gives its pictures for this wish; none when the source is no camera. Asks the
+    /// camera. Throws Error that names it.
+    std::optional<CameraFormat> CameraFormatFor(const CameraWish& wish) const;
 
     /// For a screen that the desktop has handed out.
     void SetScreenSize(const ScreenSize& size);

@@ -10,6 +10,7 @@
 #include "engine/encoders/codec_table.h"
 #include "engine/encoders/pixel_formats.h"
 #include "engine/outputs/packet_sink.h"
+#include "engine/sources/camera_format.h"
 #include "engine/sources/device_list.h"
 #include "engine/sources/screen_area.h"
 #include "engine/sources/screen_share.h"
@@ -31,6 +32,7 @@ struct CapturePlan {
     std::int32_t rate = 0;  // pictures in 1000 seconds
     /// Of a screen that the desktop hands out: the screen, once it has. Not known before the plan.
     std::shared_ptr<ScreenShare> share = {};
+    CameraFormat camera = {};  // of a camera: how it is to give its pictures
     bool operator==(const CapturePlan&) const = default;
 };
 

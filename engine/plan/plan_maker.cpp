@@ -1,6 +1,7 @@
 #include "engine/plan/plan_maker.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -157,7 +158,11 @@ EncodePlan MakePlan(const SessionTree& tree, platform::FileSystem& files) {
         if (MayBeSurround(audio->Opened()) && plan.audio->written.format.channels == 2)
             plan.audio->fold_down = PlanFoldDown(tree.attributes.Items());
     }
-    if (video != nullptr) plan.video = PlanVideo(*video, profile, tree.video_performance);
+    std::optional<CameraFormat> camera;
+    if (video != nullptr) {
+        camera = video->CameraFormatFor(PlanCameraWish(*video, profile));
+        plan.video = PlanVideo(*video, profile, tree.video_performance, camera);
+    }
     PlanPackets(profile, plan);
     plan.output_path = CheckedOutput(tree.file.LocalFileName(), group, files);
     plan.auto_stop = tree.auto_stop;
@@ -173,6 +178,7 @@ EncodePlan MakePlan(const SessionTree& tree, platform::FileSystem& files) {
         plan.media_length = std::max(plan.media_length, EncodedLength(*video));
         if (video->PreProcessPass() == 1) plan.passes = 2;
         if (plan.video->input.capture) plan.video->input.capture->rate = plan.video->expected_rate;
+        if (camera) plan.video->input.capture->camera = *camera;
     }
     CheckCaptures(plan);
     return plan;

@@ -76,20 +76,32 @@ std::int32_t Clipped(const char* sides, std::int32_t side, std::int32_t before,
                     sides, before, after, side));
 }
 
+// Of a camera that has no rate as low as the one that was asked for, pictures are left out.
+bool IsTooFast(const VideoSource& source, const std::optional<CameraFormat>& camera) {
+    return camera && RateOf(camera->interval) > source.CaptureRate();
+}
+
 // What is known of the picture before the first one is there.
-VideoInfo PictureOf(const VideoSource& source) {
+VideoInfo PictureOf(const VideoSource& source, const std::optional<CameraFormat>& camera) {
     const SourceInput& opened = source.Opened();
     if (!opened.capture) return *opened.media->video;
     VideoInfo info;
-    info.width = opened.capture->screen_size.width;
-    info.height = opened.capture->screen_size.height;
+    if (camera) {
+        info.width = camera->width;
+        info.height = camera->height;
+    } else {
+        info.width = opened.capture->screen_size.width;
+        info.height = opened.capture->screen_size.height;
+    }
     info.frame_rate = {source.CaptureRate(), 1000};
+    if (camera && !IsTooFast(source, camera))
+        info.frame_rate = {camera->interval.denominator, camera->interval.numerator};
     return info;
 }
 
-void PlanSize(const VideoSource& source, const ProfileState& profile, VideoPlan& plan) {
+void PlanSize(const VideoSource& source, const VideoInfo& info, const ProfileState& profile,
+              VideoPlan& plan) {
     const VideoSettings& video = profile.audiences.front().video;
-    const VideoInfo info = PictureOf(source);
     if (source.Opened().capture && info.width == 0) return;  // its desktop has not been asked yet
     if (info.width <= 0 || info.height <= 0)
         throw platform::Error(platform::kInvalidData,
@@ -266,10 +278,19 @@ FoldDown PlanFoldDown(
     return levels;
 }
 
+CameraWish PlanCameraWish(const VideoSource& source, const ProfileState& profile) {
+    const VideoSettings& video = profile.audiences.front().video;
+    CameraWish wish = {video.width, video.height, std::min(video.frame_rate, source.CaptureRate())};
+    if (wish.width > 0) wish.width += source.CroppingLeftMargin() + source.CroppingRightMargin();
+    if (wish.height > 0) wish.height += source.CroppingTopMargin() + source.CroppingBottomMargin();
+    return wish;
+}
+
 VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
-                    std::int32_t performance) {
+                    std::int32_t performance, const std::optional<CameraFormat>& camera) {
     RefuseUnbuiltVideo(source, profile);
     const VideoSettings& video = profile.audiences.front().video;
+    const VideoInfo info = PictureOf(source, camera);
     VideoPlan plan;
     plan.codec = &VideoCodecs()[static_cast<std::size_t>(video.codec)];
     plan.mode = profile.video_mode;
@@ -281,13 +302,15 @@ VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
     const bool rate_counts = plan.mode != VbrMode::Quality && plan.codec->four_cc != 0;
     if (rate_counts && video.bit_rate_bps == 0)
         RefuseArgument("The profile has no video bit rate: give -v_bitrate or a profile code");
-    PlanSize(source, profile, plan);
+    PlanSize(source, info, profile, plan);
     PlanPixels(source, plan);
     PlanFields(source, profile, plan);
     plan.rate_ceiling = video.frame_rate;
+    if (IsTooFast(source, camera))
+        plan.rate_ceiling = std::min(plan.rate_ceiling, source.CaptureRate());
     plan.deinterlace = source.Optimization() == kDeinterlace;
     plan.telecine = PatternOf(source.Optimization());
-    Ratio source_rate = PictureOf(source).frame_rate;
+    Ratio source_rate = info.frame_rate;
     if (plan.telecine) source_rate = {source_rate.numerator * 4, source_rate.denominator * 5};
     plan.expected_rate = ExpectedRate(video.frame_rate, source_rate);
     plan.bit_rate_bps = video.bit_rate_bps;

@@ -1,6 +1,7 @@
 // The plans of the single streams: what a source and an audience say about them.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,7 +20,11 @@ AudioPlan PlanAudio(const AudioSource& source, const ProfileState& profile);
 FoldDown PlanFoldDown(
     const std::vector<std::pair<std::string, platform::AttributeValue>>& attributes);
 
+/// What a camera had best give for the profile's picture: what is clipped comes in addition.
+CameraWish PlanCameraWish(const VideoSource& source, const ProfileState& profile);
+
 /// The stream without its input. Throws Error (invalid argument, not implemented).
+/// @param camera  how the source gives its pictures when it is a camera
 ///
 /// Size: 0 x 0 is that of what clipping leaves of the source, pixels keeping their shape; of one 0,
 /// that side follows from the other and the shape of the picture that is left; an encoder that
@@ -27,6 +32,6 @@ FoldDown PlanFoldDown(
 /// profile's pixels may be otherwise: then they have the shape that shows the whole picture
 /// undistorted. Of a screen that the desktop has not handed out yet, the size stays 0 x 0.
 VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
-                    std::int32_t performance);
+                    std::int32_t performance, const std::optional<CameraFormat>& camera);
 
 }  // namespace engine

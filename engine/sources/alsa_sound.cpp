@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>

@@ -1,10 +1,9 @@
 #include "engine/sources/open_live.h"
 
-#include <fmt/format.h>
-
 #include "engine/sources/alsa_sound.h"
 #include "engine/sources/portal_screen.h"
 #include "engine/sources/pulse_sound.h"
+#include "engine/sources/v4l2_camera.h"
 #include "engine/sources/x11_screen.h"
 #include "platform/error.h"
 
@@ -20,10 +19,9 @@ std::unique_ptr<LiveSource> OpenLiveSource(const CapturePlan& plan, FramePool& f
         case DeviceKind::AlsaCapture:
             return OpenAlsaSound(plan.id, frames);
         case DeviceKind::Camera:
-            break;
+            return OpenV4l2Camera(plan.id, plan.name, plan.camera, frames);
     }
-    throw platform::Error(platform::kNotImplemented,
-                          fmt::format("{} cannot be recorded yet", plan.name));
+    throw platform::Error(platform::kNotImplemented, plan.name + " cannot be recorded");
 }
 
 }  // namespace engine

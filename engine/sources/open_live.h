@@ -8,8 +8,7 @@
 
 namespace engine {
 
-/// The pool must outlive the source. Throws platform::Error that names the device, also for a kind
-/// of device that cannot be recorded yet.
+/// The pool must outlive the source. Throws platform::Error that names the device.
 std::unique_ptr<LiveSource> OpenLiveSource(const CapturePlan& plan, FramePool& frames);
 
 }  // namespace engine

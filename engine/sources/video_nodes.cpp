@@ -10,6 +10,7 @@
 #include <charconv>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,13 +21,15 @@ namespace {
 class NodeDescriptor {
   public:
     explicit NodeDescriptor(const std::string& path)
-        : number_(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC)) {}
+        : number_(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC)),
+          forbidden_(number_ < 0 && (errno == EACCES || errno == EPERM)) {}
     ~NodeDescriptor() {
         if (number_ >= 0) close(number_);
     }
     NodeDescriptor(const NodeDescriptor&) = delete;
     NodeDescriptor& operator=(const NodeDescriptor&) = delete;
 
+    bool IsForbidden() const { return forbidden_; }
     bool Query(v4l2_capability& answer) const {
         if (number_ < 0) return false;
         int result = -1;
@@ -38,7 +41,23 @@ class NodeDescriptor {
 
   private:
     int number_;
+    bool forbidden_;
 };
+
+std::string FirstLine(const std::string& path) {
+    std::string line;
+    std::ifstream file(path);
+    std::getline(file, line);
+    return line;
+}
+
+// A node that this user may not open. The kernel tells everybody what it is called, and the first
+// node of a camera is the one with the pictures.
+std::optional<VideoNode> ForbiddenNode(const std::string& path, int number) {
+    const std::string facts = "/sys/class/video4linux/video" + std::to_string(number);
+    if (FirstLine(facts + "/index") != "0") return std::nullopt;
+    return VideoNode{path, FirstLine(facts + "/name"), V4L2_CAP_VIDEO_CAPTURE, 0};
+}
 
 // "video12" -> 12.
 std::optional<int> NodeNumber(std::string_view file_name) {
@@ -68,8 +87,11 @@ std::vector<VideoNode> VideoNodes() {
     std::vector<VideoNode> nodes;
     for (const int number : NodeNumbers()) {
         const std::string path = "/dev/video" + std::to_string(number);
+        const NodeDescriptor node(path);
+        if (node.IsForbidden())
+            if (const auto forbidden = ForbiddenNode(path, number)) nodes.push_back(*forbidden);
         v4l2_capability answer{};
-        if (!NodeDescriptor(path).Query(answer)) continue;
+        if (!node.Query(answer)) continue;
         const auto* card = reinterpret_cast<const char*>(answer.card);
         nodes.push_back({path, std::string(card, strnlen(card, sizeof answer.card)),
                          answer.capabilities, answer.device_caps});

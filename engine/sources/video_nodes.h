@@ -7,7 +7,8 @@
 
 namespace engine {
 
-/// By number. Nodes that cannot be opened (no permission, unplugged meanwhile) are passed over.
+/// By number. A node that this user may not open is taken for a camera when it is the first of its
+/// device; others that cannot be opened (unplugged meanwhile) are passed over.
 std::vector<VideoNode> VideoNodes();
 
 }  // namespace engine

@@ -103,6 +103,11 @@ struct FakeEngine {
                     auto share = std::make_unique<FakeShare>();
                     shares.push_back(share.get());
                     return share;
+                },
+                [this](const engine::Device& camera, const engine::CameraWish& wish) {
+                    cameras.push_back(camera.id);
+                    camera_wishes.push_back(wish);
+                    return camera_format;
                 }};
     }
     /// A microphone, a camera and a screen.
@@ -112,6 +117,9 @@ struct FakeEngine {
         {engine::DeviceKind::Screen, "x11", "Screen", false, false},
         {engine::DeviceKind::Screen, "x11:monitor:HDMI-1", "Screen, monitor HDMI-1", false, false}};
     int device_questions = 0;
+    engine::CameraFormat camera_format = {0, 640, 480, {1001, 30000}};
+    std::vector<std::string> cameras;  // asked for their format
+    std::vector<engine::CameraWish> camera_wishes;
     engine::ScreenAccess screen_access = engine::ScreenAccess::X11;
     std::string screen_choice;
     std::vector<FakeShare*> shares;

@@ -591,12 +591,10 @@ TEST(Plan, CapturesThatCannotBeHadAreRefusedAsInputs) {
         const char* choice = "";
     };
     constexpr std::uint32_t kMissing = platform::kFileNotFound;
-    constexpr std::uint32_t kUnbuilt = platform::kNotImplemented;
     constexpr ScreenAccess kX11 = ScreenAccess::X11;
     // clang-format off
     const Case cases[] = {
         {"no such device", SourceType::Audio, "Webcam", "device", kX11, kMissing, {"audio", "Webcam", "-devices"}},
-        {"a camera", SourceType::Video, "Webcam", "device", kX11, kUnbuilt, {"camera Webcam", "cannot be recorded yet"}},
         {"no display", SourceType::Video, "screencap1", "screencap", ScreenAccess::None, kMissing, {"no screen", "DISPLAY"}},
         {"a monitor that the desktop asks for", SourceType::Video, "screencap1", "screencap", ScreenAccess::Portal, platform::kInvalidArgument, {"monitor 1", "leave TESSIVO_SCREEN out"}, "monitor:1"},
         {"a window that it asks for", SourceType::Video, "window:Editor", "screencap", ScreenAccess::Portal, platform::kInvalidArgument, {"Editor", "leave"}},
@@ -667,6 +665,47 @@ TEST(Plan, AScreenHasItsSizeAndTheLowerOfBothRates) {
         EXPECT_EQ(plan.video->width, 1366);
         EXPECT_EQ(plan.video->height, 769);
         EXPECT_EQ(session.Video().CaptureArea(), "the screen");
+    }
+}
+
+TEST(Plan, ACameraIsAskedForWhatIsEncoded) {
+    struct Case {
+        const char* why;
+        std::int32_t width, height;  // of the profile
+        std::int32_t margin;         // on the left
+        std::int32_t capture_rate;
+        CameraWish wish;
+        std::int32_t coded_width, coded_height, rate, ceiling;
+    };
+    // clang-format off
+    const Case cases[] = {
+        // why                              size      margin rate    wish               coded     rate    ceiling
+        {"the profile's size",              320, 240, 0,  30'000, {320, 240, 30'000}, 320, 240, 29'970, 100'000},
+        {"what is clipped comes on top",    320, 240, 16, 30'000, {336, 240, 30'000}, 320, 240, 29'970, 100'000},
+        {"the other side follows",          320, 0,   0,  30'000, {320, 0, 30'000},   320, 240, 29'970, 100'000},
+        {"the camera's size",               0,   0,   40, 30'000, {0, 0, 30'000},     600, 480, 29'970, 100'000},
+        {"of too fast a camera not all",    320, 240, 0,  15'000, {320, 240, 15'000}, 320, 240, 15'000, 15'000},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        Session session;
+        session.profile.SetContentType(platform::kContentVideo);
+        session.group->AddSource(SourceType::Video)->SetInput("Webcam", "device");
+        session.Video().SetCaptureRate(c.capture_rate);
+        session.Video().SetCroppingLeftMargin(c.margin);
+        session.Audience().SetVideoWidth(0, c.width);
+        session.Audience().SetVideoHeight(0, c.height);
+        const EncodePlan plan = session.Plan();
+        EXPECT_EQ(session.engine.cameras, std::vector<std::string>{"/dev/video0"});
+        EXPECT_EQ(session.engine.camera_wishes, std::vector{c.wish});
+        ASSERT_TRUE(plan.video->input.capture);
+        EXPECT_EQ(plan.video->input.capture->kind, DeviceKind::Camera);
+        EXPECT_EQ(plan.video->input.capture->camera, session.engine.camera_format);
+        EXPECT_EQ(plan.video->width, c.coded_width);
+        EXPECT_EQ(plan.video->height, c.coded_height);
+        EXPECT_EQ(plan.video->expected_rate, c.rate);
+        EXPECT_EQ(plan.video->rate_ceiling, c.ceiling);
     }
 }
 
