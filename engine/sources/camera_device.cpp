@@ -28,6 +28,9 @@ constexpr const char* kUnplugged =
     "it is not connected any more; connect it, or choose another of the list of devices";
 constexpr const char* kForbidden =
     "this user may not use it; add the user to the group \"video\" and log in anew";
+constexpr const char* kCrowded =
+    "its USB connection has too little room for its pictures; connect it elsewhere, or take other "
+    "cameras off";
 
 // clang-format off
 constexpr CauseRow kCauses[] = {
@@ -37,7 +40,7 @@ constexpr CauseRow kCauses[] = {
     {ENODEV, platform::kDeviceNotConnected, kUnplugged},
     {ENOENT, platform::kDeviceNotConnected, kUnplugged},
     {ENXIO,  platform::kDeviceNotConnected, kUnplugged},
-    {ENOSPC, platform::kBusy,               "its USB connection has too little room for its pictures; connect it elsewhere, or take other cameras off"},
+    {ENOSPC, platform::kBusy,               kCrowded},
 };
 // clang-format on
 
