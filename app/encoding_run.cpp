@@ -77,6 +77,7 @@ void EncodingRun::ReleaseEncoder() {
         StopEncoder(*encoder);
         window_.SetMousePointer(platform::MousePointer::Default);
         window_.Timer1().SetEnabled(false);
+        if (on_state_) on_state_(platform::EncoderState::Stopped);
     }
     // Also when it has stopped: it may be the one whose event is being handled.
     g_arrFinishing.push_back(encoder);
@@ -98,9 +99,25 @@ bool EncodingRun::IsFinishingOthers() const {
 
 void EncodingRun::Stop() { StopEncoder(*session_.g_objEncoder); }
 
+void EncodingRun::PauseOrResume() {
+    if (!g_bRunning) return;
+    platform::WMEncoder& encoder = *session_.g_objEncoder;
+    Try([&] {
+        if (encoder.RunState() == platform::EncoderState::Paused)
+            encoder.Start();
+        else
+            encoder.Pause();
+    });
+}
+
 void EncodingRun::StopEncoder(platform::WMEncoder& encoder) {
+    Try([&] { encoder.Stop(); });
+}
+
+template <typename Action>
+void EncodingRun::Try(Action&& action) {
     platform::ErrorTrap trap;
-    trap([&] { encoder.Stop(); });
+    trap(action);
     if (trap.HasError())
         pane_.OutputInfo(session::ErrorLine(trap.UnsignedNumber(), trap.Description()));
 }
@@ -151,12 +168,14 @@ TranscodeResult EncodingRun::Transcode() {
 
 void EncodingRun::g_objEncoder_OnStateChange(platform::EncoderState state) {
     ++g_nEventDepth;
+    const std::uint64_t session = g_nSession;
     if (state == platform::EncoderState::Running)
         OnRunning();
     else if (state == platform::EncoderState::Paused)
         window_.lblStatus().SetCaption("  Paused...");
     else if (state == platform::EncoderState::Stopped)
         OnStopped();
+    if (session == g_nSession && on_state_) on_state_(state);
     --g_nEventDepth;
 }
 

@@ -50,6 +50,10 @@ class EncodingRun {
     /// Stops the session's encoder, which must be there. A failure has its line.
     void Stop();
 
+    /// Pauses the session's encoder, or lets it go on; nothing where none runs. A failure has its
+    /// line.
+    void PauseOrResume();
+
     /// Lets go of encoders that have finished their files.
     void Purge();
 
@@ -62,6 +66,11 @@ class EncodingRun {
     void ForgetFailure() { g_bFailed = false; }
     /// Called when the session's encoder has stopped, its lines written.
     void OnEnd(std::function<void(const RunEnd&)> handler) { on_end_ = std::move(handler); }
+    /// Called when the session's encoder is in another state, after all else that this leads to;
+    /// with Stopped also when the session lets go of one that still runs.
+    void OnState(std::function<void(platform::EncoderState)> handler) {
+        on_state_ = std::move(handler);
+    }
     /// Counts the sessions, so that one who waits can tell its own from the next.
     std::uint64_t SessionNumber() const { return g_nSession; }
 
@@ -75,6 +84,8 @@ class EncodingRun {
     RunEnd HowItEnded() const;
     void ReleaseEncoder();
     void StopEncoder(platform::WMEncoder& encoder);
+    template <typename Action>
+    void Try(Action&& action);
 
     platform::FormWindow& window_;
     platform::Factory& factory_;
@@ -93,6 +104,7 @@ class EncodingRun {
     std::int32_t g_encodeError = 0;
     std::string g_strEncodeError;  // its description
     std::function<void(const RunEnd&)> on_end_;
+    std::function<void(platform::EncoderState)> on_state_;
     WallTime g_dtStart;
     WallTime g_dtEnd;
     bool g_bRunning = false;

@@ -37,7 +37,11 @@ frmMain::frmMain(platform::FormWindow& window, platform::Factory& factory, WallC
       readers_(pane_),
       parser_(settings_, readers_, pane_, actions_, session_) {
     pane_.OnLine([this](const std::string& line) { run_log_.NoteLine(line); });
-    run_.OnEnd([this](const RunEnd& end) { run_log_.EndRun(end); });
+    run_.OnState([this](platform::EncoderState state) { run_log_.TellState(state); });
+    run_.OnEnd([this](const RunEnd& end) {
+        run_log_.EndRun(end);
+        if (!folder_run_.IsWalking()) run_log_.EndCommand(ExitStatus());
+    });
     folder_run_.OnFile([this] {
         run_log_.EndFile();
         run_log_.BeginFile();
@@ -114,6 +118,8 @@ void frmMain::cmdStop_Click() {
     window_.lblStatus().SetCaption("Stopped by user.");
 }
 
+void frmMain::PauseOrResume() { run_.PauseOrResume(); }
+
 void frmMain::txtCmd_KeyPress(std::int16_t key) {
     if (key == platform::kEnterKey) cmdGo_Click();
 }
@@ -187,7 +193,9 @@ void frmMain::RunWords(const std::vector<std::string>& words) {
         pane_.OutputInfo(session::ErrorLine(error.unsigned_number(), error.description()));
     }
     // A command that was given meanwhile has its own status.
-    if (command == g_nCommands) g_nExitStatus = status;
+    if (command != g_nCommands) return;
+    g_nExitStatus = status;
+    if (run_log_.IsOfFolder()) run_log_.EndCommand(status);
 }
 
 int frmMain::RunSession(const std::vector<std::string>& words) {

@@ -44,6 +44,7 @@ class frmMain final : public platform::FormEvents {
     void RunCommand(const std::vector<std::string>& words) override;
     void RunListing(const std::vector<std::string>& words) override;
     bool NewSession() override;
+    void PauseOrResume() override;
     bool IsBusy() const override;
     int ExitStatus() const override;
     platform::RunProgress Progress() const override;

@@ -123,6 +123,7 @@ bool Progress::IsCapture() const {
 }
 
 void Progress::CountCaptureSecond() {
+    if (session_.g_objEncoder->RunState() == platform::EncoderState::Paused) return;
     ++g_nCaptureSeconds;
     const bool until_stopped = settings_.duration < 0;  // no -duration was given
     if (until_stopped || g_nCaptureSeconds < settings_.duration) return;

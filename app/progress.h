@@ -21,8 +21,8 @@ class Progress {
     void setupProgressBar();
 
     /// One second of a run: labels, bar and pass from the statistics, and the end of a screen or
-    /// device capture whose -duration has passed. Ends quietly without an encoder and when the
-    /// encoder fails to answer.
+    /// device capture whose -duration has passed; seconds while it is paused do not count. Ends
+    /// quietly without an encoder and when the encoder fails to answer.
     void Tick();
 
     /// Labels, bar and passes as before the first run.

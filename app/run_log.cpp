@@ -135,6 +135,14 @@ void RunLog::EndFile() {
     if (listener_ != nullptr) listener_->OnFileEnd(command_.last);
 }
 
+void RunLog::TellState(platform::EncoderState state) const {
+    if (listener_ != nullptr) listener_->OnStateChange(state);
+}
+
+void RunLog::EndCommand(int exit_status) const {
+    if (listener_ != nullptr) listener_->OnCommandEnd(Report(exit_status));
+}
+
 platform::CommandReport RunLog::Report(int exit_status) const {
     platform::CommandReport report = command_;
     platform::FileReport& last = report.last;

@@ -42,8 +42,14 @@ class RunLog {
     // A folder's files, one after the other. Their ends are told to the listener; a file without a
     // run of its own was passed over or refused, and its last line says why.
     void BeginFolder() { command_.is_folder = true; }
+    bool IsOfFolder() const { return command_.is_folder; }
     void BeginFile();
     void EndFile();
+
+    // For the listener.
+    void TellState(platform::EncoderState state) const;
+    /// A command that encoded something is over.
+    void EndCommand(int exit_status) const;
 
     /// @param exit_status  as the form's
     platform::CommandReport Report(int exit_status) const;

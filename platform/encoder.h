@@ -406,8 +406,12 @@ class WMEncoder {
     /// again.
     virtual std::vector<std::string> TakeNotes() = 0;
     /// Returns at once; states and errors follow as events. Prepares first when that has not been
-    /// done, and then fails with prepare's error.
+    /// done, and then fails with prepare's error. A paused encoder goes on.
     virtual void Start() = 0;
+    /// Returns at once; Paused follows. Until Start nothing is taken in: a file waits, and of what
+    /// is recorded live that time is left out, so that the file has no gap. Pausing what does not
+    /// run, or is stopping, is no error and no event. Stop ends a paused encoder too.
+    virtual void Pause() = 0;
     /// Graceful: all that was taken in is encoded and written, the file is finished, then Stopped
     /// arrives. Returns at once. Stopping what does not run is no error and no event.
     virtual void Stop() = 0;

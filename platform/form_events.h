@@ -30,6 +30,8 @@ class FormEvents {
     /// Every setting back to not given, as in a window that has just been opened. False, and
     /// nothing is changed, while the form is busy.
     virtual bool NewSession() { return false; }
+    /// Pauses the session's encoder, or lets it go on; nothing where none runs. Its state follows.
+    virtual void PauseOrResume() {}
     /// Whether an encoder runs or a folder is being walked.
     virtual bool IsBusy() const = 0;
     /// How the last command ended: 0 done, listed or shown; 1 refused while parsing or setting up;

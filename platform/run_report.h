@@ -67,6 +67,11 @@ class RunListener {
     virtual ~RunListener() = default;
     /// A file of a folder has come to its end.
     virtual void OnFileEnd(const FileReport& report) = 0;
+    /// The session's encoder is in a new state, which the form has shown already. Stopped also when
+    /// the session lets go of an encoder that still runs.
+    virtual void OnStateChange(EncoderState /*state*/) {}
+    /// A command that encoded something has come to its end, a folder with all its files.
+    virtual void OnCommandEnd(const CommandReport& /*report*/) {}
 };
 
 }  // namespace platform

@@ -14,6 +14,8 @@ class PipelineRun : public SessionRun {
 
     void Start() override { run_.Start(); }
     void Stop() override { run_.Stop(); }
+    void Pause() override { run_.Pause(); }
+    void Resume() override { run_.Resume(); }
     platform::Currency EncodingTime() const override { return run_.EncodingTime(); }
     platform::OutputStats AudioStats() const override { return run_.AudioStats(); }
     platform::OutputStats VideoStats() const override { return run_.VideoStats(); }

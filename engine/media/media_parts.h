@@ -18,6 +18,8 @@ class SessionRun {
     virtual ~SessionRun() = default;
     virtual void Start() = 0;
     virtual void Stop() = 0;
+    virtual void Pause() = 0;
+    virtual void Resume() = 0;
     virtual platform::Currency EncodingTime() const = 0;
     virtual platform::OutputStats AudioStats() const = 0;
     virtual platform::OutputStats VideoStats() const = 0;

@@ -82,6 +82,7 @@ platform::EncoderState Encoder::RunState() const {
 }
 
 void Encoder::Start() {
+    if (control_->Resume()) return;
     PrepareToEncode(false);
     if (!std::exchange(is_made_, false)) {
         EncodePlan plan = std::move(*prepared_);

@@ -50,9 +50,10 @@ class Encoder : public platform::WMEncoder {
     void PrepareToEncode(bool force) override;
     std::vector<std::string> TakeNotes() override { return std::exchange(notes_, {}); }
     /// Uses up what was prepared: the start after a run prepares anew. Throws Error (busy) while a
-    /// run goes on, and what opening inputs, encoders and the output throws.
+    /// run goes on that is not paused, and what opening inputs, encoders and the output throws.
     void Start() override;
     void Stop() override;
+    void Pause() override { control_->Pause(); }
     platform::EncoderState RunState() const override;
     void SetEvents(platform::WMEncoderEvents* events) override { control_->SetEvents(events); }
 

@@ -35,6 +35,7 @@ void RunControl::Make(const EngineParts& parts, EncodePlan plan) {
 
 void RunControl::Start() {
     state_ = EncoderState::Starting;
+    paused_ = false;
     try {
         run_->Start();
     } catch (const platform::Error&) {
@@ -47,6 +48,20 @@ void RunControl::Start() {
 
 void RunControl::Stop() {
     if (IsRunning()) run_->Stop();
+    paused_ = false;
+}
+
+void RunControl::Pause() {
+    if (!IsRunning() || paused_) return;
+    run_->Pause();
+    paused_ = true;
+}
+
+bool RunControl::Resume() {
+    if (!IsRunning()) return false;
+    if (!std::exchange(paused_, false)) return state_ == EncoderState::Paused;  // on its way
+    run_->Resume();
+    return true;
 }
 
 void RunControl::Close() {

@@ -27,7 +27,10 @@ class RunControl : public std::enable_shared_from_this<RunControl> {
     void Forget() { run_.reset(); }
     /// Starts the run that was made last. Throws what starting it throws; then it is forgotten.
     void Start();
-    void Stop();  // graceful, returns at once; harmless when nothing runs
+    void Stop();   // graceful, returns at once; harmless when nothing runs
+    void Pause();  // harmless when nothing runs
+    /// False when the run is not paused.
+    bool Resume();
     /// No event comes any more; a run is stopped gracefully and waited for.
     void Close();
 
@@ -47,6 +50,7 @@ class RunControl : public std::enable_shared_from_this<RunControl> {
     platform::WMEncoderEvents* events_ = nullptr;
     std::unique_ptr<SessionRun> run_;
     platform::EncoderState state_ = platform::EncoderState::Stopped;
+    bool paused_ = false;  // asked for; the state follows
     bool has_audio_ = false;
     bool has_video_ = false;
     int run_number_ = 0;  // events of an abandoned run are dropped by it

@@ -29,8 +29,24 @@ CaptureQueues::CaptureQueues(bool has_audio, bool has_video) {
 
 bool CaptureQueues::Push(MediaKind kind, FrameHandle frame) {
     const std::lock_guard lock(mutex_);
+    if (Of(kind).cancelled) return false;
+    if (LeaveOutPauses(kind, *frame))
+        Add(kind, std::move(frame));
+    else if (kind == MediaKind::Video)
+        seen_in_pause_ = std::move(frame);
+    return true;
+}
+
+// The frame's time becomes recorded time. False when nothing of it is recorded.
+bool CaptureQueues::LeaveOutPauses(MediaKind kind, AVFrame& frame) const {
+    if (kind == MediaKind::Audio) return pauses_.CutSound(frame);
+    const Ticks seen{frame.pts};
+    frame.pts = pauses_.Recorded(seen).count;
+    return !pauses_.Covers(seen);
+}
+
+void CaptureQueues::Add(MediaKind kind, FrameHandle frame) {
     Lane& lane = Of(kind);
-    if (lane.cancelled) return false;
     const Ticks time{frame->pts};
     if (!lane.first) lane.first = time;
     lane.bytes += BytesOf(*frame);
@@ -38,7 +54,24 @@ bool CaptureQueues::Push(MediaKind kind, FrameHandle frame) {
     if (kind == MediaKind::Video) MakeRoom(lane);
     BeginIfKnown(time);
     changed_.notify_all();
-    return true;
+}
+
+void CaptureQueues::Pause(Ticks now) {
+    const std::lock_guard lock(mutex_);
+    seen_in_pause_.reset();
+    pauses_.Begin(now);
+}
+
+void CaptureQueues::Resume(Ticks now) {
+    const std::lock_guard lock(mutex_);
+    pauses_.End(now);
+    if (seen_in_pause_ && !Of(MediaKind::Video).cancelled)
+        Add(MediaKind::Video, std::move(seen_in_pause_));
+}
+
+bool CaptureQueues::IsPaused() const {
+    const std::lock_guard lock(mutex_);
+    return pauses_.IsOpen();
 }
 
 FrameHandle CaptureQueues::TakeFront(Lane& lane) {
@@ -98,6 +131,11 @@ void CaptureQueues::Cancel(MediaKind kind) {
 std::optional<Ticks> CaptureQueues::Start() const {
     const std::lock_guard lock(mutex_);
     return start_;
+}
+
+Ticks CaptureQueues::Recorded(Ticks time) const {
+    const std::lock_guard lock(mutex_);
+    return pauses_.Recorded(time);
 }
 
 std::int64_t CaptureQueues::TakeDropped() {

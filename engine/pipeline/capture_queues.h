@@ -11,6 +11,7 @@
 
 #include "engine/outputs/packet_sink.h"
 #include "engine/pipeline/av_ptr.h"
+#include "engine/pipeline/pauses.h"
 #include "engine/ticks.h"
 
 namespace engine {
@@ -22,6 +23,10 @@ namespace engine {
 /// server that takes a second to wake costs none of it. Sound is kept however late its taker is. Of
 /// pictures, the oldest one that waits gives way: what is on the screen last is then always
 /// recorded, also when nothing changes any more for a long time.
+///
+/// What is captured during a pause is left out: the session's time stands still, and sound is cut
+/// to the sample. The last picture of a pause is what the screen shows when it ends, and goes on
+/// there.
 class CaptureQueues {
   public:
     CaptureQueues(bool has_audio, bool has_video);
@@ -34,8 +39,14 @@ class CaptureQueues {
     void Finish(MediaKind kind);  // by the capturing thread
     void Cancel(MediaKind kind);  // by the taker
 
-    /// On the capture clock; none before the session has begun. Any thread.
+    /// From now on, on the capture clock. Any thread, one call at a time.
+    void Pause(Ticks now);
+    void Resume(Ticks now);
+    bool IsPaused() const;  // any thread
+
+    /// In recorded time; none before the session has begun. Any thread.
     std::optional<Ticks> Start() const;
+    Ticks Recorded(Ticks time) const;  // any thread
     /// Pictures of the session that gave way since the last call. Any thread.
     std::int64_t TakeDropped();
 
@@ -49,6 +60,8 @@ class CaptureQueues {
     };
 
     Lane& Of(MediaKind kind) { return lanes_[kind == MediaKind::Audio ? 0 : 1]; }
+    bool LeaveOutPauses(MediaKind kind, AVFrame& frame) const;
+    void Add(MediaKind kind, FrameHandle frame);
     FrameHandle TakeFront(Lane& lane);
     void MakeRoom(Lane& lane);
     void BeginIfKnown(Ticks now);
@@ -56,6 +69,8 @@ class CaptureQueues {
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     std::array<Lane, 2> lanes_;
+    Pauses pauses_;
+    FrameHandle seen_in_pause_;  // last, its time being recorded time
     std::optional<Ticks> start_;
     std::int64_t dropped_ = 0;
 };

@@ -86,6 +86,14 @@ class EncodingRun::Impl {
     void Stop() {
         const std::lock_guard lock(mutex_);
         ++stops_asked_;
+        pause_asked_ = false;
+        changed_.notify_all();
+    }
+
+    void SetPaused(bool paused) {
+        const std::lock_guard lock(mutex_);
+        if (stops_asked_ > 0) return;
+        pause_asked_ = paused;
         changed_.notify_all();
     }
 
@@ -178,16 +186,26 @@ class EncodingRun::Impl {
         AnnounceStopping();
     }
 
-    // Until the pass has ended: hands stops to it and tells of them.
+    // Until the pass has ended: hands stops and pauses to it and tells of them.
     void Watch() {
+        bool paused = false;
         std::unique_lock lock(mutex_);
         for (;;) {
-            changed_.wait(lock, [&] { return pass_ended_ || stops_asked_ > stops_honoured_; });
+            changed_.wait(lock, [&] {
+                return pass_ended_ || stops_asked_ > stops_honoured_ || pause_asked_ != paused;
+            });
             if (stops_asked_ > stops_honoured_) {
                 ++stops_honoured_;
+                paused = false;
                 lock.unlock();
                 pass_->Stop();
                 AnnounceStopping();
+                lock.lock();
+            } else if (pause_asked_ != paused && !pass_ended_) {
+                paused = !paused;
+                lock.unlock();
+                pass_->SetPaused(paused);
+                Announce(paused ? EncoderState::Paused : EncoderState::Running);
                 lock.lock();
             } else {
                 return;  // a pass that has failed comes to its end by itself
@@ -241,6 +259,7 @@ class EncodingRun::Impl {
     std::mutex mutex_;
     std::condition_variable changed_;
     int stops_asked_ = 0;
+    bool pause_asked_ = false;
     bool pass_ended_ = false;
     std::optional<platform::Error> failure_;
     std::optional<platform::Error> loss_;  // of a live source
@@ -262,6 +281,8 @@ EncodingRun::~EncodingRun() = default;
 
 void EncodingRun::Start() { impl_->Start(); }
 void EncodingRun::Stop() { impl_->Stop(); }
+void EncodingRun::Pause() { impl_->SetPaused(true); }
+void EncodingRun::Resume() { impl_->SetPaused(false); }
 
 platform::Currency EncodingRun::EncodingTime() const { return impl_->Statistics().EncodingTime(); }
 platform::OutputStats EncodingRun::AudioStats() const {

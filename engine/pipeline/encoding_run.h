@@ -12,10 +12,10 @@
 namespace engine {
 
 /// Called from the run's own threads, one call at a time: Starting, Running, (EndPreprocess and
-/// Running again for a second pass), Stopping, Stopped. An error comes once the pass has come to
-/// its end and the file is closed, since it says what is left of it; before Stopping, unless the
-/// run was stopping already. A live source that fails ends the run as a stop does: the file is
-/// whole and has its name. Nothing is called after Stopped.
+/// Running again for a second pass), Stopping, Stopped; Paused and Running as asked. An error comes
+/// once the pass has come to its end and the file is closed, since it says what is left of it;
+/// before Stopping, unless the run was stopping already. A live source that fails ends the run as a
+/// stop does: the file is whole and has its name. Nothing is called after Stopped.
 struct RunCallbacks {
     std::function<void(platform::EncoderState)> on_state;
     std::function<void(std::int32_t number, const std::string& description)> on_error;
@@ -23,7 +23,7 @@ struct RunCallbacks {
 
 struct LiveParts;
 
-/// Any thread may ask for statistics and stop; the rest belongs to one thread.
+/// Any thread may ask for statistics, stop, pause and resume; the rest belongs to one thread.
 class EncodingRun {
   public:
     /// Opens inputs, encoders and the output. Throws platform::Error; then nothing is left behind.
@@ -39,6 +39,10 @@ class EncodingRun {
     /// Stopped in the first of two passes, the second still goes over what the first has read (a
     /// file without content would help nobody); a stop during the second ends that one too.
     void Stop();
+    /// Until Resume or Stop nothing is taken in: a file waits, and what a device gives is left out
+    /// of the session, whose time stands still. Both return at once; the state says when it is so.
+    void Pause();
+    void Resume();
 
     platform::Currency EncodingTime() const;
     platform::OutputStats AudioStats() const;

@@ -145,9 +145,19 @@ void Pass::Stop() {
     std::int64_t running = 0;
     if (captured_) stopped_at_.compare_exchange_strong(running, live_.now().count);
     stop_ = true;
+    gate_.OpenForGood();
     for (const std::unique_ptr<Input>& input : inputs_) input->reader->Stop();
     for (const std::optional<Chain>* chain : {&audio_, &video_})
         if (*chain && (*chain)->device) (*chain)->device->Wake();
+}
+
+void Pass::SetPaused(bool paused) {
+    if (!captured_)
+        gate_.SetClosed(paused);
+    else if (paused)
+        captured_->Pause(live_.now());
+    else
+        captured_->Resume(live_.now());
 }
 
 void Pass::Join() {
@@ -164,7 +174,9 @@ void Pass::Capture(Chain& chain) {
         while (chain.device->Read(frame)) {
             if (!captured_->Push(chain.kind, std::move(frame))) return;
             if (chain.kind != MediaKind::Video) continue;
-            statistics_.Missed(&platform::DropCounts::capture_late, chain.device->TakeMissed());
+            const std::int64_t missed = chain.device->TakeMissed();
+            if (!captured_->IsPaused())
+                statistics_.Missed(&platform::DropCounts::capture_late, missed);
             statistics_.Missed(&platform::DropCounts::encoder_late, captured_->TakeDropped());
         }
     } catch (const platform::Error& error) {
@@ -203,11 +215,12 @@ void Pass::TakeNoMore(Chain& chain) {
 Ticks Pass::LiveEnd() const {
     const std::optional<Ticks> start = captured_ ? captured_->Start() : std::nullopt;
     if (!start || !stop_) return {};
-    return Ticks{stopped_at_} - *start - plan_.video->input.mark_in;
+    return captured_->Recorded(Ticks{stopped_at_}) - *start - plan_.video->input.mark_in;
 }
 
 PacketTaker Pass::HandOver(MediaKind kind) {
     return [this, kind](CodedPacket packet) {
+        gate_.Wait();
         yielded_ = true;
         return interleaver_->Push(kind, std::move(packet));
     };

@@ -18,6 +18,7 @@
 #include "engine/pipeline/capture_queues.h"
 #include "engine/pipeline/interleaver.h"
 #include "engine/pipeline/live_parts.h"
+#include "engine/pipeline/pause_gate.h"
 #include "engine/pipeline/run_statistics.h"
 #include "engine/pipeline/sound_conditioner.h"
 #include "engine/pipeline/video_conditioner.h"
@@ -53,8 +54,11 @@ class Pass {
 
     /// Packets go to `sink` (which must have begun), or nowhere when it is null.
     void Start(PacketSink* sink);
-    /// What has been read still goes all the way. Any thread.
+    /// What has been read still goes all the way, also of one that is paused. Any thread.
     void Stop();
+    /// While it is so, a file is not read on and what devices give is left out. Any thread, one
+    /// call at a time.
+    void SetPaused(bool paused);
     void Join();
 
     /// After Join.
@@ -118,6 +122,7 @@ class Pass {
     BoundedQueue<FrameHandle> decoded_{kDecodedFrames};          // pictures of a file
     BoundedQueue<FrameHandle> conditioned_{kConditionedFrames};  // pictures
     std::unique_ptr<Interleaver> interleaver_;
+    PauseGate gate_;
     std::atomic<bool> stop_{false};
     std::atomic<std::int64_t> stopped_at_{0};  // on the capture clock
     std::atomic<bool> yielded_{false};

@@ -474,6 +474,7 @@ class FakeEncoder : public platform::WMEncoder {
         log->Call("Encoder.Stop");
         if (on_stop) on_stop(*this);
     }
+    void Pause() override { log->Call("Encoder.Pause"); }
     platform::EncoderState RunState() const override { return state; }
     void SetEvents(platform::WMEncoderEvents* listener) override { events = listener; }
 

@@ -239,6 +239,61 @@ TEST_F(MainWindowTest, StopEndsTheRunGracefullyAndMayComeTwice) {
     EXPECT_EQ(form.ExitStatus(), 0);
 }
 
+TEST_F(MainWindowTest, PausesTheRunAndLetsItGoOn) {
+    form.PauseOrResume();
+    Go(kCommand);
+    Encoder().Deliver(EncoderState::Running);
+    form.PauseOrResume();
+    EXPECT_EQ(factory.log->Count("Encoder.Pause"), 1);
+    Encoder().Deliver(EncoderState::Paused);
+    EXPECT_EQ(form.Progress().state, EncoderState::Paused);
+    EXPECT_TRUE(window.timer.enabled);
+    form.PauseOrResume();
+    EXPECT_EQ(Started(), 2);
+    factory.log->Fail("Encoder.Pause", platform::kUnspecified, "asked for");
+    form.PauseOrResume();
+    EXPECT_EQ(Pane().back(), "Error: 0x80004005 - asked for");
+    Encoder().Deliver(EncoderState::Paused);
+    form.cmdStop_Click();
+    Finish();
+    form.PauseOrResume();
+    EXPECT_EQ(Started(), 2) << "nothing runs any more";
+    EXPECT_EQ(PaneCount(kCompleted), 1);
+}
+
+/// Notes what a host hears of runs.
+class NotingListener : public platform::RunListener {
+  public:
+    void OnFileEnd(const platform::FileReport& /*report*/) override { heard.emplace_back("file"); }
+    void OnStateChange(EncoderState state) override {
+        heard.push_back("state " + std::to_string(static_cast<int>(state)));
+    }
+    void OnCommandEnd(const platform::CommandReport& report) override {
+        heard.push_back((report.is_folder ? "folder " : "end ") +
+                        std::to_string(static_cast<int>(report.last.end)));
+    }
+    std::vector<std::string> heard;
+};
+
+TEST_F(MainWindowTest, AHostHearsOfStatesAndOfTheEnd) {
+    NotingListener listener;
+    form.SetRunListener(&listener);
+    Go(kCommand);
+    Encoder().Deliver(EncoderState::Running);
+    Encoder().Deliver(EncoderState::Paused);
+    Go("-input a.avi -output out/b.wmv");
+    EXPECT_EQ(std::exchange(listener.heard, {}), (Lines{"state 2", "state 3", "state 5"}))
+        << "the first run is let go of";
+    Encoder().Deliver(EncoderState::Running);
+    form.cmdStop_Click();
+    Finish();
+    EXPECT_EQ(std::exchange(listener.heard, {}), (Lines{"state 2", "end 2", "state 5"}));
+    Go("-a_codecs -silent");
+    Go("-bogus command");
+    EXPECT_THAT(listener.heard, IsEmpty()) << "nothing was encoded";
+    form.SetRunListener(nullptr);
+}
+
 TEST_F(MainWindowTest, GoWhileAnEncoderRunsLetsItsFileFinish) {
     Go(kCommand);
     FakeEncoder& old = Encoder();
@@ -364,6 +419,16 @@ TEST_F(FolderTest, EachFileHasItsRunAndItsReport) {
     EXPECT_EQ(PaneCount("Overall:"), 3);
     EXPECT_FALSE(form.IsBusy());
     EXPECT_EQ(form.ExitStatus(), 0);
+}
+
+TEST_F(FolderTest, AHostHearsOfTheFoldersEndOnce) {
+    NotingListener listener;
+    form.SetRunListener(&listener);
+    steps = {finish, finish, finish};
+    Go(kFolder);
+    EXPECT_EQ(listener.heard,
+              (Lines{"state 5", "file", "state 5", "file", "state 5", "file", "folder 1"}));
+    form.SetRunListener(nullptr);
 }
 
 TEST_F(FolderTest, SilentLeavesTheReportsOut) {

@@ -186,6 +186,18 @@ TEST_F(ProgressTest, ScreenCaptureStopsAfterSoManyTicks) {
     }
 }
 
+TEST_F(ProgressTest, PausedSecondsAreNotCounted) {
+    settings.profile = "scrna";
+    settings.duration = 2;
+    for (const auto state : {platform::EncoderState::Running, platform::EncoderState::Paused,
+                             platform::EncoderState::Paused, platform::EncoderState::Running}) {
+        EXPECT_FALSE(factory.log->Has("Encoder.Stop"));
+        encoder->state = state;
+        progress.Tick();
+    }
+    EXPECT_TRUE(factory.log->Has("Encoder.Stop"));
+}
+
 TEST_F(ProgressTest, ATickThatGetsNoAnswerEndsQuietly) {
     settings.profile = "scrna";
     settings.duration = 1;

@@ -259,6 +259,30 @@ TEST_F(EncoderTest, AFailedStartLeavesNothingRunning) {
     EXPECT_TRUE(Run().destroyed);
 }
 
+TEST_F(EncoderTest, StartLetsAPausedRunGoOn) {
+    encoder->Pause();
+    EXPECT_TRUE(loop.tasks.empty()) << "nothing runs";
+    encoder->Start();
+    encoder->Pause();
+    encoder->Pause();
+    EXPECT_EQ(Run().pauses, 1);
+    Run().callbacks.on_state(EncoderState::Paused);
+    loop.RunAll();
+    EXPECT_EQ(ErrorOf([&] { encoder->PrepareToEncode(true); }).unsigned_number(), platform::kBusy);
+    encoder->Start();
+    encoder->Start();
+    EXPECT_EQ(Run().resumes, 1) << "the second comes before its state";
+    Run().callbacks.on_state(EncoderState::Running);
+    loop.RunAll();
+    EXPECT_EQ(ErrorOf([&] { encoder->Start(); }).unsigned_number(), platform::kBusy);
+    encoder->Pause();
+    encoder->Stop();
+    RunThrough();
+    loop.RunAll();
+    encoder->Start();
+    EXPECT_EQ(engine.runs.size(), 2U) << "what was paused is over";
+}
+
 TEST_F(EncoderTest, StopReachesOnlyARun) {
     encoder->Stop();
     EXPECT_TRUE(loop.tasks.empty());

@@ -30,7 +30,7 @@ struct FakeRun : engine::SessionRun {
     struct Record {
         engine::EncodePlan plan;
         engine::RunCallbacks callbacks;
-        int starts = 0, stops = 0;
+        int starts = 0, stops = 0, pauses = 0, resumes = 0;
         bool destroyed = false;
         platform::OutputStats audio;
         std::function<void()> on_start;  // may throw
@@ -42,6 +42,8 @@ struct FakeRun : engine::SessionRun {
         if (record->on_start) record->on_start();
     }
     void Stop() override { ++record->stops; }
+    void Pause() override { ++record->pauses; }
+    void Resume() override { ++record->resumes; }
     platform::Currency EncodingTime() const override { return platform::Currency::FromRaw(1234); }
     platform::OutputStats AudioStats() const override { return record->audio; }
     platform::OutputStats VideoStats() const override { return {}; }

@@ -1,0 +1,274 @@
+// Pauses: what a recording leaves out, and a file that waits.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <numeric>
+
+#include "engine/pipeline/pauses.h"
+#include "support/clips.h"
+#include "unit/engine/pipeline/fake_devices.h"
+#include "unit/engine/pipeline/session.h"
+
+namespace {
+
+using namespace engine;
+using fake_devices::Script;
+using platform::EncoderState;
+using States = std::vector<EncoderState>;
+
+struct CutCase {
+    const char* why;
+    std::vector<std::pair<int, int>> pauses;     // tenths of a millisecond
+    std::int64_t time;                           // of the first sample that is left, recorded
+    std::vector<std::pair<int, int>> kept = {};  // samples, the last not among them
+};
+
+// A hundred samples of a tenth of a millisecond each, heard from 1000 on.
+TEST(Pauses, CutSoundToTheSample) {
+    const CutCase cases[] = {
+        // why, pauses, time, kept
+        {"none", {}, 1000, {{0, 100}}},
+        {"one that is over", {{100, 400}}, 700, {{0, 100}}},
+        {"one that comes later", {{1100, 1200}}, 1000, {{0, 100}}},
+        {"the end of it", {{1040, 5000}}, 1000, {{0, 40}}},
+        {"the beginning of it", {{500, 1030}}, 500, {{30, 100}}},
+        {"the middle of it", {{1020, 1050}}, 1000, {{0, 20}, {50, 100}}},
+        {"twice", {{1010, 1020}, {1050, 1090}}, 1000, {{0, 10}, {20, 50}, {90, 100}}},
+        {"all of it", {{1000, 1100}}, 1000, {}},
+        {"between two", {{900, 1020}, {1080, 2000}}, 900, {{20, 80}}},
+    };
+    for (const CutCase& c : cases) {
+        SCOPED_TRACE(c.why);
+        constexpr int kUnit = Ticks::kPerSecond / 10'000;
+        Pauses pauses;
+        for (const auto& [from, to] : c.pauses) {
+            pauses.Begin(Ticks{from * kUnit});
+            EXPECT_TRUE(pauses.IsOpen());
+            pauses.End(Ticks{to * kUnit});
+        }
+        FramePool frames;
+        const FrameHandle frame = frames.Get();
+        fake_devices::FillSound(*frame, Ticks{1000 * kUnit}, 100,
+                                [](int i) { return static_cast<std::int16_t>(i); });
+        frame->sample_rate = 10'000;
+        std::vector<std::int16_t> expected;
+        for (const auto& [from, to] : c.kept)
+            for (int i = from; i < to; ++i) expected.push_back(static_cast<std::int16_t>(i));
+        ASSERT_EQ(pauses.CutSound(*frame), !expected.empty());
+        const auto* samples = reinterpret_cast<const std::int16_t*>(frame->data[0]);
+        EXPECT_EQ(std::vector<std::int16_t>(samples, samples + frame->nb_samples), expected);
+        EXPECT_TRUE(expected.empty() || frame->pts == c.time * kUnit) << frame->pts / kUnit;
+    }
+}
+
+// A run whose states can be waited for.
+class WatchedRun {
+  public:
+    explicit WatchedRun(const EncodePlan& plan, const LiveParts& live = {}) {
+        RunCallbacks callbacks;
+        callbacks.on_state = [this](EncoderState state) {
+            const std::lock_guard lock(mutex_);
+            states_.push_back(state);
+            changed_.notify_all();
+        };
+        callbacks.on_error = [](std::int32_t, const std::string& text) { ADD_FAILURE() << text; };
+        run_ = live.open ? std::make_unique<EncodingRun>(plan, std::move(callbacks), live)
+                         : std::make_unique<EncodingRun>(plan, std::move(callbacks));
+        run_->Start();
+    }
+    void Until(EncoderState state) {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [&] { return !states_.empty() && states_.back() == state; });
+    }
+    void Pause() {
+        run_->Pause();
+        Until(EncoderState::Paused);
+    }
+    void Resume() {
+        run_->Resume();
+        Until(EncoderState::Running);
+    }
+    void Stop() {
+        run_->Stop();
+        Until(EncoderState::Stopped);
+    }
+    void Destroy() { run_.reset(); }
+    EncodingRun& operator*() { return *run_; }
+    States Taken() {
+        const std::lock_guard lock(mutex_);
+        return states_;
+    }
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    States states_;
+    std::unique_ptr<EncodingRun> run_;
+};
+
+class Pausing : public testing::Test {
+  protected:
+    EncodePlan Recording() {
+        EncodePlan plan = session::Plan(folder_.Path("out.wmv"));
+        AudioPlan audio;
+        audio.input.capture = CapturePlan{DeviceKind::PulseSource, "mic", "Microphone", {}, 0};
+        audio.codec = &session::AudioCodec("wmav2");
+        audio.format = {64000, 44100, 2, 16};
+        plan.audio = audio;
+        VideoPlan video;
+        video.input.capture = CapturePlan{DeviceKind::Screen, "x11", "the screen", {}, 10'000};
+        video.codec = &session::VideoCodec("wmv2");
+        video.width = 320;
+        video.height = 240;
+        video.rate_ceiling = 100'000;
+        video.expected_rate = 10'000;
+        video.bit_rate_bps = 400'000;
+        video.buffer_ms = 3000;
+        video.encoder_threads = 1;
+        plan.video = video;
+        return plan;
+    }
+    LiveParts Parts() {
+        return {[this](const CapturePlan& plan, FramePool& frames) {
+                    const bool screen = plan.kind == DeviceKind::Screen;
+                    return std::make_unique<fake_devices::Device>(screen ? screen_ : microphone_,
+                                                                  frames);
+                },
+                [this] { return Ticks::FromMilliseconds(now_ms_); }};
+    }
+    /// What is captured up to `ms`, all of it taken; the clock then stands there. Sound comes in
+    /// tenths of a second, each once it is over.
+    void RecordTo(int ms) {
+        for (; heard_ms_ + 100 <= ms; heard_ms_ += 100)
+            microphone_->Sound(heard_ms_, Contains(clicks_, heard_ms_));
+        for (; seen_ms_ < ms; seen_ms_ += 200)
+            screen_->Picture(seen_ms_, Contains(bright_, seen_ms_) ? 255 : 0);
+        screen_->WaitUntilTaken();
+        microphone_->WaitUntilTaken();
+        now_ms_ = ms;
+    }
+    static bool Contains(const std::vector<int>& events, int ms) {
+        return std::find(events.begin(), events.end(), ms) != events.end();
+    }
+    std::string Film() {
+        return clips::Make(
+            "-f lavfi -i testsrc2=s=320x240:r=25 -f lavfi -i sine=440:r=44100 -t 20 -c:v mpeg4 "
+            "-q:v 5 -g 25 -c:a pcm_s16le",
+            folder_.Path("source.avi"));
+    }
+    EncodePlan OfFilm(const std::string& film, int passes) {
+        EncodePlan plan = session::Plan(folder_.Path("out.wmv"));
+        plan.audio = session::Audio(film);
+        plan.video = session::Video(film);
+        plan.passes = passes;
+        return plan;
+    }
+
+    clips::Folder folder_;
+    std::shared_ptr<Script> screen_ = std::make_shared<Script>();
+    std::shared_ptr<Script> microphone_ = std::make_shared<Script>();
+    int heard_ms_ = 1000;
+    int seen_ms_ = 1000;
+    std::vector<int> clicks_, bright_;  // when; milliseconds on the capture clock
+    std::atomic<std::int64_t> now_ms_ = 1000;
+};
+
+TEST_F(Pausing, LeavesNoGapAndKeepsPictureAndSoundTogether) {
+    clicks_ = {2000, 3500, 5200, 8600};
+    bright_ = {2000, 3800, 4000, 5200, 8600};
+    const EncodePlan plan = Recording();
+    WatchedRun run(plan, Parts());
+    RecordTo(2550);
+    run.Pause();
+    RecordTo(4050);
+    run.Resume();
+    RecordTo(6130);
+    run.Pause();
+    RecordTo(7980);
+    run.Resume();
+    RecordTo(9000);
+    run.Stop();
+
+    EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+    const clips::Contents contents = clips::Decode(plan.output_path);
+    // 2550 to 4050 and 6130 to 7980 are left out; the screen had turned bright in the first.
+    const std::vector<double> flashes = {1.0, 1.55, 2.7, 4.25};
+    const std::vector<double> clicks = {1.0, 2.7, 4.25};
+    const auto expect_near = [](const std::vector<double>& found,
+                                const std::vector<double>& expected) {
+        ASSERT_EQ(found.size(), expected.size());
+        for (std::size_t i = 0; i < found.size(); ++i) EXPECT_NEAR(found[i], expected[i], 0.02);
+    };
+    expect_near(clips::Flashes(contents), flashes);
+    expect_near(clips::Clicks(contents), clicks);
+    EXPECT_NEAR(contents.duration, 8 - 1.5 - 1.85, 0.05);
+    EXPECT_EQ(run.Taken(),
+              (States{EncoderState::Starting, EncoderState::Running, EncoderState::Paused,
+                      EncoderState::Running, EncoderState::Paused, EncoderState::Running,
+                      EncoderState::Stopping, EncoderState::Stopped}));
+}
+
+TEST_F(Pausing, ARecordingMayEndPaused) {
+    for (const bool stopped : {true, false}) {
+        SCOPED_TRACE(stopped);
+        screen_ = std::make_shared<Script>();
+        microphone_ = std::make_shared<Script>();
+        heard_ms_ = seen_ms_ = 1000;
+        const EncodePlan plan = Recording();
+        WatchedRun run(plan, Parts());
+        RecordTo(3000);
+        run.Pause();
+        RecordTo(5000);
+        if (stopped)
+            run.Stop();
+        else
+            run.Destroy();
+        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        EXPECT_NEAR(clips::Decode(plan.output_path).duration, 2, 0.05);
+        EXPECT_EQ(run.Taken().back(), EncoderState::Stopped);
+    }
+}
+
+TEST_F(Pausing, AFileWaitsAndGoesOn) {
+    const std::string film = Film();
+    for (const int passes : {1, 2}) {
+        SCOPED_TRACE(passes);
+        const EncodePlan plan = OfFilm(film, passes);
+        EncodePlan other = plan;
+        other.output_path = folder_.Path("other.wmv");
+        WatchedRun run(plan);
+        run.Pause();
+        session::Run(other);  // as long as this one would have taken
+        EXPECT_EQ(run.Taken().back(), EncoderState::Paused);
+        EXPECT_LT((*run).EncodingTime().Raw(), 20'000);
+        run.Resume();
+        run.Until(EncoderState::Stopped);
+        const clips::Contents contents = clips::Decode(plan.output_path);
+        const clips::Contents expected = clips::Decode(other.output_path);
+        EXPECT_EQ(contents.pictures.size(), expected.pictures.size());
+        EXPECT_EQ(contents.sound.size(), expected.sound.size());
+    }
+}
+
+TEST_F(Pausing, AFileMayEndPaused) {
+    const std::string film = Film();
+    for (const bool stopped : {true, false}) {
+        SCOPED_TRACE(stopped);
+        const EncodePlan plan = OfFilm(film, 1);
+        WatchedRun run(plan);
+        while ((*run).EncodingTime().Raw() < 1000) std::this_thread::yield();
+        run.Pause();
+        if (stopped)
+            run.Stop();
+        else
+            run.Destroy();
+        EXPECT_EQ(run.Taken().back(), EncoderState::Stopped);
+        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        EXPECT_GE(clips::Decode(plan.output_path).duration, 1);
+    }
+}
+
+}  // namespace
