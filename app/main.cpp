@@ -2,6 +2,7 @@
 #include "app/main_window.h"
 #include "engine/object_model/engine_factory.h"
 #include "engine/outputs/asf/repair.h"
+#include "engine/sources/screen_parts.h"
 #include "platform/host/qt_program.h"
 
 int main(int argc, char** argv) {
@@ -14,5 +15,5 @@ int main(int argc, char** argv) {
         [](FormWindow& window, Factory& factory) -> std::unique_ptr<FormEvents> {
             return std::make_unique<app::frmMain>(window, factory);
         },
-        engine::asf::Repair);
+        engine::asf::Repair, engine::FindScreenParts);
 }

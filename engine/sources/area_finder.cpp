@@ -5,9 +5,9 @@
 #include <cctype>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "engine/sources/titled_windows.h"
 #include "platform/error.h"
 
 namespace engine {
@@ -22,34 +22,6 @@ std::string Capitalised(std::string text) {
 
 [[noreturn]] void Refuse(const std::string& description) {
     throw platform::Error(platform::kInvalidArgument, description);
-}
-
-bool IsViewable(X11Display& display, xcb_window_t window) {
-    const auto reply = Own(xcb_get_window_attributes_reply(
-        display.get(), xcb_get_window_attributes(display.get(), window), nullptr));
-    return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE &&
-           reply->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT;
-}
-
-// Windows that people see the titles of: those with a title that stand in no other one with one.
-struct TitledWindow {
-    xcb_window_t window;
-    std::string title;
-};
-
-void AddTitled(X11Display& display, xcb_window_t parent, std::vector<TitledWindow>& found) {
-    const auto tree =
-        Own(xcb_query_tree_reply(display.get(), xcb_query_tree(display.get(), parent), nullptr));
-    if (!tree) return;  // closed in the meantime
-    const xcb_window_t* children = xcb_query_tree_children(tree.get());
-    for (int i = xcb_query_tree_children_length(tree.get()) - 1; i >= 0; --i) {  // foremost first
-        if (!IsViewable(display, children[i])) continue;
-        std::string title = display.Title(children[i]);
-        if (title.empty())
-            AddTitled(display, children[i], found);
-        else
-            found.push_back({children[i], std::move(title)});
-    }
 }
 
 }  // namespace
@@ -95,8 +67,7 @@ PixelBox AreaFinder::MonitorBox() const {
 }
 
 xcb_window_t AreaFinder::FindWindow() const {
-    std::vector<TitledWindow> windows;
-    AddTitled(display_, display_.root(), windows);
+    const std::vector<TitledWindow> windows = TitledWindows(display_);
     for (const TitledWindow& each : windows)
         if (each.title == area_.name) return each.window;
     for (const TitledWindow& each : windows)

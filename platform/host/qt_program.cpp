@@ -30,7 +30,8 @@ void ReportNoDisplay(QtMsgType type, const QMessageLogContext& /*context*/,
 }  // namespace
 
 int RunWindow(const std::vector<std::string>& words, const ProgramInfo& program,
-              EngineMakers makers, const FormMaker& make_form, FileRepair repair) {
+              EngineMakers makers, const FormMaker& make_form, FileRepair repair,
+              ScreenPartsFinder screen_parts) {
     OccupyStandardDescriptors();
     if (const auto answer = AnswerAboutProgram(program, words)) {
         return std::fputs(answer->c_str(), stdout) < 0 ? EXIT_FAILURE : EXIT_SUCCESS;
@@ -62,6 +63,7 @@ int RunWindow(const std::vector<std::string>& words, const ProgramInfo& program,
     const std::unique_ptr<FormEvents> form = make_form(window, factory);
     window.SetForm(*form);
     window.SetRepair(std::move(repair));
+    window.SetScreenParts(std::move(screen_parts));
     open_window = &window;
     window.show();
     form->Form_Load();

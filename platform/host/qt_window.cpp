@@ -38,10 +38,12 @@ QtWindow::QtWindow(std::string arguments)
     : arguments_(std::move(arguments)),
       settings_(QStringLiteral("tessivo"), QStringLiteral("tessivo")),
       recent_(settings_),
+      options_(settings_),
       command_caption_(this),
       command_(recent_, this),
       go_(this),
       stop_(this),
+      pause_(this),
       pane_(this),
       bar_(this),
       percent_(this),
@@ -53,11 +55,18 @@ QtWindow::QtWindow(std::string arguments)
       current_rate_(this),
       explanation_(this),
       menu_commands_(*this, loop_, command_, pane_),
+      desktop_(*this, watch_, options_, Commands(),
+               [this](const QString& line) { explanation_.SetWholeText(line); }),
       menu_bar_(menu_commands_, command_, recent_, this),
+      encoding_menu_(tr("&Encoding"), watch_, options_, desktop_, Commands(), &menu_bar_),
+      screen_menu_(
+          tr("Scree&n"), [this](const QString& line) { explanation_.SetWholeText(line); },
+          &menu_bar_),
       command_box_(command_),
       pane_box_(pane_),
       go_button_(go_),
       stop_button_(stop_),
+      pause_button_(pause_),
       bar_control_(bar_),
       percent_label_(percent_, tr("Progress"), true),
       status_label_(status_, tr("Status"), true),
@@ -84,11 +93,18 @@ QtWindow::QtWindow(std::string arguments)
     setAcceptDrops(true);
     pane_.setAcceptDrops(false);  // the window takes what is dropped on it
 
+    QAction* const help = menu_bar_.findChild<QMenu*>(QLatin1String("helpMenu"))->menuAction();
+    menu_bar_.insertMenu(help, &encoding_menu_);
+    menu_bar_.insertMenu(help, &screen_menu_);
+    watch_.OnPhase([this] { ShowPhase(); });
+    ShowPhase();
+
     LayOut();
     restoreGeometry(settings_.value(QLatin1String(kGeometryKey)).toByteArray());
     setTabOrder(&command_, &go_);
     setTabOrder(&go_, &stop_);
-    setTabOrder(&stop_, &pane_);
+    setTabOrder(&stop_, &pause_);
+    setTabOrder(&pause_, &pane_);
     command_.setFocus();
 
     idle_check_.setInterval(kIdleCheckInterval);
@@ -96,6 +112,22 @@ QtWindow::QtWindow(std::string arguments)
 }
 
 QtWindow::~QtWindow() = default;
+
+RunCommands QtWindow::Commands() {
+    return {[this] {
+                if (form_ != nullptr) form_->PauseOrResume();
+            },
+            [this] {
+                if (form_ != nullptr) form_->cmdStop_Click();
+            },
+            [this] { close(); }};
+}
+
+void QtWindow::ShowPhase() {
+    // Not R, which is the menu of recent commands.
+    pause_button_.SetCaption(watch_.phase() == RunPhase::Paused ? "Resu&me" : "&Pause");
+    pause_.setEnabled(watch_.CanPause());
+}
 
 void QtWindow::NameAndExplain() {
     struct Row {
@@ -110,6 +142,7 @@ void QtWindow::NameAndExplain() {
         {go_, "cmdGo", tr("Runs the command; a running encoding ends with its file whole")},
         {stop_, "cmdStop",
          tr("Ends the encoding; what was encoded so far is kept as a whole file")},
+        {pause_, "cmdPause", tr("Takes nothing in until it is pressed again; the file has no gap")},
         {pane_, "txtInfo", tr("Everything that commands have reported")},
         {bar_, "pb1", tr("How much of this pass is done")},
         {percent_, "lblprgs", tr("How much of this pass is done, in percent")},
@@ -135,6 +168,7 @@ void QtWindow::NameAndExplain() {
 }
 
 bool QtWindow::event(QEvent* event) {
+    if (event->type() == QEvent::Paint && !std::exchange(painted_, true)) painted_call_.Post();
     if (event->type() != QEvent::StatusTip) return QWidget::event(event);
     explanation_.SetWholeText(static_cast<QStatusTipEvent*>(event)->tip());
     return true;
@@ -160,6 +194,7 @@ void QtWindow::LayOut() {
     command_row_.addWidget(&command_, 1);
     command_row_.addWidget(&go_);
     command_row_.addWidget(&stop_);
+    command_row_.addWidget(&pause_);
 
     percent_.setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     percent_.setMinimumWidth(percent_.fontMetrics().horizontalAdvance(QStringLiteral("100%")));
@@ -196,12 +231,14 @@ void QtWindow::LayOut() {
 
 void QtWindow::SetForm(FormEvents& form) {
     form_ = &form;
+    watch_.SetForm(form);
     menu_commands_.SetForm(form);
     connect(&go_, &QPushButton::clicked, this, [this] {
         command_.Remember();
         form_->cmdGo_Click();
     });
     connect(&stop_, &QPushButton::clicked, this, [this] { form_->cmdStop_Click(); });
+    connect(&pause_, &QPushButton::clicked, this, [this] { form_->PauseOrResume(); });
     connect(&command_, &QLineEdit::returnPressed, this, [this] {
         command_.Remember();
         form_->txtCmd_KeyPress(kEnterKey);
@@ -252,6 +289,8 @@ void QtWindow::closeEvent(QCloseEvent* event) {
     KeepWindowSettings();
     form_->Form_Unload();
     event->accept();
+    // The toolkit ends with the last window that can be seen.
+    if (!isVisible()) QCoreApplication::exit();
 }
 
 void QtWindow::AskBeforeClosing() {

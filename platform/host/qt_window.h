@@ -19,18 +19,26 @@
 #include "platform/form_events.h"
 #include "platform/host/qt_command_edit.h"
 #include "platform/host/qt_controls.h"
+#include "platform/host/qt_desktop.h"
+#include "platform/host/qt_encoding_menu.h"
 #include "platform/host/qt_loop.h"
 #include "platform/host/qt_menu_bar.h"
 #include "platform/host/qt_menu_commands.h"
 #include "platform/host/qt_recent_commands.h"
+#include "platform/host/qt_run_watch.h"
+#include "platform/host/qt_screen_menu.h"
+#include "platform/host/qt_window_options.h"
+#include "platform/host/queued_call.h"
+#include "platform/screen_parts.h"
 #include "platform/widgets.h"
 
 namespace platform::host {
 
 /// Closing it while the form is busy asks first, stops the encoder and closes when its file is
 /// finished. The widgets bear the form's names (txtCmd, cmdGo ...) as object names; the question
-/// is "question", its buttons "stopAndClose" and "keepRunning". Size and recent commands are kept
-/// in the user's settings of "tessivo". A file that is dropped becomes the command's input.
+/// is "question", its buttons "stopAndClose" and "keepRunning"; beside the form's there is a
+/// "cmdPause". Size, options and recent commands are kept in the user's settings of "tessivo". A
+/// file that is dropped becomes the command's input.
 class QtWindow : public QWidget, public FormWindow {
   public:
     /// @param arguments  the process's arguments after the program's name, joined by blanks
@@ -41,6 +49,8 @@ class QtWindow : public QWidget, public FormWindow {
     void SetForm(FormEvents& form);
     /// What the menu repairs files with.
     void SetRepair(FileRepair repair) { menu_commands_.SetRepair(std::move(repair)); }
+    /// What the menu of the screen offers.
+    void SetScreenParts(ScreenPartsFinder finder) { screen_menu_.SetFinder(std::move(finder)); }
     /// Closes without a question, after the encoder has finished its file.
     void StopAndClose();
     /// The same for a signal: nobody is there to answer a box, so none stays open.
@@ -76,6 +86,8 @@ class QtWindow : public QWidget, public FormWindow {
     bool event(QEvent* event) override;
 
   private:
+    RunCommands Commands();
+    void ShowPhase();
     void NameAndExplain();
     void LayOut();
     void KeepWindowSettings();
@@ -88,16 +100,20 @@ class QtWindow : public QWidget, public FormWindow {
     bool closing_ = false;     // stopped, waits for the encoder
     bool unattended_ = false;  // ended by a signal
     bool unloaded_ = false;
+    bool painted_ = false;
     QTimer idle_check_;
     std::unique_ptr<QMessageBox> question_;
 
     QSettings settings_;
     RecentCommands recent_;
+    WindowOptions options_;
+    RunWatch watch_;
 
     QLabel command_caption_;
     CommandEdit command_;
     QPushButton go_;
     QPushButton stop_;
+    QPushButton pause_;
     OutputView pane_;
     QProgressBar bar_;
     QLabel percent_;
@@ -109,12 +125,17 @@ class QtWindow : public QWidget, public FormWindow {
     QLabel current_rate_;
     ShorteningLabel explanation_;
     MenuCommands menu_commands_;
+    Desktop desktop_;
+    QueuedCall painted_call_{[this] { desktop_.Begin(); }};  // after the first time
     WindowMenuBar menu_bar_;
+    EncodingMenu encoding_menu_;
+    ScreenMenu screen_menu_;
 
     QtCommandBox command_box_;
     QtPane pane_box_;
     QtButton go_button_;
     QtButton stop_button_;
+    QtButton pause_button_;
     QtBar bar_control_;
     QtLabel percent_label_;
     QtLabel status_label_;

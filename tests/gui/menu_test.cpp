@@ -104,10 +104,10 @@ TEST_F(Menus, MnemonicsAndShortcutsDoNotClash) {
         }
         for (const QChar c : inside) EXPECT_EQ(inside.count(c), 1U) << c.toLatin1();
     }
-    for (const char* name : {"cmdGo", "cmdStop"})
+    for (const char* name : {"cmdGo", "cmdStop", "cmdPause"})
         top.insert(mnemonic(Find<QPushButton>(name).text()));
     top.insert(u'c');  // the command box
-    EXPECT_EQ(top.size(), 7U);
+    EXPECT_EQ(top.size(), 10U);
     for (const QChar c : top) EXPECT_EQ(top.count(c), 1U) << c.toLatin1();
     EXPECT_GE(shortcuts.size(), 6U);
     for (const QString& s : shortcuts) EXPECT_EQ(shortcuts.count(s), 1U) << s.toStdString();
@@ -346,8 +346,8 @@ TEST_F(Menus, OtherDropsAreRefused) {
 
 TEST_F(Menus, ThePointersPlaceIsExplained) {
     auto& explanation = Find<QLabel>("explanation");
-    for (const char* name : {"txtCmd", "cmdGo", "cmdStop", "txtInfo", "pb1", "lblprgs", "lblStatus",
-                             "lblFile", "lblETm", "Label1", "Label2", "Label3"}) {
+    for (const char* name : {"txtCmd", "cmdGo", "cmdStop", "cmdPause", "txtInfo", "pb1", "lblprgs",
+                             "lblStatus", "lblFile", "lblETm", "Label1", "Label2", "Label3"}) {
         auto& widget = Find<QWidget>(name);
         QStatusTipEvent tip(widget.statusTip());
         QCoreApplication::sendEvent(&widget, &tip);

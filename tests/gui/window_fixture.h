@@ -38,11 +38,16 @@ class RecordingForm : public platform::FormEvents {
         calls.emplace_back("new session");
         return !busy;
     }
+    void PauseOrResume() override { calls.emplace_back("pause"); }
+    platform::RunProgress Progress() const override { return progress; }
+    void SetRunListener(platform::RunListener* run_listener) override { listener = run_listener; }
     bool IsBusy() const override { return busy; }
     int ExitStatus() const override { return 0; }
 
     std::vector<std::string> calls;
     bool busy = false;
+    platform::RunProgress progress;
+    platform::RunListener* listener = nullptr;
     std::function<void()> on_stop;
     std::function<void()> on_tick;
 

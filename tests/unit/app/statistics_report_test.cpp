@@ -61,7 +61,6 @@ class StatisticsReportTest : public SessionFixture {
                             Currency::FromRaw(1234),
                             Currency::FromRaw(5),
                             Currency::FromRaw(12345678),
-                            {},
                             {}};
         statistics.video = {1000000,
                             987654,
@@ -71,8 +70,7 @@ class StatisticsReportTest : public SessionFixture {
                             Currency::FromRaw(3456),
                             Currency::FromRaw(12),
                             Currency::FromRaw(4294967296),
-                            Currency::FromRaw(1798),
-                            {}};
+                            Currency::FromRaw(1798)};
         statistics.total.average_bit_rate_bps = 1051653;
         statistics.archive = {Currency::FromRaw(4307312974), Currency::FromRaw(59500)};
     }

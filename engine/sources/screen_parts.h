@@ -1,0 +1,11 @@
+// What of this machine's screen can be recorded by itself.
+#pragma once
+
+#include "platform/screen_parts.h"
+
+namespace engine {
+
+/// Throws platform::Error when there is no X server. Blocks as long as an X server that hangs.
+platform::ScreenParts FindScreenParts();
+
+}  // namespace engine

@@ -1,0 +1,24 @@
+// The menu over the run, and over what the window does beside it.
+#pragma once
+
+#include <QMenu>
+#include <QString>
+
+#include "platform/host/qt_desktop.h"
+#include "platform/host/qt_run_watch.h"
+#include "platform/host/qt_window_options.h"
+
+namespace platform::host {
+
+/// Actions: "pauseRun", "minimiseOnStart", "trayIcon", "notify", "hotkeys". Everything handed over
+/// must outlive it.
+class EncodingMenu : public QMenu {
+  public:
+    EncodingMenu(const QString& title, RunWatch& watch, const WindowOptions& options,
+                 Desktop& desktop, const RunCommands& commands, QWidget* parent);
+
+  private:
+    QAction& Add(const char* name, const QString& text, const QString& tip);
+};
+
+}  // namespace platform::host

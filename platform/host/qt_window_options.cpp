@@ -1,0 +1,61 @@
+#include "platform/host/qt_window_options.h"
+
+#include <cstddef>
+
+namespace platform::host {
+
+namespace {
+
+struct OptionRow {
+    WindowOption option;
+    const char* key;
+    bool usual;
+};
+struct HotkeyRow {
+    Hotkey hotkey;
+    const char* key;
+    const char* usual;
+};
+
+// clang-format off
+constexpr OptionRow kOptions[] = {
+    // option                      key                 unless chosen
+    {WindowOption::MinimiseOnStart, "minimiseOnStart", false},
+    {WindowOption::TrayIcon,        "trayIcon",        true},
+    {WindowOption::Notify,          "notify",          true},
+};
+constexpr HotkeyRow kHotkeys[] = {
+    // hotkey        key            unless chosen
+    {Hotkey::Pause, "hotkeyPause", "Ctrl+Shift+F9"},
+    {Hotkey::Stop,  "hotkeyStop",  "Ctrl+Shift+F10"},
+};
+// clang-format on
+
+const OptionRow& Row(WindowOption option) { return kOptions[static_cast<std::size_t>(option)]; }
+const HotkeyRow& Row(Hotkey hotkey) { return kHotkeys[static_cast<std::size_t>(hotkey)]; }
+
+}  // namespace
+
+bool WindowOptions::Is(WindowOption option) const {
+    return settings_.value(QLatin1String(Row(option).key), Row(option).usual).toBool();
+}
+
+void WindowOptions::Set(WindowOption option, bool on) {
+    settings_.setValue(QLatin1String(Row(option).key), on);
+}
+
+QKeySequence WindowOptions::Key(Hotkey hotkey) const {
+    const HotkeyRow& row = Row(hotkey);
+    return {settings_.value(QLatin1String(row.key), QLatin1String(row.usual)).toString(),
+            QKeySequence::PortableText};
+}
+
+void WindowOptions::SetKey(Hotkey hotkey, const QKeySequence& keys) {
+    settings_.setValue(QLatin1String(Row(hotkey).key), keys.toString(QKeySequence::PortableText));
+}
+
+QKeySequence WindowOptions::UsualKey(Hotkey hotkey) {
+    return {QLatin1String(Row(hotkey).usual), QKeySequence::PortableText};
+}
+
+}  // namespace platform::host

@@ -1,0 +1,32 @@
+// What the window does beside commands, kept in the user's settings.
+#pragma once
+
+#include <QKeySequence>
+#include <QSettings>
+
+namespace platform::host {
+
+enum class WindowOption {
+    MinimiseOnStart,  // when a recording starts
+    TrayIcon,
+    Notify,  // when a run has ended
+};
+enum class Hotkey { Pause, Stop };
+
+/// The settings must outlive it.
+class WindowOptions {
+  public:
+    explicit WindowOptions(QSettings& settings) : settings_(settings) {}
+
+    bool Is(WindowOption option) const;
+    void Set(WindowOption option, bool on);
+    /// Empty = switched off.
+    QKeySequence Key(Hotkey hotkey) const;
+    void SetKey(Hotkey hotkey, const QKeySequence& keys);
+    static QKeySequence UsualKey(Hotkey hotkey);
+
+  private:
+    QSettings& settings_;
+};
+
+}  // namespace platform::host
