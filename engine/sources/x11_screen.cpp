@@ -41,7 +41,7 @@ class X11Screen : public LiveSource {
     void TrackPointer(Ticks now);
     bool NextPicture();
     bool Grab(Ticks now);
-    void Deliver(X11Picture& picture, Ticks now);
+    void Deliver(X11Picture& picture, Ticks time);
     void CountMissed(Ticks now);
     void WaitUntil(Ticks time, bool events) const;
 
@@ -195,11 +195,12 @@ bool X11Screen::Grab(Ticks now) {
     }
     refusals_ = 0;
     drawn_ = false;
-    Deliver(*picture, now);
+    Deliver(*picture, allowed_ - period_);
     return true;
 }
 
-void X11Screen::Deliver(X11Picture& picture, Ticks now) {
+// Times lie an interval apart at least, so that players of an even rate have a place for each.
+void X11Screen::Deliver(X11Picture& picture, Ticks time) {
     pointer_.Draw(picture.pixels(), pictures_.stride(), pictures_.layout(), finder_.Box());
     picture.stale.Add(Intersection(PointerInPicture(), PictureBox()));
     last_ = frames_.Get();
@@ -209,7 +210,7 @@ void X11Screen::Deliver(X11Picture& picture, Ticks now) {
     last_->buf[0] = CheckAllocated(av_buffer_ref(picture.memory.buffer.get()));
     last_->data[0] = picture.pixels();
     last_->linesize[0] = pictures_.stride();
-    last_->pts = now.count;
+    last_->pts = time.count;
 }
 
 void X11Screen::WaitUntil(Ticks time, bool events) const {
