@@ -125,6 +125,7 @@ class EncodingRun::Impl {
         Trap([&] {
             for (int number = 1; number <= plan_.passes && !cause_; ++number) RunPass(number);
         });
+        pass_.reset();  // gives devices back: the run may be kept for its figures
         if (cause_) {
             sink_.Abandon();
             Report(*cause_, sink_.RemainsText());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -94,6 +95,7 @@ class Script {
         const std::lock_guard lock(mutex_);
         return std::exchange(missed_, 0);
     }
+    std::atomic<int> open_devices = 0;
 
   private:
     void Add(std::function<void(AVFrame&)> frame) {
@@ -114,7 +116,10 @@ class Script {
 class Device : public engine::LiveSource {
   public:
     Device(std::shared_ptr<Script> script, engine::FramePool& pool)
-        : script_(std::move(script)), pool_(pool) {}
+        : script_(std::move(script)), pool_(pool) {
+        ++script_->open_devices;
+    }
+    ~Device() override { --script_->open_devices; }
     bool Read(engine::FrameHandle& frame) override { return script_->Read(pool_, frame); }
     void Wake() override { script_->Wake(); }
     std::int64_t TakeMissed() override { return script_->TakeMissed(); }
@@ -123,5 +128,13 @@ class Device : public engine::LiveSource {
     std::shared_ptr<Script> script_;
     engine::FramePool& pool_;
 };
+
+/// What LiveParts opens sources with.
+inline auto Opening(std::shared_ptr<Script> screen, std::shared_ptr<Script> microphone) {
+    return [=](const engine::CapturePlan& plan, engine::FramePool& frames) {
+        const bool is_screen = plan.kind == engine::DeviceKind::Screen;
+        return std::make_unique<Device>(is_screen ? screen : microphone, frames);
+    };
+}
 
 }  // namespace fake_devices

@@ -2,6 +2,7 @@
 // screen leaves, and what is there when a device goes.
 #include <gtest/gtest.h>
 
+#include <future>
 #include <thread>
 
 #include "support/clips.h"
@@ -18,35 +19,17 @@ class Live : public testing::Test {
   protected:
     EncodePlan Both() {
         EncodePlan plan = PictureOnly();
-        AudioPlan audio;
-        audio.input.capture = CapturePlan{DeviceKind::PulseSource, "mic", "Microphone", {}, 0};
-        audio.codec = &session::AudioCodec("wmav2");
-        audio.format = {64000, 44100, 2, 16};
-        plan.audio = audio;
+        plan.audio = session::Microphone();
         return plan;
     }
     EncodePlan PictureOnly() {
         EncodePlan plan = session::Plan(folder_.Path("out.wmv"));
-        VideoPlan video;
-        video.input.capture = CapturePlan{DeviceKind::Screen, "x11", "the screen", {}, 10'000};
-        video.codec = &session::VideoCodec("wmv2");
-        video.width = 320;
-        video.height = 240;
-        video.rate_ceiling = 100'000;
-        video.expected_rate = 10'000;
-        video.bit_rate_bps = 400'000;
-        video.buffer_ms = 3000;
-        video.encoder_threads = 1;
-        plan.video = video;
+        plan.video = session::Screen();
         return plan;
     }
     /// @param end_ms  on the capture clock: when the stop comes
     LiveParts Parts(std::int64_t end_ms) {
-        return {[this](const CapturePlan& plan, FramePool& frames) {
-                    const bool screen = plan.kind == DeviceKind::Screen;
-                    return std::make_unique<fake_devices::Device>(screen ? screen_ : microphone_,
-                                                                  frames);
-                },
+        return {fake_devices::Opening(screen_, microphone_),
                 [end_ms] { return Ticks::FromMilliseconds(end_ms); }};
     }
     session::Outcome Record(const EncodePlan& plan, std::int64_t end_ms) {
@@ -201,6 +184,21 @@ TEST_F(Live, ADeviceThatCannotBeOpenedLeavesNothing) {
     }};
     EXPECT_THROW(EncodingRun(plan, {}, parts), platform::Error);
     EXPECT_FALSE(std::filesystem::exists(plan.output_path + ".part"));
+}
+
+TEST_F(Live, ARunThatHasStoppedHoldsNoDevice) {
+    screen_->Picture(1000);
+    std::promise<int> open_devices;
+    RunCallbacks callbacks;
+    callbacks.on_state = [&](platform::EncoderState state) {
+        if (state == platform::EncoderState::Stopped) open_devices.set_value(screen_->open_devices);
+    };
+    EncodingRun run(PictureOnly(), std::move(callbacks), Parts(2000));
+    EXPECT_EQ(screen_->open_devices, 1);
+    run.Start();
+    screen_->WaitUntilTaken();
+    run.Stop();
+    EXPECT_EQ(open_devices.get_future().get(), 0);
 }
 
 TEST_F(Live, LostPicturesAreCountedByCause) {

@@ -113,30 +113,12 @@ class Pausing : public testing::Test {
   protected:
     EncodePlan Recording() {
         EncodePlan plan = session::Plan(folder_.Path("out.wmv"));
-        AudioPlan audio;
-        audio.input.capture = CapturePlan{DeviceKind::PulseSource, "mic", "Microphone", {}, 0};
-        audio.codec = &session::AudioCodec("wmav2");
-        audio.format = {64000, 44100, 2, 16};
-        plan.audio = audio;
-        VideoPlan video;
-        video.input.capture = CapturePlan{DeviceKind::Screen, "x11", "the screen", {}, 10'000};
-        video.codec = &session::VideoCodec("wmv2");
-        video.width = 320;
-        video.height = 240;
-        video.rate_ceiling = 100'000;
-        video.expected_rate = 10'000;
-        video.bit_rate_bps = 400'000;
-        video.buffer_ms = 3000;
-        video.encoder_threads = 1;
-        plan.video = video;
+        plan.audio = session::Microphone();
+        plan.video = session::Screen();
         return plan;
     }
     LiveParts Parts() {
-        return {[this](const CapturePlan& plan, FramePool& frames) {
-                    const bool screen = plan.kind == DeviceKind::Screen;
-                    return std::make_unique<fake_devices::Device>(screen ? screen_ : microphone_,
-                                                                  frames);
-                },
+        return {fake_devices::Opening(screen_, microphone_),
                 [this] { return Ticks::FromMilliseconds(now_ms_); }};
     }
     /// What is captured up to `ms`, all of it taken; the clock then stands there. Sound comes in

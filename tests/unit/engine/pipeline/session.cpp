@@ -47,6 +47,26 @@ VideoPlan Video(const std::string& path) {
     return video;
 }
 
+VideoPlan Screen() {
+    VideoPlan video;
+    video.input.capture = CapturePlan{DeviceKind::Screen, "x11", "the screen", {}, 10'000};
+    video.codec = &VideoCodec("wmv2");
+    video.width = 320;
+    video.height = 240;
+    video.rate_ceiling = 100'000;
+    video.expected_rate = 10'000;
+    video.bit_rate_bps = 400'000;
+    video.buffer_ms = 3000;
+    video.encoder_threads = 1;
+    return video;
+}
+
+AudioPlan Microphone() {
+    AudioPlan audio = Audio({});
+    audio.input.capture = CapturePlan{DeviceKind::PulseSource, "mic", "Microphone", {}, 0};
+    return audio;
+}
+
 AudioPlan Audio(const std::string& path) {
     AudioPlan audio;
     audio.input.path = path;

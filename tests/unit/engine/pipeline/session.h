@@ -19,6 +19,10 @@ const engine::AudioCodecRow& AudioCodec(const char* av_encoder);
 engine::VideoPlan Video(const std::string& path);
 /// 64 kbit/s Windows Media Audio, 44100 Hz stereo.
 engine::AudioPlan Audio(const std::string& path);
+/// A screen that is recorded: 320x240, 10 pictures a second, 400 kbit/s, one worker.
+engine::VideoPlan Screen();
+/// The same sound from a microphone.
+engine::AudioPlan Microphone();
 engine::EncodePlan Plan(const std::string& output);
 
 struct Outcome {
