@@ -27,10 +27,9 @@ function(room target)
     endif()
 endfunction()
 
-# test_room(<target> SOURCES ... LINKS ... [TIMEOUT seconds] [LABELS ...] [ENVIRONMENT NAME=set:value]):
-# one test program.
+# test_room(<target> SOURCES ... LINKS ... [TIMEOUT seconds] [LABELS ...]): one test program.
 function(test_room target)
-    cmake_parse_arguments(ROOM "" "TIMEOUT;ENVIRONMENT" "SOURCES;LINKS;LABELS" ${ARGN})
+    cmake_parse_arguments(ROOM "" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
     add_executable(${target} ${ROOM_SOURCES})
     target_link_libraries(${target} PRIVATE test_support ${ROOM_LINKS})
     target_precompile_headers(${target} REUSE_FROM test_support)
@@ -40,11 +39,9 @@ function(test_room target)
     if(NOT ROOM_LABELS)
         set(ROOM_LABELS unit)  # an empty value would swallow the next property
     endif()
-    if(ROOM_ENVIRONMENT)
-        set(environment ENVIRONMENT_MODIFICATION "${ROOM_ENVIRONMENT}")
-    endif()
+    set(support ${PROJECT_SOURCE_DIR}/tests/support)
     gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${target}."
         PROPERTIES TIMEOUT ${ROOM_TIMEOUT} LABELS "${ROOM_LABELS}"
-        ENVIRONMENT "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0"
-        ${environment})
+        ENVIRONMENT "LSAN_OPTIONS=suppressions=${support}/leaks.supp:print_suppressions=0"
+        ENVIRONMENT_MODIFICATION "TSAN_OPTIONS=set:suppressions=${support}/races.supp")
 endfunction()
