@@ -111,7 +111,7 @@ TEST(Messages, EachRefusedCommandEndsWithItsStatusAndItsLine) {
          "Error: No output directory specified\n"},
 
         // profile
-        {"profile code", {"-input", clip, "-output", out, "-profile", "scrn5x"}, kRefused,
+        {"profile code", {"-input", clip, "-output", out, "-profile", "av5x"}, kRefused,
          "No predefined profile found.\n"},
         {"profile file", {"-input", clip, "-output", out, "-loadprofile", folder / "no.prx"},
          kRefused, "Invalid profile: 0x"},
