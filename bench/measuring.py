@@ -50,10 +50,11 @@ def run(*words):
     return finish(start(words), begin)
 
 
-def alternate(count, ours, theirs):
+def alternate(count, ours, theirs, warm_up=True):
     """Measures `ours` and `theirs` in turn, `count` times; two lists. Each runs once unmeasured
-    before, so that the files stand in memory for all of them."""
-    ours(), theirs()
+    before, so that the files stand in memory for all of them, unless they already do."""
+    if warm_up:
+        ours(), theirs()
     pairs = [(ours(), theirs()) for _ in range(count)]
     return [pair[0] for pair in pairs], [pair[1] for pair in pairs]
 

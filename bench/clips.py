@@ -1,0 +1,113 @@
+"""Raw clips for encoders to be compared on: of media files, and two that are generated."""
+
+import json
+import math
+import random
+import subprocess
+from fractions import Fraction
+from pathlib import Path
+from typing import NamedTuple
+
+import measuring
+
+RATE = 30               # of the generated ones, frames a second
+LONG_PIXELS = 60000000  # some tenths of a second of a fast encoder
+
+
+class Clip(NamedTuple):
+    name: str
+    file: Path   # raw 4:2:0 of an even size, at a constant frame rate
+    frames: int
+    rate: Fraction  # frames a second
+    start: Path     # its first frame alone
+    long: Path      # as often as it takes for its encoding to be timed
+    copies: int
+
+
+def _probe(file):
+    text = subprocess.check_output(
+        ["ffprobe", "-v", "error", "-select_streams", "v:0", "-count_packets", "-of", "json",
+         "-show_entries", "stream=nb_read_packets,r_frame_rate,width,height", file])
+    stream = json.loads(text)["streams"][0]
+    return (int(stream["nb_read_packets"]), Fraction(stream["r_frame_rate"]),
+            stream["width"] * stream["height"])
+
+
+def _make(name, folder, frames, source, *picture):
+    file, start, long = (Path(folder, f"{name}{part}") for part in (".avi", ".start.avi", ".long.avi"))
+    measuring.run("ffmpeg", "-y", *source, *picture, "-frames:v", frames, "-vsync", "cfr", "-pix_fmt", "yuv420p",
+                  "-c:v", "rawvideo", "-an", file)
+    found, rate, pixels = _probe(file)
+    copies = math.ceil(LONG_PIXELS / (found * pixels))
+    measuring.run("ffmpeg", "-y", "-i", file, "-frames:v", 1, "-c", "copy", start)
+    if copies == 1:
+        return Clip(name, file, found, rate, start, file, 1)
+    measuring.run("ffmpeg", "-y", "-stream_loop", copies - 1, "-i", file, "-c", "copy", long)
+    return Clip(name, file, found, rate, start, long, copies)
+
+
+def from_file(path, folder, frames):
+    """The first frames of a media file."""
+    return _make(Path(path).stem, folder, frames, ["-i", path], "-map", "0:v:0", "-vf",
+                 "crop=trunc(iw/2)*2:trunc(ih/2)*2:0:0")
+
+
+def _prose(chance, lines, width):
+    """Words that are none, but have the lengths, capitals and marks of text."""
+    letters = "etaoinshrdlucmfwypvbgkjqxz"
+    weights = range(len(letters) + 2, 2, -1)
+    for _ in range(lines):
+        line = ""
+        while len(line) < width:
+            word = "".join(chance.choices(letters, weights, k=chance.randint(1, 9)))
+            line += chance.choice([word, word, word.title(), str(chance.randint(0, 9999))])
+            line += chance.choice([" ", " ", " ", "  ", ", ", ". "])
+        yield line[:width]
+
+
+def text(folder, frames):
+    """Sharp text, 1280x720: a page that moves by two rows of samples a frame beside a terminal that
+    moves by a line every fourth frame."""
+    halves = [
+        # font, its size, space between lines, colour, ground, rows moved by
+        ("sans", 18, 6, "0x202020", "0xf8f8f4", "2*n"),
+        ("monospace", 15, 4, "0xb8e0c0", "0x101418", "18*floor(n/4)"),
+    ]
+    chance, graph = random.Random(1), ""
+    for i, (font, size, space, colour, ground, rows) in enumerate(halves):
+        height = 720 + frames * 5
+        words = Path(folder, f"text{i}.txt")
+        words.write_text("\n".join(_prose(chance, height // size, 64)))
+        graph += (f"color={ground}:640x{height}:{RATE},drawtext=textfile={words}:expansion=none:font={font}:"
+                  f"fontsize={size}:line_spacing={space}:fontcolor={colour}:x=16:y=16,format=yuv444p,"
+                  f"trim=end_frame=1,loop=-1:1,setpts=N/FR/TB,crop=640:720:0:{rows}[half{i}];")
+    return _make("text", folder, frames, ["-filter_complex", graph + "[half0][half1]hstack"])
+
+
+def fades(folder, frames):
+    """Scenes under noise, 640x480, that fade into one another, through black, and out."""
+    fade = max(2, frames // 8) / RATE
+    scene = (frames / RATE + 2 * fade) / 3
+    scenes = [
+        f"mandelbrot=640x480:{RATE}:start_scale=0.3:end_scale=0.01:end_pts=300:maxiter=500",
+        f"gradients=640x480:{RATE}:seed=1:n=6:speed=0.03:type=circular",
+        f"testsrc2=640x480:{RATE}",
+    ]
+    graph = "".join(
+        f"{source},format=yuv420p,trim=duration={scene},noise=all_seed={i + 1}:alls={8 + 4 * i}:allf=t[scene{i}];"
+        for i, source in enumerate(scenes))
+    graph += (f"[scene0][scene1]xfade=fade:{fade}:{scene - fade}[first];"
+              f"[first][scene2]xfade=fadeblack:{fade}:{2 * (scene - fade)},"
+              f"fade=out:st={frames / RATE - fade}:d={fade}")
+    return _make("fades", folder, frames, ["-filter_complex", graph])
+
+
+GENERATED = {"text": text, "fades": fades}
+
+
+def make(what, folder, frames):
+    """`what`: the path of a media file, or the name of a generated clip."""
+    if what in GENERATED:
+        return GENERATED[what](folder, frames)
+    measuring.require(what)
+    return from_file(what, folder, frames)
