@@ -4,13 +4,71 @@
 
 #include "codecs/wmv9/kernels_plain.h"
 
+// clang-format off
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+// clang-format on
+
+#if HWY_TARGET < HWY_EMU128
+HWY_BEFORE_NAMESPACE();
+namespace codecs::wmv9::HWY_NAMESPACE {
+
+// Each in a file of its own.
+void SetDifferences(Kernels& kernels);
+void SetPrediction(Kernels& kernels);
+void SetTransforms(Kernels& kernels);
+void SetQuantiser(Kernels& kernels);
+void SetFilter(Kernels& kernels);
+
+Kernels VectorKernels() {
+    Kernels kernels = {};
+    kernels.name = hwy::TargetName(HWY_TARGET);
+    SetDifferences(kernels);
+    SetPrediction(kernels);
+    SetTransforms(kernels);
+    SetQuantiser(kernels);
+    SetFilter(kernels);
+    return kernels;
+}
+
+}  // namespace codecs::wmv9::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+#endif
+
+#if HWY_ONCE
 namespace codecs::wmv9 {
+namespace {
+
+struct Candidate {
+    std::int64_t target;
+    Kernels (*make)();
+};
+
+// From the slowest on; null for those that the compiler does not have.
+constexpr Candidate kCandidates[] = {
+    {HWY_NEON, HWY_CHOOSE_NEON(VectorKernels)}, {HWY_SSSE3, HWY_CHOOSE_SSSE3(VectorKernels)},
+    {HWY_SSE4, HWY_CHOOSE_SSE4(VectorKernels)}, {HWY_AVX2, HWY_CHOOSE_AVX2(VectorKernels)},
+    {HWY_AVX3, HWY_CHOOSE_AVX3(VectorKernels)},
+};
+
+std::vector<Kernels> SupportedKernels() {
+    std::vector<Kernels> kernels = {PlainKernels()};
+    for (const Candidate& candidate : kCandidates)
+        if (candidate.make != nullptr && (hwy::SupportedTargets() & candidate.target) != 0)
+            kernels.push_back(candidate.make());
+    return kernels;
+}
+
+}  // namespace
 
 std::span<const Kernels> AllKernels() {
-    static const std::vector<Kernels> kernels = {PlainKernels()};
+    static const std::vector<Kernels> kernels = SupportedKernels();
     return kernels;
 }
 
 const Kernels& BestKernels() { return AllKernels().back(); }
 
 }  // namespace codecs::wmv9
+#endif

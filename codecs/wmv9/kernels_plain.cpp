@@ -38,7 +38,7 @@ std::uint32_t Squared(const std::uint8_t* a, std::ptrdiff_t a_stride, const std:
 }
 
 // Of four values that lie `step` apart.
-void Hadamard4(int* values, int step) {
+void Hadamard4(int* values, std::ptrdiff_t step) {
     const int sum01 = values[0] + values[step];
     const int difference01 = values[0] - values[step];
     const int sum23 = values[2 * step] + values[3 * step];
@@ -59,7 +59,7 @@ std::uint32_t Hadamard(const std::uint8_t* a, std::ptrdiff_t a_stride, const std
                 for (int x = 0; x < 4; ++x)
                     block[4 * y + x] =
                         a[(top + y) * a_stride + left + x] - b[(top + y) * b_stride + left + x];
-            for (int i = 0; i < 4; ++i) Hadamard4(block + 4 * i, 1);
+            for (int i = 0; i < 16; i += 4) Hadamard4(block + i, 1);
             for (int i = 0; i < 4; ++i) Hadamard4(block + i, 4);
             for (const int value : block) sum += std::abs(value);
         }
@@ -118,7 +118,7 @@ void Bicubic(std::uint8_t* out, std::ptrdiff_t out_stride, const std::uint8_t* s
     const int shift = ((x == 2 ? 1 : 5) + (y == 2 ? 1 : 5)) >> 1;
     const int half = (1 << (shift - 1)) + rounding - 1;
     for (int row = 0; row < height; ++row, source += stride, out += out_stride) {
-        int between[19];
+        int between[19] = {};
         for (int column = 0; column < width + 3; ++column)
             between[column] = (Cubic(source + column - 1, stride, y) + half) >> shift;
         for (int column = 0; column < width; ++column)

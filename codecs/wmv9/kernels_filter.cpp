@@ -1,0 +1,192 @@
+#include <cstring>
+
+#include "codecs/wmv9/kernels.h"
+
+// clang-format off
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels_filter.cpp"
+#include <hwy/foreach_target.h>
+#include "codecs/wmv9/vectors_inl.h"
+// clang-format on
+
+#if HWY_TARGET < HWY_EMU128
+HWY_BEFORE_NAMESPACE();
+namespace codecs::wmv9::HWY_NAMESPACE {
+namespace {
+
+template <class D>
+constexpr int kSegments = static_cast<int>(kLanes<D> / 4);
+
+// The segments that a vector takes, a byte each.
+template <class D>
+HWY_INLINE std::uint32_t LoadSegments(D words, const std::uint8_t* segments) {
+    (void)words;
+    std::uint32_t bytes = 0;
+    std::memcpy(&bytes, segments, static_cast<std::size_t>(kSegments<D>));
+    return bytes;
+}
+
+// All lanes of the segments that are not zero.
+template <class D>
+HWY_INLINE hn::Mask<D> Wanted(D words, std::uint32_t segments) {
+    alignas(32) static constexpr std::uint8_t kPlaces[32] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1,
+                                                             1, 1, 1, 1, 1, 2, 2, 2, 2, 2, 2,
+                                                             2, 2, 3, 3, 3, 3, 3, 3, 3, 3};
+    const hn::Repartition<std::uint32_t, D> wide;
+    const hn::Repartition<std::uint8_t, D> bytes;
+    const auto all = hn::BitCast(bytes, hn::Set(wide, segments));
+    const auto spread = hn::BitCast(words, hn::TableLookupBytes(all, hn::Load(bytes, kPlaces)));
+    return hn::Ne(spread, hn::Zero(words));
+}
+
+// Each segment's third line decides for the segment.
+template <class D>
+HWY_INLINE hn::Mask<D> OfThirdLines(D words, hn::Mask<D> lines) {
+    alignas(16) static constexpr std::uint8_t kPlaces[16] = {4,  5,  4,  5,  4,  5,  4,  5,
+                                                             12, 13, 12, 13, 12, 13, 12, 13};
+    const hn::Repartition<std::uint8_t, D> bytes;
+    const auto all = hn::BitCast(bytes, hn::VecFromMask(words, lines));
+    const auto places = hn::LoadDup128(bytes, kPlaces);
+    return hn::MaskFromVec(hn::BitCast(words, hn::TableLookupBytes(all, places)));
+}
+
+// The samples across an edge, a vector a sample: four on its left and four on its right.
+template <class D>
+struct Lines {
+    hn::Vec<D> left[4];  // from the edge on
+    hn::Vec<D> right[4];
+};
+
+// (2 * (a - d) - 5 * (b - c) + 4) >> 3
+template <class D>
+HWY_INLINE hn::Vec<D> Bend(D words, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D> c, hn::Vec<D> d) {
+    const auto outer = hn::Sub(a, d);
+    const auto inner = hn::Mul(hn::Sub(b, c), hn::Set(words, 5));
+    return hn::ShiftRight<3>(hn::Add(hn::Sub(hn::Add(outer, outer), inner), hn::Set(words, 4)));
+}
+
+// Smooths the two samples at the edge. False if all stay as they are.
+template <class D>
+HWY_INLINE bool Smooth(D words, Lines<D>& lines, hn::Mask<D> wanted, int quantiser) {
+    const auto& left = lines.left;
+    const auto& right = lines.right;
+    const auto zero = hn::Zero(words);
+    const auto seam = Bend(words, left[1], left[0], right[0], right[1]);
+    const auto size = hn::Abs(seam);
+    const auto before = hn::Abs(Bend(words, left[3], left[2], left[1], left[0]));
+    const auto after = hn::Abs(Bend(words, right[0], right[1], right[2], right[3]));
+    const auto smoother = hn::Min(before, after);
+    const auto jump = hn::Sub(left[0], right[0]);
+    const auto limit = hn::ShiftRight<1>(hn::Abs(jump));
+    const auto is_weak = hn::Lt(size, hn::Set(words, static_cast<std::int16_t>(quantiser)));
+    const auto is_seam = hn::And(hn::And(is_weak, hn::Lt(smoother, size)), hn::Gt(limit, zero));
+    const auto chosen = hn::And(hn::And(is_seam, wanted), OfThirdLines(words, is_seam));
+    const auto smoothed = hn::And(chosen, hn::Lt(hn::Xor(seam, jump), zero));
+    if (hn::AllFalse(words, smoothed)) return false;
+    const auto excess = hn::Mul(hn::Sub(size, smoother), hn::Set(words, 5));
+    const auto move = hn::Min(hn::ShiftRight<3>(excess), limit);
+    const auto change =
+        hn::IfThenElseZero(smoothed, hn::IfThenElse(hn::Lt(jump, zero), move, hn::Neg(move)));
+    lines.left[0] = hn::Add(left[0], change);
+    lines.right[0] = hn::Sub(right[0], change);
+    return true;
+}
+
+template <class D>
+HWY_INLINE void FilterAcrossRows(D words, std::uint8_t* below, std::ptrdiff_t stride,
+                                 std::uint32_t segments, int quantiser) {
+    if (segments == 0) return;
+    Lines<D> lines;
+    for (std::ptrdiff_t i = 0; i < 4; ++i) {
+        lines.left[i] = LoadWords(words, below - (i + 1) * stride);
+        lines.right[i] = LoadWords(words, below + i * stride);
+    }
+    if (!Smooth(words, lines, Wanted(words, segments), quantiser)) return;
+    StoreSamples(words, lines.left[0], below - stride);
+    StoreSamples(words, lines.right[0], below);
+}
+
+// As many segments as fit `words`, while so many are left.
+template <class D>
+HWY_INLINE int FilterRun(D words, std::uint8_t* below, std::ptrdiff_t stride,
+                         const std::uint8_t* segments, int done, int count, int quantiser) {
+    for (; done + kSegments<D> <= count; done += kSegments<D>)
+        FilterAcrossRows(words, below + std::ptrdiff_t{4} * done, stride,
+                         LoadSegments(words, segments + done), quantiser);
+    return done;
+}
+
+void FilterHorizontal(std::uint8_t* below, std::ptrdiff_t stride, const std::uint8_t* segments,
+                      int count, int quantiser) {
+    int done = FilterRun(Words(), below, stride, segments, 0, count, quantiser);
+    done = FilterRun(Words8(), below, stride, segments, done, count, quantiser);
+    FilterRun(hn::FixedTag<std::int16_t, 4>(), below, stride, segments, done, count, quantiser);
+}
+
+// Eight rows of eight samples become columns; the first four are the edge's left.
+HWY_INLINE Lines<Words8> LoadTurned(const std::uint8_t* from, std::ptrdiff_t stride,
+                                    std::ptrdiff_t second_stride) {
+    const Samples16 bytes;
+    const Samples8 half;
+    hn::Vec<Samples16> pairs[4];
+    for (std::ptrdiff_t i = 0; i < 4; ++i) {
+        const auto upper = hn::LoadU(half, from + i * stride);
+        const auto lower = hn::LoadU(half, from + i * stride + second_stride);
+        pairs[i] = hn::InterleaveLower(hn::ZeroExtendVector(bytes, upper),
+                                       hn::ZeroExtendVector(bytes, lower));
+    }
+    const auto even_left = hn::InterleaveLower(pairs[0], pairs[2]);
+    const auto even_right = hn::InterleaveUpper(bytes, pairs[0], pairs[2]);
+    const auto odd_left = hn::InterleaveLower(pairs[1], pairs[3]);
+    const auto odd_right = hn::InterleaveUpper(bytes, pairs[1], pairs[3]);
+    // Two columns each.
+    const hn::Vec<Samples16> columns[4] = {hn::InterleaveLower(even_left, odd_left),
+                                           hn::InterleaveUpper(bytes, even_left, odd_left),
+                                           hn::InterleaveLower(even_right, odd_right),
+                                           hn::InterleaveUpper(bytes, even_right, odd_right)};
+    const Words8 words;
+    const auto zero = hn::Zero(bytes);
+    Lines<Words8> lines;
+    lines.left[3] = hn::BitCast(words, hn::InterleaveLower(columns[0], zero));
+    lines.left[2] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns[0], zero));
+    lines.left[1] = hn::BitCast(words, hn::InterleaveLower(columns[1], zero));
+    lines.left[0] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns[1], zero));
+    lines.right[0] = hn::BitCast(words, hn::InterleaveLower(columns[2], zero));
+    lines.right[1] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns[2], zero));
+    lines.right[2] = hn::BitCast(words, hn::InterleaveLower(columns[3], zero));
+    lines.right[3] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns[3], zero));
+    return lines;
+}
+
+void FilterVertical(std::uint8_t* right, std::ptrdiff_t stride, const std::uint8_t* segments,
+                    int count, int quantiser) {
+    const Words8 words;
+    for (int done = 0; done < count; done += 2, right += 8 * stride) {
+        // A last single segment stands in both halves and counts in one.
+        const bool is_single = done + 1 == count;
+        const std::uint32_t wanted =
+            is_single ? std::uint32_t{segments[done]} : LoadSegments(words, segments + done);
+        if (wanted == 0) continue;
+        auto lines = LoadTurned(right - 4, stride, is_single ? 0 : 4 * stride);
+        if (!Smooth(words, lines, Wanted(words, wanted), quantiser)) continue;
+        const hn::Rebind<std::uint8_t, Words8> bytes;
+        HWY_ALIGN std::uint8_t edge[16];
+        const auto ends = hn::InterleaveLower(
+            hn::ZeroExtendVector(Samples16(), hn::DemoteTo(bytes, lines.left[0])),
+            hn::ZeroExtendVector(Samples16(), hn::DemoteTo(bytes, lines.right[0])));
+        hn::Store(ends, Samples16(), edge);
+        for (std::ptrdiff_t y = 0; y < (is_single ? 4 : 8); ++y)
+            std::memcpy(right + y * stride - 1, edge + 2 * y, 2);
+    }
+}
+
+}  // namespace
+
+void SetFilter(Kernels& kernels) {
+    kernels.filter_horizontal = FilterHorizontal;
+    kernels.filter_vertical = FilterVertical;
+}
+
+}  // namespace codecs::wmv9::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+#endif
