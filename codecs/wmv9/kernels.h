@@ -54,9 +54,10 @@ struct Kernels {
     void (*subtract)(std::int16_t* out, const std::uint8_t* a, std::ptrdiff_t a_stride,
                      const std::uint8_t* b, std::ptrdiff_t b_stride);
     /// The adjoint of the inverse, over the whole 8x8 block in transforms of this shape; in eighths
-    /// of what the inverse takes. Within 1 of the exact value.
+    /// of what the inverse takes. Within 1 of the exact value; residuals are within 340 of zero.
     void (*forward)(Shape shape, std::int16_t* coefficients, const std::int16_t* residual);
-    /// Of the whole 8x8 block, all transforms of this shape. Neither is clipped.
+    /// Of the whole 8x8 block, all transforms of this shape. Clipped to sixteen bits only, after
+    /// the rows and at the end.
     void (*inverse)(Shape shape, std::int16_t* residual, const std::int16_t* coefficients);
     /// Adds a residual to an 8x8 block of samples and clips.
     void (*add)(std::uint8_t* samples, std::ptrdiff_t stride, const std::int16_t* residual);
@@ -74,7 +75,7 @@ struct Kernels {
     void (*restore)(std::int16_t* coefficients, const std::int16_t* levels, int step, int extra);
 
     // Loop filter (SMPTE ST 421, 8.6). Segments are four samples of an edge; those with a zero in
-    // `segments` are left alone.
+    // `segments` stay as they are, but may be written anew.
     /// `below` is the first sample of the row under a horizontal edge.
     void (*filter_horizontal)(std::uint8_t* below, std::ptrdiff_t stride,
                               const std::uint8_t* segments, int count, int quantiser);

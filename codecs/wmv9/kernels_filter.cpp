@@ -108,8 +108,8 @@ HWY_INLINE void FilterAcrossRows(D words, std::uint8_t* below, std::ptrdiff_t st
 
 // As many segments as fit `words`, while so many are left.
 template <class D>
-HWY_INLINE int FilterRun(D words, std::uint8_t* below, std::ptrdiff_t stride,
-                         const std::uint8_t* segments, int done, int count, int quantiser) {
+HWY_INLINE int FilterRunRight(D words, std::uint8_t* below, std::ptrdiff_t stride,
+                              const std::uint8_t* segments, int done, int count, int quantiser) {
     for (; done + kSegments<D> <= count; done += kSegments<D>)
         FilterAcrossRows(words, below + std::ptrdiff_t{4} * done, stride,
                          LoadSegments(words, segments + done), quantiser);
@@ -118,66 +118,98 @@ HWY_INLINE int FilterRun(D words, std::uint8_t* below, std::ptrdiff_t stride,
 
 void FilterHorizontal(std::uint8_t* below, std::ptrdiff_t stride, const std::uint8_t* segments,
                       int count, int quantiser) {
-    int done = FilterRun(Words(), below, stride, segments, 0, count, quantiser);
-    done = FilterRun(Words8(), below, stride, segments, done, count, quantiser);
-    FilterRun(hn::FixedTag<std::int16_t, 4>(), below, stride, segments, done, count, quantiser);
+    int done = FilterRunRight(Words(), below, stride, segments, 0, count, quantiser);
+    done = FilterRunRight(Words8(), below, stride, segments, done, count, quantiser);
+    FilterRunRight(hn::FixedTag<std::int16_t, 4>(), below, stride, segments, done, count,
+                   quantiser);
 }
 
-// Eight rows of eight samples become columns; the first four are the edge's left.
-HWY_INLINE Lines<Words8> LoadTurned(const std::uint8_t* from, std::ptrdiff_t stride,
-                                    std::ptrdiff_t second_stride) {
-    const Samples16 bytes;
-    const Samples8 half;
-    hn::Vec<Samples16> pairs[4];
-    for (std::ptrdiff_t i = 0; i < 4; ++i) {
-        const auto upper = hn::LoadU(half, from + i * stride);
-        const auto lower = hn::LoadU(half, from + i * stride + second_stride);
-        pairs[i] = hn::InterleaveLower(hn::ZeroExtendVector(bytes, upper),
-                                       hn::ZeroExtendVector(bytes, lower));
-    }
-    const auto even_left = hn::InterleaveLower(pairs[0], pairs[2]);
-    const auto even_right = hn::InterleaveUpper(bytes, pairs[0], pairs[2]);
-    const auto odd_left = hn::InterleaveLower(pairs[1], pairs[3]);
-    const auto odd_right = hn::InterleaveUpper(bytes, pairs[1], pairs[3]);
-    // Two columns each.
-    const hn::Vec<Samples16> columns[4] = {hn::InterleaveLower(even_left, odd_left),
-                                           hn::InterleaveUpper(bytes, even_left, odd_left),
-                                           hn::InterleaveLower(even_right, odd_right),
-                                           hn::InterleaveUpper(bytes, even_right, odd_right)};
-    const Words8 words;
+// Four rows beside the four that begin `second` further down.
+HWY_INLINE hn::Vec<Samples16> LoadZipped(const std::uint8_t* row, std::ptrdiff_t second) {
+    return hn::InterleaveLower(
+        hn::ZeroExtendVector(Samples16(), hn::LoadU(Samples8(), row)),
+        hn::ZeroExtendVector(Samples16(), hn::LoadU(Samples8(), row + second)));
+}
+
+template <class D>
+HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, D>> LoadZippedRows(D words,
+                                                                    const std::uint8_t* row,
+                                                                    std::ptrdiff_t stride,
+                                                                    std::ptrdiff_t second) {
+    (void)words;
+    if constexpr (kLanes<D> == 16)
+        return hn::Combine(hn::Repartition<std::uint8_t, D>(), LoadZipped(row + 8 * stride, second),
+                           LoadZipped(row, second));
+    else
+        return LoadZipped(row, second);
+}
+
+// Rows of eight samples become columns, in each eight of them; the first four are the edge's left.
+template <class D>
+HWY_INLINE Lines<D> LoadTurned(D words, const std::uint8_t* from, std::ptrdiff_t stride,
+                               std::ptrdiff_t second) {
+    const hn::Repartition<std::uint8_t, D> bytes;
+    const auto rows0 = LoadZippedRows(words, from, stride, second);
+    const auto rows1 = LoadZippedRows(words, from + stride, stride, second);
+    const auto rows2 = LoadZippedRows(words, from + 2 * stride, stride, second);
+    const auto rows3 = LoadZippedRows(words, from + 3 * stride, stride, second);
+    const auto even_left = hn::InterleaveLower(rows0, rows2);
+    const auto even_right = hn::InterleaveUpper(bytes, rows0, rows2);
+    const auto odd_left = hn::InterleaveLower(rows1, rows3);
+    const auto odd_right = hn::InterleaveUpper(bytes, rows1, rows3);
+    const auto columns01 = hn::InterleaveLower(even_left, odd_left);
+    const auto columns23 = hn::InterleaveUpper(bytes, even_left, odd_left);
+    const auto columns45 = hn::InterleaveLower(even_right, odd_right);
+    const auto columns67 = hn::InterleaveUpper(bytes, even_right, odd_right);
     const auto zero = hn::Zero(bytes);
-    Lines<Words8> lines;
-    lines.left[3] = hn::BitCast(words, hn::InterleaveLower(columns[0], zero));
-    lines.left[2] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns[0], zero));
-    lines.left[1] = hn::BitCast(words, hn::InterleaveLower(columns[1], zero));
-    lines.left[0] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns[1], zero));
-    lines.right[0] = hn::BitCast(words, hn::InterleaveLower(columns[2], zero));
-    lines.right[1] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns[2], zero));
-    lines.right[2] = hn::BitCast(words, hn::InterleaveLower(columns[3], zero));
-    lines.right[3] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns[3], zero));
+    Lines<D> lines;
+    lines.left[3] = hn::BitCast(words, hn::InterleaveLower(columns01, zero));
+    lines.left[2] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns01, zero));
+    lines.left[1] = hn::BitCast(words, hn::InterleaveLower(columns23, zero));
+    lines.left[0] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns23, zero));
+    lines.right[0] = hn::BitCast(words, hn::InterleaveLower(columns45, zero));
+    lines.right[1] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns45, zero));
+    lines.right[2] = hn::BitCast(words, hn::InterleaveLower(columns67, zero));
+    lines.right[3] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns67, zero));
     return lines;
+}
+
+template <class D>
+HWY_INLINE hn::Vec<D> Clip8(D words, hn::Vec<D> values) {
+    return hn::Min(hn::Max(values, hn::Zero(words)), hn::Set(words, 255));
+}
+
+// `second` is the distance of a vector's odd segments from its even ones, each of four rows.
+template <class D>
+HWY_INLINE void FilterAcrossColumns(D words, std::uint8_t* right, std::ptrdiff_t stride,
+                                    std::ptrdiff_t second, std::uint32_t segments, int quantiser) {
+    if (segments == 0) return;
+    auto lines = LoadTurned(words, right - 4, stride, second);
+    if (!Smooth(words, lines, Wanted(words, segments), quantiser)) return;
+    HWY_ALIGN std::int16_t edge[16];
+    hn::Store(hn::Or(Clip8(words, lines.left[0]), hn::ShiftLeft<8>(Clip8(words, lines.right[0]))),
+              words, edge);
+    const std::ptrdiff_t rows = second == 0 ? 4 : kLanes<D>;
+    for (std::ptrdiff_t y = 0; y < rows; ++y) std::memcpy(right + y * stride - 1, edge + y, 2);
+}
+
+template <class D>
+HWY_INLINE int FilterRunDown(D words, std::uint8_t* right, std::ptrdiff_t stride,
+                             const std::uint8_t* segments, int done, int count, int quantiser) {
+    for (; done + kSegments<D> <= count; done += kSegments<D>)
+        FilterAcrossColumns(words, right + 4 * done * stride, stride, 4 * stride,
+                            LoadSegments(words, segments + done), quantiser);
+    return done;
 }
 
 void FilterVertical(std::uint8_t* right, std::ptrdiff_t stride, const std::uint8_t* segments,
                     int count, int quantiser) {
-    const Words8 words;
-    for (int done = 0; done < count; done += 2, right += 8 * stride) {
-        // A last single segment stands in both halves and counts in one.
-        const bool is_single = done + 1 == count;
-        const std::uint32_t wanted =
-            is_single ? std::uint32_t{segments[done]} : LoadSegments(words, segments + done);
-        if (wanted == 0) continue;
-        auto lines = LoadTurned(right - 4, stride, is_single ? 0 : 4 * stride);
-        if (!Smooth(words, lines, Wanted(words, wanted), quantiser)) continue;
-        const hn::Rebind<std::uint8_t, Words8> bytes;
-        HWY_ALIGN std::uint8_t edge[16];
-        const auto ends = hn::InterleaveLower(
-            hn::ZeroExtendVector(Samples16(), hn::DemoteTo(bytes, lines.left[0])),
-            hn::ZeroExtendVector(Samples16(), hn::DemoteTo(bytes, lines.right[0])));
-        hn::Store(ends, Samples16(), edge);
-        for (std::ptrdiff_t y = 0; y < (is_single ? 4 : 8); ++y)
-            std::memcpy(right + y * stride - 1, edge + 2 * y, 2);
-    }
+    int done = FilterRunDown(Words(), right, stride, segments, 0, count, quantiser);
+    done = FilterRunDown(Words8(), right, stride, segments, done, count, quantiser);
+    // A last single segment stands in both halves of a vector and counts in one.
+    if (done < count)
+        FilterAcrossColumns(Words8(), right + 4 * done * stride, stride, 0, segments[done],
+                            quantiser);
 }
 
 }  // namespace

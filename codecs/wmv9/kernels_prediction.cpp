@@ -48,6 +48,15 @@ HWY_INLINE hn::Vec<D> Cubic(D words, hn::Vec<D> before, hn::Vec<D> left, hn::Vec
     }
 }
 
+constexpr int kWeights[4][4] = {{0, 64, 0, 0}, {-4, 53, 18, -3}, {-1, 9, 9, -1}, {-3, 18, 53, -4}};
+
+template <class D>
+HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, D>> BesideBelow(D words, hn::Vec<D> row,
+                                                                 hn::Vec<D> next) {
+    (void)words;
+    return hn::BitCast(hn::Repartition<std::uint8_t, D>(), hn::Or(row, hn::ShiftLeft<8>(next)));
+}
+
 // Two of the cubic's weights, as often as there are pairs of samples.
 template <class D>
 HWY_INLINE hn::Vec<hn::Repartition<std::int8_t, D>> Weights(D words, int even, int odd) {
@@ -71,7 +80,6 @@ template <int kX, class D>
 HWY_INLINE void BicubicAcross(D words, const Block& block) {
     constexpr int kShift = kX == 2 ? 4 : 6;
     // clang-format off
-    constexpr int kWeights[4][4] = {{0, 64, 0, 0}, {-4, 53, 18, -3}, {-1, 9, 9, -1}, {-3, 18, 53, -4}};
     alignas(16) static constexpr std::uint8_t kLeft[16] = {0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7, 8};
     alignas(16) static constexpr std::uint8_t kRight[16] = {2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7, 8, 8, 9, 9, 10};
     // clang-format on
@@ -101,18 +109,26 @@ HWY_INLINE void BicubicAcross(D words, const Block& block) {
 template <int kY, class D, class Sink>
 HWY_INLINE void CubicDown(D words, const std::uint8_t* source, std::ptrdiff_t stride, int height,
                           Sink sink) {
-    auto before = LoadWords(words, source - stride);
-    auto left = LoadWords(words, source);
-    auto right = LoadWords(words, source + stride);
+    const auto upper_weights = Weights(words, kWeights[kY][0], kWeights[kY][1]);
+    const auto lower_weights = Weights(words, kWeights[kY][2], kWeights[kY][3]);
+    auto row = LoadWords(words, source);
+    // Each sample beside the one below it.
+    auto above = BesideBelow(words, LoadWords(words, source - stride), row);
+    auto next = LoadWords(words, source + stride);
+    auto here = BesideBelow(words, row, next);
     for (int y = 0; y < height; y += 2) {
-        const auto after = LoadWords(words, source + 2 * stride);
-        const auto last = LoadWords(words, source + 3 * stride);
-        sink.Store(words, Cubic<kY>(words, before, left, right, after),
-                   Cubic<kY>(words, left, right, after, last));
+        row = LoadWords(words, source + 2 * stride);
+        const auto below = BesideBelow(words, next, row);
+        const auto upper = hn::Add(MulSamplePairs(words, above, upper_weights),
+                                   MulSamplePairs(words, below, lower_weights));
+        next = LoadWords(words, source + 3 * stride);
+        const auto last = BesideBelow(words, row, next);
+        const auto lower = hn::Add(MulSamplePairs(words, here, upper_weights),
+                                   MulSamplePairs(words, last, lower_weights));
+        sink.Store(words, upper, lower);
         source += 2 * stride;
-        before = right;
-        left = after;
-        right = last;
+        above = below;
+        here = last;
     }
 }
 

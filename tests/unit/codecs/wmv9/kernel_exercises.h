@@ -21,7 +21,7 @@ struct Variant {
     std::string Name() const;
 };
 
-/// Samples that the picture around a block must have, or that a call may change.
+/// Samples around a block.
 struct Margins {
     int left = 0;
     int right = 0;
@@ -29,10 +29,17 @@ struct Margins {
     int below = 0;
 };
 
-enum class Content { Noise, Extremes, Checkers, Black, White, Ramp, Seams };
+struct Area {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+};
+
+enum class Content { Noise, Extremes, Checkers, Peaks, Black, White, Ramp, Seams };
 inline constexpr Content kContents[] = {Content::Noise, Content::Extremes, Content::Checkers,
-                                        Content::Black, Content::White,    Content::Ramp,
-                                        Content::Seams};
+                                        Content::Peaks, Content::Black,    Content::White,
+                                        Content::Ramp,  Content::Seams};
 
 /// Samples in memory that ends right behind the last of them, so that a sanitizer sees a read or
 /// write beyond; where they begin is aligned to nothing.
@@ -42,8 +49,8 @@ class Plane {
     std::uint8_t* At() { return samples_.data() + origin_; }
     const std::uint8_t* At() const { return samples_.data() + origin_; }
     std::ptrdiff_t Stride() const { return stride_; }
-    /// Nothing but the block itself is different.
-    bool IsSameAround(const Plane& other, int width, int height) const;
+    /// Nothing but this part is different; places are of the block.
+    bool IsSameAround(const Plane& other, const Area& part) const;
     bool operator==(const Plane&) const = default;
 
   private:
@@ -62,10 +69,17 @@ struct Scene {
     Plane a;
     std::vector<Plane> b;  ///< four, of one stride
     Plane out;
+    Area changed;  ///< of `out`, at most
     Block in;
     std::vector<std::uint8_t> segments;
     Block result;
     std::uint32_t numbers[4] = {};
+};
+
+/// A typical call, for timing.
+struct Timed {
+    const char* label;
+    Variant variant;
 };
 
 struct Exercise {
@@ -73,7 +87,7 @@ struct Exercise {
     std::vector<Variant> (*variants)();
     Scene (*scene)(const Variant& variant, Content content, unsigned seed);
     void (*run)(const codecs::wmv9::Kernels& kernels, const Variant& variant, Scene& scene);
-    std::vector<Variant> timed;  ///< typical ones
+    std::vector<Timed> timed;
 };
 
 const std::vector<Exercise>& Exercises();

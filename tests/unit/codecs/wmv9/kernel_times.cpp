@@ -29,12 +29,12 @@ double TimeOf(const Kernels& kernels, const Exercise& exercise, const Variant& v
 
 void PrintTimes() {
     fmt::print("Nanoseconds a call; those of the loop filter have the copying of the samples.\n");
-    fmt::print("{:<18} {:<58}", "kernel", "call");
+    fmt::print("{:<18} {:<14}", "kernel", "call");
     for (const Kernels& kernels : AllKernels()) fmt::print("{:>9}", kernels.name);
     fmt::print("\n");
     for (const Exercise& exercise : Exercises())
-        for (const Variant& variant : exercise.timed) {
-            fmt::print("{:<18} {:<58}", exercise.name, variant.Name());
+        for (const auto& [label, variant] : exercise.timed) {
+            fmt::print("{:<18} {:<14}", exercise.name, label);
             for (const Kernels& kernels : AllKernels())
                 fmt::print("{:>9.1f}", TimeOf(kernels, exercise, variant));
             fmt::print("\n");
