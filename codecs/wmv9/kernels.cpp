@@ -8,10 +8,10 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels.cpp"
 #include <hwy/foreach_target.h>
-#include <hwy/highway.h>
+#include "codecs/wmv9/vectors_inl.h"
 // clang-format on
 
-#if HWY_TARGET < HWY_EMU128
+#if CODECS_WMV9_VECTORS
 HWY_BEFORE_NAMESPACE();
 namespace codecs::wmv9::HWY_NAMESPACE {
 

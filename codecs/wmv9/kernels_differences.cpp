@@ -7,7 +7,7 @@
 #include "codecs/wmv9/vectors_inl.h"
 // clang-format on
 
-#if HWY_TARGET < HWY_EMU128
+#if CODECS_WMV9_VECTORS
 HWY_BEFORE_NAMESPACE();
 namespace codecs::wmv9::HWY_NAMESPACE {
 namespace {

@@ -9,7 +9,7 @@
 #include "codecs/wmv9/vectors_inl.h"
 // clang-format on
 
-#if HWY_TARGET < HWY_EMU128
+#if CODECS_WMV9_VECTORS
 HWY_BEFORE_NAMESPACE();
 namespace codecs::wmv9::HWY_NAMESPACE {
 namespace {
@@ -19,8 +19,7 @@ constexpr int kSegments = static_cast<int>(kLanes<D> / 4);
 
 // The segments that a vector takes, a byte each.
 template <class D>
-HWY_INLINE std::uint32_t LoadSegments(D words, const std::uint8_t* segments) {
-    (void)words;
+HWY_INLINE std::uint32_t LoadSegments(D, const std::uint8_t* segments) {
     std::uint32_t bytes = 0;
     std::memcpy(&bytes, segments, static_cast<std::size_t>(kSegments<D>));
     return bytes;
@@ -50,13 +49,6 @@ HWY_INLINE hn::Mask<D> OfThirdLines(D words, hn::Mask<D> lines) {
     return hn::MaskFromVec(hn::BitCast(words, hn::TableLookupBytes(all, places)));
 }
 
-// The samples across an edge, a vector a sample: four on its left and four on its right.
-template <class D>
-struct Lines {
-    hn::Vec<D> left[4];  // from the edge on
-    hn::Vec<D> right[4];
-};
-
 // (2 * (a - d) - 5 * (b - c) + 4) >> 3
 template <class D>
 HWY_INLINE hn::Vec<D> Bend(D words, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D> c, hn::Vec<D> d) {
@@ -65,11 +57,11 @@ HWY_INLINE hn::Vec<D> Bend(D words, hn::Vec<D> a, hn::Vec<D> b, hn::Vec<D> c, hn
     return hn::ShiftRight<3>(hn::Add(hn::Sub(hn::Add(outer, outer), inner), hn::Set(words, 4)));
 }
 
-// Smooths the two samples at the edge. False if all stay as they are.
+// Smooths the two samples at an edge, the first of four on each side of it. False if all stay as
+// they are.
 template <class D>
-HWY_INLINE bool Smooth(D words, Lines<D>& lines, hn::Mask<D> wanted, int quantiser) {
-    const auto& left = lines.left;
-    const auto& right = lines.right;
+HWY_INLINE bool Smooth(D words, hn::Vec<D>* left, hn::Vec<D>* right, hn::Mask<D> wanted,
+                       int quantiser) {
     const auto zero = hn::Zero(words);
     const auto seam = Bend(words, left[1], left[0], right[0], right[1]);
     const auto size = hn::Abs(seam);
@@ -87,8 +79,8 @@ HWY_INLINE bool Smooth(D words, Lines<D>& lines, hn::Mask<D> wanted, int quantis
     const auto move = hn::Min(hn::ShiftRight<3>(excess), limit);
     const auto change =
         hn::IfThenElseZero(smoothed, hn::IfThenElse(hn::Lt(jump, zero), move, hn::Neg(move)));
-    lines.left[0] = hn::Add(left[0], change);
-    lines.right[0] = hn::Sub(right[0], change);
+    left[0] = hn::Add(left[0], change);
+    right[0] = hn::Sub(right[0], change);
     return true;
 }
 
@@ -96,14 +88,15 @@ template <class D>
 HWY_INLINE void FilterAcrossRows(D words, std::uint8_t* below, std::ptrdiff_t stride,
                                  std::uint32_t segments, int quantiser) {
     if (segments == 0) return;
-    Lines<D> lines;
+    hn::Vec<D> left[4];
+    hn::Vec<D> right[4];
     for (std::ptrdiff_t i = 0; i < 4; ++i) {
-        lines.left[i] = LoadWords(words, below - (i + 1) * stride);
-        lines.right[i] = LoadWords(words, below + i * stride);
+        left[i] = LoadWords(words, below - (i + 1) * stride);
+        right[i] = LoadWords(words, below + i * stride);
     }
-    if (!Smooth(words, lines, Wanted(words, segments), quantiser)) return;
-    StoreSamples(words, lines.left[0], below - stride);
-    StoreSamples(words, lines.right[0], below);
+    if (!Smooth(words, left, right, Wanted(words, segments), quantiser)) return;
+    StoreSamples(words, left[0], below - stride);
+    StoreSamples(words, right[0], below);
 }
 
 // As many segments as fit `words`, while so many are left.
@@ -132,11 +125,9 @@ HWY_INLINE hn::Vec<Samples16> LoadZipped(const std::uint8_t* row, std::ptrdiff_t
 }
 
 template <class D>
-HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, D>> LoadZippedRows(D words,
-                                                                    const std::uint8_t* row,
+HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, D>> LoadZippedRows(D, const std::uint8_t* row,
                                                                     std::ptrdiff_t stride,
                                                                     std::ptrdiff_t second) {
-    (void)words;
     if constexpr (kLanes<D> == 16)
         return hn::Combine(hn::Repartition<std::uint8_t, D>(), LoadZipped(row + 8 * stride, second),
                            LoadZipped(row, second));
@@ -146,8 +137,8 @@ HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, D>> LoadZippedRows(D words,
 
 // Rows of eight samples become columns, in each eight of them; the first four are the edge's left.
 template <class D>
-HWY_INLINE Lines<D> LoadTurned(D words, const std::uint8_t* from, std::ptrdiff_t stride,
-                               std::ptrdiff_t second) {
+HWY_INLINE void LoadTurned(D words, const std::uint8_t* from, std::ptrdiff_t stride,
+                           std::ptrdiff_t second, hn::Vec<D>* left, hn::Vec<D>* right) {
     const hn::Repartition<std::uint8_t, D> bytes;
     const auto rows0 = LoadZippedRows(words, from, stride, second);
     const auto rows1 = LoadZippedRows(words, from + stride, stride, second);
@@ -162,16 +153,14 @@ HWY_INLINE Lines<D> LoadTurned(D words, const std::uint8_t* from, std::ptrdiff_t
     const auto columns45 = hn::InterleaveLower(even_right, odd_right);
     const auto columns67 = hn::InterleaveUpper(bytes, even_right, odd_right);
     const auto zero = hn::Zero(bytes);
-    Lines<D> lines;
-    lines.left[3] = hn::BitCast(words, hn::InterleaveLower(columns01, zero));
-    lines.left[2] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns01, zero));
-    lines.left[1] = hn::BitCast(words, hn::InterleaveLower(columns23, zero));
-    lines.left[0] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns23, zero));
-    lines.right[0] = hn::BitCast(words, hn::InterleaveLower(columns45, zero));
-    lines.right[1] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns45, zero));
-    lines.right[2] = hn::BitCast(words, hn::InterleaveLower(columns67, zero));
-    lines.right[3] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns67, zero));
-    return lines;
+    left[3] = hn::BitCast(words, hn::InterleaveLower(columns01, zero));
+    left[2] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns01, zero));
+    left[1] = hn::BitCast(words, hn::InterleaveLower(columns23, zero));
+    left[0] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns23, zero));
+    right[0] = hn::BitCast(words, hn::InterleaveLower(columns45, zero));
+    right[1] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns45, zero));
+    right[2] = hn::BitCast(words, hn::InterleaveLower(columns67, zero));
+    right[3] = hn::BitCast(words, hn::InterleaveUpper(bytes, columns67, zero));
 }
 
 template <class D>
@@ -184,11 +173,13 @@ template <class D>
 HWY_INLINE void FilterAcrossColumns(D words, std::uint8_t* right, std::ptrdiff_t stride,
                                     std::ptrdiff_t second, std::uint32_t segments, int quantiser) {
     if (segments == 0) return;
-    auto lines = LoadTurned(words, right - 4, stride, second);
-    if (!Smooth(words, lines, Wanted(words, segments), quantiser)) return;
+    hn::Vec<D> before[4];
+    hn::Vec<D> after[4];
+    LoadTurned(words, right - 4, stride, second, before, after);
+    if (!Smooth(words, before, after, Wanted(words, segments), quantiser)) return;
     HWY_ALIGN std::int16_t edge[16];
-    hn::Store(hn::Or(Clip8(words, lines.left[0]), hn::ShiftLeft<8>(Clip8(words, lines.right[0]))),
-              words, edge);
+    hn::Store(hn::Or(Clip8(words, before[0]), hn::ShiftLeft<8>(Clip8(words, after[0]))), words,
+              edge);
     const std::ptrdiff_t rows = second == 0 ? 4 : kLanes<D>;
     for (std::ptrdiff_t y = 0; y < rows; ++y) std::memcpy(right + y * stride - 1, edge + y, 2);
 }

@@ -7,7 +7,7 @@
 #include "codecs/wmv9/vectors_inl.h"
 // clang-format on
 
-#if HWY_TARGET < HWY_EMU128
+#if CODECS_WMV9_VECTORS
 HWY_BEFORE_NAMESPACE();
 namespace codecs::wmv9::HWY_NAMESPACE {
 namespace {
@@ -51,9 +51,8 @@ HWY_INLINE hn::Vec<D> Cubic(D words, hn::Vec<D> before, hn::Vec<D> left, hn::Vec
 constexpr int kWeights[4][4] = {{0, 64, 0, 0}, {-4, 53, 18, -3}, {-1, 9, 9, -1}, {-3, 18, 53, -4}};
 
 template <class D>
-HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, D>> BesideBelow(D words, hn::Vec<D> row,
+HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, D>> BesideBelow(D, hn::Vec<D> row,
                                                                  hn::Vec<D> next) {
-    (void)words;
     return hn::BitCast(hn::Repartition<std::uint8_t, D>(), hn::Or(row, hn::ShiftLeft<8>(next)));
 }
 
@@ -66,9 +65,7 @@ HWY_INLINE hn::Vec<hn::Repartition<std::int8_t, D>> Weights(D words, int even, i
 
 // Samples from one before the row's first on; each eight values need eleven of them.
 template <class D>
-HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, D>> LoadForCubic(D words,
-                                                                  const std::uint8_t* row) {
-    (void)words;
+HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, D>> LoadForCubic(D, const std::uint8_t* row) {
     if constexpr (kLanes<D> == 16)
         return hn::Combine(hn::Repartition<std::uint8_t, D>(), hn::LoadU(Samples16(), row + 7),
                            hn::LoadU(Samples16(), row - 1));

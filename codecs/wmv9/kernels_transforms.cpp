@@ -9,7 +9,7 @@
 #include "codecs/wmv9/vectors_inl.h"
 // clang-format on
 
-#if HWY_TARGET < HWY_EMU128
+#if CODECS_WMV9_VECTORS
 HWY_BEFORE_NAMESPACE();
 namespace codecs::wmv9::HWY_NAMESPACE {
 namespace {
@@ -168,16 +168,9 @@ HWY_INLINE Word InverseAcross(Word rows) {
     }
 }
 
-// Two rows' values of the same columns side by side, in as many vectors as a row of sums takes.
+// Two rows' values of the same columns stand side by side, in as many vectors as a row of sums
+// takes.
 constexpr int kParts = 2 / kRowsAtOnce;
-struct RowPair {
-    Word parts[kParts];
-};
-
-// One part's sums of eight rows.
-struct Column {
-    hn::Vec<Sums> rows[8];
-};
 
 #if HWY_CAP_GE256
 // Turns 64-bit quarters 0 1 2 3 to 0 2 1 3.
@@ -188,34 +181,33 @@ HWY_INLINE Word SwapMiddle(Word values) {
 }
 
 template <bool kNarrow>
-HWY_INLINE RowPair AcrossPair(Word8 a, Word8 b) {
+HWY_INLINE void AcrossPair(Word8 a, Word8 b, Word* parts) {
     alignas(16) static constexpr std::uint8_t kZip[16] = {0, 1, 8,  9,  2, 3, 10, 11,
                                                           4, 5, 12, 13, 6, 7, 14, 15};
     const hn::Repartition<std::uint8_t, Words> bytes;
     const Word both = SwapMiddle(InverseAcross<kNarrow>(hn::Combine(Words(), b, a)));
     const auto zipped = hn::TableLookupBytes(hn::BitCast(bytes, both), hn::LoadDup128(bytes, kZip));
-    return {{hn::BitCast(Words(), zipped)}};
+    parts[0] = hn::BitCast(Words(), zipped);
 }
 
-HWY_INLINE void StoreRows(const Column* columns, std::int16_t* out) {
+HWY_INLINE void StoreRows(const hn::Vec<Sums> (*parts)[8], std::int16_t* out) {
     for (int y = 0; y < 8; y += 2) {
-        const Word rows = hn::ReorderDemote2To(Words(), columns[0].rows[y], columns[0].rows[y + 1]);
+        const Word rows = hn::ReorderDemote2To(Words(), parts[0][y], parts[0][y + 1]);
         hn::Store(SwapMiddle(rows), Words(), out + 8 * y);
     }
 }
 #else
 template <bool kNarrow>
-HWY_INLINE RowPair AcrossPair(Word8 a, Word8 b) {
+HWY_INLINE void AcrossPair(Word8 a, Word8 b, Word* parts) {
     const Word a_across = InverseAcross<kNarrow>(a);
     const Word b_across = InverseAcross<kNarrow>(b);
-    return {{hn::InterleaveLower(a_across, b_across),
-             hn::InterleaveUpper(Words(), a_across, b_across)}};
+    parts[0] = hn::InterleaveLower(a_across, b_across);
+    parts[1] = hn::InterleaveUpper(Words(), a_across, b_across);
 }
 
-HWY_INLINE void StoreRows(const Column* columns, std::int16_t* out) {
+HWY_INLINE void StoreRows(const hn::Vec<Sums> (*parts)[8], std::int16_t* out) {
     for (int y = 0; y < 8; ++y)
-        hn::Store(hn::ReorderDemote2To(Words(), columns[0].rows[y], columns[1].rows[y]), Words(),
-                  out + 8 * y);
+        hn::Store(hn::ReorderDemote2To(Words(), parts[0][y], parts[1][y]), Words(), out + 8 * y);
 }
 #endif
 
@@ -262,22 +254,22 @@ HWY_INLINE void InverseOf(std::int16_t* residual, const std::int16_t* coefficien
     // In the pairs that the columns' transform takes.
     static constexpr int kPairs[2][4][2] = {{{0, 4}, {2, 6}, {1, 3}, {5, 7}},
                                             {{0, 2}, {1, 3}, {4, 6}, {5, 7}}};
-    RowPair pairs[4];
+    Word pairs[4][kParts];
     for (int i = 0; i < 4; ++i) {
         const int* of = kPairs[kLow ? 1 : 0][i];
-        pairs[i] = AcrossPair<kNarrow>(LoadRow(coefficients, of[0]), LoadRow(coefficients, of[1]));
+        AcrossPair<kNarrow>(LoadRow(coefficients, of[0]), LoadRow(coefficients, of[1]), pairs[i]);
     }
-    Column columns[kParts];
+    hn::Vec<Sums> sums[kParts][8];
     for (int part = 0; part < kParts; ++part) {
         if constexpr (kLow) {
-            InverseDown4(pairs[0].parts[part], pairs[1].parts[part], columns[part].rows);
-            InverseDown4(pairs[2].parts[part], pairs[3].parts[part], columns[part].rows + 4);
+            InverseDown4(pairs[0][part], pairs[1][part], sums[part]);
+            InverseDown4(pairs[2][part], pairs[3][part], sums[part] + 4);
         } else {
-            InverseDown8(pairs[0].parts[part], pairs[1].parts[part], pairs[2].parts[part],
-                         pairs[3].parts[part], columns[part].rows);
+            InverseDown8(pairs[0][part], pairs[1][part], pairs[2][part], pairs[3][part],
+                         sums[part]);
         }
     }
-    StoreRows(columns, residual);
+    StoreRows(sums, residual);
 }
 
 void Inverse(Shape shape, std::int16_t* residual, const std::int16_t* coefficients) {

@@ -13,7 +13,12 @@
 #include <cstddef>
 #include <cstdint>
 
-#if HWY_TARGET < HWY_EMU128  // the plain kernels serve machines without vectors
+// Not for emulated vectors, than which the plain kernels are better, nor for those of a length that
+// only the machine knows.
+#undef CODECS_WMV9_VECTORS
+#define CODECS_WMV9_VECTORS (HWY_TARGET < HWY_EMU128 && !HWY_HAVE_SCALABLE)
+
+#if CODECS_WMV9_VECTORS
 HWY_BEFORE_NAMESPACE();
 namespace codecs::wmv9::HWY_NAMESPACE {
 
@@ -37,15 +42,15 @@ HWY_INLINE hn::Vec<D> LoadWords(D words, const std::uint8_t* from) {
 
 /// Clips.
 template <class D>
-HWY_INLINE void StoreSamples(D words, hn::Vec<D> values, std::uint8_t* to) {
+HWY_INLINE void StoreSamples(D, hn::Vec<D> values, std::uint8_t* to) {
     const hn::Rebind<std::uint8_t, D> samples;
     hn::StoreU(hn::DemoteTo(samples, values), samples, to);
 }
 
 /// Clips two rows of as many samples as `words` has lanes.
 template <class D>
-HWY_INLINE void StoreTwoRows(D words, hn::Vec<D> upper, hn::Vec<D> lower, std::uint8_t* to,
-                             std::ptrdiff_t stride) {
+HWY_INLINE void StoreTwoRows([[maybe_unused]] D words, hn::Vec<D> upper, hn::Vec<D> lower,
+                             std::uint8_t* to, std::ptrdiff_t stride) {
 #if HWY_ARCH_X86
     const hn::Repartition<std::uint8_t, D> samples;
     const hn::Half<decltype(samples)> row;
@@ -54,7 +59,6 @@ HWY_INLINE void StoreTwoRows(D words, hn::Vec<D> upper, hn::Vec<D> lower, std::u
         both.raw = _mm256_permute4x64_epi64(_mm256_packus_epi16(upper.raw, lower.raw), 0xD8);
     else
         both.raw = _mm_packus_epi16(upper.raw, lower.raw);
-    (void)words;
     hn::StoreU(hn::LowerHalf(row, both), row, to);
     hn::StoreU(hn::UpperHalf(row, both), row, to + stride);
 #else
@@ -66,10 +70,10 @@ HWY_INLINE void StoreTwoRows(D words, hn::Vec<D> upper, hn::Vec<D> lower, std::u
 /// samples[2 * i] * factors[2 * i] + samples[2 * i + 1] * factors[2 * i + 1], without signs and
 /// with; no sum may pass sixteen bits.
 template <class D>
-HWY_INLINE hn::Vec<D> MulSamplePairs(D words, hn::Vec<hn::Repartition<std::uint8_t, D>> samples,
+HWY_INLINE hn::Vec<D> MulSamplePairs([[maybe_unused]] D words,
+                                     hn::Vec<hn::Repartition<std::uint8_t, D>> samples,
                                      hn::Vec<hn::Repartition<std::int8_t, D>> factors) {
 #if HWY_ARCH_X86
-    (void)words;
     if constexpr (kLanes<D> == 16)
         return hn::Vec<D>{_mm256_maddubs_epi16(samples.raw, factors.raw)};
     else
@@ -87,14 +91,13 @@ HWY_INLINE hn::Vec<D> MulSamplePairs(D words, hn::Vec<hn::Repartition<std::uint8
 
 /// a[2 * i] * b[2 * i] + a[2 * i + 1] * b[2 * i + 1].
 template <class D>
-HWY_INLINE hn::Vec<hn::RepartitionToWide<D>> MulPairs(D words, hn::Vec<D> a, hn::Vec<D> b) {
+HWY_INLINE hn::Vec<hn::RepartitionToWide<D>> MulPairs([[maybe_unused]] D words, hn::Vec<D> a,
+                                                      hn::Vec<D> b) {
     const hn::RepartitionToWide<D> sums;
 #if HWY_ARCH_X86
     hn::Vec<decltype(sums)> unused = hn::Zero(sums);
-    (void)words;
     return hn::ReorderWidenMulAccumulate(sums, a, b, hn::Zero(sums), unused);
 #else
-    (void)words;
     const auto a_odd = hn::ShiftRight<16>(hn::BitCast(sums, a));
     const auto b_odd = hn::ShiftRight<16>(hn::BitCast(sums, b));
     const auto a_even = hn::ShiftRight<16>(hn::ShiftLeft<16>(hn::BitCast(sums, a)));
