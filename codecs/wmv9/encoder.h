@@ -41,6 +41,9 @@ struct PictureRequest {
     // Of a picture between two others: its place from 1 on in a run of so many.
     int place = 1;
     int run = 1;
+    /// A predicted one may become a key picture where the scene changes; not when pictures are to
+    /// come that stand before it.
+    bool may_be_key = true;
 };
 
 struct CodedPicture {

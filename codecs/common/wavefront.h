@@ -1,0 +1,44 @@
+// Runs through a picture's rows side by side, each a little behind the one above.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace codecs {
+
+/// Its threads wait between runs. One run at a time, from one thread, which works along.
+class Wavefront {
+  public:
+    /// @param threads  that work, the caller's among them; at least 1
+    explicit Wavefront(int threads);
+    ~Wavefront();
+    Wavefront(const Wavefront&) = delete;
+    Wavefront& operator=(const Wavefront&) = delete;
+
+    /// Calls `visit(x, y)` for each place, with all places to the left in the row and those of the
+    /// row above up to x + 1 visited before. `visit` must not throw.
+    void Run(int columns, int rows, const std::function<void(int x, int y)>& visit);
+
+  private:
+    void Work();
+    void VisitRows();
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    int run_ = 0;      // counts the runs
+    int working_ = 0;  // threads beside the caller's
+    bool ended_ = false;
+
+    int columns_ = 0;
+    int rows_ = 0;
+    const std::function<void(int, int)>* visit_ = nullptr;
+    std::atomic<int> next_row_ = 0;
+    std::vector<std::atomic<int>> visited_;  // places of each row
+    std::vector<std::thread> threads_;
+};
+
+}  // namespace codecs

@@ -1,0 +1,51 @@
+// A bit for each macroblock of a picture, and its codings (SMPTE ST 421, 8.7).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "codecs/common/bit_writer.h"
+
+namespace codecs::wmv9 {
+
+class BitPlane {
+  public:
+    BitPlane(int width, int height)
+        : width_(width),
+          height_(height),
+          bits_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)) {}
+
+    int Width() const { return width_; }
+    int Height() const { return height_; }
+    bool At(int x, int y) const { return bits_[Place(x, y)] != 0; }
+    void Set(int x, int y, bool bit) { bits_[Place(x, y)] = bit ? 1 : 0; }
+
+  private:
+    std::size_t Place(int x, int y) const {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
+               static_cast<std::size_t>(x);
+    }
+
+    int width_;
+    int height_;
+    std::vector<std::uint8_t> bits_;
+};
+
+enum class PlaneMode : std::uint8_t { Raw, Pairs, PairsOfChange, Tiles, TilesOfChange, Rows, Columns };
+constexpr int kPlaneModes = 7;
+
+/// How a plane is written. Raw leaves its bits to the macroblocks.
+struct PlaneCoding {
+    PlaneMode mode = PlaneMode::Rows;
+    bool invert = false;
+    bool operator==(const PlaneCoding&) const = default;
+};
+
+/// The cheapest but raw.
+PlaneCoding CheapestCoding(const BitPlane& plane);
+/// Bits that the plane takes with its header.
+int PlaneBits(const BitPlane& plane, PlaneCoding coding);
+void WritePlane(BitWriter& out, const BitPlane& plane, PlaneCoding coding);
+
+}  // namespace codecs::wmv9

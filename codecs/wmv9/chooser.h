@@ -1,0 +1,36 @@
+// Decides how macroblocks are coded.
+#pragma once
+
+#include "codecs/wmv9/effort.h"
+#include "codecs/wmv9/estimates.h"
+#include "codecs/wmv9/trial.h"
+#include "codecs/wmv9/vectors.h"
+
+namespace codecs::wmv9 {
+
+/// Asked for each macroblock of a picture, from several threads where rows are coded side by side:
+/// those to the left, above, and above right are ready then.
+class Chooser {
+  public:
+    virtual ~Chooser() = default;
+    /// Works out the macroblock at (x, y) whole.
+    virtual void Choose(const Picture& picture, const Estimates& estimates, int x, int y,
+                        Trial& out) const = 0;
+};
+
+/// By bits and error, as hard as the effort says.
+class RateChooser final : public Chooser {
+  public:
+    explicit RateChooser(const Effort& effort) : effort_(effort) {}
+    void Choose(const Picture& picture, const Estimates& estimates, int x, int y,
+                Trial& out) const override;
+
+  private:
+    const Effort& effort_;
+};
+
+/// Sets the vectors of a macroblock with one, the difference, and what names the predictor.
+void SetVector(Macroblock& macroblock, Vector vector, const VectorPrediction& prediction,
+               const PictureHeader& header);
+
+}  // namespace codecs::wmv9

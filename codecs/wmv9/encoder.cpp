@@ -1,0 +1,272 @@
+#include "codecs/wmv9/encoder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <vector>
+
+#include "codecs/wmv9/between_places.h"
+#include "codecs/wmv9/chooser.h"
+#include "codecs/wmv9/effort.h"
+#include "codecs/wmv9/frame.h"
+#include "codecs/wmv9/picture_coder.h"
+#include "codecs/wmv9/sequence_header.h"
+
+namespace codecs::wmv9 {
+namespace {
+
+constexpr int kLargestSide = 8192;
+constexpr int kAnchors = 3;  // two references and the one that is coded
+constexpr double kFinestHalves = 9;  // quantisers in halves below
+
+EncoderSettings Checked(EncoderSettings settings) {
+    const auto even = [](int side) { return std::clamp(side, 2, kLargestSide) & ~1; };
+    settings.width = even(settings.width);
+    settings.height = even(settings.height);
+    settings.threads = std::max(1, settings.threads);
+    settings.between = settings.profile == Profile::Simple
+                           ? 0
+                           : std::clamp(settings.between, 0, kMostBetween);
+    return settings;
+}
+
+int MacroblocksIn(int samples) { return (samples + 15) / 16; }
+
+// Vectors may be as long as pictures of that size need.
+int VectorRange(const EncoderSettings& settings) {
+    if (settings.profile == Profile::Simple) return 0;
+    if (settings.width >= 1280 || settings.height >= 720) return 2;
+    return settings.height > 400 ? 1 : 0;
+}
+
+SequenceHeader MakeSequence(const EncoderSettings& settings) {
+    SequenceHeader header;
+    header.profile = settings.profile;
+    const bool main = settings.profile == Profile::Main;
+    header.loop_filter = main;
+    header.short_chroma_vectors = !main;
+    header.extended_vectors = VectorRange(settings) > 0;
+    header.most_between = settings.between;
+    header.rate_hint = std::clamp(
+        static_cast<int>(std::lround((settings.pictures_per_second - 2) / 4)), 0, 7);
+    header.bits_hint =
+        std::clamp(static_cast<int>((settings.rate_bps / 1000 - 32) / 64), 0, 31);
+    return header;
+}
+
+// The tables that the last picture of a kind was written with.
+struct Tables {
+    int vector = 0;
+    int pattern = 0;
+    int ac = 0;
+    int luma_ac = 0;
+    int dc = 0;
+};
+
+// What the next picture depends on.
+struct Past {
+    int earlier = -1;  // anchors; -1 = none
+    int later = -1;
+    bool later_is_key = false;
+    int later_grid = 0;
+    bool mapped = false;  // the later one was predicted from a mapped picture
+    int rounding = 1;
+    int counter = 0;
+    Tables tables[3];
+};
+
+}  // namespace
+
+class Encoder::Impl {
+  public:
+    explicit Impl(const EncoderSettings& settings)
+        : settings_(Checked(settings)),
+          sequence_(MakeSequence(settings_)),
+          width_(MacroblocksIn(settings_.width)),
+          height_(MacroblocksIn(settings_.height)),
+          effort_(EffortOf(settings_.effort)),
+          chooser_(effort_),
+          coder_(width_, height_, settings_.threads),
+          source_(width_, height_),
+          between_(width_, height_),
+          between_grid_(width_, height_) {
+        for (int i = 0; i < kAnchors; ++i) anchors_.emplace_back(width_, height_);
+        for (int i = 0; i < 2; ++i) grids_.emplace_back(width_, height_);
+    }
+
+    std::array<std::uint8_t, 4> SequenceBytes() const { return sequence_.Bytes(); }
+
+    CodedPicture Encode(const PictureView& picture, const PictureRequest& request) {
+        past_ = next_;
+        return Recode(picture, request);
+    }
+
+    CodedPicture Recode(const PictureView& picture, const PictureRequest& request) {
+        next_ = past_;
+        source_.Load(picture, settings_.width, settings_.height);
+        PictureHeader header = HeaderFor(request);
+        CodedPicture coded = Code(header);
+        if (header.kind == PictureKind::Predicted && request.may_be_key && MostlyIntra()) {
+            next_ = past_;
+            header.kind = PictureKind::Key;
+            UseTables(header);
+            coded = Code(header);
+        }
+        return coded;
+    }
+
+    void Forget() { next_ = past_; }
+
+    PictureView Reconstruction() const { return result_ == nullptr ? PictureView() : result_->View(); }
+
+  private:
+    PictureHeader HeaderFor(const PictureRequest& request) const {
+        PictureHeader header;
+        header.kind = request.kind;
+        if (past_.later < 0)
+            header.kind = PictureKind::Key;
+        else if (header.IsBetween() && (past_.earlier < 0 || settings_.between == 0))
+            header.kind = PictureKind::Predicted;
+        header.run = std::clamp(request.run, 1, std::max(1, settings_.between));
+        header.place = std::clamp(request.place, 1, header.run);
+        const double quantiser = std::clamp(request.quantiser, 1.0, 31.0);
+        header.quantiser = static_cast<int>(quantiser);
+        if (quantiser < kFinestHalves) {
+            header.half_step = std::lround(2 * quantiser) % 2 != 0;
+            header.quantiser = static_cast<int>(std::lround(2 * quantiser) / 2);
+        } else {
+            header.quantiser = static_cast<int>(std::lround(quantiser));
+        }
+        header.half_step = header.half_step && header.quantiser <= 8;
+        header.counter = past_.counter;
+        header.vector_range = VectorRange(settings_);
+        header.mode = VectorMode::Quarter;
+        if (!header.IsBetween()) {
+            if (!effort_.quarter) header.mode = VectorMode::HalfBilinear;
+            if (effort_.four) header.mode = VectorMode::Mixed;
+        }
+        if (effort_.shapes == ShapeBit(Shape::Whole8x8)) header.shape = Shape::Whole8x8;
+        header.rounding =
+            header.kind == PictureKind::Predicted ? 1 - past_.rounding : past_.rounding;
+        UseTables(header);
+        return header;
+    }
+
+    void UseTables(PictureHeader& header) const {
+        const Tables& tables = past_.tables[static_cast<int>(header.kind)];
+        header.vector_table = tables.vector;
+        header.pattern_table = tables.pattern;
+        header.ac_table = tables.ac;
+        header.luma_ac_table = tables.luma_ac;
+        header.dc_table = tables.dc;
+    }
+
+    CodedPicture Code(PictureHeader header) {
+        const bool anchor = !header.IsBetween();
+        const int place = FreeAnchor();
+        const int grid = past_.later < 0 ? 0 : 1 - past_.later_grid;
+        Frame& result = anchor ? anchors_[static_cast<std::size_t>(place)] : between_;
+        Picture picture{sequence_,
+                        header,
+                        BestKernels(),
+                        source_,
+                        result,
+                        anchor ? grids_[static_cast<std::size_t>(grid)] : between_grid_};
+        if (header.kind == PictureKind::Predicted) {
+            picture.past = &Anchor(past_.later);
+        } else if (header.IsBetween()) {
+            picture.past = &Anchor(past_.earlier);
+            picture.future = &Anchor(past_.later);
+        }
+        if (!header.IsKey() && !past_.later_is_key)
+            picture.anchor = &grids_[static_cast<std::size_t>(past_.later_grid)];
+        coder_.Analyse(picture, chooser_);
+        ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
+        const std::size_t level_bits = coder_.Write(picture);
+        Remember(picture.header, place, grid);
+        result_ = &result;
+        grid_ = &picture.grid;
+        if (anchor) result.Extend();
+
+        CodedPicture coded;
+        coded.data = coder_.Bits().Bytes();
+        coded.kind = header.kind;
+        coded.quantiser = header.quantiser + (header.half_step ? 0.5 : 0);
+        coded.bits = PictureBits::Taken(
+            static_cast<double>(level_bits),
+            static_cast<double>(8 * coded.data.size() - level_bits), coded.quantiser);
+        return coded;
+    }
+
+    const Frame& Anchor(int place) const { return anchors_[static_cast<std::size_t>(place)]; }
+
+    int FreeAnchor() const {
+        int place = 0;
+        while (place == past_.earlier || place == past_.later) ++place;
+        return place;
+    }
+
+    void Remember(const PictureHeader& header, int place, int grid) {
+        next_ = past_;
+        next_.counter = (past_.counter + 1) % 4;
+        next_.tables[static_cast<int>(header.kind)] = {header.vector_table, header.pattern_table,
+                                                       header.ac_table, header.luma_ac_table,
+                                                       header.dc_table};
+        if (header.IsBetween()) return;
+        next_.earlier = past_.later;
+        next_.later = place;
+        next_.later_is_key = header.IsKey();
+        next_.later_grid = grid;
+        next_.rounding = header.IsKey() ? 1 : header.rounding;
+    }
+
+    // Where a scene changes, little can be predicted.
+    bool MostlyIntra() const {
+        constexpr int kPart = 60;  // percent
+        int count = 0;
+        for (int y = 0; y < height_; ++y)
+            for (int x = 0; x < width_; ++x) count += grid_->At(x, y).intra ? 1 : 0;
+        return 100 * count > kPart * width_ * height_;
+    }
+
+    const EncoderSettings settings_;
+    const wmv9::SequenceHeader sequence_;
+    const int width_;  // macroblocks
+    const int height_;
+    const Effort& effort_;
+    const RateChooser chooser_;
+    PictureCoder coder_;
+    Frame source_;
+    Frame between_;
+    MacroblockGrid between_grid_;
+    std::vector<Frame> anchors_;
+    std::vector<MacroblockGrid> grids_;
+    Past past_;  // before the picture coded last
+    Past next_;  // after it
+    const Frame* result_ = nullptr;
+    const MacroblockGrid* grid_ = nullptr;
+};
+
+Encoder::Encoder(const EncoderSettings& settings) : impl_(std::make_unique<Impl>(settings)) {}
+Encoder::~Encoder() = default;
+
+std::array<std::uint8_t, 4> Encoder::SequenceHeader() const { return impl_->SequenceBytes(); }
+
+CodedPicture Encoder::Encode(const PictureView& picture, const PictureRequest& request) {
+    return impl_->Encode(picture, request);
+}
+
+CodedPicture Encoder::Recode(const PictureView& picture, const PictureRequest& request) {
+    return impl_->Recode(picture, request);
+}
+
+void Encoder::Forget() { impl_->Forget(); }
+
+PictureView Encoder::Reconstruction() const { return impl_->Reconstruction(); }
+
+int Encoder::ChooseBetween(const PictureView& /*before*/,
+                           std::span<const PictureView> next) const {
+    return next.empty() ? 0 : static_cast<int>(next.size()) - 1;
+}
+
+}  // namespace codecs::wmv9

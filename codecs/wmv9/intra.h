@@ -1,0 +1,31 @@
+// Codes macroblocks by themselves (SMPTE ST 421, 8.1 and 8.3.6).
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "codecs/wmv9/estimates.h"
+#include "codecs/wmv9/quantiser.h"
+#include "codecs/wmv9/trial.h"
+
+namespace codecs::wmv9 {
+
+/// Whether levels are predicted from the blocks around.
+enum class AcPrediction : std::uint8_t { Off, On, Choose };
+
+struct IntraOptions {
+    AcPrediction prediction = AcPrediction::Choose;
+    bool joint = false;  // levels by bits and error
+};
+
+/// `trial` is overwritten; its bits are those of blocks, pattern and prediction flag.
+void CodeIntra(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
+               const IntraOptions& options, int x, int y, Trial& trial);
+
+/// The order in which the AC levels of an intra block are written.
+std::span<const std::uint8_t> IntraScan(bool key_picture, const Macroblock& macroblock, int block);
+
+/// The pattern of coded blocks of a key picture's macroblock at (x, y), as it is written.
+int WrittenKeyPattern(const MacroblockGrid& grid, const Macroblock& macroblock, int x, int y);
+
+}  // namespace codecs::wmv9

@@ -1,0 +1,147 @@
+#include "codecs/wmv9/loop_filter.h"
+
+#include <algorithm>
+
+#include "codecs/wmv9/transform_types.h"
+#include "codecs/wmv9/vectors.h"
+
+namespace codecs::wmv9 {
+namespace {
+
+// Quarters of a block: top left 8, top right 4, bottom left 2, bottom right 1.
+constexpr int kTopLeft = 8;
+constexpr int kTopRight = 4;
+constexpr int kBottomLeft = 2;
+constexpr int kBottomRight = 1;
+
+bool Any(int quarters, int of) { return (quarters & of) != 0; }
+
+}  // namespace
+
+LoopFilter::LoopFilter(int width, int height) {
+    for (int i = 0; i < 3; ++i) {
+        PlaneState& plane = planes_[i];
+        plane.width = i == 0 ? 2 * width : width;
+        plane.height = i == 0 ? 2 * height : height;
+        plane.blocks.resize(static_cast<std::size_t>(plane.width) *
+                            static_cast<std::size_t>(plane.height));
+    }
+    segments_.resize(4 * static_cast<std::size_t>(std::max(width, 1)));
+}
+
+void LoopFilter::Run(const Picture& picture) {
+    if (picture.header.kind != PictureKind::Predicted) {
+        for (int plane = 0; plane < 3; ++plane) FilterAll(picture, plane);
+        return;
+    }
+    Gather(picture);
+    for (int plane = 0; plane < 3; ++plane) FilterSome(picture, plane);
+}
+
+void LoopFilter::Gather(const Picture& picture) {
+    for (int y = 0; y < picture.Height(); ++y) {
+        for (int x = 0; x < picture.Width(); ++x) {
+            const Macroblock& macroblock = picture.grid.At(x, y);
+            const Vector chroma =
+                macroblock.intra ? Vector() : ChromaVector(CombinedVector(macroblock));
+            for (int n = 0; n < kBlocks; ++n) {
+                const auto index = static_cast<std::size_t>(n);
+                BlockState state;
+                state.intra = macroblock.intra;
+                state.vector = n < 4 ? macroblock.vectors[index] : chroma;
+                if (!macroblock.intra && macroblock.IsCoded(n)) {
+                    const Shape shape = macroblock.shapes[index];
+                    state.quarters = static_cast<std::uint8_t>(
+                        CodedQuarters(shape, macroblock.parts[index]));
+                    state.rows = shape == Shape::Wide8x4 || shape == Shape::Small4x4;
+                    state.columns = shape == Shape::Tall4x8 || shape == Shape::Small4x4;
+                }
+                if (n < 4)
+                    planes_[0].At(2 * x + (n & 1), 2 * y + (n >> 1)) = state;
+                else
+                    planes_[n - 3].At(x, y) = state;
+            }
+        }
+    }
+}
+
+// Every edge between blocks, and none inside.
+void LoopFilter::FilterAll(const Picture& picture, int plane) {
+    const Plane& samples = picture.result[plane];
+    const PlaneState& state = planes_[plane];
+    const int quantiser = picture.header.quantiser;
+    std::fill(segments_.begin(), segments_.end(), std::uint8_t{1});
+    for (int y = 1; y < state.height; ++y)
+        picture.kernels.filter_horizontal(samples.At(0, 8 * y), samples.stride, segments_.data(),
+                                          2 * state.width, quantiser);
+    for (int y = 0; y < state.height; ++y)
+        for (int x = 1; x < state.width; ++x)
+            picture.kernels.filter_vertical(samples.At(8 * x, 8 * y), samples.stride,
+                                            segments_.data(), 2, quantiser);
+}
+
+// The segments of the edge above a row of blocks; false when there is none to filter.
+bool LoopFilter::BelowEdge(const PlaneState& state, int y) {
+    std::uint8_t any = 0;
+    for (int x = 0; x < state.width; ++x) {
+        const BlockState& above = state.At(x, y - 1);
+        const BlockState& below = state.At(x, y);
+        const bool both = above.intra || below.intra || !(above.vector == below.vector);
+        std::uint8_t* const segment = &segments_[2 * static_cast<std::size_t>(x)];
+        segment[0] = both || Any(above.quarters, kBottomLeft) || Any(below.quarters, kTopLeft);
+        segment[1] = both || Any(above.quarters, kBottomRight) || Any(below.quarters, kTopRight);
+        any |= segment[0] | segment[1];
+    }
+    return any != 0;
+}
+
+bool LoopFilter::InsideRows(const PlaneState& state, int y) {
+    std::uint8_t any = 0;
+    for (int x = 0; x < state.width; ++x) {
+        const BlockState& block = state.At(x, y);
+        std::uint8_t* const segment = &segments_[2 * static_cast<std::size_t>(x)];
+        segment[0] = block.rows && Any(block.quarters, kTopLeft | kBottomLeft);
+        segment[1] = block.rows && Any(block.quarters, kTopRight | kBottomRight);
+        any |= segment[0] | segment[1];
+    }
+    return any != 0;
+}
+
+void LoopFilter::FilterSome(const Picture& picture, int plane) {
+    const Plane& samples = picture.result[plane];
+    const PlaneState& state = planes_[plane];
+    const Kernels& kernels = picture.kernels;
+    const int quantiser = picture.header.quantiser;
+    for (int y = 1; y < state.height; ++y)
+        if (BelowEdge(state, y))
+            kernels.filter_horizontal(samples.At(0, 8 * y), samples.stride, segments_.data(),
+                                      2 * state.width, quantiser);
+    for (int y = 0; y < state.height; ++y)
+        if (InsideRows(state, y))
+            kernels.filter_horizontal(samples.At(0, 8 * y + 4), samples.stride, segments_.data(),
+                                      2 * state.width, quantiser);
+    for (int y = 0; y < state.height; ++y) {
+        for (int x = 1; x < state.width; ++x) {
+            const BlockState& left = state.At(x - 1, y);
+            const BlockState& right = state.At(x, y);
+            const bool both = left.intra || right.intra || !(left.vector == right.vector);
+            const std::uint8_t segments[2] = {
+                both || Any(left.quarters, kTopRight) || Any(right.quarters, kTopLeft),
+                both || Any(left.quarters, kBottomRight) || Any(right.quarters, kBottomLeft)};
+            if ((segments[0] | segments[1]) != 0)
+                kernels.filter_vertical(samples.At(8 * x, 8 * y), samples.stride, segments, 2,
+                                        quantiser);
+        }
+        // An edge inside a block reads the samples of the edges on its both sides.
+        for (int x = 0; x < state.width; ++x) {
+            const BlockState& block = state.At(x, y);
+            if (!block.columns) continue;
+            const std::uint8_t segments[2] = {Any(block.quarters, kTopLeft | kTopRight),
+                                              Any(block.quarters, kBottomLeft | kBottomRight)};
+            kernels.filter_vertical(samples.At(8 * x + 4, 8 * y), samples.stride, segments, 2,
+                                    quantiser);
+        }
+    }
+}
+
+}  // namespace codecs::wmv9

@@ -1,0 +1,53 @@
+// Smooths what blocks have left at their edges (SMPTE ST 421, 8.6).
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "codecs/wmv9/picture.h"
+
+namespace codecs::wmv9 {
+
+/// Keeps scratch memory for pictures of one size.
+class LoopFilter {
+  public:
+    /// In macroblocks.
+    LoopFilter(int width, int height);
+
+    /// The result of `picture`, once all its macroblocks are reconstructed.
+    void Run(const Picture& picture);
+
+  private:
+    // Of a block of 8x8 samples: what its edges are filtered by.
+    struct BlockState {
+        Vector vector;
+        bool intra = false;
+        bool rows = false;     // transforms meet at a horizontal edge inside
+        bool columns = false;  // at a vertical one
+        std::uint8_t quarters = 0;  // that a coded transform touches
+    };
+    struct PlaneState {
+        int width = 0;  // blocks
+        int height = 0;
+        std::vector<BlockState> blocks;
+        const BlockState& At(int x, int y) const {
+            return blocks[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                          static_cast<std::size_t>(x)];
+        }
+        BlockState& At(int x, int y) {
+            return blocks[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                          static_cast<std::size_t>(x)];
+        }
+    };
+
+    void Gather(const Picture& picture);
+    void FilterAll(const Picture& picture, int plane);
+    void FilterSome(const Picture& picture, int plane);
+    bool BelowEdge(const PlaneState& state, int y);
+    bool InsideRows(const PlaneState& state, int y);
+
+    PlaneState planes_[3];
+    std::vector<std::uint8_t> segments_;  // of a row of blocks
+};
+
+}  // namespace codecs::wmv9

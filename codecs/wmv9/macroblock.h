@@ -1,0 +1,97 @@
+// What a macroblock is coded as, and the picture it stands in.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "codecs/wmv9/kernels.h"
+
+namespace codecs::wmv9 {
+
+constexpr int kBlocks = 6;  // four of luma in raster order, blue and red difference
+
+/// In quarters of a luma sample.
+struct Vector {
+    std::int16_t x = 0;
+    std::int16_t y = 0;
+    constexpr bool operator==(const Vector&) const = default;
+};
+
+/// Which anchors predict a macroblock of a picture between two of them.
+enum class Direction : std::uint8_t { Forward, Backward, Both, Direct };
+
+/// Of the predictors above (A) and to the left (C), the one that is named in the stream.
+enum class Hybrid : std::uint8_t { None, Left, Above };
+
+/// Values that intra blocks to the right of and below this one are predicted from.
+struct BlockEdge {
+    std::int16_t dc = 0;
+    std::array<std::int16_t, 7> row{};     // levels 1 to 7 of the first row
+    std::array<std::int16_t, 7> column{};  // of the first column
+};
+
+struct Macroblock {
+    bool intra = false;
+    bool four = false;     // a vector for each block of luma
+    bool skipped = false;  // neither residual nor vector difference
+    bool ac_predicted = false;
+    std::uint8_t from_above = 0;  // bit n: block n's levels are predicted from the block above
+    bool block_types = false;  // each block names its transform
+    std::uint8_t quantiser = 1;
+    std::uint8_t coded = 0;  // bit 5 - n: block n has levels
+    Direction direction = Direction::Forward;
+    std::array<Vector, 4> vectors{};  // by block; of intra ones 0. Between anchors [0] only
+    Vector backward;                  // between anchors
+    std::array<Vector, 4> differences{};  // as they are written
+    Vector backward_difference;
+    std::array<Hybrid, 4> hybrid{};
+    std::array<Shape, kBlocks> shapes{};
+    /// Which of a block's transforms are coded, the first one in the highest bit of 4, 2 or 1.
+    std::array<std::uint8_t, kBlocks> parts{};
+    std::array<std::int16_t, kBlocks> dc{};  // differences, as they are written
+
+    bool IsCoded(int block) const { return (coded >> (5 - block) & 1) != 0; }
+    void SetCoded(int block, bool is) {
+        const int bit = 1 << (5 - block);
+        coded = static_cast<std::uint8_t>(is ? coded | bit : coded & ~bit);
+    }
+};
+
+/// Transforms of a block of that shape.
+constexpr int PartCount(Shape shape) {
+    return shape == Shape::Whole8x8 ? 1 : shape == Shape::Small4x4 ? 4 : 2;
+}
+
+/// The macroblocks of a picture in raster order.
+class MacroblockGrid {
+  public:
+    MacroblockGrid(int width, int height)
+        : width_(width),
+          height_(height),
+          macroblocks_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)),
+          edges_(macroblocks_.size()) {}
+
+    int Width() const { return width_; }
+    int Height() const { return height_; }
+    Macroblock& At(int x, int y) { return macroblocks_[Place(x, y)]; }
+    const Macroblock& At(int x, int y) const { return macroblocks_[Place(x, y)]; }
+    /// Of the macroblock's blocks; stale where it is not intra.
+    std::array<BlockEdge, kBlocks>& Edges(int x, int y) { return edges_[Place(x, y)]; }
+    const std::array<BlockEdge, kBlocks>& Edges(int x, int y) const { return edges_[Place(x, y)]; }
+
+  private:
+    std::size_t Place(int x, int y) const {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
+               static_cast<std::size_t>(x);
+    }
+
+    int width_;
+    int height_;
+    std::vector<Macroblock> macroblocks_;
+    std::vector<std::array<BlockEdge, kBlocks>> edges_;
+};
+
+}  // namespace codecs::wmv9

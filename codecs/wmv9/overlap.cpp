@@ -1,0 +1,111 @@
+#include "codecs/wmv9/overlap.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace codecs::wmv9 {
+namespace {
+
+constexpr int kBias = 128;
+
+// Four samples across an edge, `step` apart; `line` counts along the edge.
+void Smooth(std::int16_t* first, std::ptrdiff_t step, int line) {
+    const int a = first[0];
+    const int b = first[step];
+    const int c = first[2 * step];
+    const int d = first[3 * step];
+    const int outer = a - d;
+    const int all = a - d + b - c;
+    const int r1 = (line & 1) == 0 ? 4 : 3;
+    const int r2 = 7 - r1;
+    const auto set = [&](std::ptrdiff_t place, int value) {
+        first[place * step] = static_cast<std::int16_t>(value >> 3);
+    };
+    set(0, 8 * a - outer + r1);
+    set(1, 8 * b - all + r2);
+    set(2, 8 * c + all + r1);
+    set(3, 8 * d + outer + r2);
+}
+
+void Unsmooth(std::uint8_t* first, std::ptrdiff_t step) {
+    const double a = first[0];
+    const double b = first[step];
+    const double c = first[2 * step];
+    const double d = first[3 * step];
+    const double u = 4 * (a - d) / 3;
+    const double w = 4 * (b - c) / 3 + 4 * (a - d) / 9;
+    const auto set = [&](std::ptrdiff_t place, double value) {
+        first[place * step] =
+            static_cast<std::uint8_t>(std::clamp(std::lround(value), 0L, 255L));
+    };
+    set(0, (a + d + u) / 2);
+    set(1, (b + c + w) / 2);
+    set(2, (b + c - w) / 2);
+    set(3, (a + d - u) / 2);
+}
+
+}  // namespace
+
+Overlap::Overlap(int width, int height) {
+    for (int i = 0; i < 3; ++i) {
+        Surface& plane = planes_[i];
+        plane.width = i == 0 ? 2 * width : width;
+        plane.height = i == 0 ? 2 * height : height;
+        plane.values.resize(static_cast<std::size_t>(plane.width) *
+                            static_cast<std::size_t>(plane.height) * 64);
+    }
+}
+
+void Overlap::Take(int x, int y, const Blocks& residual) {
+    for (int n = 0; n < kBlocks; ++n) {
+        const BlockPlace& place = kBlockPlaces[static_cast<std::size_t>(n)];
+        const int unit = place.plane == 0 ? 16 : 8;
+        for (int row = 0; row < 8; ++row)
+            std::copy_n(residual[n].data() + 8 * row, 8,
+                        planes_[place.plane].Row(unit * y + place.y + row) + unit * x + place.x);
+    }
+}
+
+bool Overlap::IsIntra(const Picture& picture, int plane, int x, int y) const {
+    return plane == 0 ? picture.grid.At(x >> 1, y >> 1).intra : picture.grid.At(x, y).intra;
+}
+
+void Overlap::Run(const Picture& picture) {
+    for (int plane = 0; plane < 3; ++plane) {
+        Surface& surface = planes_[plane];
+        const std::ptrdiff_t stride = 8 * surface.width;
+        for (int y = 0; y < surface.height; ++y)
+            for (int x = 1; x < surface.width; ++x)
+                if (IsIntra(picture, plane, x - 1, y) && IsIntra(picture, plane, x, y))
+                    for (int line = 0; line < 8; ++line)
+                        Smooth(surface.Row(8 * y + line) + 8 * x - 2, 1, line);
+        for (int y = 1; y < surface.height; ++y)
+            for (int x = 0; x < surface.width; ++x)
+                if (IsIntra(picture, plane, x, y - 1) && IsIntra(picture, plane, x, y))
+                    for (int line = 0; line < 8; ++line)
+                        Smooth(surface.Row(8 * y - 2) + 8 * x + line, stride, line);
+        const Plane& result = picture.result[plane];
+        for (int y = 0; y < surface.height; ++y) {
+            for (int x = 0; x < surface.width; ++x) {
+                if (!IsIntra(picture, plane, x, y)) continue;
+                Block block;
+                for (int row = 0; row < 8; ++row)
+                    std::copy_n(surface.Row(8 * y + row) + 8 * x, 8, block.data() + 8 * row);
+                picture.kernels.put(result.At(8 * x, 8 * y), result.stride, block.data(), kBias);
+            }
+        }
+    }
+}
+
+void Overlap::Sharpen(Frame& source) {
+    for (int i = 0; i < 3; ++i) {
+        const Plane& plane = source[i];
+        for (int y = 8; y < plane.height; y += 8)
+            for (int x = 0; x < plane.width; ++x) Unsmooth(plane.At(x, y - 2), plane.stride);
+        for (int y = 0; y < plane.height; ++y)
+            for (int x = 8; x < plane.width; x += 8) Unsmooth(plane.At(x - 2, y), 1);
+    }
+}
+
+}  // namespace codecs::wmv9

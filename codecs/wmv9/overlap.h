@@ -1,0 +1,39 @@
+// Smooths the edges where intra blocks meet at coarse quantisers (SMPTE ST 421, 8.5).
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "codecs/wmv9/picture.h"
+#include "codecs/wmv9/trial.h"
+
+namespace codecs::wmv9 {
+
+/// Holds what the transforms of a picture's intra blocks gave, before it is clipped.
+class Overlap {
+  public:
+    /// In macroblocks.
+    Overlap(int width, int height);
+
+    void Take(int x, int y, const Blocks& residual);
+    /// Writes all intra blocks to the picture's result.
+    void Run(const Picture& picture);
+
+    /// Sharpens the edges of blocks of a source, so that smoothing gives back what was there.
+    static void Sharpen(Frame& source);
+
+  private:
+    struct Surface {
+        int width = 0;  // blocks
+        int height = 0;
+        std::vector<std::int16_t> values;
+        std::int16_t* Row(int y) {
+            return values.data() + static_cast<std::size_t>(y) * 8 * static_cast<std::size_t>(width);
+        }
+    };
+    bool IsIntra(const Picture& picture, int plane, int x, int y) const;
+
+    Surface planes_[3];
+};
+
+}  // namespace codecs::wmv9

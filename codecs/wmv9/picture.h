@@ -1,0 +1,83 @@
+// All that is known of the picture in hand: its header, its samples and its macroblocks.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+#include "codecs/wmv9/bitplane.h"
+#include "codecs/wmv9/encoder.h"
+#include "codecs/wmv9/frame.h"
+#include "codecs/wmv9/kernels.h"
+#include "codecs/wmv9/macroblock.h"
+#include "codecs/wmv9/sequence_header.h"
+
+namespace codecs::wmv9 {
+
+/// Units and filters of vectors; with Mixed a macroblock may have four.
+enum class VectorMode : std::uint8_t { Quarter, Half, HalfBilinear, Mixed };
+
+/// How the samples of the reference are mapped before use (SMPTE ST 421, 8.3.8).
+struct Intensity {
+    int scale = 32;  // 0 to 63; 32 and a shift of 0 map nothing
+    int shift = 0;   // 0 to 63
+    bool operator==(const Intensity&) const = default;
+};
+
+struct PictureHeader {
+    PictureKind kind = PictureKind::Key;
+    int counter = 0;
+    int quantiser = 8;        // 1 to 31
+    bool half_step = false;   // half a quantiser more; up to quantiser 8
+    bool varying = false;     // macroblocks name their quantiser
+    int vector_range = 0;     // 0 to 3
+    VectorMode mode = VectorMode::Quarter;
+    std::optional<Intensity> intensity;
+    std::optional<Shape> shape;  // one transform for the whole picture
+    int rounding = 0;            // 0 or 1; not in the stream
+    int place = 1;               // between anchors: of `run` pictures
+    int run = 1;
+
+    // Chosen when the macroblocks are known.
+    PlaneCoding four_plane;
+    PlaneCoding skip_plane;
+    PlaneCoding direct_plane;
+    int vector_table = 0;
+    int pattern_table = 0;
+    int ac_table = 0;       // of a key picture: of chroma
+    int luma_ac_table = 0;  // of a key picture
+    int dc_table = 0;
+
+    bool IsKey() const { return kind == PictureKind::Key; }
+    bool IsBetween() const { return kind == PictureKind::Between; }
+    bool HalfVectors() const {
+        return mode == VectorMode::Half || mode == VectorMode::HalfBilinear;
+    }
+    bool HighRate() const { return quantiser <= 8; }
+    /// Of the tables of transform types.
+    int TransformClass() const { return quantiser <= 4 ? 0 : quantiser <= 12 ? 1 : 2; }
+    /// Distance of reconstructed levels of a macroblock.
+    int Step(int macroblock_quantiser) const {
+        return 2 * macroblock_quantiser + (half_step && !varying ? 1 : 0);
+    }
+};
+
+/// Plain references to what belongs to the encoder.
+struct Picture {
+    const SequenceHeader& sequence;
+    PictureHeader header;
+    const Kernels& kernels;
+    const Frame& source;
+    Frame& result;
+    MacroblockGrid& grid;
+    const Frame* past = nullptr;            // reference, mapped where the header says so
+    const Frame* future = nullptr;          // between anchors
+    const MacroblockGrid* anchor = nullptr;  // macroblocks of `future`; null = a key picture
+
+    int Width() const { return grid.Width(); }
+    int Height() const { return grid.Height(); }
+    /// Samples of intra blocks are coded as differences from 128, and smoothed where they meet.
+    bool Overlaps() const { return sequence.overlap && header.quantiser >= 9; }
+};
+
+}  // namespace codecs::wmv9

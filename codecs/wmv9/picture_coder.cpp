@@ -1,0 +1,56 @@
+#include "codecs/wmv9/picture_coder.h"
+
+#include <cstring>
+
+namespace codecs::wmv9 {
+
+PictureCoder::PictureCoder(int width, int height, int threads)
+    : rows_(static_cast<std::size_t>(height)),
+      planes_(width, height),
+      filter_(width, height),
+      overlap_(width, height),
+      wavefront_(threads) {}
+
+void PictureCoder::Analyse(Picture& picture, const Chooser& chooser) {
+    const Estimates estimates(picture.header);
+    for (RowOutput& row : rows_) row.Clear();
+    wavefront_.Run(picture.Width(), picture.Height(), [&](int x, int y) {
+        Trial trial;
+        chooser.Choose(picture, estimates, x, y, trial);
+        Commit(picture, trial, x, y);
+    });
+    if (picture.Overlaps() && !picture.header.IsBetween()) overlap_.Run(picture);
+    if (picture.sequence.loop_filter) filter_.Run(picture);
+    planes_.Take(picture.grid);
+}
+
+void PictureCoder::Commit(Picture& picture, const Trial& trial, int x, int y) {
+    picture.grid.At(x, y) = trial.macroblock;
+    if (trial.macroblock.intra) {
+        picture.grid.Edges(x, y) = trial.edges;
+        if (picture.Overlaps()) overlap_.Take(x, y, trial.residual);
+    }
+    for (int n = 0; n < kBlocks; ++n) {
+        const BlockPlace& place = kBlockPlaces[static_cast<std::size_t>(n)];
+        const Plane& plane = picture.result[place.plane];
+        const int unit = place.plane == 0 ? 16 : 8;
+        std::uint8_t* to = plane.At(unit * x + place.x, unit * y + place.y);
+        const std::uint8_t* from = trial.samples.Block(n);
+        for (int row = 0; row < 8; ++row, to += plane.stride, from += place.stride)
+            std::memcpy(to, from, 8);
+    }
+    rows_[static_cast<std::size_t>(y)].Add(picture, trial.macroblock, trial.levels);
+}
+
+TableCounts PictureCoder::Counts() const {
+    TableCounts counts;
+    for (const RowOutput& row : rows_) counts += row.Counts();
+    return counts;
+}
+
+std::size_t PictureCoder::Write(const Picture& picture) {
+    out_.Clear();
+    return WritePicture(out_, picture, planes_, rows_);
+}
+
+}  // namespace codecs::wmv9

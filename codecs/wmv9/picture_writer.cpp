@@ -1,0 +1,346 @@
+#include "codecs/wmv9/picture_writer.h"
+
+#include <algorithm>
+#include <array>
+
+#include "codecs/wmv9/between_places.h"
+#include "codecs/wmv9/dc_codes.h"
+#include "codecs/wmv9/intra.h"
+#include "codecs/wmv9/tables.h"
+#include "codecs/wmv9/transform_types.h"
+
+namespace codecs::wmv9 {
+namespace {
+
+constexpr int kFineUpTo = 12;    // quantiser; another order of the codes of vector modes above
+constexpr int kFineEscapes = 8;  // below it levels may be larger
+constexpr int kAnyMacroblock = 3;
+constexpr int kQuantiserEscape = 7;
+
+// By VectorMode, the last one for intensity compensation.
+constexpr std::array<Code, 5> kFineModes = {{{1, 1}, {1, 3}, {0, 4}, {1, 2}, {1, 4}}};
+constexpr std::array<Code, 5> kCoarseModes = {{{1, 2}, {1, 3}, {1, 1}, {0, 4}, {1, 4}}};
+// After that of intensity compensation.
+constexpr std::array<Code, 4> kFineSecondModes = {{{1, 1}, {1, 3}, {0, 3}, {1, 2}}};
+constexpr std::array<Code, 4> kCoarseSecondModes = {{{1, 2}, {1, 3}, {1, 1}, {0, 3}}};
+constexpr std::size_t kIntensityMode = 4;
+
+constexpr Code kAcTableCodes[] = {{0, 1}, {2, 2}, {3, 2}};
+constexpr Code kRangeCodes[] = {{0, 1}, {2, 2}, {6, 3}, {7, 3}};
+
+std::uint32_t Unsigned(int value) { return static_cast<std::uint32_t>(value); }
+
+template <std::size_t Size>
+std::int64_t BitsWith(const std::array<std::uint32_t, Size>& counts,
+                      const std::array<Code, Size>& table) {
+    std::int64_t bits = 0;
+    for (std::size_t i = 0; i < Size; ++i) bits += std::int64_t{counts[i]} * table[i].length;
+    return bits;
+}
+
+template <std::size_t Tables, typename BitsOf>
+int Cheapest(BitsOf&& bits_of) {
+    std::array<std::int64_t, Tables> bits;
+    for (std::size_t i = 0; i < Tables; ++i) bits[i] = bits_of(i);
+    return static_cast<int>(std::min_element(bits.begin(), bits.end()) - bits.begin());
+}
+
+class Writer {
+  public:
+    Writer(BitWriter& out, const Picture& picture, int largest_level)
+        : out_(out),
+          picture_(picture),
+          header_(picture.header),
+          levels_(out, largest_level, header_.quantiser < kFineEscapes || header_.varying),
+          intra_luma_(AcCodes::All()[static_cast<std::size_t>(
+              AcTablePlace(header_.IsKey() ? header_.luma_ac_table : header_.ac_table,
+                           header_.HighRate(), true))]),
+          other_(AcCodes::All()[static_cast<std::size_t>(
+              AcTablePlace(header_.ac_table, header_.HighRate(), false))]) {}
+
+    void Header(const PicturePlanes& planes) {
+        out_.Put(Unsigned(header_.counter), 2);
+        PutKind();
+        if (header_.IsKey()) out_.Put(0, 7);  // how full the receiver's buffer is: unknown
+        out_.Put(Unsigned(header_.quantiser), 5);
+        if (header_.quantiser <= 8) out_.Put(header_.half_step, 1);
+        if (picture_.sequence.extended_vectors) out_.Put(kRangeCodes[header_.vector_range]);
+        if (header_.IsKey()) {
+            out_.Put(kAcTableCodes[header_.ac_table]);
+            out_.Put(kAcTableCodes[header_.luma_ac_table]);
+            out_.Put(Unsigned(header_.dc_table), 1);
+            return;
+        }
+        if (header_.IsBetween()) {
+            out_.Put(header_.mode == VectorMode::Quarter, 1);
+            WritePlane(out_, planes.direct, header_.direct_plane);
+        } else {
+            PutMode();
+            if (header_.mode == VectorMode::Mixed)
+                WritePlane(out_, planes.four, header_.four_plane);
+        }
+        WritePlane(out_, planes.skipped, header_.skip_plane);
+        out_.Put(Unsigned(header_.vector_table), 2);
+        out_.Put(Unsigned(header_.pattern_table), 2);
+        PutVarying();
+        out_.Put(header_.shape.has_value(), 1);
+        if (header_.shape) out_.Put(Unsigned(static_cast<int>(*header_.shape)), 2);
+        out_.Put(kAcTableCodes[header_.ac_table]);
+        out_.Put(Unsigned(header_.dc_table), 1);
+    }
+
+    void Row(int y, const RowOutput& row) {
+        next_ = row.Symbols().data();
+        for (int x = 0; x < picture_.Width(); ++x) {
+            const Macroblock& macroblock = picture_.grid.At(x, y);
+            if (header_.IsKey())
+                KeyMacroblock(macroblock, x, y);
+            else if (header_.IsBetween())
+                BetweenMacroblock(macroblock);
+            else
+                PredictedMacroblock(macroblock);
+        }
+    }
+
+    void End() {
+        out_.Align();
+        // Some decoders look for bits behind a last macroblock that is nothing but its own bit.
+        const auto raw = [](const PlaneCoding& coding) { return coding.mode == PlaneMode::Raw; };
+        if (!header_.IsKey() && (raw(header_.skip_plane) || raw(header_.four_plane) ||
+                                 raw(header_.direct_plane)))
+            out_.Put(0, 8);
+    }
+
+    std::size_t LevelBits() const { return level_bits_; }
+
+  private:
+    void PutKind() {
+        const bool between = picture_.sequence.most_between > 0;
+        if (header_.kind == PictureKind::Predicted) return out_.Put(1, 1);
+        if (header_.IsKey()) return between ? out_.Put(1, 2) : out_.Put(0, 1);
+        out_.Put(0, 2);
+        out_.Put(FindBetweenPlace(header_.place, header_.run).code);
+    }
+
+    void PutMode() {
+        const bool fine = header_.quantiser <= kFineUpTo;
+        const auto mode = static_cast<std::size_t>(header_.mode);
+        const auto& modes = fine ? kFineModes : kCoarseModes;
+        if (!header_.intensity) return out_.Put(modes[mode]);
+        out_.Put(modes[kIntensityMode]);
+        out_.Put((fine ? kFineSecondModes : kCoarseSecondModes)[mode]);
+        out_.Put(Unsigned(header_.intensity->scale), 6);
+        out_.Put(Unsigned(header_.intensity->shift), 6);
+    }
+
+    void PutVarying() {
+        if (!picture_.sequence.varying_quantiser) return;
+        out_.Put(header_.varying, 1);
+        if (!header_.varying) return;
+        out_.Put(kAnyMacroblock, 2);
+        out_.Put(0, 1);  // more than two quantisers
+    }
+
+    void PutQuantiser(const Macroblock& macroblock) {
+        if (!header_.varying) return;
+        const int more = macroblock.quantiser - header_.quantiser;
+        if (more >= 0 && more < kQuantiserEscape) return out_.Put(Unsigned(more), 3);
+        out_.Put(kQuantiserEscape, 3);
+        out_.Put(macroblock.quantiser, 5);
+    }
+
+    void PutPattern(int pattern) {
+        out_.Put(kPattern[static_cast<std::size_t>(header_.pattern_table)]
+                         [static_cast<std::size_t>(pattern)]);
+    }
+
+    void PutHybrid(Hybrid hybrid) {
+        if (hybrid != Hybrid::None) out_.Put(hybrid == Hybrid::Above, 1);
+    }
+
+    void PutDc(const Macroblock& macroblock, int n) {
+        const auto table = static_cast<std::size_t>(header_.dc_table);
+        const DcCode code =
+            DcCodeOf(macroblock.dc[static_cast<std::size_t>(n)], macroblock.quantiser);
+        out_.Put((n < 4 ? kLumaDc : kChromaDc)[table][static_cast<std::size_t>(code.symbol)]);
+        out_.Put(code.extra);
+    }
+
+    // To the last one of the transform.
+    void PutLevels(const AcCodes& codes) {
+        const std::size_t before = out_.Size();
+        do levels_.Put(codes, *next_);
+        while (!(next_++)->last);
+        level_bits_ += out_.Size() - before;
+    }
+
+    void PutIntraBlocks(const Macroblock& macroblock) {
+        for (int n = 0; n < kBlocks; ++n) {
+            PutDc(macroblock, n);
+            if (macroblock.IsCoded(n)) PutLevels(n < 4 ? intra_luma_ : other_);
+        }
+    }
+
+    void PutInterBlocks(const Macroblock& macroblock) {
+        TypeNames names(header_.TransformClass(), header_.shape.has_value(),
+                        macroblock.block_types);
+        bool first = true;
+        for (int n = 0; n < kBlocks; ++n) {
+            if (!macroblock.IsCoded(n)) continue;
+            const Shape shape = macroblock.shapes[static_cast<std::size_t>(n)];
+            const int parts = macroblock.parts[static_cast<std::size_t>(n)];
+            if (first) out_.Put(names.Macroblock(shape, parts));
+            first = false;
+            const TypeNames::Names own = names.Next(shape, parts);
+            out_.Put(own.type);
+            out_.Put(own.parts);
+            for (int part = 0; part < PartCount(shape); ++part)
+                if (HasPart(shape, parts, part)) PutLevels(other_);
+        }
+    }
+
+    void KeyMacroblock(const Macroblock& macroblock, int x, int y) {
+        out_.Put(kKeyPattern[static_cast<std::size_t>(
+            WrittenKeyPattern(picture_.grid, macroblock, x, y))]);
+        out_.Put(macroblock.ac_predicted, 1);
+        PutIntraBlocks(macroblock);
+    }
+
+    // Among macroblocks of other kinds.
+    void IntraMacroblock(const Macroblock& macroblock) {
+        const bool coded = macroblock.coded != 0;
+        PutIntra(out_, coded, header_);
+        if (!coded) PutQuantiser(macroblock);
+        out_.Put(macroblock.ac_predicted, 1);
+        if (coded) {
+            PutPattern(macroblock.coded);
+            PutQuantiser(macroblock);
+        }
+        PutIntraBlocks(macroblock);
+    }
+
+    void PutResidual(const Macroblock& macroblock) {
+        PutPattern(macroblock.coded);
+        PutQuantiser(macroblock);
+        PutInterBlocks(macroblock);
+    }
+
+    void PredictedMacroblock(const Macroblock& macroblock) {
+        if (header_.mode == VectorMode::Mixed && header_.four_plane.mode == PlaneMode::Raw)
+            out_.Put(macroblock.four, 1);
+        if (header_.skip_plane.mode == PlaneMode::Raw) out_.Put(macroblock.skipped, 1);
+        if (macroblock.intra) return IntraMacroblock(macroblock);
+        if (macroblock.four) return FourVectors(macroblock);
+        const bool coded = macroblock.coded != 0;
+        if (!macroblock.skipped) PutVector(out_, macroblock.differences[0], coded, header_);
+        PutHybrid(macroblock.hybrid[0]);
+        if (coded) PutResidual(macroblock);
+    }
+
+    void FourVectors(const Macroblock& macroblock) {
+        const int pattern = WrittenPattern(macroblock);
+        if (!macroblock.skipped) PutPattern(pattern);
+        for (int n = 0; n < 4; ++n) {
+            if ((pattern >> (5 - n) & 1) != 0)
+                PutVector(out_, macroblock.differences[static_cast<std::size_t>(n)],
+                          macroblock.IsCoded(n), header_);
+            PutHybrid(macroblock.hybrid[static_cast<std::size_t>(n)]);
+        }
+        if (macroblock.coded == 0) return;
+        PutQuantiser(macroblock);
+        PutInterBlocks(macroblock);
+    }
+
+    void BetweenMacroblock(const Macroblock& macroblock) {
+        const bool direct = !macroblock.intra && macroblock.direction == Direction::Direct;
+        if (header_.direct_plane.mode == PlaneMode::Raw) out_.Put(direct, 1);
+        if (header_.skip_plane.mode == PlaneMode::Raw) out_.Put(macroblock.skipped, 1);
+        if (macroblock.intra) return IntraMacroblock(macroblock);
+        const bool coded = macroblock.coded != 0;
+        if (direct) {
+            if (coded) PutResidual(macroblock);
+            return;
+        }
+        if (macroblock.skipped) return PutDirection(macroblock.direction);
+        const Vector forward = macroblock.differences[0];
+        if (macroblock.direction == Direction::Both) {
+            const bool second = coded || !(forward == Vector());
+            PutVector(out_, macroblock.backward_difference, second, header_);
+            PutDirection(macroblock.direction);
+            if (second) PutVector(out_, forward, coded, header_);
+        } else {
+            const bool is_forward = macroblock.direction == Direction::Forward;
+            PutVector(out_, is_forward ? forward : macroblock.backward_difference, coded, header_);
+            PutDirection(macroblock.direction);
+        }
+        if (coded) PutResidual(macroblock);
+    }
+
+    void PutDirection(Direction direction) {
+        if (direction == Direction::Both) return out_.Put(3, 2);
+        const bool backward_near = BetweenScale(header_.place, header_.run) >= 128;
+        const bool near = (direction == Direction::Backward) == backward_near;
+        if (near)
+            out_.Put(0, 1);
+        else
+            out_.Put(2, 2);
+    }
+
+    BitWriter& out_;
+    const Picture& picture_;
+    const PictureHeader& header_;
+    AcWriter levels_;
+    const AcCodes& intra_luma_;
+    const AcCodes& other_;
+    const Symbol* next_ = nullptr;
+    std::size_t level_bits_ = 0;
+};
+
+}  // namespace
+
+void PicturePlanes::Take(const MacroblockGrid& grid) {
+    for (int y = 0; y < grid.Height(); ++y) {
+        for (int x = 0; x < grid.Width(); ++x) {
+            const Macroblock& macroblock = grid.At(x, y);
+            four.Set(x, y, macroblock.four);
+            skipped.Set(x, y, macroblock.skipped);
+            direct.Set(x, y, !macroblock.intra && macroblock.direction == Direction::Direct);
+        }
+    }
+}
+
+void ChooseTables(PictureHeader& header, const TableCounts& counts, const PicturePlanes& planes) {
+    const auto luma = [&](std::size_t i) { return counts.luma_levels[i]; };
+    const auto other = [&](std::size_t i) { return counts.other_levels[i]; };
+    header.dc_table = Cheapest<2>([&](std::size_t i) {
+        return BitsWith(counts.luma_dc, kLumaDc[i]) + BitsWith(counts.chroma_dc, kChromaDc[i]);
+    });
+    if (header.IsKey()) {
+        header.luma_ac_table = Cheapest<kAcChoices>(luma);
+        header.ac_table = Cheapest<kAcChoices>(other);
+        return;
+    }
+    header.ac_table =
+        Cheapest<kAcChoices>([&](std::size_t i) { return luma(i) + other(i); });
+    header.vector_table =
+        Cheapest<4>([&](std::size_t i) { return BitsWith(counts.vectors, kVector[i]); });
+    header.pattern_table =
+        Cheapest<4>([&](std::size_t i) { return BitsWith(counts.patterns, kPattern[i]); });
+    header.skip_plane = CheapestCoding(planes.skipped);
+    if (header.IsBetween()) header.direct_plane = CheapestCoding(planes.direct);
+    if (header.mode == VectorMode::Mixed) header.four_plane = CheapestCoding(planes.four);
+}
+
+std::size_t WritePicture(BitWriter& out, const Picture& picture, const PicturePlanes& planes,
+                         std::span<const RowOutput> rows) {
+    int largest_level = 0;
+    for (const RowOutput& row : rows)
+        largest_level = std::max(largest_level, row.Counts().largest_level);
+    Writer writer(out, picture, largest_level);
+    writer.Header(planes);
+    for (std::size_t y = 0; y < rows.size(); ++y) writer.Row(static_cast<int>(y), rows[y]);
+    writer.End();
+    return writer.LevelBits();
+}
+
+}  // namespace codecs::wmv9

@@ -1,0 +1,31 @@
+// Puts a picture into bits once its macroblocks are known (SMPTE ST 421, 7 and 8).
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+#include "codecs/common/bit_writer.h"
+#include "codecs/wmv9/picture.h"
+#include "codecs/wmv9/row_output.h"
+
+namespace codecs::wmv9 {
+
+/// Bits of a macroblock each.
+struct PicturePlanes {
+    PicturePlanes(int width, int height)
+        : four(width, height), skipped(width, height), direct(width, height) {}
+    void Take(const MacroblockGrid& grid);
+
+    BitPlane four;
+    BitPlane skipped;
+    BitPlane direct;
+};
+
+/// The tables and plane codings that take the fewest bits.
+void ChooseTables(PictureHeader& header, const TableCounts& counts, const PicturePlanes& planes);
+
+/// Writes whole bytes. Returns the bits of the levels among them.
+std::size_t WritePicture(BitWriter& out, const Picture& picture, const PicturePlanes& planes,
+                         std::span<const RowOutput> rows);
+
+}  // namespace codecs::wmv9

@@ -1,0 +1,25 @@
+// What a macroblock's quantiser stands for.
+#pragma once
+
+#include <cstdint>
+
+namespace codecs::wmv9 {
+
+/// Coefficients are counted in eighths, errors in their squares. Of the transforms' rows all have
+/// nearly the same energy, so that one squared eighth is worth the same everywhere.
+constexpr int kEighths = 8;
+constexpr double kErrorOfSquaredSample = kEighths * kEighths / 1.28;
+
+struct Quantiser {
+    int number = 1;  // 1 to 31
+    int step = 2;    // between reconstructed levels
+    int dc_step = 2;
+    std::uint32_t reciprocal = 0;   // for Kernels::quantise
+    std::int64_t lambda = 0;        // what a bit is worth, in squared eighths
+    std::uint32_t search_lambda = 0;  // in absolute differences, in sixteenths
+
+    /// @param between  of a picture that no other refers to
+    static Quantiser Make(int number, int step, bool between);
+};
+
+}  // namespace codecs::wmv9

@@ -1,0 +1,363 @@
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "codecs/wmv9/chooser.h"
+#include "codecs/wmv9/intra.h"
+#include "codecs/wmv9/motion_search.h"
+#include "codecs/wmv9/prediction.h"
+#include "codecs/wmv9/residual.h"
+
+namespace codecs::wmv9 {
+namespace {
+
+constexpr int kLuma = 16;
+// Bits that a macroblock coded by itself takes at least.
+constexpr std::uint32_t kIntraBits = 24;
+
+Quantiser MakeQuantiser(const Picture& picture) {
+    const PictureHeader& header = picture.header;
+    return Quantiser::Make(header.quantiser, header.Step(header.quantiser), header.IsBetween());
+}
+
+// Vectors worth a look, each once.
+class Starts {
+  public:
+    void Add(Vector v) {
+        const auto end = vectors_.begin() + static_cast<std::ptrdiff_t>(count_);
+        if (count_ < vectors_.size() && std::find(vectors_.begin(), end, v) == end)
+            vectors_[count_++] = v;
+    }
+    std::span<const Vector> All() const { return {vectors_.data(), count_}; }
+
+  private:
+    std::array<Vector, 8> vectors_{};
+    std::size_t count_ = 0;
+};
+
+class MacroblockRace {
+  public:
+    MacroblockRace(const Picture& picture, const Estimates& estimates, const Effort& effort, int x,
+                   int y, Trial& best)
+        : picture_(picture),
+          estimates_(estimates),
+          effort_(effort),
+          quantiser_(MakeQuantiser(picture)),
+          x_(x),
+          y_(y),
+          best_(&best),
+          out_(best) {
+        residual_.shapes = effort.shapes;
+        residual_.joint = effort.joint;
+        residual_.try_from_bits = effort.try_from_bits;
+    }
+
+    void Key() {
+        CodeIntra(picture_, estimates_, quantiser_,
+                  {AcPrediction::Choose, effort_.joint_intra}, x_, y_, *best_);
+    }
+
+    void Predicted() {
+        const VectorPrediction prediction = PredictVector(picture_, x_, y_);
+        if (TrySkipped(prediction)) return;
+        const SearchBlock block{kLuma * x_, kLuma * y_, kLuma};
+        Starts starts;
+        AddNeighbours(starts, [](const Macroblock& m) { return m.vectors[3]; });
+        if (picture_.anchor != nullptr) starts.Add(picture_.anchor->At(x_, y_).vectors[0]);
+        const MotionSearch search(picture_, *picture_.past, estimates_, quantiser_, effort_);
+        const FoundVector one = search.Search(block, Nearest(prediction), starts.All());
+        TryOne(prediction, one.vector);
+        if (picture_.header.mode == VectorMode::Mixed) TryFour(search, one);
+        TryIntra(one.cost);
+        Finish();
+    }
+
+    void Between() {
+        direct_ = DeriveDirect(picture_, x_, y_);
+        forward_ = PredictForward(picture_, x_, y_);
+        backward_ = PredictBackward(picture_, x_, y_);
+        if (TryDirect()) return;
+        const SearchBlock block{kLuma * x_, kLuma * y_, kLuma};
+        const MotionSearch past(picture_, *picture_.past, estimates_, quantiser_, effort_);
+        const MotionSearch future(picture_, *picture_.future, estimates_, quantiser_, effort_);
+        Starts to_past;
+        to_past.Add(direct_.forward);
+        AddNeighbours(to_past, [](const Macroblock& m) { return m.vectors[0]; });
+        Starts to_future;
+        to_future.Add(direct_.backward);
+        AddNeighbours(to_future, [](const Macroblock& m) { return m.backward; });
+        const FoundVector f = past.Search(block, forward_, to_past.All());
+        const FoundVector b = future.Search(block, backward_, to_future.All());
+        const std::uint32_t both = BothCost(f, b);
+        const std::uint32_t single = std::min(f.cost, b.cost);
+        if (effort_.trials > 2 || both >= single)
+            TryMoved(f.cost <= b.cost ? Direction::Forward : Direction::Backward, f.vector,
+                     b.vector);
+        if (effort_.trials > 2 || both < single) TryMoved(Direction::Both, f.vector, b.vector);
+        TryIntra(std::min(both, single));
+        Finish();
+    }
+
+  private:
+    // A vector that the search may count from.
+    static Vector Nearest(const VectorPrediction& prediction) {
+        return prediction.named ? prediction.left : prediction.median;
+    }
+
+    template <typename VectorOf>
+    void AddNeighbours(Starts& starts, VectorOf&& vector_of) const {
+        starts.Add({});
+        if (x_ > 0) starts.Add(vector_of(picture_.grid.At(x_ - 1, y_)));
+        if (y_ == 0) return;
+        starts.Add(vector_of(picture_.grid.At(x_, y_ - 1)));
+        if (x_ + 1 < picture_.Width()) starts.Add(vector_of(picture_.grid.At(x_ + 1, y_ - 1)));
+    }
+
+    Trial& Spare() { return best_ == &out_ ? spare_ : out_; }
+    bool HasBest() const { return best_cost_ < std::numeric_limits<std::int64_t>::max(); }
+
+    void Consider(Trial& trial) {
+        const std::int64_t cost = trial.Joint(quantiser_.lambda);
+        if (cost >= best_cost_) return;
+        best_cost_ = cost;
+        best_ = &trial;
+    }
+
+    Trial& Begin() {
+        Trial& trial = HasBest() ? Spare() : *best_;
+        trial.macroblock = {};
+        trial.macroblock.quantiser = static_cast<std::uint8_t>(quantiser_.number);
+        trial.bits = 0;
+        return trial;
+    }
+
+    // True when nothing is left to code, so that nothing better needs to be looked for.
+    bool TrySkipped(const VectorPrediction& prediction) {
+        const Vector median[] = {prediction.median};
+        const Vector named[] = {prediction.left, prediction.above};
+        const VectorWindow window = WindowOf(picture_, kLuma * x_, kLuma * y_);
+        for (const Vector vector : prediction.named ? std::span<const Vector>(named) : median) {
+            if (!window.Holds(vector)) continue;
+            Trial& trial = Begin();
+            SetVector(trial.macroblock, vector, prediction, picture_.header);
+            trial.macroblock.skipped = true;
+            Predict(picture_, x_, y_, trial.macroblock, samples_);
+            LeaveResidual(picture_, x_, y_, samples_, trial);
+            trial.bits = 1 + (prediction.named ? 1 : 0);
+            Consider(trial);
+            if (effort_.skip_early && IsNothingLeft(picture_, quantiser_, x_, y_, samples_)) {
+                best_ = &trial;
+                Finish();
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void TryOne(const VectorPrediction& prediction, Vector vector) {
+        Trial& trial = Begin();
+        SetVector(trial.macroblock, vector, prediction, picture_.header);
+        Predict(picture_, x_, y_, trial.macroblock, samples_);
+        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, trial);
+        const Macroblock& macroblock = trial.macroblock;
+        trial.bits += 1 + (prediction.named ? 1 : 0) +
+                      VectorBits(macroblock.differences[0], macroblock.coded != 0,
+                                 picture_.header);
+        trial.macroblock.skipped =
+            macroblock.coded == 0 && macroblock.differences[0] == Vector();
+        Consider(trial);
+    }
+
+    void TryFour(const MotionSearch& search, const FoundVector& one) {
+        Trial& trial = Begin();
+        Macroblock& macroblock = trial.macroblock;
+        macroblock.four = true;
+        macroblock.vectors.fill(one.vector);
+        std::uint32_t cost = 0;
+        int hybrids = 0;
+        bool differ = false;
+        for (int n = 0; n < 4; ++n) {
+            const auto index = static_cast<std::size_t>(n);
+            const SearchBlock block{kLuma * x_ + 8 * (n & 1), kLuma * y_ + 8 * (n >> 1), 8};
+            const VectorPrediction prediction =
+                PredictBlockVector(picture_, x_, y_, n, macroblock);
+            const Vector starts[] = {one.vector};
+            const FoundVector found = search.Search(block, Nearest(prediction), starts);
+            cost += found.cost;
+            if (cost > one.cost + one.cost / 16) return;
+            macroblock.vectors[index] = found.vector;
+            macroblock.hybrid[index] = Named(prediction, found.vector);
+            macroblock.differences[index] =
+                Difference(found.vector, prediction.For(macroblock.hybrid[index]),
+                           picture_.header.vector_range);
+            hybrids += prediction.named ? 1 : 0;
+            differ = differ || !(found.vector == macroblock.vectors[0]);
+        }
+        if (!differ || !ChromaFits(picture_, x_, y_, macroblock)) return;
+        Predict(picture_, x_, y_, macroblock, samples_);
+        trial.bits = 1 + hybrids;
+        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, trial);
+        int pattern = macroblock.coded;
+        for (int n = 0; n < 4; ++n) {
+            const Vector difference = macroblock.differences[static_cast<std::size_t>(n)];
+            trial.bits += VectorBits(difference, macroblock.IsCoded(n), picture_.header);
+            if (!(difference == Vector())) pattern |= 1 << (5 - n);
+        }
+        macroblock.skipped = pattern == 0;
+        if (pattern != 0)
+            trial.bits += estimates_.pattern[static_cast<std::size_t>(pattern)].length;
+        Consider(trial);
+    }
+
+    Hybrid Named(const VectorPrediction& prediction, Vector vector) const {
+        if (!prediction.named) return Hybrid::None;
+        const auto bits = [&](Vector predictor) {
+            return estimates_.vectors.Of(
+                Difference(vector, predictor, picture_.header.vector_range));
+        };
+        return bits(prediction.above) < bits(prediction.left) ? Hybrid::Above : Hybrid::Left;
+    }
+
+    // Only where the prediction from other pictures is poor beside the macroblock's own detail.
+    void TryIntra(std::uint32_t inter_cost) {
+        std::uint32_t sum = 0;
+        std::uint32_t squares = 0;
+        const Plane& plane = picture_.source[0];
+        picture_.kernels.moments(plane.At(kLuma * x_, kLuma * y_), plane.stride, sum, squares);
+        alignas(64) std::uint8_t mean[kLuma];
+        std::fill(std::begin(mean), std::end(mean), static_cast<std::uint8_t>((sum + 128) >> 8));
+        const std::uint32_t own =
+            (effort_.hadamard ? picture_.kernels.hadamard : picture_.kernels.sad)(
+                plane.At(kLuma * x_, kLuma * y_), plane.stride, mean, 0, kLuma, kLuma) +
+            (quantiser_.search_lambda * kIntraBits >> 4);
+        const std::uint32_t limit = effort_.intra_trial ? inter_cost + inter_cost / 4 : inter_cost;
+        if (own > limit) return;
+        Trial& trial = Begin();
+        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.joint_intra},
+                  x_, y_, trial);
+        ++trial.bits;
+        Consider(trial);
+    }
+
+    bool TryDirect() {
+        Trial& trial = Begin();
+        Macroblock& macroblock = trial.macroblock;
+        macroblock.direction = Direction::Direct;
+        macroblock.vectors[0] = direct_.forward;
+        macroblock.backward = direct_.backward;
+        macroblock.skipped = true;
+        Predict(picture_, x_, y_, macroblock, samples_);
+        if (effort_.skip_early && IsNothingLeft(picture_, quantiser_, x_, y_, samples_)) {
+            LeaveResidual(picture_, x_, y_, samples_, trial);
+            best_ = &trial;
+            Finish();
+            return true;
+        }
+        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, trial);
+        macroblock.skipped = macroblock.coded == 0;
+        trial.bits += 2;
+        Consider(trial);
+        return false;
+    }
+
+    std::uint32_t BothCost(const FoundVector& f, const FoundVector& b) const {
+        alignas(64) std::uint8_t one[kLuma * kLuma];
+        alignas(64) std::uint8_t other[kLuma * kLuma];
+        PredictLuma(picture_, *picture_.past, f.vector, kLuma * x_, kLuma * y_, kLuma, one, kLuma);
+        PredictLuma(picture_, *picture_.future, b.vector, kLuma * x_, kLuma * y_, kLuma, other,
+                    kLuma);
+        const Kernels& kernels = picture_.kernels;
+        kernels.average(one, kLuma, one, kLuma, other, kLuma, kLuma, kLuma);
+        const Plane& plane = picture_.source[0];
+        const std::uint32_t difference = (effort_.hadamard ? kernels.hadamard : kernels.sad)(
+            plane.At(kLuma * x_, kLuma * y_), plane.stride, one, kLuma, kLuma, kLuma);
+        return difference + (f.cost - f.difference) + (b.cost - b.difference);
+    }
+
+    void TryMoved(Direction direction, Vector forward, Vector backward) {
+        Trial& trial = Begin();
+        Macroblock& macroblock = trial.macroblock;
+        const PictureHeader& header = picture_.header;
+        macroblock.direction = direction;
+        const bool uses_past = direction != Direction::Backward;
+        const bool uses_future = direction != Direction::Forward;
+        macroblock.vectors[0] = uses_past ? forward : direct_.forward;
+        macroblock.backward = uses_future ? backward : direct_.backward;
+        if (uses_past)
+            macroblock.differences[0] = Difference(forward, forward_, header.vector_range);
+        if (uses_future)
+            macroblock.backward_difference = Difference(backward, backward_, header.vector_range);
+        Predict(picture_, x_, y_, macroblock, samples_);
+        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, trial);
+        const bool coded = macroblock.coded != 0;
+        constexpr int kDirectionBits = 2;
+        trial.bits += 2 + kDirectionBits;
+        if (direction == Direction::Both) {
+            const bool second = coded || !(macroblock.differences[0] == Vector());
+            trial.bits += VectorBits(macroblock.backward_difference, second, header) +
+                          (second ? VectorBits(macroblock.differences[0], coded, header) : 0);
+        } else {
+            trial.bits += VectorBits(
+                uses_past ? macroblock.differences[0] : macroblock.backward_difference, coded,
+                header);
+        }
+        macroblock.skipped = !coded && macroblock.differences[0] == Vector() &&
+                             macroblock.backward_difference == Vector();
+        Consider(trial);
+    }
+
+    void Finish() {
+        if (best_ != &out_) out_ = *best_;
+    }
+
+    const Picture& picture_;
+    const Estimates& estimates_;
+    const Effort& effort_;
+    const Quantiser quantiser_;
+    const int x_;
+    const int y_;
+    ResidualOptions residual_;
+    DirectVectors direct_;  // between anchors
+    Vector forward_;        // predictors there
+    Vector backward_;
+    Samples samples_;
+    Trial spare_;
+    Trial* best_;
+    Trial& out_;
+    std::int64_t best_cost_ = std::numeric_limits<std::int64_t>::max();
+};
+
+}  // namespace
+
+void SetVector(Macroblock& macroblock, Vector vector, const VectorPrediction& prediction,
+               const PictureHeader& header) {
+    macroblock.vectors.fill(vector);
+    macroblock.hybrid[0] = Hybrid::None;
+    if (prediction.named) {
+        const auto length = [&](Vector predictor) {
+            const Vector d = Difference(vector, predictor, header.vector_range);
+            return VectorBits(d, true, header);
+        };
+        const bool above = vector == prediction.above ||
+                           (!(vector == prediction.left) &&
+                            length(prediction.above) < length(prediction.left));
+        macroblock.hybrid[0] = above ? Hybrid::Above : Hybrid::Left;
+    }
+    macroblock.differences[0] =
+        Difference(vector, prediction.For(macroblock.hybrid[0]), header.vector_range);
+}
+
+void RateChooser::Choose(const Picture& picture, const Estimates& estimates, int x, int y,
+                         Trial& out) const {
+    MacroblockRace race(picture, estimates, effort_, x, y, out);
+    switch (picture.header.kind) {
+        case PictureKind::Key:
+            return race.Key();
+        case PictureKind::Predicted:
+            return race.Predicted();
+        case PictureKind::Between:
+            return race.Between();
+    }
+}
+
+}  // namespace codecs::wmv9

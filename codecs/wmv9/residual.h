@@ -1,0 +1,35 @@
+// Codes what a prediction from other pictures has left of a macroblock (SMPTE ST 421, 8.3.6).
+#pragma once
+
+#include "codecs/wmv9/estimates.h"
+#include "codecs/wmv9/quantiser.h"
+#include "codecs/wmv9/trial.h"
+
+namespace codecs::wmv9 {
+
+/// Sets of shapes: bit n stands for the n-th.
+constexpr unsigned ShapeBit(Shape shape) { return 1U << static_cast<unsigned>(shape); }
+constexpr unsigned kAllShapes = 15;
+
+struct ResidualOptions {
+    unsigned shapes = ShapeBit(Shape::Whole8x8);  // that may be used, unless the picture has one
+    bool joint = false;     // levels by bits and error
+    bool each_block = true;  // blocks may differ in shape
+    /// Smaller transforms are tried where a block takes this many bits.
+    int try_from_bits = 0;
+};
+
+/// The macroblock's vectors and quantiser are set; this sets what is coded of the residual, the
+/// samples, the error, and adds the bits of pattern, types and levels.
+void CodeResidual(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
+                  const ResidualOptions& options, int x, int y, const Samples& prediction,
+                  Trial& trial);
+
+/// The same with nothing of it coded.
+void LeaveResidual(const Picture& picture, int x, int y, const Samples& prediction, Trial& trial);
+
+/// Whether all levels would certainly be zero with levels rounded well down: no transform needed.
+bool IsNothingLeft(const Picture& picture, const Quantiser& quantiser, int x, int y,
+                   const Samples& prediction);
+
+}  // namespace codecs::wmv9

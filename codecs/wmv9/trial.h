@@ -1,0 +1,71 @@
+// One way to code a macroblock, worked out whole.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "codecs/wmv9/macroblock.h"
+#include "codecs/wmv9/picture.h"
+
+namespace codecs::wmv9 {
+
+/// Where a block stands in a macroblock's own samples: luma in rows of 16, then blue and red
+/// difference in rows of 8.
+struct BlockPlace {
+    int plane;
+    int x;  // in the plane's part of the macroblock
+    int y;
+    int offset;
+    int stride;
+};
+
+// clang-format off
+constexpr std::array<BlockPlace, kBlocks> kBlockPlaces = {{
+    // plane x  y  offset stride
+    {0,      0, 0,   0,   16},
+    {0,      8, 0,   8,   16},
+    {0,      0, 8, 128,   16},
+    {0,      8, 8, 136,   16},
+    {1,      0, 0, 256,    8},
+    {2,      0, 0, 320,    8},
+}};
+// clang-format on
+constexpr int kMacroblockSamples = 384;
+
+struct alignas(64) Samples {
+    std::array<std::uint8_t, kMacroblockSamples> values;
+
+    std::uint8_t* Block(int n) { return values.data() + kBlockPlaces[static_cast<std::size_t>(n)].offset; }
+    const std::uint8_t* Block(int n) const {
+        return values.data() + kBlockPlaces[static_cast<std::size_t>(n)].offset;
+    }
+};
+
+/// Rows of 8.
+struct alignas(64) Block : std::array<std::int16_t, 64> {};
+struct Blocks {
+    std::array<Block, kBlocks> values;
+    Block& operator[](int n) { return values[static_cast<std::size_t>(n)]; }
+    const Block& operator[](int n) const { return values[static_cast<std::size_t>(n)]; }
+};
+
+struct Trial {
+    Macroblock macroblock;
+    Blocks levels;       // as they are written
+    Blocks residual;     // of intra blocks, before it is clipped; only where pictures overlap
+    Samples samples;     // reconstructed, before all filters
+    std::array<BlockEdge, kBlocks> edges;  // of an intra macroblock
+    int bits = 0;
+    std::int64_t error = 0;  // squared eighths
+
+    std::int64_t Joint(std::int64_t lambda) const { return error + lambda * bits; }
+};
+
+/// The source's block.
+inline const std::uint8_t* SourceBlock(const Frame& frame, int x, int y, int n) {
+    const BlockPlace& place = kBlockPlaces[static_cast<std::size_t>(n)];
+    const int unit = place.plane == 0 ? 16 : 8;
+    return frame[place.plane].At(unit * x + place.x, unit * y + place.y);
+}
+
+}  // namespace codecs::wmv9

@@ -1,0 +1,67 @@
+// Prediction of motion vectors, their limits, and what is derived from them (SMPTE ST 421, 8.3.5).
+#pragma once
+
+#include <array>
+
+#include "codecs/wmv9/picture.h"
+
+namespace codecs::wmv9 {
+
+/// What a vector is predicted from. Where two predictors differ much from their median, the stream
+/// names which of them is meant.
+struct VectorPrediction {
+    Vector median;  // brought near the picture
+    Vector above;
+    Vector left;
+    bool named = false;
+
+    Vector For(Hybrid hybrid) const {
+        return hybrid == Hybrid::None ? median : hybrid == Hybrid::Above ? above : left;
+    }
+};
+
+/// Of the one vector of a macroblock, or of block `block` of four; those before it must be set in
+/// `current`.
+VectorPrediction PredictVector(const Picture& picture, int x, int y);
+VectorPrediction PredictBlockVector(const Picture& picture, int x, int y, int block,
+                                    const Macroblock& current);
+
+/// Of a picture between anchors, from vectors of one kind.
+Vector PredictForward(const Picture& picture, int x, int y);
+Vector PredictBackward(const Picture& picture, int x, int y);
+
+/// The vectors that follow from the anchor's macroblock at the same place.
+struct DirectVectors {
+    Vector forward;
+    Vector backward;
+};
+DirectVectors DeriveDirect(const Picture& picture, int x, int y);
+
+/// Quarters from the left and top edge within which a vector can be written: [-limit, limit - 1].
+Vector VectorLimit(int vector_range);
+/// The least and largest vector of a block at (left, top), in samples of luma, so that it can be
+/// written and that all decoders take the same samples.
+struct VectorWindow {
+    Vector least;
+    Vector largest;
+    bool Holds(Vector v) const {
+        return v.x >= least.x && v.x <= largest.x && v.y >= least.y && v.y <= largest.y;
+    }
+};
+VectorWindow WindowOf(const Picture& picture, int left, int top);
+
+/// `vector` less `predictor` as it is written, wrapped into the range.
+Vector Difference(Vector vector, Vector predictor, int vector_range);
+
+/// The vector of luma that chroma follows: of a macroblock with four their middle.
+Vector CombinedVector(const Macroblock& macroblock);
+/// In quarters of a chroma sample, before it is shortened for the Simple profile.
+Vector ChromaVector(Vector luma);
+/// Rounded towards zero to halves of a sample.
+Vector Shortened(Vector chroma);
+
+inline int Median(int a, int b, int c) {
+    return std::max(std::min(a, b), std::min(std::max(a, b), c));
+}
+
+}  // namespace codecs::wmv9
