@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "codecs/common/index.h"
+
 namespace codecs::wmv9 {
 namespace {
 
@@ -17,8 +19,6 @@ int BitsOf(int value) {
     for (; value > 0; value >>= 1) ++bits;
     return bits;
 }
-
-std::size_t Index(int value) { return static_cast<std::size_t>(value); }
 
 }  // namespace
 
@@ -46,9 +46,8 @@ AcCodes::AcCodes(const AcTable& table) : table_(table) {
 
 const std::array<AcCodes, kAcTableCount>& AcCodes::All() {
     static const std::array<AcCodes, kAcTableCount> all = {
-        AcCodes(kAcTables[0]), AcCodes(kAcTables[1]), AcCodes(kAcTables[2]),
-        AcCodes(kAcTables[3]), AcCodes(kAcTables[4]), AcCodes(kAcTables[5]),
-        AcCodes(kAcTables[6]), AcCodes(kAcTables[7])};
+        AcCodes(kAcTables[0]), AcCodes(kAcTables[1]), AcCodes(kAcTables[2]), AcCodes(kAcTables[3]),
+        AcCodes(kAcTables[4]), AcCodes(kAcTables[5]), AcCodes(kAcTables[6]), AcCodes(kAcTables[7])};
     return all;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "codecs/common/bit_writer.h"
+#include "codecs/common/index.h"
 #include "codecs/wmv9/ac_tables.h"
 
 namespace codecs::wmv9 {
@@ -30,8 +31,7 @@ class AcCodes {
 
     /// Bits of a symbol with its sign; `level` is above 0.
     int Length(bool last, int run, int level) const {
-        return level < kQuickLevels ? lengths_[last ? 1 : 0][static_cast<std::size_t>(run)]
-                                              [static_cast<std::size_t>(level)]
+        return level < kQuickLevels ? lengths_[last ? 1 : 0][Index(run)][Index(level)]
                                     : escape_length_;
     }
 

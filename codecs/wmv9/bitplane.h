@@ -6,15 +6,14 @@
 #include <vector>
 
 #include "codecs/common/bit_writer.h"
+#include "codecs/common/index.h"
 
 namespace codecs::wmv9 {
 
 class BitPlane {
   public:
     BitPlane(int width, int height)
-        : width_(width),
-          height_(height),
-          bits_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)) {}
+        : width_(width), height_(height), bits_(Index(width) * Index(height)) {}
 
     int Width() const { return width_; }
     int Height() const { return height_; }
@@ -22,17 +21,22 @@ class BitPlane {
     void Set(int x, int y, bool bit) { bits_[Place(x, y)] = bit ? 1 : 0; }
 
   private:
-    std::size_t Place(int x, int y) const {
-        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
-               static_cast<std::size_t>(x);
-    }
+    std::size_t Place(int x, int y) const { return Index(y) * Index(width_) + Index(x); }
 
     int width_;
     int height_;
     std::vector<std::uint8_t> bits_;
 };
 
-enum class PlaneMode : std::uint8_t { Raw, Pairs, PairsOfChange, Tiles, TilesOfChange, Rows, Columns };
+enum class PlaneMode : std::uint8_t {
+    Raw,
+    Pairs,
+    PairsOfChange,
+    Tiles,
+    TilesOfChange,
+    Rows,
+    Columns
+};
 constexpr int kPlaneModes = 7;
 
 /// How a plane is written. Raw leaves its bits to the macroblocks.

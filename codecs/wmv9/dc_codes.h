@@ -4,6 +4,7 @@
 #include <array>
 
 #include "codecs/common/bit_writer.h"
+#include "codecs/common/index.h"
 #include "codecs/wmv9/tables.h"
 
 namespace codecs::wmv9 {
@@ -21,15 +22,16 @@ constexpr DcCode DcCodeOf(int difference, int quantiser) {
     const int symbol = (size + (1 << more) - 1) >> more;
     const auto sign = static_cast<std::uint32_t>(difference < 0 ? 1 : 0);
     if (symbol >= kDcEscape)
-        return {kDcEscape, {static_cast<std::uint32_t>(size) << 1 | sign,
-                            static_cast<std::uint8_t>(8 + more + 1)}};
+        return {kDcEscape,
+                {static_cast<std::uint32_t>(size) << 1 | sign,
+                 static_cast<std::uint8_t>(8 + more + 1)}};
     const auto low = static_cast<std::uint32_t>((size + (1 << more) - 1) & ((1 << more) - 1));
     return {symbol, {low << 1 | sign, static_cast<std::uint8_t>(more + 1)}};
 }
 
 inline int DcBits(int difference, int quantiser, const std::array<Code, 120>& table) {
     const DcCode code = DcCodeOf(difference, quantiser);
-    return table[static_cast<std::size_t>(code.symbol)].length + code.extra.length;
+    return table[Index(code.symbol)].length + code.extra.length;
 }
 
 }  // namespace codecs::wmv9

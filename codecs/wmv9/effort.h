@@ -6,18 +6,18 @@
 namespace codecs::wmv9 {
 
 struct Effort {
-    int up_to = 0;           // level, 0 to 100
-    bool quarter = true;     // vectors in quarters of a sample, else in halves
-    bool hadamard = false;   // fractions of a sample are judged by transformed differences
-    int rounds = 0;          // of the search by whole samples
-    bool hexagon = false;    // it takes longer steps first
-    bool square = false;     // eight fractions around, not four
+    int up_to = 0;          // level, 0 to 100
+    bool quarter = true;    // vectors in quarters of a sample, else in halves
+    bool hadamard = false;  // fractions of a sample are judged by transformed differences
+    int rounds = 0;         // of the search by whole samples
+    bool hexagon = false;   // it takes longer steps first
+    bool square = false;    // eight fractions around, not four
     int fraction_rounds = 1;
-    bool four = false;       // vectors a macroblock
+    bool four = false;         // vectors a macroblock
     bool intra_trial = false;  // coded by itself wherever that may be cheaper
-    bool joint = false;      // levels by bits and error
+    bool joint = false;        // levels by bits and error
     bool joint_intra = false;
-    unsigned shapes = 1;     // of transforms, see ShapeBit
+    unsigned shapes = 1;  // of transforms, see ShapeBit
     int try_from_bits = 0;
     bool skip_early = true;  // what is certainly nothing is not looked at further
     int trials = 1;          // ways that are coded whole to choose from

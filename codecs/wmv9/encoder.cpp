@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/between_places.h"
 #include "codecs/wmv9/chooser.h"
 #include "codecs/wmv9/effort.h"
@@ -16,7 +17,7 @@ namespace codecs::wmv9 {
 namespace {
 
 constexpr int kLargestSide = 8192;
-constexpr int kAnchors = 3;  // two references and the one that is coded
+constexpr int kAnchors = 3;          // two references and the one that is coded
 constexpr double kFinestHalves = 9;  // quantisers in halves below
 
 EncoderSettings Checked(EncoderSettings settings) {
@@ -24,9 +25,8 @@ EncoderSettings Checked(EncoderSettings settings) {
     settings.width = even(settings.width);
     settings.height = even(settings.height);
     settings.threads = std::max(1, settings.threads);
-    settings.between = settings.profile == Profile::Simple
-                           ? 0
-                           : std::clamp(settings.between, 0, kMostBetween);
+    settings.between =
+        settings.profile == Profile::Simple ? 0 : std::clamp(settings.between, 0, kMostBetween);
     return settings;
 }
 
@@ -47,10 +47,9 @@ SequenceHeader MakeSequence(const EncoderSettings& settings) {
     header.short_chroma_vectors = !main;
     header.extended_vectors = VectorRange(settings) > 0;
     header.most_between = settings.between;
-    header.rate_hint = std::clamp(
-        static_cast<int>(std::lround((settings.pictures_per_second - 2) / 4)), 0, 7);
-    header.bits_hint =
-        std::clamp(static_cast<int>((settings.rate_bps / 1000 - 32) / 64), 0, 31);
+    header.rate_hint =
+        std::clamp(static_cast<int>(std::lround((settings.pictures_per_second - 2) / 4)), 0, 7);
+    header.bits_hint = std::clamp(static_cast<int>((settings.rate_bps / 1000 - 32) / 64), 0, 31);
     return header;
 }
 
@@ -117,7 +116,9 @@ class Encoder::Impl {
 
     void Forget() { next_ = past_; }
 
-    PictureView Reconstruction() const { return result_ == nullptr ? PictureView() : result_->View(); }
+    PictureView Reconstruction() const {
+        return result_ == nullptr ? PictureView() : result_->View();
+    }
 
   private:
     PictureHeader HeaderFor(const PictureRequest& request) const {
@@ -165,13 +166,9 @@ class Encoder::Impl {
         const bool anchor = !header.IsBetween();
         const int place = FreeAnchor();
         const int grid = past_.later < 0 ? 0 : 1 - past_.later_grid;
-        Frame& result = anchor ? anchors_[static_cast<std::size_t>(place)] : between_;
-        Picture picture{sequence_,
-                        header,
-                        BestKernels(),
-                        source_,
-                        result,
-                        anchor ? grids_[static_cast<std::size_t>(grid)] : between_grid_};
+        Frame& result = anchor ? anchors_[Index(place)] : between_;
+        Picture picture{sequence_, header, BestKernels(),
+                        source_,   result, anchor ? grids_[Index(grid)] : between_grid_};
         if (header.kind == PictureKind::Predicted) {
             picture.past = &Anchor(past_.later);
         } else if (header.IsBetween()) {
@@ -179,7 +176,7 @@ class Encoder::Impl {
             picture.future = &Anchor(past_.later);
         }
         if (!header.IsKey() && !past_.later_is_key)
-            picture.anchor = &grids_[static_cast<std::size_t>(past_.later_grid)];
+            picture.anchor = &grids_[Index(past_.later_grid)];
         coder_.Analyse(picture, chooser_);
         ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
         const std::size_t level_bits = coder_.Write(picture);
@@ -192,13 +189,13 @@ class Encoder::Impl {
         coded.data = coder_.Bits().Bytes();
         coded.kind = header.kind;
         coded.quantiser = header.quantiser + (header.half_step ? 0.5 : 0);
-        coded.bits = PictureBits::Taken(
-            static_cast<double>(level_bits),
-            static_cast<double>(8 * coded.data.size() - level_bits), coded.quantiser);
+        coded.bits = PictureBits::Taken(static_cast<double>(level_bits),
+                                        static_cast<double>(8 * coded.data.size() - level_bits),
+                                        coded.quantiser);
         return coded;
     }
 
-    const Frame& Anchor(int place) const { return anchors_[static_cast<std::size_t>(place)]; }
+    const Frame& Anchor(int place) const { return anchors_[Index(place)]; }
 
     int FreeAnchor() const {
         int place = 0;
@@ -264,8 +261,7 @@ void Encoder::Forget() { impl_->Forget(); }
 
 PictureView Encoder::Reconstruction() const { return impl_->Reconstruction(); }
 
-int Encoder::ChooseBetween(const PictureView& /*before*/,
-                           std::span<const PictureView> next) const {
+int Encoder::ChooseBetween(const PictureView& /*before*/, std::span<const PictureView> next) const {
     return next.empty() ? 0 : static_cast<int>(next.size()) - 1;
 }
 

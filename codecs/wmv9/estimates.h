@@ -1,6 +1,7 @@
 // What things are expected to take in the picture in hand, before its tables are chosen.
 #pragma once
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/ac_codes.h"
 #include "codecs/wmv9/picture.h"
 #include "codecs/wmv9/tables.h"
@@ -12,14 +13,12 @@ namespace codecs::wmv9 {
 struct Estimates {
     explicit Estimates(const PictureHeader& header)
         : vectors(header),
-          pattern(header.IsKey() ? kKeyPattern
-                                 : kPattern[static_cast<std::size_t>(header.pattern_table)]),
-          intra_luma(AcCodes::All()[static_cast<std::size_t>(AcTablePlace(
+          pattern(header.IsKey() ? kKeyPattern : kPattern[Index(header.pattern_table)]),
+          intra_luma(AcCodes::All()[Index(AcTablePlace(
               header.IsKey() ? header.luma_ac_table : header.ac_table, header.HighRate(), true))]),
-          other(AcCodes::All()[static_cast<std::size_t>(
-              AcTablePlace(header.ac_table, header.HighRate(), false))]),
-          luma_dc(kLumaDc[static_cast<std::size_t>(header.dc_table)]),
-          chroma_dc(kChromaDc[static_cast<std::size_t>(header.dc_table)]) {}
+          other(AcCodes::All()[Index(AcTablePlace(header.ac_table, header.HighRate(), false))]),
+          luma_dc(kLumaDc[Index(header.dc_table)]),
+          chroma_dc(kChromaDc[Index(header.dc_table)]) {}
 
     const AcCodes& Levels(bool intra, int block) const {
         return intra && block < 4 ? intra_luma : other;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "codecs/common/index.h"
+
 namespace codecs::wmv9 {
 namespace {
 
@@ -20,8 +22,8 @@ Frame::Frame(int width, int height) {
         // Neighbouring rows at a multiple of a large power of two would share cache lines.
         plane.stride = (plane.width + 2 * margin + 63) / 64 * 64 + 64;
         memory_[i].resize(static_cast<std::size_t>(plane.stride) *
-                              static_cast<std::size_t>(plane.height + 2 * margin) +
-                          static_cast<std::size_t>(margin) + kAlignment);
+                              Index(plane.height + 2 * margin) +
+                          Index(margin) + kAlignment);
         std::uint8_t* const origin = memory_[i].data() + margin * plane.stride + margin +
                                      static_cast<std::ptrdiff_t>(kAlignment);
         plane.samples = origin - reinterpret_cast<std::uintptr_t>(origin) % kAlignment;
@@ -35,14 +37,11 @@ void Frame::Load(const PictureView& picture, int width, int height) {
         const int rows = i == 0 ? height : height / 2;
         for (int y = 0; y < rows; ++y) {
             std::uint8_t* const row = plane.At(0, y);
-            std::memcpy(row, picture.planes[i] + y * picture.strides[i],
-                        static_cast<std::size_t>(columns));
-            std::memset(row + columns, row[columns - 1],
-                        static_cast<std::size_t>(plane.width - columns));
+            std::memcpy(row, picture.planes[i] + y * picture.strides[i], Index(columns));
+            std::memset(row + columns, row[columns - 1], Index(plane.width - columns));
         }
         for (int y = rows; y < plane.height; ++y)
-            std::memcpy(plane.At(0, y), plane.At(0, rows - 1),
-                        static_cast<std::size_t>(plane.width));
+            std::memcpy(plane.At(0, y), plane.At(0, rows - 1), Index(plane.width));
     }
 }
 
@@ -50,12 +49,12 @@ void Frame::Extend() {
     for (std::size_t i = 0; i < planes_.size(); ++i) {
         const Plane& plane = planes_[i];
         const int margin = i == 0 ? kMargin : kMargin / 2;
-        const auto side = static_cast<std::size_t>(margin);
+        const auto side = Index(margin);
         for (int y = 0; y < plane.height; ++y) {
             std::memset(plane.At(-margin, y), *plane.At(0, y), side);
             std::memset(plane.At(plane.width, y), *plane.At(plane.width - 1, y), side);
         }
-        const std::size_t whole = static_cast<std::size_t>(plane.width) + 2 * side;
+        const std::size_t whole = Index(plane.width) + 2 * side;
         for (int y = 1; y <= margin; ++y) {
             std::memcpy(plane.At(-margin, -y), plane.At(-margin, 0), whole);
             std::memcpy(plane.At(-margin, plane.height - 1 + y),

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/encoder.h"
 
 namespace codecs::wmv9 {
@@ -25,7 +26,7 @@ class Frame {
     /// In macroblocks.
     Frame(int width, int height);
 
-    const Plane& operator[](int plane) const { return planes_[static_cast<std::size_t>(plane)]; }
+    const Plane& operator[](int plane) const { return planes_[Index(plane)]; }
 
     /// Fills whole macroblocks, repeating the last column and row. Sizes in samples of luma.
     void Load(const PictureView& picture, int width, int height);

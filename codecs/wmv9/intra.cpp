@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/dc_codes.h"
 #include "codecs/wmv9/levels.h"
 
@@ -35,8 +36,7 @@ struct Prediction {
 };
 
 int Rescaled(int value, int from, int to) {
-    const std::int64_t scaled =
-        std::int64_t{value} * from * kPredictorScale[static_cast<std::size_t>(to - 1)];
+    const std::int64_t scaled = std::int64_t{value} * from * kPredictorScale[Index(to - 1)];
     return static_cast<int>((scaled + kHalfScale) >> kScaleBits);
 }
 
@@ -76,12 +76,11 @@ class IntraCoder {
             Block restored;
             Block residual;
             picture_.kernels.restore(restored.data(), whole_[n].data(), quantiser_.step, 0);
-            const int dc = trial_.edges[static_cast<std::size_t>(n)].dc;
+            const int dc = trial_.edges[Index(n)].dc;
             restored[0] = static_cast<std::int16_t>(dc * quantiser_.dc_step);
             picture_.kernels.inverse(Shape::Whole8x8, residual.data(), restored.data());
-            picture_.kernels.put(trial_.samples.Block(n),
-                                 kBlockPlaces[static_cast<std::size_t>(n)].stride, residual.data(),
-                                 bias);
+            picture_.kernels.put(trial_.samples.Block(n), kBlockPlaces[Index(n)].stride,
+                                 residual.data(), bias);
             if (picture_.Overlaps()) trial_.residual[n] = residual;
         }
     }
@@ -91,11 +90,10 @@ class IntraCoder {
 
     void Differences(int n, int bias, Block& out) const {
         const std::uint8_t* row = SourceBlock(picture_.source, x_, y_, n);
-        const std::ptrdiff_t stride =
-            picture_.source[kBlockPlaces[static_cast<std::size_t>(n)].plane].stride;
+        const std::ptrdiff_t stride = picture_.source[kBlockPlaces[Index(n)].plane].stride;
         for (int y = 0; y < 8; ++y, row += stride)
             for (int x = 0; x < 8; ++x)
-                out[static_cast<std::size_t>(8 * y + x)] = static_cast<std::int16_t>(row[x] - bias);
+                out[Index(8 * y + x)] = static_cast<std::int16_t>(row[x] - bias);
     }
 
     // The block `left` columns and `up` rows of blocks away in the same plane.
@@ -106,8 +104,7 @@ class IntraCoder {
         if (column < 0 || row < 0) return {};
         const int x = luma ? column >> 1 : column;
         const int y = luma ? row >> 1 : row;
-        const std::size_t block = luma ? static_cast<std::size_t>((row & 1) * 2 + (column & 1))
-                                       : static_cast<std::size_t>(n);
+        const std::size_t block = luma ? Index((row & 1) * 2 + (column & 1)) : Index(n);
         if (x == x_ && y == y_) return {&trial_.edges[block], quantiser_.number};
         const Macroblock& other = picture_.grid.At(x, y);
         if (!other.intra) return {};
@@ -116,14 +113,12 @@ class IntraCoder {
 
     int Dc(const Offer& offer) const {
         if (offer.quantiser == quantiser_.number) return offer.edge->dc;
-        return Rescaled(offer.edge->dc, kDcStep[static_cast<std::size_t>(offer.quantiser)],
-                        quantiser_.dc_step);
+        return Rescaled(offer.edge->dc, kDcStep[Index(offer.quantiser)], quantiser_.dc_step);
     }
 
     Prediction PredictKey(const Offers& offers) const {
         const int outside =
-            picture_.Overlaps() ? 0
-                                : (kMeanDc + quantiser_.dc_step / 2) / quantiser_.dc_step;
+            picture_.Overlaps() ? 0 : (kMeanDc + quantiser_.dc_step / 2) / quantiser_.dc_step;
         const int a = offers.above.edge == nullptr ? outside : Dc(offers.above);
         const int b = offers.corner.edge == nullptr ? outside : Dc(offers.corner);
         const int c = offers.left.edge == nullptr ? outside : Dc(offers.left);
@@ -198,7 +193,7 @@ class IntraCoder {
         const int half = coefficient < 0 ? -step / 2 : step / 2;
         const int dc = (coefficient + half) / step;
         const int difference = dc - predicted;
-        trial_.macroblock.dc[static_cast<std::size_t>(n)] = static_cast<std::int16_t>(difference);
+        trial_.macroblock.dc[Index(n)] = static_cast<std::int16_t>(difference);
         trial_.bits += DcBits(difference, quantiser_.number,
                               n < 4 ? estimates_.luma_dc : estimates_.chroma_dc);
         const std::int64_t error = coefficient - std::int64_t{dc} * step;
@@ -209,7 +204,7 @@ class IntraCoder {
     // For the blocks after this one, and what is written of it.
     void Keep(int n, int dc, const Block& expected) {
         const Block& whole = whole_[n];
-        BlockEdge& edge = trial_.edges[static_cast<std::size_t>(n)];
+        BlockEdge& edge = trial_.edges[Index(n)];
         edge.dc = static_cast<std::int16_t>(dc);
         for (std::size_t i = 0; i < 7; ++i) {
             edge.row[i] = whole[i + 1];
@@ -223,12 +218,10 @@ class IntraCoder {
     int PatternBits() const {
         const Macroblock& macroblock = trial_.macroblock;
         if (picture_.header.IsKey())
-            return kKeyPattern[static_cast<std::size_t>(
-                                   WrittenKeyPattern(picture_.grid, macroblock, x_, y_))]
-                .length;
+            return kKeyPattern[Index(WrittenKeyPattern(picture_.grid, macroblock, x_, y_))].length;
         const bool coded = macroblock.coded != 0;
-        const auto& vectors = kVector[static_cast<std::size_t>(picture_.header.vector_table)];
-        return vectors[static_cast<std::size_t>(kIntraSymbol + (coded ? kCodedSymbols : 0))].length +
+        const auto& vectors = kVector[Index(picture_.header.vector_table)];
+        return vectors[Index(kIntraSymbol + (coded ? kCodedSymbols : 0))].length +
                (coded ? estimates_.pattern[macroblock.coded].length : 0);
     }
 
@@ -258,10 +251,9 @@ void CodeIntra(const Picture& picture, const Estimates& estimates, const Quantis
     coder.Reconstruct();
 }
 
-std::span<const std::uint8_t> IntraScan(bool key_picture, const Macroblock& macroblock,
-                                        int block) {
+std::span<const std::uint8_t> IntraScan(bool key_picture, const Macroblock& macroblock, int block) {
     const bool above = (macroblock.from_above >> block & 1) != 0;
-    const std::span<const std::uint8_t> scan = !key_picture              ? kScan8x8
+    const std::span<const std::uint8_t> scan = !key_picture               ? kScan8x8
                                                : !macroblock.ac_predicted ? kScanKey
                                                : above                    ? kScanKeyAbove
                                                                           : kScanKeyLeft;

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include "codecs/common/index.h"
+
 namespace codecs::wmv9 {
 namespace {
 
@@ -14,9 +16,9 @@ std::int64_t Square(std::int64_t value) { return value * value; }
 
 // A level that may be the last one chosen so far.
 struct Node {
-    int place = -1;     // in the scan; -1 = before it
-    int level = 0;      // as it is reconstructed
-    int before = -1;    // node
+    int place = -1;   // in the scan; -1 = before it
+    int level = 0;    // as it is reconstructed
+    int before = -1;  // node
     int bits = 0;
     std::int64_t cost = 0;  // of all up to here, less the error of nothing transmitted up to here
 };
@@ -24,7 +26,10 @@ struct Node {
 class LevelSearch {
   public:
     LevelSearch(const TransformBlock& block, const Quantiser& quantiser, const AcCodes& codes)
-        : block_(block), step_(quantiser.step * kEighths), lambda_(quantiser.lambda), codes_(codes) {
+        : block_(block),
+          step_(quantiser.step * kEighths),
+          lambda_(quantiser.lambda),
+          codes_(codes) {
         nodes_[0] = {};
         survivors_[0] = 0;
     }
@@ -59,8 +64,8 @@ class LevelSearch {
             const int size = std::abs(level - expected);
             const std::int64_t change = Square(coefficient - level * step_) - nothing;
             for (int s = 0; s < survivor_count_; ++s) {
-                const int index = survivors_[static_cast<std::size_t>(s)];
-                const Node& before = nodes_[static_cast<std::size_t>(index)];
+                const int index = survivors_[Index(s)];
+                const Node& before = nodes_[Index(index)];
                 const int run = place - before.place - 1;
                 const int length = codes_.Length(false, run, size);
                 const std::int64_t cost = before.cost + change + lambda_ * length;
@@ -73,22 +78,19 @@ class LevelSearch {
         }
         // One that is further away and no cheaper does not come back into play.
         while (survivor_count_ > 0 &&
-               nodes_[static_cast<std::size_t>(
-                          survivors_[static_cast<std::size_t>(survivor_count_ - 1)])]
-                       .cost >= best.cost)
+               nodes_[Index(survivors_[Index(survivor_count_ - 1)])].cost >= best.cost)
             --survivor_count_;
-        nodes_[static_cast<std::size_t>(node_count_)] = best;
-        survivors_[static_cast<std::size_t>(survivor_count_++)] = node_count_++;
+        nodes_[Index(node_count_)] = best;
+        survivors_[Index(survivor_count_++)] = node_count_++;
     }
 
     LevelCost Finish(std::int64_t silent) const {
         for (const std::uint8_t at : block_.scan)
-            block_.levels[at] = block_.predicted == nullptr ? std::int16_t{0} : block_.predicted[at];
+            block_.levels[at] =
+                block_.predicted == nullptr ? std::int16_t{0} : block_.predicted[at];
         if (node_count_ == 1) return {0, silent, silent, false};
-        for (const Node* node = &end_; node->place >= 0;
-             node = &nodes_[static_cast<std::size_t>(node->before)])
-            block_.levels[block_.scan[static_cast<std::size_t>(node->place)]] =
-                static_cast<std::int16_t>(node->level);
+        for (const Node* node = &end_; node->place >= 0; node = &nodes_[Index(node->before)])
+            block_.levels[block_.scan[Index(node->place)]] = static_cast<std::int16_t>(node->level);
         return {end_.bits, silent + end_.cost - lambda_ * end_.bits, silent, true};
     }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/transform_types.h"
 #include "codecs/wmv9/vectors.h"
 
@@ -23,10 +24,9 @@ LoopFilter::LoopFilter(int width, int height) {
         PlaneState& plane = planes_[i];
         plane.width = i == 0 ? 2 * width : width;
         plane.height = i == 0 ? 2 * height : height;
-        plane.blocks.resize(static_cast<std::size_t>(plane.width) *
-                            static_cast<std::size_t>(plane.height));
+        plane.blocks.resize(Index(plane.width) * Index(plane.height));
     }
-    segments_.resize(4 * static_cast<std::size_t>(std::max(width, 1)));
+    segments_.resize(4 * Index(std::max(width, 1)));
 }
 
 void LoopFilter::Run(const Picture& picture) {
@@ -45,14 +45,14 @@ void LoopFilter::Gather(const Picture& picture) {
             const Vector chroma =
                 macroblock.intra ? Vector() : ChromaVector(CombinedVector(macroblock));
             for (int n = 0; n < kBlocks; ++n) {
-                const auto index = static_cast<std::size_t>(n);
+                const auto index = Index(n);
                 BlockState state;
                 state.intra = macroblock.intra;
                 state.vector = n < 4 ? macroblock.vectors[index] : chroma;
                 if (!macroblock.intra && macroblock.IsCoded(n)) {
                     const Shape shape = macroblock.shapes[index];
-                    state.quarters = static_cast<std::uint8_t>(
-                        CodedQuarters(shape, macroblock.parts[index]));
+                    state.quarters =
+                        static_cast<std::uint8_t>(CodedQuarters(shape, macroblock.parts[index]));
                     state.rows = shape == Shape::Wide8x4 || shape == Shape::Small4x4;
                     state.columns = shape == Shape::Tall4x8 || shape == Shape::Small4x4;
                 }
@@ -87,7 +87,7 @@ bool LoopFilter::BelowEdge(const PlaneState& state, int y) {
         const BlockState& above = state.At(x, y - 1);
         const BlockState& below = state.At(x, y);
         const bool both = above.intra || below.intra || !(above.vector == below.vector);
-        std::uint8_t* const segment = &segments_[2 * static_cast<std::size_t>(x)];
+        std::uint8_t* const segment = &segments_[2 * Index(x)];
         segment[0] = both || Any(above.quarters, kBottomLeft) || Any(below.quarters, kTopLeft);
         segment[1] = both || Any(above.quarters, kBottomRight) || Any(below.quarters, kTopRight);
         any |= segment[0] | segment[1];
@@ -99,7 +99,7 @@ bool LoopFilter::InsideRows(const PlaneState& state, int y) {
     std::uint8_t any = 0;
     for (int x = 0; x < state.width; ++x) {
         const BlockState& block = state.At(x, y);
-        std::uint8_t* const segment = &segments_[2 * static_cast<std::size_t>(x)];
+        std::uint8_t* const segment = &segments_[2 * Index(x)];
         segment[0] = block.rows && Any(block.quarters, kTopLeft | kBottomLeft);
         segment[1] = block.rows && Any(block.quarters, kTopRight | kBottomRight);
         any |= segment[0] | segment[1];

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/picture.h"
 
 namespace codecs::wmv9 {
@@ -22,8 +23,8 @@ class LoopFilter {
     struct BlockState {
         Vector vector;
         bool intra = false;
-        bool rows = false;     // transforms meet at a horizontal edge inside
-        bool columns = false;  // at a vertical one
+        bool rows = false;          // transforms meet at a horizontal edge inside
+        bool columns = false;       // at a vertical one
         std::uint8_t quarters = 0;  // that a coded transform touches
     };
     struct PlaneState {
@@ -31,13 +32,9 @@ class LoopFilter {
         int height = 0;
         std::vector<BlockState> blocks;
         const BlockState& At(int x, int y) const {
-            return blocks[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
-                          static_cast<std::size_t>(x)];
+            return blocks[Index(y) * Index(width) + Index(x)];
         }
-        BlockState& At(int x, int y) {
-            return blocks[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
-                          static_cast<std::size_t>(x)];
-        }
+        BlockState& At(int x, int y) { return blocks[Index(y) * Index(width) + Index(x)]; }
     };
 
     void Gather(const Picture& picture);

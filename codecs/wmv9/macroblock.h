@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/kernels.h"
 
 namespace codecs::wmv9 {
@@ -39,12 +40,12 @@ struct Macroblock {
     bool skipped = false;  // neither residual nor vector difference
     bool ac_predicted = false;
     std::uint8_t from_above = 0;  // bit n: block n's levels are predicted from the block above
-    bool block_types = false;  // each block names its transform
+    bool block_types = false;     // each block names its transform
     std::uint8_t quantiser = 1;
     std::uint8_t coded = 0;  // bit 5 - n: block n has levels
     Direction direction = Direction::Forward;
-    std::array<Vector, 4> vectors{};  // by block; of intra ones 0. Between anchors [0] only
-    Vector backward;                  // between anchors
+    std::array<Vector, 4> vectors{};      // by block; of intra ones 0. Between anchors [0] only
+    Vector backward;                      // between anchors
     std::array<Vector, 4> differences{};  // as they are written
     Vector backward_difference;
     std::array<Hybrid, 4> hybrid{};
@@ -71,7 +72,7 @@ class MacroblockGrid {
     MacroblockGrid(int width, int height)
         : width_(width),
           height_(height),
-          macroblocks_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)),
+          macroblocks_(Index(width) * Index(height)),
           edges_(macroblocks_.size()) {}
 
     int Width() const { return width_; }
@@ -83,10 +84,7 @@ class MacroblockGrid {
     const std::array<BlockEdge, kBlocks>& Edges(int x, int y) const { return edges_[Place(x, y)]; }
 
   private:
-    std::size_t Place(int x, int y) const {
-        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
-               static_cast<std::size_t>(x);
-    }
+    std::size_t Place(int x, int y) const { return Index(y) * Index(width_) + Index(x); }
 
     int width_;
     int height_;

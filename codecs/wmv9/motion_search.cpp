@@ -46,10 +46,10 @@ std::uint32_t MotionSearch::BitCost(const State& state, Vector vector) const {
 void MotionSearch::TryWhole(State& state, Vector vector) const {
     const SearchBlock& block = state.block;
     const Plane& plane = reference_[0];
-    const std::uint32_t difference = picture_.kernels.sad(
-        state.source, state.stride,
-        plane.At(block.left + (vector.x >> 2), block.top + (vector.y >> 2)), plane.stride,
-        block.size, block.size);
+    const std::uint32_t difference =
+        picture_.kernels.sad(state.source, state.stride,
+                             plane.At(block.left + (vector.x >> 2), block.top + (vector.y >> 2)),
+                             plane.stride, block.size, block.size);
     const std::uint32_t cost = difference + BitCost(state, vector);
     if (cost < state.best.cost) state.best = {vector, difference, cost};
 }
@@ -68,8 +68,8 @@ bool MotionSearch::TryFour(State& state, const Vector (&around)[4]) const {
     const std::uint8_t* places[4];
     std::uint32_t differences[4];
     for (int i = 0; i < 4; ++i)
-        places[i] = plane.At(state.block.left + (around[i].x >> 2),
-                             state.block.top + (around[i].y >> 2));
+        places[i] =
+            plane.At(state.block.left + (around[i].x >> 2), state.block.top + (around[i].y >> 2));
     picture_.kernels.sad_of_four(state.source, state.stride, places, plane.stride, differences);
     for (int i = 0; i < 4; ++i) {
         const std::uint32_t cost = differences[i] + BitCost(state, around[i]);
@@ -133,8 +133,8 @@ void MotionSearch::Fractions(State& state, int step) const {
     for (int round = 0; round < effort_.fraction_rounds; ++round) {
         const Vector c = state.best.vector;
         bool better = false;
-        for (const Vector v : {Moved(c, -step, 0), Moved(c, step, 0), Moved(c, 0, -step),
-                               Moved(c, 0, step)})
+        for (const Vector v :
+             {Moved(c, -step, 0), Moved(c, step, 0), Moved(c, 0, -step), Moved(c, 0, step)})
             better = TryFraction(state, v) || better;
         if (effort_.square)
             for (const Vector v : {Moved(c, -step, -step), Moved(c, step, -step),

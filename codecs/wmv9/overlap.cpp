@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "codecs/common/index.h"
+
 namespace codecs::wmv9 {
 namespace {
 
@@ -36,8 +38,7 @@ void Unsmooth(std::uint8_t* first, std::ptrdiff_t step) {
     const double u = 4 * (a - d) / 3;
     const double w = 4 * (b - c) / 3 + 4 * (a - d) / 9;
     const auto set = [&](std::ptrdiff_t place, double value) {
-        first[place * step] =
-            static_cast<std::uint8_t>(std::clamp(std::lround(value), 0L, 255L));
+        first[place * step] = static_cast<std::uint8_t>(std::clamp(std::lround(value), 0L, 255L));
     };
     set(0, (a + d + u) / 2);
     set(1, (b + c + w) / 2);
@@ -52,18 +53,17 @@ Overlap::Overlap(int width, int height) {
         Surface& plane = planes_[i];
         plane.width = i == 0 ? 2 * width : width;
         plane.height = i == 0 ? 2 * height : height;
-        plane.values.resize(static_cast<std::size_t>(plane.width) *
-                            static_cast<std::size_t>(plane.height) * 64);
+        plane.values.resize(Index(plane.width) * Index(plane.height) * 64);
     }
 }
 
 void Overlap::Take(int x, int y, const Blocks& residual) {
     for (int n = 0; n < kBlocks; ++n) {
-        const BlockPlace& place = kBlockPlaces[static_cast<std::size_t>(n)];
+        const BlockPlace& place = kBlockPlaces[Index(n)];
         const int unit = place.plane == 0 ? 16 : 8;
         for (int row = 0; row < 8; ++row)
-            std::copy_n(residual[n].data() + 8 * row, 8,
-                        planes_[place.plane].Row(unit * y + place.y + row) + unit * x + place.x);
+            std::copy_n(&residual[n][Index(8 * row)], 8,
+                        planes_[place.plane].At(unit * x + place.x, unit * y + place.y + row));
     }
 }
 
@@ -74,24 +74,24 @@ bool Overlap::IsIntra(const Picture& picture, int plane, int x, int y) const {
 void Overlap::Run(const Picture& picture) {
     for (int plane = 0; plane < 3; ++plane) {
         Surface& surface = planes_[plane];
-        const std::ptrdiff_t stride = 8 * surface.width;
+        const std::ptrdiff_t stride = std::ptrdiff_t{8} * surface.width;
         for (int y = 0; y < surface.height; ++y)
             for (int x = 1; x < surface.width; ++x)
                 if (IsIntra(picture, plane, x - 1, y) && IsIntra(picture, plane, x, y))
                     for (int line = 0; line < 8; ++line)
-                        Smooth(surface.Row(8 * y + line) + 8 * x - 2, 1, line);
+                        Smooth(surface.At(8 * x - 2, 8 * y + line), 1, line);
         for (int y = 1; y < surface.height; ++y)
             for (int x = 0; x < surface.width; ++x)
                 if (IsIntra(picture, plane, x, y - 1) && IsIntra(picture, plane, x, y))
                     for (int line = 0; line < 8; ++line)
-                        Smooth(surface.Row(8 * y - 2) + 8 * x + line, stride, line);
+                        Smooth(surface.At(8 * x + line, 8 * y - 2), stride, line);
         const Plane& result = picture.result[plane];
         for (int y = 0; y < surface.height; ++y) {
             for (int x = 0; x < surface.width; ++x) {
                 if (!IsIntra(picture, plane, x, y)) continue;
                 Block block;
                 for (int row = 0; row < 8; ++row)
-                    std::copy_n(surface.Row(8 * y + row) + 8 * x, 8, block.data() + 8 * row);
+                    std::copy_n(surface.At(8 * x, 8 * y + row), 8, &block[Index(8 * row)]);
                 picture.kernels.put(result.At(8 * x, 8 * y), result.stride, block.data(), kBias);
             }
         }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/picture.h"
 #include "codecs/wmv9/trial.h"
 
@@ -27,9 +28,7 @@ class Overlap {
         int width = 0;  // blocks
         int height = 0;
         std::vector<std::int16_t> values;
-        std::int16_t* Row(int y) {
-            return values.data() + static_cast<std::size_t>(y) * 8 * static_cast<std::size_t>(width);
-        }
+        std::int16_t* Row(int y) { return values.data() + Index(y) * 8 * Index(width); }
     };
     bool IsIntra(const Picture& picture, int plane, int x, int y) const;
 

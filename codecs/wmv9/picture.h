@@ -27,10 +27,10 @@ struct Intensity {
 struct PictureHeader {
     PictureKind kind = PictureKind::Key;
     int counter = 0;
-    int quantiser = 8;        // 1 to 31
-    bool half_step = false;   // half a quantiser more; up to quantiser 8
-    bool varying = false;     // macroblocks name their quantiser
-    int vector_range = 0;     // 0 to 3
+    int quantiser = 8;       // 1 to 31
+    bool half_step = false;  // half a quantiser more; up to quantiser 8
+    bool varying = false;    // macroblocks name their quantiser
+    int vector_range = 0;    // 0 to 3
     VectorMode mode = VectorMode::Quarter;
     std::optional<Intensity> intensity;
     std::optional<Shape> shape;  // one transform for the whole picture
@@ -70,8 +70,8 @@ struct Picture {
     const Frame& source;
     Frame& result;
     MacroblockGrid& grid;
-    const Frame* past = nullptr;            // reference, mapped where the header says so
-    const Frame* future = nullptr;          // between anchors
+    const Frame* past = nullptr;             // reference, mapped where the header says so
+    const Frame* future = nullptr;           // between anchors
     const MacroblockGrid* anchor = nullptr;  // macroblocks of `future`; null = a key picture
 
     int Width() const { return grid.Width(); }

@@ -2,10 +2,12 @@
 
 #include <cstring>
 
+#include "codecs/common/index.h"
+
 namespace codecs::wmv9 {
 
 PictureCoder::PictureCoder(int width, int height, int threads)
-    : rows_(static_cast<std::size_t>(height)),
+    : rows_(Index(height)),
       planes_(width, height),
       filter_(width, height),
       overlap_(width, height),
@@ -31,7 +33,7 @@ void PictureCoder::Commit(Picture& picture, const Trial& trial, int x, int y) {
         if (picture.Overlaps()) overlap_.Take(x, y, trial.residual);
     }
     for (int n = 0; n < kBlocks; ++n) {
-        const BlockPlace& place = kBlockPlaces[static_cast<std::size_t>(n)];
+        const BlockPlace& place = kBlockPlaces[Index(n)];
         const Plane& plane = picture.result[place.plane];
         const int unit = place.plane == 0 ? 16 : 8;
         std::uint8_t* to = plane.At(unit * x + place.x, unit * y + place.y);
@@ -39,7 +41,7 @@ void PictureCoder::Commit(Picture& picture, const Trial& trial, int x, int y) {
         for (int row = 0; row < 8; ++row, to += plane.stride, from += place.stride)
             std::memcpy(to, from, 8);
     }
-    rows_[static_cast<std::size_t>(y)].Add(picture, trial.macroblock, trial.levels);
+    rows_[Index(y)].Add(picture, trial.macroblock, trial.levels);
 }
 
 TableCounts PictureCoder::Counts() const {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/between_places.h"
 #include "codecs/wmv9/dc_codes.h"
 #include "codecs/wmv9/intra.h"
@@ -52,11 +53,11 @@ class Writer {
           picture_(picture),
           header_(picture.header),
           levels_(out, largest_level, header_.quantiser < kFineEscapes || header_.varying),
-          intra_luma_(AcCodes::All()[static_cast<std::size_t>(
+          intra_luma_(AcCodes::All()[Index(
               AcTablePlace(header_.IsKey() ? header_.luma_ac_table : header_.ac_table,
                            header_.HighRate(), true))]),
-          other_(AcCodes::All()[static_cast<std::size_t>(
-              AcTablePlace(header_.ac_table, header_.HighRate(), false))]) {}
+          other_(AcCodes::All()[Index(AcTablePlace(header_.ac_table, header_.HighRate(), false))]) {
+    }
 
     void Header(const PicturePlanes& planes) {
         out_.Put(Unsigned(header_.counter), 2);
@@ -106,8 +107,8 @@ class Writer {
         out_.Align();
         // Some decoders look for bits behind a last macroblock that is nothing but its own bit.
         const auto raw = [](const PlaneCoding& coding) { return coding.mode == PlaneMode::Raw; };
-        if (!header_.IsKey() && (raw(header_.skip_plane) || raw(header_.four_plane) ||
-                                 raw(header_.direct_plane)))
+        if (!header_.IsKey() &&
+            (raw(header_.skip_plane) || raw(header_.four_plane) || raw(header_.direct_plane)))
             out_.Put(0, 8);
     }
 
@@ -150,8 +151,7 @@ class Writer {
     }
 
     void PutPattern(int pattern) {
-        out_.Put(kPattern[static_cast<std::size_t>(header_.pattern_table)]
-                         [static_cast<std::size_t>(pattern)]);
+        out_.Put(kPattern[Index(header_.pattern_table)][Index(pattern)]);
     }
 
     void PutHybrid(Hybrid hybrid) {
@@ -159,10 +159,9 @@ class Writer {
     }
 
     void PutDc(const Macroblock& macroblock, int n) {
-        const auto table = static_cast<std::size_t>(header_.dc_table);
-        const DcCode code =
-            DcCodeOf(macroblock.dc[static_cast<std::size_t>(n)], macroblock.quantiser);
-        out_.Put((n < 4 ? kLumaDc : kChromaDc)[table][static_cast<std::size_t>(code.symbol)]);
+        const auto table = Index(header_.dc_table);
+        const DcCode code = DcCodeOf(macroblock.dc[Index(n)], macroblock.quantiser);
+        out_.Put((n < 4 ? kLumaDc : kChromaDc)[table][Index(code.symbol)]);
         out_.Put(code.extra);
     }
 
@@ -187,8 +186,8 @@ class Writer {
         bool first = true;
         for (int n = 0; n < kBlocks; ++n) {
             if (!macroblock.IsCoded(n)) continue;
-            const Shape shape = macroblock.shapes[static_cast<std::size_t>(n)];
-            const int parts = macroblock.parts[static_cast<std::size_t>(n)];
+            const Shape shape = macroblock.shapes[Index(n)];
+            const int parts = macroblock.parts[Index(n)];
             if (first) out_.Put(names.Macroblock(shape, parts));
             first = false;
             const TypeNames::Names own = names.Next(shape, parts);
@@ -200,8 +199,7 @@ class Writer {
     }
 
     void KeyMacroblock(const Macroblock& macroblock, int x, int y) {
-        out_.Put(kKeyPattern[static_cast<std::size_t>(
-            WrittenKeyPattern(picture_.grid, macroblock, x, y))]);
+        out_.Put(kKeyPattern[Index(WrittenKeyPattern(picture_.grid, macroblock, x, y))]);
         out_.Put(macroblock.ac_predicted, 1);
         PutIntraBlocks(macroblock);
     }
@@ -242,9 +240,8 @@ class Writer {
         if (!macroblock.skipped) PutPattern(pattern);
         for (int n = 0; n < 4; ++n) {
             if ((pattern >> (5 - n) & 1) != 0)
-                PutVector(out_, macroblock.differences[static_cast<std::size_t>(n)],
-                          macroblock.IsCoded(n), header_);
-            PutHybrid(macroblock.hybrid[static_cast<std::size_t>(n)]);
+                PutVector(out_, macroblock.differences[Index(n)], macroblock.IsCoded(n), header_);
+            PutHybrid(macroblock.hybrid[Index(n)]);
         }
         if (macroblock.coded == 0) return;
         PutQuantiser(macroblock);
@@ -320,8 +317,7 @@ void ChooseTables(PictureHeader& header, const TableCounts& counts, const Pictur
         header.ac_table = Cheapest<kAcChoices>(other);
         return;
     }
-    header.ac_table =
-        Cheapest<kAcChoices>([&](std::size_t i) { return luma(i) + other(i); });
+    header.ac_table = Cheapest<kAcChoices>([&](std::size_t i) { return luma(i) + other(i); });
     header.vector_table =
         Cheapest<4>([&](std::size_t i) { return BitsWith(counts.vectors, kVector[i]); });
     header.pattern_table =

@@ -1,5 +1,7 @@
 #include "codecs/wmv9/prediction.h"
 
+#include "codecs/common/index.h"
+
 namespace codecs::wmv9 {
 namespace {
 
@@ -30,8 +32,8 @@ void PredictOne(const Picture& picture, const Frame& reference, Vector vector, i
 
 void PredictFour(const Picture& picture, int x, int y, const Macroblock& macroblock, Samples& out) {
     for (int n = 0; n < 4; ++n)
-        PredictLuma(picture, *picture.past, macroblock.vectors[static_cast<std::size_t>(n)],
-                    kLuma * x + 8 * (n & 1), kLuma * y + 8 * (n >> 1), 8, out.Block(n), kLuma);
+        PredictLuma(picture, *picture.past, macroblock.vectors[Index(n)], kLuma * x + 8 * (n & 1),
+                    kLuma * y + 8 * (n >> 1), 8, out.Block(n), kLuma);
     PredictChroma(picture, *picture.past, CombinedVector(macroblock), x, y, out);
 }
 

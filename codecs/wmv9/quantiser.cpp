@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/tables.h"
 
 namespace codecs::wmv9 {
@@ -17,7 +18,7 @@ Quantiser Quantiser::Make(int number, int step, bool between) {
     Quantiser made;
     made.number = number;
     made.step = step;
-    made.dc_step = kDcStep[static_cast<std::size_t>(number)];
+    made.dc_step = kDcStep[Index(number)];
     const int step_eighths = step * kEighths;
     made.reciprocal = static_cast<std::uint32_t>(((1 << 16) + step_eighths - 1) / step_eighths);
     const double lambda = (between ? kLambdaBetween : kLambda) * step * step;

@@ -14,8 +14,8 @@ struct Quantiser {
     int number = 1;  // 1 to 31
     int step = 2;    // between reconstructed levels
     int dc_step = 2;
-    std::uint32_t reciprocal = 0;   // for Kernels::quantise
-    std::int64_t lambda = 0;        // what a bit is worth, in squared eighths
+    std::uint32_t reciprocal = 0;     // for Kernels::quantise
+    std::int64_t lambda = 0;          // what a bit is worth, in squared eighths
     std::uint32_t search_lambda = 0;  // in absolute differences, in sixteenths
 
     /// @param between  of a picture that no other refers to

@@ -2,6 +2,7 @@
 #include <array>
 #include <limits>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/chooser.h"
 #include "codecs/wmv9/intra.h"
 #include "codecs/wmv9/motion_search.h"
@@ -53,8 +54,8 @@ class MacroblockRace {
     }
 
     void Key() {
-        CodeIntra(picture_, estimates_, quantiser_,
-                  {AcPrediction::Choose, effort_.joint_intra}, x_, y_, *best_);
+        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.joint_intra}, x_,
+                  y_, *best_);
     }
 
     void Predicted() {
@@ -161,10 +162,8 @@ class MacroblockRace {
         CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, trial);
         const Macroblock& macroblock = trial.macroblock;
         trial.bits += 1 + (prediction.named ? 1 : 0) +
-                      VectorBits(macroblock.differences[0], macroblock.coded != 0,
-                                 picture_.header);
-        trial.macroblock.skipped =
-            macroblock.coded == 0 && macroblock.differences[0] == Vector();
+                      VectorBits(macroblock.differences[0], macroblock.coded != 0, picture_.header);
+        trial.macroblock.skipped = macroblock.coded == 0 && macroblock.differences[0] == Vector();
         Consider(trial);
     }
 
@@ -177,10 +176,9 @@ class MacroblockRace {
         int hybrids = 0;
         bool differ = false;
         for (int n = 0; n < 4; ++n) {
-            const auto index = static_cast<std::size_t>(n);
+            const auto index = Index(n);
             const SearchBlock block{kLuma * x_ + 8 * (n & 1), kLuma * y_ + 8 * (n >> 1), 8};
-            const VectorPrediction prediction =
-                PredictBlockVector(picture_, x_, y_, n, macroblock);
+            const VectorPrediction prediction = PredictBlockVector(picture_, x_, y_, n, macroblock);
             const Vector starts[] = {one.vector};
             const FoundVector found = search.Search(block, Nearest(prediction), starts);
             cost += found.cost;
@@ -199,13 +197,12 @@ class MacroblockRace {
         CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, trial);
         int pattern = macroblock.coded;
         for (int n = 0; n < 4; ++n) {
-            const Vector difference = macroblock.differences[static_cast<std::size_t>(n)];
+            const Vector difference = macroblock.differences[Index(n)];
             trial.bits += VectorBits(difference, macroblock.IsCoded(n), picture_.header);
             if (!(difference == Vector())) pattern |= 1 << (5 - n);
         }
         macroblock.skipped = pattern == 0;
-        if (pattern != 0)
-            trial.bits += estimates_.pattern[static_cast<std::size_t>(pattern)].length;
+        if (pattern != 0) trial.bits += estimates_.pattern[Index(pattern)].length;
         Consider(trial);
     }
 
@@ -233,8 +230,8 @@ class MacroblockRace {
         const std::uint32_t limit = effort_.intra_trial ? inter_cost + inter_cost / 4 : inter_cost;
         if (own > limit) return;
         Trial& trial = Begin();
-        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.joint_intra},
-                  x_, y_, trial);
+        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.joint_intra}, x_,
+                  y_, trial);
         ++trial.bits;
         Consider(trial);
     }
@@ -297,9 +294,9 @@ class MacroblockRace {
             trial.bits += VectorBits(macroblock.backward_difference, second, header) +
                           (second ? VectorBits(macroblock.differences[0], coded, header) : 0);
         } else {
-            trial.bits += VectorBits(
-                uses_past ? macroblock.differences[0] : macroblock.backward_difference, coded,
-                header);
+            trial.bits +=
+                VectorBits(uses_past ? macroblock.differences[0] : macroblock.backward_difference,
+                           coded, header);
         }
         macroblock.skipped = !coded && macroblock.differences[0] == Vector() &&
                              macroblock.backward_difference == Vector();
@@ -338,9 +335,9 @@ void SetVector(Macroblock& macroblock, Vector vector, const VectorPrediction& pr
             const Vector d = Difference(vector, predictor, header.vector_range);
             return VectorBits(d, true, header);
         };
-        const bool above = vector == prediction.above ||
-                           (!(vector == prediction.left) &&
-                            length(prediction.above) < length(prediction.left));
+        const bool above =
+            vector == prediction.above ||
+            (!(vector == prediction.left) && length(prediction.above) < length(prediction.left));
         macroblock.hybrid[0] = above ? Hybrid::Above : Hybrid::Left;
     }
     macroblock.differences[0] =

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/levels.h"
 #include "codecs/wmv9/transform_types.h"
 
@@ -22,7 +23,7 @@ std::int64_t ErrorOf(std::uint32_t squared_samples) {
 }
 
 std::ptrdiff_t Stride(const Frame& frame, int n) {
-    return frame[kBlockPlaces[static_cast<std::size_t>(n)].plane].stride;
+    return frame[kBlockPlaces[Index(n)].plane].stride;
 }
 
 std::uint32_t Limit(const Quantiser& quantiser) {
@@ -73,7 +74,7 @@ class ResidualCoder {
         bool any = false;
         for (int n = 0; n < kBlocks; ++n) {
             Prepare(n);
-            any = any || work_[static_cast<std::size_t>(n)].worth;
+            any = any || work_[Index(n)].worth;
         }
         std::int64_t silent = 0;
         for (const BlockWork& work : work_) silent += work.silent;
@@ -85,25 +86,22 @@ class ResidualCoder {
 
   private:
     void Prepare(int n) {
-        BlockWork& work = work_[static_cast<std::size_t>(n)];
+        BlockWork& work = work_[Index(n)];
         const std::uint8_t* const source = SourceBlock(picture_.source, x_, y_, n);
         const std::ptrdiff_t stride = Stride(picture_.source, n);
         const std::uint8_t* const predicted = prediction_.Block(n);
-        const int own = kBlockPlaces[static_cast<std::size_t>(n)].stride;
+        const int own = kBlockPlaces[Index(n)].stride;
         work.silent = ErrorOf(kernels_.squared(source, stride, predicted, own, 8, 8));
-        work.worth =
-            kernels_.sad(source, stride, predicted, own, 8, 8) >= Limit(quantiser_);
+        work.worth = kernels_.sad(source, stride, predicted, own, 8, 8) >= Limit(quantiser_);
         if (!work.worth) return;
         kernels_.subtract(work.residual.data(), source, stride, predicted, own);
         if (picture_.header.shape) {
             Try(n, work, *picture_.header.shape);
         } else {
             if ((options_.shapes & ShapeBit(Shape::Whole8x8)) != 0) Try(n, work, Shape::Whole8x8);
-            const bool more = work.tried == 0 ||
-                              work.shaped[0].bits >= options_.try_from_bits;
+            const bool more = work.tried == 0 || work.shaped[0].bits >= options_.try_from_bits;
             for (int shape = 1; more && shape < kShapes; ++shape)
-                if ((options_.shapes >> shape & 1U) != 0)
-                    Try(n, work, static_cast<Shape>(shape));
+                if ((options_.shapes >> shape & 1U) != 0) Try(n, work, static_cast<Shape>(shape));
         }
         work.worth = false;
         for (int shape = 0; shape < kShapes; ++shape)
@@ -171,7 +169,7 @@ class ResidualCoder {
         plan.shapes.fill(shape);
         TypeNames names(picture_.header.TransformClass(), picture_.header.shape.has_value(), false);
         for (int n = 0; n < kBlocks; ++n) {
-            const BlockWork& work = work_[static_cast<std::size_t>(n)];
+            const BlockWork& work = work_[Index(n)];
             const Shaped& shaped = work.shaped[static_cast<std::size_t>(shape)];
             const bool possible =
                 work.worth && (work.tried & ShapeBit(shape)) != 0 && shaped.parts != 0;
@@ -200,12 +198,12 @@ class ResidualCoder {
         plan.block_types = true;
         TypeNames names(picture_.header.TransformClass(), false, true);
         for (int n = 0; n < kBlocks; ++n) {
-            const BlockWork& work = work_[static_cast<std::size_t>(n)];
+            const BlockWork& work = work_[Index(n)];
             std::int64_t best = work.silent;
             int best_bits = 0;
             int best_shape = -1;
             for (int s = 0; work.worth && s < kShapes; ++s) {
-                const Shaped& shaped = work.shaped[static_cast<std::size_t>(s)];
+                const Shaped& shaped = work.shaped[Index(s)];
                 if ((work.tried >> s & 1U) == 0 || shaped.parts == 0) continue;
                 const auto shape = static_cast<Shape>(s);
                 TypeNames then = names;
@@ -223,15 +221,15 @@ class ResidualCoder {
                 continue;
             }
             const auto shape = static_cast<Shape>(best_shape);
-            names.Next(shape, work.shaped[static_cast<std::size_t>(best_shape)].parts);
+            names.Next(shape, work.shaped[Index(best_shape)].parts);
             Take(plan, n, shape, best, best_bits);
         }
         return Finished(plan);
     }
 
     static void Take(Plan& plan, int n, Shape shape, std::int64_t cost, int bits) {
-        plan.coded[static_cast<std::size_t>(n)] = true;
-        plan.shapes[static_cast<std::size_t>(n)] = shape;
+        plan.coded[Index(n)] = true;
+        plan.shapes[Index(n)] = shape;
         plan.cost += cost;
         plan.bits += bits;
     }
@@ -257,7 +255,7 @@ class ResidualCoder {
         trial_.samples = prediction_;
         trial_.error = 0;
         for (int n = 0; n < kBlocks; ++n) {
-            const auto index = static_cast<std::size_t>(n);
+            const auto index = Index(n);
             const BlockWork& work = work_[index];
             if (!plan.coded[index]) {
                 trial_.error += work.silent;
@@ -311,9 +309,9 @@ void LeaveResidual(const Picture& picture, int x, int y, const Samples& predicti
     trial.samples = prediction;
     trial.error = 0;
     for (int n = 0; n < kBlocks; ++n)
-        trial.error += ErrorOf(picture.kernels.squared(
-            SourceBlock(picture.source, x, y, n), Stride(picture.source, n), prediction.Block(n),
-            kBlockPlaces[static_cast<std::size_t>(n)].stride, 8, 8));
+        trial.error += ErrorOf(
+            picture.kernels.squared(SourceBlock(picture.source, x, y, n), Stride(picture.source, n),
+                                    prediction.Block(n), kBlockPlaces[Index(n)].stride, 8, 8));
 }
 
 bool IsNothingLeft(const Picture& picture, const Quantiser& quantiser, int x, int y,
@@ -321,8 +319,7 @@ bool IsNothingLeft(const Picture& picture, const Quantiser& quantiser, int x, in
     const std::uint32_t limit = Limit(quantiser);
     for (int n = 0; n < kBlocks; ++n)
         if (picture.kernels.sad(SourceBlock(picture.source, x, y, n), Stride(picture.source, n),
-                                prediction.Block(n),
-                                kBlockPlaces[static_cast<std::size_t>(n)].stride, 8, 8) >= limit)
+                                prediction.Block(n), kBlockPlaces[Index(n)].stride, 8, 8) >= limit)
             return false;
     return true;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/dc_codes.h"
 #include "codecs/wmv9/intra.h"
 #include "codecs/wmv9/transform_types.h"
@@ -45,28 +46,26 @@ void RowOutput::Add(const Picture& picture, const Macroblock& macroblock, const 
     const PictureHeader& header = picture.header;
     if (macroblock.intra) {
         for (int n = 0; n < kBlocks; ++n) {
-            const DcCode code = DcCodeOf(macroblock.dc[static_cast<std::size_t>(n)],
-                                         macroblock.quantiser);
-            ++(n < 4 ? counts_.luma_dc : counts_.chroma_dc)[static_cast<std::size_t>(code.symbol)];
+            const DcCode code = DcCodeOf(macroblock.dc[Index(n)], macroblock.quantiser);
+            ++(n < 4 ? counts_.luma_dc : counts_.chroma_dc)[Index(code.symbol)];
             if (macroblock.IsCoded(n))
                 AddLevels(levels[n].data(), IntraScan(header.IsKey(), macroblock, n), n < 4,
                           header.HighRate());
         }
         if (header.IsKey()) return;
-        ++counts_.vectors[static_cast<std::size_t>(
-            kIntraSymbol + (macroblock.coded != 0 ? kCodedSymbols : 0))];
+        ++counts_.vectors[Index(kIntraSymbol + (macroblock.coded != 0 ? kCodedSymbols : 0))];
         if (macroblock.coded != 0) ++counts_.patterns[macroblock.coded];
         return;
     }
     if (macroblock.skipped) return;
     AddVectors(picture, macroblock);
     if (macroblock.four || macroblock.coded != 0)
-        ++counts_.patterns[static_cast<std::size_t>(WrittenPattern(macroblock))];
+        ++counts_.patterns[Index(WrittenPattern(macroblock))];
     for (int n = 0; n < kBlocks; ++n) {
         if (!macroblock.IsCoded(n)) continue;
-        const Shape shape = macroblock.shapes[static_cast<std::size_t>(n)];
+        const Shape shape = macroblock.shapes[Index(n)];
         for (int part = 0; part < PartCount(shape); ++part)
-            if (HasPart(shape, macroblock.parts[static_cast<std::size_t>(n)], part))
+            if (HasPart(shape, macroblock.parts[Index(n)], part))
                 AddLevels(levels[n].data() + PartPlace(shape, part), PartScan(shape), false,
                           header.HighRate());
     }
@@ -76,11 +75,11 @@ void RowOutput::AddVectors(const Picture& picture, const Macroblock& macroblock)
     const bool coded = macroblock.coded != 0;
     const auto count = [&](Vector difference, bool with_coded) {
         const int symbol = CodeOf(difference, with_coded, picture.header).symbol;
-        ++counts_.vectors[static_cast<std::size_t>(symbol)];
+        ++counts_.vectors[Index(symbol)];
     };
     if (macroblock.four) {
         for (int n = 0; n < 4; ++n) {
-            const Vector difference = macroblock.differences[static_cast<std::size_t>(n)];
+            const Vector difference = macroblock.differences[Index(n)];
             if (macroblock.IsCoded(n) || !(difference == Vector()))
                 count(difference, macroblock.IsCoded(n));
         }
@@ -117,9 +116,8 @@ void RowOutput::AddLevels(const std::int16_t* levels, std::span<const std::uint8
         const int level = std::abs(int{symbol.level});
         counts_.largest_level = std::max(counts_.largest_level, level);
         for (int index = 0; index < kAcChoices; ++index)
-            bits[static_cast<std::size_t>(index)] +=
-                all[static_cast<std::size_t>(AcTablePlace(index, high_rate, intra_luma))].Length(
-                    symbol.last, symbol.run, level);
+            bits[Index(index)] += all[Index(AcTablePlace(index, high_rate, intra_luma))].Length(
+                symbol.last, symbol.run, level);
     }
 }
 

@@ -1,5 +1,5 @@
-// What the macroblocks of a row have come to: their levels in coding order, and what they would take
-// with each table.
+// What the macroblocks of a row have come to: their levels in coding order, and what they would
+// take with each table.
 #pragma once
 
 #include <array>

@@ -12,10 +12,10 @@ namespace codecs::wmv9 {
 /// uniform quantiser, no pictures of other sizes or ranges, no markers.
 struct SequenceHeader {
     Profile profile = Profile::Main;
-    bool loop_filter = true;           // Main only
+    bool loop_filter = true;            // Main only
     bool short_chroma_vectors = false;  // half-pel; always in Simple, never otherwise
-    bool extended_vectors = false;     // Main only
-    bool varying_quantiser = false;    // Main only
+    bool extended_vectors = false;      // Main only
+    bool varying_quantiser = false;     // Main only
     bool overlap = false;
     int most_between = 0;  // pictures in a run; 0 in Simple
     int rate_hint = 7;     // 0 to 7

@@ -7,6 +7,7 @@
 #include <span>
 
 #include "codecs/common/bit_writer.h"
+#include "codecs/common/index.h"
 #include "codecs/wmv9/kernels.h"
 #include "codecs/wmv9/macroblock.h"
 #include "codecs/wmv9/tables.h"
@@ -31,23 +32,19 @@ constexpr int TransformType(Shape shape, int parts) {
 /// Of the first coded block of a macroblock.
 inline Code FirstTypeCode(int transform_class, Shape shape, int parts, bool for_macroblock) {
     const int symbol = TransformType(shape, parts) + (for_macroblock ? 8 : 0);
-    return kMacroblockType[static_cast<std::size_t>(transform_class)]
-                          [static_cast<std::size_t>(symbol)];
+    return kMacroblockType[Index(transform_class)][Index(symbol)];
 }
 
 /// Of a later block that names its own.
 inline Code LaterTypeCode(int transform_class, Shape shape, int parts) {
-    const auto row = static_cast<std::size_t>(transform_class);
-    return kBlockType[row][kBlockTypeSymbol[row][static_cast<std::size_t>(
-        TransformType(shape, parts))]];
+    const auto row = Index(transform_class);
+    return kBlockType[row][kBlockTypeSymbol[row][Index(TransformType(shape, parts))]];
 }
 
 /// Which halves or quarters are coded, where the type does not tell.
 inline Code PartsCode(int transform_class, Shape shape, int parts) {
     if (shape == Shape::Whole8x8) return {};
-    if (shape == Shape::Small4x4)
-        return kSubBlocks[static_cast<std::size_t>(transform_class)]
-                         [static_cast<std::size_t>(parts - 1)];
+    if (shape == Shape::Small4x4) return kSubBlocks[Index(transform_class)][Index(parts - 1)];
     if (parts == 3) return {0, 1};
     return {parts == 1 ? std::uint32_t{2} : std::uint32_t{3}, 2};
 }

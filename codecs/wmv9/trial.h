@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/macroblock.h"
 #include "codecs/wmv9/picture.h"
 
@@ -35,25 +36,23 @@ constexpr int kMacroblockSamples = 384;
 struct alignas(64) Samples {
     std::array<std::uint8_t, kMacroblockSamples> values;
 
-    std::uint8_t* Block(int n) { return values.data() + kBlockPlaces[static_cast<std::size_t>(n)].offset; }
-    const std::uint8_t* Block(int n) const {
-        return values.data() + kBlockPlaces[static_cast<std::size_t>(n)].offset;
-    }
+    std::uint8_t* Block(int n) { return values.data() + kBlockPlaces[Index(n)].offset; }
+    const std::uint8_t* Block(int n) const { return values.data() + kBlockPlaces[Index(n)].offset; }
 };
 
 /// Rows of 8.
 struct alignas(64) Block : std::array<std::int16_t, 64> {};
 struct Blocks {
     std::array<Block, kBlocks> values;
-    Block& operator[](int n) { return values[static_cast<std::size_t>(n)]; }
-    const Block& operator[](int n) const { return values[static_cast<std::size_t>(n)]; }
+    Block& operator[](int n) { return values[Index(n)]; }
+    const Block& operator[](int n) const { return values[Index(n)]; }
 };
 
 struct Trial {
     Macroblock macroblock;
-    Blocks levels;       // as they are written
-    Blocks residual;     // of intra blocks, before it is clipped; only where pictures overlap
-    Samples samples;     // reconstructed, before all filters
+    Blocks levels;    // as they are written
+    Blocks residual;  // of intra blocks, before it is clipped; only where pictures overlap
+    Samples samples;  // reconstructed, before all filters
     std::array<BlockEdge, kBlocks> edges;  // of an intra macroblock
     int bits = 0;
     std::int64_t error = 0;  // squared eighths
@@ -63,7 +62,7 @@ struct Trial {
 
 /// The source's block.
 inline const std::uint8_t* SourceBlock(const Frame& frame, int x, int y, int n) {
-    const BlockPlace& place = kBlockPlaces[static_cast<std::size_t>(n)];
+    const BlockPlace& place = kBlockPlaces[Index(n)];
     const int unit = place.plane == 0 ? 16 : 8;
     return frame[place.plane].At(unit * x + place.x, unit * y + place.y);
 }

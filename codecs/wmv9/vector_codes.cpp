@@ -1,5 +1,6 @@
 #include "codecs/wmv9/vector_codes.h"
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/tables.h"
 
 namespace codecs::wmv9 {
@@ -24,8 +25,7 @@ int ClassOfSize(int size, bool halves) {
 }
 
 bool IsEscape(int class_x, int class_y) {
-    return class_x > kLastClass || class_y > kLastClass ||
-           class_x + 6 * class_y == kEscape;
+    return class_x > kLastClass || class_y > kLastClass || class_x + 6 * class_y == kEscape;
 }
 
 int ExtraBitsOf(int vector_class, bool halves) {
@@ -61,39 +61,38 @@ VectorCode CodeOf(Vector difference, bool coded, const PictureHeader& header) {
 int VectorBits(Vector difference, bool coded, const PictureHeader& header) {
     if (difference == Vector() && !coded) return 0;
     const VectorCode code = CodeOf(difference, coded, header);
-    const auto& table = kVector[static_cast<std::size_t>(header.vector_table)];
-    return table[static_cast<std::size_t>(code.symbol)].length + ExtraBits(code);
+    const auto& table = kVector[Index(header.vector_table)];
+    return table[Index(code.symbol)].length + ExtraBits(code);
 }
 
 void PutVector(BitWriter& out, Vector difference, bool coded, const PictureHeader& header) {
     const VectorCode code = CodeOf(difference, coded, header);
-    const auto& table = kVector[static_cast<std::size_t>(header.vector_table)];
-    out.Put(table[static_cast<std::size_t>(code.symbol)]);
+    const auto& table = kVector[Index(header.vector_table)];
+    out.Put(table[Index(code.symbol)]);
     out.Put(code.extra_x);
     out.Put(code.extra_y);
 }
 
 void PutIntra(BitWriter& out, bool coded, const PictureHeader& header) {
-    const auto& table = kVector[static_cast<std::size_t>(header.vector_table)];
-    out.Put(table[static_cast<std::size_t>(kIntraSymbol + (coded ? kCodedSymbols : 0))]);
+    const auto& table = kVector[Index(header.vector_table)];
+    out.Put(table[Index(kIntraSymbol + (coded ? kCodedSymbols : 0))]);
 }
 
 VectorCosts::VectorCosts(const PictureHeader& header) {
     const bool halves = header.HalfVectors();
     shift_ = halves ? 1 : 0;
     for (int size = 0; size < kQuick; ++size)
-        classes_[static_cast<std::size_t>(size)] = static_cast<std::uint8_t>(ClassOfSize(size, halves));
-    const auto& table = kVector[static_cast<std::size_t>(header.vector_table)];
+        classes_[Index(size)] = static_cast<std::uint8_t>(ClassOfSize(size, halves));
+    const auto& table = kVector[Index(header.vector_table)];
     for (int x = 0; x < kClasses; ++x) {
         for (int y = 0; y < kClasses; ++y) {
             const bool escape = IsEscape(x, y);
             const int symbol = (escape ? kEscape : x + 6 * y) + kCodedSymbols - 1;
-            const int extra =
-                escape ? kEscapeAcross[header.vector_range] + kEscapeDown[header.vector_range] -
-                             (halves ? 2 : 0)
-                       : ExtraBitsOf(x, halves) + ExtraBitsOf(y, halves);
-            bits_[static_cast<std::size_t>(x * kClasses + y)] = static_cast<std::uint8_t>(
-                table[static_cast<std::size_t>(symbol)].length + extra);
+            const int extra = escape ? kEscapeAcross[header.vector_range] +
+                                           kEscapeDown[header.vector_range] - (halves ? 2 : 0)
+                                     : ExtraBitsOf(x, halves) + ExtraBitsOf(y, halves);
+            bits_[Index(x * kClasses + y)] =
+                static_cast<std::uint8_t>(table[Index(symbol)].length + extra);
         }
     }
 }

@@ -6,13 +6,14 @@
 #include <cstdlib>
 
 #include "codecs/common/bit_writer.h"
+#include "codecs/common/index.h"
 #include "codecs/wmv9/picture.h"
 
 namespace codecs::wmv9 {
 
 constexpr int kVectorSymbols = 73;
-constexpr int kIntraSymbol = 35;       // neither coded
-constexpr int kCodedSymbols = 37;      // how much later those stand that say "coded"
+constexpr int kIntraSymbol = 35;   // neither coded
+constexpr int kCodedSymbols = 37;  // how much later those stand that say "coded"
 
 /// A difference as its symbol and the bits after it.
 struct VectorCode {
@@ -41,7 +42,7 @@ class VectorCosts {
     int Of(int x, int y) const {
         const int class_x = ClassOf(x);
         const int class_y = ClassOf(y);
-        return bits_[static_cast<std::size_t>(class_x * kClasses + class_y)];
+        return bits_[Index(class_x * kClasses + class_y)];
     }
 
   private:
@@ -49,11 +50,11 @@ class VectorCosts {
     static constexpr int kQuick = 256;
     int ClassOf(int value) const {
         const int size = std::abs(value) >> shift_;
-        return size < kQuick ? classes_[static_cast<std::size_t>(size)] : kClasses - 1;
+        return size < kQuick ? classes_[Index(size)] : kClasses - 1;
     }
 
     std::array<std::uint8_t, kQuick> classes_{};
-    std::array<std::uint8_t, kClasses * kClasses> bits_{};
+    std::array<std::uint8_t, std::size_t{kClasses} * kClasses> bits_{};
     int shift_ = 0;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/between_places.h"
 
 namespace codecs::wmv9 {
@@ -19,8 +20,8 @@ Vector MedianOf(Vector a, Vector b, Vector c) {
 }
 
 // Vectors may point beyond the picture, but not far.
-Vector NearPicture(Vector v, int least, int unit, int x, int y, const Picture& picture, int origin_x,
-                   int origin_y) {
+Vector NearPicture(Vector v, int least, int unit, int x, int y, const Picture& picture,
+                   int origin_x, int origin_y) {
     const auto limit = [&](int value, int macroblock, int origin, int count) {
         const int place = unit * macroblock + origin;
         return std::min(std::max(value, least - place), unit * count - 4 - place);
@@ -37,7 +38,7 @@ struct Neighbour {
 // The block at (column, row) of the picture's 8x8 blocks of luma.
 Neighbour BlockAt(const Picture& picture, int column, int row) {
     const Macroblock& macroblock = picture.grid.At(column >> 1, row >> 1);
-    return {macroblock.vectors[static_cast<std::size_t>((row & 1) * 2 + (column & 1))], true};
+    return {macroblock.vectors[Index((row & 1) * 2 + (column & 1))], true};
 }
 
 int Distance(Vector v, const Neighbour& other) {
@@ -59,10 +60,9 @@ VectorPrediction Predict(const Neighbour& above, const Neighbour& beside, const 
 }
 
 void Name(VectorPrediction& prediction, const Neighbour& above, const Neighbour& left) {
-    prediction.named =
-        above.exists && left.exists &&
-        (Distance(prediction.median, above) > kNamedBeyond ||
-         Distance(prediction.median, left) > kNamedBeyond);
+    prediction.named = above.exists && left.exists &&
+                       (Distance(prediction.median, above) > kNamedBeyond ||
+                        Distance(prediction.median, left) > kNamedBeyond);
 }
 
 template <typename VectorOf>
@@ -110,9 +110,7 @@ VectorPrediction PredictBlockVector(const Picture& picture, int x, int y, int bl
                                     const Macroblock& current) {
     const int column = 2 * x + (block & 1);
     const int row = 2 * y + (block >> 1);
-    const auto own = [&](int n) {
-        return Neighbour{current.vectors[static_cast<std::size_t>(n)], true};
-    };
+    const auto own = [&](int n) { return Neighbour{current.vectors[Index(n)], true}; };
     Neighbour above;
     Neighbour beside;
     Neighbour left;
@@ -129,8 +127,8 @@ VectorPrediction PredictBlockVector(const Picture& picture, int x, int y, int bl
     else if (x > 0)
         left = BlockAt(picture, column - 1, row);
     VectorPrediction prediction = Predict(above, beside, left);
-    prediction.median = NearPicture(prediction.median, -28, 64, x, y, picture, 32 * (block & 1),
-                                    32 * (block >> 1));
+    prediction.median =
+        NearPicture(prediction.median, -28, 64, x, y, picture, 32 * (block & 1), 32 * (block >> 1));
     Name(prediction, above, left);
     return prediction;
 }
@@ -155,7 +153,8 @@ DirectVectors DeriveDirect(const Picture& picture, int x, int y) {
     const bool half = picture.header.HalfVectors();
     const auto derive = [&](int scale) {
         const auto limit = [](int value, int macroblock, int count) {
-            return std::min(std::max(value, -60 - 64 * macroblock), 64 * count - 4 - 64 * macroblock);
+            return std::min(std::max(value, -60 - 64 * macroblock),
+                            64 * count - 4 - 64 * macroblock);
         };
         return MakeVector(limit(Scaled(v.x, scale, half), x, picture.Width()),
                           limit(Scaled(v.y, scale, half), y, picture.Height()));
