@@ -28,7 +28,9 @@ class Overlap {
         int width = 0;  // blocks
         int height = 0;
         std::vector<std::int16_t> values;
-        std::int16_t* Row(int y) { return values.data() + Index(y) * 8 * Index(width); }
+        std::int16_t* At(int x, int y) {
+            return values.data() + Index(y) * 8 * Index(width) + Index(x);
+        }
     };
     bool IsIntra(const Picture& picture, int plane, int x, int y) const;
 
