@@ -180,17 +180,17 @@ void Forward(Shape shape, std::int16_t* coefficients, const std::int16_t* residu
     const int width = narrow ? 4 : 8;
     const int height = low ? 4 : 8;
     const std::int16_t* scale = kForwardScale.wide_tall[narrow ? 1 : 0][low ? 1 : 0];
+    int across[64];
     for (int at = 0; at < 64; ++at) {
         const int u = at % width;
+        across[at] = 0;
+        for (int x = 0; x < width; ++x) across[at] += Basis(narrow, u, x) * residual[at - u + x];
+    }
+    for (int at = 0; at < 64; ++at) {
         const int v = at / 8 % height;
-        const std::int16_t* block = residual + (at - u - 8 * v);
-        int sum = 0;
-        for (int y = 0; y < height; ++y) {
-            int across = 0;
-            for (int x = 0; x < width; ++x) across += Basis(narrow, u, x) * block[8 * y + x];
-            sum += Basis(low, v, y) * across;
-        }
-        const int scaled = Clip16((sum + 64) >> 7) * scale[at];
+        int sum = 64;
+        for (int y = 0; y < height; ++y) sum += Basis(low, v, y) * across[at + 8 * (y - v)];
+        const int scaled = Clip16(sum >> 7) * scale[at];
         coefficients[at] = static_cast<std::int16_t>((scaled + (1 << 14)) >> 15);
     }
 }
