@@ -30,6 +30,9 @@ constexpr int kHalvings = 40;
 constexpr double kNoBits = 1e4;  // the quantiser where none are left
 constexpr double kLeastSurprise = 0.25;
 constexpr double kLargestSurprise = 30;
+// Of a picture between two others, beside a predicted one, before any is known.
+constexpr double kUsualBetween = 0.5;
+constexpr double kRecodeMargin = 1.05;
 
 }  // namespace
 
@@ -39,46 +42,58 @@ GroupRateControl::GroupRateControl(const RateSettings& settings, GroupOutlook ou
       level_bits_(outlook_.bucket_level_bits),
       interval_(1 / outlook_.experience.pictures_per_second) {
     result_.seconds = outlook_.seconds;
-    following_.resize(outlook_.pictures.size() + 1);
-    for (std::size_t i = outlook_.pictures.size(); i-- > 0;) {
-        following_[i] = following_[i + 1];
-        following_[i] += outlook_.pictures[i];
-    }
+    for (const FoundPicture& picture : outlook_.pictures) found_ += picture.ByPredicted();
+    undecided_ = found_;
+}
+
+void GroupRateControl::Mean::Learn(const PictureBits& taken, double inter_cost) {
+    learnt = std::min(learnt + 1, kDeltaMemory);
+    const double weight = 1.0 / learnt;
+    bits.texture += weight * (taken.texture - bits.texture);
+    bits.fixed += weight * (taken.fixed - bits.fixed);
+    cost += weight * (inter_cost - cost);
 }
 
 // Until deltas are known, what they usually are beside a key picture.
 PictureBits GroupRateControl::DeltaMean() const {
-    if (learnt_ > 0) return delta_mean_;
     const double key = result_.keys > 0
                            ? result_.key_bits.texture / static_cast<double>(result_.keys)
                            : outlook_.experience.key_texture_per_cost * picture_.intra_cost;
-    return {outlook_.experience.delta_texture * key, outlook_.experience.delta_fixed};
+    const PictureBits usual{outlook_.experience.delta_texture * key,
+                            outlook_.experience.delta_fixed};
+    if (deltas_.learnt == 0) return usual;
+    if (deltas_.learnt >= kDeltaMemory) return deltas_.bits;
+    // The usual counts as one of them.
+    const double weight = deltas_.learnt / (deltas_.learnt + 1.0);
+    PictureBits mean = deltas_.bits * weight;
+    mean += usual * (1 - weight);
+    return mean;
 }
 
-PictureBits GroupRateControl::Expected(const Picture& picture) const {
-    const std::size_t index = decided_ - 1;
-    if (index < outlook_.pictures.size()) {
-        const PictureBits& found = outlook_.pictures[index];
-        return {found.texture * (picture.key ? 1 : texture_trust_), found.fixed};
+PictureBits GroupRateControl::Expected(const Picture& picture) {
+    if (picture.index < outlook_.pictures.size()) {
+        const FoundPicture& found = outlook_.pictures[picture.index];
+        const bool trusted = found.kind != PictureKind::Key && picture.kind != PictureKind::Key;
+        return {found.bits.texture * (trusted ? texture_trust_ : 1), found.bits.fixed};
     }
-    if (picture.key)
+    if (picture.kind == PictureKind::Key)
         return {outlook_.experience.key_texture_per_cost * picture.intra_cost,
                 outlook_.experience.key_fixed};
-    PictureBits delta = DeltaMean();
-    if (learnt_ > 0) {
-        const double noise = kNoise * picture.intra_cost;
-        delta.texture *= std::clamp((picture.inter_cost + noise) / (delta_cost_ + noise),
-                                    kLeastSurprise, kLargestSurprise);
+    const Mean& mean = MeanOf(picture.kind);
+    if (mean.learnt == 0) {
+        const bool between = picture.kind == PictureKind::Between;
+        return DeltaMean() * (between ? kUsualBetween : 1);
     }
+    PictureBits delta = mean.bits;
+    const double noise = kNoise * picture.intra_cost;
+    delta.texture *= std::clamp((picture.inter_cost + noise) / (mean.cost + noise), kLeastSurprise,
+                                kLargestSurprise);
     return delta;
 }
 
 // The group's pictures after the one at `seconds`.
 PictureBits GroupRateControl::Following(double seconds) const {
-    if (!outlook_.pictures.empty()) {
-        const PictureBits sum = following_[std::min(decided_, following_.size() - 1)];
-        return {sum.texture * texture_trust_, sum.fixed};
-    }
+    if (!outlook_.pictures.empty()) return {undecided_.texture * texture_trust_, undecided_.fixed};
     return DeltaMean() * std::max(0.0, (outlook_.seconds - seconds) / interval_ - 1);
 }
 
@@ -87,8 +102,8 @@ double GroupRateControl::KeyPart() const {
     if (pictures < 2)
         return KeyQuantiserPart(outlook_.experience.delta_texture, outlook_.seconds / interval_);
     const double deltas = static_cast<double>(pictures) - 1;
-    const double key = std::max(1.0, outlook_.pictures.front().texture);
-    return KeyQuantiserPart(following_[1].texture / deltas / key, deltas);
+    const double key = outlook_.pictures.front().bits.texture;
+    return KeyQuantiserPart((found_.texture - key) / deltas / std::max(1.0, key), deltas);
 }
 
 // The quantiser at which this picture and all that follow take just what is left. As if the group
@@ -101,14 +116,14 @@ double GroupRateControl::EvenQuantiser(const Picture& picture) const {
     const double share = std::min(kSoftEnd / pictures, kSoftEndPart);
     PictureBits beyond = DeltaMean() * (share * pictures);
     if (!outlook_.pictures.empty()) {
-        beyond = following_.front() * share;
+        beyond = found_ * share;
         beyond.texture *= texture_trust_;
     }
     others += beyond;
     const double bits = outlook_.bits * (1 + share) - result_.bits;
     if (bits <= others.fixed + expected_.fixed) return kNoBits;
-    if (!picture.key) {
-        others += expected_;
+    if (picture.kind != PictureKind::Key) {
+        others += FoundPicture{expected_, picture.kind}.ByPredicted();
         return others.QuantiserFor(bits);
     }
     double fine = 0;
@@ -145,13 +160,35 @@ double GroupRateControl::Overdraft(double seconds) const {
            kTolerance * std::max(0.0, outlook_.bits);
 }
 
-// What the bucket takes, with what the group itself has put into it drained by the group's end to
-// what may be handed over. What an easy stretch has not used is gone: a burst at the end cannot.
-double GroupRateControl::RoomAt(double seconds) const {
-    const double left = std::max(0.0, outlook_.seconds - seconds);
+// What the bucket takes, now and so that it holds no more at the group's end than what others count
+// on: with what was in it before the group, and without.
+double GroupRateControl::HardRoom() const {
+    const double left = std::max(0.0, outlook_.seconds - picture_.seconds);
+    const double drained = settings_.bucket_rate_bps * left;
+    return std::min({BucketRoom(), outlook_.bucket_end_bits + drained - level_bits_,
+                     kHandOver * settings_.bucket_bits + drained - own_level_bits_});
+}
+
+// That, with what the group itself has put into it drained early. What an easy stretch has not used
+// is gone: a burst at the end cannot.
+double GroupRateControl::SoftRoom() const {
+    const double left = std::max(0.0, outlook_.seconds - picture_.seconds);
     const double own_limit =
         kHandOver * settings_.bucket_bits + kDraining * settings_.bucket_rate_bps * left;
-    return std::min(BucketRoom(), own_limit - own_level_bits_);
+    return std::min(HardRoom(), own_limit - own_level_bits_);
+}
+
+bool GroupRateControl::Fits(double bits) const {
+    if (settings_.bucket_rate_bps <= 0 || bits <= HardRoom()) return true;
+    return picture_.kind == PictureKind::Key && level_bits_ <= 0 && bits > settings_.bucket_bits;
+}
+
+double GroupRateControl::Coarser(double quantiser, double bits) const {
+    const double room = std::max(1.0, HardRoom());
+    const double wanted =
+        kRecodeMargin * (quantiser + PictureBits::kOffset) * bits / room - PictureBits::kOffset;
+    const double least = settings_.NextCoarser(quantiser);
+    return std::max(least, settings_.Coded(std::min(wanted, RateSettings::kMostCoarse)));
 }
 
 // From picture to picture the quantiser changes in steps.
@@ -159,7 +196,7 @@ double GroupRateControl::Restrained(double even) const {
     if (settings_.steady)
         return std::clamp(even, quantiser_ / kLargestSteadyStep, quantiser_ * kLargestSteadyStep);
     const bool planned = !outlook_.pictures.empty();
-    const bool free = planned || learnt_ < kEarly;
+    const bool free = planned || deltas_.learnt < kEarly;
     const bool surprise = expected_.texture > kSurprise * DeltaMean().texture;
     const double restrained =
         std::clamp(even, quantiser_ / (free ? kLargestFreeStep : kLargestStep),
@@ -170,9 +207,9 @@ double GroupRateControl::Restrained(double even) const {
 
 bool GroupRateControl::MustDrop(const Picture& picture, double even) const {
     const double least = expected_.At(settings_.coarsest);
-    if (picture.key)
-        return least > BucketRoom() && level_bits_ > kNearlyEmpty * settings_.bucket_bits;
-    if (least > RoomAt(picture.seconds)) return true;
+    if (picture.kind == PictureKind::Key)
+        return least > HardRoom() && level_bits_ > kNearlyEmpty * settings_.bucket_bits;
+    if (least > SoftRoom()) return true;
     return even >= settings_.coarsest && Overdraft(picture.seconds) > 0;
 }
 
@@ -183,21 +220,29 @@ GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
     own_level_bits_ = std::max(0.0, own_level_bits_ - passed * settings_.bucket_rate_bps);
     picture_ = picture;
     ++decided_;
+    if (picture.index < outlook_.pictures.size()) {
+        const PictureBits found = outlook_.pictures[picture.index].ByPredicted();
+        undecided_.texture = std::max(0.0, undecided_.texture - found.texture);
+        undecided_.fixed = std::max(0.0, undecided_.fixed - found.fixed);
+    }
     expected_ = Expected(picture);
 
     double even = EvenQuantiser(picture);
     Decision decision;
-    if (picture.key) {
+    if (picture.kind == PictureKind::Key) {
         decision.quantiser = key_quantiser_ = KeyQuantiser(picture, even);
     } else {
         if (quantiser_ > 0) even = Restrained(even);
         decision.quantiser = std::clamp(even, settings_.finest, settings_.coarsest);
+        if (picture.kind == PictureKind::Between)
+            decision.quantiser =
+                std::min(kBetweenPart * decision.quantiser, RateSettings::kMostCoarse);
     }
     if (settings_.bucket_rate_bps > 0) {
-        decision.quantiser =
-            std::max(decision.quantiser, QuantiserFor(kRoomShare * RoomAt(picture.seconds)));
+        decision.quantiser = std::max(decision.quantiser, QuantiserFor(kRoomShare * SoftRoom()));
         decision.drop = settings_.may_drop && MustDrop(picture, even);
     }
+    decision.quantiser = settings_.Coded(decision.quantiser);
     decision.expected_bits = expected_.At(decision.quantiser);
     if (decision.drop)
         ++result_.dropped;
@@ -206,20 +251,11 @@ GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
     return decision;
 }
 
-void GroupRateControl::LearnDelta(const PictureBits& taken) {
-    if (learnt_ == 0) {
-        delta_mean_ = DeltaMean();
-        delta_cost_ = picture_.inter_cost;
-    }
-    learnt_ = std::min(learnt_ + 1, kDeltaMemory);
-    const double weight = 1.0 / (learnt_ + 1);
-    delta_mean_.texture += weight * (taken.texture - delta_mean_.texture);
-    delta_mean_.fixed += weight * (taken.fixed - delta_mean_.fixed);
-    delta_cost_ += weight * (picture_.inter_cost - delta_cost_);
-}
-
 void GroupRateControl::Coded(const PictureBits& taken, double bits, bool key) {
-    if (!key) LearnDelta(taken);
+    if (!key) {
+        MeanOf(picture_.kind).Learn(taken, picture_.inter_cost);
+        deltas_.Learn(FoundPicture{taken, picture_.kind}.ByPredicted(), picture_.inter_cost);
+    }
     if (!key && expected_.texture > 0 && !outlook_.pictures.empty()) {
         const double found = expected_.texture / texture_trust_;
         const double weight = std::max(kTrustMemory, 1.0 / static_cast<double>(decided_));
@@ -229,8 +265,13 @@ void GroupRateControl::Coded(const PictureBits& taken, double bits, bool key) {
     level_bits_ += bits;
     own_level_bits_ += bits;
     result_.bits += bits;
+    result_.own_level_bits = own_level_bits_;
+    result_.last_seconds = picture_.seconds;
     (key ? result_.keys : result_.deltas) += 1;
-    (key ? result_.key_bits : result_.delta_bits) += taken;
+    if (key)
+        result_.key_bits += taken;
+    else
+        result_.delta_bits += FoundPicture{taken, picture_.kind}.ByPredicted();
     if (key) result_.key_cost += picture_.intra_cost;
 }
 

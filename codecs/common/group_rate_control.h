@@ -10,28 +10,31 @@
 
 namespace codecs {
 
-/// What coded groups have taught of the pictures' sizes.
+/// What coded groups have taught of the pictures' sizes. A delta is a picture that is no key.
 struct RateExperience {
     double pictures_per_second = 0;
     double key_texture_per_cost = 0;  // texture of a key picture by its IntraCost
     double key_fixed = 0;             // bits
-    double delta_texture = 0;         // of another picture, as a part of the key picture's texture
+    double delta_texture = 0;         // as a part of the key picture's texture
     double delta_fixed = 0;           // bits
 };
 
 /// What is known of a group before it is coded.
 struct GroupOutlook {
-    double seconds = 0;  // its length
-    double bits = 0;     // its budget
-    double bucket_level_bits = 0;
+    double seconds = 0;            // its length, at least
+    double bits = 0;               // its budget
+    double bucket_level_bits = 0;  // before it, at most
+    double bucket_end_bits = 0;    // after it, at most: what the groups after it count on
     RateExperience experience;
-    std::vector<PictureBits> pictures;  // as a first pass found them; empty in a single pass
+    std::vector<FoundPicture> pictures;  // of a first pass, as shown; empty in a single pass
 };
 
 /// What a group has come to.
 struct GroupResult {
     double seconds = 0;
     double bits = 0;
+    double own_level_bits = 0;  // of a bucket that was empty before the group, after its ...
+    double last_seconds = 0;    // ... last picture
     std::int64_t keys = 0;
     std::int64_t deltas = 0;
     std::int64_t dropped = 0;
@@ -47,10 +50,11 @@ class GroupRateControl {
     GroupRateControl(const RateSettings& settings, GroupOutlook outlook);
 
     struct Picture {
-        double seconds = 0;  // since the group's first picture; not decreasing
-        bool key = false;    // the first one of a group is
+        double seconds = 0;     // when it is decoded, since the group began; not decreasing
+        std::size_t index = 0;  // its place among the group's pictures as they are shown
+        PictureKind kind = PictureKind::Key;
         double intra_cost = 1;
-        double inter_cost = 0;
+        double inter_cost = 0;  // beside the nearest of what it is predicted from
     };
     struct Decision {
         bool drop = false;
@@ -58,18 +62,35 @@ class GroupRateControl {
         double expected_bits = 0;
     };
 
+    /// In coding order.
     Decision Decide(const Picture& picture);
     /// Bits that the receiver's buffer takes before the picture of the last decision.
     double BucketRoom() const { return settings_.bucket_bits - level_bits_; }
+    /// Whether it may take so much: the buffer holds it, now and with what the groups after this
+    /// one may put into it. Only a key picture that is larger than the whole buffer is let through
+    /// once the buffer has run empty: there would never be another.
+    bool Fits(double bits) const;
+    /// For that picture in place of `quantiser`, at which it took more than fits; not above 31.
+    double Coarser(double quantiser, double bits) const;
     /// What the picture of the last decision has taken. An encoder may have made a key picture of
     /// one that was not asked to be one.
     void Coded(const PictureBits& taken, double bits, bool key);
+    /// In place of Coded: it fitted at no quantiser and was left out.
+    void Dropped() { ++result_.dropped; }
 
     /// `seconds` of it is the outlook's.
     const GroupResult& Result() const { return result_; }
 
   private:
-    PictureBits Expected(const Picture& picture) const;
+    struct Mean {
+        PictureBits bits;
+        double cost = 0;  // InterCost
+        int learnt = 0;   // pictures
+        void Learn(const PictureBits& taken, double inter_cost);
+    };
+
+    Mean& MeanOf(PictureKind kind) { return kind == PictureKind::Between ? between_ : predicted_; }
+    PictureBits Expected(const Picture& picture);
     PictureBits Following(double seconds) const;
     PictureBits DeltaMean() const;
     double KeyPart() const;
@@ -77,14 +98,15 @@ class GroupRateControl {
     double QuantiserFor(double bits) const;
     double KeyQuantiser(const Picture& picture, double even) const;
     double Overdraft(double seconds) const;
-    double RoomAt(double seconds) const;
+    double HardRoom() const;
+    double SoftRoom() const;
     double Restrained(double even) const;
     bool MustDrop(const Picture& picture, double even) const;
-    void LearnDelta(const PictureBits& taken);
 
     RateSettings settings_;
     GroupOutlook outlook_;
-    std::vector<PictureBits> following_;  // of outlook_.pictures: each one's sum to the end
+    PictureBits found_;      // all of outlook_.pictures, by predicted ones' quantiser
+    PictureBits undecided_;  // those of them that have not been decided
     GroupResult result_;
 
     Picture picture_;            // of the last decision
@@ -93,11 +115,10 @@ class GroupRateControl {
     double own_level_bits_ = 0;  // had it been empty before the group
     std::size_t decided_ = 0;    // pictures
     double interval_ = 0;        // between pictures, seconds
-    double quantiser_ = 0;       // of the last delta; 0 = none yet
+    double quantiser_ = 0;       // of the last delta, as a predicted one; 0 = none yet
     double key_quantiser_ = 0;
-    PictureBits delta_mean_;    // of the recent deltas
-    double delta_cost_ = 0;     // their InterCost
-    int learnt_ = 0;            // deltas in the two means
+    Mean deltas_;  // recent ones, by predicted ones' quantiser
+    Mean predicted_, between_;
     double texture_trust_ = 1;  // what a first pass's pictures take now over what they took then
 };
 

@@ -2,8 +2,17 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 
 namespace codecs {
+
+/// A key picture refers to no other; a predicted one to the key or predicted picture coded before
+/// it; one between two of them to both and is referred to by none.
+enum class PictureKind : std::uint8_t { Key, Predicted, Between };
+
+/// The quantiser of a picture between two others as a part of theirs: what it loses, no other
+/// picture inherits.
+inline constexpr double kBetweenPart = 1.25;
 
 /// A model of a block transform coder: what the coefficients take falls with the quantiser, a
 /// little less than in proportion where it is fine; vectors, types and headers cost the same with
@@ -27,6 +36,18 @@ struct PictureBits {
         return *this;
     }
     PictureBits operator*(double factor) const { return {texture * factor, fixed * factor}; }
+};
+
+/// A picture as a first pass has found it.
+struct FoundPicture {
+    PictureBits bits;
+    PictureKind kind = PictureKind::Predicted;
+
+    /// In terms of the quantiser that predicted pictures have while this one is coded.
+    PictureBits ByPredicted() const {
+        return {kind == PictureKind::Between ? bits.texture / kBetweenPart : bits.texture,
+                bits.fixed};
+    }
 };
 
 /// The quantiser of a key picture as a part of the one that the pictures after it have. The more

@@ -11,6 +11,10 @@ constexpr double kLearning = 0.5;  // weight of the group learnt last
 constexpr double kRepayment = 0.8;
 constexpr double kLargestGift = 0.2;    // of a group's budget, of what others have saved
 constexpr double kBucketSaving = 0.25;  // of the bucket; what it has drained beyond is lost
+constexpr double kFullest = 0.5;        // of the bucket, between two groups
+// What a group may take beyond its budget, of that and of the bucket.
+constexpr double kLeeway = 0.03;
+constexpr double kBucketLeeway = 0.02;
 
 }  // namespace
 
@@ -43,10 +47,32 @@ GroupOutlook RateLedger::Open(double seconds) {
         outlook.bits = planned.bits;
         outlook.pictures = std::move(planned.pictures);
     }
-    outlook.bucket_level_bits = unknown > 0 ? kHandOver * settings_.bucket_bits
-                                            : std::clamp(debt_bits_, 0.0, settings_.bucket_bits);
     outlook.bits -= std::max(kRepayment / (1 + unknown) * debt_bits_, -kLargestGift * outlook.bits);
+    if (settings_.bucket_rate_bps > 0) Promise(outlook);
     return outlook;
+}
+
+// Where the bucket may stand when the groups at work are done: each adds at most its surplus to
+// what it finds, or leaves at most what it may in an empty one.
+double RateLedger::LevelAtMost() const {
+    double level = level_bits_;
+    for (const double surplus : surplus_bits_)
+        level = std::max(kHandOver * settings_.bucket_bits, level + surplus);
+    return level;
+}
+
+void RateLedger::Promise(GroupOutlook& outlook) {
+    const double drained = settings_.bucket_rate_bps * outlook.seconds;
+    const double leeway = std::min(kLeeway * drained, kBucketLeeway * settings_.bucket_bits);
+    const double fullest = kFullest * settings_.bucket_bits;
+    const double level = std::min(LevelAtMost(), settings_.bucket_bits);
+    outlook.bucket_level_bits = level;
+    outlook.bucket_end_bits =
+        std::clamp(level + std::max(0.0, outlook.bits - drained) + leeway,
+                   kHandOver * settings_.bucket_bits, std::max(level, fullest));
+    const double surplus = outlook.bucket_end_bits - level;
+    outlook.bits = std::min(outlook.bits, drained + surplus);
+    surplus_bits_.push_back(surplus);
 }
 
 void RateLedger::Close(std::int64_t index, const GroupResult& result) {
@@ -54,6 +80,14 @@ void RateLedger::Close(std::int64_t index, const GroupResult& result) {
 }
 
 void RateLedger::Account(std::int64_t index, const GroupResult& result) {
+    if (settings_.bucket_rate_bps > 0) {
+        const double drained_since =
+            settings_.bucket_rate_bps * (result.seconds - result.last_seconds);
+        const double through = settings_.bucket_rate_bps * result.seconds;
+        level_bits_ = std::max(
+            {0.0, result.own_level_bits - drained_since, level_bits_ + result.bits - through});
+        surplus_bits_.pop_front();
+    }
     const double budget = Planned(index) ? plan_[static_cast<std::size_t>(index)].bits
                                          : settings_.rate_bps * result.seconds;
     if (!settings_.steady) debt_bits_ += result.bits - budget;

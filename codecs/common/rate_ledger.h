@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <vector>
 
@@ -36,6 +37,8 @@ class RateLedger {
 
   private:
     void Account(std::int64_t index, const GroupResult& result);
+    void Promise(GroupOutlook& outlook);
+    double LevelAtMost() const;
     void Learn(const GroupResult& result, double weight);
     bool Planned(std::int64_t index) const {
         return index < static_cast<std::int64_t>(plan_.size());
@@ -47,6 +50,8 @@ class RateLedger {
     std::int64_t opened_ = 0;                     // groups
     std::int64_t accounted_ = 0;                  // groups
     double debt_bits_ = 0;                        // taken beyond the budget
+    double level_bits_ = 0;                       // of the bucket, after the groups accounted for
+    std::deque<double> surplus_bits_;             // of the others: what each may add to the level
     RateExperience experience_;
 };
 

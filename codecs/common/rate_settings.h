@@ -1,10 +1,13 @@
 // What a stream's rate control is asked for.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
+
 namespace codecs {
 
-/// What a group leaves in the receiver's buffer for the next one, as a part of it, at most. Groups
-/// that are coded side by side keep to it without knowing of each other.
+/// What a group itself leaves in the receiver's buffer for the next one, as a part of it, at most.
+/// Groups that are coded side by side keep to it without knowing of each other.
 inline constexpr double kHandOver = 0.25;
 
 struct RateSettings {
@@ -17,6 +20,19 @@ struct RateSettings {
     /// Small changes of the quantiser only: a first pass that finds out what pictures take should
     /// not take it from each differently.
     bool steady = false;
+    double halves_up_to = 0;  // above it, quantisers are whole numbers
+
+    /// The nearest quantiser that a picture can be coded with.
+    double Coded(double quantiser) const {
+        const double halved = std::round(2 * quantiser) / 2;
+        return halved <= halves_up_to ? halved : std::round(quantiser);
+    }
+    double NextCoarser(double quantiser) const {
+        const double half = quantiser + 0.5;
+        return std::min(half <= halves_up_to ? half : std::floor(quantiser + 1), kMostCoarse);
+    }
+
+    static constexpr double kMostCoarse = 31;  // of a picture that is recoded
 };
 
 }  // namespace codecs

@@ -32,8 +32,9 @@ Demand DemandOf(const FirstPassGroup& group) {
     Demand demand;
     demand.seconds = group.seconds;
     if (group.pictures.empty()) return demand;
-    demand.key = group.pictures.front();
-    for (std::size_t i = 1; i < group.pictures.size(); ++i) demand.deltas += group.pictures[i];
+    demand.key = group.pictures.front().bits;
+    for (std::size_t i = 1; i < group.pictures.size(); ++i)
+        demand.deltas += group.pictures[i].ByPredicted();
     const double count = std::max(1.0, static_cast<double>(group.pictures.size()) - 1);
     demand.key_part =
         KeyQuantiserPart(demand.deltas.texture / count / std::max(1.0, demand.key.texture), count);

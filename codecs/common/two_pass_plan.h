@@ -10,12 +10,12 @@ namespace codecs {
 
 struct FirstPassGroup {
     double seconds = 0;
-    std::vector<PictureBits> pictures;  // the first one is the key picture
+    std::vector<FoundPicture> pictures;  // as they are shown; the first one is the key picture
 };
 
 struct PlannedGroup {
     double bits = 0;
-    std::vector<PictureBits> pictures;
+    std::vector<FoundPicture> pictures;
 };
 
 /// Groups that are harder to code get more bits, as long as the receiver's buffer (when the

@@ -109,9 +109,9 @@ codecs::PictureBits AvGroupCoder::ReportedBits() const {
                                       Field(report, " q:") / FF_QP2LAMBDA);
 }
 
-CodedPicture AvGroupCoder::Encode(AVFrame& frame, double quantiser) {
-    const int whole =
-        std::clamp(static_cast<int>(std::lround(quantiser)), kFinestQuantiser, kCoarsestQuantiser);
+CodedPicture AvGroupCoder::Encode(AVFrame& frame, const PictureWish& wish) {
+    const int whole = std::clamp(static_cast<int>(std::lround(wish.quantiser)), kFinestQuantiser,
+                                 kCoarsestQuantiser);
     frame.pict_type = frames_ == 0 ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
     frame.quality = whole * FF_QP2LAMBDA;
     SetFields(frame);

@@ -3,6 +3,8 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <span>
 
 #include "codecs/common/picture_bits.h"
 #include "engine/pipeline/av_ptr.h"
@@ -15,14 +17,38 @@ struct CodedPicture {
     codecs::PictureBits bits;
 };
 
+struct PictureWish {
+    codecs::PictureKind kind = codecs::PictureKind::Predicted;
+    double quantiser = 8;
+    // Of a picture between two others: its place from 1 on in a run of so many.
+    int place = 1;
+    int run = 1;
+};
+
 /// One thread at a time; coders of several groups may work side by side. Its first picture becomes
 /// a key picture, and no other picture refers to one of another group.
 class GroupCoder {
   public:
     virtual ~GroupCoder() = default;
-    /// Times of the frame are ticks of session time; its own fields are changed, never its picture.
-    /// Throws platform::Error.
-    virtual CodedPicture Encode(AVFrame& frame, double quantiser) = 0;
+    /// In coding order. Times of the frame are ticks of session time; its own fields are changed,
+    /// never its picture. Throws platform::Error.
+    virtual CodedPicture Encode(AVFrame& frame, const PictureWish& wish) = 0;
+
+    /// Codes in place of the picture coded last. Nothing where the coder cannot: it keeps to the
+    /// receiver's buffer by itself.
+    virtual std::optional<CodedPicture> Recode(AVFrame& /*frame*/, const PictureWish& /*wish*/) {
+        return {};
+    }
+    /// As if the picture coded last had not been; of coders that recode.
+    virtual void Forget() {}
+
+    /// How many of the pictures that come next, the last of which would be predicted, are better
+    /// coded between two others: the first n of them, n below their number.
+    /// @param before  the key or predicted picture before them
+    virtual int ChooseBetween(const AVFrame& /*before*/,
+                              std::span<const AVFrame* const> /*next*/) const {
+        return 0;
+    }
 };
 
 /// @param bucket_room_bits  what the receiver's buffer takes when the group begins

@@ -11,8 +11,11 @@
 namespace engine {
 namespace {
 
+using codecs::PictureKind;
+
 // Threads that wake each other for every frame do little else.
 constexpr std::size_t kBurst = 16;  // frames, packets
+constexpr int kMostRecoded = 2;     // times; then as coarsely as can be
 
 std::size_t Workers(int asked) {
     const unsigned count = asked > 0 ? static_cast<unsigned>(asked)
@@ -22,9 +25,10 @@ std::size_t Workers(int asked) {
 
 // While one group is coded, the next one comes in: what arrives of two groups in the time of one
 // and is not coded meanwhile is half a group, for each worker but the first.
-std::size_t MostWaiting(std::size_t workers, int group_frames) {
+std::size_t MostWaiting(std::size_t workers, int group_frames, int between) {
     constexpr std::size_t kSpare = 4;
-    return kSpare + (workers - 1) * static_cast<std::size_t>(group_frames) / 2;
+    return kSpare + 2 * static_cast<std::size_t>(between) +
+           (workers - 1) * static_cast<std::size_t>(group_frames) / 2;
 }
 
 codecs::LumaPlane Luma(const AVFrame& frame) {
@@ -33,29 +37,40 @@ codecs::LumaPlane Luma(const AVFrame& frame) {
 
 }  // namespace
 
+struct GroupedVideoEncoder::Frame {
+    FrameHandle frame;
+    std::size_t index = 0;  // in the group, as shown
+};
+
 struct GroupedVideoEncoder::Outcome {
     CodedPacket packet;  // without data when the frame was left out
-    codecs::PictureBits bits;
+    std::size_t index = 0;
+    codecs::FoundPicture found;
     Drops drops;
 };
 
 struct GroupedVideoEncoder::Work {
     Group* group = nullptr;
     std::unique_ptr<GroupCoder> coder;
-    FrameHandle before;  // the frame before the one in hand
+    std::size_t taken = 0;     // frames
+    std::vector<Frame> next;   // as shown, not yet coded
+    FrameHandle past, before;  // the last two that others refer to
+    Ticks before_time;
 };
 
 GroupedVideoEncoder::GroupedVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
                                          const EncoderPass& pass, PictureFormat format,
-                                         StreamHeader header, GroupCoderMaker make_coder)
+                                         StreamHeader header, GroupCoderMaker make_coder,
+                                         int between)
     : format_(format),
       header_(std::move(header)),
       make_coder_(std::move(make_coder)),
+      between_(between),
       rate_(rate),
       group_length_(GroupLength(plan)),
       length_(pass.length),
       workers_(Workers(plan.encoder_threads)),
-      most_waiting_(MostWaiting(workers_, LongestGroup(plan))),
+      most_waiting_(MostWaiting(workers_, LongestGroup(plan), between)),
       few_waiting_(most_waiting_ - std::min(kBurst, most_waiting_ / 2)),
       usual_(UsualExperience(plan)),
       // A second pass knows all about them, and one quantiser needs no knowledge.
@@ -90,7 +105,7 @@ bool GroupedVideoEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
 bool GroupedVideoEncoder::Finish(const PacketTaker& take) {
     Lock lock(mutex_);
     CloseGroup(end_);
-    if (own_work_) CodeNext(lock, *own_work_);
+    CodeAlong(lock);
     if (!HandOnUntil(lock, take, [this] { return groups_.empty(); })) return false;
     if (!last_.data) return true;
     // The last picture stays for those that were left out after it.
@@ -109,7 +124,8 @@ void GroupedVideoEncoder::Try(const AVFrame& frame) {
     work.group = &group;
     FrameHandle copy = frames_.Get();
     CheckAv(av_frame_ref(copy.get(), &frame), "Encoding of the picture failed");
-    Code(work, std::move(copy));
+    Frame tried{std::move(copy), 0};
+    Code(work, tried, {.kind = PictureKind::Key});
     ledger_.LearnTrial(group.control->Result());
 }
 
@@ -118,7 +134,7 @@ bool GroupedVideoEncoder::Place(Lock& lock, FrameHandle frame, const PacketTaker
     if (groups_.empty() || groups_.back()->closed ||
         time - groups_.back()->start >= group_length_) {
         CloseGroup(time);
-        if (own_work_) CodeNext(lock, *own_work_);
+        CodeAlong(lock);
         if (!HandOnUntil(lock, take, [this] { return MayOpenGroup(); })) return false;
         OpenGroup(time);
     }
@@ -129,7 +145,7 @@ bool GroupedVideoEncoder::Place(Lock& lock, FrameHandle frame, const PacketTaker
     groups_.back()->waiting.push_back(std::move(frame));
     ++waiting_;
     work_.notify_all();
-    if (own_work_) CodeNext(lock, *own_work_);
+    CodeAlong(lock);
     return HandOn(lock, take);
 }
 
@@ -208,11 +224,7 @@ void GroupedVideoEncoder::WorkAlong() {
     Lock lock(mutex_);
     try {
         for (;;) {
-            work_.wait(lock, [&] {
-                return cancelled_ || failure_ ||
-                       (work.group != nullptr ? work.group->closed || !work.group->waiting.empty()
-                                              : NextGroup() != nullptr);
-            });
+            work_.wait(lock, [&] { return cancelled_ || failure_ || HasWork(work); });
             if (cancelled_ || failure_) return;
             CodeNext(lock, work);
         }
@@ -224,28 +236,46 @@ void GroupedVideoEncoder::WorkAlong() {
     }
 }
 
-GroupedVideoEncoder::Group* GroupedVideoEncoder::NextGroup() {
+GroupedVideoEncoder::Group* GroupedVideoEncoder::NextGroup() const {
     for (const std::unique_ptr<Group>& group : groups_)
         if (!group->taken) return group.get();
     return nullptr;
 }
 
-// One frame further, or to the end of a group whose frames are all coded.
+// Where there is one worker, the caller's thread does its work.
+void GroupedVideoEncoder::CodeAlong(Lock& lock) {
+    if (!own_work_) return;
+    while (HasWork(*own_work_)) CodeNext(lock, *own_work_);
+}
+
+bool GroupedVideoEncoder::HasWork(const Work& work) const {
+    if (work.group == nullptr) return NextGroup() != nullptr;
+    return work.group->closed || work.next.size() + work.group->waiting.size() >= Wanted(work);
+}
+
+// Frames to choose from: before the first picture is coded there is nothing to be between.
+std::size_t GroupedVideoEncoder::Wanted(const Work& work) const {
+    return work.before ? static_cast<std::size_t>(between_) + 1 : 1;
+}
+
+// A picture that others refer to and those before it, or to the end of a group whose frames are all
+// coded.
 void GroupedVideoEncoder::CodeNext(Lock& lock, Work& work) {
     if (work.group == nullptr) {
         work.group = NextGroup();
-        if (work.group == nullptr) return;
         work.group->taken = true;
     }
     Group& group = *work.group;
-    if (!group.waiting.empty()) {
-        FrameHandle frame = std::move(group.waiting.front());
+    while (work.next.size() < Wanted(work) && !group.waiting.empty()) {
+        work.next.push_back({std::move(group.waiting.front()), work.taken++});
         group.waiting.pop_front();
         --waiting_;
+    }
+    if (work.next.size() == Wanted(work) || (group.closed && !work.next.empty())) {
         lock.unlock();
-        Outcome outcome = Code(work, std::move(frame));
+        std::vector<Outcome> outcomes = CodeRun(work);
         lock.lock();
-        Note(group, std::move(outcome));
+        for (Outcome& outcome : outcomes) Note(group, std::move(outcome));
     } else if (group.closed) {
         EndGroup(group);
         work = {};
@@ -253,30 +283,94 @@ void GroupedVideoEncoder::CodeNext(Lock& lock, Work& work) {
     if (waiting_ <= few_waiting_ || MayHandOn()) worked_.notify_one();
 }
 
-GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, FrameHandle frame) const {
+std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& work) const {
+    std::vector<Outcome> outcomes;
+    std::size_t run = 0;
+    if (work.before && work.next.size() > 1) {
+        std::vector<const AVFrame*> next;
+        for (const Frame& frame : work.next) next.push_back(frame.frame.get());
+        run = static_cast<std::size_t>(work.coder->ChooseBetween(*work.before, next));
+    }
+    const auto last = work.next.begin() + static_cast<std::ptrdiff_t>(run);
+    outcomes.push_back(
+        Code(work, *last, {.kind = work.before ? PictureKind::Predicted : PictureKind::Key}));
+    if (!outcomes.front().packet.data) {
+        // The others find another one to stand before.
+        work.next.erase(last);
+        return outcomes;
+    }
+    for (std::size_t i = 0; i < run; ++i)
+        outcomes.push_back(Code(work, work.next[i],
+                                {.kind = PictureKind::Between,
+                                 .place = static_cast<int>(i) + 1,
+                                 .run = static_cast<int>(run)}));
+    work.next.erase(work.next.begin(), last + 1);
+    return outcomes;
+}
+
+GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
+                                                       PictureWish wish) const {
     codecs::GroupRateControl& control = *work.group->control;
-    const Ticks time{frame->pts};
-    codecs::GroupRateControl::Picture picture;
-    picture.seconds = (time - work.group->start).Seconds();
-    picture.key = !work.coder;
-    picture.intra_cost = codecs::IntraCost(Luma(*frame));
-    if (work.before) picture.inter_cost = codecs::InterCost(Luma(*frame), Luma(*work.before));
-    const codecs::GroupRateControl::Decision decision = control.Decide(picture);
+    const bool between = wish.kind == PictureKind::Between;
+    const Ticks time{frame.frame->pts};
     Outcome outcome;
-    if (decision.drop) {
-        outcome.drops = {1, static_cast<std::int64_t>(decision.expected_bits / 8)};
+    outcome.index = frame.index;
+    outcome.packet.presentation = outcome.packet.decode = time;
+    outcome.packet.duration = {frame.frame->pkt_duration};
+    // What others stand before comes when the picture before them is shown.
+    if (between_ > 0 && !between && work.before) outcome.packet.decode = work.before_time;
+
+    codecs::GroupRateControl::Picture picture;
+    picture.seconds = (outcome.packet.decode - work.group->start).Seconds();
+    picture.index = frame.index;
+    picture.kind = wish.kind;
+    picture.intra_cost = codecs::IntraCost(Luma(*frame.frame));
+    if (work.before) picture.inter_cost = codecs::InterCost(Luma(*frame.frame), Luma(*work.before));
+    if (between)
+        picture.inter_cost =
+            std::min(picture.inter_cost, codecs::InterCost(Luma(*frame.frame), Luma(*work.past)));
+    const codecs::GroupRateControl::Decision decision = control.Decide(picture);
+    outcome.drops = {1, static_cast<std::int64_t>(decision.expected_bits / 8)};
+    if (decision.drop) return outcome;
+    wish.quantiser = decision.quantiser;
+    std::optional<CodedPicture> coded = Fitted(work, *frame.frame, wish);
+    if (!coded) {
+        control.Dropped();
         return outcome;
     }
-    outcome.packet.presentation = outcome.packet.decode = time;
-    outcome.packet.duration = {frame->pkt_duration};
-    if (!work.coder) work.coder = make_coder_(control.BucketRoom());
-    CodedPicture coded = work.coder->Encode(*frame, decision.quantiser);
-    control.Coded(coded.bits, 8.0 * coded.data->size, coded.key);
-    outcome.packet.data = std::move(coded.data);
-    outcome.packet.key = coded.key;
-    outcome.bits = coded.bits;
-    work.before = std::move(frame);
+    control.Coded(coded->bits, 8.0 * coded->data->size, coded->key);
+    outcome.packet.data = std::move(coded->data);
+    outcome.packet.key = coded->key;
+    outcome.found = {coded->bits, wish.kind};
+    outcome.drops = {};
+    if (!between) {
+        work.before_time = time;
+        work.past = std::exchange(work.before, std::move(frame.frame));
+    }
     return outcome;
+}
+
+// As coarse as the receiver's buffer demands; nothing when it is too large at every quantiser.
+std::optional<CodedPicture> GroupedVideoEncoder::Fitted(Work& work, AVFrame& frame,
+                                                        PictureWish wish) const {
+    codecs::GroupRateControl& control = *work.group->control;
+    if (!work.coder) work.coder = make_coder_(control.BucketRoom());
+    std::optional<CodedPicture> coded = work.coder->Encode(frame, wish);
+    for (int recoded = 0; !control.Fits(8.0 * coded->data->size); ++recoded) {
+        const bool coarsest = wish.quantiser >= codecs::RateSettings::kMostCoarse;
+        wish.quantiser = recoded < kMostRecoded
+                             ? control.Coarser(wish.quantiser, 8.0 * coded->data->size)
+                             : codecs::RateSettings::kMostCoarse;
+        std::optional<CodedPicture> again;
+        if (!coarsest) again = work.coder->Recode(frame, wish);
+        if (!again) {
+            if (!coarsest) return coded;
+            work.coder->Forget();
+            return {};
+        }
+        coded = std::move(again);
+    }
+    return coded;
 }
 
 void GroupedVideoEncoder::Note(Group& group, Outcome outcome) {
@@ -284,7 +378,9 @@ void GroupedVideoEncoder::Note(Group& group, Outcome outcome) {
     drops_.bytes += outcome.drops.bytes;
     if (!outcome.packet.data) return;
     group.coded.push_back(std::move(outcome.packet));
-    if (rate_.steady) group.pictures.push_back(outcome.bits);
+    if (!rate_.steady) return;
+    if (group.pictures.size() <= outcome.index) group.pictures.resize(outcome.index + 1);
+    group.pictures[outcome.index] = outcome.found;
 }
 
 void GroupedVideoEncoder::EndGroup(Group& group) {

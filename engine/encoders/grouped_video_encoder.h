@@ -24,16 +24,17 @@ namespace engine {
 /// times, and what a group is given from groups that are ready whatever the number.
 class GroupedVideoEncoder final : public VideoEncoder {
   public:
+    /// @param between  the most pictures that may stand between two others, which are coded first
     GroupedVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
                         const EncoderPass& pass, PictureFormat format, StreamHeader header,
-                        GroupCoderMaker make_coder);
+                        GroupCoderMaker make_coder, int between = 0);
     ~GroupedVideoEncoder() override;
 
     PictureFormat Format() const override { return format_; }
     StreamHeader Header() const override { return header_; }
-    /// With one worker the packet of the frame before follows at once; with more, it may take some
-    /// frames.
-    /// Blocks while as many frames wait as the workers need to stay busy.
+    /// With one worker, and no pictures between others, the packet of the frame before follows at
+    /// once; else it may take some frames. Blocks while as many frames wait as the workers need to
+    /// stay busy.
     bool Encode(AVFrame& frame, const PacketTaker& take) override;
     bool Finish(const PacketTaker& take) override;
     Drops TakeDrops() override;
@@ -50,9 +51,10 @@ class GroupedVideoEncoder final : public VideoEncoder {
         bool done = false;
         std::deque<FrameHandle> waiting;
         std::deque<CodedPacket> coded;
-        std::vector<codecs::PictureBits> pictures;
+        std::vector<codecs::FoundPicture> pictures;  // as shown
         std::optional<codecs::GroupRateControl> control;
     };
+    struct Frame;    // one of a group
     struct Work;     // what a worker has at hand for one group
     struct Outcome;  // of one frame
 
@@ -69,15 +71,21 @@ class GroupedVideoEncoder final : public VideoEncoder {
     void RethrowFailure() const;
 
     void WorkAlong();
-    Group* NextGroup();
+    Group* NextGroup() const;
+    bool HasWork(const Work& work) const;
     void CodeNext(Lock& lock, Work& work);
-    Outcome Code(Work& work, FrameHandle frame) const;
+    void CodeAlong(Lock& lock);
+    std::size_t Wanted(const Work& work) const;
+    std::vector<Outcome> CodeRun(Work& work) const;
+    Outcome Code(Work& work, Frame& frame, PictureWish wish) const;
+    std::optional<CodedPicture> Fitted(Work& work, AVFrame& frame, PictureWish wish) const;
     void Note(Group& group, Outcome outcome);
     void EndGroup(Group& group);
 
     const PictureFormat format_;
     const StreamHeader header_;
     const GroupCoderMaker make_coder_;
+    const int between_;  // the most pictures between two others
     const codecs::RateSettings rate_;
     const Ticks group_length_;
     const Ticks length_;  // of the stream; 0 = unknown

@@ -47,6 +47,8 @@ struct StreamHeader {
     std::uint32_t peak_rate_bps = 0;   // 0 = the average rate
     std::uint32_t peak_buffer_ms = 0;  // 0 = the buffer window
     std::string conformance;           // device conformance, "" = none
+    /// Pictures may come after one that is shown later: players keep one back.
+    bool reordered = false;
 
     MediaKind Kind() const {
         return std::holds_alternative<AudioHeader>(format) ? MediaKind::Audio : MediaKind::Video;
@@ -65,7 +67,8 @@ struct OutputHeader {
     std::uint32_t max_packet_bytes = 0;  // 0 = not asked for
 };
 
-/// One coded frame. Times count from the start of the session and are never negative.
+/// One coded frame. Times count from the start of the session and are never negative. Frames of a
+/// stream that is not reordered are shown in the order of their packets.
 struct EncodedPacket {
     int stream = 0;
     Ticks presentation;

@@ -50,6 +50,8 @@ void AsfFile::Write(const EncodedPacket& packet) {
     if (failure_) throw platform::Error(*failure_);
     const auto index = static_cast<std::size_t>(packet.stream);
     assert(part_ && index < totals_.size());
+    StreamTotals& totals = totals_[index];
+    const bool reordered = header_.streams[index].reordered;
     try {
         packetizer_->Add({.stream_number = StreamNumber(index),
                           .video = header_.streams[index].Kind() == MediaKind::Video,
@@ -57,15 +59,22 @@ void AsfFile::Write(const EncodedPacket& packet) {
                           .presentation = packet.presentation,
                           .decode = packet.decode,
                           .duration = packet.duration,
-                          .bytes = packet.bytes});
+                          .bytes = packet.bytes,
+                          .ahead = reordered ? Ahead(totals, packet.presentation) : Ticks{}});
     } catch (const platform::Error& error) {
         failure_ = error;
         throw;
     }
-    StreamTotals& totals = totals_[index];
     totals.bytes += packet.bytes.size();
     totals.largest_object =
         std::max(totals.largest_object, static_cast<std::uint32_t>(packet.bytes.size()));
+}
+
+Ticks AsfFile::Ahead(StreamTotals& stream, Ticks presentation) {
+    const Ticks kept_back = stream.kept_back.value_or(presentation);
+    if (presentation < kept_back) return {};  // shown at once
+    stream.kept_back = presentation;
+    return presentation - kept_back;
 }
 
 void AsfFile::TakePacket(const ClosedPacket& packet) {

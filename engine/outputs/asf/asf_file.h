@@ -22,6 +22,10 @@ namespace engine::asf {
 /// end between any two of these leaves a file that still plays. Until then the file is a part
 /// (see PartFile); the name comes last, and what had it before stays until then.
 ///
+/// Of a stream that is reordered, players keep one picture back, and take an object's time for that
+/// of the picture that they show when they get it. So that is what is written: a picture that
+/// is shown after the ones that follow it has the time of the one that is shown for it.
+///
 /// After a failed Write every further Write fails with the same error. Finish and Abandon then drop
 /// what is cut off, leave out the last open packet, write the index if there is room for it, and
 /// the header in place (which needs no room): the part is whole up to the last packet before the
@@ -53,7 +57,9 @@ class AsfFile final : public PacketSink {
     struct StreamTotals {
         std::uint32_t largest_object = 0;
         std::uint64_t bytes = 0;
+        std::optional<Ticks> kept_back;  // presentation of the picture that players hold
     };
+    static Ticks Ahead(StreamTotals& stream, Ticks presentation);
     void TakePacket(const ClosedPacket& packet);
     void Complete(platform::ErrorTrap& trap);
     void AppendIndexes();

@@ -39,8 +39,8 @@ std::size_t Packetizer::Room() const {
 }
 
 std::int64_t Packetizer::PresentationField(const MediaObject& object) const {
-    return (object.presentation.count + Ticks::kPerMillisecond / 2) / Ticks::kPerMillisecond +
-           preroll_ms_;
+    const Ticks time = object.presentation - object.ahead;
+    return (time.count + Ticks::kPerMillisecond / 2) / Ticks::kPerMillisecond + preroll_ms_;
 }
 
 void Packetizer::Add(const MediaObject& object) {

@@ -21,6 +21,7 @@ struct MediaObject {
     Ticks decode{};
     Ticks duration{};
     std::span<const std::uint8_t> bytes{};
+    Ticks ahead{};  // of the presentation: what is written is that much earlier
 };
 
 /// A whole video key frame and the packets that hold it.

@@ -73,7 +73,9 @@ Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups,
         for (int i = 0; i < kGroupPictures; ++i) {
             const int picture = group * kGroupPictures + i;
             level = std::max(0.0, level - settings.bucket_rate_bps / kFps);
-            const auto decision = control.Decide({i / kFps, key, encoder.IntraCost(picture),
+            const auto decision = control.Decide({i / kFps, static_cast<std::size_t>(i),
+                                                  key ? PictureKind::Key : PictureKind::Predicted,
+                                                  encoder.IntraCost(picture),
                                                   i == 0 ? 0 : encoder.InterCost(picture)});
             if (decision.drop) {
                 ++outcome.dropped;
@@ -86,7 +88,7 @@ Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups,
             level += bits;
             outcome.fullest_bucket = std::max(outcome.fullest_bucket, level);
             outcome.quantisers.push_back(decision.quantiser);
-            outcome.report.back().pictures.push_back(taken);
+            outcome.report.back().pictures.push_back({taken, PictureKind::Predicted});
         }
         open.push_back(control.Result());
         outcome.group_bits.push_back(control.Result().bits);
@@ -181,8 +183,8 @@ TEST(RateControl, OneQuantiserWhereThereIsNoChoice) {
 }
 
 TEST(TwoPassPlan, GivesHarderGroupsMore) {
-    std::vector<FirstPassGroup> groups(4, {2, std::vector<PictureBits>(50, {1e5, 100})});
-    groups[2].pictures.assign(50, {4e5, 100});
+    std::vector<FirstPassGroup> groups(4, {2, std::vector<FoundPicture>(50, {{1e5, 100}})});
+    groups[2].pictures.assign(50, {{4e5, 100}});
     const std::vector<PlannedGroup> plan = PlanGroups({1e6, 0, 0, 1, 31, false}, groups);
     EXPECT_GT(plan[2].bits, 2 * plan[1].bits);
     const double sum = std::accumulate(plan.begin(), plan.end(), 0.0,
