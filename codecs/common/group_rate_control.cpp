@@ -166,7 +166,7 @@ double GroupRateControl::HardRoom() const {
     const double left = std::max(0.0, outlook_.seconds - picture_.seconds);
     const double drained = settings_.bucket_rate_bps * left;
     return std::min({BucketRoom(), outlook_.bucket_end_bits + drained - level_bits_,
-                     kHandOver * settings_.bucket_bits + drained - own_level_bits_});
+                     outlook_.bucket_own_end_bits + drained - own_level_bits_});
 }
 
 // That, with what the group itself has put into it drained early. What an easy stretch has not used
@@ -174,7 +174,7 @@ double GroupRateControl::HardRoom() const {
 double GroupRateControl::SoftRoom() const {
     const double left = std::max(0.0, outlook_.seconds - picture_.seconds);
     const double own_limit =
-        kHandOver * settings_.bucket_bits + kDraining * settings_.bucket_rate_bps * left;
+        outlook_.bucket_own_end_bits + kDraining * settings_.bucket_rate_bps * left;
     return std::min(HardRoom(), own_limit - own_level_bits_);
 }
 
@@ -209,7 +209,7 @@ bool GroupRateControl::MustDrop(const Picture& picture, double even) const {
     const double least = expected_.At(settings_.coarsest);
     if (picture.kind == PictureKind::Key)
         return least > HardRoom() && level_bits_ > kNearlyEmpty * settings_.bucket_bits;
-    if (least > SoftRoom()) return true;
+    if (least > HardRoom()) return true;
     return even >= settings_.coarsest && Overdraft(picture.seconds) > 0;
 }
 

@@ -24,7 +24,10 @@ struct GroupOutlook {
     double seconds = 0;            // its length, at least
     double bits = 0;               // its budget
     double bucket_level_bits = 0;  // before it, at most
-    double bucket_end_bits = 0;    // after it, at most: what the groups after it count on
+    // What the groups after it count on: the level after it, with that one before it, and with an
+    // empty bucket before it.
+    double bucket_end_bits = 0;
+    double bucket_own_end_bits = 0;
     RateExperience experience;
     std::vector<FoundPicture> pictures;  // of a first pass, as shown; empty in a single pass
 };

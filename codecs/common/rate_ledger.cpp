@@ -6,15 +6,18 @@
 namespace codecs {
 namespace {
 
-constexpr double kLearning = 0.5;  // weight of the group learnt last
+constexpr double kManyDropped = 0.1;  // of the pictures that are coded
+constexpr double kLearning = 0.5;     // weight of the group learnt last
 // Of a debt, shared by the groups at work and the next: each repays as if alone.
 constexpr double kRepayment = 0.8;
 constexpr double kLargestGift = 0.2;    // of a group's budget, of what others have saved
 constexpr double kBucketSaving = 0.25;  // of the bucket; what it has drained beyond is lost
-constexpr double kFullest = 0.5;        // of the bucket, between two groups
-// What a group may take beyond its budget, of that and of the bucket.
-constexpr double kLeeway = 0.03;
-constexpr double kBucketLeeway = 0.02;
+// Of the bucket, between two groups; of an empty one, what a group may always leave in it.
+constexpr double kFullest = 0.5;
+constexpr double kOwnPart = 0.2;
+// What a group may take beyond its budget, of what drains meanwhile and of the bucket.
+constexpr double kLeeway = 0.05;
+constexpr double kBucketLeeway = 0.03;
 
 }  // namespace
 
@@ -27,8 +30,8 @@ std::int64_t RateLedger::Needs() const {
     const std::int64_t far = std::max(known, opened_ - kMostAtOnce);
     const bool one_quantiser = settings_.finest == settings_.coarsest;
     if (one_quantiser || Planned(opened_)) return far;
-    const bool in_debt = settings_.may_drop && debt_bits_ > kHandOver * settings_.bucket_bits;
-    return in_debt ? opened_ - 1 : far;
+    const bool in_debt = debt_bits_ > kHandOver * settings_.bucket_bits;
+    return settings_.may_drop && (in_debt || drops_) ? opened_ - 1 : far;
 }
 
 GroupOutlook RateLedger::Open(double seconds) {
@@ -56,23 +59,24 @@ GroupOutlook RateLedger::Open(double seconds) {
 // what it finds, or leaves at most what it may in an empty one.
 double RateLedger::LevelAtMost() const {
     double level = level_bits_;
-    for (const double surplus : surplus_bits_)
-        level = std::max(kHandOver * settings_.bucket_bits, level + surplus);
+    for (const GroupPromise& group : promises_)
+        level = std::max(group.own_bits, level + group.surplus_bits);
     return level;
 }
 
 void RateLedger::Promise(GroupOutlook& outlook) {
+    const double bucket = settings_.bucket_bits;
     const double drained = settings_.bucket_rate_bps * outlook.seconds;
-    const double leeway = std::min(kLeeway * drained, kBucketLeeway * settings_.bucket_bits);
-    const double fullest = kFullest * settings_.bucket_bits;
-    const double level = std::min(LevelAtMost(), settings_.bucket_bits);
+    const double leeway = std::min(kLeeway * drained, kBucketLeeway * bucket);
+    const double level = std::min(LevelAtMost(), bucket);
+    const double most = std::max(level, kFullest * bucket);
+    const double added = outlook.bits - drained + leeway;
     outlook.bucket_level_bits = level;
-    outlook.bucket_end_bits =
-        std::clamp(level + std::max(0.0, outlook.bits - drained) + leeway,
-                   kHandOver * settings_.bucket_bits, std::max(level, fullest));
+    outlook.bucket_end_bits = std::clamp(level + added, kOwnPart * bucket, most);
+    outlook.bucket_own_end_bits = std::clamp(added, kOwnPart * bucket, outlook.bucket_end_bits);
     const double surplus = outlook.bucket_end_bits - level;
     outlook.bits = std::min(outlook.bits, drained + surplus);
-    surplus_bits_.push_back(surplus);
+    promises_.push_back({surplus, outlook.bucket_own_end_bits});
 }
 
 void RateLedger::Close(std::int64_t index, const GroupResult& result) {
@@ -86,13 +90,15 @@ void RateLedger::Account(std::int64_t index, const GroupResult& result) {
         const double through = settings_.bucket_rate_bps * result.seconds;
         level_bits_ = std::max(
             {0.0, result.own_level_bits - drained_since, level_bits_ + result.bits - through});
-        surplus_bits_.pop_front();
+        promises_.pop_front();
     }
     const double budget = Planned(index) ? plan_[static_cast<std::size_t>(index)].bits
                                          : settings_.rate_bps * result.seconds;
     if (!settings_.steady) debt_bits_ += result.bits - budget;
     if (settings_.bucket_rate_bps > 0 && plan_.empty())
         debt_bits_ = std::max(debt_bits_, -kBucketSaving * settings_.bucket_bits);
+    const auto coded = static_cast<double>(result.keys + result.deltas);
+    drops_ = static_cast<double>(result.dropped) > kManyDropped * coded;
     Learn(result, kLearning);
 }
 

@@ -36,6 +36,11 @@ class RateLedger {
     void Close(std::int64_t index, const GroupResult& result);
 
   private:
+    struct GroupPromise {
+        double surplus_bits = 0;  // what it adds to the bucket's level at most
+        double own_bits = 0;      // where it leaves the level of an empty bucket at most
+    };
+
     void Account(std::int64_t index, const GroupResult& result);
     void Promise(GroupOutlook& outlook);
     double LevelAtMost() const;
@@ -50,8 +55,9 @@ class RateLedger {
     std::int64_t opened_ = 0;                     // groups
     std::int64_t accounted_ = 0;                  // groups
     double debt_bits_ = 0;                        // taken beyond the budget
+    bool drops_ = false;                          // many pictures, the group accounted for last
     double level_bits_ = 0;                       // of the bucket, after the groups accounted for
-    std::deque<double> surplus_bits_;             // of the others: what each may add to the level
+    std::deque<GroupPromise> promises_;           // of the others
     RateExperience experience_;
 };
 

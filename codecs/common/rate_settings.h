@@ -6,8 +6,8 @@
 
 namespace codecs {
 
-/// What a group itself leaves in the receiver's buffer for the next one, as a part of it, at most.
-/// Groups that are coded side by side keep to it without knowing of each other.
+/// What a group leaves in the receiver's buffer for the next one, as a part of it, at most, where a
+/// plan is made of it.
 inline constexpr double kHandOver = 0.25;
 
 struct RateSettings {

@@ -13,9 +13,7 @@ namespace codecs::wmv9 {
 
 enum class Profile : std::uint8_t { Simple, Main };
 
-/// A key picture refers to no other; a predicted one to the key or predicted picture coded before
-/// it; one between two of them to both and is referred to by none.
-enum class PictureKind : std::uint8_t { Key, Predicted, Between };
+using codecs::PictureKind;
 
 struct EncoderSettings {
     int width = 16;  // even, 2 to 8192

@@ -3,7 +3,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <span>
 
 #include "codecs/common/picture_bits.h"
@@ -34,12 +33,14 @@ class GroupCoder {
     /// never its picture. Throws platform::Error.
     virtual CodedPicture Encode(AVFrame& frame, const PictureWish& wish) = 0;
 
-    /// Codes in place of the picture coded last. Nothing where the coder cannot: it keeps to the
-    /// receiver's buffer by itself.
-    virtual std::optional<CodedPicture> Recode(AVFrame& /*frame*/, const PictureWish& /*wish*/) {
-        return {};
+    /// Whether the two below are there; a coder that has not got them keeps to the receiver's
+    /// buffer by itself.
+    virtual bool Recodes() const { return false; }
+    /// Codes in place of the picture coded last.
+    virtual CodedPicture Recode(AVFrame& frame, const PictureWish& wish) {
+        return Encode(frame, wish);
     }
-    /// As if the picture coded last had not been; of coders that recode.
+    /// As if the picture coded last had not been.
     virtual void Forget() {}
 
     /// How many of the pictures that come next, the last of which would be predicted, are better

@@ -17,7 +17,9 @@ using codecs::PictureKind;
 constexpr std::size_t kBurst = 16;  // frames, packets
 constexpr int kMostRecoded = 2;     // times; then as coarsely as can be
 
-std::size_t Workers(int asked) {
+// What is recorded has one, so that each packet follows its picture.
+std::size_t Workers(const VideoPlan& plan) {
+    const int asked = plan.input.capture ? 1 : plan.encoder_threads;
     const unsigned count = asked > 0 ? static_cast<unsigned>(asked)
                                      : std::max(1U, std::thread::hardware_concurrency());
     return std::min<std::size_t>(count, codecs::RateLedger::kMostAtOnce);
@@ -69,7 +71,7 @@ GroupedVideoEncoder::GroupedVideoEncoder(const VideoPlan& plan, const codecs::Ra
       rate_(rate),
       group_length_(GroupLength(plan)),
       length_(pass.length),
-      workers_(Workers(plan.encoder_threads)),
+      workers_(Workers(plan)),
       most_waiting_(MostWaiting(workers_, LongestGroup(plan), between)),
       few_waiting_(most_waiting_ - std::min(kBurst, most_waiting_ / 2)),
       usual_(UsualExperience(plan)),
@@ -299,6 +301,8 @@ std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& wor
         work.next.erase(last);
         return outcomes;
     }
+    // What stands before it refers to more than it, so nobody may start from it.
+    if (run > 0) outcomes.front().packet.key = false;
     for (std::size_t i = 0; i < run; ++i)
         outcomes.push_back(Code(work, work.next[i],
                                 {.kind = PictureKind::Between,
@@ -341,7 +345,7 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
     control.Coded(coded->bits, 8.0 * coded->data->size, coded->key);
     outcome.packet.data = std::move(coded->data);
     outcome.packet.key = coded->key;
-    outcome.found = {coded->bits, wish.kind};
+    outcome.found = {coded->bits, coded->key ? PictureKind::Key : wish.kind};
     outcome.drops = {};
     if (!between) {
         work.before_time = time;
@@ -355,20 +359,17 @@ std::optional<CodedPicture> GroupedVideoEncoder::Fitted(Work& work, AVFrame& fra
                                                         PictureWish wish) const {
     codecs::GroupRateControl& control = *work.group->control;
     if (!work.coder) work.coder = make_coder_(control.BucketRoom());
-    std::optional<CodedPicture> coded = work.coder->Encode(frame, wish);
-    for (int recoded = 0; !control.Fits(8.0 * coded->data->size); ++recoded) {
-        const bool coarsest = wish.quantiser >= codecs::RateSettings::kMostCoarse;
-        wish.quantiser = recoded < kMostRecoded
-                             ? control.Coarser(wish.quantiser, 8.0 * coded->data->size)
-                             : codecs::RateSettings::kMostCoarse;
-        std::optional<CodedPicture> again;
-        if (!coarsest) again = work.coder->Recode(frame, wish);
-        if (!again) {
-            if (!coarsest) return coded;
+    CodedPicture coded = work.coder->Encode(frame, wish);
+    if (!work.coder->Recodes()) return coded;
+    for (int recoded = 0; !control.Fits(8.0 * coded.data->size); ++recoded) {
+        if (wish.quantiser >= codecs::RateSettings::kMostCoarse) {
             work.coder->Forget();
             return {};
         }
-        coded = std::move(again);
+        wish.quantiser = recoded < kMostRecoded
+                             ? control.Coarser(wish.quantiser, 8.0 * coded.data->size)
+                             : codecs::RateSettings::kMostCoarse;
+        coded = work.coder->Recode(frame, wish);
     }
     return coded;
 }

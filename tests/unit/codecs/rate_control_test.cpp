@@ -32,13 +32,16 @@ struct PretendedEncoder {
     std::function<Shot(int picture)> shot;
     std::mt19937 noise{7};
 
-    PictureBits Take(int picture, bool key, double quantiser) {
+    PictureBits Take(int picture, PictureKind kind, double quantiser) {
         const Shot seen = shot(picture);
         std::uniform_real_distribution<double> uneven(0.8, 1.25);
-        const double whole = std::max(1.0, std::round(quantiser));
-        const double texture = 2.7e6 * seen.detail * (key ? 1 : seen.motion) * uneven(noise) /
-                               std::pow(whole + 1, 1.1);
-        return PictureBits::Taken(texture, key ? 4000 : 1200, whole);
+        const bool key = kind == PictureKind::Key;
+        const double part = key                            ? 1
+                            : kind == PictureKind::Between ? 0.6 * seen.motion
+                                                           : seen.motion;
+        const double texture =
+            2.7e6 * seen.detail * part * uneven(noise) / std::pow(quantiser + 1, 1.1);
+        return PictureBits::Taken(texture, key ? 4000 : 1200, quantiser);
     }
     double IntraCost(int picture) const { return 1.2e6 * shot(picture).detail; }
     double InterCost(int picture) const {
@@ -55,40 +58,67 @@ struct Outcome {
     std::vector<FirstPassGroup> report;
 };
 
+// The pictures of a group in coding order: each run of so many between two others after the later.
+std::vector<std::pair<int, PictureKind>> CodingOrder(int between) {
+    std::vector<std::pair<int, PictureKind>> order{{0, PictureKind::Key}};
+    for (int first = 1; first < kGroupPictures; first += between + 1) {
+        const int last = std::min(first + between, kGroupPictures - 1);
+        order.emplace_back(last, PictureKind::Predicted);
+        for (int i = first; i < last; ++i) order.emplace_back(i, PictureKind::Between);
+    }
+    return order;
+}
+
 // With as many groups at work at once as `at_once` and the ledger allow: each is closed as late as
 // can be.
 Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups, int at_once,
-             std::vector<PlannedGroup> plan = {}) {
+             std::vector<PlannedGroup> plan = {}, int between = 0) {
     RateLedger ledger(settings, kUsual, std::move(plan));
     Outcome outcome;
     double level = 0;
+    double decoded = 0;  // when the picture before was, seconds
     std::vector<GroupResult> open;
     std::int64_t closed = 0;
     for (int group = 0; group < groups; ++group) {
         for (; closed <= std::max<std::int64_t>(group - at_once, ledger.Needs()); ++closed)
             ledger.Close(closed, open[static_cast<std::size_t>(closed)]);
         GroupRateControl control(settings, ledger.Open(kGroupSeconds));
-        outcome.report.push_back({kGroupSeconds, {}});
-        bool key = true;
-        for (int i = 0; i < kGroupPictures; ++i) {
+        outcome.report.push_back({kGroupSeconds, std::vector<FoundPicture>(kGroupPictures)});
+        bool begun = false;
+        int before = 0;
+        for (auto [i, kind] : CodingOrder(between)) {
             const int picture = group * kGroupPictures + i;
-            level = std::max(0.0, level - settings.bucket_rate_bps / kFps);
-            const auto decision = control.Decide({i / kFps, static_cast<std::size_t>(i),
-                                                  key ? PictureKind::Key : PictureKind::Predicted,
+            if (!begun) kind = PictureKind::Key;
+            const bool waits = between > 0 && kind == PictureKind::Predicted;
+            const double seconds = (waits ? before : i) / kFps;
+            if (kind != PictureKind::Between) before = i;
+            const double now = group * kGroupSeconds + seconds;
+            level = std::max(0.0, level - settings.bucket_rate_bps * (now - decoded));
+            decoded = now;
+            const auto decision = control.Decide({seconds, static_cast<std::size_t>(i), kind,
                                                   encoder.IntraCost(picture),
-                                                  i == 0 ? 0 : encoder.InterCost(picture)});
-            if (decision.drop) {
+                                                  begun ? encoder.InterCost(picture) : 0});
+            PictureBits taken;
+            double quantiser = decision.quantiser;
+            bool fits = !decision.drop;
+            while (fits) {
+                taken = encoder.Take(picture, kind, quantiser);
+                if (control.Fits(taken.At(quantiser))) break;
+                fits = quantiser < 31;
+                quantiser = control.Coarser(quantiser, taken.At(quantiser));
+            }
+            if (!fits) {
                 ++outcome.dropped;
+                if (!decision.drop) control.Dropped();
                 continue;
             }
-            const PictureBits taken = encoder.Take(picture, key, decision.quantiser);
-            const double bits = taken.At(std::max(1.0, std::round(decision.quantiser)));
-            control.Coded(taken, bits, key);
-            key = false;
+            const double bits = taken.At(quantiser);
+            control.Coded(taken, bits, kind == PictureKind::Key);
+            begun = true;
             level += bits;
             outcome.fullest_bucket = std::max(outcome.fullest_bucket, level);
-            outcome.quantisers.push_back(decision.quantiser);
-            outcome.report.back().pictures.push_back({taken, PictureKind::Predicted});
+            outcome.quantisers.push_back(quantiser);
+            outcome.report.back().pictures[static_cast<std::size_t>(i)] = {taken, kind};
         }
         open.push_back(control.Result());
         outcome.group_bits.push_back(control.Result().bits);
@@ -100,6 +130,7 @@ Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups,
 Shot Steady(int) { return {}; }
 Shot Cuts(int picture) { return picture % 190 < 95 ? Shot{0.5, 0.08} : Shot{1.2, 0.25}; }
 Shot HarderTowardsTheEnd(int picture) { return {1, 0.05 + 0.4 * picture / 1500.0}; }
+Shot Bursts(int picture) { return picture % 230 < 180 ? Shot{0.4, 0.02} : Shot{2.5, 0.8}; }
 Shot Still(int) { return {0.001, 0.0001}; }
 Shot Storm(int) { return {3, 0.9}; }
 
@@ -114,6 +145,7 @@ struct RateCase {
     bool two_passes;
     double within;                // of the rate
     int least_drops, most_drops;  // of 1500 pictures
+    int between = 0;
 };
 
 // clang-format off
@@ -129,6 +161,12 @@ const RateCase kRateCases[] = {
     {"two passes, average",                 Cuts,                {1e6, 0, 0, 1, 31, false},          true,  0.02,  0, 0},
     {"two passes, average, growing harder", HarderTowardsTheEnd, {1e6, 0, 0, 1, 31, false},          true,  0.02,  0, 0},
     {"two passes, peak",                    HarderTowardsTheEnd, {1e6, 1.5e6, 3e6, 1, 31, false},    true,  0.03,  0, 0},
+    {"bursts in a small buffer",            Bursts,              Constant(1e6, 1),                   false, 0.5,   0, 250},
+    {"bursts, two passes",                  Bursts,              Constant(1e6, 1),                   true,  0.5,   0, 250},
+    {"bursts, peak",                        Bursts,              {1e6, 2e6, 2e6, 1, 31, false},      true,  0.35,  0, 150},
+    {"pictures between, constant",          Cuts,                Constant(1e6, 5),                   false, 0.05,  0, 15,  2},
+    {"pictures between, two passes",        Cuts,                Constant(1e6, 5),                   true,  0.02,  0, 5,   2},
+    {"pictures between, bursts",            Bursts,              Constant(1e6, 1),                   false, 0.5,   0, 250, 2},
 };
 // clang-format on
 
@@ -138,11 +176,12 @@ TEST(RateControl, HoldsRateAndBucket) {
         std::vector<PlannedGroup> plan;
         if (row.two_passes) {
             RateSettings first = row.settings;
+            first.steady = true;
             first.bucket_rate_bps = first.bucket_bits = 0;
             first.may_drop = false;
-            plan = PlanGroups(row.settings, Code(first, {row.shot}, 20, 4).report);
+            plan = PlanGroups(row.settings, Code(first, {row.shot}, 20, 4, {}, row.between).report);
         }
-        const Outcome outcome = Code(row.settings, {row.shot}, 20, 4, std::move(plan));
+        const Outcome outcome = Code(row.settings, {row.shot}, 20, 4, std::move(plan), row.between);
         EXPECT_NEAR(outcome.bits / (20 * kGroupSeconds), row.settings.rate_bps,
                     row.settings.rate_bps * row.within);
         EXPECT_GE(outcome.dropped, row.least_drops);

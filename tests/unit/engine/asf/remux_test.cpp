@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cmath>
+#include <sstream>
 
 #include "clips.h"
 #include "support/asf_reader.h"
@@ -81,6 +83,43 @@ TEST_P(Codecs, SeekLandsOnTheKeyFrameBefore) {
         EXPECT_TRUE(first->key);
         EXPECT_EQ(first->bytes, expected->bytes);
     }
+}
+
+// When players show the pictures, in milliseconds.
+std::vector<std::int64_t> ShownAt(const std::string& path) {
+    std::istringstream lines(
+        test_support::RunCommand({"ffprobe", "-v", "error", "-select_streams", "v", "-show_frames",
+                                  "-show_entries", "frame=best_effort_timestamp_time", "-of",
+                                  "csv=p=0", path})
+            .out);
+    std::vector<std::int64_t> times;
+    for (std::string line; std::getline(lines, line);)
+        times.push_back(line.starts_with("N/A") ? -1 : std::llround(std::stod(line) * 1000));
+    return times;
+}
+
+TEST(Reordered, PicturesAreShownAtTheirTimes) {
+    const clips::Scratch scratch;
+    const std::string source = scratch.Path("source.mkv");
+    // Uneven times: every seventh picture is missing.
+    clips::Ffmpeg(fmt::format(
+        "{} -vf \"select='mod(n,7)'\" -fps_mode vfr -c:v mpeg4 -bf 2 -g 24 {}", kPicture, source));
+    clips::Clip clip = clips::Demux(source);
+    clip.header.streams.at(0).reordered = true;
+    std::vector<std::int64_t> expected;
+    for (const clips::Frame& frame : clip.frames)
+        expected.push_back((frame.presentation.count + 5000) / 10000);
+    EXPECT_FALSE(std::is_sorted(expected.begin(), expected.end()));
+    std::sort(expected.begin(), expected.end());
+    const std::string path = scratch.Path("written.wmv");
+    clips::WriteFile(path, clip, 1400);
+    std::vector<std::int64_t> shown = ShownAt(path);
+    ASSERT_EQ(shown.size(), expected.size());
+    EXPECT_EQ(shown.back(), -1) << "nothing comes after it that could bring it its time";
+    shown.pop_back();
+    expected.pop_back();
+    EXPECT_EQ(shown, expected);
+    EXPECT_EQ(test_support::DecodeMessages(path), "");
 }
 
 // clang-format off

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "support/clips.h"
+#include "support/leaky_bucket.h"
 #include "unit/engine/pipeline/session.h"
 
 namespace {
@@ -332,23 +333,6 @@ TEST_F(EncodeTable, PerformanceBuysPicture) {
     }
 }
 
-// Bits that the receiver's buffer must hold at most, when it drains at `rate`.
-double MostBuffered(const std::string& file, double rate) {
-    std::istringstream packets(
-        clips::OutputOf("ffprobe -v error -select_streams v -show_entries packet=pts_time,size "
-                        "-of compact=p=0:nk=1 '" +
-                        file + "'"));
-    double time = 0;
-    double fill = 0;
-    double most = 0;
-    char bar = 0;
-    for (double at = 0, bytes = 0; packets >> at >> bar >> bytes; time = at) {
-        fill = std::max(0.0, fill - (at - time) * rate) + bytes * 8;
-        most = std::max(most, fill);
-    }
-    return most;
-}
-
 TEST_F(EncodeTable, TheBufferBoundsEveryStretch) {
     const std::string bursts = clips::Make(
         "-f lavfi -i testsrc2=s=320x240:r=25,noise=alls=40:allf=t:enable='gt(mod(t\\,4)\\,3)' "
@@ -365,7 +349,7 @@ TEST_F(EncodeTable, TheBufferBoundsEveryStretch) {
             plan.video->buffer_ms = buffer_ms;
             session::Run(plan);
             double& filled = most[buffer_ms > 500 ? 1 : 0];
-            filled = MostBuffered(plan.output_path, 600'000);
+            filled = test_support::FullestBucket(plan.output_path, 600'000);
             EXPECT_LE(filled, 600.0 * buffer_ms);
         }
         // What the buffer allows is used: for a group's own bursts in one pass, for those of the

@@ -18,7 +18,8 @@ namespace {
 template <typename Rows>
 const auto& RowOf(const Rows& rows, std::string_view encoder) {
     for (const auto& row : rows)
-        if (row.stand_in == nullptr && row.av_encoder == encoder) return row;
+        if (row.stand_in == nullptr && row.av_encoder != nullptr && row.av_encoder == encoder)
+            return row;
     throw std::runtime_error("no such codec row");
 }
 
