@@ -1,0 +1,120 @@
+// Streams of the encoder itself.
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "conformance/wmv9/encoder_calls.h"
+#include "conformance/wmv9/stream_check.h"
+
+namespace wmv9_conformance {
+
+using namespace codecs::wmv9;
+
+namespace {
+
+const std::vector<double> kMixedQuantisers = {8, 2.5, 14, 31, 1, 5.5, 20, 8.5, 3};
+
+// All that can be asked for: 1, 1.5, ... 8, 8.5, 9, 10, ... 31.
+std::vector<double> AllQuantisers() {
+    std::vector<double> all;
+    for (double quantiser = 1; quantiser <= 31; quantiser += quantiser < 9 ? 0.5 : 1)
+        all.push_back(quantiser);
+    return all;
+}
+
+struct SizeCase {
+    const char* why;
+    int width;
+    int height;
+    int pictures;
+    int effort;
+    int between;
+};
+
+// clang-format off
+constexpr SizeCase kSizes[] = {
+    // why                                width height pictures effort between
+    {"no smaller one",                        2,    2,   9,      60,    2},
+    {"mostly repeated samples",              18,    2,   9,     100,    1},
+    {"one macroblock",                       16,   16,   9,      60,    3},
+    {"a sliver beyond a macroblock",         34,   18,   9,      60,    2},
+    {"one column",                           14,  176,   9,      60,    1},
+    {"one row",                             178,   16,   9,      60,    1},
+    {"cropped on both sides",                98,   50,   9,      80,    2},
+    {"whole macroblocks",                   176,  144,   9,      60,    2},
+    {"vectors of range 1",                  100,  402,   4,      60,    1},
+    {"vectors of range 2, across",         1282,   20,   4,      60,    1},
+    {"vectors of range 2, down",             50,  720,   4,      60,    1},
+    {"a last row of half a macroblock",    1920, 1080,   2,      60,    0},
+};
+// clang-format on
+
+TEST(EncoderStreams, OfEverySizeDecode) {
+    for (const SizeCase& row : kSizes) {
+        SCOPED_TRACE(fmt::format("{}: {}x{}", row.why, row.width, row.height));
+        const EncoderSettings settings{
+            .width = row.width, .height = row.height, .effort = row.effort, .between = row.between};
+        const Calls calls = Groups(row.pictures, row.between, kMixedQuantisers);
+        EXPECT_EQ(EncodeAll(settings, {}, calls).fault, "");
+    }
+}
+
+TEST(EncoderStreams, OfEveryEffortAndRunDecode) {
+    for (const int effort : {0, 20, 40, 60, 80, 100}) {
+        for (int between = 0; between <= 4; ++between) {
+            const bool simple = between == 4;
+            EncoderSettings settings{.width = 50, .height = 34, .effort = effort};
+            settings.profile = simple ? Profile::Simple : Profile::Main;
+            settings.between = simple ? 0 : between;
+            settings.adaptive = between % 2 == 1;
+            for (int content = 0; content < kContents; ++content) {
+                SCOPED_TRACE(fmt::format("effort {}, {} between{}, content {}", effort,
+                                         settings.between, simple ? ", Simple" : "", content));
+                const Calls calls = Groups(9, settings.between, kMixedQuantisers);
+                EXPECT_EQ(EncodeAll(settings, {static_cast<Content>(content)}, calls).fault, "");
+            }
+        }
+    }
+}
+
+// Of each kind of picture, with blocks that are as large as they get, and with the usual ones.
+TEST(EncoderStreams, OfEveryQuantiserDecode) {
+    for (const double quantiser : AllQuantisers()) {
+        for (const Content content : {Content::BlackAndWhite, Content::Texture}) {
+            for (const bool adaptive : {false, true}) {
+                SCOPED_TRACE(fmt::format("quantiser {}, content {}{}", quantiser,
+                                         static_cast<int>(content), adaptive ? ", adaptive" : ""));
+                const EncoderSettings settings{
+                    .width = 48, .height = 32, .between = 1, .adaptive = adaptive};
+                const Outcome outcome = EncodeAll(settings, {content}, Groups(5, 1, {quantiser}));
+                EXPECT_EQ(outcome.fault, "");
+                for (const Kept& kept : outcome.pictures) EXPECT_EQ(kept.quantiser, quantiser);
+            }
+        }
+    }
+}
+
+TEST(EncoderStreams, AreTheSameFromMoreThreads) {
+    for (const int effort : {0, 60, 100}) {
+        for (const Profile profile : {Profile::Simple, Profile::Main}) {
+            EncoderSettings settings{.width = 114, .height = 98, .profile = profile};
+            settings.effort = effort;
+            settings.between = profile == Profile::Main ? 2 : 0;
+            const Calls calls = Groups(8, settings.between, kMixedQuantisers);
+            const auto alone = DataOf(EncodeAll(settings, {}, calls));
+            settings.threads = 3;
+            EXPECT_EQ(DataOf(EncodeAll(settings, {}, calls)), alone) << "effort " << effort;
+        }
+    }
+}
+
+TEST(EncoderStreams, MayHaveNoPictures) {
+    Encoder encoder({.width = 64, .height = 48});
+    encoder.Forget();
+    EXPECT_EQ(StreamCheck({64, 48, encoder.SequenceHeader()}).Finish(), "");
+}
+
+}  // namespace
+}  // namespace wmv9_conformance

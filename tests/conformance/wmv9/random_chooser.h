@@ -1,0 +1,21 @@
+// Decides at random how macroblocks are coded, so that streams use all that the format has.
+#pragma once
+
+#include <cstdint>
+
+#include "codecs/wmv9/chooser.h"
+
+namespace wmv9_conformance {
+
+/// Of one picture. Whatever is legal may come, however poor; the same for the same seed.
+class RandomChooser final : public codecs::wmv9::Chooser {
+  public:
+    explicit RandomChooser(std::uint64_t seed) : seed_(seed) {}
+    void Choose(const codecs::wmv9::Picture& picture, const codecs::wmv9::Estimates& estimates,
+                int x, int y, codecs::wmv9::Trial& out) const override;
+
+  private:
+    std::uint64_t seed_;
+};
+
+}  // namespace wmv9_conformance

@@ -1,0 +1,187 @@
+#include "conformance/wmv9/random_stream.h"
+
+#include <fmt/format.h>
+
+#include <vector>
+
+#include "codecs/common/index.h"
+#include "codecs/wmv9/picture_coder.h"
+#include "conformance/wmv9/random.h"
+#include "conformance/wmv9/random_chooser.h"
+
+namespace wmv9_conformance {
+
+using namespace codecs::wmv9;
+using codecs::Index;
+
+namespace {
+
+constexpr int kHalfSteps = 8;  // quantisers that have them
+
+int MacroblocksIn(int samples) { return (samples + 15) / 16; }
+
+SequenceHeader RandomSequence(Random& random) {
+    SequenceHeader sequence;
+    const bool main = random.Roll(75);
+    sequence.profile = main ? Profile::Main : Profile::Simple;
+    sequence.short_chroma_vectors = !main;
+    sequence.loop_filter = main && random.Roll(70);
+    sequence.extended_vectors = main && random.Roll(50);
+    sequence.varying_quantiser = main && random.Roll(50);
+    sequence.most_between = main ? random.Pick({0, 0, 1, 2, 3}) : 0;
+    sequence.overlap = random.Roll(50);
+    sequence.rate_hint = random.Below(8);
+    sequence.bits_hint = random.Below(32);
+    return sequence;
+}
+
+std::string Describe(const PictureHeader& header, int number) {
+    constexpr const char* kKinds[] = {"key", "predicted", "between"};
+    std::string text = fmt::format("picture {}, {}, quantiser {}", number,
+                                   kKinds[static_cast<int>(header.kind)], header.quantiser);
+    if (header.half_step) text += " and a half";
+    if (header.varying) text += ", varying";
+    if (header.IsKey()) return text;
+    text += fmt::format(", vectors of mode {} and range {}", static_cast<int>(header.mode),
+                        header.vector_range);
+    if (header.shape) text += fmt::format(", shape {}", static_cast<int>(*header.shape));
+    if (header.IsBetween()) text += fmt::format(", {} of {}", header.place, header.run);
+    return text + (header.rounding == 1 ? ", rounding down" : "");
+}
+
+}  // namespace
+
+class RandomStream::Impl {
+  public:
+    explicit Impl(const RandomStreamSettings& settings)
+        : settings_(settings),
+          random_(settings.seed),
+          sequence_(RandomSequence(random_)),
+          width_(MacroblocksIn(settings.width)),
+          height_(MacroblocksIn(settings.height)),
+          coder_(width_, height_, settings.threads),
+          source_(width_, height_),
+          between_(width_, height_),
+          between_grid_(width_, height_) {
+        for (int i = 0; i < 3; ++i) anchors_.emplace_back(width_, height_);
+        for (int i = 0; i < 2; ++i) grids_.emplace_back(width_, height_);
+    }
+
+    std::array<std::uint8_t, 4> SequenceBytes() const { return sequence_.Bytes(); }
+
+    Coded Next() {
+        const PictureHeader header = RandomHeader();
+        const int place = PlaceOf(header);
+        const PlanarPicture picture = MakePicture(settings_.content, settings_.width,
+                                                  settings_.height, place, settings_.seed);
+        source_.Load(picture.View(), settings_.width, settings_.height);
+        const Frame& result = Code(header);
+        ++number_;
+        return {coder_.Bits().Bytes(), result.View(), place, Describe(header, number_)};
+    }
+
+  private:
+    PictureHeader RandomHeader() {
+        PictureHeader header;
+        header.kind = KindOfNext();
+        header.counter = number_ % 4;
+        header.quantiser = random_.Roll(40) ? random_.Between(1, 9) : random_.Between(1, 31);
+        header.half_step = header.quantiser <= kHalfSteps && random_.Roll(50);
+        header.varying = sequence_.varying_quantiser && !header.IsKey() && random_.Roll(60);
+        if (sequence_.extended_vectors) header.vector_range = random_.Below(4);
+        header.mode = header.IsBetween()
+                          ? random_.Pick({VectorMode::Quarter, VectorMode::HalfBilinear})
+                          : static_cast<VectorMode>(random_.Below(4));
+        if (random_.Roll(40)) header.shape = static_cast<Shape>(random_.Below(4));
+        header.rounding = header.kind == PictureKind::Predicted ? 1 - rounding_ : rounding_;
+        header.run = run_;
+        header.place = run_ - left_ + 1;
+        RandomTables(header);
+        return header;
+    }
+
+    PictureKind KindOfNext() {
+        if (number_ == 0) return PictureKind::Key;
+        if (left_ > 0) return PictureKind::Between;
+        run_ = random_.Below(sequence_.most_between + 1);
+        return random_.Roll(15) ? PictureKind::Key : PictureKind::Predicted;
+    }
+
+    // Also tells how many pictures are left to come between the last two anchors.
+    int PlaceOf(const PictureHeader& header) {
+        if (header.IsBetween()) return shown_ - 1 - left_--;
+        left_ = run_;
+        shown_ += run_ + 1;
+        return shown_ - 1;
+    }
+
+    void RandomTables(PictureHeader& header) {
+        header.vector_table = random_.Below(4);
+        header.pattern_table = random_.Below(4);
+        header.ac_table = random_.Below(kAcChoices);
+        header.luma_ac_table = random_.Below(kAcChoices);
+        header.dc_table = random_.Below(2);
+        for (PlaneCoding* plane : {&header.four_plane, &header.skip_plane, &header.direct_plane}) {
+            plane->mode = static_cast<PlaneMode>(random_.Below(kPlaneModes));
+            plane->invert = plane->mode != PlaneMode::Raw && random_.Roll(50);
+        }
+    }
+
+    const Frame& Code(const PictureHeader& header) {
+        const bool anchor = !header.IsBetween();
+        int free = 0;
+        while (free == earlier_ || free == later_) ++free;
+        const int grid = 1 - later_grid_;
+        Frame& result = anchor ? anchors_[Index(free)] : between_;
+        Picture picture{sequence_, header, BestKernels(),
+                        source_,   result, anchor ? grids_[Index(grid)] : between_grid_};
+        if (header.IsBetween()) {
+            picture.past = &anchors_[Index(earlier_)];
+            picture.future = &anchors_[Index(later_)];
+        } else if (!header.IsKey()) {
+            picture.past = &anchors_[Index(later_)];
+        }
+        if (!header.IsKey() && !later_is_key_) picture.anchor = &grids_[Index(later_grid_)];
+        coder_.Analyse(picture, RandomChooser(random_.Next()));
+        coder_.Write(picture);
+        if (!anchor) return result;
+        result.Extend();
+        earlier_ = later_;
+        later_ = free;
+        later_is_key_ = header.IsKey();
+        later_grid_ = grid;
+        rounding_ = header.IsKey() ? 1 : header.rounding;
+        return result;
+    }
+
+    const RandomStreamSettings settings_;
+    Random random_;
+    const codecs::wmv9::SequenceHeader sequence_;
+    const int width_;  // macroblocks
+    const int height_;
+    PictureCoder coder_;
+    Frame source_;
+    Frame between_;
+    MacroblockGrid between_grid_;
+    std::vector<Frame> anchors_;
+    std::vector<MacroblockGrid> grids_;
+    int earlier_ = -1;  // anchors
+    int later_ = -1;
+    bool later_is_key_ = false;
+    int later_grid_ = 0;
+    int rounding_ = 1;
+    int number_ = 0;  // pictures so far
+    int shown_ = 0;   // places given away
+    int run_ = 0;     // of pictures between the last two anchors
+    int left_ = 0;    // of them
+};
+
+RandomStream::RandomStream(const RandomStreamSettings& settings)
+    : impl_(std::make_unique<Impl>(settings)) {}
+RandomStream::~RandomStream() = default;
+
+std::array<std::uint8_t, 4> RandomStream::SequenceHeader() const { return impl_->SequenceBytes(); }
+
+RandomStream::Coded RandomStream::Next() { return impl_->Next(); }
+
+}  // namespace wmv9_conformance

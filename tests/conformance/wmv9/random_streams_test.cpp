@@ -1,0 +1,111 @@
+// Streams of random decisions, which reach what an encoder that chooses well never does.
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "conformance/wmv9/random_stream.h"
+#include "conformance/wmv9/stream_check.h"
+
+namespace wmv9_conformance {
+namespace {
+
+constexpr int kPictures = 8;
+
+struct Size {
+    const char* why;
+    int width;
+    int height;
+};
+
+// clang-format off
+constexpr Size kSizes[] = {
+    // why                                  width height
+    {"one macroblock",                         16,  16},
+    {"one column",                             16, 352},
+    {"one row",                               352,  16},
+    {"planes of bits in tiles of 3 by 2",      48,  48},
+    {"cropped; tiles and a column and a row",  98,  50},
+    {"planes of bits in tiles of 2 by 3",     176, 144},
+    {"cropped; tiles of 2 by 3 and a column",  34,  18},
+};
+// clang-format on
+constexpr int kSizeCount = static_cast<int>(std::size(kSizes));
+
+std::uint64_t Seed(int number) { return static_cast<std::uint64_t>(number); }
+
+// All sizes with all contents, over and over.
+RandomStreamSettings SettingsOf(std::uint64_t seed) {
+    const Size& size = kSizes[seed % kSizeCount];
+    return {.seed = seed,
+            .width = size.width,
+            .height = size.height,
+            .content = static_cast<Content>(seed / kSizeCount % kContents)};
+}
+
+// The first fault; empty = none.
+std::string FaultOf(const RandomStreamSettings& settings) {
+    RandomStream stream(settings);
+    StreamCheck check({settings.width, settings.height, stream.SequenceHeader()});
+    for (int i = 0; i < kPictures; ++i) {
+        const RandomStream::Coded coded = stream.Next();
+        check.Take(coded.data, coded.shown, coded.place, coded.name);
+    }
+    const std::string fault = check.Finish();
+    if (fault.empty()) return fault;
+    return fmt::format("seed {}, {}x{}: {}", settings.seed, settings.width, settings.height, fault);
+}
+
+class RandomStreams : public testing::TestWithParam<int> {};
+
+TEST_P(RandomStreams, DecodeToWhatTheEncoderSays) {
+    constexpr int kSeeds = 6 * kContents;
+    for (int i = 0; i < kSeeds; ++i)
+        EXPECT_EQ(FaultOf(SettingsOf(Seed(GetParam() + i * kSizeCount))), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, RandomStreams, testing::Range(0, kSizeCount), [](const auto& row) {
+    const Size& size = kSizes[row.param];
+    return fmt::format("{}x{}", size.width, size.height);
+});
+
+TEST(RandomStreamThreads, ChangeNothing) {
+    for (const std::uint64_t seed : {5U, 12U, 19U, 26U, 33U, 40U}) {
+        RandomStreamSettings settings = SettingsOf(seed);
+        RandomStream one(settings);
+        settings.threads = 3;
+        RandomStream three(settings);
+        for (int i = 0; i < kPictures; ++i) {
+            const RandomStream::Coded alone = one.Next();
+            const RandomStream::Coded beside = three.Next();
+            ASSERT_TRUE(std::ranges::equal(alone.data, beside.data))
+                << "seed " << seed << ", " << alone.name;
+        }
+    }
+}
+
+int CompareStreams(std::uint64_t first, std::uint64_t count) {
+    int faults = 0;
+    for (std::uint64_t seed = first; seed < first + count; ++seed) {
+        const std::string fault = FaultOf(SettingsOf(seed));
+        if (fault.empty()) continue;
+        fmt::print("{}\n", fault);
+        ++faults;
+    }
+    fmt::print("{} streams, {} with faults\n", count, faults);
+    return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+}  // namespace
+}  // namespace wmv9_conformance
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    if (argc == 4 && std::string_view(argv[1]) == "--streams")
+        return wmv9_conformance::CompareStreams(std::strtoull(argv[2], nullptr, 10),
+                                                std::strtoull(argv[3], nullptr, 10));
+    return RUN_ALL_TESTS();
+}
