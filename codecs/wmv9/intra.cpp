@@ -169,21 +169,16 @@ class IntraCoder {
         const TransformBlock block{coefficients_[n].data(), whole_[n].data(),
                                    IntraScan(picture_.header.IsKey(), trial_.macroblock, n),
                                    expected.data()};
-        LevelCost cost;
-        if (joint) {
-            whole_[n].fill(0);
-            cost = ChooseLevels(block, quantiser_, codes);
-        } else {
-            // Of a step; levels are more often too large than too small.
-            constexpr double kRounding = 0.4;
-            picture_.kernels.quantise(whole_[n].data(), coefficients_[n].data(),
-                                      quantiser_.reciprocal,
-                                      static_cast<int>(kRounding * quantiser_.step * kEighths));
-            cost = CostOfLevels(block, quantiser_, codes);
-        }
+        // Without a choice by bits; levels are more often too large than too small.
+        constexpr double kRounding = 0.4;
+        const double rounding = joint ? kChoiceRounding : kRounding;
+        picture_.kernels.quantise(whole_[n].data(), coefficients_[n].data(), quantiser_.reciprocal,
+                                  static_cast<int>(rounding * quantiser_.step * kEighths));
+        const LevelCost cost =
+            joint ? ChooseLevels(block, quantiser_, codes) : CostOfLevels(block, quantiser_, codes);
         trial_.macroblock.SetCoded(n, cost.any);
         trial_.bits += cost.bits;
-        trial_.error += cost.error;
+        trial_.error += SilentError(block, quantiser_) + cost.change;
         Keep(n, dc, expected);
     }
 

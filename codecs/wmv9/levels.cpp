@@ -10,17 +10,20 @@ namespace codecs::wmv9 {
 namespace {
 
 constexpr int kMost = 64;
-constexpr int kLargestLevel = 2047;
 
 std::int64_t Square(std::int64_t value) { return value * value; }
 
+int Expected(const TransformBlock& block, int at) {
+    return block.predicted == nullptr ? 0 : block.predicted[at];
+}
+
 // A level that may be the last one chosen so far.
 struct Node {
-    int place = -1;   // in the scan; -1 = before it
-    int level = 0;    // as it is reconstructed
-    int before = -1;  // node
-    int bits = 0;
-    std::int64_t cost = 0;  // of all up to here, less the error of nothing transmitted up to here
+    std::int64_t cost = 0;    // of all up to here, beside nothing transmitted
+    std::int16_t place = -1;  // in the scan; -1 = before it
+    std::int16_t level = 0;   // as it is reconstructed
+    std::int16_t before = 0;  // node
+    std::int16_t bits = 0;
 };
 
 class LevelSearch {
@@ -32,48 +35,50 @@ class LevelSearch {
           codes_(codes) {
         nodes_[0] = {};
         survivors_[0] = 0;
+        end_.cost = std::numeric_limits<std::int64_t>::max();
     }
 
     LevelCost Run() {
-        std::int64_t silent = 0;  // the error of nothing transmitted
-        for (std::size_t i = 0; i < block_.scan.size(); ++i) {
-            const int at = block_.scan[i];
-            const int coefficient = block_.coefficients[at];
-            const int expected = block_.predicted == nullptr ? 0 : block_.predicted[at];
-            const std::int64_t nothing = Square(coefficient - expected * step_);
-            silent += nothing;
-            const int nearest = Nearest(coefficient);
-            if (nearest != expected) Visit(static_cast<int>(i), coefficient, expected, nothing);
+        const int count = static_cast<int>(block_.scan.size());
+        for (int i = 0; i < count; ++i) {
+            const int at = block_.scan[Index(i)];
+            const int level = block_.levels[at];
+            const int expected = Expected(block_, at);
+            if (level == expected) continue;
+            Visit(i, block_.coefficients[at], level, expected);
+            block_.levels[at] = static_cast<std::int16_t>(expected);
         }
-        return Finish(silent);
+        if (node_count_ == 1) return {};
+        for (const Node* node = &end_; node->place >= 0; node = &nodes_[Index(node->before)])
+            block_.levels[block_.scan[Index(node->place)]] = node->level;
+        return {end_.bits, end_.cost - lambda_ * end_.bits, true};
     }
 
   private:
-    int Nearest(int coefficient) const {
-        const int size = std::min((std::abs(coefficient) + step_ / 2) / step_, kLargestLevel);
-        return coefficient < 0 ? -size : size;
-    }
-
-    void Visit(int place, int coefficient, int expected, std::int64_t nothing) {
-        const int nearest = Nearest(coefficient);
+    void Visit(int place, int coefficient, int nearest, int expected) {
+        const std::int64_t nothing = Square(coefficient - expected * step_);
         const int towards = nearest > expected ? nearest - 1 : nearest + 1;
         Node best;
         best.cost = std::numeric_limits<std::int64_t>::max();
         for (const int level : {nearest, towards}) {
-            if (level == expected) continue;
+            if (level == expected) break;
             const int size = std::abs(level - expected);
             const std::int64_t change = Square(coefficient - level * step_) - nothing;
             for (int s = 0; s < survivor_count_; ++s) {
                 const int index = survivors_[Index(s)];
                 const Node& before = nodes_[Index(index)];
                 const int run = place - before.place - 1;
-                const int length = codes_.Length(false, run, size);
-                const std::int64_t cost = before.cost + change + lambda_ * length;
-                if (cost < best.cost) best = {place, level, index, before.bits + length, cost};
-                const int last_length = codes_.Length(true, run, size);
-                const std::int64_t last_cost = before.cost + change + lambda_ * last_length;
-                if (last_cost < end_.cost)
-                    end_ = {place, level, index, before.bits + last_length, last_cost};
+                const std::int64_t so_far = before.cost + change;
+                const auto consider = [&](Node& least, bool last) {
+                    const int length = codes_.Length(last, run, size);
+                    const std::int64_t cost = so_far + lambda_ * length;
+                    if (cost >= least.cost) return;
+                    least = {cost, static_cast<std::int16_t>(place),
+                             static_cast<std::int16_t>(level), static_cast<std::int16_t>(index),
+                             static_cast<std::int16_t>(before.bits + length)};
+                };
+                consider(best, false);
+                consider(end_, true);
             }
         }
         // One that is further away and no cheaper does not come back into play.
@@ -84,16 +89,6 @@ class LevelSearch {
         survivors_[Index(survivor_count_++)] = node_count_++;
     }
 
-    LevelCost Finish(std::int64_t silent) const {
-        for (const std::uint8_t at : block_.scan)
-            block_.levels[at] =
-                block_.predicted == nullptr ? std::int16_t{0} : block_.predicted[at];
-        if (node_count_ == 1) return {0, silent, silent, false};
-        for (const Node* node = &end_; node->place >= 0; node = &nodes_[Index(node->before)])
-            block_.levels[block_.scan[Index(node->place)]] = static_cast<std::int16_t>(node->level);
-        return {end_.bits, silent + end_.cost - lambda_ * end_.bits, silent, true};
-    }
-
     const TransformBlock& block_;
     const int step_;
     const std::int64_t lambda_;
@@ -102,7 +97,7 @@ class LevelSearch {
     std::array<int, kMost + 1> survivors_;
     int node_count_ = 1;
     int survivor_count_ = 1;
-    Node end_{-1, 0, -1, 0, std::numeric_limits<std::int64_t>::max()};
+    Node end_;
 };
 
 }  // namespace
@@ -121,22 +116,29 @@ LevelCost CostOfLevels(const TransformBlock& block, const Quantiser& quantiser,
     int held = 0;  // the level whose place is not known to be the last
     for (const std::uint8_t at : block.scan) {
         const int level = block.levels[at];
-        const int expected = block.predicted == nullptr ? 0 : block.predicted[at];
-        cost.error += Square(block.coefficients[at] - level * step);
-        cost.silent += Square(block.coefficients[at] - expected * step);
-        const int size = std::abs(level - expected);
-        if (size == 0) {
+        const int expected = Expected(block, at);
+        if (level == expected) {
             ++run;
             continue;
         }
+        cost.change += Square(block.coefficients[at] - level * step) -
+                       Square(block.coefficients[at] - expected * step);
         if (held != 0) cost.bits += codes.Length(false, held_run, held);
-        held = size;
+        held = std::abs(level - expected);
         held_run = run;
         run = 0;
     }
     if (held != 0) cost.bits += codes.Length(true, held_run, held);
     cost.any = held != 0;
     return cost;
+}
+
+std::int64_t SilentError(const TransformBlock& block, const Quantiser& quantiser) {
+    const int step = quantiser.step * kEighths;
+    std::int64_t error = 0;
+    for (const std::uint8_t at : block.scan)
+        error += Square(block.coefficients[at] - Expected(block, at) * step);
+    return error;
 }
 
 }  // namespace codecs::wmv9

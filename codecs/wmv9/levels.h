@@ -12,29 +12,35 @@ namespace codecs::wmv9 {
 /// What the levels of a transform come to.
 struct LevelCost {
     int bits = 0;
-    std::int64_t error = 0;   // squared eighths
-    std::int64_t silent = 0;  // what it would be if nothing were transmitted
+    std::int64_t change = 0;  // of the error, in squared eighths, beside nothing transmitted
     bool any = false;         // is transmitted
 
-    std::int64_t Joint(std::int64_t lambda) const { return error + lambda * bits; }
+    std::int64_t Joint(std::int64_t lambda) const { return change + lambda * bits; }
 };
 
 /// One transform of a block; `scan` leaves out what is not coded as a level.
 struct TransformBlock {
     const std::int16_t* coefficients = nullptr;  // eighths, rows of 8
-    std::int16_t* levels = nullptr;              // rows of 8
+    std::int16_t* levels = nullptr;              // quantised, rows of 8
     std::span<const std::uint8_t> scan;
     const std::int16_t* predicted = nullptr;  // levels, rows of 8; null = none
 };
 
-/// The levels with the least error + lambda * bits, by dynamic programming over what is the last
-/// level before each one. They are never further from the coefficient than the nearest level, and
-/// never nothing at all: that is the caller's to compare with.
+/// How the levels that ChooseLevels begins with are rounded, as a part of a step: what is further
+/// below a level never pays for its bits.
+constexpr double kChoiceRounding = 0.36;
+
+/// Lowers the levels, by one or to nothing, to the least error + lambda * bits, by dynamic
+/// programming over what is the last level before each one. Leaves at least one: whether nothing at
+/// all is better, which is when Joint is above 0, is the caller's to see.
 LevelCost ChooseLevels(const TransformBlock& block, const Quantiser& quantiser,
                        const AcCodes& codes);
 
-/// Bits and error of given levels.
+/// Bits and error of the levels as they are.
 LevelCost CostOfLevels(const TransformBlock& block, const Quantiser& quantiser,
                        const AcCodes& codes);
+
+/// The error of nothing transmitted.
+std::int64_t SilentError(const TransformBlock& block, const Quantiser& quantiser);
 
 }  // namespace codecs::wmv9

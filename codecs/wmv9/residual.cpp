@@ -115,14 +115,14 @@ class ResidualCoder {
         Shaped& shaped = work.shaped[static_cast<std::size_t>(shape)];
         shaped.parts = 0;
         shaped.bits = 0;
-        shaped.error = 0;
+        shaped.error = work.silent;
         Block coefficients;
         kernels_.forward(shape, coefficients.data(), work.residual.data());
-        if (options_.joint)
-            shaped.levels.fill(0);
-        else
+        const double rounding = options_.joint ? kChoiceRounding : kRounding;
+        const std::uint32_t sum =
             kernels_.quantise(shaped.levels.data(), coefficients.data(), quantiser_.reciprocal,
-                              static_cast<int>(kRounding * quantiser_.step * kEighths));
+                              static_cast<int>(rounding * quantiser_.step * kEighths));
+        if (sum == 0) return;
         const AcCodes& codes = estimates_.Levels(false, n);
         const std::span<const std::uint8_t> scan = PartScan(shape);
         const int count = PartCount(shape);
@@ -132,14 +132,12 @@ class ResidualCoder {
                                        scan, nullptr};
             const LevelCost cost = options_.joint ? ChooseLevels(block, quantiser_, codes)
                                                   : CostOfLevels(block, quantiser_, codes);
-            if (cost.any && cost.Joint(quantiser_.lambda) < cost.silent) {
+            if (cost.any && cost.Joint(quantiser_.lambda) < 0) {
                 shaped.parts |= 1 << (count - 1 - part);
                 shaped.bits += cost.bits;
-                shaped.error += cost.error;
-            } else {
-                if (cost.any)
-                    for (const std::uint8_t at : scan) block.levels[at] = 0;
-                shaped.error += cost.silent;
+                shaped.error += cost.change;
+            } else if (cost.any) {
+                for (const std::uint8_t at : scan) block.levels[at] = 0;
             }
         }
     }
