@@ -19,8 +19,10 @@ struct Effort {
     bool joint_intra = false;
     unsigned shapes = 1;  // of transforms, see ShapeBit
     int try_from_bits = 0;
-    bool skip_early = true;  // what is certainly nothing is not looked at further
-    int trials = 1;          // ways that are coded whole to choose from
+    /// A skipped macroblock is not looked at further where its error is worth no more bits.
+    int skip_bits = 0;
+    bool fades = false;  // references are mapped where the brightness changes
+    int trials = 1;      // ways that are coded whole to choose from
 };
 
 const Effort& EffortOf(int level);

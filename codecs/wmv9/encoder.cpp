@@ -10,6 +10,7 @@
 #include "codecs/wmv9/chooser.h"
 #include "codecs/wmv9/effort.h"
 #include "codecs/wmv9/frame.h"
+#include "codecs/wmv9/intensity.h"
 #include "codecs/wmv9/picture_coder.h"
 #include "codecs/wmv9/sequence_header.h"
 
@@ -68,7 +69,7 @@ struct Past {
     int later = -1;
     bool later_is_key = false;
     int later_grid = 0;
-    bool mapped = false;  // the later one was predicted from a mapped picture
+    int mapped = -1;  // the picture that the later one was predicted from; -1 = the earlier one
     int rounding = 1;
     int counter = 0;
     Tables tables[3];
@@ -91,6 +92,7 @@ class Encoder::Impl {
           between_grid_(width_, height_) {
         for (int i = 0; i < kAnchors; ++i) anchors_.emplace_back(width_, height_);
         for (int i = 0; i < 2; ++i) grids_.emplace_back(width_, height_);
+        for (int i = 0; i < 2; ++i) mapped_.emplace_back(width_, height_);
     }
 
     std::array<std::uint8_t, 4> SequenceBytes() const { return sequence_.Bytes(); }
@@ -169,10 +171,19 @@ class Encoder::Impl {
         Frame& result = anchor ? anchors_[Index(place)] : between_;
         Picture picture{sequence_, header, BestKernels(),
                         source_,   result, anchor ? grids_[Index(grid)] : between_grid_};
+        int mapped = -1;
         if (header.kind == PictureKind::Predicted) {
             picture.past = &Anchor(past_.later);
+            if (settings_.profile == Profile::Main && effort_.fades)
+                picture.header.intensity = FindIntensity(picture.kernels, source_, *picture.past);
+            if (picture.header.intensity) {
+                mapped = past_.mapped == 0 ? 1 : 0;
+                MapIntensity(*picture.header.intensity, *picture.past, mapped_[Index(mapped)]);
+                picture.past = &mapped_[Index(mapped)];
+            }
         } else if (header.IsBetween()) {
-            picture.past = &Anchor(past_.earlier);
+            picture.past =
+                past_.mapped < 0 ? &Anchor(past_.earlier) : &mapped_[Index(past_.mapped)];
             picture.future = &Anchor(past_.later);
         }
         if (!header.IsKey() && !past_.later_is_key)
@@ -180,7 +191,7 @@ class Encoder::Impl {
         coder_.Analyse(picture, chooser_);
         ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
         const std::size_t level_bits = coder_.Write(picture);
-        Remember(picture.header, place, grid);
+        Remember(picture.header, place, grid, mapped);
         result_ = &result;
         grid_ = &picture.grid;
         if (anchor) result.Extend();
@@ -203,7 +214,7 @@ class Encoder::Impl {
         return place;
     }
 
-    void Remember(const PictureHeader& header, int place, int grid) {
+    void Remember(const PictureHeader& header, int place, int grid, int mapped) {
         next_ = past_;
         next_.counter = (past_.counter + 1) % 4;
         next_.tables[static_cast<int>(header.kind)] = {header.vector_table, header.pattern_table,
@@ -214,6 +225,7 @@ class Encoder::Impl {
         next_.later = place;
         next_.later_is_key = header.IsKey();
         next_.later_grid = grid;
+        next_.mapped = mapped;
         next_.rounding = header.IsKey() ? 1 : header.rounding;
     }
 
@@ -238,8 +250,9 @@ class Encoder::Impl {
     MacroblockGrid between_grid_;
     std::vector<Frame> anchors_;
     std::vector<MacroblockGrid> grids_;
-    Past past_;  // before the picture coded last
-    Past next_;  // after it
+    std::vector<Frame> mapped_;  // references in turn
+    Past past_;                  // before the picture coded last
+    Past next_;                  // after it
     const Frame* result_ = nullptr;
     const MacroblockGrid* grid_ = nullptr;
 };

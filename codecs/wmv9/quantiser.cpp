@@ -9,8 +9,8 @@ namespace codecs::wmv9 {
 namespace {
 
 // Of the squared step, what a bit is worth.
-constexpr double kLambda = 0.16;
-constexpr double kLambdaBetween = 0.18;
+constexpr double kLambda = 0.22;
+constexpr double kLambdaBetween = 0.22;
 
 }  // namespace
 

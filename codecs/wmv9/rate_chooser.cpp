@@ -146,13 +146,17 @@ class MacroblockRace {
             LeaveResidual(picture_, x_, y_, samples_, trial);
             trial.bits = 1 + (prediction.named ? 1 : 0);
             Consider(trial);
-            if (effort_.skip_early && IsNothingLeft(picture_, quantiser_, x_, y_, samples_)) {
+            if (IsGoodEnough(trial)) {
                 best_ = &trial;
                 Finish();
                 return true;
             }
         }
         return false;
+    }
+
+    bool IsGoodEnough(const Trial& skipped) const {
+        return skipped.error < quantiser_.lambda * effort_.skip_bits;
     }
 
     void TryOne(const VectorPrediction& prediction, Vector vector) {
@@ -244,8 +248,8 @@ class MacroblockRace {
         macroblock.backward = direct_.backward;
         macroblock.skipped = true;
         Predict(picture_, x_, y_, macroblock, samples_);
-        if (effort_.skip_early && IsNothingLeft(picture_, quantiser_, x_, y_, samples_)) {
-            LeaveResidual(picture_, x_, y_, samples_, trial);
+        LeaveResidual(picture_, x_, y_, samples_, trial);
+        if (IsGoodEnough(trial)) {
             best_ = &trial;
             Finish();
             return true;

@@ -312,14 +312,4 @@ void LeaveResidual(const Picture& picture, int x, int y, const Samples& predicti
                                     prediction.Block(n), kBlockPlaces[Index(n)].stride, 8, 8));
 }
 
-bool IsNothingLeft(const Picture& picture, const Quantiser& quantiser, int x, int y,
-                   const Samples& prediction) {
-    const std::uint32_t limit = Limit(quantiser);
-    for (int n = 0; n < kBlocks; ++n)
-        if (picture.kernels.sad(SourceBlock(picture.source, x, y, n), Stride(picture.source, n),
-                                prediction.Block(n), kBlockPlaces[Index(n)].stride, 8, 8) >= limit)
-            return false;
-    return true;
-}
-
 }  // namespace codecs::wmv9

@@ -28,8 +28,4 @@ void CodeResidual(const Picture& picture, const Estimates& estimates, const Quan
 /// The same with nothing of it coded.
 void LeaveResidual(const Picture& picture, int x, int y, const Samples& prediction, Trial& trial);
 
-/// Whether all levels would certainly be zero with levels rounded well down: no transform needed.
-bool IsNothingLeft(const Picture& picture, const Quantiser& quantiser, int x, int y,
-                   const Samples& prediction);
-
 }  // namespace codecs::wmv9

@@ -1,0 +1,19 @@
+// Maps the brightness of a reference to that of a picture that fades (SMPTE ST 421, 8.3.8).
+#pragma once
+
+#include <optional>
+
+#include "codecs/wmv9/frame.h"
+#include "codecs/wmv9/kernels.h"
+#include "codecs/wmv9/picture.h"
+
+namespace codecs::wmv9 {
+
+/// The mapping that brings `reference` near `source`; none where it does not clearly help.
+std::optional<Intensity> FindIntensity(const Kernels& kernels, const Frame& source,
+                                       const Frame& reference);
+
+/// `reference` mapped, with its margins.
+void MapIntensity(const Intensity& intensity, const Frame& reference, Frame& mapped);
+
+}  // namespace codecs::wmv9
