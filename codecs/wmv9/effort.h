@@ -21,8 +21,9 @@ struct Effort {
     int try_from_bits = 0;
     /// A skipped macroblock is not looked at further where its error is worth no more bits.
     int skip_bits = 0;
-    bool fades = false;  // references are mapped where the brightness changes
-    int trials = 1;      // ways that are coded whole to choose from
+    bool fades = false;        // references are mapped where the brightness changes
+    int lookahead_rounds = 0;  // of its motion search
+    int trials = 1;            // ways that are coded whole to choose from
 };
 
 const Effort& EffortOf(int level);

@@ -11,6 +11,7 @@
 #include "codecs/wmv9/effort.h"
 #include "codecs/wmv9/frame.h"
 #include "codecs/wmv9/intensity.h"
+#include "codecs/wmv9/lookahead.h"
 #include "codecs/wmv9/picture_coder.h"
 #include "codecs/wmv9/sequence_header.h"
 
@@ -87,6 +88,7 @@ class Encoder::Impl {
           effort_(EffortOf(settings_.effort)),
           chooser_(effort_),
           coder_(width_, height_, settings_.threads),
+          lookahead_(settings_.width, settings_.height, effort_.lookahead_rounds),
           source_(width_, height_),
           between_(width_, height_),
           between_grid_(width_, height_) {
@@ -120,6 +122,11 @@ class Encoder::Impl {
 
     PictureView Reconstruction() const {
         return result_ == nullptr ? PictureView() : result_->View();
+    }
+
+    int ChooseBetween(const PictureView& before, std::span<const PictureView> next) {
+        if (settings_.between == 0) return 0;
+        return std::min(lookahead_.Choose(before, next), settings_.between);
     }
 
   private:
@@ -245,6 +252,7 @@ class Encoder::Impl {
     const Effort& effort_;
     const RateChooser chooser_;
     PictureCoder coder_;
+    Lookahead lookahead_;
     Frame source_;
     Frame between_;
     MacroblockGrid between_grid_;
@@ -274,8 +282,8 @@ void Encoder::Forget() { impl_->Forget(); }
 
 PictureView Encoder::Reconstruction() const { return impl_->Reconstruction(); }
 
-int Encoder::ChooseBetween(const PictureView& /*before*/, std::span<const PictureView> next) const {
-    return next.empty() ? 0 : static_cast<int>(next.size()) - 1;
+int Encoder::ChooseBetween(const PictureView& before, std::span<const PictureView> next) {
+    return impl_->ChooseBetween(before, next);
 }
 
 }  // namespace codecs::wmv9

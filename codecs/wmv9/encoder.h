@@ -77,7 +77,7 @@ class Encoder {
     /// How many of the pictures that come next, the last of which would be predicted, are better
     /// coded between two others: the first n of them, n below their number. `before` is the
     /// source of the key or predicted picture before them.
-    int ChooseBetween(const PictureView& before, std::span<const PictureView> next) const;
+    int ChooseBetween(const PictureView& before, std::span<const PictureView> next);
 
   private:
     class Impl;
