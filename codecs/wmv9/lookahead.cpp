@@ -20,6 +20,11 @@ constexpr double kBetweenPart = 0.5;
 // A scene changes where prediction saves less than this part.
 constexpr double kScenePart = 0.3;
 
+// Of two samples in a row and the two below.
+std::uint8_t Mean(const std::uint8_t* upper, const std::uint8_t* lower) {
+    return static_cast<std::uint8_t>((upper[0] + upper[1] + lower[0] + lower[1] + 2) >> 2);
+}
+
 int BlocksIn(int samples) { return (samples / 2 + kBlock - 1) / kBlock; }
 
 }  // namespace
@@ -53,12 +58,10 @@ void Lookahead::Load(const PictureView& picture, Small& small) const {
     const int height = height_ / 2;
     const auto row_at = [&](int y) { return small.memory.data() + (y + kMargin) * stride_; };
     for (int y = 0; y < height; ++y) {
-        const std::uint8_t* const a = picture.planes[0] + 2 * y * picture.strides[0];
+        const std::uint8_t* const a = picture.planes[0] + (2 * y) * picture.strides[0];
         const std::uint8_t* const b = a + picture.strides[0];
         std::uint8_t* const out = row_at(y);
-        for (int x = 0; x < width; ++x)
-            out[x + kMargin] = static_cast<std::uint8_t>(
-                (a[2 * x] + a[2 * x + 1] + b[2 * x] + b[2 * x + 1] + 2) >> 2);
+        for (int x = 0; x < width; ++x) out[x + kMargin] = Mean(a + x + x, b + x + x);
         std::memset(out, out[kMargin], kMargin);
         std::memset(out + kMargin + width, out[kMargin + width - 1],
                     static_cast<std::size_t>(stride_) - Index(kMargin + width));
