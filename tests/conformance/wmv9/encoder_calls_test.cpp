@@ -127,7 +127,7 @@ TEST(EncoderCalls, TurnRequestsIntoWhatCanBeCoded) {
 
 // A run's last picture is never between others, whatever is seen.
 TEST(EncoderCalls, LeaveTheLastPictureOfARunToBePredicted) {
-    const Encoder encoder({.width = 64, .height = 48, .between = 3});
+    Encoder encoder({.width = 64, .height = 48, .between = 3});
     for (const Content content : {Content::Flat, Content::Texture, Content::Noise}) {
         std::vector<PlanarPicture> pictures;
         for (int i = 0; i < 5; ++i) pictures.push_back(MakePicture(content, 64, 48, i, 1));

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "codecs/common/index.h"
+#include "codecs/wmv9/intensity.h"
 #include "codecs/wmv9/picture_coder.h"
 #include "conformance/wmv9/random.h"
 #include "conformance/wmv9/random_chooser.h"
@@ -44,6 +45,9 @@ std::string Describe(const PictureHeader& header, int number) {
     if (header.IsKey()) return text;
     text += fmt::format(", vectors of mode {} and range {}", static_cast<int>(header.mode),
                         header.vector_range);
+    if (header.intensity)
+        text +=
+            fmt::format(", mapped by {} and {}", header.intensity->scale, header.intensity->shift);
     if (header.shape) text += fmt::format(", shape {}", static_cast<int>(*header.shape));
     if (header.IsBetween()) text += fmt::format(", {} of {}", header.place, header.run);
     return text + (header.rounding == 1 ? ", rounding down" : "");
@@ -62,6 +66,7 @@ class RandomStream::Impl {
           coder_(width_, height_, settings.threads),
           source_(width_, height_),
           between_(width_, height_),
+          mapped_(width_, height_),
           between_grid_(width_, height_) {
         for (int i = 0; i < 3; ++i) anchors_.emplace_back(width_, height_);
         for (int i = 0; i < 2; ++i) grids_.emplace_back(width_, height_);
@@ -92,6 +97,9 @@ class RandomStream::Impl {
         header.mode = header.IsBetween()
                           ? random_.Pick({VectorMode::Quarter, VectorMode::HalfBilinear})
                           : static_cast<VectorMode>(random_.Below(4));
+        if (header.kind == PictureKind::Predicted && sequence_.profile == Profile::Main &&
+            random_.Roll(25))
+            header.intensity = {random_.Below(64), random_.Below(64)};
         if (random_.Roll(40)) header.shape = static_cast<Shape>(random_.Below(4));
         header.rounding = header.kind == PictureKind::Predicted ? 1 - rounding_ : rounding_;
         header.run = run_;
@@ -136,10 +144,14 @@ class RandomStream::Impl {
         Picture picture{sequence_, header, BestKernels(),
                         source_,   result, anchor ? grids_[Index(grid)] : between_grid_};
         if (header.IsBetween()) {
-            picture.past = &anchors_[Index(earlier_)];
+            picture.past = later_uses_mapped_ ? &mapped_ : &anchors_[Index(earlier_)];
             picture.future = &anchors_[Index(later_)];
         } else if (!header.IsKey()) {
             picture.past = &anchors_[Index(later_)];
+            if (header.intensity) {
+                MapIntensity(*header.intensity, *picture.past, mapped_);
+                picture.past = &mapped_;
+            }
         }
         if (!header.IsKey() && !later_is_key_) picture.anchor = &grids_[Index(later_grid_)];
         coder_.Analyse(picture, RandomChooser(random_.Next()));
@@ -149,6 +161,7 @@ class RandomStream::Impl {
         earlier_ = later_;
         later_ = free;
         later_is_key_ = header.IsKey();
+        later_uses_mapped_ = header.intensity.has_value();
         later_grid_ = grid;
         rounding_ = header.IsKey() ? 1 : header.rounding;
         return result;
@@ -162,12 +175,14 @@ class RandomStream::Impl {
     PictureCoder coder_;
     Frame source_;
     Frame between_;
+    Frame mapped_;  // the earlier anchor, as the later one was predicted from it
     MacroblockGrid between_grid_;
     std::vector<Frame> anchors_;
     std::vector<MacroblockGrid> grids_;
     int earlier_ = -1;  // anchors
     int later_ = -1;
     bool later_is_key_ = false;
+    bool later_uses_mapped_ = false;
     int later_grid_ = 0;
     int rounding_ = 1;
     int number_ = 0;  // pictures so far

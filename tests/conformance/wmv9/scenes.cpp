@@ -34,7 +34,15 @@ double Texture(int plane, int x, int y, int time, int grain) {
            20 * std::sin(0.9 * right) * std::cos(0.7 * down) + grain;
 }
 
-std::uint8_t Sample(Content content, int plane, int x, int y, int time, Random& random) {
+// Blocks of any level, flat ones and grainy ones side by side.
+double Patches(Random block, int noise) {
+    constexpr int kGrains[] = {0, 0, 2, 9, 40, 255};
+    const int level = block.Below(256);
+    return level + (noise - 128) * block.Pick(kGrains) / 256.0;
+}
+
+std::uint8_t Sample(Content content, int plane, int x, int y, int time, std::uint64_t patches,
+                    Random& random) {
     constexpr int kCells[] = {1, 2, 3, 4, 8};
     const auto noise = static_cast<int>(random.Next() & 255U);
     switch (content) {
@@ -50,6 +58,8 @@ std::uint8_t Sample(Content content, int plane, int x, int y, int time, Random& 
             const int cell = kCells[time % 5];
             return ((x + time) / cell + y / cell) % 2 == 0 ? 0 : 255;
         }
+        case Content::Patches:
+            return Clipped(Patches(Random(patches, plane, x / 8, y / 8), noise));
         case Content::Fade:
             break;
     }
@@ -67,11 +77,12 @@ PictureView PlanarPicture::View() const {
 PlanarPicture MakePicture(Content content, int width, int height, int time, std::uint64_t seed) {
     PlanarPicture picture = Sized(width, height);
     Random random(seed, time);
+    const std::uint64_t patches = random.Next();
     for (int plane = 0; plane < 3; ++plane) {
         const int columns = plane == 0 ? width : width / 2;
         auto sample = picture.planes[Index(plane)].begin();
         for (int i = 0; sample != picture.planes[Index(plane)].end(); ++sample, ++i)
-            *sample = Sample(content, plane, i % columns, i / columns, time, random);
+            *sample = Sample(content, plane, i % columns, i / columns, time, patches, random);
     }
     return picture;
 }

@@ -9,8 +9,8 @@
 
 namespace wmv9_conformance {
 
-enum class Content : std::uint8_t { Texture, Noise, BlackAndWhite, Flat, Checkers, Fade };
-constexpr int kContents = 6;
+enum class Content : std::uint8_t { Texture, Noise, BlackAndWhite, Flat, Checkers, Patches, Fade };
+constexpr int kContents = 7;
 
 /// A picture of its own, without margins.
 struct PlanarPicture {
