@@ -1,4 +1,5 @@
 // What an encoder makes of requests, and what it forgets.
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -71,11 +72,13 @@ TEST(EncoderCalls, KeepNoTraceOfWhatWasForgottenOrCodedAgain) {
     };
     // clang-format on
     for (const ChangeCase& row : kCases) {
-        SCOPED_TRACE(row.why);
-        const EncoderSettings settings{.width = 82, .height = 50, .between = 1};
-        const Outcome changed = EncodeAll(settings, {}, row.calls);
-        EXPECT_EQ(changed.fault, "");
-        EXPECT_EQ(DataOf(changed), DataOf(EncodeAll(settings, {}, row.plain)));
+        for (const Content content : {Content::Texture, Content::Fade}) {
+            SCOPED_TRACE(fmt::format("{}, content {}", row.why, static_cast<int>(content)));
+            const EncoderSettings settings{.width = 82, .height = 50, .between = 1};
+            const Outcome changed = EncodeAll(settings, {content}, row.calls);
+            EXPECT_EQ(changed.fault, "");
+            EXPECT_EQ(DataOf(changed), DataOf(EncodeAll(settings, {content}, row.plain)));
+        }
     }
 }
 

@@ -141,7 +141,8 @@ class RandomStream::Impl {
         while (free == earlier_ || free == later_) ++free;
         const int grid = 1 - later_grid_;
         Frame& result = anchor ? anchors_[Index(free)] : between_;
-        Picture picture{sequence_, header, BestKernels(),
+        const std::span<const Kernels> kernels = AllKernels();
+        Picture picture{sequence_, header, kernels[random_.Next() % kernels.size()],
                         source_,   result, anchor ? grids_[Index(grid)] : between_grid_};
         if (header.IsBetween()) {
             picture.past = later_uses_mapped_ ? &mapped_ : &anchors_[Index(earlier_)];
