@@ -2,9 +2,12 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <string>
 #include <vector>
 
+#include "conformance/wmv9/campaigns.h"
 #include "conformance/wmv9/encoder_calls.h"
+#include "conformance/wmv9/random.h"
 
 namespace wmv9_conformance {
 
@@ -22,64 +25,98 @@ Call Encode(int place, PictureKind kind, double quantiser = 6) {
             {.kind = kind, .quantiser = quantiser, .place = 1, .run = 1, .may_be_key = false}};
 }
 
-Call Recode(int place, PictureKind kind, double quantiser) {
-    Call call = Encode(place, kind, quantiser);
-    call.action = Action::Recode;
-    return call;
-}
+// ---- Calls at random
 
-const Call kForget{Action::Forget, 0, {}};
-
-struct ChangeCase {
-    const char* why;
+struct RandomCalls {
+    EncoderSettings settings;
+    Scene scene;
     Calls calls;
-    Calls plain;  // that leave the same stream
+    Calls plain;  // without those that were taken back
 };
 
-TEST(EncoderCalls, KeepNoTraceOfWhatWasForgottenOrCodedAgain) {
-    // clang-format off
-    const ChangeCase kCases[] = {
-        {"a predicted picture, coarser",
-         {Encode(0, kKey), Encode(1, kPredicted), Recode(1, kPredicted, 20), Encode(2, kPredicted)},
-         {Encode(0, kKey), Encode(1, kPredicted, 20), Encode(2, kPredicted)}},
-        {"a predicted picture, as a key picture",
-         {Encode(0, kKey), Encode(1, kPredicted), Encode(2, kPredicted), Recode(2, kKey, 4), Encode(3, kPredicted)},
-         {Encode(0, kKey), Encode(1, kPredicted), Encode(2, kKey, 4), Encode(3, kPredicted)}},
-        {"a key picture, predicted, twice",
-         {Encode(0, kKey), Encode(1, kPredicted), Encode(2, kKey), Recode(2, kPredicted, 2), Recode(2, kPredicted, 9), Encode(3, kPredicted)},
-         {Encode(0, kKey), Encode(1, kPredicted), Encode(2, kPredicted, 9), Encode(3, kPredicted)}},
-        {"a picture between others, finer",
-         {Encode(0, kKey), Encode(2, kPredicted), Encode(1, kBetween, 9), Recode(1, kBetween, 3), Encode(3, kPredicted)},
-         {Encode(0, kKey), Encode(2, kPredicted), Encode(1, kBetween, 3), Encode(3, kPredicted)}},
-        {"the first picture",
-         {Encode(0, kKey, 3), Recode(0, kKey, 12), Encode(1, kPredicted)},
-         {Encode(0, kKey, 12), Encode(1, kPredicted)}},
-        {"a predicted picture forgotten",
-         {Encode(0, kKey), Encode(1, kPredicted), kForget, Encode(2, kPredicted), Encode(3, kPredicted)},
-         {Encode(0, kKey), Encode(2, kPredicted), Encode(3, kPredicted)}},
-        {"a key picture forgotten, before one between others",
-         {Encode(0, kKey), Encode(2, kPredicted), Encode(3, kKey), kForget, Encode(1, kBetween)},
-         {Encode(0, kKey), Encode(2, kPredicted), Encode(1, kBetween)}},
-        {"a picture between others forgotten",
-         {Encode(0, kKey), Encode(3, kPredicted), Encode(1, kBetween), kForget, Encode(2, kBetween), Encode(4, kPredicted)},
-         {Encode(0, kKey), Encode(3, kPredicted), Encode(2, kBetween), Encode(4, kPredicted)}},
-        {"coded again and then forgotten",
-         {Encode(0, kKey), Encode(1, kPredicted), Recode(1, kPredicted, 2), kForget, Encode(2, kPredicted)},
-         {Encode(0, kKey), Encode(2, kPredicted)}},
-        {"the first picture forgotten",
-         {Encode(0, kKey), kForget, Encode(1, kPredicted), Encode(2, kPredicted)},
-         {Encode(1, kKey), Encode(2, kPredicted)}},
-    };
-    // clang-format on
-    for (const ChangeCase& row : kCases) {
-        for (const Content content : {Content::Texture, Content::Fade}) {
-            SCOPED_TRACE(fmt::format("{}, content {}", row.why, static_cast<int>(content)));
-            const EncoderSettings settings{.width = 82, .height = 50, .between = 1};
-            const Outcome changed = EncodeAll(settings, {content}, row.calls);
-            EXPECT_EQ(changed.fault, "");
-            EXPECT_EQ(DataOf(changed), DataOf(EncodeAll(settings, {content}, row.plain)));
-        }
+class CallMaker {
+  public:
+    explicit CallMaker(std::uint64_t seed) : random_(seed) {
+        EncoderSettings& settings = made_.settings;
+        settings.width = 2 * random_.Between(1, 50);
+        settings.height = 2 * random_.Between(1, 50);
+        settings.profile = random_.Roll(25) ? Profile::Simple : Profile::Main;
+        settings.effort = random_.Below(101);
+        settings.between = settings.profile == Profile::Simple ? 0 : random_.Below(4);
+        settings.threads = random_.Between(1, 3);
+        settings.adaptive = random_.Roll(50);
+        made_.scene = {static_cast<Content>(random_.Below(kContents)), random_.Between(2, 20)};
     }
+
+    RandomCalls Make() {
+        constexpr int kGroups = 5;
+        for (int group = 0; group < kGroups; ++group) {
+            const int run = shown_ == 0 ? 0 : random_.Below(made_.settings.between + 1);
+            const PictureKind kind = random_.Pick({kKey, kPredicted, kPredicted, kPredicted});
+            const int anchor = shown_ + run;
+            if (!Picture(anchor, {.kind = kind, .may_be_key = run == 0 && random_.Roll(50)}))
+                continue;
+            for (int place = 1; place <= run; ++place)
+                Picture(shown_ + place - 1, {.kind = kBetween, .place = place, .run = run});
+            shown_ = anchor + 1;
+        }
+        return made_;
+    }
+
+  private:
+    double Quantiser() { return random_.Between(2, 62) / 2.0; }
+
+    // False when it is taken back in the end.
+    bool Picture(int place, PictureRequest request) {
+        if (random_.Roll(20)) {
+            Attempt(Action::Encode, place);
+            made_.calls.push_back({Action::Forget, 0, {}});
+        }
+        const bool again = random_.Roll(30);
+        if (again) Attempt(Action::Encode, place);
+        if (again && random_.Roll(30)) Attempt(Action::Recode, place);
+        request.quantiser = Quantiser();
+        made_.calls.push_back({again ? Action::Recode : Action::Encode, place, request});
+        if (random_.Roll(10)) {
+            made_.calls.push_back({Action::Forget, 0, {}});
+            return false;
+        }
+        made_.plain.push_back({Action::Encode, place, request});
+        return true;
+    }
+
+    void Attempt(Action action, int place) {
+        made_.calls.push_back({action,
+                               place,
+                               {.kind = random_.Pick({kKey, kPredicted, kBetween}),
+                                .quantiser = Quantiser(),
+                                .may_be_key = random_.Roll(50)}});
+    }
+
+    Random random_;
+    RandomCalls made_;
+    int shown_ = 0;  // places given away
+};
+
+}  // namespace
+
+std::string FaultOfCalls(std::uint64_t seed) {
+    const RandomCalls made = CallMaker(seed).Make();
+    const Outcome outcome = EncodeAll(made.settings, made.scene, made.calls);
+    std::string fault = outcome.fault;
+    EncoderSettings settings = made.settings;
+    settings.threads = 1;
+    if (fault.empty() && DataOf(outcome) != DataOf(EncodeAll(settings, made.scene, made.plain)))
+        fault = "what was taken back, or threads, left a trace";
+    if (fault.empty()) return fault;
+    return fmt::format("calls {}, {}x{}: {}", seed, settings.width, settings.height, fault);
+}
+
+namespace {
+
+TEST(EncoderCalls, LeaveNoTraceWhenTheyAreTakenBack) {
+    constexpr std::uint64_t kSeeds = 60;
+    for (std::uint64_t seed = 0; seed < kSeeds; ++seed) EXPECT_EQ(FaultOfCalls(seed), "");
 }
 
 // ---- What becomes of a request

@@ -3,10 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <string>
-#include <string_view>
 
+#include "conformance/wmv9/campaigns.h"
 #include "conformance/wmv9/random_stream.h"
 #include "conformance/wmv9/stream_check.h"
 
@@ -46,8 +45,10 @@ RandomStreamSettings SettingsOf(std::uint64_t seed) {
             .content = static_cast<Content>(seed / kSizeCount % kContents)};
 }
 
-// The first fault; empty = none.
-std::string FaultOf(const RandomStreamSettings& settings) {
+}  // namespace
+
+std::string FaultOfStream(std::uint64_t seed) {
+    const RandomStreamSettings settings = SettingsOf(seed);
     RandomStream stream(settings);
     StreamCheck check({settings.width, settings.height, stream.SequenceHeader()});
     for (int i = 0; i < kPictures; ++i) {
@@ -59,12 +60,14 @@ std::string FaultOf(const RandomStreamSettings& settings) {
     return fmt::format("seed {}, {}x{}: {}", settings.seed, settings.width, settings.height, fault);
 }
 
+namespace {
+
 class RandomStreams : public testing::TestWithParam<int> {};
 
 TEST_P(RandomStreams, DecodeToWhatTheEncoderSays) {
     constexpr int kSeeds = 6 * kContents;
     for (int i = 0; i < kSeeds; ++i)
-        EXPECT_EQ(FaultOf(SettingsOf(Seed(GetParam() + i * kSizeCount))), "");
+        EXPECT_EQ(FaultOfStream(Seed(GetParam() + i * kSizeCount)), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, RandomStreams, testing::Range(0, kSizeCount), [](const auto& row) {
@@ -87,25 +90,5 @@ TEST(RandomStreamThreads, ChangeNothing) {
     }
 }
 
-int CompareStreams(std::uint64_t first, std::uint64_t count) {
-    int faults = 0;
-    for (std::uint64_t seed = first; seed < first + count; ++seed) {
-        const std::string fault = FaultOf(SettingsOf(seed));
-        if (fault.empty()) continue;
-        fmt::print("{}\n", fault);
-        ++faults;
-    }
-    fmt::print("{} streams, {} with faults\n", count, faults);
-    return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
-}
-
 }  // namespace
 }  // namespace wmv9_conformance
-
-int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    if (argc == 4 && std::string_view(argv[1]) == "--streams")
-        return wmv9_conformance::CompareStreams(std::strtoull(argv[2], nullptr, 10),
-                                                std::strtoull(argv[3], nullptr, 10));
-    return RUN_ALL_TESTS();
-}
