@@ -48,6 +48,7 @@ SequenceHeader MakeSequence(const EncoderSettings& settings) {
     header.loop_filter = main;
     header.short_chroma_vectors = !main;
     header.extended_vectors = VectorRange(settings) > 0;
+    header.varying_quantiser = main && settings.adaptive;
     header.most_between = settings.between;
     header.rate_hint =
         std::clamp(static_cast<int>(std::lround((settings.pictures_per_second - 2) / 4)), 0, 7);
@@ -89,6 +90,7 @@ class Encoder::Impl {
           chooser_(effort_),
           coder_(width_, height_, settings_.threads),
           lookahead_(settings_.width, settings_.height, effort_.lookahead_rounds),
+          quantisers_(width_, height_),
           source_(width_, height_),
           between_(width_, height_),
           between_grid_(width_, height_) {
@@ -112,6 +114,7 @@ class Encoder::Impl {
         if (header.kind == PictureKind::Predicted && request.may_be_key && MostlyIntra()) {
             next_ = past_;
             header.kind = PictureKind::Key;
+            header.varying = false;
             UseTables(header);
             coded = Code(header);
         }
@@ -148,6 +151,12 @@ class Encoder::Impl {
             header.quantiser = static_cast<int>(std::lround(quantiser));
         }
         header.half_step = header.half_step && header.quantiser <= 8;
+        if (sequence_.varying_quantiser && header.kind == PictureKind::Predicted) {
+            header.varying = true;
+            header.half_step = false;
+            header.quantiser =
+                std::max(1, static_cast<int>(std::lround(quantiser)) - QuantiserMap::kMean);
+        }
         header.counter = past_.counter;
         header.vector_range = VectorRange(settings_);
         header.mode = VectorMode::Quarter;
@@ -178,6 +187,10 @@ class Encoder::Impl {
         Frame& result = anchor ? anchors_[Index(place)] : between_;
         Picture picture{sequence_, header, BestKernels(),
                         source_,   result, anchor ? grids_[Index(grid)] : between_grid_};
+        if (header.varying) {
+            quantisers_.Measure(picture.kernels, source_);
+            picture.quantisers = &quantisers_;
+        }
         int mapped = -1;
         if (header.kind == PictureKind::Predicted) {
             picture.past = &Anchor(past_.later);
@@ -206,7 +219,8 @@ class Encoder::Impl {
         CodedPicture coded;
         coded.data = coder_.Bits().Bytes();
         coded.kind = header.kind;
-        coded.quantiser = header.quantiser + (header.half_step ? 0.5 : 0);
+        coded.quantiser = header.quantiser + (header.half_step ? 0.5 : 0) +
+                          (header.varying ? QuantiserMap::kMean : 0);
         coded.bits = PictureBits::Taken(static_cast<double>(level_bits),
                                         static_cast<double>(8 * coded.data.size() - level_bits),
                                         coded.quantiser);
@@ -253,6 +267,7 @@ class Encoder::Impl {
     const RateChooser chooser_;
     PictureCoder coder_;
     Lookahead lookahead_;
+    QuantiserMap quantisers_;
     Frame source_;
     Frame between_;
     MacroblockGrid between_grid_;

@@ -57,9 +57,10 @@ void Lookahead::Load(const PictureView& picture, Small& small) const {
     const int width = width_ / 2;
     const int height = height_ / 2;
     const auto row_at = [&](int y) { return small.memory.data() + (y + kMargin) * stride_; };
-    for (int y = 0; y < height; ++y) {
-        const std::uint8_t* const a = picture.planes[0] + (2 * y) * picture.strides[0];
-        const std::uint8_t* const b = a + picture.strides[0];
+    const std::ptrdiff_t stride = picture.strides[0];
+    const std::uint8_t* a = picture.planes[0];
+    for (int y = 0; y < height; ++y, a += 2 * stride) {
+        const std::uint8_t* const b = a + stride;
         std::uint8_t* const out = row_at(y);
         for (int x = 0; x < width; ++x) out[x + kMargin] = Mean(a + x + x, b + x + x);
         std::memset(out, out[kMargin], kMargin);

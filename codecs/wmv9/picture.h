@@ -10,6 +10,7 @@
 #include "codecs/wmv9/frame.h"
 #include "codecs/wmv9/kernels.h"
 #include "codecs/wmv9/macroblock.h"
+#include "codecs/wmv9/quantiser_map.h"
 #include "codecs/wmv9/sequence_header.h"
 
 namespace codecs::wmv9 {
@@ -70,9 +71,10 @@ struct Picture {
     const Frame& source;
     Frame& result;
     MacroblockGrid& grid;
-    const Frame* past = nullptr;             // reference, mapped where the header says so
-    const Frame* future = nullptr;           // between anchors
-    const MacroblockGrid* anchor = nullptr;  // macroblocks of `future`; null = a key picture
+    const Frame* past = nullptr;               // reference, mapped where the header says so
+    const Frame* future = nullptr;             // between anchors
+    const QuantiserMap* quantisers = nullptr;  // where they vary
+    const MacroblockGrid* anchor = nullptr;    // macroblocks of `future`; null = a key picture
 
     int Width() const { return grid.Width(); }
     int Height() const { return grid.Height(); }

@@ -9,8 +9,8 @@ namespace codecs::wmv9 {
 namespace {
 
 // Of the squared step, what a bit is worth.
-constexpr double kLambda = 0.22;
-constexpr double kLambdaBetween = 0.22;
+constexpr double kLambda = 0.26;
+constexpr double kLambdaBetween = 0.26;
 
 }  // namespace
 

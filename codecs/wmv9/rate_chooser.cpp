@@ -16,9 +16,13 @@ constexpr int kLuma = 16;
 // Bits that a macroblock coded by itself takes at least.
 constexpr std::uint32_t kIntraBits = 24;
 
-Quantiser MakeQuantiser(const Picture& picture) {
+constexpr int kCoarsest = 31;
+
+Quantiser MakeQuantiser(const Picture& picture, int x, int y) {
     const PictureHeader& header = picture.header;
-    return Quantiser::Make(header.quantiser, header.Step(header.quantiser), header.IsBetween());
+    const int more = header.varying ? picture.quantisers->More(x, y) : 0;
+    const int number = std::min(header.quantiser + more, kCoarsest);
+    return Quantiser::Make(number, header.Step(number), header.IsBetween());
 }
 
 // Vectors worth a look, each once.
@@ -43,7 +47,7 @@ class MacroblockRace {
         : picture_(picture),
           estimates_(estimates),
           effort_(effort),
-          quantiser_(MakeQuantiser(picture)),
+          quantiser_(MakeQuantiser(picture, x, y)),
           x_(x),
           y_(y),
           best_(&best),
@@ -68,6 +72,7 @@ class MacroblockRace {
         const MotionSearch search(picture_, *picture_.past, estimates_, quantiser_, effort_);
         const FoundVector one = search.Search(block, Nearest(prediction), starts.All());
         TryOne(prediction, one.vector);
+        TryNear(prediction, one.vector);
         if (picture_.header.mode == VectorMode::Mixed) TryFour(search, one);
         TryIntra(one.cost);
         Finish();
@@ -169,6 +174,21 @@ class MacroblockRace {
                       VectorBits(macroblock.differences[0], macroblock.coded != 0, picture_.header);
         trial.macroblock.skipped = macroblock.coded == 0 && macroblock.differences[0] == Vector();
         Consider(trial);
+    }
+
+    // Vectors that may turn out better once they are coded whole.
+    void TryNear(const VectorPrediction& prediction, Vector best) {
+        if (effort_.trials < 2) return;
+        const VectorWindow window = WindowOf(picture_, kLuma * x_, kLuma * y_);
+        const auto consider = [&](Vector vector) {
+            if (!(vector == best) && window.Holds(vector)) TryOne(prediction, vector);
+        };
+        const int step = picture_.header.HalfVectors() ? 2 : 1;
+        for (int y = -step; y <= step; y += step)
+            for (int x = -step; x <= step; x += step)
+                if (effort_.trials > 3 || x == 0 || y == 0)
+                    consider({static_cast<std::int16_t>(best.x + x),
+                              static_cast<std::int16_t>(best.y + y)});
     }
 
     void TryFour(const MotionSearch& search, const FoundVector& one) {
