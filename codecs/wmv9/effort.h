@@ -22,6 +22,7 @@ struct Effort {
     /// A skipped macroblock is not looked at further where its error is worth no more bits.
     int skip_bits = 0;
     bool fades = false;        // references are mapped where the brightness changes
+    bool overlap = false;      // coarse blocks are smoothed where they meet
     int lookahead_rounds = 0;  // of its motion search
     int trials = 1;            // ways that are coded whole to choose from
 };

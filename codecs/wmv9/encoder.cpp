@@ -49,6 +49,7 @@ SequenceHeader MakeSequence(const EncoderSettings& settings) {
     header.short_chroma_vectors = !main;
     header.extended_vectors = VectorRange(settings) > 0;
     header.varying_quantiser = main && settings.adaptive;
+    header.overlap = main && EffortOf(settings.effort).overlap;
     header.most_between = settings.between;
     header.rate_hint =
         std::clamp(static_cast<int>(std::lround((settings.pictures_per_second - 2) / 4)), 0, 7);
@@ -187,6 +188,7 @@ class Encoder::Impl {
         Frame& result = anchor ? anchors_[Index(place)] : between_;
         Picture picture{sequence_, header, BestKernels(),
                         source_,   result, anchor ? grids_[Index(grid)] : between_grid_};
+        if (header.IsKey() && picture.Overlaps()) Overlap::Sharpen(source_);
         if (header.varying) {
             quantisers_.Measure(picture.kernels, source_);
             picture.quantisers = &quantisers_;
