@@ -152,11 +152,12 @@ class Encoder::Impl {
             header.quantiser = static_cast<int>(std::lround(quantiser));
         }
         header.half_step = header.half_step && header.quantiser <= 8;
-        if (sequence_.varying_quantiser && header.kind == PictureKind::Predicted) {
+        const auto whole = static_cast<int>(std::lround(quantiser));
+        if (sequence_.varying_quantiser && header.kind == PictureKind::Predicted &&
+            whole > QuantiserMap::kMean) {
             header.varying = true;
             header.half_step = false;
-            header.quantiser =
-                std::max(1, static_cast<int>(std::lround(quantiser)) - QuantiserMap::kMean);
+            header.quantiser = whole - QuantiserMap::kMean;
         }
         header.counter = past_.counter;
         header.vector_range = VectorRange(settings_);

@@ -19,10 +19,12 @@ struct EncoderSettings {
     int width = 16;  // even, 2 to 8192
     int height = 16;
     Profile profile = Profile::Main;
-    int effort = 60;        // 0 fastest to 100 best
-    int between = 0;        // the most pictures between two others, 0 to 3; none in Simple profile
-    int threads = 1;        // that code the rows of a picture side by side; changes no output
-    bool adaptive = false;  // coarser where the eye sees less; not in Simple profile
+    int effort = 60;  // 0 fastest to 100 best
+    int between = 0;  // the most pictures between two others, 0 to 3; none in Simple profile
+    int threads = 1;  // that code the rows of a picture side by side; changes no output
+    /// Coarser where the eye sees less, and finer elsewhere; predicted pictures then have whole
+    /// quantisers. Not in Simple profile.
+    bool adaptive = false;
     double pictures_per_second = 30;  // hints of the sequence header
     double rate_bps = 0;
 };
