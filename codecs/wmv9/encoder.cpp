@@ -110,16 +110,14 @@ class Encoder::Impl {
     CodedPicture Recode(const PictureView& picture, const PictureRequest& request) {
         next_ = past_;
         source_.Load(picture, settings_.width, settings_.height);
-        PictureHeader header = HeaderFor(request);
-        CodedPicture coded = Code(header);
-        if (header.kind == PictureKind::Predicted && request.may_be_key && MostlyIntra()) {
-            next_ = past_;
-            header.kind = PictureKind::Key;
-            header.varying = false;
-            UseTables(header);
-            coded = Code(header);
-        }
-        return coded;
+        const PictureHeader header = HeaderFor(request);
+        const CodedPicture coded = Code(header);
+        if (header.kind != PictureKind::Predicted || !request.may_be_key || !MostlyIntra())
+            return coded;
+        next_ = past_;
+        PictureRequest key = request;
+        key.kind = PictureKind::Key;
+        return Code(HeaderFor(key));
     }
 
     void Forget() { next_ = past_; }

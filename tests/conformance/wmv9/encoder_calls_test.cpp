@@ -149,13 +149,14 @@ TEST(EncoderCalls, TurnRequestsIntoWhatCanBeCoded) {
         {"coarser than any",                     1, {key},                            Encode(1, kPredicted, 99),     kPredicted, 31},
         {"a half that is none",                  1, {key},                            Encode(1, kPredicted, 12.25),  kPredicted, 12},
         {"the scene goes on",                    1, {key},                            MayBeKey(Encode(1, kPredicted)), kPredicted, 6},
-        {"the scene changes",                    1, {key},                            MayBeKey(Encode(kCut, kPredicted)), kKey,  6},
+        {"the scene changes",                    1, {key},                            MayBeKey(Encode(kCut, kPredicted, 6.5)), kKey, 6.5},
         {"the scene changes, but others follow", 1, {key},                            Encode(kCut, kPredicted),      kPredicted, 6},
     };
     // clang-format on
     for (const RequestCase& row : kCases) {
         SCOPED_TRACE(row.why);
-        const EncoderSettings settings{.width = 64, .height = 64, .between = row.between};
+        const EncoderSettings settings{
+            .width = 64, .height = 64, .between = row.between, .adaptive = true};
         Calls calls = row.before;
         calls.push_back(row.call);
         const Outcome outcome = EncodeAll(settings, {.cut = kCut}, calls);
