@@ -35,13 +35,13 @@ constexpr AudioCodecRow kAudioCodecs[] = {
 };
 
 constexpr VideoCodecRow kVideoCodecs[] = {
-    // four_cc        name                             av_encoder  written_four_cc  stand_in     even_width fields
-    {FourCC("WMV1"), "Windows Media Video 7",          "wmv1",     FourCC("WMV1"),  nullptr,     true,      false},
-    {FourCC("WMV2"), kVideo8Name,                      "wmv2",     FourCC("WMV2"),  nullptr,     true,      false},
-    {FourCC("WMV3"), "Windows Media Video 9",          "wmv2",     FourCC("WMV2"),  kVideo8Name, true,      false},
-    {FourCC("MSS2"), "Windows Media Video 9 Screen",   "wmv2",     FourCC("WMV2"),  kVideo8Name, true,      false},
-    {FourCC("MP4S"), "ISO MPEG-4 Video v1",            "mpeg4",    FourCC("MP4S"),  nullptr,     false,     true},
-    {0,              "Full frames (uncompressed)",     "rawvideo", 0,               nullptr,     false,     false},
+    // four_cc        name                             av_encoder  written_four_cc  stand_in     even_width even_height fields
+    {FourCC("WMV1"), "Windows Media Video 7",          "wmv1",     FourCC("WMV1"),  nullptr,     true,      false,      false},
+    {FourCC("WMV2"), kVideo8Name,                      "wmv2",     FourCC("WMV2"),  nullptr,     true,      false,      false},
+    {FourCC("WMV3"), "Windows Media Video 9",          nullptr,    FourCC("WMV3"),  nullptr,     true,      true,       false},
+    {FourCC("MSS2"), "Windows Media Video 9 Screen",   "wmv2",     FourCC("WMV2"),  kVideo8Name, true,      false,      false},
+    {FourCC("MP4S"), "ISO MPEG-4 Video v1",            "mpeg4",    FourCC("MP4S"),  nullptr,     false,     false,      true},
+    {0,              "Full frames (uncompressed)",     "rawvideo", 0,               nullptr,     false,     false,      false},
 };
 
 // The range of libavcodec's encoder of the standard codec: it refuses less, and gains nothing above.

@@ -33,10 +33,11 @@ struct AudioCodecRow {
 struct VideoCodecRow {
     std::uint32_t four_cc;          // as the language knows it; 0 = uncompressed
     const char* name;               // as a player shows it
-    const char* av_encoder;         // the libavcodec encoder that makes it
+    const char* av_encoder;         // the libavcodec encoder that makes it; null = our own
     std::uint32_t written_four_cc;  // FourCC of the stream that is written
     const char* stand_in;           // name of the codec that is written in its place; null = itself
-    bool even_width;                // its encoder takes no odd width
+    bool even_width;                // its encoder takes no odd width ...
+    bool even_height;               // ... or height
     bool fields;                    // its encoder codes interlaced pictures
 };
 
@@ -51,7 +52,7 @@ int AudioCodecCount(platform::VbrMode mode);
 int VideoCodecCount(platform::VbrMode mode);
 
 /// The name in a listing and a report: the codec's own, with what stands in for it where it has no
-/// encoder of its own ("Windows Media Video 9 (as Windows Media Video 8)"), or with the mode that
+/// encoder of its own ("Windows Media Video 9 Screen (as Windows Media Video 8)"), or with the mode that
 /// it needs where the mode lists it without formats.
 std::string AudioDisplayName(const AudioCodecRow& row, platform::VbrMode mode);
 std::string VideoDisplayName(const VideoCodecRow& row);

@@ -10,6 +10,7 @@
 #include "engine/encoders/pcm_encoder.h"
 #include "engine/encoders/video_header.h"
 #include "engine/encoders/video_rate.h"
+#include "engine/encoders/wmv9_group_coder.h"
 
 namespace engine {
 
@@ -18,13 +19,25 @@ std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const Enco
     if (plan.codec->written_four_cc == 0) return std::make_unique<FullFrameEncoder>(plan, packets);
     StreamHeader header = VideoStreamHeader(plan);
     const codecs::RateSettings rate = VideoRate(plan, pass);
+    const PictureFormat format{AV_PIX_FMT_YUV420P, plan.width, plan.height};
+    if (plan.codec->av_encoder == nullptr) {
+        const codecs::wmv9::EncoderSettings settings = Wmv9Settings(plan);
+        header.extra_data = Wmv9GroupCoder(settings, packets).ExtraData();
+        header.reordered = settings.between > 0;
+        return std::make_unique<GroupedVideoEncoder>(
+            plan, rate, pass, format, std::move(header),
+            [settings, &packets](double /*bucket_room_bits*/) {
+                return std::make_unique<Wmv9GroupCoder>(settings, packets);
+            },
+            settings.between);
+    }
     // Also finds out whether the encoder takes the plan.
     header.extra_data = AvGroupCoder(plan, rate, rate.bucket_bits, packets).ExtraData();
-    return std::make_unique<GroupedVideoEncoder>(
-        plan, rate, pass, PictureFormat{AV_PIX_FMT_YUV420P, plan.width, plan.height},
-        std::move(header), [plan, rate, &packets](double bucket_room_bits) {
-            return std::make_unique<AvGroupCoder>(plan, rate, bucket_room_bits, packets);
-        });
+    return std::make_unique<GroupedVideoEncoder>(plan, rate, pass, format, std::move(header),
+                                                 [plan, rate, &packets](double bucket_room_bits) {
+                                                     return std::make_unique<AvGroupCoder>(
+                                                         plan, rate, bucket_room_bits, packets);
+                                                 });
 }
 
 std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, PacketPool& packets) {

@@ -33,13 +33,29 @@ double BucketBits(double rate_bps, std::int32_t buffer_ms) {
     return rate_bps * (buffer_ms > 0 ? buffer_ms : kUsualBufferMs) / 1000;
 }
 
+// Of our own encoder.
+constexpr double kHalvesUpTo = 8.5;
+
+// What a device takes that conforms.
+void KeepToLevel(const VideoPlan& plan, codecs::RateSettings& rate) {
+    if (plan.level_rate_bps <= 0) return;
+    const auto buffer = static_cast<double>(plan.level_buffer_bits);
+    if (rate.bucket_rate_bps <= 0) {
+        rate.bucket_rate_bps = static_cast<double>(plan.level_rate_bps);
+        rate.bucket_bits = buffer;
+    }
+    rate.bucket_bits = std::min(rate.bucket_bits, buffer);
+}
+
 }  // namespace
 
 codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
     codecs::RateSettings rate;
     rate.rate_bps = plan.bit_rate_bps;
+    if (plan.codec->av_encoder == nullptr) rate.halves_up_to = kHalvesUpTo;
     if (plan.mode == VbrMode::Quality) {
-        rate.finest = rate.coarsest = QualityQuantiser(plan.quality);
+        rate.finest = rate.coarsest = rate.Coded(QualityQuantiser(plan.quality));
+        KeepToLevel(plan, rate);
         return rate;
     }
     rate.finest = kFinestQuantiser;
@@ -55,6 +71,7 @@ codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
         rate.bucket_rate_bps = std::max(plan.peak_rate_bps, plan.bit_rate_bps);
         rate.bucket_bits = BucketBits(rate.bucket_rate_bps, plan.peak_buffer_ms);
     }
+    KeepToLevel(plan, rate);
     return rate;
 }
 

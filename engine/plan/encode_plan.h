@@ -122,6 +122,10 @@ struct VideoPlan {
     bool remove_telecine = false;             // where it is detected
     std::optional<TelecinePattern> telecine;  // removed without looking
     std::string conformance;                  // device conformance target, "" = none
+    bool simple_profile = false;              // of that
+    /// What a device that conforms can take; 0 = no limit.
+    std::int64_t level_rate_bps = 0;
+    std::int64_t level_buffer_bits = 0;
 };
 
 struct EncodePlan {

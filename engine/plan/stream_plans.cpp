@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "engine/plan/conformance.h"
 #include "platform/text.h"
 
 namespace engine {
@@ -99,6 +100,17 @@ VideoInfo PictureOf(const VideoSource& source, const std::optional<CameraFormat>
     return info;
 }
 
+// A size that follows from the source loses a column or row; one that was asked for, a pixel.
+void EvenSides(bool source_size, VideoPlan& plan) {
+    const auto even = [source_size](bool wanted, std::int32_t& side, std::int32_t& margin) {
+        if (!wanted || side % 2 == 0 || side < kLeastSide) return;
+        --side;
+        if (source_size) ++margin;
+    };
+    even(plan.codec->even_width, plan.width, plan.crop.right);
+    even(plan.codec->even_height, plan.height, plan.crop.bottom);
+}
+
 void PlanSize(const VideoSource& source, const VideoInfo& info, const ProfileState& profile,
               VideoPlan& plan) {
     const VideoSettings& video = profile.audiences.front().video;
@@ -123,7 +135,7 @@ void PlanSize(const VideoSource& source, const VideoInfo& info, const ProfileSta
     plan.height = source_size         ? height
                   : video.height == 0 ? Scaled(video.width, 1 / shape)
                                       : video.height;
-    if (plan.codec->even_width) plan.width -= plan.width % 2;
+    EvenSides(source_size, plan);
     plan.width = std::max(plan.width, kLeastSide);
     plan.height = std::max(plan.height, kLeastSide);
     if (source_size)
@@ -189,7 +201,7 @@ void PlanFields(const VideoSource& source, const ProfileState& profile, VideoPla
                         plan.codec->name));
 }
 
-void RefuseUnbuiltVideo(const VideoSource& source, const ProfileState& profile) {
+void RefuseUnbuiltVideo(const VideoSource& source) {
     const std::int32_t optimization = source.Optimization();
     const bool preprocessing_known =
         optimization == kDeinterlace || optimization == kRemoveTelecine ||
@@ -202,15 +214,15 @@ void RefuseUnbuiltVideo(const VideoSource& source, const ProfileState& profile) 
             fmt::format("The video filter that was asked for (Optimization {}) is not "
                         "possible yet: leave -v_preproc out, or give 0 to 18",
                         optimization));
+}
+
+// "" = none.
+std::string ConformanceTarget(const ProfileState& profile) {
     const auto& properties = profile.audiences.front().properties;
     const auto target = properties.find({platform::SourceType::Video, "DeviceConformanceTarget"});
-    if (target == properties.end()) return;
+    if (target == properties.end()) return {};
     const auto* text = std::get_if<std::string>(&target->second);
-    if (text != nullptr && !text->empty())
-        RefuseUnbuilt(
-            fmt::format("Encoding to the device conformance {} is not possible yet: leave "
-                        "-v_profile out",
-                        *text));
+    return text != nullptr ? *text : std::string();
 }
 
 std::string VideoDescription(const VideoPlan& plan) {
@@ -288,7 +300,7 @@ CameraWish PlanCameraWish(const VideoSource& source, const ProfileState& profile
 
 VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
                     std::int32_t performance, const std::optional<CameraFormat>& camera) {
-    RefuseUnbuiltVideo(source, profile);
+    RefuseUnbuiltVideo(source);
     const VideoSettings& video = profile.audiences.front().video;
     const VideoInfo info = PictureOf(source, camera);
     VideoPlan plan;
@@ -325,6 +337,8 @@ VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,
             PeakFor("video", "-v_peakbitrate", video.bit_rate_bps, video.peak_rate_bps);
         plan.peak_buffer_ms = video.peak_buffer_ms != 0 ? video.peak_buffer_ms : kVideoPeakBufferMs;
     }
+    const std::string target = ConformanceTarget(profile);
+    if (!target.empty()) PlanConformance(target, plan);
     plan.codec_name = VideoDisplayName(*plan.codec);
     plan.codec_description = VideoDescription(plan);
     return plan;

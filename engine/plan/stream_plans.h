@@ -28,7 +28,7 @@ CameraWish PlanCameraWish(const VideoSource& source, const ProfileState& profile
 ///
 /// Size: 0 x 0 is that of what clipping leaves of the source, pixels keeping their shape; of one 0,
 /// that side follows from the other and the shape of the picture that is left; an encoder that
-/// takes no odd width gets the even one below. Pixels of an asked size are square unless the
+/// takes no odd side gets the even one below. Pixels of an asked size are square unless the
 /// profile's pixels may be otherwise: then they have the shape that shows the whole picture
 /// undistorted. Of a screen that the desktop has not handed out yet, the size stays 0 x 0.
 VideoPlan PlanVideo(const VideoSource& source, const ProfileState& profile,

@@ -225,8 +225,10 @@ TEST(WrittenAudio, OpensInItsEncoder) {
         EXPECT_EQ(avcodec_open2(context.get(), codec, nullptr), 0)
             << row.name << " " << FormatArgument(row, mode, format);
     });
-    for (const VideoCodecRow& row : VideoCodecs())
-        EXPECT_NE(avcodec_find_encoder_by_name(row.av_encoder), nullptr) << row.name;
+    for (const VideoCodecRow& row : VideoCodecs()) {
+        const bool own = row.av_encoder == nullptr;
+        EXPECT_TRUE(own || avcodec_find_encoder_by_name(row.av_encoder) != nullptr) << row.name;
+    }
 }
 
 TEST(CodecNames, SayWhatStandsIn) {
@@ -239,9 +241,9 @@ TEST(CodecNames, SayWhatStandsIn) {
     EXPECT_EQ(audio(Lossless()), "Windows Media Audio 9 Lossless (needs -a_mode 2)");
     EXPECT_EQ(AudioDisplayName(Lossless(), VbrMode::Quality),
               "Windows Media Audio 9 Lossless (as PCM)");
-    EXPECT_EQ(VideoDisplayName(VideoCodecs()[2]),
-              "Windows Media Video 9 (as Windows Media Video 8)");
-    EXPECT_EQ(VideoDisplayName(VideoCodecs()[1]), "Windows Media Video 8");
+    EXPECT_EQ(VideoDisplayName(VideoCodecs()[3]),
+              "Windows Media Video 9 Screen (as Windows Media Video 8)");
+    EXPECT_EQ(VideoDisplayName(VideoCodecs()[2]), "Windows Media Video 9");
 }
 
 }  // namespace

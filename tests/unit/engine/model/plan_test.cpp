@@ -165,11 +165,6 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
              s.Video().SetPixelFormat(platform::FourCC("YUY2"));
              s.Video().SetCroppingLeftMargin(1);
          }},
-        {"conformance", kUnbuilt, {"SP", "-v_profile"},
-         [](Session& s) {
-             s.Audience()
-                 .SetProperty(SourceType::Video, 0, "DeviceConformanceTarget", std::string("SP"));
-         }},
         {"optimization definition", kUnbuilt, {"a.edl"},
          [](Session& s) {
              platform::AsAudio(s.group->Source(SourceType::Audio, 0))->SetContentEDL("a.edl");
@@ -357,19 +352,24 @@ TEST(Plan, PictureSize) {
         const char* why;
         int source_width, source_height;
         Ratio source_aspect;
-        int codec;  // 1 takes even widths only, 4 all
+        int codec;  // 1 takes even widths only, 2 even sides, 4 all
         int width, height;
         bool non_square;
         int out_width, out_height;
         Ratio out_aspect;
         Margins crop = {};
+        Margins more = {};  // to make sides even
     };
     // clang-format off
     constexpr Margins kCut = {80, 100, 5, 15};
     const Case cases[] = {
-        // why, source, its pixels, codec, asked, non-square, coded, its pixels, cut off the source
+        // why, source, its pixels, codec, asked, non-square, coded, its pixels, cut off, and more
         {"the source's", 640, 480, {1, 1}, 1, 0, 0, false, 640, 480, {1, 1}},
-        {"odd width where it must be even", 641, 481, {1, 1}, 1, 0, 0, false, 640, 481, {1, 1}},
+        {"odd width where it must be even", 641, 481, {1, 1}, 1, 0, 0, false, 640, 481, {1, 1}, {},
+         {0, 1, 0, 0}},
+        {"odd sides where they must be even", 641, 481, {1, 1}, 2, 0, 0, false, 640, 480, {1, 1}, {},
+         {0, 1, 0, 1}},
+        {"an odd size that was asked for", 640, 480, {1, 1}, 2, 321, 201, false, 320, 200, {1, 1}},
         {"odd size elsewhere", 641, 481, {1, 1}, 4, 0, 0, false, 641, 481, {1, 1}},
         {"asked", 640, 480, {1, 1}, 1, 320, 200, false, 320, 200, {1, 1}},
         {"height follows", 640, 480, {1, 1}, 1, 320, 0, false, 320, 240, {1, 1}},
@@ -404,11 +404,76 @@ TEST(Plan, PictureSize) {
         session.Audience().SetVideoHeight(0, c.height);
         session.profile.SetNonSquarePixelMode(0, c.non_square);
         const VideoPlan plan = *session.Plan().video;
-        EXPECT_EQ(plan.crop, c.crop);
+        EXPECT_EQ(plan.crop, (Margins{c.crop.left + c.more.left, c.crop.right + c.more.right,
+                                      c.crop.top + c.more.top, c.crop.bottom + c.more.bottom}));
         EXPECT_EQ(plan.width, c.out_width);
         EXPECT_EQ(plan.height, c.out_height);
         EXPECT_EQ(plan.pixel_aspect.numerator, c.out_aspect.numerator);
         EXPECT_EQ(plan.pixel_aspect.denominator, c.out_aspect.denominator);
+    }
+}
+
+TEST(Plan, DeviceConformance) {
+    struct Case {
+        const char* why;
+        const char* target;
+        int codec;
+        int width, height, fps, kilobits;
+        VbrMode mode;
+        std::vector<const char*> words;  // of the refusal, or the level that is chosen
+        std::uint32_t refused = 0;
+    };
+    constexpr std::uint32_t kInvalid = platform::kInvalidArgument;
+    constexpr VbrMode kConstant = VbrMode::Constant;
+    // clang-format off
+    const Case cases[] = {
+        // why                                target   codec size     fps kbps   mode
+        {"the smallest level that holds it",  "SP",    2, 176, 144, 15,    96, kConstant, {"SP@LL"}},
+        {"by its rate",                       "SP",    2, 176, 144, 15,   200, kConstant, {"SP@ML"}},
+        {"by its size",                       "MP",    2, 640, 480, 15,   200, kConstant, {"MP@ML"}},
+        {"small pictures may be more",        "MP",    2, 176, 144, 29,   200, kConstant, {"MP@LL"}},
+        {"a level by name",                   "MP@HL", 2, 176, 144, 15,    96, kConstant, {"MP@HL"}},
+        {"a quality may take all",            "SP",    2, 176, 144, 15,    96, VbrMode::Quality, {"SP@ML"}},
+        {"too large",                         "SP",    2, 640, 480, 15,   200, kConstant,
+         {"640x480", "352x288", "-v_width"}, kInvalid},
+        {"too fast",                          "SP",    2, 352, 288, 25,   200, kConstant,
+         {"25", "352x288 at 15", "-v_framerate"}, kInvalid},
+        {"too many bits",                     "SP",    2, 352, 288, 15,   500, kConstant,
+         {"500000", "384000", "-v_bitrate"}, kInvalid},
+        {"too many at the peak",              "MP@LL", 2, 320, 240, 15,  1500, VbrMode::Peak,
+         {"2250000", "2000000", "-v_peakbitrate"}, kInvalid},
+        {"no such profile",                   "XP",    2, 320, 240, 15,   200, kConstant,
+         {"XP", "SP or MP"}, kInvalid},
+        {"interlaced profiles",               "CP",    2, 320, 240, 15,   200, kConstant,
+         {"CP", "-v_profile MP"}, platform::kNotImplemented},
+        {"another codec",                     "SP",    1, 176, 144, 15,    96, kConstant,
+         {"Windows Media Video 8", "-v_codec WMV9"}, kInvalid},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        Session session;
+        session.OpenFilm();
+        session.profile.SetVBRMode(SourceType::Video, 0, c.mode);
+        platform::WMEncAudience& audience = session.Audience();
+        audience.SetVideoCodec(0, c.codec);
+        audience.SetVideoWidth(0, c.width);
+        audience.SetVideoHeight(0, c.height);
+        audience.SetVideoFPS(0, c.fps * 1000);
+        audience.SetVideoBitrate(0, c.kilobits * 1000);
+        audience.SetProperty(SourceType::Video, 0, "DeviceConformanceTarget",
+                             std::string(c.target));
+        if (c.refused == 0) {
+            const VideoPlan plan = *session.Plan().video;
+            EXPECT_EQ(plan.conformance, c.words.front());
+            EXPECT_EQ(plan.simple_profile, c.target[0] == 'S');
+            EXPECT_GE(plan.level_rate_bps, c.kilobits * 1000);
+            EXPECT_GT(plan.level_buffer_bits, 0);
+            continue;
+        }
+        const platform::Error error = ErrorOf([&] { session.Plan(); });
+        EXPECT_EQ(error.unsigned_number(), c.refused);
+        for (const char* word : c.words) EXPECT_THAT(error.description(), testing::HasSubstr(word));
     }
 }
 

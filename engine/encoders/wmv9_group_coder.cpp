@@ -1,0 +1,88 @@
+#include "engine/encoders/wmv9_group_coder.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+#include <thread>
+
+#include "engine/encoders/video_header.h"
+#include "engine/pipeline/av_error.h"
+
+namespace engine {
+namespace {
+
+namespace wmv9 = codecs::wmv9;
+
+constexpr std::int32_t kLargestSide = 8192;
+// Levels of performance from which pictures stand between others: each costs two searches.
+constexpr std::int32_t kOneBetween = 20;
+constexpr std::int32_t kTwoBetween = 60;
+
+wmv9::PictureView View(const AVFrame& frame) {
+    return {{frame.data[0], frame.data[1], frame.data[2]},
+            {frame.linesize[0], frame.linesize[1], frame.linesize[2]}};
+}
+
+wmv9::PictureRequest Request(const PictureWish& wish) {
+    return {wish.kind, wish.quantiser, wish.place, wish.run};
+}
+
+int BetweenFor(const VideoPlan& plan) {
+    if (plan.input.capture || plan.simple_profile || plan.performance < kOneBetween) return 0;
+    return plan.performance < kTwoBetween ? 1 : 2;
+}
+
+}  // namespace
+
+wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan) {
+    if (plan.width > kLargestSide || plan.height > kLargestSide)
+        throw platform::Error(platform::kInvalidArgument,
+                              fmt::format("{} at {}x{} is too large: give -v_width and -v_height "
+                                          "up to {}",
+                                          plan.codec->name, plan.width, plan.height, kLargestSide));
+    wmv9::EncoderSettings settings;
+    settings.width = plan.width;
+    settings.height = plan.height;
+    settings.profile = plan.simple_profile ? wmv9::Profile::Simple : wmv9::Profile::Main;
+    settings.effort = std::clamp(plan.performance, 0, 100);
+    settings.between = BetweenFor(plan);
+    settings.pictures_per_second = CodedFrameRate(plan) / 1000.0;
+    settings.rate_bps = plan.bit_rate_bps;
+    if (plan.input.capture)
+        settings.threads = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    return settings;
+}
+
+CodedPicture Wmv9GroupCoder::Encode(AVFrame& frame, const PictureWish& wish) {
+    return Packed(encoder_.Encode(View(frame), Request(wish)));
+}
+
+CodedPicture Wmv9GroupCoder::Recode(AVFrame& frame, const PictureWish& wish) {
+    return Packed(encoder_.Recode(View(frame), Request(wish)));
+}
+
+CodedPicture Wmv9GroupCoder::Packed(const wmv9::CodedPicture& coded) {
+    CodedPicture picture;
+    picture.data = packets_.Get();
+    CheckAv(av_new_packet(picture.data.get(), static_cast<int>(coded.data.size())),
+            "Encoding of the picture failed");
+    std::memcpy(picture.data->data, coded.data.data(), coded.data.size());
+    picture.key = coded.kind == codecs::PictureKind::Key;
+    picture.bits = coded.bits;
+    return picture;
+}
+
+int Wmv9GroupCoder::ChooseBetween(const AVFrame& before,
+                                  std::span<const AVFrame* const> next) const {
+    std::vector<wmv9::PictureView> views;
+    for (const AVFrame* frame : next) views.push_back(View(*frame));
+    return encoder_.ChooseBetween(View(before), views);
+}
+
+std::vector<std::uint8_t> Wmv9GroupCoder::ExtraData() const {
+    const auto header = encoder_.SequenceHeader();
+    return {header.begin(), header.end()};
+}
+
+}  // namespace engine

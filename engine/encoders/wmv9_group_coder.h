@@ -1,0 +1,38 @@
+// A closed group of pictures through our own Windows Media Video 9 encoder.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "codecs/wmv9/encoder.h"
+#include "engine/encoders/group_coder.h"
+#include "engine/plan/encode_plan.h"
+
+namespace engine {
+
+/// What the encoder is asked for: pictures between others and groups side by side for files; for
+/// what is recorded, the rows of one picture side by side and each picture at once. Throws
+/// platform::Error (invalid argument) for a size that the format does not have.
+codecs::wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan);
+
+class Wmv9GroupCoder final : public GroupCoder {
+  public:
+    Wmv9GroupCoder(const codecs::wmv9::EncoderSettings& settings, PacketPool& packets)
+        : encoder_(settings), packets_(packets) {}
+
+    CodedPicture Encode(AVFrame& frame, const PictureWish& wish) override;
+    CodedPicture Recode(AVFrame& frame, const PictureWish& wish) override;
+    void Forget() override { encoder_.Forget(); }
+    bool Recodes() const override { return true; }
+    int ChooseBetween(const AVFrame& before, std::span<const AVFrame* const> next) const override;
+    /// The same for all groups of a plan.
+    std::vector<std::uint8_t> ExtraData() const;
+
+  private:
+    CodedPicture Packed(const codecs::wmv9::CodedPicture& coded);
+
+    codecs::wmv9::Encoder encoder_;
+    PacketPool& packets_;
+};
+
+}  // namespace engine
