@@ -33,6 +33,8 @@ constexpr double kLargestSurprise = 30;
 // Of a picture between two others, beside a predicted one, before any is known.
 constexpr double kUsualBetween = 0.5;
 constexpr double kRecodeMargin = 1.05;
+constexpr double kMostFromWaiting = 8;      // what a picture that waits may take, in usual ones
+constexpr double kShortestInterval = 1e-3;  // seconds
 
 }  // namespace
 
@@ -91,16 +93,35 @@ PictureBits GroupRateControl::Expected(const Picture& picture) {
     return delta;
 }
 
-// The group's pictures after the one at `seconds`.
-PictureBits GroupRateControl::Following(double seconds) const {
+// The group's pictures that have not been decided, after `picture_`.
+PictureBits GroupRateControl::Following() const {
     if (!outlook_.pictures.empty()) return {undecided_.texture * texture_trust_, undecided_.fixed};
-    return DeltaMean() * std::max(0.0, (outlook_.seconds - seconds) / interval_ - 1);
+    const PictureBits mean = DeltaMean();
+    const double noise = kNoise * picture_.intra_cost;
+    double textures = 0;  // in means
+    for (const Waiting& waiting : picture_.waiting)
+        textures += deltas_.learnt == 0
+                        ? 1
+                        : std::clamp((waiting.step_cost + noise) / (deltas_.cost + noise),
+                                     kLeastSurprise, kMostFromWaiting);
+    auto pictures = static_cast<double>(picture_.waiting.size());
+    if (!picture_.last) {
+        const double unseen = std::max(0.0, Remaining() - pictures);
+        pictures += unseen;
+        textures += unseen;
+    }
+    return {mean.texture * textures, mean.fixed * pictures};
+}
+
+// Pictures after `picture_`, by the time that is left.
+double GroupRateControl::Remaining() const {
+    if (picture_.last) return static_cast<double>(picture_.waiting.size());
+    return std::max(0.0, (outlook_.seconds - picture_.seconds) / interval_ - 1);
 }
 
 double GroupRateControl::KeyPart() const {
     const std::size_t pictures = outlook_.pictures.size();
-    if (pictures < 2)
-        return KeyQuantiserPart(outlook_.experience.delta_texture, outlook_.seconds / interval_);
+    if (pictures < 2) return KeyQuantiserPart(outlook_.experience.delta_texture, Remaining());
     const double deltas = static_cast<double>(pictures) - 1;
     const double key = outlook_.pictures.front().bits.texture;
     return KeyQuantiserPart((found_.texture - key) / deltas / std::max(1.0, key), deltas);
@@ -109,9 +130,9 @@ double GroupRateControl::KeyPart() const {
 // The quantiser at which this picture and all that follow take just what is left. As if the group
 // went on for a little, so that its last pictures need not pay for an error alone.
 double GroupRateControl::EvenQuantiser(const Picture& picture) const {
-    PictureBits others = Following(picture.seconds);
+    PictureBits others = Following();
     const double pictures = outlook_.pictures.empty()
-                                ? outlook_.seconds / interval_
+                                ? static_cast<double>(decided_) + Remaining()
                                 : static_cast<double>(outlook_.pictures.size());
     const double share = std::min(kSoftEnd / pictures, kSoftEndPart);
     PictureBits beyond = DeltaMean() * (share * pictures);
@@ -142,10 +163,10 @@ double GroupRateControl::QuantiserFor(double bits) const {
 }
 
 // Finer than the others; but where those are at their coarsest, what they leave.
-double GroupRateControl::KeyQuantiser(const Picture& picture, double even) const {
+double GroupRateControl::KeyQuantiser(double even) const {
     if (even < settings_.coarsest)
         return std::clamp(even * KeyPart(), settings_.finest, settings_.coarsest);
-    const double others = Following(picture.seconds).At(settings_.coarsest);
+    const double others = Following().At(settings_.coarsest);
     return std::max(settings_.coarsest * KeyPart(), QuantiserFor(outlook_.bits - others));
 }
 
@@ -213,12 +234,22 @@ bool GroupRateControl::MustDrop(const Picture& picture, double even) const {
     return even >= settings_.coarsest && Overdraft(picture.seconds) > 0;
 }
 
+void GroupRateControl::LearnInterval(double passed) {
+    const auto& waiting = picture_.waiting;
+    if (waiting.size() > 1)
+        interval_ = (waiting.back().seconds - waiting.front().seconds) /
+                    static_cast<double>(waiting.size() - 1);
+    else if (decided_ > 0)
+        interval_ += kIntervalMemory * (passed - interval_);
+    interval_ = std::max(interval_, kShortestInterval);
+}
+
 GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
     const double passed = decided_ > 0 ? picture.seconds - picture_.seconds : 0;
-    if (decided_ > 0) interval_ += kIntervalMemory * (passed - interval_);
+    picture_ = picture;
+    LearnInterval(passed);
     level_bits_ = std::max(0.0, level_bits_ - passed * settings_.bucket_rate_bps);
     own_level_bits_ = std::max(0.0, own_level_bits_ - passed * settings_.bucket_rate_bps);
-    picture_ = picture;
     ++decided_;
     if (picture.index < outlook_.pictures.size()) {
         const PictureBits found = outlook_.pictures[picture.index].ByPredicted();
@@ -230,7 +261,7 @@ GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
     double even = EvenQuantiser(picture);
     Decision decision;
     if (picture.kind == PictureKind::Key) {
-        decision.quantiser = key_quantiser_ = KeyQuantiser(picture, even);
+        decision.quantiser = key_quantiser_ = KeyQuantiser(even);
     } else {
         if (quantiser_ > 0) even = Restrained(even);
         decision.quantiser = std::clamp(even, settings_.finest, settings_.coarsest);
@@ -248,13 +279,14 @@ GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
         ++result_.dropped;
     else
         quantiser_ = std::clamp(even, settings_.finest, settings_.coarsest);
+    picture_.waiting = {};  // the caller's
     return decision;
 }
 
 void GroupRateControl::Coded(const PictureBits& taken, double bits, bool key) {
     if (!key) {
         MeanOf(picture_.kind).Learn(taken, picture_.inter_cost);
-        deltas_.Learn(FoundPicture{taken, picture_.kind}.ByPredicted(), picture_.inter_cost);
+        deltas_.Learn(FoundPicture{taken, picture_.kind}.ByPredicted(), picture_.step_cost);
     }
     if (!key && expected_.texture > 0 && !outlook_.pictures.empty()) {
         const double found = expected_.texture / texture_trust_;

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "codecs/common/picture_bits.h"
@@ -52,12 +53,20 @@ class GroupRateControl {
   public:
     GroupRateControl(const RateSettings& settings, GroupOutlook outlook);
 
+    /// A picture that waits.
+    struct Waiting {
+        double seconds = 0;    // when it is shown, since the group began
+        double step_cost = 0;  // InterCost beside the one shown before it
+    };
     struct Picture {
         double seconds = 0;     // when it is decoded, since the group began; not decreasing
         std::size_t index = 0;  // its place among the group's pictures as they are shown
         PictureKind kind = PictureKind::Key;
         double intra_cost = 1;
-        double inter_cost = 0;  // beside the nearest of what it is predicted from
+        double inter_cost = 0;                  // beside the nearest of what it is predicted from
+        double step_cost = 0;                   // beside the picture shown before it
+        std::span<const Waiting> waiting = {};  // as shown, of those that have not been decided
+        bool last = false;                      // they are all that the group has
     };
     struct Decision {
         bool drop = false;
@@ -87,19 +96,21 @@ class GroupRateControl {
   private:
     struct Mean {
         PictureBits bits;
-        double cost = 0;  // InterCost
+        double cost = 0;  // InterCost; of deltas_, the step's
         int learnt = 0;   // pictures
         void Learn(const PictureBits& taken, double inter_cost);
     };
 
     Mean& MeanOf(PictureKind kind) { return kind == PictureKind::Between ? between_ : predicted_; }
     PictureBits Expected(const Picture& picture);
-    PictureBits Following(double seconds) const;
+    PictureBits Following() const;
+    double Remaining() const;
+    void LearnInterval(double passed);
     PictureBits DeltaMean() const;
     double KeyPart() const;
     double EvenQuantiser(const Picture& picture) const;
     double QuantiserFor(double bits) const;
-    double KeyQuantiser(const Picture& picture, double even) const;
+    double KeyQuantiser(double even) const;
     double Overdraft(double seconds) const;
     double HardRoom() const;
     double SoftRoom() const;

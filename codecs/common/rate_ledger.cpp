@@ -25,9 +25,18 @@ RateLedger::RateLedger(const RateSettings& settings, const RateExperience& usual
                        std::vector<PlannedGroup> plan)
     : settings_(settings), plan_(std::move(plan)), experience_(usual) {}
 
+// Of a short stream that is planned fewer: what its last groups take beyond the plan, none makes
+// good.
+std::int64_t RateLedger::MostAtOnce() const {
+    constexpr std::int64_t kPart = 4;
+    if (plan_.empty()) return kMostAtOnce;
+    const auto groups = static_cast<std::int64_t>(plan_.size());
+    return std::clamp<std::int64_t>(groups / kPart, 2, kMostAtOnce);
+}
+
 std::int64_t RateLedger::Needs() const {
     const std::int64_t known = accounted_ - 1;
-    const std::int64_t far = std::max(known, opened_ - kMostAtOnce);
+    const std::int64_t far = std::max(known, opened_ - MostAtOnce());
     const bool one_quantiser = settings_.finest == settings_.coarsest;
     if (one_quantiser || Planned(opened_)) return far;
     const bool in_debt = debt_bits_ > kHandOver * settings_.bucket_bits;

@@ -41,6 +41,7 @@ class RateLedger {
         double own_bits = 0;      // where it leaves the level of an empty bucket at most
     };
 
+    std::int64_t MostAtOnce() const;
     void Account(std::int64_t index, const GroupResult& result);
     void Promise(GroupOutlook& outlook);
     double LevelAtMost() const;

@@ -27,10 +27,17 @@ std::size_t Workers(const VideoPlan& plan) {
 
 // While one group is coded, the next one comes in: what arrives of two groups in the time of one
 // and is not coded meanwhile is half a group, for each worker but the first.
-std::size_t MostWaiting(std::size_t workers, int group_frames, int between) {
+std::size_t MostWaiting(std::size_t workers, int group_frames, int between, int ahead) {
     constexpr std::size_t kSpare = 4;
-    return kSpare + 2 * static_cast<std::size_t>(between) +
+    return kSpare + static_cast<std::size_t>(2 * between + ahead) +
            (workers - 1) * static_cast<std::size_t>(group_frames) / 2;
+}
+
+// A picture that is recorded waits for no other; a plan of two passes knows them all, and one
+// quantiser asks for none.
+int Ahead(const VideoPlan& plan, const codecs::RateSettings& rate, const EncoderPass& pass) {
+    constexpr int kAhead = 16;
+    return plan.input.capture || pass.count > 1 || rate.finest == rate.coarsest ? 0 : kAhead;
 }
 
 codecs::LumaPlane Luma(const AVFrame& frame) {
@@ -42,6 +49,9 @@ codecs::LumaPlane Luma(const AVFrame& frame) {
 struct GroupedVideoEncoder::Frame {
     FrameHandle frame;
     std::size_t index = 0;  // in the group, as shown
+    double intra_cost = 0;
+    double step_cost = 0;
+    bool decided = false;
 };
 
 struct GroupedVideoEncoder::Outcome {
@@ -56,8 +66,12 @@ struct GroupedVideoEncoder::Work {
     std::unique_ptr<GroupCoder> coder;
     std::size_t taken = 0;     // frames
     std::vector<Frame> next;   // as shown, not yet coded
+    std::size_t judged = 0;    // of those, their costs are known
+    FrameHandle latest;        // that was judged
     FrameHandle past, before;  // the last two that others refer to
     Ticks before_time;
+    bool all = false;  // of the group that are left are in `next`
+    std::vector<codecs::GroupRateControl::Waiting> waiting;
 };
 
 GroupedVideoEncoder::GroupedVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
@@ -68,11 +82,12 @@ GroupedVideoEncoder::GroupedVideoEncoder(const VideoPlan& plan, const codecs::Ra
       header_(std::move(header)),
       make_coder_(std::move(make_coder)),
       between_(between),
+      ahead_(Ahead(plan, rate, pass)),
       rate_(rate),
       group_length_(GroupLength(plan)),
       length_(pass.length),
       workers_(Workers(plan)),
-      most_waiting_(MostWaiting(workers_, LongestGroup(plan), between)),
+      most_waiting_(MostWaiting(workers_, LongestGroup(plan), between_, ahead_)),
       few_waiting_(most_waiting_ - std::min(kBurst, most_waiting_ / 2)),
       usual_(UsualExperience(plan)),
       // A second pass knows all about them, and one quantiser needs no knowledge.
@@ -126,7 +141,7 @@ void GroupedVideoEncoder::Try(const AVFrame& frame) {
     work.group = &group;
     FrameHandle copy = frames_.Get();
     CheckAv(av_frame_ref(copy.get(), &frame), "Encoding of the picture failed");
-    Frame tried{std::move(copy), 0};
+    Frame tried{.frame = std::move(copy), .intra_cost = codecs::IntraCost(Luma(frame))};
     Code(work, tried, {.kind = PictureKind::Key});
     ledger_.LearnTrial(group.control->Result());
 }
@@ -257,7 +272,7 @@ bool GroupedVideoEncoder::HasWork(const Work& work) const {
 
 // Frames to choose from: before the first picture is coded there is nothing to be between.
 std::size_t GroupedVideoEncoder::Wanted(const Work& work) const {
-    return work.before ? static_cast<std::size_t>(between_) + 1 : 1;
+    return static_cast<std::size_t>(1 + ahead_ + (work.before ? between_ : 0));
 }
 
 // A picture that others refer to and those before it, or to the end of a group whose frames are all
@@ -285,20 +300,37 @@ void GroupedVideoEncoder::CodeNext(Lock& lock, Work& work) {
     if (waiting_ <= few_waiting_ || MayHandOn()) worked_.notify_one();
 }
 
+// Each beside the one shown before it.
+void GroupedVideoEncoder::Judge(Work& work) const {
+    for (; work.judged < work.next.size(); ++work.judged) {
+        Frame& frame = work.next[work.judged];
+        frame.intra_cost = codecs::IntraCost(Luma(*frame.frame));
+        if (work.latest)
+            frame.step_cost = codecs::InterCost(Luma(*frame.frame), Luma(*work.latest));
+        FrameHandle latest = frames_.Get();
+        CheckAv(av_frame_ref(latest.get(), frame.frame.get()), "Encoding of the picture failed");
+        work.latest = std::move(latest);
+    }
+}
+
 std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& work) const {
+    Judge(work);
+    work.all = work.next.size() < Wanted(work);
     std::vector<Outcome> outcomes;
     std::size_t run = 0;
-    if (work.before && work.next.size() > 1) {
+    const std::size_t choice = std::min(work.next.size(), static_cast<std::size_t>(between_) + 1);
+    if (work.before && choice > 1) {
         std::vector<const AVFrame*> next;
-        for (const Frame& frame : work.next) next.push_back(frame.frame.get());
+        for (std::size_t i = 0; i < choice; ++i) next.push_back(work.next[i].frame.get());
         run = static_cast<std::size_t>(work.coder->ChooseBetween(*work.before, next));
     }
     const auto last = work.next.begin() + static_cast<std::ptrdiff_t>(run);
-    outcomes.push_back(
-        Code(work, *last, {.kind = work.before ? PictureKind::Predicted : PictureKind::Key}));
+    const PictureKind kind = work.before ? PictureKind::Predicted : PictureKind::Key;
+    outcomes.push_back(Code(work, *last, {.kind = kind}));
     if (!outcomes.front().packet.data) {
         // The others find another one to stand before.
         work.next.erase(last);
+        --work.judged;
         return outcomes;
     }
     // What stands before it refers to more than it, so nobody may start from it.
@@ -309,6 +341,7 @@ std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& wor
                                  .place = static_cast<int>(i) + 1,
                                  .run = static_cast<int>(run)}));
     work.next.erase(work.next.begin(), last + 1);
+    work.judged -= run + 1;
     return outcomes;
 }
 
@@ -324,11 +357,22 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
     // What others stand before comes when the picture before them is shown.
     if (between_ > 0 && !between && work.before) outcome.packet.decode = work.before_time;
 
+    frame.decided = true;
+    work.waiting.clear();
+    for (const Frame& other : work.next)
+        if (!other.decided)
+            work.waiting.push_back(
+                {(Ticks{other.frame->pts} - work.group->start).Seconds(), other.step_cost});
     codecs::GroupRateControl::Picture picture;
     picture.seconds = (outcome.packet.decode - work.group->start).Seconds();
     picture.index = frame.index;
     picture.kind = wish.kind;
-    picture.intra_cost = codecs::IntraCost(Luma(*frame.frame));
+    picture.intra_cost = frame.intra_cost;
+    picture.step_cost = frame.step_cost;
+    if (ahead_ > 0) {
+        picture.waiting = work.waiting;
+        picture.last = work.all;
+    }
     if (work.before) picture.inter_cost = codecs::InterCost(Luma(*frame.frame), Luma(*work.before));
     if (between)
         picture.inter_cost =

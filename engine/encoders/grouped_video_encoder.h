@@ -76,6 +76,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
     void CodeNext(Lock& lock, Work& work);
     void CodeAlong(Lock& lock);
     std::size_t Wanted(const Work& work) const;
+    void Judge(Work& work) const;
     std::vector<Outcome> CodeRun(Work& work) const;
     Outcome Code(Work& work, Frame& frame, PictureWish wish) const;
     std::optional<CodedPicture> Fitted(Work& work, AVFrame& frame, PictureWish wish) const;
@@ -86,6 +87,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
     const StreamHeader header_;
     const GroupCoderMaker make_coder_;
     const int between_;  // the most pictures between two others
+    const int ahead_;    // pictures that wait so that what comes is known
     const codecs::RateSettings rate_;
     const Ticks group_length_;
     const Ticks length_;  // of the stream; 0 = unknown
@@ -93,7 +95,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
     const std::size_t most_waiting_;  // frames
     const std::size_t few_waiting_;   // once so many waited, more come when no more than these do
     const codecs::RateExperience usual_;
-    FramePool frames_;
+    mutable FramePool frames_;
     bool tries_;  // the first frame
 
     std::mutex mutex_;
