@@ -41,6 +41,8 @@ constexpr double kShortestInterval = 1e-3;  // seconds
 GroupRateControl::GroupRateControl(const RateSettings& settings, GroupOutlook outlook)
     : settings_(settings),
       outlook_(std::move(outlook)),
+      seconds_(outlook_.seconds),
+      budget_bits_(outlook_.bits),
       level_bits_(outlook_.bucket_level_bits),
       interval_(1 / outlook_.experience.pictures_per_second) {
     result_.seconds = outlook_.seconds;
@@ -116,7 +118,7 @@ PictureBits GroupRateControl::Following() const {
 // Pictures after `picture_`, by the time that is left.
 double GroupRateControl::Remaining() const {
     if (picture_.last) return static_cast<double>(picture_.waiting.size());
-    return std::max(0.0, (outlook_.seconds - picture_.seconds) / interval_ - 1);
+    return std::max(0.0, (seconds_ - picture_.seconds) / interval_ - 1);
 }
 
 double GroupRateControl::KeyPart() const {
@@ -141,7 +143,7 @@ double GroupRateControl::EvenQuantiser(const Picture& picture) const {
         beyond.texture *= texture_trust_;
     }
     others += beyond;
-    const double bits = outlook_.bits * (1 + share) - result_.bits;
+    const double bits = budget_bits_ * (1 + share) - result_.bits;
     if (bits <= others.fixed + expected_.fixed) return kNoBits;
     if (picture.kind != PictureKind::Key) {
         others += FoundPicture{expected_, picture.kind}.ByPredicted();
@@ -167,18 +169,18 @@ double GroupRateControl::KeyQuantiser(double even) const {
     if (even < settings_.coarsest)
         return std::clamp(even * KeyPart(), settings_.finest, settings_.coarsest);
     const double others = Following().At(settings_.coarsest);
-    return std::max(settings_.coarsest * KeyPart(), QuantiserFor(outlook_.bits - others));
+    return std::max(settings_.coarsest * KeyPart(), QuantiserFor(budget_bits_ - others));
 }
 
 // By how much the group is ahead of its budget once the picture at `seconds` is coded as coarsely
 // as can be. What the receiver's buffer takes ahead of time has to be made up for by the group's
 // end, so it is never more than all of the budget.
 double GroupRateControl::Overdraft(double seconds) const {
-    const double part = std::min(1.0, (seconds + interval_) / outlook_.seconds);
+    const double part = std::min(1.0, (seconds + interval_) / seconds_);
     const double ahead = std::max(0.0, settings_.bucket_bits - outlook_.bucket_level_bits);
-    const double allowed = std::min(outlook_.bits * part + ahead * (1 - part), outlook_.bits);
+    const double allowed = std::min(budget_bits_ * part + ahead * (1 - part), budget_bits_);
     return result_.bits + expected_.At(settings_.coarsest) - allowed -
-           kTolerance * std::max(0.0, outlook_.bits);
+           kTolerance * std::max(0.0, budget_bits_);
 }
 
 // What the bucket takes, now and so that it holds no more at the group's end than what others count
@@ -201,7 +203,8 @@ double GroupRateControl::SoftRoom() const {
 
 bool GroupRateControl::Fits(double bits) const {
     if (settings_.bucket_rate_bps <= 0 || bits <= HardRoom()) return true;
-    return picture_.kind == PictureKind::Key && level_bits_ <= 0 && bits > settings_.bucket_bits;
+    return picture_.kind == PictureKind::Key && outlook_.level_is_exact && level_bits_ <= 0 &&
+           bits > settings_.bucket_bits;
 }
 
 double GroupRateControl::Coarser(double quantiser, double bits) const {
@@ -244,10 +247,22 @@ void GroupRateControl::LearnInterval(double passed) {
     interval_ = std::max(interval_, kShortestInterval);
 }
 
+// Of the stream's last group: it ends earlier than was expected, and has as much less to give.
+void GroupRateControl::Shorten() {
+    if (!picture_.last || shortened_ || outlook_.seconds <= 0) return;
+    shortened_ = true;
+    const double last =
+        picture_.waiting.empty() ? picture_.seconds : picture_.waiting.back().seconds;
+    const double part = std::min(1.0, (last + interval_) / outlook_.seconds);
+    budget_bits_ *= part;
+    seconds_ *= part;
+}
+
 GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
     const double passed = decided_ > 0 ? picture.seconds - picture_.seconds : 0;
     picture_ = picture;
     LearnInterval(passed);
+    Shorten();
     level_bits_ = std::max(0.0, level_bits_ - passed * settings_.bucket_rate_bps);
     own_level_bits_ = std::max(0.0, own_level_bits_ - passed * settings_.bucket_rate_bps);
     ++decided_;

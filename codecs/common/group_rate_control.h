@@ -29,6 +29,7 @@ struct GroupOutlook {
     // empty bucket before it.
     double bucket_end_bits = 0;
     double bucket_own_end_bits = 0;
+    bool level_is_exact = false;  // nothing before it is still being coded
     RateExperience experience;
     std::vector<FoundPicture> pictures;  // of a first pass, as shown; empty in a single pass
 };
@@ -80,7 +81,7 @@ class GroupRateControl {
     double BucketRoom() const { return settings_.bucket_bits - level_bits_; }
     /// Whether it may take so much: the buffer holds it, now and with what the groups after this
     /// one may put into it. Only a key picture that is larger than the whole buffer is let through
-    /// once the buffer has run empty: there would never be another.
+    /// once the buffer has surely run empty: there would never be another.
     bool Fits(double bits) const;
     /// For that picture in place of `quantiser`, at which it took more than fits; not above 31.
     double Coarser(double quantiser, double bits) const;
@@ -106,6 +107,7 @@ class GroupRateControl {
     PictureBits Following() const;
     double Remaining() const;
     void LearnInterval(double passed);
+    void Shorten();
     PictureBits DeltaMean() const;
     double KeyPart() const;
     double EvenQuantiser(const Picture& picture) const;
@@ -119,8 +121,11 @@ class GroupRateControl {
 
     RateSettings settings_;
     GroupOutlook outlook_;
-    PictureBits found_;      // all of outlook_.pictures, by predicted ones' quantiser
-    PictureBits undecided_;  // those of them that have not been decided
+    PictureBits found_;       // all of outlook_.pictures, by predicted ones' quantiser
+    PictureBits undecided_;   // those of them that have not been decided
+    double seconds_ = 0;      // of the outlook, until more is known
+    double budget_bits_ = 0;  // the same
+    bool shortened_ = false;
     GroupResult result_;
 
     Picture picture_;            // of the last decision

@@ -52,6 +52,7 @@ GroupOutlook RateLedger::Open(double seconds) {
     const auto unknown = static_cast<double>(index - accounted_);  // groups at work or ready
     GroupOutlook outlook;
     outlook.seconds = seconds;
+    outlook.level_is_exact = unknown == 0;
     outlook.bits = settings_.rate_bps * seconds;
     outlook.experience = experience_;
     if (Planned(index)) {
@@ -77,7 +78,7 @@ void RateLedger::Promise(GroupOutlook& outlook) {
     const double bucket = settings_.bucket_bits;
     const double drained = settings_.bucket_rate_bps * outlook.seconds;
     const double leeway = std::min(kLeeway * drained, kBucketLeeway * bucket);
-    const double level = std::min(LevelAtMost(), bucket);
+    const double level = LevelAtMost();
     const double most = std::max(level, kFullest * bucket);
     const double added = outlook.bits - drained + leeway;
     outlook.bucket_level_bits = level;

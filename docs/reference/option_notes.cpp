@@ -111,7 +111,7 @@ constexpr OptionNote kNotes[] = {
      "The picture's width. An odd one is made even where the codec wants that.",
      "-input film.avi -output film.wmv -v_width 320 -v_height 240", Today::Works, kNoSize},
     {"-v_height", "", "pixels; 0 is the source's, or follows from the width", "0",
-     "The picture's height.",
+     "The picture's height. An odd one is made even where the codec wants that.",
      "-input film.avi -output film.wmv -v_height 240", Today::Works, kNoSize},
     {"-v_framerate", "", "frames per second, fractions too", "30",
      "The highest frame rate. One below the input's is raised to it; no frame is ever repeated.",
@@ -135,7 +135,9 @@ constexpr OptionNote kNotes[] = {
      "The buffer over which `-v_mode 4` holds its peak.",
      "-input film.avi -output film.wmv -v_mode 4 -v_peakbuffer 8000", Today::Works, kNoRate},
     {"-v_performance", "", "0, 20, 40, 60, 80 or 100", "the encoder's own balance",
-     "Speed (0) against quality (100) of the search for motion.",
+     "Speed (0) against quality (100) of the encoder's search and decisions. With WMV9 a file has "
+     "pictures that are predicted from both sides: from 20 on one at most between two others, from "
+     "60 on two.",
      "-input film.avi -output film.wmv -v_performance 100", Today::Works,
      "any other number ends the command without a line"},
     {"-v_preproc", "", "0 to 18, see Filters", "0",
@@ -161,9 +163,13 @@ constexpr OptionNote kNotes[] = {
      "it is scaled. Without a size asked for, what is left is encoded as it is.",
      "-input film.avi -output film.wmv -v_clip 0 6 0 6", Today::Works,
      "margins that leave nothing"},
-    {"-v_profile", "", "SP, MP or CP", "none",
-     "What a device must be able to decode.",
-     "-input film.avi -output film.wmv -v_profile MP", Today::Refused, kNotYet},
+    {"-v_profile", "", "SP, MP or CP, or with a level SP@LL, SP@ML, MP@LL, MP@ML or MP@HL", "none",
+     "What a device must be able to decode: the simple or the main profile of Windows Media Video 9. "
+     "Without a level, the smallest that holds the picture's size and rates. The file says which it "
+     "is, and the stream keeps to the buffer that the level has, in every mode. CP, with fields, is "
+     "not there.",
+     "-input film.avi -output film.wmv -v_profile MP", Today::Works,
+     "a size, frame rate or bit rate beyond the level; another text; another codec than WMV9"},
     {"-output", "", "a file or a folder", "none; a run needs one",
      "What is written. Folders on the way are made. In a folder that exists, the file takes the "
      "input's name. A name without an extension gets .wmv, or .wma without a picture. A file that "

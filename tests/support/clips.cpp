@@ -98,6 +98,7 @@ Contents Decode(const std::string& file) {
     }
     const AvPtr<AVPacket> packet(av_packet_alloc());
     const AvPtr<AVFrame> frame(av_frame_alloc());
+    double last_step = 0;  // between pictures, seconds
     const auto drain = [&](std::size_t i, const AVPacket* input) {
         if (!codecs[i] || avcodec_send_packet(codecs[i].get(), input) < 0) return;
         while (avcodec_receive_frame(codecs[i].get(), frame.get()) >= 0) {
@@ -106,8 +107,12 @@ Contents Decode(const std::string& file) {
                     contents.sound.push_back(Sample(*frame, s));
                 continue;
             }
-            const double time = static_cast<double>(frame->best_effort_timestamp) *
-                                av_q2d(raw->streams[i]->time_base);
+            const double unit = av_q2d(raw->streams[i]->time_base);
+            double time = static_cast<double>(frame->best_effort_timestamp) * unit;
+            // The last of pictures that were reordered: no packet comes that brings it its time.
+            if (frame->best_effort_timestamp == AV_NOPTS_VALUE)
+                time = contents.pictures.back().time + last_step;
+            if (!contents.pictures.empty()) last_step = time - contents.pictures.back().time;
             contents.pictures.push_back({time, MeanLuma(*frame)});
             if (frame->key_frame != 0) contents.key_times.push_back(time);
         }

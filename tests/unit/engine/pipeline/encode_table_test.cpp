@@ -51,16 +51,21 @@ const VideoCase kVideoCases[] = {
     // why                             encoder    mode              passes rate     size      fps    within frames
     {"constant rate",                  "wmv1",     VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
     {"constant rate",                  "wmv2",     VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"constant rate",                  "wmv3",     VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
     {"constant rate",                  "mpeg4",    VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
     {"two passes",                     "wmv1",     VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
     {"two passes",                     "wmv2",     VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
+    {"two passes",                     "wmv3",     VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.02,  150},
     {"two passes",                     "mpeg4",    VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
     {"quality",                        "wmv1",     VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
     {"quality",                        "wmv2",     VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
+    {"quality",                        "wmv3",     VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
     {"quality",                        "mpeg4",    VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
     {"bit-rate VBR in one pass",       "wmv2",     VbrMode::BitRate,  1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"bit-rate VBR in two",            "wmv3",     VbrMode::BitRate,  2,   500'000, 320, 240, 30000, 0.02,  150},
     {"bit-rate VBR in two",            "wmv2",     VbrMode::BitRate,  2,   500'000, 320, 240, 30000, 0.05,  150},
     {"peak VBR",                       "wmv2",     VbrMode::Peak,     1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"peak VBR in two passes",         "wmv3",     VbrMode::Peak,     2,   500'000, 320, 240, 30000, 0.02,  150},
     {"peak VBR in two passes",         "mpeg4",    VbrMode::Peak,     2,   500'000, 320, 240, 30000, 0.05,  150},
     {"uncompressed, rows padded",      "rawvideo", VbrMode::Constant, 1,   0,       161, 59,  30000, 0,     150},
     {"odd height, other shape",        "wmv2",     VbrMode::Constant, 1,   200'000, 162, 121, 30000, 0.10,  150},
@@ -113,18 +118,26 @@ TEST_F(EncodeTable, Video) {
 std::string Packets(const std::string& file) {
     return clips::OutputOf(
         "ffprobe -v error -show_packets -show_data_hash md5 -select_streams v "
-        "-show_entries packet=pts,size,flags,data_hash -of csv " +
+        "-show_entries packet=pts,dts,size,flags,data_hash -of csv " +
         file);
 }
 
 TEST_F(EncodeTable, NumberOfWorkersChangesNothing) {
-    for (const VbrMode mode : {VbrMode::Constant, VbrMode::BitRate}) {
+    struct Case {
+        const char* encoder;
+        VbrMode mode;
+    };
+    for (const auto& [encoder, mode] :
+         {Case{"wmv2", VbrMode::Constant}, Case{"wmv2", VbrMode::BitRate},
+          Case{"wmv3", VbrMode::Constant}, Case{"wmv3", VbrMode::BitRate}}) {
+        SCOPED_TRACE(encoder);
         std::string alone;
         for (const int workers : {1, 2, 3, 7}) {
             SCOPED_TRACE(workers);
             EncodePlan plan = session::Plan(folder_->Path("workers.wmv"));
             plan.passes = mode == VbrMode::BitRate ? 2 : 1;
             VideoPlan video = session::Video(source_);
+            video.codec = &session::VideoCodec(encoder);
             video.mode = mode;
             video.key_frame_distance_ms = 300;  // eight frames a group
             video.encoder_threads = workers;
@@ -276,12 +289,17 @@ TEST_F(EncodeTable, TwoPassesCountTwice) {
     EXPECT_EQ(outcome.video.sample_count.Raw(), 150);
 }
 
+const std::pair<const char*, int> kEncodersInPasses[] = {
+    {"wmv2", 1}, {"wmv2", 2}, {"wmv3", 1}, {"wmv3", 2}};
+
 // The encoder drops what it cannot afford rather than break the rate.
 TEST_F(EncodeTable, ARateFarTooLowCostsFramesNotBits) {
-    for (const int passes : {1, 2}) {
+    for (const auto& [encoder, passes] : kEncodersInPasses) {
+        SCOPED_TRACE(testing::Message() << encoder << " in " << passes);
         EncodePlan plan = session::Plan(folder_->Path("low.wmv"));
         plan.passes = passes;
         plan.video = session::Video(source_);
+        plan.video->codec = &session::VideoCodec(encoder);
         plan.video->bit_rate_bps = 15'000;
         plan.video->buffer_ms = 1000;
         const session::Outcome outcome = session::Run(plan);
@@ -302,14 +320,16 @@ TEST_F(EncodeTable, TheRateGoesByTimeNotByFrames) {
                         " -an -vf \"select=not(mod(n\\,6))\" -vsync vfr -r 25 -enc_time_base 1/25 "
                         "-c:v mpeg4 -q:v 2",
                     folder_->Path("sparse.mkv"));
-    for (const int passes : {1, 2}) {
+    for (const auto& [encoder, passes] : kEncodersInPasses) {
+        SCOPED_TRACE(testing::Message() << encoder << " in " << passes);
         EncodePlan plan = session::Plan(folder_->Path("sparse.wmv"));
         plan.passes = passes;
         plan.video = session::Video(sparse);
+        plan.video->codec = &session::VideoCodec(encoder);
         plan.video->expected_rate = 25000;
         plan.video->bit_rate_bps = 200'000;
         const session::Outcome outcome = session::Run(plan);
-        EXPECT_NEAR(outcome.video.average_bit_rate_bps, 200'000, 20'000) << passes;
+        EXPECT_NEAR(outcome.video.average_bit_rate_bps, 200'000, 20'000);
     }
 }
 
@@ -338,13 +358,15 @@ TEST_F(EncodeTable, TheBufferBoundsEveryStretch) {
         "-f lavfi -i testsrc2=s=320x240:r=25,noise=alls=40:allf=t:enable='gt(mod(t\\,4)\\,3)' "
         "-t 8 -c:v mpeg4 -q:v 2",
         folder_->Path("bursts.avi"));
-    for (const int passes : {1, 2}) {
+    for (const auto& [encoder, passes] : kEncodersInPasses) {
         double most[2] = {};
         for (const int buffer_ms : {500, 3000}) {
-            SCOPED_TRACE(testing::Message() << passes << " passes, " << buffer_ms << " ms");
+            SCOPED_TRACE(testing::Message()
+                         << encoder << ", " << passes << " passes, " << buffer_ms << " ms");
             EncodePlan plan = session::Plan(folder_->Path("out.wmv"));
             plan.passes = passes;
             plan.video = session::Video(bursts);
+            plan.video->codec = &session::VideoCodec(encoder);
             plan.video->bit_rate_bps = 600'000;
             plan.video->buffer_ms = buffer_ms;
             session::Run(plan);
@@ -355,6 +377,54 @@ TEST_F(EncodeTable, TheBufferBoundsEveryStretch) {
         // What the buffer allows is used: for a group's own bursts in one pass, for those of the
         // whole in two.
         EXPECT_GT(most[1], most[0] * (passes == 1 ? 1.2 : 2.0));
+    }
+}
+
+// Of our own encoder in every mode that has one, with pictures between others, after stills.
+TEST_F(EncodeTable, NoBurstOverrunsTheBufferOrThePeak) {
+    const std::string bursts = clips::Make(
+        "-f lavfi -i color=gray:s=320x240:r=25,noise=alls=90:allf=t:enable='gt(mod(t\\,4)\\,3)' "
+        "-t 12 -c:v mpeg4 -q:v 2",
+        folder_->Path("noise.avi"));
+    struct Case {
+        const char* why;
+        VbrMode mode;
+        int passes;
+        int key_distance_ms;
+        double drain_bps, bucket_bits;
+        std::int64_t level_rate_bps;
+    };
+    // clang-format off
+    const Case cases[] = {
+        // why                        mode               passes keys  drain    bucket   level
+        {"constant",                  VbrMode::Constant, 1,     8000, 400'000, 400'000, 0},
+        {"constant, many keys",       VbrMode::Constant, 1,      400, 400'000, 400'000, 0},
+        {"constant, planned",         VbrMode::Constant, 2,     8000, 400'000, 400'000, 0},
+        {"peak",                      VbrMode::Peak,     2,     2000, 800'000, 400'000, 0},
+        {"a device with a quality",   VbrMode::Quality,  1,     2000, 500'000, 400'000, 500'000},
+    };
+    // clang-format on
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.why);
+        EncodePlan plan = session::Plan(folder_->Path("bursts.wmv"));
+        plan.passes = row.passes;
+        plan.video = session::Video(bursts);
+        VideoPlan& video = *plan.video;
+        video.codec = &session::VideoCodec("wmv3");
+        video.mode = row.mode;
+        video.bit_rate_bps = 400'000;
+        video.buffer_ms = 1000;
+        video.peak_rate_bps = 800'000;
+        video.peak_buffer_ms = 500;
+        video.key_frame_distance_ms = row.key_distance_ms;
+        video.level_rate_bps = row.level_rate_bps;
+        video.level_buffer_bits = row.level_rate_bps > 0 ? 400'000 : 0;
+        const session::Outcome outcome = session::Run(plan);
+        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        const double fullest = test_support::FullestBucket(plan.output_path, row.drain_bps);
+        EXPECT_LE(fullest, row.bucket_bits);
+        EXPECT_GT(fullest, row.bucket_bits / 2) << "the bursts were none";
+        EXPECT_EQ(outcome.video.dropped_sample_count.Raw() + outcome.video.sample_count.Raw(), 300);
     }
 }
 

@@ -15,11 +15,16 @@ using namespace engine;
 
 namespace {
 
+// Our own encoder goes by the name that libavcodec has for its decoder.
+template <typename Row>
+std::string_view EncoderOf(const Row& row) {
+    return row.av_encoder != nullptr ? row.av_encoder : "wmv3";
+}
+
 template <typename Rows>
 const auto& RowOf(const Rows& rows, std::string_view encoder) {
     for (const auto& row : rows)
-        if (row.stand_in == nullptr && row.av_encoder != nullptr && row.av_encoder == encoder)
-            return row;
+        if (row.stand_in == nullptr && EncoderOf(row) == encoder) return row;
     throw std::runtime_error("no such codec row");
 }
 

@@ -12,6 +12,7 @@
 
 namespace session {
 
+/// "wmv3" is our own.
 const engine::VideoCodecRow& VideoCodec(const char* av_encoder);
 const engine::AudioCodecRow& AudioCodec(const char* av_encoder);
 
