@@ -22,6 +22,8 @@ struct PictureWish {
     // Of a picture between two others: its place from 1 on in a run of so many.
     int place = 1;
     int run = 1;
+    /// A predicted one may become a key picture where the scene changes.
+    bool may_be_key = true;
 };
 
 /// One thread at a time; coders of several groups may work side by side. Its first picture becomes

@@ -326,15 +326,14 @@ std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& wor
     }
     const auto last = work.next.begin() + static_cast<std::ptrdiff_t>(run);
     const PictureKind kind = work.before ? PictureKind::Predicted : PictureKind::Key;
-    outcomes.push_back(Code(work, *last, {.kind = kind}));
+    // What stands before it refers to more than it: nobody could start from it.
+    outcomes.push_back(Code(work, *last, {.kind = kind, .may_be_key = run == 0}));
     if (!outcomes.front().packet.data) {
         // The others find another one to stand before.
         work.next.erase(last);
         --work.judged;
         return outcomes;
     }
-    // What stands before it refers to more than it, so nobody may start from it.
-    if (run > 0) outcomes.front().packet.key = false;
     for (std::size_t i = 0; i < run; ++i)
         outcomes.push_back(Code(work, work.next[i],
                                 {.kind = PictureKind::Between,

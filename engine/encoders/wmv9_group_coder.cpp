@@ -25,7 +25,7 @@ wmv9::PictureView View(const AVFrame& frame) {
 }
 
 wmv9::PictureRequest Request(const PictureWish& wish) {
-    return {wish.kind, wish.quantiser, wish.place, wish.run};
+    return {wish.kind, wish.quantiser, wish.place, wish.run, wish.may_be_key};
 }
 
 int BetweenFor(const VideoPlan& plan) {
