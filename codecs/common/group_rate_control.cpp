@@ -34,6 +34,8 @@ constexpr double kLargestSurprise = 30;
 constexpr double kUsualBetween = 0.5;
 constexpr double kRecodeMargin = 1.05;
 constexpr double kMostFromWaiting = 8;      // what a picture that waits may take, in usual ones
+constexpr double kForced = 1.3;             // of the quantiser that was wanted
+constexpr double kGrossSurprise = 1.4;      // a picture's bits beside the expected ones
 constexpr double kShortestInterval = 1e-3;  // seconds
 
 }  // namespace
@@ -201,10 +203,10 @@ double GroupRateControl::SoftRoom() const {
     return std::min(HardRoom(), own_limit - own_level_bits_);
 }
 
-bool GroupRateControl::Fits(double bits) const {
+bool GroupRateControl::Fits(double bits, double quantiser) const {
     if (settings_.bucket_rate_bps <= 0 || bits <= HardRoom()) return true;
-    return picture_.kind == PictureKind::Key && outlook_.level_is_exact && level_bits_ <= 0 &&
-           bits > settings_.bucket_bits;
+    return picture_.kind == PictureKind::Key && quantiser >= RateSettings::kMostCoarse &&
+           outlook_.level_is_exact && level_bits_ <= 0 && bits > settings_.bucket_bits;
 }
 
 double GroupRateControl::Coarser(double quantiser, double bits) const {
@@ -217,7 +219,7 @@ double GroupRateControl::Coarser(double quantiser, double bits) const {
 
 // From picture to picture the quantiser changes in steps.
 double GroupRateControl::Restrained(double even) const {
-    if (settings_.steady)
+    if (settings_.steady && deltas_.learnt >= kEarly)
         return std::clamp(even, quantiser_ / kLargestSteadyStep, quantiser_ * kLargestSteadyStep);
     const bool planned = !outlook_.pictures.empty();
     const bool free = planned || deltas_.learnt < kEarly;
@@ -258,6 +260,38 @@ void GroupRateControl::Shorten() {
     seconds_ *= part;
 }
 
+// The quantiser of `picture_`, which is expected to take `expected_`.
+double GroupRateControl::Chosen() {
+    even_ = EvenQuantiser(picture_);
+    double quantiser = 0;
+    if (picture_.kind == PictureKind::Key) {
+        quantiser = key_quantiser_ = KeyQuantiser(even_);
+    } else {
+        if (quantiser_ > 0) even_ = Restrained(even_);
+        quantiser = std::clamp(even_, settings_.finest, settings_.coarsest);
+        if (picture_.kind == PictureKind::Between)
+            quantiser = std::min(kBetweenPart * quantiser, RateSettings::kMostCoarse);
+    }
+    if (settings_.bucket_rate_bps > 0)
+        quantiser = std::max(quantiser, QuantiserFor(kRoomShare * SoftRoom()));
+    return settings_.Coded(quantiser);
+}
+
+double GroupRateControl::Reconsidered(double quantiser, const PictureBits& taken) {
+    if (settings_.finest == settings_.coarsest) return quantiser;
+    if (settings_.steady && deltas_.learnt >= kEarly) return quantiser;
+    const double part = taken.At(quantiser) / std::max(1.0, expected_.At(quantiser));
+    const bool key = picture_.kind == PictureKind::Key;
+    if (part < kGrossSurprise && !(key && part < 1 / kGrossSurprise)) return quantiser;
+    expected_ = taken;
+    return Chosen();
+}
+
+void GroupRateControl::Dropped() {
+    ++result_.dropped;
+    picture_.waiting = {};  // the caller's
+}
+
 GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
     const double passed = decided_ > 0 ? picture.seconds - picture_.seconds : 0;
     picture_ = picture;
@@ -273,32 +307,15 @@ GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
     }
     expected_ = Expected(picture);
 
-    double even = EvenQuantiser(picture);
     Decision decision;
-    if (picture.kind == PictureKind::Key) {
-        decision.quantiser = key_quantiser_ = KeyQuantiser(even);
-    } else {
-        if (quantiser_ > 0) even = Restrained(even);
-        decision.quantiser = std::clamp(even, settings_.finest, settings_.coarsest);
-        if (picture.kind == PictureKind::Between)
-            decision.quantiser =
-                std::min(kBetweenPart * decision.quantiser, RateSettings::kMostCoarse);
-    }
-    if (settings_.bucket_rate_bps > 0) {
-        decision.quantiser = std::max(decision.quantiser, QuantiserFor(kRoomShare * SoftRoom()));
-        decision.drop = settings_.may_drop && MustDrop(picture, even);
-    }
-    decision.quantiser = settings_.Coded(decision.quantiser);
+    decision.quantiser = Chosen();
+    decision.drop = settings_.bucket_rate_bps > 0 && settings_.may_drop && MustDrop(picture, even_);
     decision.expected_bits = expected_.At(decision.quantiser);
-    if (decision.drop)
-        ++result_.dropped;
-    else
-        quantiser_ = std::clamp(even, settings_.finest, settings_.coarsest);
-    picture_.waiting = {};  // the caller's
+    if (decision.drop) Dropped();
     return decision;
 }
 
-void GroupRateControl::Coded(const PictureBits& taken, double bits, bool key) {
+void GroupRateControl::Coded(const PictureBits& taken, double bits, double quantiser, bool key) {
     if (!key) {
         MeanOf(picture_.kind).Learn(taken, picture_.inter_cost);
         deltas_.Learn(FoundPicture{taken, picture_.kind}.ByPredicted(), picture_.step_cost);
@@ -320,6 +337,11 @@ void GroupRateControl::Coded(const PictureBits& taken, double bits, bool key) {
     else
         result_.delta_bits += FoundPicture{taken, picture_.kind}.ByPredicted();
     if (key) result_.key_cost += picture_.intra_cost;
+    quantiser_ = std::clamp(even_, settings_.finest, settings_.coarsest);
+    // Where the buffer has forced it, what follows refers to no better.
+    if (picture_.kind == PictureKind::Between) quantiser /= kBetweenPart;
+    if (quantiser > kForced * quantiser_) quantiser_ = quantiser;
+    picture_.waiting = {};  // the caller's
 }
 
 }  // namespace codecs

@@ -82,14 +82,17 @@ class GroupRateControl {
     /// Whether it may take so much: the buffer holds it, now and with what the groups after this
     /// one may put into it. Only a key picture that is larger than the whole buffer is let through
     /// once the buffer has surely run empty: there would never be another.
-    bool Fits(double bits) const;
+    bool Fits(double bits, double quantiser) const;
+    /// What it had better have in place of `quantiser`, now that it has taken this: the same unless
+    /// that was a surprise.
+    double Reconsidered(double quantiser, const PictureBits& taken);
     /// For that picture in place of `quantiser`, at which it took more than fits; not above 31.
     double Coarser(double quantiser, double bits) const;
-    /// What the picture of the last decision has taken. An encoder may have made a key picture of
-    /// one that was not asked to be one.
-    void Coded(const PictureBits& taken, double bits, bool key);
+    /// What the picture of the last decision has taken, and with which quantiser. An encoder may
+    /// have made a key picture of one that was not asked to be one.
+    void Coded(const PictureBits& taken, double bits, double quantiser, bool key);
     /// In place of Coded: it fitted at no quantiser and was left out.
-    void Dropped() { ++result_.dropped; }
+    void Dropped();
 
     /// `seconds` of it is the outlook's.
     const GroupResult& Result() const { return result_; }
@@ -117,6 +120,7 @@ class GroupRateControl {
     double HardRoom() const;
     double SoftRoom() const;
     double Restrained(double even) const;
+    double Chosen();
     bool MustDrop(const Picture& picture, double even) const;
 
     RateSettings settings_;
@@ -130,6 +134,7 @@ class GroupRateControl {
 
     Picture picture_;            // of the last decision
     PictureBits expected_;       // of it
+    double even_ = 0;            // quantiser at its time, as a predicted picture
     double level_bits_ = 0;      // of the bucket, at most
     double own_level_bits_ = 0;  // had it been empty before the group
     std::size_t decided_ = 0;    // pictures

@@ -48,8 +48,7 @@ class GroupCoder {
     /// How many of the pictures that come next, the last of which would be predicted, are better
     /// coded between two others: the first n of them, n below their number.
     /// @param before  the key or predicted picture before them
-    virtual int ChooseBetween(const AVFrame& /*before*/,
-                              std::span<const AVFrame* const> /*next*/) const {
+    virtual int ChooseBetween(const AVFrame& /*before*/, std::span<const AVFrame* const> /*next*/) {
         return 0;
     }
 };

@@ -33,11 +33,12 @@ std::size_t MostWaiting(std::size_t workers, int group_frames, int between, int 
            (workers - 1) * static_cast<std::size_t>(group_frames) / 2;
 }
 
-// A picture that is recorded waits for no other; a plan of two passes knows them all, and one
+// A picture that is recorded waits for no other; a second pass knows them all, and one
 // quantiser asks for none.
 int Ahead(const VideoPlan& plan, const codecs::RateSettings& rate, const EncoderPass& pass) {
     constexpr int kAhead = 16;
-    return plan.input.capture || pass.count > 1 || rate.finest == rate.coarsest ? 0 : kAhead;
+    const bool planned = !pass.first_report.empty();
+    return plan.input.capture || planned || rate.finest == rate.coarsest ? 0 : kAhead;
 }
 
 codecs::LumaPlane Luma(const AVFrame& frame) {
@@ -385,7 +386,7 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
         control.Dropped();
         return outcome;
     }
-    control.Coded(coded->bits, 8.0 * coded->data->size, coded->key);
+    control.Coded(coded->bits, 8.0 * coded->data->size, wish.quantiser, coded->key);
     outcome.packet.data = std::move(coded->data);
     outcome.packet.key = coded->key;
     outcome.found = {coded->bits, coded->key ? PictureKind::Key : wish.kind};
@@ -397,14 +398,20 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
     return outcome;
 }
 
-// As coarse as the receiver's buffer demands; nothing when it is too large at every quantiser.
+// With `wish.quantiser` as coarse as the receiver's buffer demands; nothing when it is too large at
+// every quantiser.
 std::optional<CodedPicture> GroupedVideoEncoder::Fitted(Work& work, AVFrame& frame,
-                                                        PictureWish wish) const {
+                                                        PictureWish& wish) const {
     codecs::GroupRateControl& control = *work.group->control;
     if (!work.coder) work.coder = make_coder_(control.BucketRoom());
     CodedPicture coded = work.coder->Encode(frame, wish);
     if (!work.coder->Recodes()) return coded;
-    for (int recoded = 0; !control.Fits(8.0 * coded.data->size); ++recoded) {
+    const double better = control.Reconsidered(wish.quantiser, coded.bits);
+    if (better != wish.quantiser) {
+        wish.quantiser = better;
+        coded = work.coder->Recode(frame, wish);
+    }
+    for (int recoded = 0; !control.Fits(8.0 * coded.data->size, wish.quantiser); ++recoded) {
         if (wish.quantiser >= codecs::RateSettings::kMostCoarse) {
             work.coder->Forget();
             return {};

@@ -79,7 +79,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
     void Judge(Work& work) const;
     std::vector<Outcome> CodeRun(Work& work) const;
     Outcome Code(Work& work, Frame& frame, PictureWish wish) const;
-    std::optional<CodedPicture> Fitted(Work& work, AVFrame& frame, PictureWish wish) const;
+    std::optional<CodedPicture> Fitted(Work& work, AVFrame& frame, PictureWish& wish) const;
     void Note(Group& group, Outcome outcome);
     void EndGroup(Group& group);
 

@@ -73,8 +73,7 @@ CodedPicture Wmv9GroupCoder::Packed(const wmv9::CodedPicture& coded) {
     return picture;
 }
 
-int Wmv9GroupCoder::ChooseBetween(const AVFrame& before,
-                                  std::span<const AVFrame* const> next) const {
+int Wmv9GroupCoder::ChooseBetween(const AVFrame& before, std::span<const AVFrame* const> next) {
     std::vector<wmv9::PictureView> views;
     for (const AVFrame* frame : next) views.push_back(View(*frame));
     return encoder_.ChooseBetween(View(before), views);

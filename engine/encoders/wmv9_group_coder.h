@@ -24,7 +24,7 @@ class Wmv9GroupCoder final : public GroupCoder {
     CodedPicture Recode(AVFrame& frame, const PictureWish& wish) override;
     void Forget() override { encoder_.Forget(); }
     bool Recodes() const override { return true; }
-    int ChooseBetween(const AVFrame& before, std::span<const AVFrame* const> next) const override;
+    int ChooseBetween(const AVFrame& before, std::span<const AVFrame* const> next) override;
     /// The same for all groups of a plan.
     std::vector<std::uint8_t> ExtraData() const;
 

@@ -103,7 +103,7 @@ Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups,
             bool fits = !decision.drop;
             while (fits) {
                 taken = encoder.Take(picture, kind, quantiser);
-                if (control.Fits(taken.At(quantiser))) break;
+                if (control.Fits(taken.At(quantiser), quantiser)) break;
                 fits = quantiser < 31;
                 quantiser = control.Coarser(quantiser, taken.At(quantiser));
             }
@@ -113,7 +113,7 @@ Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups,
                 continue;
             }
             const double bits = taken.At(quantiser);
-            control.Coded(taken, bits, kind == PictureKind::Key);
+            control.Coded(taken, bits, quantiser, kind == PictureKind::Key);
             begun = true;
             level += bits;
             outcome.fullest_bucket = std::max(outcome.fullest_bucket, level);
