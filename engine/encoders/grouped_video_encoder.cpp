@@ -273,7 +273,8 @@ bool GroupedVideoEncoder::HasWork(const Work& work) const {
 
 // Frames to choose from: before the first picture is coded there is nothing to be between.
 std::size_t GroupedVideoEncoder::Wanted(const Work& work) const {
-    return static_cast<std::size_t>(1 + ahead_ + (work.before ? between_ : 0));
+    const int frames = 1 + ahead_ + (work.before ? between_ : 0);
+    return static_cast<std::size_t>(frames);
 }
 
 // A picture that others refer to and those before it, or to the end of a group whose frames are all

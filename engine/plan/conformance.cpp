@@ -15,8 +15,8 @@ namespace {
 
 using platform::VbrMode;
 
-constexpr std::int64_t kMacroblock = 16;         // pixels a side
-constexpr std::int64_t kBufferUnit = 16 * 1024;  // bits
+constexpr std::int64_t kMacroblock = 16;      // pixels a side
+constexpr std::int64_t kBufferUnit = 16'384;  // bits
 
 struct Level {
     std::string_view name;
@@ -61,8 +61,8 @@ bool Holds(const Level& level, const VideoPlan& plan) {
 
 void ShortenBuffer(std::int64_t bits, std::int64_t rate_bps, std::int32_t& buffer_ms) {
     if (rate_bps > 0 && buffer_ms > 0)
-        buffer_ms = static_cast<std::int32_t>(
-            std::min<std::int64_t>(buffer_ms, bits * 1000 / rate_bps));
+        buffer_ms =
+            static_cast<std::int32_t>(std::min<std::int64_t>(buffer_ms, bits * 1000 / rate_bps));
 }
 
 [[noreturn]] void RefuseBeyond(const std::string& target, const Level& level,
