@@ -1,6 +1,6 @@
 // Streams of the encoder itself.
 #include <fmt/format.h>
-#include <cmath>
+#include <gtest/gtest.h>
 
 #include <cmath>
 #include <string>
