@@ -19,11 +19,11 @@ int Expected(const TransformBlock& block, int at) {
 
 // A level that may be the last one chosen so far.
 struct Node {
-    std::int64_t cost = 0;    // of all up to here, beside nothing transmitted
-    std::int16_t place = -1;  // in the scan; -1 = before it
-    std::int16_t level = 0;   // as it is reconstructed
-    std::int16_t before = 0;  // node
-    std::int16_t bits = 0;
+    std::int64_t cost;    // of all up to here, beside nothing transmitted
+    std::int16_t place;   // in the scan; -1 = before it
+    std::int16_t level;   // as it is reconstructed
+    std::int16_t before;  // node
+    std::int16_t bits;
 };
 
 class LevelSearch {
@@ -33,9 +33,8 @@ class LevelSearch {
           step_(quantiser.step * kEighths),
           lambda_(quantiser.lambda),
           codes_(codes) {
-        nodes_[0] = {};
+        nodes_[0] = {0, -1, 0, 0, 0};
         survivors_[0] = 0;
-        end_.cost = std::numeric_limits<std::int64_t>::max();
     }
 
     LevelCost Run() {
@@ -58,8 +57,7 @@ class LevelSearch {
     void Visit(int place, int coefficient, int nearest, int expected) {
         const std::int64_t nothing = Square(coefficient - expected * step_);
         const int towards = nearest > expected ? nearest - 1 : nearest + 1;
-        Node best;
-        best.cost = std::numeric_limits<std::int64_t>::max();
+        Node best = kNone;
         for (const int level : {nearest, towards}) {
             if (level == expected) break;
             const int size = std::abs(level - expected);
@@ -93,11 +91,14 @@ class LevelSearch {
     const int step_;
     const std::int64_t lambda_;
     const AcCodes& codes_;
+    static constexpr Node kNone{std::numeric_limits<std::int64_t>::max(), -1, 0, 0, 0};
+
+    // Set as far as they are counted.
     std::array<Node, kMost + 1> nodes_;
     std::array<int, kMost + 1> survivors_;
     int node_count_ = 1;
     int survivor_count_ = 1;
-    Node end_;
+    Node end_ = kNone;
 };
 
 }  // namespace

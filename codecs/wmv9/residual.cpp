@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include "codecs/common/index.h"
@@ -28,6 +29,21 @@ std::ptrdiff_t Stride(const Frame& frame, int n) {
 
 std::uint32_t Limit(const Quantiser& quantiser) {
     return static_cast<std::uint32_t>((1 - kSafeRounding) / kLargestPart * quantiser.step);
+}
+
+bool HasLevels(Shape shape, const std::int16_t* levels) {
+    const bool narrow = shape == Shape::Tall4x8 || shape == Shape::Small4x4;
+    const bool low = shape == Shape::Wide8x4 || shape == Shape::Small4x4;
+    std::uint64_t any = 0;
+    for (int row = 0; row < (low ? 4 : 8); ++row, levels += 8) {
+        std::uint64_t four = 0;
+        std::memcpy(&four, levels, sizeof four);
+        any |= four;
+        if (narrow) continue;
+        std::memcpy(&four, levels + 4, sizeof four);
+        any |= four;
+    }
+    return any != 0;
 }
 
 // A block in transforms of one shape.
@@ -130,6 +146,7 @@ class ResidualCoder {
             const int place = PartPlace(shape, part);
             const TransformBlock block{coefficients.data() + place, shaped.levels.data() + place,
                                        scan, nullptr};
+            if (!HasLevels(shape, block.levels)) continue;
             const LevelCost cost = options_.joint ? ChooseLevels(block, quantiser_, codes)
                                                   : CostOfLevels(block, quantiser_, codes);
             if (cost.any && cost.Joint(quantiser_.lambda) < 0) {
