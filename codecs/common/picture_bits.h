@@ -12,7 +12,7 @@ enum class PictureKind : std::uint8_t { Key, Predicted, Between };
 
 /// The quantiser of a picture between two others as a part of theirs: what it loses, no other
 /// picture inherits.
-inline constexpr double kBetweenPart = 1.25;
+inline constexpr double kBetweenPart = 1.4;
 
 /// A model of a block transform coder: what the coefficients take falls with the quantiser, a
 /// little less than in proportion where it is fine; vectors, types and headers cost the same with

@@ -15,9 +15,8 @@ namespace {
 namespace wmv9 = codecs::wmv9;
 
 constexpr std::int32_t kLargestSide = 8192;
-// Levels of performance from which pictures stand between others: each costs two searches.
-constexpr std::int32_t kOneBetween = 20;
-constexpr std::int32_t kTwoBetween = 60;
+// The level of performance from which pictures stand between others: each costs two searches.
+constexpr std::int32_t kBetweenFrom = 20;
 
 wmv9::PictureView View(const AVFrame& frame) {
     return {{frame.data[0], frame.data[1], frame.data[2]},
@@ -29,8 +28,7 @@ wmv9::PictureRequest Request(const PictureWish& wish) {
 }
 
 int BetweenFor(const VideoPlan& plan) {
-    if (plan.input.capture || plan.simple_profile || plan.performance < kOneBetween) return 0;
-    return plan.performance < kTwoBetween ? 1 : 2;
+    return plan.input.capture || plan.simple_profile || plan.performance < kBetweenFrom ? 0 : 1;
 }
 
 }  // namespace
@@ -45,6 +43,7 @@ wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan) {
     settings.width = plan.width;
     settings.height = plan.height;
     settings.profile = plan.simple_profile ? wmv9::Profile::Simple : wmv9::Profile::Main;
+    settings.adaptive = !plan.simple_profile;
     settings.effort = std::clamp(plan.performance, 0, 100);
     settings.between = BetweenFor(plan);
     settings.pictures_per_second = CodedFrameRate(plan) / 1000.0;
