@@ -165,14 +165,4 @@ FoundVector MotionSearch::Search(const SearchBlock& block, Vector predictor,
     return state.best;
 }
 
-FoundVector MotionSearch::Judge(const SearchBlock& block, Vector predictor, Vector vector) const {
-    State state;
-    state.block = block;
-    state.predictor = predictor;
-    state.source = picture_.source[0].At(block.left, block.top);
-    state.stride = picture_.source[0].stride;
-    const std::uint32_t difference = Measure(state, vector);
-    return {vector, difference, difference + BitCost(state, vector)};
-}
-
 }  // namespace codecs::wmv9

@@ -39,8 +39,6 @@ class MotionSearch {
     /// @param starts     vectors worth a look
     FoundVector Search(const SearchBlock& block, Vector predictor,
                        std::span<const Vector> starts) const;
-    /// The cost of one vector by the measure of the last step.
-    FoundVector Judge(const SearchBlock& block, Vector predictor, Vector vector) const;
 
   private:
     struct State;

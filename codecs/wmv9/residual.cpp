@@ -173,7 +173,7 @@ class ResidualCoder {
         for (const BlockWork& work : work_) tried |= work.tried;
         for (int shape = 0; shape < kShapes; ++shape)
             if ((tried >> shape & 1U) != 0) consider(Uniform(static_cast<Shape>(shape)));
-        if (options_.each_block && (tried & (tried - 1)) != 0) consider(Mixed());
+        if ((tried & (tried - 1)) != 0) consider(Mixed());
         return best;
     }
 

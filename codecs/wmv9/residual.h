@@ -14,7 +14,6 @@ constexpr unsigned kAllShapes = 15;
 struct ResidualOptions {
     unsigned shapes = ShapeBit(Shape::Whole8x8);  // that may be used, unless the picture has one
     bool joint = false;                           // levels by bits and error
-    bool each_block = true;                       // blocks may differ in shape
     /// Smaller transforms are tried where a block takes this many bits.
     int try_from_bits = 0;
 };

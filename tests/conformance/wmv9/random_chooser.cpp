@@ -217,7 +217,6 @@ class Dice {
         ResidualOptions options;
         options.shapes = static_cast<unsigned>(random_.Between(1, kAllShapes));
         options.joint = random_.Roll(50);
-        options.each_block = random_.Roll(70);
         CodeResidual(picture_, estimates_, quantiser_, options, x_, y_, prediction, out_);
     }
 
