@@ -19,7 +19,7 @@ constexpr int kMostRecoded = 2;     // times; then as coarsely as can be
 
 // What is recorded has one, so that each packet follows its picture.
 std::size_t Workers(const VideoPlan& plan) {
-    const int asked = plan.input.capture ? 1 : plan.encoder_threads;
+    const int asked = plan.input.capture || CodesRows(plan) ? 1 : plan.encoder_threads;
     const unsigned count = asked > 0 ? static_cast<unsigned>(asked)
                                      : std::max(1U, std::thread::hardware_concurrency());
     return std::min<std::size_t>(count, codecs::RateLedger::kMostAtOnce);

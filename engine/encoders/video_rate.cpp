@@ -47,6 +47,17 @@ void KeepToLevel(const VideoPlan& plan, codecs::RateSettings& rate) {
     rate.bucket_bits = std::min(rate.bucket_bits, buffer);
 }
 
+bool IsOwn(const VideoPlan& plan) { return plan.codec->av_encoder == nullptr; }
+
+Ticks LengthOf(const VideoPlan& plan, int pictures) {
+    return {
+        static_cast<std::int64_t>(pictures * 1000.0 / CodedFrameRate(plan) * Ticks::kPerSecond)};
+}
+
+Ticks AskedLength(const VideoPlan& plan) {
+    return Ticks::FromMilliseconds(plan.key_frame_distance_ms);
+}
+
 }  // namespace
 
 codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
@@ -87,15 +98,22 @@ int LongestGroup(const VideoPlan& plan) {
     constexpr std::int64_t kMemory = 96U << 20U;  // bytes of a group's frames
     constexpr std::int64_t kFewest = 60;
     constexpr std::int64_t kMost = 100;
+    constexpr std::int64_t kMostOfOwn = 300;
     const std::int64_t frame_bytes = std::int64_t{plan.width} * plan.height * 3 / 2;
-    return static_cast<int>(std::clamp(kMemory / frame_bytes, kFewest, kMost));
+    return static_cast<int>(
+        std::clamp(kMemory / frame_bytes, kFewest, IsOwn(plan) ? kMostOfOwn : kMost));
+}
+
+bool CodesRows(const VideoPlan& plan) {
+    return IsOwn(plan) &&
+           (plan.input.capture || AskedLength(plan) > LengthOf(plan, LongestGroup(plan)));
 }
 
 Ticks GroupLength(const VideoPlan& plan) {
-    const Ticks longest{static_cast<std::int64_t>(LongestGroup(plan) * 1000.0 /
-                                                  CodedFrameRate(plan) * Ticks::kPerSecond)};
-    const Ticks asked = Ticks::FromMilliseconds(plan.key_frame_distance_ms);
+    const Ticks longest = LengthOf(plan, LongestGroup(plan));
+    const Ticks asked = AskedLength(plan);
     if (asked.count <= 0) return longest;
+    if (CodesRows(plan)) return asked;
     const std::int64_t parts = (asked.count + longest.count - 1) / longest.count;
     return {asked.count / parts};
 }

@@ -19,7 +19,12 @@ codecs::RateExperience UsualExperience(const VideoPlan& plan);
 /// In quality mode the one quantiser that the quality stands for.
 codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass);
 
-/// The asked key-frame distance, in as many equal parts as LongestGroup makes necessary.
+/// Whether pictures are coded one after the other, their rows side by side, and not groups of them:
+/// what our own encoder does where groups are longer than that, and with what is recorded.
+bool CodesRows(const VideoPlan& plan);
+
+/// The asked key-frame distance; in as many equal parts as LongestGroup makes necessary, unless
+/// rows are coded side by side.
 Ticks GroupLength(const VideoPlan& plan);
 
 }  // namespace engine

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "engine/encoders/video_header.h"
+#include "engine/encoders/video_rate.h"
 #include "engine/pipeline/av_error.h"
 
 namespace engine {
@@ -48,8 +49,11 @@ wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan) {
     settings.between = BetweenFor(plan);
     settings.pictures_per_second = CodedFrameRate(plan) / 1000.0;
     settings.rate_bps = plan.bit_rate_bps;
-    if (plan.input.capture)
-        settings.threads = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    if (CodesRows(plan))
+        settings.threads =
+            plan.encoder_threads > 0
+                ? plan.encoder_threads
+                : static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
     return settings;
 }
 
