@@ -83,7 +83,7 @@ TEST(Survival, AKilledRunPlaysAndIsMadeWhole) {
         const double encoded = cut.packets.back().send_ms / 1000.0;
         const CommandResult played =
             RunCommand({"ffprobe", "-v", "quiet", "-select_streams", "v", "-show_entries",
-                        "frame=pts_time", "-of", "csv=p=0", part});
+                        "frame=best_effort_timestamp_time", "-of", "csv=p=0", part});
         EXPECT_GT(LatestTime(played.out), encoded - 1);
 
         const CommandResult repair = Console({"--repair", part});
