@@ -24,7 +24,7 @@ struct Effort {
     bool fades = false;        // references are mapped where the brightness changes
     bool overlap = false;      // coarse blocks are smoothed where they meet
     int lookahead_rounds = 0;  // of its motion search
-    int trials = 1;            // ways that are coded whole to choose from
+    bool both_ways = false;    // with one reference and with two, a macroblock is coded whole
 };
 
 const Effort& EffortOf(int level);

@@ -72,7 +72,6 @@ class MacroblockRace {
         const MotionSearch search(picture_, *picture_.past, estimates_, quantiser_, effort_);
         const FoundVector one = search.Search(block, Nearest(prediction), starts.All());
         TryOne(prediction, one.vector);
-        TryNear(prediction, one.vector);
         if (picture_.header.mode == VectorMode::Mixed) TryFour(search, one);
         TryIntra(one.cost);
         Finish();
@@ -96,10 +95,10 @@ class MacroblockRace {
         const FoundVector b = future.Search(block, backward_, to_future.All());
         const std::uint32_t both = BothCost(f, b);
         const std::uint32_t single = std::min(f.cost, b.cost);
-        if (effort_.trials > 2 || both >= single)
+        if (effort_.both_ways || both >= single)
             TryMoved(f.cost <= b.cost ? Direction::Forward : Direction::Backward, f.vector,
                      b.vector);
-        if (effort_.trials > 2 || both < single) TryMoved(Direction::Both, f.vector, b.vector);
+        if (effort_.both_ways || both < single) TryMoved(Direction::Both, f.vector, b.vector);
         TryIntra(std::min(both, single));
         Finish();
     }
@@ -174,21 +173,6 @@ class MacroblockRace {
                       VectorBits(macroblock.differences[0], macroblock.coded != 0, picture_.header);
         trial.macroblock.skipped = macroblock.coded == 0 && macroblock.differences[0] == Vector();
         Consider(trial);
-    }
-
-    // Vectors that may turn out better once they are coded whole.
-    void TryNear(const VectorPrediction& prediction, Vector best) {
-        if (effort_.trials < 2) return;
-        const VectorWindow window = WindowOf(picture_, kLuma * x_, kLuma * y_);
-        const auto consider = [&](Vector vector) {
-            if (!(vector == best) && window.Holds(vector)) TryOne(prediction, vector);
-        };
-        const int step = picture_.header.HalfVectors() ? 2 : 1;
-        for (int y = -step; y <= step; y += step)
-            for (int x = -step; x <= step; x += step)
-                if (effort_.trials > 3 || x == 0 || y == 0)
-                    consider({static_cast<std::int16_t>(best.x + x),
-                              static_cast<std::int16_t>(best.y + y)});
     }
 
     void TryFour(const MotionSearch& search, const FoundVector& one) {

@@ -136,7 +136,7 @@ constexpr OptionNote kNotes[] = {
      "-input film.avi -output film.wmv -v_mode 4 -v_peakbuffer 8000", Today::Works, kNoRate},
     {"-v_performance", "", "0, 20, 40, 60, 80 or 100", "the encoder's own balance",
      "Speed (0) against quality (100) of the encoder's search and decisions. With WMV9 a file has "
-     "pictures that are predicted from both sides from 20 on, one at most between two others.",
+     "pictures that are predicted from both sides from 40 on, one at most between two others.",
      "-input film.avi -output film.wmv -v_performance 100", Today::Works,
      "any other number ends the command without a line"},
     {"-v_preproc", "", "0 to 18, see Filters", "0",

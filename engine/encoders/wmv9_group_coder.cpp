@@ -17,7 +17,7 @@ namespace wmv9 = codecs::wmv9;
 
 constexpr std::int32_t kLargestSide = 8192;
 // The level of performance from which pictures stand between others: each costs two searches.
-constexpr std::int32_t kBetweenFrom = 20;
+constexpr std::int32_t kBetweenFrom = 40;
 
 wmv9::PictureView View(const AVFrame& frame) {
     return {{frame.data[0], frame.data[1], frame.data[2]},

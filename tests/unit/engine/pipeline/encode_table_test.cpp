@@ -416,7 +416,7 @@ TEST_F(EncodeTable, NoBurstOverrunsTheBufferOrThePeak) {
         VideoPlan& video = *plan.video;
         video.codec = &session::VideoCodec("wmv3");
         video.mode = row.mode;
-        video.performance = 20;  // with pictures between others
+        video.performance = 40;  // with pictures between others
         video.bit_rate_bps = 100'000;
         video.buffer_ms = 1000;
         video.peak_rate_bps = 200'000;
