@@ -140,7 +140,7 @@ TEST_F(EncodeTable, NumberOfWorkersChangesNothing) {
             VideoPlan video = session::Video(source_);
             video.codec = &session::VideoCodec(encoder);
             video.mode = mode;
-            video.performance = 20;
+            video.performance = 40;
             video.key_frame_distance_ms = 300;  // eight frames a group
             video.encoder_threads = workers;
             plan.video = video;
