@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/codec_table.h"
 #include "platform/text.h"
 #include "profiles/codec_catalogue.h"
 
@@ -35,15 +36,22 @@ struct CodecList {
     SourceType type;
     int (platform::WMEncProfile2::*count)() const;
     std::string (platform::WMEncProfile2::*name)(int) const;
-    std::string_view (*short_name)(std::uint32_t);
+    std::string_view (*short_name)(std::uint32_t code);  // empty = not of the command language
 };
 
-constexpr CodecList kAudioList = {"Audio Codecs: ", SourceType::Audio,
-                                  &platform::WMEncProfile2::AudioCodecCount,
-                                  &platform::WMEncProfile2::EnumAudioCodec, &AudioShortName};
-constexpr CodecList kVideoList = {"Video Codecs: ", SourceType::Video,
-                                  &platform::WMEncProfile2::VideoCodecCount,
-                                  &platform::WMEncProfile2::EnumVideoCodec, &VideoShortName};
+template <typename Row>
+std::string_view ShortName(const Row* row) {
+    return row == nullptr ? std::string_view() : row->short_name;
+}
+
+constexpr CodecList kAudioList = {
+    "Audio Codecs: ", SourceType::Audio, &platform::WMEncProfile2::AudioCodecCount,
+    &platform::WMEncProfile2::EnumAudioCodec,
+    [](std::uint32_t tag) { return ShortName(platform::FindAudioCodec(tag)); }};
+constexpr CodecList kVideoList = {
+    "Video Codecs: ", SourceType::Video, &platform::WMEncProfile2::VideoCodecCount,
+    &platform::WMEncProfile2::EnumVideoCodec,
+    [](std::uint32_t four_cc) { return ShortName(platform::FindVideoCodec(four_cc)); }};
 
 void ListCodecs(const CodecList& list, platform::Factory& factory, platform::OutputPane& pane) {
     const auto profile = factory.MakeProfile();
@@ -73,10 +81,8 @@ std::string Thousands(std::int32_t rate) {
 /// Prints the formats of one codec in one mode.
 class FormatTable {
   public:
-    FormatTable(platform::OutputPane& pane, VbrMode mode, std::string_view short_name)
-        : pane_(pane),
-          by_quality_(mode == VbrMode::Quality),
-          with_bits_(short_name == "WMA9PRO" || short_name == "WMA9LSL") {}
+    FormatTable(platform::OutputPane& pane, VbrMode mode, bool with_bits)
+        : pane_(pane), by_quality_(mode == VbrMode::Quality), with_bits_(with_bits) {}
 
     void Heading() {
         Row("Argument", by_quality_ ? "Quality" : "Bitrate", "Sampling rate", "Channel",
@@ -128,22 +134,22 @@ void ListAudioFormats(platform::Factory& factory, platform::OutputPane& pane) {
     pane.OutputInfo(fmt::format("{}{}", kLineBreak, kAudioList.heading));
     // A codec that the catalogue does not know is listed under the name of the one before it,
     // whichever mode that was in.
-    std::string_view short_name;
+    const platform::AudioCodecRow* row = nullptr;
     for (const VbrMode mode : kModes) {
         profile->SetVBRMode(SourceType::Audio, 0, mode);
         pane.OutputInfo(std::string(ModeCaption(mode)));
         const int codec_count = profile->AudioCodecCount();
         for (int codec = 0; codec < codec_count; ++codec) {
             const std::string name = profile->EnumAudioCodec(codec);
-            const std::string_view known =
-                AudioShortName(profile->GetCodecFourCCFromIndex(SourceType::Audio, codec));
-            if (!known.empty()) short_name = known;
-            pane.OutputInfo(short_name.empty()
-                                ? fmt::format("\t{}:", name)
-                                : fmt::format("\t{} : {} ({}):", short_name, name, short_name));
+            const platform::AudioCodecRow* const known = platform::FindAudioCodec(
+                profile->GetCodecFourCCFromIndex(SourceType::Audio, codec));
+            if (known != nullptr) row = known;
+            pane.OutputInfo(row == nullptr ? fmt::format("\t{}:", name)
+                                           : fmt::format("\t{} : {} ({}):", row->short_name, name,
+                                                         row->short_name));
             pane.OutputInfo(std::string(kLineBreak));
 
-            FormatTable table(pane, mode, short_name);
+            FormatTable table(pane, mode, row != nullptr && row->several_depths);
             table.Heading();
             const int format_count = profile->AudioFormatCount(codec);
             for (int format = 0; format < format_count; ++format)
