@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "engine/object_model/value_checks.h"
+#include "engine/plan/value_checks.h"
 
 namespace engine {
 
@@ -16,7 +16,7 @@ std::int32_t LastPlace(std::size_t rows) { return static_cast<std::int32_t>(rows
 
 }  // namespace
 
-AudienceState& Audience::State(int stream) const {
+AudienceRecord& Audience::State(int stream) const {
     CheckStream(stream);
     // The profile may have taken over another with fewer audiences since this object was made.
     if (place_ >= profile_->audiences.size())

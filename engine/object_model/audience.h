@@ -5,14 +5,14 @@
 #include <memory>
 #include <string>
 
-#include "engine/object_model/profile_state.h"
+#include "engine/plan/profile_record.h"
 
 namespace engine {
 
 /// A view of one audience in its profile's state, which it keeps alive.
 class Audience : public platform::WMEncAudience {
   public:
-    Audience(std::shared_ptr<ProfileState> profile, std::size_t place)
+    Audience(std::shared_ptr<ProfileRecord> profile, std::size_t place)
         : profile_(std::move(profile)), place_(place) {}
 
     std::int32_t AudioCodec(int stream) const override;
@@ -56,9 +56,9 @@ class Audience : public platform::WMEncAudience {
                      const platform::PropertyValue& value) override;
 
   private:
-    AudienceState& State(int stream) const;
+    AudienceRecord& State(int stream) const;
 
-    std::shared_ptr<ProfileState> profile_;
+    std::shared_ptr<ProfileRecord> profile_;
     std::size_t place_;
 };
 

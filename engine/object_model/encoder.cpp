@@ -4,9 +4,8 @@
 
 #include <fmt/format.h>
 
-#include "engine/object_model/value_checks.h"
 #include "engine/outputs/leftover_parts.h"
-#include "engine/plan/plan_maker.h"
+#include "engine/plan/value_checks.h"
 
 namespace engine {
 
@@ -35,13 +34,16 @@ void Encoder::RefuseWhileRunning() const {
         throw platform::Error(platform::kBusy, "The encoder is running: stop it first");
 }
 
+PrepareParts Encoder::PlanParts() const { return {*parts_->files, parts_->camera_format}; }
+
 void Encoder::PrepareToEncode(bool force) {
     RefuseWhileRunning();
     if ((prepared_ || is_made_) && !force) return;
     prepared_.reset();
     if (std::exchange(is_made_, false)) control_->Forget();
-    EncodePlan plan = MakePlan(tree_, *parts_->files);
-    if (plan.LacksScreen()) plan = WithScreen(plan);
+    SessionRecord session = tree_.Record();
+    EncodePlan plan = MakePlan(session, PlanParts());
+    if (plan.LacksScreen()) plan = WithScreen(std::move(session), plan);
     // What was recorded before cannot be had again; what was encoded is encoded anew.
     if (plan.IsLive()) SetLeftoverAside(plan.output_path);
     notes_ = LeftoverNotes(plan.output_path);
@@ -54,7 +56,7 @@ void Encoder::PrepareToEncode(bool force) {
 }
 
 // The person is asked when all else is right.
-EncodePlan Encoder::WithScreen(const EncodePlan& plan) {
+EncodePlan Encoder::WithScreen(SessionRecord session, const EncodePlan& plan) {
     const CapturePlan& wanted = *plan.video->input.capture;
     const std::shared_ptr<ScreenShare> share = parts_->make_share();
     ScreenSize size;
@@ -66,8 +68,8 @@ EncodePlan Encoder::WithScreen(const EncodePlan& plan) {
         throw;
     }
     question_.reset();
-    tree_.groups.Groups().front()->VideoSources().front()->SetScreenSize(size);
-    EncodePlan whole = MakePlan(tree_, *parts_->files);
+    session.groups.front().video.front().input.capture->screen_size = size;
+    EncodePlan whole = MakePlan(session, PlanParts());
     whole.video->input.capture->share = share;
     return whole;
 }

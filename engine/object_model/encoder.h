@@ -11,6 +11,7 @@
 #include "engine/object_model/screen_question.h"
 #include "engine/object_model/session_tree.h"
 #include "engine/object_model/statistics.h"
+#include "engine/prepare/plan_maker.h"
 #include "platform/event_loop.h"
 
 namespace engine {
@@ -59,7 +60,8 @@ class Encoder : public platform::WMEncoder {
 
   private:
     void RefuseWhileRunning() const;
-    EncodePlan WithScreen(const EncodePlan& plan);
+    PrepareParts PlanParts() const;
+    EncodePlan WithScreen(SessionRecord session, const EncodePlan& plan);
 
     platform::EventLoop& loop_;
     std::shared_ptr<const EngineParts> parts_;

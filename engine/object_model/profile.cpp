@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "engine/object_model/audience.h"
-#include "engine/object_model/value_checks.h"
+#include "engine/plan/value_checks.h"
 
 namespace engine {
 
@@ -28,7 +28,7 @@ const VideoCodecRow& VideoRow(int index) {
 
 }  // namespace
 
-const ProfileState& Profile::StateOf(const platform::WMEncProfile2& profile) {
+const ProfileRecord& Profile::StateOf(const platform::WMEncProfile2& profile) {
     const auto* own = dynamic_cast<const Profile*>(&profile);
     if (own == nullptr)
         RefuseArgument("The profile was not made by this encoder: make a new one and set it up");
@@ -45,7 +45,7 @@ void Profile::SetContentType(std::int32_t content_type) {
 }
 
 std::shared_ptr<platform::WMEncAudience> Profile::AddAudience(std::int32_t bit_rate_bps) {
-    AudienceState audience;
+    AudienceRecord audience;
     audience.bit_rate_bps = InRange("The audience's bit rate", bit_rate_bps, 1, kNoUpperLimit);
     state_->audiences.push_back(audience);
     return Audience(AudienceCount() - 1);
@@ -155,7 +155,7 @@ void Profile::SaveToFile(const std::string& path) {
 }
 
 void Profile::LoadFromIWMProfile(const platform::WMEncProfile2& profile) {
-    *state_ = ProfileState(StateOf(profile));
+    *state_ = ProfileRecord(StateOf(profile));
 }
 
 }  // namespace engine

@@ -4,19 +4,19 @@
 #include <memory>
 #include <string>
 
-#include "engine/object_model/profile_state.h"
+#include "engine/plan/profile_record.h"
 
 namespace engine {
 
 /// Its audiences share its state and may outlive it. Copies share nothing.
 class Profile : public platform::WMEncProfile2 {
   public:
-    Profile() : state_(std::make_shared<ProfileState>()) {}
-    explicit Profile(const ProfileState& state) : state_(std::make_shared<ProfileState>(state)) {}
+    Profile() : state_(std::make_shared<ProfileRecord>()) {}
+    explicit Profile(const ProfileRecord& state) : state_(std::make_shared<ProfileRecord>(state)) {}
 
     /// The state of a profile that this engine made. Throws Error (invalid argument) for others.
-    static const ProfileState& StateOf(const platform::WMEncProfile2& profile);
-    const ProfileState& State() const { return *state_; }
+    static const ProfileRecord& StateOf(const platform::WMEncProfile2& profile);
+    const ProfileRecord& State() const { return *state_; }
 
     std::int32_t ContentType() const override { return state_->content_type; }
     void SetContentType(std::int32_t content_type) override;
@@ -55,7 +55,7 @@ class Profile : public platform::WMEncProfile2 {
     void LoadFromIWMProfile(const platform::WMEncProfile2& profile) override;
 
   private:
-    std::shared_ptr<ProfileState> state_;  // never null
+    std::shared_ptr<ProfileRecord> state_;  // never null
 };
 
 }  // namespace engine

@@ -18,12 +18,12 @@ void CheckProtocol(platform::BroadcastProtocol protocol) {
 
 std::int32_t Broadcast::PortNumber(platform::BroadcastProtocol protocol) const {
     CheckProtocol(protocol);
-    return port_;
+    return state_.http_port;
 }
 
 void Broadcast::SetPortNumber(platform::BroadcastProtocol protocol, std::int32_t port) {
     CheckProtocol(protocol);
-    port_ = InRange("PortNumber", port, 0, 65535);
+    state_.http_port = InRange("PortNumber", port, 0, 65535);
 }
 
 void Attributes::Add(const std::string& name, const platform::AttributeValue& value) {
@@ -40,6 +40,12 @@ std::pair<std::string, platform::AttributeValue> Attributes::Item(int index) con
     if (index < 0 || index >= Count())
         RefuseArgument(fmt::format("There is no attribute {}", index));
     return items_[static_cast<std::size_t>(index)];
+}
+
+SessionRecord SessionTree::Record() const {
+    return {groups.Records(),  file.LocalFileName(), broadcast.State(),
+            display.Content(), attributes.Items(),   auto_stop,
+            video_performance};
 }
 
 }  // namespace engine

@@ -9,6 +9,7 @@
 
 #include "engine/object_model/source_group.h"
 #include "engine/object_model/source_plugins.h"
+#include "engine/plan/session_record.h"
 
 namespace engine {
 
@@ -25,18 +26,17 @@ class Broadcast : public platform::WMEncBroadcast {
   public:
     std::int32_t PortNumber(platform::BroadcastProtocol protocol) const override;
     void SetPortNumber(platform::BroadcastProtocol protocol, std::int32_t port) override;
-    std::string ServerName() const override { return server_; }
-    void SetServerName(const std::string& name) override { server_ = name; }
-    std::string PublishingPoint() const override { return publishing_point_; }
-    void SetPublishingPoint(const std::string& name) override { publishing_point_ = name; }
-    std::string Template() const override { return template_; }
-    void SetTemplate(const std::string& name) override { template_ = name; }
+    std::string ServerName() const override { return state_.server; }
+    void SetServerName(const std::string& name) override { state_.server = name; }
+    std::string PublishingPoint() const override { return state_.publishing_point; }
+    void SetPublishingPoint(const std::string& name) override { state_.publishing_point = name; }
+    std::string Template() const override { return state_.template_name; }
+    void SetTemplate(const std::string& name) override { state_.template_name = name; }
+
+    const BroadcastRecord& State() const { return state_; }
 
   private:
-    std::int32_t port_ = 0;
-    std::string server_;
-    std::string publishing_point_;
-    std::string template_;
+    BroadcastRecord state_;
 };
 
 class DisplayInfo : public platform::WMEncDisplayInfo {
@@ -77,6 +77,9 @@ class Attributes : public platform::WMEncAttributes {
 struct SessionTree {
     explicit SessionTree(const std::shared_ptr<const EngineParts>& parts)
         : groups(parts), plugins(parts) {}
+
+    /// The session as it is set up now.
+    SessionRecord Record() const;
 
     SourceGroups groups;
     OutputFile file;

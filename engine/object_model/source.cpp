@@ -53,63 +53,50 @@ SourceInput OpenInput(const EngineParts& parts, SourceType type, const std::stri
 }
 
 std::int32_t AudioSource::Duration() const {
-    const SourceInput& opened = Opened();
-    return opened.IsFile() ? WholeMilliseconds(opened.media->audio->duration) : 0;
+    const SourceInput& input = state_.input;
+    return input.IsFile() ? WholeMilliseconds(input.media->audio->duration) : 0;
 }
 
 void AudioSource::SetContentMode(std::int32_t mode) {
-    content_mode_ = InRange("ContentMode", mode, 0, 2);
-}
-
-bool VideoSource::IsStill() const { return Opened().IsFile() && Opened().media->video->still; }
-
-std::optional<CameraFormat> VideoSource::CameraFormatFor(const CameraWish& wish) const {
-    const std::optional<CaptureInput>& capture = Opened().capture;
-    if (!capture || capture->device.kind != DeviceKind::Camera) return std::nullopt;
-    return Parts().camera_format(capture->device, wish);
+    state_.content_mode = InRange("ContentMode", mode, 0, 2);
 }
 
 std::int32_t VideoSource::Duration() const {
-    if (IsStill()) return still_duration_;
-    return Opened().IsFile() ? WholeMilliseconds(Opened().media->video->duration) : 0;
+    if (state_.IsStill()) return state_.still_duration_ms;
+    return state_.input.IsFile() ? WholeMilliseconds(state_.input.media->video->duration) : 0;
 }
 
 void VideoSource::SetOptimization(std::int32_t optimization) {
-    optimization_ = InRange("Optimization", optimization, 0, kNoUpperLimit);
+    state_.optimization = InRange("Optimization", optimization, 0, kNoUpperLimit);
 }
 void VideoSource::SetPixelAspectRatioX(std::int32_t x) {
-    pixel_aspect_x_ = InRange("PixelAspectRatioX", x, 1, kMostAspect);
+    state_.pixel_aspect_x = InRange("PixelAspectRatioX", x, 1, kMostAspect);
 }
 void VideoSource::SetPixelAspectRatioY(std::int32_t y) {
-    pixel_aspect_y_ = InRange("PixelAspectRatioY", y, 1, kMostAspect);
+    state_.pixel_aspect_y = InRange("PixelAspectRatioY", y, 1, kMostAspect);
 }
 void VideoSource::SetCroppingLeftMargin(std::int32_t pixels) {
-    left_ = InRange("CroppingLeftMargin", pixels, 0, kMostPixels);
+    state_.left_margin = InRange("CroppingLeftMargin", pixels, 0, kMostPixels);
 }
 void VideoSource::SetCroppingRightMargin(std::int32_t pixels) {
-    right_ = InRange("CroppingRightMargin", pixels, 0, kMostPixels);
+    state_.right_margin = InRange("CroppingRightMargin", pixels, 0, kMostPixels);
 }
 void VideoSource::SetCroppingTopMargin(std::int32_t pixels) {
-    top_ = InRange("CroppingTopMargin", pixels, 0, kMostPixels);
+    state_.top_margin = InRange("CroppingTopMargin", pixels, 0, kMostPixels);
 }
 void VideoSource::SetCroppingBottomMargin(std::int32_t pixels) {
-    bottom_ = InRange("CroppingBottomMargin", pixels, 0, kMostPixels);
+    state_.bottom_margin = InRange("CroppingBottomMargin", pixels, 0, kMostPixels);
 }
 void VideoSource::SetCaptureRate(std::int32_t thousandths) {
-    capture_rate_ = InRange("CaptureRate", thousandths, 1, kMostCaptureRate);
+    state_.capture_rate = InRange("CaptureRate", thousandths, 1, kMostCaptureRate);
 }
 std::string VideoSource::CaptureArea() const {
-    const std::optional<CaptureInput>& capture = Opened().capture;
+    const std::optional<CaptureInput>& capture = state_.input.capture;
     const bool screen = capture && capture->device.kind == DeviceKind::Screen;
     return screen ? Describe(capture->area) : std::string();
 }
-void VideoSource::SetScreenSize(const ScreenSize& size) {
-    SourceInput input = Opened();
-    input.capture->screen_size = size;
-    TakeInput(input);
-}
 void VideoSource::SetStillDuration(std::int32_t milliseconds) {
-    still_duration_ = InRange("StillDuration", milliseconds, 1, kNoUpperLimit);
+    state_.still_duration_ms = InRange("StillDuration", milliseconds, 1, kNoUpperLimit);
 }
 
 }  // namespace engine

@@ -44,6 +44,15 @@ void SourceGroup::SetProfile(const platform::WMEncProfile2& profile) {
     profile_ = std::make_shared<engine::Profile>(Profile::StateOf(profile));
 }
 
+SourceGroupRecord SourceGroup::Record() const {
+    SourceGroupRecord record;
+    record.name = name_;
+    for (const auto& source : audio_) record.audio.push_back(source->State());
+    for (const auto& source : video_) record.video.push_back(source->State());
+    if (profile_) record.profile = profile_->State();
+    return record;
+}
+
 std::shared_ptr<platform::WMEncSourceGroup> SourceGroups::Add(const std::string& name) {
     for (const auto& group : groups_)
         if (group->Name() == name)
@@ -56,6 +65,12 @@ std::shared_ptr<platform::WMEncSourceGroup> SourceGroups::Item(int index) {
     if (index < 0 || index >= Count())
         RefuseArgument(fmt::format("There is no source group {}", index));
     return groups_[static_cast<std::size_t>(index)];
+}
+
+std::vector<SourceGroupRecord> SourceGroups::Records() const {
+    std::vector<SourceGroupRecord> records;
+    for (const auto& group : groups_) records.push_back(group->Record());
+    return records;
 }
 
 void SourceGroups::Remove(const std::string& name) {

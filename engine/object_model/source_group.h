@@ -7,6 +7,7 @@
 
 #include "engine/object_model/profile.h"
 #include "engine/object_model/source.h"
+#include "engine/plan/session_record.h"
 
 namespace engine {
 
@@ -23,9 +24,8 @@ class SourceGroup : public platform::WMEncSourceGroup {
     std::shared_ptr<platform::WMEncProfile2> Profile() override { return profile_; }
     void SetProfile(const platform::WMEncProfile2& profile) override;
 
-    const std::vector<std::shared_ptr<AudioSource>>& AudioSources() const { return audio_; }
-    const std::vector<std::shared_ptr<VideoSource>>& VideoSources() const { return video_; }
-    const engine::Profile* OwnProfile() const { return profile_.get(); }
+    /// The group as it is set up now.
+    SourceGroupRecord Record() const;
 
   private:
     std::string name_;
@@ -45,7 +45,7 @@ class SourceGroups : public platform::WMEncSourceGroupCollection {
     std::shared_ptr<platform::WMEncSourceGroup> Item(int index) override;
     void Remove(const std::string& name) override;
 
-    const std::vector<std::shared_ptr<SourceGroup>>& Groups() const { return groups_; }
+    std::vector<SourceGroupRecord> Records() const;
 
   private:
     std::shared_ptr<const EngineParts> parts_;

@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "engine/object_model/value_checks.h"
+#include "engine/plan/value_checks.h"
 #include "platform/text.h"
 
 namespace engine {

@@ -1,5 +1,5 @@
 #include "engine/object_model/profile.h"
-#include "engine/plan/plan_maker.h"
+#include "engine/prepare/plan_maker.h"
 #include "unit/engine/model/model_fakes.h"
 
 namespace engine {
@@ -30,7 +30,7 @@ struct Session {
     }
     EncodePlan Plan() {
         if (attach) group->SetProfile(profile);
-        return MakePlan(tree, *engine.files);
+        return MakePlan(tree.Record(), {*engine.files, engine.Parts().camera_format});
     }
 
     FakeEngine engine;

@@ -1,8 +1,10 @@
-#include "engine/plan/input_plans.h"
+#include "engine/prepare/input_plans.h"
 
 #include <algorithm>
 
 #include <fmt/format.h>
+
+#include "engine/plan/value_checks.h"
 
 namespace engine {
 
@@ -15,14 +17,10 @@ Ticks FileEnd(const MediaFileInfo& media) {
                     media.video ? media.video->duration : Ticks{});
 }
 
-Ticks MarkInOf(const platform::WMEncSource& source) {
-    return Ticks::FromMilliseconds(source.MarkIn());
-}
-Ticks MarkOutOf(const platform::WMEncSource& source) {
-    return Ticks::FromMilliseconds(source.MarkOut());
-}
+Ticks MarkInOf(const SourceRecord& source) { return Ticks::FromMilliseconds(source.mark_in_ms); }
+Ticks MarkOutOf(const SourceRecord& source) { return Ticks::FromMilliseconds(source.mark_out_ms); }
 
-InputPlan CheckedInput(const platform::WMEncSource& source, const std::string& path, Ticks end,
+InputPlan CheckedInput(const SourceRecord& source, const std::string& path, Ticks end,
                        bool end_is_hard) {
     const Ticks mark_in = MarkInOf(source);
     const Ticks mark_out = MarkOutOf(source);
@@ -32,18 +30,18 @@ InputPlan CheckedInput(const platform::WMEncSource& source, const std::string& p
         RefuseArgument(
             fmt::format("The end mark {} ms is not after the start mark {} ms: give -time "
                         "a later end",
-                        source.MarkOut(), source.MarkIn()));
+                        source.mark_out_ms, source.mark_in_ms));
     if (has_end_mark && end_known && end_is_hard && mark_out > end)
         throw platform::Error(
             platform::kEndMarkPastEnd,
             fmt::format("The end mark {} ms lies past the end of {} ({} ms): give -time an "
                         "earlier end",
-                        source.MarkOut(), path, end.Milliseconds()));
+                        source.mark_out_ms, path, end.Milliseconds()));
     if (!has_end_mark && end_known && mark_in >= end)
         RefuseArgument(
             fmt::format("The start mark {} ms lies past the end of {} ({} ms): give "
                         "-time an earlier start",
-                        source.MarkIn(), path, end.Milliseconds()));
+                        source.mark_in_ms, path, end.Milliseconds()));
     InputPlan plan;
     plan.path = path;
     plan.mark_in = mark_in;
@@ -51,34 +49,34 @@ InputPlan CheckedInput(const platform::WMEncSource& source, const std::string& p
     return plan;
 }
 
-Ticks LengthUpTo(const platform::WMEncSource& source, Ticks end) {
+Ticks LengthUpTo(const SourceRecord& source, Ticks end) {
     const Ticks mark_out = MarkOutOf(source);
     if (mark_out > Ticks{}) end = end > Ticks{} ? std::min(end, mark_out) : mark_out;
     return std::max(Ticks{}, end - MarkInOf(source));
 }
 
 // A capture has no end of its own.
-InputPlan CaptureInputPlan(const platform::WMEncSource& source, const SourceInput& opened) {
+InputPlan CaptureInputPlan(const SourceRecord& source, const SourceInput& opened) {
     const CaptureInput& capture = *opened.capture;
     InputPlan plan = CheckedInput(source, std::string(), Ticks{}, false);
     plan.capture = {capture.device.kind, capture.device.id, capture.device.name, capture.area, 0};
     return plan;
 }
 
-Ticks StillEnd(const VideoSource& source) {
-    return Ticks::FromMilliseconds(source.StillDuration());
+Ticks StillEnd(const VideoSourceRecord& source) {
+    return Ticks::FromMilliseconds(source.still_duration_ms);
 }
 
 }  // namespace
 
-InputPlan PlanInput(const AudioSource& source) {
-    const SourceInput& opened = source.Opened();
+InputPlan PlanInput(const AudioSourceRecord& source) {
+    const SourceInput& opened = source.input;
     if (opened.capture) return CaptureInputPlan(source, opened);
     return CheckedInput(source, opened.host_path, FileEnd(*opened.media), true);
 }
 
-InputPlan PlanInput(const VideoSource& source) {
-    const SourceInput& opened = source.Opened();
+InputPlan PlanInput(const VideoSourceRecord& source) {
+    const SourceInput& opened = source.input;
     if (opened.capture) return CaptureInputPlan(source, opened);
     if (!source.IsStill())
         return CheckedInput(source, opened.host_path, FileEnd(*opened.media), true);
@@ -88,16 +86,16 @@ InputPlan PlanInput(const VideoSource& source) {
     return plan;
 }
 
-Ticks EncodedLength(const AudioSource& source) {
-    const SourceInput& opened = source.Opened();
+Ticks EncodedLength(const AudioSourceRecord& source) {
+    const SourceInput& opened = source.input;
     return LengthUpTo(source, opened.capture ? Ticks{} : opened.media->audio->duration);
 }
 
-Ticks EncodedLength(const VideoSource& source) {
-    const SourceInput& opened = source.Opened();
+Ticks EncodedLength(const VideoSourceRecord& source) {
+    const SourceInput& opened = source.input;
     if (opened.capture) return LengthUpTo(source, Ticks{});
     if (!source.IsStill()) return LengthUpTo(source, opened.media->video->duration);
-    const Ticks end = source.MarkOut() != 0 ? MarkOutOf(source) : StillEnd(source);
+    const Ticks end = source.mark_out_ms != 0 ? MarkOutOf(source) : StillEnd(source);
     return std::max(Ticks{}, end - MarkInOf(source));
 }
 

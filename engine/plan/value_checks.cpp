@@ -1,4 +1,4 @@
-#include "engine/object_model/value_checks.h"
+#include "engine/plan/value_checks.h"
 
 #include <fmt/format.h>
 
@@ -6,6 +6,10 @@ namespace engine {
 
 void RefuseArgument(const std::string& description) {
     throw platform::Error(platform::kInvalidArgument, description);
+}
+
+void RefuseUnbuilt(const std::string& description) {
+    throw platform::Error(platform::kNotImplemented, description);
 }
 
 std::int32_t InRange(const char* property, std::int32_t value, std::int32_t least,

@@ -35,14 +35,14 @@ struct VideoSettings {
     std::int32_t peak_rate_bps = 0;
 };
 
-struct AudienceState {
+struct AudienceRecord {
     std::int32_t bit_rate_bps = 0;
     AudioSettings audio;
     VideoSettings video;
     std::map<std::pair<platform::SourceType, std::string>, platform::PropertyValue> properties;
 };
 
-struct ProfileState {
+struct ProfileRecord {
     std::int32_t content_type = platform::kContentAudioVideo;
     std::string name;
     platform::VbrMode audio_mode = platform::VbrMode::Constant;
@@ -51,7 +51,7 @@ struct ProfileState {
     bool interlaced = false;
     std::int32_t min_packet_bytes = 0;
     std::int32_t max_packet_bytes = 0;
-    std::vector<AudienceState> audiences;
+    std::vector<AudienceRecord> audiences;
 };
 
 }  // namespace engine

@@ -1,4 +1,4 @@
-// The checks of single values that the tree's properties share.
+// The checks of single values, and how a session is refused.
 #pragma once
 
 #include <cstdint>
@@ -21,6 +21,10 @@ void CheckStream(int stream);
 /// Throws Error (invalid argument) unless the type is audio or video.
 void CheckAudioOrVideo(platform::SourceType type);
 
+/// Throws Error (invalid argument).
 [[noreturn]] void RefuseArgument(const std::string& description);
+
+/// Throws Error (not implemented): what cannot be done yet.
+[[noreturn]] void RefuseUnbuilt(const std::string& description);
 
 }  // namespace engine

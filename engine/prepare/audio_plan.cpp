@@ -1,0 +1,65 @@
+#include "engine/prepare/audio_plan.h"
+
+#include <variant>
+
+#include <fmt/format.h>
+
+#include "engine/plan/value_checks.h"
+#include "engine/prepare/peak_plan.h"
+
+namespace engine {
+namespace {
+
+using platform::VbrMode;
+
+constexpr std::int32_t kAudioPeakBufferMs = 3000;
+
+}  // namespace
+
+AudioPlan PlanAudio(const AudioSourceRecord& source, const ProfileRecord& profile) {
+    const AudioSettings& audio = profile.audiences.front().audio;
+    if (!source.content_edl.empty())
+        RefuseUnbuilt(
+            fmt::format("The optimization definition file {} cannot be used yet: leave "
+                        "-a_contentedl out",
+                        source.content_edl));
+    if (audio.format.sampling_rate == 0)
+        RefuseArgument("The profile has no audio format: give -a_setting or a profile code");
+    AudioPlan plan;
+    plan.codec = &AudioCodecs()[static_cast<std::size_t>(audio.codec)];
+    plan.mode = profile.audio_mode;
+    // Codec and mode may have been changed after the format was chosen.
+    plan.format = RequireAudioFormat(*plan.codec, plan.mode, audio.format);
+    plan.written = WrittenFor(*plan.codec, plan.mode, plan.format);
+    plan.codec_name = AudioDisplayName(*plan.codec, plan.mode);
+    plan.codec_description = AudioDescription(*plan.codec, plan.mode, plan.format);
+    if (plan.mode == VbrMode::Peak) {
+        plan.peak_rate_bps =
+            PeakFor("audio", "-a_peakbitrate", plan.format.value, audio.peak_rate_bps);
+        plan.peak_buffer_ms = audio.peak_buffer_ms != 0 ? audio.peak_buffer_ms : kAudioPeakBufferMs;
+    }
+    return plan;
+}
+
+FoldDown PlanFoldDown(
+    const std::vector<std::pair<std::string, platform::AttributeValue>>& attributes) {
+    FoldDown levels;
+    const auto take = [&](const char* name, std::int32_t& level) {
+        for (const auto& [attribute, value] : attributes) {
+            const std::int32_t* number = std::get_if<std::int32_t>(&value);
+            if (attribute != name || number == nullptr) continue;
+            if (*number > 0 || *number < -FoldDown::kSilence)
+                RefuseArgument(
+                    fmt::format("{} {} is no attenuation: give -a_folddown6to2 numbers from 0 to "
+                                "{} decibels",
+                                name, -std::int64_t{*number}, FoldDown::kSilence));
+            level = -*number;
+        }
+    };
+    take("SurroundMix", levels.surround);
+    take("CenterMix", levels.center);
+    take("LFEMix", levels.lfe);
+    return levels;
+}
+
+}  // namespace engine

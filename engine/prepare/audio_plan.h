@@ -1,0 +1,22 @@
+// The plan of the audio stream: what its source and the audience say about it.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "engine/plan/encode_plan.h"
+#include "engine/plan/profile_record.h"
+#include "engine/plan/source_record.h"
+
+namespace engine {
+
+/// The stream without its input. Throws Error (invalid argument, not implemented).
+AudioPlan PlanAudio(const AudioSourceRecord& source, const ProfileRecord& profile);
+
+/// The levels that the attributes SurroundMix, CenterMix and LFEMix give, as numbers from -144 to
+/// 0; an attribute that is absent leaves the usual one. Throws Error (invalid argument).
+FoldDown PlanFoldDown(
+    const std::vector<std::pair<std::string, platform::AttributeValue>>& attributes);
+
+}  // namespace engine

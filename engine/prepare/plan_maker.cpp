@@ -1,0 +1,138 @@
+#include "engine/prepare/plan_maker.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "engine/plan/value_checks.h"
+#include "engine/prepare/audio_plan.h"
+#include "engine/prepare/input_plans.h"
+#include "engine/prepare/output_plan.h"
+#include "engine/prepare/video_plan.h"
+
+namespace engine {
+
+namespace {
+
+using platform::kContentAudio;
+using platform::kContentVideo;
+
+std::string InputName(const SourceInput& input) {
+    if (!input.IsSet()) return "one without input";
+    return input.scheme.empty() ? input.input : fmt::format("{} ({})", input.input, input.scheme);
+}
+
+template <typename Source>
+void RefuseSecond(const char* medium, const std::vector<Source>& sources) {
+    if (sources.size() > 1)
+        RefuseArgument(fmt::format("There are two {} sources, {} and {}: give one of them", medium,
+                                   InputName(sources[0].input), InputName(sources[1].input)));
+}
+
+// The one group, which has sources and a profile.
+const SourceGroupRecord& CheckedGroup(const std::vector<SourceGroupRecord>& groups) {
+    if (groups.size() > 1)
+        RefuseArgument(fmt::format("There are two source groups, {} and {}: one can be encoded",
+                                   groups[0].name, groups[1].name));
+    if (groups.empty() || (groups.front().audio.empty() && groups.front().video.empty()))
+        RefuseArgument("There is no input: give -input a media file");
+    const SourceGroupRecord& group = groups.front();
+    RefuseSecond("audio", group.audio);
+    RefuseSecond("video", group.video);
+    if (!group.profile || group.profile->audiences.empty())
+        RefuseArgument(
+            fmt::format("The source group {} has no profile: give -profile a code, or "
+                        "audio and video options",
+                        group.name));
+    return group;
+}
+
+// The source of a stream that the profile has; null when the profile is of the other kind.
+template <typename Source>
+const Source* SourceOf(const char* medium, const ProfileRecord& profile, std::int32_t kind,
+                       const std::vector<Source>& sources) {
+    if ((profile.content_type & kind) == 0) return nullptr;
+    if (sources.empty())
+        RefuseArgument(
+            fmt::format("The profile {} has {}, but there is no {} source: choose a "
+                        "profile without it or another input",
+                        profile.name, medium, medium));
+    if (!sources.front().input.IsSet())
+        RefuseArgument(fmt::format("The {} source has no input: give -input a media file", medium));
+    return &sources.front();
+}
+
+std::optional<CameraFormat> CameraFormatOf(const VideoSourceRecord& source,
+                                           const ProfileRecord& profile,
+                                           const PrepareParts& parts) {
+    const std::optional<CaptureInput>& capture = source.input.capture;
+    if (!capture || capture->device.kind != DeviceKind::Camera) return std::nullopt;
+    return parts.camera_format(capture->device, PlanCameraWish(source, profile));
+}
+
+// How many channels a device has shows when it is opened.
+bool MayBeSurround(const SourceInput& input) {
+    return input.capture || input.media->audio->channels > 2;
+}
+
+void CheckCaptures(const EncodePlan& plan) {
+    if (!plan.IsLive()) return;
+    const auto& audio = plan.audio;
+    const auto& video = plan.video;
+    if (audio && video && !(audio->input.capture && video->input.capture))
+        RefuseUnbuilt(
+            fmt::format("{} and {}: a file and what is captured cannot be encoded together; record "
+                        "first, then encode",
+                        audio->input.Name(), video->input.Name()));
+    if (plan.passes > 1)
+        RefuseArgument(
+            fmt::format("{} is captured, and two passes would need it twice: choose a profile of "
+                        "one pass, or give -a_mode 2 and -v_mode 2",
+                        video ? video->input.Name() : audio->input.Name()));
+}
+
+}  // namespace
+
+EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
+    const SourceGroupRecord& group = CheckedGroup(session.groups);
+    const ProfileRecord& profile = *group.profile;
+    const AudioSourceRecord* audio = SourceOf("audio", profile, kContentAudio, group.audio);
+    const VideoSourceRecord* video = SourceOf("video", profile, kContentVideo, group.video);
+    RefuseUnbuiltOutputs(session.broadcast);
+
+    EncodePlan plan;
+    if (audio != nullptr) {
+        plan.audio = PlanAudio(*audio, profile);
+        if (MayBeSurround(audio->input) && plan.audio->written.format.channels == 2)
+            plan.audio->fold_down = PlanFoldDown(session.attributes);
+    }
+    std::optional<CameraFormat> camera;
+    if (video != nullptr) {
+        camera = CameraFormatOf(*video, profile, parts);
+        plan.video = PlanVideo(*video, profile, session.video_performance, camera);
+    }
+    PlanPackets(profile, plan);
+    plan.output_path = CheckedOutput(session.output, group, parts.files);
+    plan.auto_stop = session.auto_stop;
+    plan.content = session.content;
+    plan.attributes = session.attributes;
+    if (audio != nullptr) {
+        plan.audio->input = PlanInput(*audio);
+        plan.media_length = EncodedLength(*audio);
+        if (audio->pre_process_pass == 1) plan.passes = 2;
+    }
+    if (video != nullptr) {
+        plan.video->input = PlanInput(*video);
+        plan.media_length = std::max(plan.media_length, EncodedLength(*video));
+        if (video->pre_process_pass == 1) plan.passes = 2;
+        if (plan.video->input.capture) plan.video->input.capture->rate = plan.video->expected_rate;
+        if (camera) plan.video->input.capture->camera = *camera;
+    }
+    CheckCaptures(plan);
+    return plan;
+}
+
+}  // namespace engine
