@@ -171,7 +171,7 @@ std::string FormatTables() {
 
 std::string PixelFormatList() {
     std::string names;
-    for (const profiles::CatalogueRow& row : profiles::kPixelFormats)
+    for (const profiles::PixelFormatRow& row : profiles::kPixelFormats)
         names += fmt::format("{}{}", names.empty() ? "" : ", ", row.name);
     return "## Pixel formats\n\n" + names + "\n";
 }
