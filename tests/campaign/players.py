@@ -1,0 +1,39 @@
+"""What independent tools make of a file."""
+
+import re
+import subprocess
+
+TIMEOUT = 60
+
+
+def _run(words):
+    try:
+        return subprocess.run(words, capture_output=True, timeout=TIMEOUT, stdin=subprocess.DEVNULL)
+    except subprocess.TimeoutExpired:
+        return None
+
+
+def decoded(path):
+    """What a decoder complains of, and how many seconds the file plays."""
+    done = _run(["ffmpeg", "-v", "error", "-nostdin", "-progress", "pipe:1", "-i", f"file:{path}", "-f", "null", "-"])
+    if done is None:
+        return f"not decoded in {TIMEOUT} s", float("inf")
+    times = re.findall(rb"out_time_us=(\d+)", done.stdout)
+    complaint = done.stderr.decode(errors="replace").strip()
+    if not complaint and done.returncode != 0:
+        complaint = f"ffmpeg ends with {done.returncode}"
+    return complaint, int(times[-1]) / 1e6 if times else 0.0
+
+
+def opened(path):
+    """Whether a player finds a stream that it knows."""
+    done = _run(["ffprobe", "-v", "quiet", "-show_entries", "stream=codec_name", "-of", "csv=p=0", f"file:{path}"])
+    return done is not None and done.returncode == 0 and bool(set(done.stdout.split()) - {b"unknown"})
+
+
+def stated_seconds(path):
+    """The longest length that the file gives of itself."""
+    done = _run(["ffprobe", "-v", "quiet", "-show_entries", "format=duration:stream=duration", "-of", "csv=p=0",
+                 f"file:{path}"])
+    numbers = re.findall(rb"[\d.]+", done.stdout) if done else []
+    return max((float(number) for number in numbers), default=0.0)
