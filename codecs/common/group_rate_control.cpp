@@ -24,14 +24,14 @@ constexpr double kNoise = 0.02;
 constexpr double kRoomShare = 0.6;
 constexpr double kDraining = 0.7;  // of the bucket's rate, at a group's end
 constexpr double kSurprise = 2;
-// Of the bucket; one that holds no more takes a key picture whatever its size.
+// Of the bucket; one that holds no more takes an I picture whatever its size.
 constexpr double kNearlyEmpty = 0.15;
 constexpr int kHalvings = 40;
 constexpr double kNoBits = 1e4;  // the quantiser where none are left
 constexpr double kLeastSurprise = 0.25;
 constexpr double kLargestSurprise = 30;
-// Of a picture between two others, beside a predicted one, before any is known.
-constexpr double kUsualBetween = 0.5;
+// Of a B picture, beside a P picture, before any is known.
+constexpr double kUsualB = 0.5;
 constexpr double kRecodeMargin = 1.05;
 constexpr double kMostFromWaiting = 8;      // what a picture that waits may take, in usual ones
 constexpr double kForced = 1.3;             // of the quantiser that was wanted
@@ -48,7 +48,7 @@ GroupRateControl::GroupRateControl(const RateSettings& settings, GroupOutlook ou
       level_bits_(outlook_.bucket_level_bits),
       interval_(1 / outlook_.experience.pictures_per_second) {
     result_.seconds = outlook_.seconds;
-    for (const FoundPicture& picture : outlook_.pictures) found_ += picture.ByPredicted();
+    for (const FoundPicture& picture : outlook_.pictures) found_ += picture.ByP();
     undecided_ = found_;
 }
 
@@ -60,12 +60,12 @@ void GroupRateControl::Mean::Learn(const PictureBits& taken, double inter_cost) 
     cost += weight * (inter_cost - cost);
 }
 
-// Until deltas are known, what they usually are beside a key picture.
+// Until deltas are known, what they usually are beside an I picture.
 PictureBits GroupRateControl::DeltaMean() const {
-    const double key = result_.keys > 0
-                           ? result_.key_bits.texture / static_cast<double>(result_.keys)
-                           : outlook_.experience.key_texture_per_cost * picture_.intra_cost;
-    const PictureBits usual{outlook_.experience.delta_texture * key,
+    const double i_texture = result_.i_pictures > 0
+                                 ? result_.i_bits.texture / static_cast<double>(result_.i_pictures)
+                                 : outlook_.experience.i_texture_per_cost * picture_.intra_cost;
+    const PictureBits usual{outlook_.experience.delta_texture * i_texture,
                             outlook_.experience.delta_fixed};
     if (deltas_.learnt == 0) return usual;
     if (deltas_.learnt >= kDeltaMemory) return deltas_.bits;
@@ -79,16 +79,15 @@ PictureBits GroupRateControl::DeltaMean() const {
 PictureBits GroupRateControl::Expected(const Picture& picture) {
     if (picture.index < outlook_.pictures.size()) {
         const FoundPicture& found = outlook_.pictures[picture.index];
-        const bool trusted = found.kind != PictureKind::Key && picture.kind != PictureKind::Key;
+        const bool trusted = found.kind != PictureKind::kI && picture.kind != PictureKind::kI;
         return {found.bits.texture * (trusted ? texture_trust_ : 1), found.bits.fixed};
     }
-    if (picture.kind == PictureKind::Key)
-        return {outlook_.experience.key_texture_per_cost * picture.intra_cost,
-                outlook_.experience.key_fixed};
+    if (picture.kind == PictureKind::kI)
+        return {outlook_.experience.i_texture_per_cost * picture.intra_cost,
+                outlook_.experience.i_fixed};
     const Mean& mean = MeanOf(picture.kind);
     if (mean.learnt == 0) {
-        const bool between = picture.kind == PictureKind::Between;
-        return DeltaMean() * (between ? kUsualBetween : 1);
+        return DeltaMean() * (picture.kind == PictureKind::kB ? kUsualB : 1);
     }
     PictureBits delta = mean.bits;
     const double noise = kNoise * picture.intra_cost;
@@ -123,12 +122,12 @@ double GroupRateControl::Remaining() const {
     return std::max(0.0, (seconds_ - picture_.seconds) / interval_ - 1);
 }
 
-double GroupRateControl::KeyPart() const {
+double GroupRateControl::IPart() const {
     const std::size_t pictures = outlook_.pictures.size();
-    if (pictures < 2) return KeyQuantiserPart(outlook_.experience.delta_texture, Remaining());
+    if (pictures < 2) return IQuantiserPart(outlook_.experience.delta_texture, Remaining());
     const double deltas = static_cast<double>(pictures) - 1;
-    const double key = outlook_.pictures.front().bits.texture;
-    return KeyQuantiserPart((found_.texture - key) / deltas / std::max(1.0, key), deltas);
+    const double i_texture = outlook_.pictures.front().bits.texture;
+    return IQuantiserPart((found_.texture - i_texture) / deltas / std::max(1.0, i_texture), deltas);
 }
 
 // The quantiser at which this picture and all that follow take just what is left. As if the group
@@ -147,15 +146,15 @@ double GroupRateControl::EvenQuantiser(const Picture& picture) const {
     others += beyond;
     const double bits = budget_bits_ * (1 + share) - result_.bits;
     if (bits <= others.fixed + expected_.fixed) return kNoBits;
-    if (picture.kind != PictureKind::Key) {
-        others += FoundPicture{expected_, picture.kind}.ByPredicted();
+    if (picture.kind != PictureKind::kI) {
+        others += FoundPicture{expected_, picture.kind}.ByP();
         return others.QuantiserFor(bits);
     }
     double fine = 0;
     double coarse = kNoBits;
     for (int i = 0; i < kHalvings; ++i) {
         const double middle = (fine + coarse) / 2;
-        (expected_.At(middle * KeyPart()) + others.At(middle) > bits ? fine : coarse) = middle;
+        (expected_.At(middle * IPart()) + others.At(middle) > bits ? fine : coarse) = middle;
     }
     return coarse;
 }
@@ -167,11 +166,11 @@ double GroupRateControl::QuantiserFor(double bits) const {
 }
 
 // Finer than the others; but where those are at their coarsest, what they leave.
-double GroupRateControl::KeyQuantiser(double even) const {
+double GroupRateControl::IQuantiser(double even) const {
     if (even < settings_.coarsest)
-        return std::clamp(even * KeyPart(), settings_.finest, settings_.coarsest);
+        return std::clamp(even * IPart(), settings_.finest, settings_.coarsest);
     const double others = Following().At(settings_.coarsest);
-    return std::max(settings_.coarsest * KeyPart(), QuantiserFor(budget_bits_ - others));
+    return std::max(settings_.coarsest * IPart(), QuantiserFor(budget_bits_ - others));
 }
 
 // By how much the group is ahead of its budget once the picture at `seconds` is coded as coarsely
@@ -205,7 +204,7 @@ double GroupRateControl::SoftRoom() const {
 
 bool GroupRateControl::Fits(double bits, double quantiser) const {
     if (settings_.bucket_rate_bps <= 0 || bits <= HardRoom()) return true;
-    return picture_.kind == PictureKind::Key && quantiser >= RateSettings::kMostCoarse &&
+    return picture_.kind == PictureKind::kI && quantiser >= RateSettings::kMostCoarse &&
            outlook_.level_is_exact && level_bits_ <= 0 && bits > settings_.bucket_bits;
 }
 
@@ -228,12 +227,12 @@ double GroupRateControl::Restrained(double even) const {
         std::clamp(even, quantiser_ / (free ? kLargestFreeStep : kLargestStep),
                    quantiser_ * (free || surprise ? kLargestFreeStep : kLargestStep));
     // Finer than what they are predicted from would mostly code its noise.
-    return free && !planned ? std::max(restrained, key_quantiser_) : restrained;
+    return free && !planned ? std::max(restrained, i_quantiser_) : restrained;
 }
 
 bool GroupRateControl::MustDrop(const Picture& picture, double even) const {
     const double least = expected_.At(settings_.coarsest);
-    if (picture.kind == PictureKind::Key)
+    if (picture.kind == PictureKind::kI)
         return least > HardRoom() && level_bits_ > kNearlyEmpty * settings_.bucket_bits;
     if (least > HardRoom()) return true;
     return even >= settings_.coarsest && Overdraft(picture.seconds) > 0;
@@ -264,13 +263,13 @@ void GroupRateControl::Shorten() {
 double GroupRateControl::Chosen() {
     even_ = EvenQuantiser(picture_);
     double quantiser = 0;
-    if (picture_.kind == PictureKind::Key) {
-        quantiser = key_quantiser_ = KeyQuantiser(even_);
+    if (picture_.kind == PictureKind::kI) {
+        quantiser = i_quantiser_ = IQuantiser(even_);
     } else {
         if (quantiser_ > 0) even_ = Restrained(even_);
         quantiser = std::clamp(even_, settings_.finest, settings_.coarsest);
-        if (picture_.kind == PictureKind::Between)
-            quantiser = std::min(kBetweenPart * quantiser, RateSettings::kMostCoarse);
+        if (picture_.kind == PictureKind::kB)
+            quantiser = std::min(kBQuantiserPart * quantiser, RateSettings::kMostCoarse);
     }
     if (settings_.bucket_rate_bps > 0)
         quantiser = std::max(quantiser, QuantiserFor(kRoomShare * SoftRoom()));
@@ -281,8 +280,8 @@ double GroupRateControl::Reconsidered(double quantiser, const PictureBits& taken
     if (settings_.finest == settings_.coarsest) return quantiser;
     if (settings_.steady && deltas_.learnt >= kEarly) return quantiser;
     const double part = taken.At(quantiser) / std::max(1.0, expected_.At(quantiser));
-    const bool key = picture_.kind == PictureKind::Key;
-    if (part < kGrossSurprise && !(key && part < 1 / kGrossSurprise)) return quantiser;
+    const bool is_i = picture_.kind == PictureKind::kI;
+    if (part < kGrossSurprise && !(is_i && part < 1 / kGrossSurprise)) return quantiser;
     expected_ = taken;
     return Chosen();
 }
@@ -301,7 +300,7 @@ GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
     own_level_bits_ = std::max(0.0, own_level_bits_ - passed * settings_.bucket_rate_bps);
     ++decided_;
     if (picture.index < outlook_.pictures.size()) {
-        const PictureBits found = outlook_.pictures[picture.index].ByPredicted();
+        const PictureBits found = outlook_.pictures[picture.index].ByP();
         undecided_.texture = std::max(0.0, undecided_.texture - found.texture);
         undecided_.fixed = std::max(0.0, undecided_.fixed - found.fixed);
     }
@@ -315,12 +314,12 @@ GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
     return decision;
 }
 
-void GroupRateControl::Coded(const PictureBits& taken, double bits, double quantiser, bool key) {
-    if (!key) {
+void GroupRateControl::Coded(const PictureBits& taken, double bits, double quantiser, bool is_i) {
+    if (!is_i) {
         MeanOf(picture_.kind).Learn(taken, picture_.inter_cost);
-        deltas_.Learn(FoundPicture{taken, picture_.kind}.ByPredicted(), picture_.step_cost);
+        deltas_.Learn(FoundPicture{taken, picture_.kind}.ByP(), picture_.step_cost);
     }
-    if (!key && expected_.texture > 0 && !outlook_.pictures.empty()) {
+    if (!is_i && expected_.texture > 0 && !outlook_.pictures.empty()) {
         const double found = expected_.texture / texture_trust_;
         const double weight = std::max(kTrustMemory, 1.0 / static_cast<double>(decided_));
         texture_trust_ += weight * (taken.texture / found - texture_trust_);
@@ -331,15 +330,15 @@ void GroupRateControl::Coded(const PictureBits& taken, double bits, double quant
     result_.bits += bits;
     result_.own_level_bits = own_level_bits_;
     result_.last_seconds = picture_.seconds;
-    (key ? result_.keys : result_.deltas) += 1;
-    if (key)
-        result_.key_bits += taken;
+    (is_i ? result_.i_pictures : result_.deltas) += 1;
+    if (is_i)
+        result_.i_bits += taken;
     else
-        result_.delta_bits += FoundPicture{taken, picture_.kind}.ByPredicted();
-    if (key) result_.key_cost += picture_.intra_cost;
+        result_.delta_bits += FoundPicture{taken, picture_.kind}.ByP();
+    if (is_i) result_.i_cost += picture_.intra_cost;
     quantiser_ = std::clamp(even_, settings_.finest, settings_.coarsest);
     // Where the buffer has forced it, what follows refers to no better.
-    if (picture_.kind == PictureKind::Between) quantiser /= kBetweenPart;
+    if (picture_.kind == PictureKind::kB) quantiser /= kBQuantiserPart;
     if (quantiser > kForced * quantiser_) quantiser_ = quantiser;
     picture_.waiting = {};  // the caller's
 }

@@ -11,13 +11,13 @@
 
 namespace codecs {
 
-/// What coded groups have taught of the pictures' sizes. A delta is a picture that is no key.
+/// What coded groups have taught of the pictures' sizes. A delta is a P or B picture.
 struct RateExperience {
     double pictures_per_second = 0;
-    double key_texture_per_cost = 0;  // texture of a key picture by its IntraCost
-    double key_fixed = 0;             // bits
-    double delta_texture = 0;         // as a part of the key picture's texture
-    double delta_fixed = 0;           // bits
+    double i_texture_per_cost = 0;  // texture of an I picture by its IntraCost
+    double i_fixed = 0;             // bits
+    double delta_texture = 0;       // as a part of the I picture's texture
+    double delta_fixed = 0;         // bits
 };
 
 /// What is known of a group before it is coded.
@@ -40,11 +40,11 @@ struct GroupResult {
     double bits = 0;
     double own_level_bits = 0;  // of a bucket that was empty before the group, after its ...
     double last_seconds = 0;    // ... last picture
-    std::int64_t keys = 0;
+    std::int64_t i_pictures = 0;
     std::int64_t deltas = 0;
     std::int64_t dropped = 0;
-    double key_cost = 0;  // sums over its pictures
-    PictureBits key_bits;
+    double i_cost = 0;  // sums over its pictures
+    PictureBits i_bits;
     PictureBits delta_bits;
 };
 
@@ -62,7 +62,7 @@ class GroupRateControl {
     struct Picture {
         double seconds = 0;     // when it is decoded, since the group began; not decreasing
         std::size_t index = 0;  // its place among the group's pictures as they are shown
-        PictureKind kind = PictureKind::Key;
+        PictureKind kind = PictureKind::kI;
         double intra_cost = 1;
         double inter_cost = 0;                  // beside the nearest of what it is predicted from
         double step_cost = 0;                   // beside the picture shown before it
@@ -80,7 +80,7 @@ class GroupRateControl {
     /// Bits that the receiver's buffer takes before the picture of the last decision.
     double BucketRoom() const { return settings_.bucket_bits - level_bits_; }
     /// Whether it may take so much: the buffer holds it, now and with what the groups after this
-    /// one may put into it. Only a key picture that is larger than the whole buffer is let through
+    /// one may put into it. Only an I picture that is larger than the whole buffer is let through
     /// once the buffer has surely run empty: there would never be another.
     bool Fits(double bits, double quantiser) const;
     /// What it had better have in place of `quantiser`, now that it has taken this: the same unless
@@ -89,8 +89,8 @@ class GroupRateControl {
     /// For that picture in place of `quantiser`, at which it took more than fits; not above 31.
     double Coarser(double quantiser, double bits) const;
     /// What the picture of the last decision has taken, and with which quantiser. An encoder may
-    /// have made a key picture of one that was not asked to be one.
-    void Coded(const PictureBits& taken, double bits, double quantiser, bool key);
+    /// have made an I picture of one that was not asked to be one.
+    void Coded(const PictureBits& taken, double bits, double quantiser, bool is_i);
     /// In place of Coded: it fitted at no quantiser and was left out.
     void Dropped();
 
@@ -105,17 +105,17 @@ class GroupRateControl {
         void Learn(const PictureBits& taken, double inter_cost);
     };
 
-    Mean& MeanOf(PictureKind kind) { return kind == PictureKind::Between ? between_ : predicted_; }
+    Mean& MeanOf(PictureKind kind) { return kind == PictureKind::kB ? b_mean_ : p_mean_; }
     PictureBits Expected(const Picture& picture);
     PictureBits Following() const;
     double Remaining() const;
     void LearnInterval(double passed);
     void Shorten();
     PictureBits DeltaMean() const;
-    double KeyPart() const;
+    double IPart() const;
     double EvenQuantiser(const Picture& picture) const;
     double QuantiserFor(double bits) const;
-    double KeyQuantiser(double even) const;
+    double IQuantiser(double even) const;
     double Overdraft(double seconds) const;
     double HardRoom() const;
     double SoftRoom() const;
@@ -125,7 +125,7 @@ class GroupRateControl {
 
     RateSettings settings_;
     GroupOutlook outlook_;
-    PictureBits found_;       // all of outlook_.pictures, by predicted ones' quantiser
+    PictureBits found_;       // all of outlook_.pictures, by P pictures' quantiser
     PictureBits undecided_;   // those of them that have not been decided
     double seconds_ = 0;      // of the outlook, until more is known
     double budget_bits_ = 0;  // the same
@@ -134,15 +134,15 @@ class GroupRateControl {
 
     Picture picture_;            // of the last decision
     PictureBits expected_;       // of it
-    double even_ = 0;            // quantiser at its time, as a predicted picture
+    double even_ = 0;            // quantiser at its time, as a P picture
     double level_bits_ = 0;      // of the bucket, at most
     double own_level_bits_ = 0;  // had it been empty before the group
     std::size_t decided_ = 0;    // pictures
     double interval_ = 0;        // between pictures, seconds
-    double quantiser_ = 0;       // of the last delta, as a predicted one; 0 = none yet
-    double key_quantiser_ = 0;
-    Mean deltas_;  // recent ones, by predicted ones' quantiser
-    Mean predicted_, between_;
+    double quantiser_ = 0;       // of the last delta, as a P picture; 0 = none yet
+    double i_quantiser_ = 0;
+    Mean deltas_;  // recent ones, by P pictures' quantiser
+    Mean p_mean_, b_mean_;
     double texture_trust_ = 1;  // what a first pass's pictures take now over what they took then
 };
 

@@ -6,13 +6,13 @@
 
 namespace codecs {
 
-/// A key picture refers to no other; a predicted one to the key or predicted picture coded before
-/// it; one between two of them to both and is referred to by none.
-enum class PictureKind : std::uint8_t { Key, Predicted, Between };
+/// An I picture refers to no other; a P picture to the I or P picture coded before it; a B picture
+/// to the two of them that stand around it, and none refers to it.
+enum class PictureKind : std::uint8_t { kI, kP, kB };
 
-/// The quantiser of a picture between two others as a part of theirs: what it loses, no other
-/// picture inherits.
-inline constexpr double kBetweenPart = 1.4;
+/// The quantiser of a B picture as a part of that of the P pictures around it: what it loses, no
+/// other picture inherits.
+inline constexpr double kBQuantiserPart = 1.4;
 
 /// A model of a block transform coder: what the coefficients take falls with the quantiser, a
 /// little less than in proportion where it is fine; vectors, types and headers cost the same with
@@ -41,21 +41,21 @@ struct PictureBits {
 /// A picture as a first pass has found it.
 struct FoundPicture {
     PictureBits bits;
-    PictureKind kind = PictureKind::Predicted;
+    PictureKind kind = PictureKind::kP;
 
-    /// In terms of the quantiser that predicted pictures have while this one is coded.
-    PictureBits ByPredicted() const {
-        return {kind == PictureKind::Between ? bits.texture / kBetweenPart : bits.texture,
+    /// In terms of the quantiser that P pictures have while this one is coded.
+    PictureBits ByP() const {
+        return {kind == PictureKind::kB ? bits.texture / kBQuantiserPart : bits.texture,
                 bits.fixed};
     }
 };
 
-/// The quantiser of a key picture as a part of the one that the pictures after it have. The more
+/// The quantiser of an I picture as a part of the one that the pictures after it have. The more
 /// of those there are and the less they add to it, the longer its quality lasts, and the more bits
 /// it is worth.
-/// @param delta_texture  of a picture after it, as a part of the key picture's
+/// @param delta_texture  of a picture after it, as a part of the I picture's
 /// @param deltas         pictures after it
-inline double KeyQuantiserPart(double delta_texture, double deltas) {
+inline double IQuantiserPart(double delta_texture, double deltas) {
     return std::clamp(0.25 + delta_texture + 4 / std::max(1.0, deltas), 0.4, 0.8);
 }
 

@@ -14,7 +14,7 @@ struct LumaPlane {
     int height = 0;
 };
 
-/// The sum of how much samples differ from their neighbours: grows with the detail that a key
+/// The sum of how much samples differ from their neighbours: grows with the detail that an I
 /// picture holds. Looks at every fourth row. Not below 1.
 double IntraCost(const LumaPlane& picture);
 

@@ -107,7 +107,7 @@ void RateLedger::Account(std::int64_t index, const GroupResult& result) {
     if (!settings_.steady) debt_bits_ += result.bits - budget;
     if (settings_.bucket_rate_bps > 0 && plan_.empty())
         debt_bits_ = std::max(debt_bits_, -kBucketSaving * settings_.bucket_bits);
-    const auto coded = static_cast<double>(result.keys + result.deltas);
+    const auto coded = static_cast<double>(result.i_pictures + result.deltas);
     drops_ = static_cast<double>(result.dropped) > kManyDropped * coded;
     Learn(result, kLearning);
 }
@@ -115,18 +115,19 @@ void RateLedger::Account(std::int64_t index, const GroupResult& result) {
 void RateLedger::LearnTrial(const GroupResult& trial) { Learn(trial, 1); }
 
 void RateLedger::Learn(const GroupResult& result, double weight) {
-    if (result.keys == 0) return;
-    const auto keys = static_cast<double>(result.keys);
+    if (result.i_pictures == 0) return;
+    const auto i_pictures = static_cast<double>(result.i_pictures);
     const auto towards = [&](double& value, double found) { value += weight * (found - value); };
     if (result.seconds > 0 && result.deltas > 0)
         towards(experience_.pictures_per_second,
-                static_cast<double>(result.keys + result.deltas + result.dropped) / result.seconds);
-    towards(experience_.key_texture_per_cost, result.key_bits.texture / result.key_cost);
-    towards(experience_.key_fixed, result.key_bits.fixed / keys);
-    if (result.deltas == 0 || result.key_bits.texture <= 0) return;
+                static_cast<double>(result.i_pictures + result.deltas + result.dropped) /
+                    result.seconds);
+    towards(experience_.i_texture_per_cost, result.i_bits.texture / result.i_cost);
+    towards(experience_.i_fixed, result.i_bits.fixed / i_pictures);
+    if (result.deltas == 0 || result.i_bits.texture <= 0) return;
     const auto deltas = static_cast<double>(result.deltas);
     towards(experience_.delta_texture,
-            result.delta_bits.texture / deltas / (result.key_bits.texture / keys));
+            result.delta_bits.texture / deltas / (result.i_bits.texture / i_pictures));
     towards(experience_.delta_fixed, result.delta_bits.fixed / deltas);
 }
 

@@ -30,7 +30,7 @@ class RateLedger {
     std::int64_t Needs() const;
     /// The next group, `seconds` long.
     GroupOutlook Open(double seconds);
-    /// What a trial of the stream's first key picture has come to; before a group is opened.
+    /// What a trial of the stream's first I picture has come to; before a group is opened.
     void LearnTrial(const GroupResult& trial);
     /// In any order. `result.seconds` is the group's true length.
     void Close(std::int64_t index, const GroupResult& result);

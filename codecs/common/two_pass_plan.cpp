@@ -14,16 +14,16 @@ constexpr int kHalvings = 40;
 
 struct Demand {
     double seconds = 0;
-    PictureBits key;
+    PictureBits i_picture;
     PictureBits deltas;
-    double key_part = 1;  // of the quantiser
+    double i_part = 1;    // of the quantiser
     double hardness = 1;  // quantiser beside the even one
 
     double At(const RateSettings& settings, double quantiser) const {
         const auto allowed = [&](double q) {
             return std::clamp(q, settings.finest, settings.coarsest);
         };
-        return key.At(allowed(quantiser * hardness * key_part)) +
+        return i_picture.At(allowed(quantiser * hardness * i_part)) +
                deltas.At(allowed(quantiser * hardness));
     }
 };
@@ -32,12 +32,12 @@ Demand DemandOf(const FirstPassGroup& group) {
     Demand demand;
     demand.seconds = group.seconds;
     if (group.pictures.empty()) return demand;
-    demand.key = group.pictures.front().bits;
+    demand.i_picture = group.pictures.front().bits;
     for (std::size_t i = 1; i < group.pictures.size(); ++i)
-        demand.deltas += group.pictures[i].ByPredicted();
+        demand.deltas += group.pictures[i].ByP();
     const double count = std::max(1.0, static_cast<double>(group.pictures.size()) - 1);
-    demand.key_part =
-        KeyQuantiserPart(demand.deltas.texture / count / std::max(1.0, demand.key.texture), count);
+    demand.i_part = IQuantiserPart(
+        demand.deltas.texture / count / std::max(1.0, demand.i_picture.texture), count);
     return demand;
 }
 
@@ -47,12 +47,12 @@ std::vector<Demand> Demands(const std::vector<FirstPassGroup>& groups) {
     double seconds = 0;
     for (const FirstPassGroup& group : groups) {
         const Demand demand = DemandOf(group);
-        texture += demand.key.texture + demand.deltas.texture;
+        texture += demand.i_picture.texture + demand.deltas.texture;
         seconds += demand.seconds;
         demands.push_back(demand);
     }
     for (Demand& demand : demands) {
-        const double own = demand.key.texture + demand.deltas.texture;
+        const double own = demand.i_picture.texture + demand.deltas.texture;
         if (own > 0 && demand.seconds > 0)
             demand.hardness = std::pow(own / demand.seconds / (texture / seconds), kEvening);
     }

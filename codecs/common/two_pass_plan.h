@@ -10,7 +10,7 @@ namespace codecs {
 
 struct FirstPassGroup {
     double seconds = 0;
-    std::vector<FoundPicture> pictures;  // as they are shown; the first one is the key picture
+    std::vector<FoundPicture> pictures;  // as they are shown; the first one is the I picture
 };
 
 struct PlannedGroup {

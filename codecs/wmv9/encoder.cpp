@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "codecs/common/index.h"
-#include "codecs/wmv9/between_places.h"
+#include "codecs/wmv9/b_fractions.h"
 #include "codecs/wmv9/chooser.h"
 #include "codecs/wmv9/effort.h"
 #include "codecs/wmv9/frame.h"
@@ -27,8 +27,9 @@ EncoderSettings Checked(EncoderSettings settings) {
     settings.width = even(settings.width);
     settings.height = even(settings.height);
     settings.threads = std::max(1, settings.threads);
-    settings.between =
-        settings.profile == Profile::Simple ? 0 : std::clamp(settings.between, 0, kMostBetween);
+    settings.b_pictures = settings.profile == Profile::Simple
+                              ? 0
+                              : std::clamp(settings.b_pictures, 0, kMostBPictures);
     return settings;
 }
 
@@ -50,7 +51,7 @@ SequenceHeader MakeSequence(const EncoderSettings& settings) {
     header.extended_vectors = VectorRange(settings) > 0;
     header.varying_quantiser = main && settings.adaptive;
     header.overlap = main && EffortOf(settings.effort).overlap;
-    header.most_between = settings.between;
+    header.most_b_pictures = settings.b_pictures;
     header.rate_hint =
         std::clamp(static_cast<int>(std::lround((settings.pictures_per_second - 2) / 4)), 0, 7);
     header.bits_hint = std::clamp(static_cast<int>((settings.rate_bps / 1000 - 32) / 64), 0, 31);
@@ -70,7 +71,7 @@ struct Tables {
 struct Past {
     int earlier = -1;  // anchors; -1 = none
     int later = -1;
-    bool later_is_key = false;
+    bool later_is_i = false;
     int later_grid = 0;
     int mapped = -1;  // the picture that the later one was predicted from; -1 = the earlier one
     int rounding = 1;
@@ -93,8 +94,8 @@ class Encoder::Impl {
           lookahead_(settings_.width, settings_.height, effort_.lookahead_rounds),
           quantisers_(width_, height_),
           source_(width_, height_),
-          between_(width_, height_),
-          between_grid_(width_, height_) {
+          b_frame_(width_, height_),
+          b_grid_(width_, height_) {
         for (int i = 0; i < kAnchors; ++i) anchors_.emplace_back(width_, height_);
         for (int i = 0; i < 2; ++i) grids_.emplace_back(width_, height_);
         for (int i = 0; i < 2; ++i) mapped_.emplace_back(width_, height_);
@@ -112,12 +113,11 @@ class Encoder::Impl {
         source_.Load(picture, settings_.width, settings_.height);
         const PictureHeader header = HeaderFor(request);
         const CodedPicture coded = Code(header);
-        if (header.kind != PictureKind::Predicted || !request.may_be_key || !MostlyIntra())
-            return coded;
+        if (header.kind != PictureKind::kP || !request.may_be_i || !MostlyIntra()) return coded;
         next_ = past_;
-        PictureRequest key = request;
-        key.kind = PictureKind::Key;
-        return Code(HeaderFor(key));
+        PictureRequest i_request = request;
+        i_request.kind = PictureKind::kI;
+        return Code(HeaderFor(i_request));
     }
 
     void Forget() { next_ = past_; }
@@ -126,9 +126,9 @@ class Encoder::Impl {
         return result_ == nullptr ? PictureView() : result_->View();
     }
 
-    int ChooseBetween(const PictureView& before, std::span<const PictureView> next) {
-        if (settings_.between == 0) return 0;
-        return std::min(lookahead_.Choose(before, next), settings_.between);
+    int ChooseBPictures(const PictureView& before, std::span<const PictureView> next) {
+        if (settings_.b_pictures == 0) return 0;
+        return std::min(lookahead_.Choose(before, next), settings_.b_pictures);
     }
 
   private:
@@ -136,11 +136,11 @@ class Encoder::Impl {
         PictureHeader header;
         header.kind = request.kind;
         if (past_.later < 0)
-            header.kind = PictureKind::Key;
-        else if (header.IsBetween() && (past_.earlier < 0 || settings_.between == 0))
-            header.kind = PictureKind::Predicted;
-        header.run = std::clamp(request.run, 1, std::max(1, settings_.between));
-        header.place = std::clamp(request.place, 1, header.run);
+            header.kind = PictureKind::kI;
+        else if (header.IsB() && (past_.earlier < 0 || settings_.b_pictures == 0))
+            header.kind = PictureKind::kP;
+        header.b_pictures = std::clamp(request.b_pictures, 1, std::max(1, settings_.b_pictures));
+        header.b_number = std::clamp(request.b_number, 1, header.b_pictures);
         const double quantiser = std::clamp(request.quantiser, 1.0, 31.0);
         header.quantiser = static_cast<int>(quantiser);
         if (quantiser < kFinestHalves) {
@@ -151,7 +151,7 @@ class Encoder::Impl {
         }
         header.half_step = header.half_step && header.quantiser <= 8;
         const auto whole = static_cast<int>(std::lround(quantiser));
-        if (sequence_.varying_quantiser && header.kind == PictureKind::Predicted &&
+        if (sequence_.varying_quantiser && header.kind == PictureKind::kP &&
             whole > QuantiserMap::kMean) {
             header.varying = true;
             header.half_step = false;
@@ -160,13 +160,12 @@ class Encoder::Impl {
         header.counter = past_.counter;
         header.vector_range = VectorRange(settings_);
         header.mode = VectorMode::Quarter;
-        if (!header.IsBetween()) {
+        if (!header.IsB()) {
             if (!effort_.quarter) header.mode = VectorMode::HalfBilinear;
             if (effort_.four) header.mode = VectorMode::Mixed;
         }
         if (effort_.shapes == ShapeBit(Shape::Whole8x8)) header.shape = Shape::Whole8x8;
-        header.rounding =
-            header.kind == PictureKind::Predicted ? 1 - past_.rounding : past_.rounding;
+        header.rounding = header.kind == PictureKind::kP ? 1 - past_.rounding : past_.rounding;
         UseTables(header);
         return header;
     }
@@ -181,19 +180,19 @@ class Encoder::Impl {
     }
 
     CodedPicture Code(PictureHeader header) {
-        const bool anchor = !header.IsBetween();
+        const bool anchor = !header.IsB();
         const int place = FreeAnchor();
         const int grid = past_.later < 0 ? 0 : 1 - past_.later_grid;
-        Frame& result = anchor ? anchors_[Index(place)] : between_;
+        Frame& result = anchor ? anchors_[Index(place)] : b_frame_;
         Picture picture{sequence_, header, BestKernels(),
-                        source_,   result, anchor ? grids_[Index(grid)] : between_grid_};
-        if (header.IsKey() && picture.Overlaps()) Overlap::Sharpen(source_);
+                        source_,   result, anchor ? grids_[Index(grid)] : b_grid_};
+        if (header.IsI() && picture.Overlaps()) Overlap::Sharpen(source_);
         if (header.varying) {
             quantisers_.Measure(picture.kernels, source_);
             picture.quantisers = &quantisers_;
         }
         int mapped = -1;
-        if (header.kind == PictureKind::Predicted) {
+        if (header.kind == PictureKind::kP) {
             picture.past = &Anchor(past_.later);
             if (settings_.profile == Profile::Main && effort_.fades)
                 picture.header.intensity = FindIntensity(picture.kernels, source_, *picture.past);
@@ -202,13 +201,12 @@ class Encoder::Impl {
                 MapIntensity(*picture.header.intensity, *picture.past, mapped_[Index(mapped)]);
                 picture.past = &mapped_[Index(mapped)];
             }
-        } else if (header.IsBetween()) {
+        } else if (header.IsB()) {
             picture.past =
                 past_.mapped < 0 ? &Anchor(past_.earlier) : &mapped_[Index(past_.mapped)];
             picture.future = &Anchor(past_.later);
         }
-        if (!header.IsKey() && !past_.later_is_key)
-            picture.anchor = &grids_[Index(past_.later_grid)];
+        if (!header.IsI() && !past_.later_is_i) picture.anchor = &grids_[Index(past_.later_grid)];
         coder_.Analyse(picture, chooser_);
         ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
         const std::size_t level_bits = coder_.Write(picture);
@@ -242,13 +240,13 @@ class Encoder::Impl {
         next_.tables[static_cast<int>(header.kind)] = {header.vector_table, header.pattern_table,
                                                        header.ac_table, header.luma_ac_table,
                                                        header.dc_table};
-        if (header.IsBetween()) return;
+        if (header.IsB()) return;
         next_.earlier = past_.later;
         next_.later = place;
-        next_.later_is_key = header.IsKey();
+        next_.later_is_i = header.IsI();
         next_.later_grid = grid;
         next_.mapped = mapped;
-        next_.rounding = header.IsKey() ? 1 : header.rounding;
+        next_.rounding = header.IsI() ? 1 : header.rounding;
     }
 
     // Where a scene changes, little can be predicted.
@@ -270,8 +268,8 @@ class Encoder::Impl {
     Lookahead lookahead_;
     QuantiserMap quantisers_;
     Frame source_;
-    Frame between_;
-    MacroblockGrid between_grid_;
+    Frame b_frame_;
+    MacroblockGrid b_grid_;
     std::vector<Frame> anchors_;
     std::vector<MacroblockGrid> grids_;
     std::vector<Frame> mapped_;  // references in turn
@@ -298,8 +296,8 @@ void Encoder::Forget() { impl_->Forget(); }
 
 PictureView Encoder::Reconstruction() const { return impl_->Reconstruction(); }
 
-int Encoder::ChooseBetween(const PictureView& before, std::span<const PictureView> next) {
-    return impl_->ChooseBetween(before, next);
+int Encoder::ChooseBPictures(const PictureView& before, std::span<const PictureView> next) {
+    return impl_->ChooseBPictures(before, next);
 }
 
 }  // namespace codecs::wmv9

@@ -19,10 +19,10 @@ struct EncoderSettings {
     int width = 16;  // even, 2 to 8192
     int height = 16;
     Profile profile = Profile::Main;
-    int effort = 60;  // 0 fastest to 100 best
-    int between = 0;  // the most pictures between two others, 0 to 3; none in Simple profile
-    int threads = 1;  // that code the rows of a picture side by side; changes no output
-    /// Coarser where the eye sees less, and finer elsewhere; predicted pictures then have whole
+    int effort = 60;     // 0 fastest to 100 best
+    int b_pictures = 0;  // the most consecutive ones, 0 to 3; none in Simple profile
+    int threads = 1;     // that code the rows of a picture side by side; changes no output
+    /// Coarser where the eye sees less, and finer elsewhere; P pictures then have whole
     /// quantisers. Not in Simple profile.
     bool adaptive = false;
     double pictures_per_second = 30;  // hints of the sequence header
@@ -36,27 +36,26 @@ struct PictureView {
 };
 
 struct PictureRequest {
-    PictureKind kind = PictureKind::Predicted;
+    PictureKind kind = PictureKind::kP;
     double quantiser = 8;  // 1 to 31, in steps of a half up to 8.5
-    // Of a picture between two others: its place from 1 on in a run of so many.
-    int place = 1;
-    int run = 1;
-    /// A predicted one may become a key picture where the scene changes; not when pictures are to
+    int b_number = 1;      // of a B picture: from 1 on ...
+    int b_pictures = 1;    // ... among so many consecutive ones
+    /// A P picture may become an I picture where the scene changes; not when B pictures are to
     /// come that stand before it.
-    bool may_be_key = true;
+    bool may_be_i = true;
 };
 
 struct CodedPicture {
-    std::span<const std::uint8_t> data;   // valid until the next call
-    PictureKind kind = PictureKind::Key;  // a predicted one may have become a key picture
-    double quantiser = 0;                 // that was used
+    std::span<const std::uint8_t> data;  // valid until the next call
+    PictureKind kind = PictureKind::kI;  // a P picture may have become an I picture
+    double quantiser = 0;                // that was used
     PictureBits bits;
 };
 
-/// Takes pictures in coding order: one between two others after the later one of them. The first
-/// picture becomes a key picture whatever is asked, and one between others without two such before
-/// it a predicted one. Values out of range are brought into it. One thread at a time; allocates on
-/// construction, and where a picture takes more bytes than any before it.
+/// Takes pictures in coding order: a B picture after the later one of the two that it refers to.
+/// The first picture becomes an I picture whatever is asked, and a B picture without two others
+/// before it a P picture. Values out of range are brought into it. One thread at a time; allocates
+/// on construction, and where a picture takes more bytes than any before it.
 class Encoder {
   public:
     explicit Encoder(const EncoderSettings& settings);
@@ -76,10 +75,10 @@ class Encoder {
     /// What a decoder shows of the picture coded last.
     PictureView Reconstruction() const;
 
-    /// How many of the pictures that come next, the last of which would be predicted, are better
-    /// coded between two others: the first n of them, n below their number. `before` is the
-    /// source of the key or predicted picture before them.
-    int ChooseBetween(const PictureView& before, std::span<const PictureView> next);
+    /// How many of the pictures that come next, the last of which would be a P picture, are better
+    /// coded as B pictures: the first n of them, n below their number. `before` is the source of
+    /// the I or P picture before them.
+    int ChooseBPictures(const PictureView& before, std::span<const PictureView> next);
 
   private:
     class Impl;

@@ -13,9 +13,9 @@ namespace codecs::wmv9 {
 struct Estimates {
     explicit Estimates(const PictureHeader& header)
         : vectors(header),
-          pattern(header.IsKey() ? kKeyPattern : kPattern[Index(header.pattern_table)]),
+          pattern(header.IsI() ? kIPattern : kPattern[Index(header.pattern_table)]),
           intra_luma(AcCodes::All()[Index(AcTablePlace(
-              header.IsKey() ? header.luma_ac_table : header.ac_table, header.HighRate(), true))]),
+              header.IsI() ? header.luma_ac_table : header.ac_table, header.HighRate(), true))]),
           other(AcCodes::All()[Index(AcTablePlace(header.ac_table, header.HighRate(), false))]),
           luma_dc(kLumaDc[Index(header.dc_table)]),
           chroma_dc(kChromaDc[Index(header.dc_table)]) {}

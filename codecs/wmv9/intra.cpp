@@ -86,7 +86,7 @@ class IntraCoder {
     }
 
   private:
-    int Bias() const { return picture_.header.IsKey() && !picture_.Overlaps() ? 0 : kBias; }
+    int Bias() const { return picture_.header.IsI() && !picture_.Overlaps() ? 0 : kBias; }
 
     void Differences(int n, int bias, Block& out) const {
         const std::uint8_t* row = SourceBlock(picture_.source, x_, y_, n);
@@ -116,7 +116,7 @@ class IntraCoder {
         return Rescaled(offer.edge->dc, kDcStep[Index(offer.quantiser)], quantiser_.dc_step);
     }
 
-    Prediction PredictKey(const Offers& offers) const {
+    Prediction PredictInI(const Offers& offers) const {
         const int outside =
             picture_.Overlaps() ? 0 : (kMeanDc + quantiser_.dc_step / 2) / quantiser_.dc_step;
         const int a = offers.above.edge == nullptr ? outside : Dc(offers.above);
@@ -156,7 +156,7 @@ class IntraCoder {
     void CodeBlock(int n, bool joint) {
         const Offers offers{Beside(n, 1, 0), Beside(n, 0, 1), Beside(n, 1, 1)};
         const Prediction prediction =
-            picture_.header.IsKey() ? PredictKey(offers) : PredictAmongInter(offers);
+            picture_.header.IsI() ? PredictInI(offers) : PredictAmongInter(offers);
         const int dc = CodeDc(n, prediction.dc);
 
         const bool predicted = trial_.macroblock.ac_predicted;
@@ -167,7 +167,7 @@ class IntraCoder {
         Expect(offers, predicted ? prediction.side : Side::None, expected);
         const AcCodes& codes = estimates_.Levels(true, n);
         const TransformBlock block{coefficients_[n].data(), whole_[n].data(),
-                                   IntraScan(picture_.header.IsKey(), trial_.macroblock, n),
+                                   IntraScan(picture_.header.IsI(), trial_.macroblock, n),
                                    expected.data()};
         // Without a choice by bits; levels are more often too large than too small.
         constexpr double kRounding = 0.4;
@@ -212,8 +212,8 @@ class IntraCoder {
 
     int PatternBits() const {
         const Macroblock& macroblock = trial_.macroblock;
-        if (picture_.header.IsKey())
-            return kKeyPattern[Index(WrittenKeyPattern(picture_.grid, macroblock, x_, y_))].length;
+        if (picture_.header.IsI())
+            return kIPattern[Index(WrittenIPattern(picture_.grid, macroblock, x_, y_))].length;
         const bool coded = macroblock.coded != 0;
         const auto& vectors = kVector[Index(picture_.header.vector_table)];
         return vectors[Index(kIntraSymbol + (coded ? kCodedSymbols : 0))].length +
@@ -246,16 +246,16 @@ void CodeIntra(const Picture& picture, const Estimates& estimates, const Quantis
     coder.Reconstruct();
 }
 
-std::span<const std::uint8_t> IntraScan(bool key_picture, const Macroblock& macroblock, int block) {
+std::span<const std::uint8_t> IntraScan(bool i_picture, const Macroblock& macroblock, int block) {
     const bool above = (macroblock.from_above >> block & 1) != 0;
-    const std::span<const std::uint8_t> scan = !key_picture               ? kScan8x8
-                                               : !macroblock.ac_predicted ? kScanKey
-                                               : above                    ? kScanKeyAbove
-                                                                          : kScanKeyLeft;
+    const std::span<const std::uint8_t> scan = !i_picture                 ? kScan8x8
+                                               : !macroblock.ac_predicted ? kScanI
+                                               : above                    ? kScanIAbove
+                                                                          : kScanILeft;
     return scan.subspan(1);
 }
 
-int WrittenKeyPattern(const MacroblockGrid& grid, const Macroblock& macroblock, int x, int y) {
+int WrittenIPattern(const MacroblockGrid& grid, const Macroblock& macroblock, int x, int y) {
     const auto coded = [&](int column, int row) -> int {
         if (column < 0 || row < 0) return 0;
         const int block = (row & 1) * 2 + (column & 1);

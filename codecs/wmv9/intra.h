@@ -23,9 +23,9 @@ void CodeIntra(const Picture& picture, const Estimates& estimates, const Quantis
                const IntraOptions& options, int x, int y, Trial& trial);
 
 /// The order in which the AC levels of an intra block are written.
-std::span<const std::uint8_t> IntraScan(bool key_picture, const Macroblock& macroblock, int block);
+std::span<const std::uint8_t> IntraScan(bool i_picture, const Macroblock& macroblock, int block);
 
-/// The pattern of coded blocks of a key picture's macroblock at (x, y), as it is written.
-int WrittenKeyPattern(const MacroblockGrid& grid, const Macroblock& macroblock, int x, int y);
+/// The pattern of coded blocks of an I picture's macroblock at (x, y), as it is written.
+int WrittenIPattern(const MacroblockGrid& grid, const Macroblock& macroblock, int x, int y);
 
 }  // namespace codecs::wmv9

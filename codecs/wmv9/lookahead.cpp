@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "codecs/common/index.h"
-#include "codecs/wmv9/between_places.h"
+#include "codecs/wmv9/b_fractions.h"
 
 namespace codecs::wmv9 {
 namespace {
@@ -15,8 +15,8 @@ constexpr int kBlock = 8;
 constexpr int kMargin = 16;
 constexpr std::uint32_t kMoveCost = 4;  // of a vector, in differences
 constexpr std::uint32_t kOwnCost = 24;  // of a block coded by itself
-// What a picture that no other refers to costs, being coded more coarsely.
-constexpr double kBetweenPart = 0.5;
+// What a B picture costs beside a P picture, being coded more coarsely.
+constexpr double kBCostPart = 0.5;
 // A scene changes where prediction saves less than this part.
 constexpr double kScenePart = 0.3;
 
@@ -41,7 +41,7 @@ Lookahead::Lookahead(int width, int height, int rounds)
       rows_(BlocksIn(height)),
       stride_(kBlock * columns_ + 2 * kMargin),
       rounds_(rounds),
-      pictures_(kMostBetween + 2),
+      pictures_(kMostBPictures + 2),
       to_earlier_(Index(columns_) * Index(rows_)),
       to_later_(to_earlier_.size()) {
     for (Small& small : pictures_)
@@ -140,8 +140,7 @@ std::int64_t Lookahead::MovedCost(const Small& picture, const Small& reference,
     return cost;
 }
 
-std::int64_t Lookahead::BetweenCost(const Small& picture, const Small& earlier,
-                                    const Small& later) {
+std::int64_t Lookahead::BCost(const Small& picture, const Small& earlier, const Small& later) {
     MovedCost(picture, earlier, to_earlier_);
     MovedCost(picture, later, to_later_);
     std::int64_t cost = 0;
@@ -164,11 +163,11 @@ std::int64_t Lookahead::BetweenCost(const Small& picture, const Small& earlier,
 }
 
 int Lookahead::Choose(const PictureView& before, std::span<const PictureView> next) {
-    const int count = std::min(static_cast<int>(next.size()), kMostBetween + 1);
+    const int count = std::min(static_cast<int>(next.size()), kMostBPictures + 1);
     if (count < 2) return 0;
     Load(before, pictures_[0]);
     for (int i = 0; i < count; ++i) Load(next[Index(i)], pictures_[Index(i) + 1]);
-    // Nothing is coded between two scenes.
+    // No B picture refers to two scenes.
     int most = count - 1;
     std::int64_t first_cost = 0;
     for (int i = 0; i <= most; ++i) {
@@ -178,19 +177,19 @@ int Lookahead::Choose(const PictureView& before, std::span<const PictureView> ne
         const auto own = static_cast<double>(OwnCost(pictures_[Index(i) + 1]));
         if (static_cast<double>(moved) > (1 - kScenePart) * own) most = std::max(0, i - 1);
     }
-    // The run with the least cost a picture.
+    // As many as cost the least a picture.
     int best = 0;
     auto least = static_cast<double>(first_cost);
-    for (int run = 1; run <= most; ++run) {
-        const Small& anchor = pictures_[Index(run) + 1];
+    for (int b_pictures = 1; b_pictures <= most; ++b_pictures) {
+        const Small& anchor = pictures_[Index(b_pictures) + 1];
         auto cost = static_cast<double>(MovedCost(anchor, pictures_[0], to_earlier_));
-        for (int i = 0; i < run; ++i)
-            cost += kBetweenPart *
-                    static_cast<double>(BetweenCost(pictures_[Index(i) + 1], pictures_[0], anchor));
-        cost /= run + 1;
+        for (int i = 0; i < b_pictures; ++i)
+            cost += kBCostPart *
+                    static_cast<double>(BCost(pictures_[Index(i) + 1], pictures_[0], anchor));
+        cost /= b_pictures + 1;
         if (cost >= least) continue;
         least = cost;
-        best = run;
+        best = b_pictures;
     }
     return best;
 }

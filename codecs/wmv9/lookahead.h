@@ -1,4 +1,4 @@
-// Judges by small copies of pictures which of them are best coded between two others.
+// Judges by small copies of pictures which of them are best coded as B pictures.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ class Lookahead {
     /// @param rounds  of the motion search; 0 = nothing is taken to move
     Lookahead(int width, int height, int rounds);
 
-    /// See Encoder::ChooseBetween.
+    /// See Encoder::ChooseBPictures.
     int Choose(const PictureView& before, std::span<const PictureView> next);
 
   private:
@@ -35,7 +35,7 @@ class Lookahead {
     std::int64_t OwnCost(const Small& picture) const;
     std::int64_t MovedCost(const Small& picture, const Small& reference,
                            std::vector<Move>& moves) const;
-    std::int64_t BetweenCost(const Small& picture, const Small& earlier, const Small& later);
+    std::int64_t BCost(const Small& picture, const Small& earlier, const Small& later);
     Move FindMove(const Small& picture, const Small& reference, int column, int row,
                   const std::vector<Move>& found) const;
     std::uint32_t OwnBlockCost(const Small& picture, int column, int row) const;

@@ -30,7 +30,7 @@ LoopFilter::LoopFilter(int width, int height) {
 }
 
 void LoopFilter::Run(const Picture& picture) {
-    if (picture.header.kind != PictureKind::Predicted) {
+    if (picture.header.kind != PictureKind::kP) {
         for (int plane = 0; plane < 3; ++plane) FilterAll(picture, plane);
         return;
     }

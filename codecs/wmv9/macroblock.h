@@ -21,7 +21,7 @@ struct Vector {
     constexpr bool operator==(const Vector&) const = default;
 };
 
-/// Which anchors predict a macroblock of a picture between two of them.
+/// Which anchors predict a macroblock of a B picture.
 enum class Direction : std::uint8_t { Forward, Backward, Both, Direct };
 
 /// Of the predictors above (A) and to the left (C), the one that is named in the stream.
@@ -44,8 +44,8 @@ struct Macroblock {
     std::uint8_t quantiser = 1;
     std::uint8_t coded = 0;  // bit 5 - n: block n has levels
     Direction direction = Direction::Forward;
-    std::array<Vector, 4> vectors{};      // by block; of intra ones 0. Between anchors [0] only
-    Vector backward;                      // between anchors
+    std::array<Vector, 4> vectors{};      // by block; of intra ones 0. Of B pictures [0] only
+    Vector backward;                      // of B pictures
     std::array<Vector, 4> differences{};  // as they are written
     Vector backward_difference;
     std::array<Hybrid, 4> hybrid{};

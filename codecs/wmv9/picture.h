@@ -26,7 +26,7 @@ struct Intensity {
 };
 
 struct PictureHeader {
-    PictureKind kind = PictureKind::Key;
+    PictureKind kind = PictureKind::kI;
     int counter = 0;
     int quantiser = 8;       // 1 to 31
     bool half_step = false;  // half a quantiser more; up to quantiser 8
@@ -36,8 +36,8 @@ struct PictureHeader {
     std::optional<Intensity> intensity;
     std::optional<Shape> shape;  // one transform for the whole picture
     int rounding = 0;            // 0 or 1; not in the stream
-    int place = 1;               // between anchors: of `run` pictures
-    int run = 1;
+    int b_number = 1;            // of a B picture: from 1 on ...
+    int b_pictures = 1;          // ... among so many consecutive ones
 
     // Chosen when the macroblocks are known.
     PlaneCoding four_plane;
@@ -45,12 +45,12 @@ struct PictureHeader {
     PlaneCoding direct_plane;
     int vector_table = 0;
     int pattern_table = 0;
-    int ac_table = 0;       // of a key picture: of chroma
-    int luma_ac_table = 0;  // of a key picture
+    int ac_table = 0;       // of an I picture: of chroma
+    int luma_ac_table = 0;  // of an I picture
     int dc_table = 0;
 
-    bool IsKey() const { return kind == PictureKind::Key; }
-    bool IsBetween() const { return kind == PictureKind::Between; }
+    bool IsI() const { return kind == PictureKind::kI; }
+    bool IsB() const { return kind == PictureKind::kB; }
     bool HalfVectors() const {
         return mode == VectorMode::Half || mode == VectorMode::HalfBilinear;
     }
@@ -72,9 +72,9 @@ struct Picture {
     Frame& result;
     MacroblockGrid& grid;
     const Frame* past = nullptr;               // reference, mapped where the header says so
-    const Frame* future = nullptr;             // between anchors
+    const Frame* future = nullptr;             // of a B picture
     const QuantiserMap* quantisers = nullptr;  // where they vary
-    const MacroblockGrid* anchor = nullptr;    // macroblocks of `future`; null = a key picture
+    const MacroblockGrid* anchor = nullptr;    // macroblocks of `future`; null = an I picture
 
     int Width() const { return grid.Width(); }
     int Height() const { return grid.Height(); }

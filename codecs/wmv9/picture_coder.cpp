@@ -21,7 +21,7 @@ void PictureCoder::Analyse(Picture& picture, const Chooser& chooser) {
         chooser.Choose(picture, estimates, x, y, trial);
         Commit(picture, trial, x, y);
     });
-    if (picture.Overlaps() && !picture.header.IsBetween()) overlap_.Run(picture);
+    if (picture.Overlaps() && !picture.header.IsB()) overlap_.Run(picture);
     if (picture.sequence.loop_filter) filter_.Run(picture);
     planes_.Take(picture.grid);
 }

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "codecs/common/index.h"
-#include "codecs/wmv9/between_places.h"
+#include "codecs/wmv9/b_fractions.h"
 #include "codecs/wmv9/dc_codes.h"
 #include "codecs/wmv9/intra.h"
 #include "codecs/wmv9/tables.h"
@@ -54,7 +54,7 @@ class Writer {
           header_(picture.header),
           levels_(out, largest_level, header_.quantiser < kFineEscapes || header_.varying),
           intra_luma_(AcCodes::All()[Index(
-              AcTablePlace(header_.IsKey() ? header_.luma_ac_table : header_.ac_table,
+              AcTablePlace(header_.IsI() ? header_.luma_ac_table : header_.ac_table,
                            header_.HighRate(), true))]),
           other_(AcCodes::All()[Index(AcTablePlace(header_.ac_table, header_.HighRate(), false))]) {
     }
@@ -62,17 +62,17 @@ class Writer {
     void Header(const PicturePlanes& planes) {
         out_.Put(Unsigned(header_.counter), 2);
         PutKind();
-        if (header_.IsKey()) out_.Put(0, 7);  // how full the receiver's buffer is: unknown
+        if (header_.IsI()) out_.Put(0, 7);  // how full the receiver's buffer is: unknown
         out_.Put(Unsigned(header_.quantiser), 5);
         if (header_.quantiser <= 8) out_.Put(header_.half_step, 1);
         if (picture_.sequence.extended_vectors) out_.Put(kRangeCodes[header_.vector_range]);
-        if (header_.IsKey()) {
+        if (header_.IsI()) {
             out_.Put(kAcTableCodes[header_.ac_table]);
             out_.Put(kAcTableCodes[header_.luma_ac_table]);
             out_.Put(Unsigned(header_.dc_table), 1);
             return;
         }
-        if (header_.IsBetween()) {
+        if (header_.IsB()) {
             out_.Put(header_.mode == VectorMode::Quarter, 1);
             WritePlane(out_, planes.direct, header_.direct_plane);
         } else {
@@ -94,12 +94,12 @@ class Writer {
         next_ = row.Symbols().data();
         for (int x = 0; x < picture_.Width(); ++x) {
             const Macroblock& macroblock = picture_.grid.At(x, y);
-            if (header_.IsKey())
-                KeyMacroblock(macroblock, x, y);
-            else if (header_.IsBetween())
-                BetweenMacroblock(macroblock);
+            if (header_.IsI())
+                IMacroblock(macroblock, x, y);
+            else if (header_.IsB())
+                BMacroblock(macroblock);
             else
-                PredictedMacroblock(macroblock);
+                PMacroblock(macroblock);
         }
     }
 
@@ -107,7 +107,7 @@ class Writer {
         out_.Align();
         // Some decoders look for bits behind a last macroblock that is nothing but its own bit.
         const auto raw = [](const PlaneCoding& coding) { return coding.mode == PlaneMode::Raw; };
-        if (!header_.IsKey() &&
+        if (!header_.IsI() &&
             (raw(header_.skip_plane) || raw(header_.four_plane) || raw(header_.direct_plane)))
             out_.Put(0, 8);
     }
@@ -116,11 +116,11 @@ class Writer {
 
   private:
     void PutKind() {
-        const bool between = picture_.sequence.most_between > 0;
-        if (header_.kind == PictureKind::Predicted) return out_.Put(1, 1);
-        if (header_.IsKey()) return between ? out_.Put(1, 2) : out_.Put(0, 1);
+        const bool has_b = picture_.sequence.most_b_pictures > 0;
+        if (header_.kind == PictureKind::kP) return out_.Put(1, 1);
+        if (header_.IsI()) return has_b ? out_.Put(1, 2) : out_.Put(0, 1);
         out_.Put(0, 2);
-        out_.Put(FindBetweenPlace(header_.place, header_.run).code);
+        out_.Put(FindBFraction(header_.b_number, header_.b_pictures).code);
     }
 
     void PutMode() {
@@ -198,8 +198,8 @@ class Writer {
         }
     }
 
-    void KeyMacroblock(const Macroblock& macroblock, int x, int y) {
-        out_.Put(kKeyPattern[Index(WrittenKeyPattern(picture_.grid, macroblock, x, y))]);
+    void IMacroblock(const Macroblock& macroblock, int x, int y) {
+        out_.Put(kIPattern[Index(WrittenIPattern(picture_.grid, macroblock, x, y))]);
         out_.Put(macroblock.ac_predicted, 1);
         PutIntraBlocks(macroblock);
     }
@@ -223,7 +223,7 @@ class Writer {
         PutInterBlocks(macroblock);
     }
 
-    void PredictedMacroblock(const Macroblock& macroblock) {
+    void PMacroblock(const Macroblock& macroblock) {
         if (header_.mode == VectorMode::Mixed && header_.four_plane.mode == PlaneMode::Raw)
             out_.Put(macroblock.four, 1);
         if (header_.skip_plane.mode == PlaneMode::Raw) out_.Put(macroblock.skipped, 1);
@@ -248,7 +248,7 @@ class Writer {
         PutInterBlocks(macroblock);
     }
 
-    void BetweenMacroblock(const Macroblock& macroblock) {
+    void BMacroblock(const Macroblock& macroblock) {
         const bool direct = !macroblock.intra && macroblock.direction == Direction::Direct;
         if (header_.direct_plane.mode == PlaneMode::Raw) out_.Put(direct, 1);
         if (header_.skip_plane.mode == PlaneMode::Raw) out_.Put(macroblock.skipped, 1);
@@ -275,7 +275,7 @@ class Writer {
 
     void PutDirection(Direction direction) {
         if (direction == Direction::Both) return out_.Put(3, 2);
-        const bool backward_near = BetweenScale(header_.place, header_.run) >= 128;
+        const bool backward_near = BScale(header_.b_number, header_.b_pictures) >= 128;
         const bool near = (direction == Direction::Backward) == backward_near;
         if (near)
             out_.Put(0, 1);
@@ -312,7 +312,7 @@ void ChooseTables(PictureHeader& header, const TableCounts& counts, const Pictur
     header.dc_table = Cheapest<2>([&](std::size_t i) {
         return BitsWith(counts.luma_dc, kLumaDc[i]) + BitsWith(counts.chroma_dc, kChromaDc[i]);
     });
-    if (header.IsKey()) {
+    if (header.IsI()) {
         header.luma_ac_table = Cheapest<kAcChoices>(luma);
         header.ac_table = Cheapest<kAcChoices>(other);
         return;
@@ -323,7 +323,7 @@ void ChooseTables(PictureHeader& header, const TableCounts& counts, const Pictur
     header.pattern_table =
         Cheapest<4>([&](std::size_t i) { return BitsWith(counts.patterns, kPattern[i]); });
     header.skip_plane = CheapestCoding(planes.skipped);
-    if (header.IsBetween()) header.direct_plane = CheapestCoding(planes.direct);
+    if (header.IsB()) header.direct_plane = CheapestCoding(planes.direct);
     if (header.mode == VectorMode::Mixed) header.four_plane = CheapestCoding(planes.four);
 }
 

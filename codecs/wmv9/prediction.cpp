@@ -51,7 +51,7 @@ void PredictLuma(const Picture& picture, const Frame& reference, Vector vector, 
 
 void Predict(const Picture& picture, int x, int y, const Macroblock& macroblock, Samples& out) {
     if (macroblock.four) return PredictFour(picture, x, y, macroblock, out);
-    if (!picture.header.IsBetween() || macroblock.direction == Direction::Forward)
+    if (!picture.header.IsB() || macroblock.direction == Direction::Forward)
         return PredictOne(picture, *picture.past, macroblock.vectors[0], x, y, out);
     if (macroblock.direction == Direction::Backward)
         return PredictOne(picture, *picture.future, macroblock.backward, x, y, out);

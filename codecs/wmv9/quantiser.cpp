@@ -10,18 +10,18 @@ namespace {
 
 // Of the squared step, what a bit is worth.
 constexpr double kLambda = 0.26;
-constexpr double kLambdaBetween = 0.26;
+constexpr double kLambdaB = 0.26;
 
 }  // namespace
 
-Quantiser Quantiser::Make(int number, int step, bool between) {
+Quantiser Quantiser::Make(int number, int step, bool b_picture) {
     Quantiser made;
     made.number = number;
     made.step = step;
     made.dc_step = kDcStep[Index(number)];
     const int step_eighths = step * kEighths;
     made.reciprocal = static_cast<std::uint32_t>(((1 << 16) + step_eighths - 1) / step_eighths);
-    const double lambda = (between ? kLambdaBetween : kLambda) * step * step;
+    const double lambda = (b_picture ? kLambdaB : kLambda) * step * step;
     made.lambda = std::llround(lambda * kErrorOfSquaredSample);
     made.search_lambda = static_cast<std::uint32_t>(std::lround(16 * std::sqrt(lambda / 0.85)));
     return made;

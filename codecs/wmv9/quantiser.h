@@ -18,8 +18,8 @@ struct Quantiser {
     std::int64_t lambda = 0;          // what a bit is worth, in squared eighths
     std::uint32_t search_lambda = 0;  // in absolute differences, in sixteenths
 
-    /// @param between  of a picture that no other refers to
-    static Quantiser Make(int number, int step, bool between);
+    /// @param b_picture  that no other refers to
+    static Quantiser Make(int number, int step, bool b_picture);
 };
 
 }  // namespace codecs::wmv9

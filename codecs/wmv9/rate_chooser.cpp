@@ -22,7 +22,7 @@ Quantiser MakeQuantiser(const Picture& picture, int x, int y) {
     const PictureHeader& header = picture.header;
     const int more = header.varying ? picture.quantisers->More(x, y) : 0;
     const int number = std::min(header.quantiser + more, kCoarsest);
-    return Quantiser::Make(number, header.Step(number), header.IsBetween());
+    return Quantiser::Make(number, header.Step(number), header.IsB());
 }
 
 // Vectors worth a look, each once.
@@ -57,12 +57,12 @@ class MacroblockRace {
         residual_.try_from_bits = effort.try_from_bits;
     }
 
-    void Key() {
+    void IPicture() {
         CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.joint_intra}, x_,
                   y_, *best_);
     }
 
-    void Predicted() {
+    void PPicture() {
         const VectorPrediction prediction = PredictVector(picture_, x_, y_);
         if (TrySkipped(prediction)) return;
         const SearchBlock block{kLuma * x_, kLuma * y_, kLuma};
@@ -77,7 +77,7 @@ class MacroblockRace {
         Finish();
     }
 
-    void Between() {
+    void BPicture() {
         direct_ = DeriveDirect(picture_, x_, y_);
         forward_ = PredictForward(picture_, x_, y_);
         backward_ = PredictBackward(picture_, x_, y_);
@@ -322,8 +322,8 @@ class MacroblockRace {
     const int x_;
     const int y_;
     ResidualOptions residual_;
-    DirectVectors direct_;  // between anchors
-    Vector forward_;        // predictors there
+    DirectVectors direct_;  // of a B picture
+    Vector forward_;        // predictors in one
     Vector backward_;
     Samples samples_;
     Trial spare_;
@@ -356,12 +356,12 @@ void RateChooser::Choose(const Picture& picture, const Estimates& estimates, int
                          Trial& out) const {
     MacroblockRace race(picture, estimates, effort_, x, y, out);
     switch (picture.header.kind) {
-        case PictureKind::Key:
-            return race.Key();
-        case PictureKind::Predicted:
-            return race.Predicted();
-        case PictureKind::Between:
-            return race.Between();
+        case PictureKind::kI:
+            return race.IPicture();
+        case PictureKind::kP:
+            return race.PPicture();
+        case PictureKind::kB:
+            return race.BPicture();
     }
 }
 

@@ -49,10 +49,10 @@ void RowOutput::Add(const Picture& picture, const Macroblock& macroblock, const 
             const DcCode code = DcCodeOf(macroblock.dc[Index(n)], macroblock.quantiser);
             ++(n < 4 ? counts_.luma_dc : counts_.chroma_dc)[Index(code.symbol)];
             if (macroblock.IsCoded(n))
-                AddLevels(levels[n].data(), IntraScan(header.IsKey(), macroblock, n), n < 4,
+                AddLevels(levels[n].data(), IntraScan(header.IsI(), macroblock, n), n < 4,
                           header.HighRate());
         }
-        if (header.IsKey()) return;
+        if (header.IsI()) return;
         ++counts_.vectors[Index(kIntraSymbol + (macroblock.coded != 0 ? kCodedSymbols : 0))];
         if (macroblock.coded != 0) ++counts_.patterns[macroblock.coded];
         return;
@@ -86,7 +86,7 @@ void RowOutput::AddVectors(const Picture& picture, const Macroblock& macroblock)
         return;
     }
     const Vector forward = macroblock.differences[0];
-    if (!picture.header.IsBetween() || macroblock.direction == Direction::Forward)
+    if (!picture.header.IsB() || macroblock.direction == Direction::Forward)
         return count(forward, coded);
     if (macroblock.direction == Direction::Direct) return;
     if (macroblock.direction == Direction::Backward)

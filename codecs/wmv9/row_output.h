@@ -46,7 +46,7 @@ class RowOutput {
     TableCounts counts_;
 };
 
-/// The pattern of coded blocks as it is written in pictures that are no key pictures: with four
+/// The pattern of coded blocks as it is written in P and B pictures: with four
 /// vectors, a bit of luma says that the block has a vector of its own or is coded.
 int WrittenPattern(const Macroblock& macroblock);
 

@@ -22,7 +22,7 @@ std::array<std::uint8_t, 4> SequenceHeader::Bytes() const {
     out.Put(0, 1);  // reserved
     out.Put(overlap, 1);
     out.Put(0, 2);  // no markers, full range
-    out.Put(number(most_between), 3);
+    out.Put(number(most_b_pictures), 3);
     out.Put(kUniform, 2);
     out.Put(0, 1);  // no hint for interpolated pictures
     out.Put(1, 1);  // the released syntax

@@ -17,9 +17,9 @@ struct SequenceHeader {
     bool extended_vectors = false;      // Main only
     bool varying_quantiser = false;     // Main only
     bool overlap = false;
-    int most_between = 0;  // pictures in a run; 0 in Simple
-    int rate_hint = 7;     // 0 to 7
-    int bits_hint = 31;    // 0 to 31
+    int most_b_pictures = 0;  // consecutive ones; 0 in Simple
+    int rate_hint = 7;        // 0 to 7
+    int bits_hint = 31;       // 0 to 31
 
     std::array<std::uint8_t, 4> Bytes() const;
 };

@@ -20,7 +20,7 @@ extern const std::array<Code, 4> kPairs;
 extern const std::array<Code, 64> kTiles;
 
 /// Which of a macroblock's blocks are coded, the first one in the highest bit.
-extern const std::array<Code, 64> kKeyPattern;
+extern const std::array<Code, 64> kIPattern;
 extern const std::array<std::array<Code, 64>, 4> kPattern;
 /// The symbol of a vector difference less one.
 extern const std::array<std::array<Code, 73>, 4> kVector;
@@ -39,9 +39,9 @@ extern const std::array<std::array<Code, 15>, kTransformClasses> kSubBlocks;
 
 /// Places of a block in coding order, rows of 8.
 extern const std::array<std::uint8_t, 64> kScan8x8;
-extern const std::array<std::uint8_t, 64> kScanKey;
-extern const std::array<std::uint8_t, 64> kScanKeyAbove;
-extern const std::array<std::uint8_t, 64> kScanKeyLeft;
+extern const std::array<std::uint8_t, 64> kScanI;
+extern const std::array<std::uint8_t, 64> kScanIAbove;
+extern const std::array<std::uint8_t, 64> kScanILeft;
 extern const std::array<std::uint8_t, 32> kScan8x4;
 extern const std::array<std::uint8_t, 32> kScan4x8;
 extern const std::array<std::uint8_t, 16> kScan4x4;

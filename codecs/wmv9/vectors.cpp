@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "codecs/common/index.h"
-#include "codecs/wmv9/between_places.h"
+#include "codecs/wmv9/b_fractions.h"
 
 namespace codecs::wmv9 {
 namespace {
@@ -66,7 +66,7 @@ void Name(VectorPrediction& prediction, const Neighbour& above, const Neighbour&
 }
 
 template <typename VectorOf>
-Vector PredictBetween(const Picture& picture, int x, int y, VectorOf&& vector_of) {
+Vector PredictB(const Picture& picture, int x, int y, VectorOf&& vector_of) {
     constexpr int kUnit = 32;
     constexpr int kLeast = -28;
     Vector predictor;
@@ -134,13 +134,11 @@ VectorPrediction PredictBlockVector(const Picture& picture, int x, int y, int bl
 }
 
 Vector PredictForward(const Picture& picture, int x, int y) {
-    return PredictBetween(picture, x, y,
-                          [&](int i, int j) { return picture.grid.At(i, j).vectors[0]; });
+    return PredictB(picture, x, y, [&](int i, int j) { return picture.grid.At(i, j).vectors[0]; });
 }
 
 Vector PredictBackward(const Picture& picture, int x, int y) {
-    return PredictBetween(picture, x, y,
-                          [&](int i, int j) { return picture.grid.At(i, j).backward; });
+    return PredictB(picture, x, y, [&](int i, int j) { return picture.grid.At(i, j).backward; });
 }
 
 DirectVectors DeriveDirect(const Picture& picture, int x, int y) {
@@ -149,7 +147,7 @@ DirectVectors DeriveDirect(const Picture& picture, int x, int y) {
     const Macroblock& anchor = picture.anchor->At(x, y);
     if (anchor.intra) return direct;
     const Vector v = CombinedVector(anchor);
-    const int forward = BetweenScale(picture.header.place, picture.header.run);
+    const int forward = BScale(picture.header.b_number, picture.header.b_pictures);
     const bool half = picture.header.HalfVectors();
     const auto derive = [&](int scale) {
         const auto limit = [](int value, int macroblock, int count) {

@@ -26,7 +26,7 @@ VectorPrediction PredictVector(const Picture& picture, int x, int y);
 VectorPrediction PredictBlockVector(const Picture& picture, int x, int y, int block,
                                     const Macroblock& current);
 
-/// Of a picture between anchors, from vectors of one kind.
+/// Of a B picture, from vectors of one kind.
 Vector PredictForward(const Picture& picture, int x, int y);
 Vector PredictBackward(const Picture& picture, int x, int y);
 

@@ -17,7 +17,7 @@ struct CodedPicture {
 };
 
 struct PictureWish {
-    codecs::PictureKind kind = codecs::PictureKind::Predicted;
+    codecs::PictureKind kind = codecs::PictureKind::kP;
     double quantiser = 8;
     // Of a picture between two others: its place from 1 on in a run of so many.
     int place = 1;

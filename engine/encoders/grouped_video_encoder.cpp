@@ -143,7 +143,7 @@ void GroupedVideoEncoder::Try(const AVFrame& frame) {
     FrameHandle copy = frames_.Get();
     CheckAv(av_frame_ref(copy.get(), &frame), "Encoding of the picture failed");
     Frame tried{.frame = std::move(copy), .intra_cost = codecs::IntraCost(Luma(frame))};
-    Code(work, tried, {.kind = PictureKind::Key});
+    Code(work, tried, {.kind = PictureKind::kI});
     ledger_.LearnTrial(group.control->Result());
 }
 
@@ -327,7 +327,7 @@ std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& wor
         run = static_cast<std::size_t>(work.coder->ChooseBetween(*work.before, next));
     }
     const auto last = work.next.begin() + static_cast<std::ptrdiff_t>(run);
-    const PictureKind kind = work.before ? PictureKind::Predicted : PictureKind::Key;
+    const PictureKind kind = work.before ? PictureKind::kP : PictureKind::kI;
     // What stands before it refers to more than it: nobody could start from it.
     outcomes.push_back(Code(work, *last, {.kind = kind, .may_be_key = run == 0}));
     if (!outcomes.front().packet.data) {
@@ -338,7 +338,7 @@ std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& wor
     }
     for (std::size_t i = 0; i < run; ++i)
         outcomes.push_back(Code(work, work.next[i],
-                                {.kind = PictureKind::Between,
+                                {.kind = PictureKind::kB,
                                  .place = static_cast<int>(i) + 1,
                                  .run = static_cast<int>(run)}));
     work.next.erase(work.next.begin(), last + 1);
@@ -349,7 +349,7 @@ std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& wor
 GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
                                                        PictureWish wish) const {
     codecs::GroupRateControl& control = *work.group->control;
-    const bool between = wish.kind == PictureKind::Between;
+    const bool between = wish.kind == PictureKind::kB;
     const Ticks time{frame.frame->pts};
     Outcome outcome;
     outcome.index = frame.index;
@@ -390,7 +390,7 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
     control.Coded(coded->bits, 8.0 * coded->data->size, wish.quantiser, coded->key);
     outcome.packet.data = std::move(coded->data);
     outcome.packet.key = coded->key;
-    outcome.found = {coded->bits, coded->key ? PictureKind::Key : wish.kind};
+    outcome.found = {coded->bits, coded->key ? PictureKind::kI : wish.kind};
     outcome.drops = {};
     if (!between) {
         work.before_time = time;

@@ -23,13 +23,13 @@ std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const Enco
     if (plan.codec->av_encoder == nullptr) {
         const codecs::wmv9::EncoderSettings settings = Wmv9Settings(plan);
         header.extra_data = Wmv9GroupCoder(settings, packets).ExtraData();
-        header.reordered = settings.between > 0;
+        header.reordered = settings.b_pictures > 0;
         return std::make_unique<GroupedVideoEncoder>(
             plan, rate, pass, format, std::move(header),
             [settings, &packets](double /*bucket_room_bits*/) {
                 return std::make_unique<Wmv9GroupCoder>(settings, packets);
             },
-            settings.between);
+            settings.b_pictures);
     }
     // Also finds out whether the encoder takes the plan.
     header.extra_data = AvGroupCoder(plan, rate, rate.bucket_bits, packets).ExtraData();

@@ -46,7 +46,7 @@ wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan) {
     settings.profile = plan.simple_profile ? wmv9::Profile::Simple : wmv9::Profile::Main;
     settings.adaptive = !plan.simple_profile;
     settings.effort = std::clamp(plan.performance, 0, 100);
-    settings.between = BetweenFor(plan);
+    settings.b_pictures = BetweenFor(plan);
     settings.pictures_per_second = CodedFrameRate(plan) / 1000.0;
     settings.rate_bps = plan.bit_rate_bps;
     if (CodesRows(plan))
@@ -71,7 +71,7 @@ CodedPicture Wmv9GroupCoder::Packed(const wmv9::CodedPicture& coded) {
     CheckAv(av_new_packet(picture.data.get(), static_cast<int>(coded.data.size())),
             "Encoding of the picture failed");
     std::memcpy(picture.data->data, coded.data.data(), coded.data.size());
-    picture.key = coded.kind == codecs::PictureKind::Key;
+    picture.key = coded.kind == codecs::PictureKind::kI;
     picture.bits = coded.bits;
     return picture;
 }
@@ -79,7 +79,7 @@ CodedPicture Wmv9GroupCoder::Packed(const wmv9::CodedPicture& coded) {
 int Wmv9GroupCoder::ChooseBetween(const AVFrame& before, std::span<const AVFrame* const> next) {
     std::vector<wmv9::PictureView> views;
     for (const AVFrame* frame : next) views.push_back(View(*frame));
-    return encoder_.ChooseBetween(View(before), views);
+    return encoder_.ChooseBPictures(View(before), views);
 }
 
 std::vector<std::uint8_t> Wmv9GroupCoder::ExtraData() const {

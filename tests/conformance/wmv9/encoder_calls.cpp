@@ -45,21 +45,20 @@ Outcome EncodeAll(const EncoderSettings& settings, const Scene& scene, const Cal
     return outcome;
 }
 
-Calls Groups(int pictures, int between, const std::vector<double>& quantisers) {
-    constexpr int kKeys = 7;
+Calls Gops(int pictures, int b_pictures, const std::vector<double>& quantisers) {
+    constexpr int kIDistance = 7;
     Calls calls;
     const auto add = [&](int place, PictureRequest request) {
         request.quantiser = quantisers[calls.size() % quantisers.size()];
         calls.push_back({Action::Encode, place, request});
     };
     for (int before = -1; before + 1 < pictures;) {
-        const int run = before < 0 ? 0 : std::min(between, pictures - 2 - before);
-        const int anchor = before + run + 1;
-        const bool key = anchor % kKeys == 0;
-        add(anchor,
-            {.kind = key ? PictureKind::Key : PictureKind::Predicted, .may_be_key = run == 0});
-        for (int place = 1; place <= run; ++place)
-            add(before + place, {.kind = PictureKind::Between, .place = place, .run = run});
+        const int count = before < 0 ? 0 : std::min(b_pictures, pictures - 2 - before);
+        const int anchor = before + count + 1;
+        const PictureKind kind = anchor % kIDistance == 0 ? PictureKind::kI : PictureKind::kP;
+        add(anchor, {.kind = kind, .may_be_i = count == 0});
+        for (int i = 1; i <= count; ++i)
+            add(before + i, {.kind = PictureKind::kB, .b_number = i, .b_pictures = count});
         before = anchor;
     }
     return calls;

@@ -28,7 +28,7 @@ struct Kept {
     std::vector<std::uint8_t> data;
     PlanarPicture shown;
     int place = 0;
-    codecs::wmv9::PictureKind kind = codecs::wmv9::PictureKind::Key;
+    codecs::wmv9::PictureKind kind = codecs::wmv9::PictureKind::kI;
     double quantiser = 0;
 };
 
@@ -42,8 +42,8 @@ std::vector<std::vector<std::uint8_t>> DataOf(const Outcome& outcome);
 Outcome EncodeAll(const codecs::wmv9::EncoderSettings& settings, const Scene& scene,
                   const Calls& calls);
 
-/// Runs of pictures between predicted ones and, now and then, key pictures; in coding order, the
-/// quantisers one after the other.
-Calls Groups(int pictures, int between, const std::vector<double>& quantisers);
+/// B pictures between P pictures and, now and then, I pictures; in coding order, the quantisers one
+/// after the other.
+Calls Gops(int pictures, int b_pictures, const std::vector<double>& quantisers);
 
 }  // namespace wmv9_conformance

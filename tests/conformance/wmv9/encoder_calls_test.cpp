@@ -15,14 +15,15 @@ using namespace codecs::wmv9;
 
 namespace {
 
-constexpr PictureKind kKey = PictureKind::Key;
-constexpr PictureKind kPredicted = PictureKind::Predicted;
-constexpr PictureKind kBetween = PictureKind::Between;
+constexpr PictureKind kI = PictureKind::kI;
+constexpr PictureKind kP = PictureKind::kP;
+constexpr PictureKind kB = PictureKind::kB;
 
 Call Encode(int place, PictureKind kind, double quantiser = 6) {
-    return {Action::Encode,
-            place,
-            {.kind = kind, .quantiser = quantiser, .place = 1, .run = 1, .may_be_key = false}};
+    return {
+        Action::Encode,
+        place,
+        {.kind = kind, .quantiser = quantiser, .b_number = 1, .b_pictures = 1, .may_be_i = false}};
 }
 
 // ---- Calls at random
@@ -42,7 +43,7 @@ class CallMaker {
         settings.height = 2 * random_.Between(1, 50);
         settings.profile = random_.Roll(25) ? Profile::Simple : Profile::Main;
         settings.effort = random_.Below(101);
-        settings.between = settings.profile == Profile::Simple ? 0 : random_.Below(4);
+        settings.b_pictures = settings.profile == Profile::Simple ? 0 : random_.Below(4);
         settings.threads = random_.Between(1, 3);
         settings.adaptive = random_.Roll(50);
         made_.scene = {static_cast<Content>(random_.Below(kContents)), random_.Between(2, 20)};
@@ -51,13 +52,13 @@ class CallMaker {
     RandomCalls Make() {
         constexpr int kGroups = 5;
         for (int group = 0; group < kGroups; ++group) {
-            const int run = shown_ == 0 ? 0 : random_.Below(made_.settings.between + 1);
-            const PictureKind kind = random_.Pick({kKey, kPredicted, kPredicted, kPredicted});
-            const int anchor = shown_ + run;
-            if (!Picture(anchor, {.kind = kind, .may_be_key = run == 0 && random_.Roll(50)}))
+            const int b_pictures = shown_ == 0 ? 0 : random_.Below(made_.settings.b_pictures + 1);
+            const PictureKind kind = random_.Pick({kI, kP, kP, kP});
+            const int anchor = shown_ + b_pictures;
+            if (!Picture(anchor, {.kind = kind, .may_be_i = b_pictures == 0 && random_.Roll(50)}))
                 continue;
-            for (int place = 1; place <= run; ++place)
-                Picture(shown_ + place - 1, {.kind = kBetween, .place = place, .run = run});
+            for (int i = 1; i <= b_pictures; ++i)
+                Picture(shown_ + i - 1, {.kind = kB, .b_number = i, .b_pictures = b_pictures});
             shown_ = anchor + 1;
         }
         return made_;
@@ -88,9 +89,9 @@ class CallMaker {
     void Attempt(Action action, int place) {
         made_.calls.push_back({action,
                                place,
-                               {.kind = random_.Pick({kKey, kPredicted, kBetween}),
+                               {.kind = random_.Pick({kI, kP, kB}),
                                 .quantiser = Quantiser(),
-                                .may_be_key = random_.Roll(50)}});
+                                .may_be_i = random_.Roll(50)}});
     }
 
     Random random_;
@@ -123,40 +124,40 @@ TEST(EncoderCalls, LeaveNoTraceWhenTheyAreTakenBack) {
 
 struct RequestCase {
     const char* why;
-    int between;
+    int b_pictures;
     Calls before;
     Call call;
     PictureKind kind;
     double quantiser;
 };
 
-Call MayBeKey(Call call) {
-    call.request.may_be_key = true;
+Call MayBeI(Call call) {
+    call.request.may_be_i = true;
     return call;
 }
 
 TEST(EncoderCalls, TurnRequestsIntoWhatCanBeCoded) {
-    const Call key = Encode(0, kKey);
+    const Call first = Encode(0, kI);
     constexpr int kCut = 5;
     // clang-format off
     const RequestCase kCases[] = {
-        // why                                  between before                        call                           kind        quantiser
-        {"predicted from nothing",               1, {},                               Encode(0, kPredicted, 4),      kKey,       4},
-        {"between nothing",                      1, {},                               Encode(0, kBetween, 4),        kKey,       4},
-        {"between, after one picture",           1, {key},                            Encode(1, kBetween, 4),        kPredicted, 4},
-        {"between, where there is to be none",   0, {key, Encode(1, kPredicted)},     Encode(2, kBetween, 4),        kPredicted, 4},
-        {"finer than any quantiser",             1, {key},                            Encode(1, kPredicted, 0),      kPredicted, 1},
-        {"coarser than any",                     1, {key},                            Encode(1, kPredicted, 99),     kPredicted, 31},
-        {"a half that is none",                  1, {key},                            Encode(1, kPredicted, 12.25),  kPredicted, 12},
-        {"the scene goes on",                    1, {key},                            MayBeKey(Encode(1, kPredicted)), kPredicted, 6},
-        {"the scene changes",                    1, {key},                            MayBeKey(Encode(kCut, kPredicted, 6.5)), kKey, 6.5},
-        {"the scene changes, but others follow", 1, {key},                            Encode(kCut, kPredicted),      kPredicted, 6},
+        // why                               b_pictures before                        call                           kind        quantiser
+        {"a P picture, from nothing",              1, {},                               Encode(0, kP, 4),      kI,       4},
+        {"a B picture, from nothing",             1, {},                               Encode(0, kB, 4),        kI,       4},
+        {"a B picture, after one other",         1, {first},                            Encode(1, kB, 4),        kP, 4},
+        {"a B picture, where there is none",    0, {first, Encode(1, kP)},     Encode(2, kB, 4),        kP, 4},
+        {"finer than any quantiser",             1, {first},                            Encode(1, kP, 0),      kP, 1},
+        {"coarser than any",                     1, {first},                            Encode(1, kP, 99),     kP, 31},
+        {"a half that is none",                  1, {first},                            Encode(1, kP, 12.25),  kP, 12},
+        {"the scene goes on",                    1, {first},                            MayBeI(Encode(1, kP)), kP, 6},
+        {"the scene changes",                    1, {first},                            MayBeI(Encode(kCut, kP, 6.5)), kI, 6.5},
+        {"the scene changes, but others follow", 1, {first},                            Encode(kCut, kP),      kP, 6},
     };
     // clang-format on
     for (const RequestCase& row : kCases) {
         SCOPED_TRACE(row.why);
         const EncoderSettings settings{
-            .width = 64, .height = 64, .between = row.between, .adaptive = true};
+            .width = 64, .height = 64, .b_pictures = row.b_pictures, .adaptive = true};
         Calls calls = row.before;
         calls.push_back(row.call);
         const Outcome outcome = EncodeAll(settings, {.cut = kCut}, calls);
@@ -166,19 +167,19 @@ TEST(EncoderCalls, TurnRequestsIntoWhatCanBeCoded) {
     }
 }
 
-// A run's last picture is never between others, whatever is seen.
-TEST(EncoderCalls, LeaveTheLastPictureOfARunToBePredicted) {
-    Encoder encoder({.width = 64, .height = 48, .between = 3});
+// The last of the pictures is what the others refer to, whatever is seen.
+TEST(EncoderCalls, NeverMakeABPictureOfTheLastOne) {
+    Encoder encoder({.width = 64, .height = 48, .b_pictures = 3});
     for (const Content content : {Content::Flat, Content::Texture, Content::Noise}) {
         std::vector<PlanarPicture> pictures;
         for (int i = 0; i < 5; ++i) pictures.push_back(MakePicture(content, 64, 48, i, 1));
         std::vector<PictureView> next;
-        EXPECT_EQ(encoder.ChooseBetween(pictures[0].View(), next), 0);
+        EXPECT_EQ(encoder.ChooseBPictures(pictures[0].View(), next), 0);
         for (std::size_t count = 1; count <= 4; ++count) {
             next.push_back(pictures[count].View());
-            const int between = encoder.ChooseBetween(pictures[0].View(), next);
-            EXPECT_GE(between, 0);
-            EXPECT_LT(between, static_cast<int>(count));
+            const int b_pictures = encoder.ChooseBPictures(pictures[0].View(), next);
+            EXPECT_GE(b_pictures, 0);
+            EXPECT_LT(b_pictures, static_cast<int>(count));
         }
     }
 }

@@ -31,12 +31,12 @@ struct SizeCase {
     int height;
     int pictures;
     int effort;
-    int between;
+    int b_pictures;
 };
 
 // clang-format off
 constexpr SizeCase kSizes[] = {
-    // why                                width height pictures effort between
+    // why                                width height pictures effort b_pictures
     {"no smaller one",                        2,    2,   9,      60,    2},
     {"mostly repeated samples",              18,    2,   9,     100,    1},
     {"one macroblock",                       16,   16,   9,      60,    3},
@@ -55,25 +55,27 @@ constexpr SizeCase kSizes[] = {
 TEST(EncoderStreams, OfEverySizeDecode) {
     for (const SizeCase& row : kSizes) {
         SCOPED_TRACE(fmt::format("{}: {}x{}", row.why, row.width, row.height));
-        const EncoderSettings settings{
-            .width = row.width, .height = row.height, .effort = row.effort, .between = row.between};
-        const Calls calls = Groups(row.pictures, row.between, kMixedQuantisers);
+        const EncoderSettings settings{.width = row.width,
+                                       .height = row.height,
+                                       .effort = row.effort,
+                                       .b_pictures = row.b_pictures};
+        const Calls calls = Gops(row.pictures, row.b_pictures, kMixedQuantisers);
         EXPECT_EQ(EncodeAll(settings, {}, calls).fault, "");
     }
 }
 
 TEST(EncoderStreams, OfEveryEffortAndRunDecode) {
     for (const int effort : {0, 20, 40, 60, 80, 100}) {
-        for (int between = 0; between <= 4; ++between) {
-            const bool simple = between == 4;
+        for (int b_pictures = 0; b_pictures <= 4; ++b_pictures) {
+            const bool simple = b_pictures == 4;
             EncoderSettings settings{.width = 50, .height = 34, .effort = effort};
             settings.profile = simple ? Profile::Simple : Profile::Main;
-            settings.between = simple ? 0 : between;
-            settings.adaptive = between % 2 == 1;
+            settings.b_pictures = simple ? 0 : b_pictures;
+            settings.adaptive = b_pictures % 2 == 1;
             for (int content = 0; content < kContents; ++content) {
-                SCOPED_TRACE(fmt::format("effort {}, {} between{}, content {}", effort,
-                                         settings.between, simple ? ", Simple" : "", content));
-                const Calls calls = Groups(9, settings.between, kMixedQuantisers);
+                SCOPED_TRACE(fmt::format("effort {}, {} B pictures{}, content {}", effort,
+                                         settings.b_pictures, simple ? ", Simple" : "", content));
+                const Calls calls = Gops(9, settings.b_pictures, kMixedQuantisers);
                 EXPECT_EQ(EncodeAll(settings, {static_cast<Content>(content)}, calls).fault, "");
             }
         }
@@ -88,12 +90,11 @@ TEST(EncoderStreams, OfEveryQuantiserDecode) {
                 SCOPED_TRACE(fmt::format("quantiser {}, content {}{}", quantiser,
                                          static_cast<int>(content), adaptive ? ", adaptive" : ""));
                 const EncoderSettings settings{
-                    .width = 48, .height = 32, .between = 1, .adaptive = adaptive};
-                const Outcome outcome = EncodeAll(settings, {content}, Groups(5, 1, {quantiser}));
+                    .width = 48, .height = 32, .b_pictures = 1, .adaptive = adaptive};
+                const Outcome outcome = EncodeAll(settings, {content}, Gops(5, 1, {quantiser}));
                 EXPECT_EQ(outcome.fault, "");
                 for (const Kept& kept : outcome.pictures) {
-                    const bool whole =
-                        adaptive && kept.kind == PictureKind::Predicted && quantiser >= 1.5;
+                    const bool whole = adaptive && kept.kind == PictureKind::kP && quantiser >= 1.5;
                     EXPECT_EQ(kept.quantiser,
                               whole ? static_cast<double>(std::lround(quantiser)) : quantiser);
                 }
@@ -107,8 +108,8 @@ TEST(EncoderStreams, AreTheSameFromMoreThreads) {
         for (const Profile profile : {Profile::Simple, Profile::Main}) {
             EncoderSettings settings{.width = 114, .height = 98, .profile = profile};
             settings.effort = effort;
-            settings.between = profile == Profile::Main ? 2 : 0;
-            const Calls calls = Groups(8, settings.between, kMixedQuantisers);
+            settings.b_pictures = profile == Profile::Main ? 2 : 0;
+            const Calls calls = Gops(8, settings.b_pictures, kMixedQuantisers);
             const auto alone = DataOf(EncodeAll(settings, {}, calls));
             settings.threads = 3;
             EXPECT_EQ(DataOf(EncodeAll(settings, {}, calls)), alone) << "effort " << effort;

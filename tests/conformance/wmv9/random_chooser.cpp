@@ -57,8 +57,8 @@ class Dice {
           quantiser_(RandomQuantiser()) {}
 
     void Throw() {
-        if (header_.IsKey() || random_.Roll(odds_.intra)) return Intra();
-        if (header_.IsBetween()) return Between(random_.Roll(odds_.still));
+        if (header_.IsI() || random_.Roll(odds_.intra)) return Intra();
+        if (header_.IsB()) return BPicture(random_.Roll(odds_.still));
         const bool four = header_.mode == VectorMode::Mixed && random_.Roll(odds_.four);
         const bool still = random_.Roll(odds_.still);
         if (four && Four(still)) return;
@@ -72,7 +72,7 @@ class Dice {
         if (header_.varying)
             number = random_.Roll(50) ? std::min(number + random_.Below(8), kLargestQuantiser)
                                       : random_.Between(1, kLargestQuantiser);
-        Quantiser made = Quantiser::Make(number, header_.Step(number), header_.IsBetween());
+        Quantiser made = Quantiser::Make(number, header_.Step(number), header_.IsB());
         if (random_.Roll(50)) made.lambda = 0;  // whatever it takes
         return made;
     }
@@ -177,7 +177,7 @@ class Dice {
         return true;
     }
 
-    void Between(bool still) {
+    void BPicture(bool still) {
         Begin();
         const DirectVectors direct = DeriveDirect(picture_, x_, y_);
         macroblock_.vectors[0] = direct.forward;
@@ -190,14 +190,14 @@ class Dice {
         if (direction == Direction::Forward || direction == Direction::Both) {
             const Moved moved =
                 Move(PredictForward(picture_, x_, y_), kLuma * x_, kLuma * y_, still);
-            if (!moved.fits) return Between(false);
+            if (!moved.fits) return BPicture(false);
             macroblock_.vectors[0] = moved.vector;
             macroblock_.differences[0] = moved.difference;
         }
         if (direction == Direction::Backward || direction == Direction::Both) {
             const Moved moved =
                 Move(PredictBackward(picture_, x_, y_), kLuma * x_, kLuma * y_, still);
-            if (!moved.fits) return Between(false);
+            if (!moved.fits) return BPicture(false);
             macroblock_.backward = moved.vector;
             macroblock_.backward_difference = moved.difference;
         }

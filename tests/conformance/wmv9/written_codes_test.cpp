@@ -227,7 +227,7 @@ TEST(WrittenCodes, OfSequences) {
     main.extended_vectors = true;
     main.varying_quantiser = true;
     main.overlap = true;
-    main.most_between = 2;
+    main.most_b_pictures = 2;
     EXPECT_THAT(main.Bytes(), testing::ElementsAre(0x4E, 0xA9, 0x5A, 0x2D));
     SequenceHeader simple;
     simple.profile = Profile::Simple;

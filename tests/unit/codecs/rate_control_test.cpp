@@ -23,7 +23,7 @@ constexpr double kGroupSeconds = kGroupPictures / kFps;
 constexpr RateExperience kUsual{kFps, 2, 3000, 0.15, 1500};
 
 struct Shot {
-    double detail = 1;  // of its key picture
+    double detail = 1;  // of its I picture
     double motion = 0.1;
 };
 
@@ -35,13 +35,11 @@ struct PretendedEncoder {
     PictureBits Take(int picture, PictureKind kind, double quantiser) {
         const Shot seen = shot(picture);
         std::uniform_real_distribution<double> uneven(0.8, 1.25);
-        const bool key = kind == PictureKind::Key;
-        const double part = key                            ? 1
-                            : kind == PictureKind::Between ? 0.6 * seen.motion
-                                                           : seen.motion;
+        const bool is_i = kind == PictureKind::kI;
+        const double part = is_i ? 1 : kind == PictureKind::kB ? 0.6 * seen.motion : seen.motion;
         const double texture =
             2.7e6 * seen.detail * part * uneven(noise) / std::pow(quantiser + 1, 1.1);
-        return PictureBits::Taken(texture, key ? 4000 : 1200, quantiser);
+        return PictureBits::Taken(texture, is_i ? 4000 : 1200, quantiser);
     }
     double IntraCost(int picture) const { return 1.2e6 * shot(picture).detail; }
     double InterCost(int picture) const {
@@ -58,13 +56,13 @@ struct Outcome {
     std::vector<FirstPassGroup> report;
 };
 
-// The pictures of a group in coding order: each run of so many between two others after the later.
-std::vector<std::pair<int, PictureKind>> CodingOrder(int between) {
-    std::vector<std::pair<int, PictureKind>> order{{0, PictureKind::Key}};
-    for (int first = 1; first < kGroupPictures; first += between + 1) {
-        const int last = std::min(first + between, kGroupPictures - 1);
-        order.emplace_back(last, PictureKind::Predicted);
-        for (int i = first; i < last; ++i) order.emplace_back(i, PictureKind::Between);
+// The pictures of a group in coding order: consecutive B pictures after the P picture behind them.
+std::vector<std::pair<int, PictureKind>> CodingOrder(int b_pictures) {
+    std::vector<std::pair<int, PictureKind>> order{{0, PictureKind::kI}};
+    for (int first = 1; first < kGroupPictures; first += b_pictures + 1) {
+        const int last = std::min(first + b_pictures, kGroupPictures - 1);
+        order.emplace_back(last, PictureKind::kP);
+        for (int i = first; i < last; ++i) order.emplace_back(i, PictureKind::kB);
     }
     return order;
 }
@@ -72,7 +70,7 @@ std::vector<std::pair<int, PictureKind>> CodingOrder(int between) {
 // With as many groups at work at once as `at_once` and the ledger allow: each is closed as late as
 // can be.
 Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups, int at_once,
-             std::vector<PlannedGroup> plan = {}, int between = 0) {
+             std::vector<PlannedGroup> plan = {}, int b_pictures = 0) {
     RateLedger ledger(settings, kUsual, std::move(plan));
     Outcome outcome;
     double level = 0;
@@ -86,12 +84,12 @@ Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups,
         outcome.report.push_back({kGroupSeconds, std::vector<FoundPicture>(kGroupPictures)});
         bool begun = false;
         int before = 0;
-        for (auto [i, kind] : CodingOrder(between)) {
+        for (auto [i, kind] : CodingOrder(b_pictures)) {
             const int picture = group * kGroupPictures + i;
-            if (!begun) kind = PictureKind::Key;
-            const bool waits = between > 0 && kind == PictureKind::Predicted;
+            if (!begun) kind = PictureKind::kI;
+            const bool waits = b_pictures > 0 && kind == PictureKind::kP;
             const double seconds = (waits ? before : i) / kFps;
-            if (kind != PictureKind::Between) before = i;
+            if (kind != PictureKind::kB) before = i;
             const double now = group * kGroupSeconds + seconds;
             level = std::max(0.0, level - settings.bucket_rate_bps * (now - decoded));
             decoded = now;
@@ -113,7 +111,7 @@ Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups,
                 continue;
             }
             const double bits = taken.At(quantiser);
-            control.Coded(taken, bits, quantiser, kind == PictureKind::Key);
+            control.Coded(taken, bits, quantiser, kind == PictureKind::kI);
             begun = true;
             level += bits;
             outcome.fullest_bucket = std::max(outcome.fullest_bucket, level);
@@ -145,7 +143,7 @@ struct RateCase {
     bool two_passes;
     double within;                // of the rate
     int least_drops, most_drops;  // of 1500 pictures
-    int between = 0;
+    int b_pictures = 0;
 };
 
 // clang-format off
@@ -164,9 +162,9 @@ const RateCase kRateCases[] = {
     {"bursts in a small buffer",            Bursts,              Constant(1e6, 1),                   false, 0.5,   0, 250},
     {"bursts, two passes",                  Bursts,              Constant(1e6, 1),                   true,  0.5,   0, 250},
     {"bursts, peak",                        Bursts,              {1e6, 2e6, 2e6, 1, 31, false},      true,  0.35,  0, 150},
-    {"pictures between, constant",          Cuts,                Constant(1e6, 5),                   false, 0.05,  0, 15,  2},
-    {"pictures between, two passes",        Cuts,                Constant(1e6, 5),                   true,  0.02,  0, 5,   2},
-    {"pictures between, bursts",            Bursts,              Constant(1e6, 1),                   false, 0.5,   0, 250, 2},
+    {"B pictures, constant",                Cuts,                Constant(1e6, 5),                   false, 0.05,  0, 15,  2},
+    {"B pictures, two passes",              Cuts,                Constant(1e6, 5),                   true,  0.02,  0, 5,   2},
+    {"B pictures, bursts",                  Bursts,              Constant(1e6, 1),                   false, 0.5,   0, 250, 2},
 };
 // clang-format on
 
@@ -179,9 +177,11 @@ TEST(RateControl, HoldsRateAndBucket) {
             first.steady = true;
             first.bucket_rate_bps = first.bucket_bits = 0;
             first.may_drop = false;
-            plan = PlanGroups(row.settings, Code(first, {row.shot}, 20, 4, {}, row.between).report);
+            plan =
+                PlanGroups(row.settings, Code(first, {row.shot}, 20, 4, {}, row.b_pictures).report);
         }
-        const Outcome outcome = Code(row.settings, {row.shot}, 20, 4, std::move(plan), row.between);
+        const Outcome outcome =
+            Code(row.settings, {row.shot}, 20, 4, std::move(plan), row.b_pictures);
         EXPECT_NEAR(outcome.bits / (20 * kGroupSeconds), row.settings.rate_bps,
                     row.settings.rate_bps * row.within);
         EXPECT_GE(outcome.dropped, row.least_drops);
