@@ -7,31 +7,31 @@ namespace codecs {
 namespace {
 
 constexpr double kManyDropped = 0.1;  // of the pictures that are coded
-constexpr double kLearning = 0.5;     // weight of the group learnt last
-// Of a debt, shared by the groups at work and the next: each repays as if alone.
+constexpr double kLearning = 0.5;     // weight of the GOP learnt last
+// Of a debt, shared by the GOPs at work and the next: each repays as if alone.
 constexpr double kRepayment = 0.8;
-constexpr double kLargestGift = 0.2;    // of a group's budget, of what others have saved
+constexpr double kLargestGift = 0.2;    // of a GOP's budget, of what others have saved
 constexpr double kBucketSaving = 0.25;  // of the bucket; what it has drained beyond is lost
-// Of the bucket, between two groups; of an empty one, what a group may always leave in it.
+// Of the bucket, between two GOPs; of an empty one, what a GOP may always leave in it.
 constexpr double kFullest = 0.5;
 constexpr double kOwnPart = 0.2;
-// What a group may take beyond its budget, of what drains meanwhile and of the bucket.
+// What a GOP may take beyond its budget, of what drains meanwhile and of the bucket.
 constexpr double kLeeway = 0.05;
 constexpr double kBucketLeeway = 0.03;
 
 }  // namespace
 
 RateLedger::RateLedger(const RateSettings& settings, const RateExperience& usual,
-                       std::vector<PlannedGroup> plan)
+                       std::vector<PlannedGop> plan)
     : settings_(settings), plan_(std::move(plan)), experience_(usual) {}
 
-// Of a short stream that is planned fewer: what its last groups take beyond the plan, none makes
+// Of a short stream that is planned fewer: what its last GOPs take beyond the plan, none makes
 // good.
 std::int64_t RateLedger::MostAtOnce() const {
     constexpr std::int64_t kPart = 4;
     if (plan_.empty()) return kMostAtOnce;
-    const auto groups = static_cast<std::int64_t>(plan_.size());
-    return std::clamp<std::int64_t>(groups / kPart, 2, kMostAtOnce);
+    const auto gops = static_cast<std::int64_t>(plan_.size());
+    return std::clamp<std::int64_t>(gops / kPart, 2, kMostAtOnce);
 }
 
 std::int64_t RateLedger::Needs() const {
@@ -43,20 +43,20 @@ std::int64_t RateLedger::Needs() const {
     return settings_.may_drop && (in_debt || drops_) ? opened_ - 1 : far;
 }
 
-GroupOutlook RateLedger::Open(double seconds) {
+GopOutlook RateLedger::Open(double seconds) {
     for (const std::int64_t needed = Needs(); accounted_ <= needed; ++accounted_) {
         Account(accounted_, closed_.at(accounted_));
         closed_.erase(accounted_);
     }
     const std::int64_t index = opened_++;
-    const auto unknown = static_cast<double>(index - accounted_);  // groups at work or ready
-    GroupOutlook outlook;
+    const auto unknown = static_cast<double>(index - accounted_);  // GOPs at work or ready
+    GopOutlook outlook;
     outlook.seconds = seconds;
     outlook.level_is_exact = unknown == 0;
     outlook.bits = settings_.rate_bps * seconds;
     outlook.experience = experience_;
     if (Planned(index)) {
-        PlannedGroup& planned = plan_[static_cast<std::size_t>(index)];
+        PlannedGop& planned = plan_[static_cast<std::size_t>(index)];
         outlook.bits = planned.bits;
         outlook.pictures = std::move(planned.pictures);
     }
@@ -65,16 +65,16 @@ GroupOutlook RateLedger::Open(double seconds) {
     return outlook;
 }
 
-// Where the bucket may stand when the groups at work are done: each adds at most its surplus to
+// Where the bucket may stand when the GOPs at work are done: each adds at most its surplus to
 // what it finds, or leaves at most what it may in an empty one.
 double RateLedger::LevelAtMost() const {
     double level = level_bits_;
-    for (const GroupPromise& group : promises_)
-        level = std::max(group.own_bits, level + group.surplus_bits);
+    for (const GopPromise& gop : promises_)
+        level = std::max(gop.own_bits, level + gop.surplus_bits);
     return level;
 }
 
-void RateLedger::Promise(GroupOutlook& outlook) {
+void RateLedger::Promise(GopOutlook& outlook) {
     const double bucket = settings_.bucket_bits;
     const double drained = settings_.bucket_rate_bps * outlook.seconds;
     const double leeway = std::min(kLeeway * drained, kBucketLeeway * bucket);
@@ -89,11 +89,11 @@ void RateLedger::Promise(GroupOutlook& outlook) {
     promises_.push_back({surplus, outlook.bucket_own_end_bits});
 }
 
-void RateLedger::Close(std::int64_t index, const GroupResult& result) {
+void RateLedger::Close(std::int64_t index, const GopResult& result) {
     closed_.insert_or_assign(index, result);
 }
 
-void RateLedger::Account(std::int64_t index, const GroupResult& result) {
+void RateLedger::Account(std::int64_t index, const GopResult& result) {
     if (settings_.bucket_rate_bps > 0) {
         const double drained_since =
             settings_.bucket_rate_bps * (result.seconds - result.last_seconds);
@@ -112,9 +112,9 @@ void RateLedger::Account(std::int64_t index, const GroupResult& result) {
     Learn(result, kLearning);
 }
 
-void RateLedger::LearnTrial(const GroupResult& trial) { Learn(trial, 1); }
+void RateLedger::LearnTrial(const GopResult& trial) { Learn(trial, 1); }
 
-void RateLedger::Learn(const GroupResult& result, double weight) {
+void RateLedger::Learn(const GopResult& result, double weight) {
     if (result.i_pictures == 0) return;
     const auto i_pictures = static_cast<double>(result.i_pictures);
     const auto towards = [&](double& value, double found) { value += weight * (found - value); };

@@ -6,7 +6,7 @@
 
 namespace codecs {
 
-/// What a group leaves in the receiver's buffer for the next one, as a part of it, at most, where a
+/// What a GOP leaves in the receiver's buffer for the next one, as a part of it, at most, where a
 /// plan is made of it.
 inline constexpr double kHandOver = 0.25;
 

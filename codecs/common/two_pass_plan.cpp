@@ -7,7 +7,7 @@
 namespace codecs {
 namespace {
 
-// How far harder groups are coded more coarsely: 0 = the same quantiser everywhere, 1 = the same
+// How far harder GOPs are coded more coarsely: 0 = the same quantiser everywhere, 1 = the same
 // rate everywhere.
 constexpr double kEvening = 0.25;
 constexpr int kHalvings = 40;
@@ -28,25 +28,24 @@ struct Demand {
     }
 };
 
-Demand DemandOf(const FirstPassGroup& group) {
+Demand DemandOf(const FirstPassGop& gop) {
     Demand demand;
-    demand.seconds = group.seconds;
-    if (group.pictures.empty()) return demand;
-    demand.i_picture = group.pictures.front().bits;
-    for (std::size_t i = 1; i < group.pictures.size(); ++i)
-        demand.deltas += group.pictures[i].ByP();
-    const double count = std::max(1.0, static_cast<double>(group.pictures.size()) - 1);
+    demand.seconds = gop.seconds;
+    if (gop.pictures.empty()) return demand;
+    demand.i_picture = gop.pictures.front().bits;
+    for (std::size_t i = 1; i < gop.pictures.size(); ++i) demand.deltas += gop.pictures[i].ByP();
+    const double count = std::max(1.0, static_cast<double>(gop.pictures.size()) - 1);
     demand.i_part = IQuantiserPart(
         demand.deltas.texture / count / std::max(1.0, demand.i_picture.texture), count);
     return demand;
 }
 
-std::vector<Demand> Demands(const std::vector<FirstPassGroup>& groups) {
+std::vector<Demand> Demands(const std::vector<FirstPassGop>& gops) {
     std::vector<Demand> demands;
     double texture = 0;
     double seconds = 0;
-    for (const FirstPassGroup& group : groups) {
-        const Demand demand = DemandOf(group);
+    for (const FirstPassGop& gop : gops) {
+        const Demand demand = DemandOf(gop);
         texture += demand.i_picture.texture + demand.deltas.texture;
         seconds += demand.seconds;
         demands.push_back(demand);
@@ -61,7 +60,7 @@ std::vector<Demand> Demands(const std::vector<FirstPassGroup>& groups) {
 
 // The budgets at an even quantiser, cut to what the bucket takes. Returns their sum.
 double Fill(const RateSettings& settings, const std::vector<Demand>& demands, double quantiser,
-            std::vector<PlannedGroup>& plan) {
+            std::vector<PlannedGop>& plan) {
     const double cap = kHandOver * settings.bucket_bits;
     double level = 0;
     double sum = 0;
@@ -81,12 +80,11 @@ double Fill(const RateSettings& settings, const std::vector<Demand>& demands, do
 
 }  // namespace
 
-std::vector<PlannedGroup> PlanGroups(const RateSettings& settings,
-                                     std::vector<FirstPassGroup> groups) {
-    std::vector<PlannedGroup> plan(groups.size());
-    const std::vector<Demand> demands = Demands(groups);
+std::vector<PlannedGop> PlanGops(const RateSettings& settings, std::vector<FirstPassGop> gops) {
+    std::vector<PlannedGop> plan(gops.size());
+    const std::vector<Demand> demands = Demands(gops);
     double total = 0;
-    for (const FirstPassGroup& group : groups) total += settings.rate_bps * group.seconds;
+    for (const FirstPassGop& gop : gops) total += settings.rate_bps * gop.seconds;
     // More coarsely is never more bits, so the quantiser that fits is found by halving.
     double fine = std::log(settings.finest / 4);
     double coarse = std::log(settings.coarsest * 4);
@@ -98,8 +96,7 @@ std::vector<PlannedGroup> PlanGroups(const RateSettings& settings,
             coarse = middle;
     }
     Fill(settings, demands, std::exp(coarse), plan);
-    for (std::size_t i = 0; i < groups.size(); ++i)
-        plan[i].pictures = std::move(groups[i].pictures);
+    for (std::size_t i = 0; i < gops.size(); ++i) plan[i].pictures = std::move(gops[i].pictures);
     return plan;
 }
 

@@ -1,4 +1,4 @@
-// Shares a stream's bits out over its groups, once a first pass has found what they hold.
+// Shares a stream's bits out over its GOPs, once a first pass has found what they hold.
 #pragma once
 
 #include <vector>
@@ -8,20 +8,19 @@
 
 namespace codecs {
 
-struct FirstPassGroup {
+struct FirstPassGop {
     double seconds = 0;
     std::vector<FoundPicture> pictures;  // as they are shown; the first one is the I picture
 };
 
-struct PlannedGroup {
+struct PlannedGop {
     double bits = 0;
     std::vector<FoundPicture> pictures;
 };
 
-/// Groups that are harder to code get more bits, as long as the receiver's buffer (when the
+/// GOPs that are harder to code get more bits, as long as the receiver's buffer (when the
 /// settings name one) is not overdrawn; together they take what the rate gives, or what the finest
 /// quantiser makes of them when that is less.
-std::vector<PlannedGroup> PlanGroups(const RateSettings& settings,
-                                     std::vector<FirstPassGroup> groups);
+std::vector<PlannedGop> PlanGops(const RateSettings& settings, std::vector<FirstPassGop> gops);
 
 }  // namespace codecs

@@ -56,7 +56,7 @@ class VideoEncoder {
     virtual bool Finish(const PacketTaker& take) = 0;
     virtual Drops TakeDrops() { return {}; }  // since the last call
     /// What the pictures have taken, after Finish.
-    virtual std::vector<codecs::FirstPassGroup> TakeFirstPass() { return {}; }
+    virtual std::vector<codecs::FirstPassGop> TakeFirstPass() { return {}; }
 };
 
 /// One thread at a time. The pts of a frame counts samples from the start of the session; frames

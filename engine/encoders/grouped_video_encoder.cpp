@@ -72,7 +72,7 @@ struct GroupedVideoEncoder::Work {
     FrameHandle past, before;  // the last two that others refer to
     Ticks before_time;
     bool all = false;  // of the group that are left are in `next`
-    std::vector<codecs::GroupRateControl::Waiting> waiting;
+    std::vector<codecs::GopRateControl::Waiting> waiting;
 };
 
 GroupedVideoEncoder::GroupedVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
@@ -94,8 +94,8 @@ GroupedVideoEncoder::GroupedVideoEncoder(const VideoPlan& plan, const codecs::Ra
       // A second pass knows all about them, and one quantiser needs no knowledge.
       tries_(pass.first_report.empty() && rate.finest < rate.coarsest),
       ledger_(rate_, usual_,
-              pass.first_report.empty() ? std::vector<codecs::PlannedGroup>()
-                                        : codecs::PlanGroups(rate_, pass.first_report)) {
+              pass.first_report.empty() ? std::vector<codecs::PlannedGop>()
+                                        : codecs::PlanGops(rate_, pass.first_report)) {
     if (workers_ == 1) {
         own_work_ = std::make_unique<Work>();
         return;
@@ -348,7 +348,7 @@ std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& wor
 
 GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
                                                        PictureWish wish) const {
-    codecs::GroupRateControl& control = *work.group->control;
+    codecs::GopRateControl& control = *work.group->control;
     const bool between = wish.kind == PictureKind::kB;
     const Ticks time{frame.frame->pts};
     Outcome outcome;
@@ -364,7 +364,7 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
         if (!other.decided)
             work.waiting.push_back(
                 {(Ticks{other.frame->pts} - work.group->start).Seconds(), other.step_cost});
-    codecs::GroupRateControl::Picture picture;
+    codecs::GopRateControl::Picture picture;
     picture.seconds = (outcome.packet.decode - work.group->start).Seconds();
     picture.index = frame.index;
     picture.kind = wish.kind;
@@ -378,7 +378,7 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
     if (between)
         picture.inter_cost =
             std::min(picture.inter_cost, codecs::InterCost(Luma(*frame.frame), Luma(*work.past)));
-    const codecs::GroupRateControl::Decision decision = control.Decide(picture);
+    const codecs::GopRateControl::Decision decision = control.Decide(picture);
     outcome.drops = {1, static_cast<std::int64_t>(decision.expected_bits / 8)};
     if (decision.drop) return outcome;
     wish.quantiser = decision.quantiser;
@@ -403,7 +403,7 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
 // every quantiser.
 std::optional<CodedPicture> GroupedVideoEncoder::Fitted(Work& work, AVFrame& frame,
                                                         PictureWish& wish) const {
-    codecs::GroupRateControl& control = *work.group->control;
+    codecs::GopRateControl& control = *work.group->control;
     if (!work.coder) work.coder = make_coder_(control.BucketRoom());
     CodedPicture coded = work.coder->Encode(frame, wish);
     if (!work.coder->Recodes()) return coded;
@@ -436,7 +436,7 @@ void GroupedVideoEncoder::Note(Group& group, Outcome outcome) {
 }
 
 void GroupedVideoEncoder::EndGroup(Group& group) {
-    codecs::GroupResult result = group.control->Result();
+    codecs::GopResult result = group.control->Result();
     result.seconds = group.length.Seconds();
     ledger_.Close(group.index, result);
     group.done = true;
@@ -447,7 +447,7 @@ Drops GroupedVideoEncoder::TakeDrops() {
     return std::exchange(drops_, {});
 }
 
-std::vector<codecs::FirstPassGroup> GroupedVideoEncoder::TakeFirstPass() {
+std::vector<codecs::FirstPassGop> GroupedVideoEncoder::TakeFirstPass() {
     const std::lock_guard lock(mutex_);
     return std::move(report_);
 }

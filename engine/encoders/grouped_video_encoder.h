@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "codecs/common/group_rate_control.h"
+#include "codecs/common/gop_rate_control.h"
 #include "codecs/common/rate_ledger.h"
 #include "engine/encoders/encoder.h"
 #include "engine/encoders/group_coder.h"
@@ -38,7 +38,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
     bool Encode(AVFrame& frame, const PacketTaker& take) override;
     bool Finish(const PacketTaker& take) override;
     Drops TakeDrops() override;
-    std::vector<codecs::FirstPassGroup> TakeFirstPass() override;
+    std::vector<codecs::FirstPassGop> TakeFirstPass() override;
 
   private:
     // Everything in it but `control`, which the group's worker has for itself, is under the lock.
@@ -52,7 +52,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
         std::deque<FrameHandle> waiting;
         std::deque<CodedPacket> coded;
         std::vector<codecs::FoundPicture> pictures;  // as shown
-        std::optional<codecs::GroupRateControl> control;
+        std::optional<codecs::GopRateControl> control;
     };
     struct Frame;    // one of a group
     struct Work;     // what a worker has at hand for one group
@@ -108,7 +108,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
     Ticks end_;                // of the last frame
     CodedPacket last_;         // is handed on when the next one is known or there is none
     Drops drops_;
-    std::vector<codecs::FirstPassGroup> report_;
+    std::vector<codecs::FirstPassGop> report_;
     std::exception_ptr failure_;
     bool cancelled_ = false;
     std::unique_ptr<Work> own_work_;  // of the caller's thread, where there is one worker

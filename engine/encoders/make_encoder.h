@@ -15,7 +15,7 @@ struct EncoderPass {
     int number = 1;
     int count = 1;
     Ticks length;  // of the picture, as far as it is known; 0 = unknown
-    std::vector<codecs::FirstPassGroup> first_report;  // what the first pass found, for the second
+    std::vector<codecs::FirstPassGop> first_report;  // what the first pass found, for the second
 };
 
 /// The pool must outlive the encoder. Throw platform::Error (invalid argument, not implemented)

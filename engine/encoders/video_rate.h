@@ -1,7 +1,7 @@
 // How a plan's rate options steer the coding of pictures.
 #pragma once
 
-#include "codecs/common/group_rate_control.h"
+#include "codecs/common/gop_rate_control.h"
 #include "codecs/common/rate_settings.h"
 #include "engine/encoders/make_encoder.h"
 #include "engine/plan/encode_plan.h"

@@ -63,7 +63,7 @@ class Pass {
 
     /// After Join.
     bool YieldedNothing() const { return !yielded_; }
-    const std::vector<codecs::FirstPassGroup>& FirstReport() const { return first_report_; }
+    const std::vector<codecs::FirstPassGop>& FirstReport() const { return first_report_; }
 
   private:
     static constexpr std::size_t kDecodedFrames = 4;
@@ -126,7 +126,7 @@ class Pass {
     std::atomic<bool> stop_{false};
     std::atomic<std::int64_t> stopped_at_{0};  // on the capture clock
     std::atomic<bool> yielded_{false};
-    std::vector<codecs::FirstPassGroup> first_report_;
+    std::vector<codecs::FirstPassGop> first_report_;
     std::vector<std::thread> threads_;
 };
 

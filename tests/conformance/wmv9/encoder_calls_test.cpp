@@ -50,8 +50,8 @@ class CallMaker {
     }
 
     RandomCalls Make() {
-        constexpr int kGroups = 5;
-        for (int group = 0; group < kGroups; ++group) {
+        constexpr int kGops = 5;
+        for (int gop = 0; gop < kGops; ++gop) {
             const int b_pictures = shown_ == 0 ? 0 : random_.Below(made_.settings.b_pictures + 1);
             const PictureKind kind = random_.Pick({kI, kP, kP, kP});
             const int anchor = shown_ + b_pictures;

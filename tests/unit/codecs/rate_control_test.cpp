@@ -9,7 +9,7 @@
 #include <random>
 #include <vector>
 
-#include "codecs/common/group_rate_control.h"
+#include "codecs/common/gop_rate_control.h"
 #include "codecs/common/rate_ledger.h"
 #include "codecs/common/two_pass_plan.h"
 
@@ -18,8 +18,8 @@ namespace {
 using namespace codecs;
 
 constexpr double kFps = 25;
-constexpr int kGroupPictures = 75;
-constexpr double kGroupSeconds = kGroupPictures / kFps;
+constexpr int kGopPictures = 75;
+constexpr double kGopSeconds = kGopPictures / kFps;
 constexpr RateExperience kUsual{kFps, 2, 3000, 0.15, 1500};
 
 struct Shot {
@@ -51,46 +51,46 @@ struct Outcome {
     double bits = 0;
     double fullest_bucket = 0;
     int dropped = 0;
-    std::vector<double> group_bits;
+    std::vector<double> gop_bits;
     std::vector<double> quantisers;
-    std::vector<FirstPassGroup> report;
+    std::vector<FirstPassGop> report;
 };
 
-// The pictures of a group in coding order: consecutive B pictures after the P picture behind them.
+// The pictures of a GOP in coding order: consecutive B pictures after the P picture behind them.
 std::vector<std::pair<int, PictureKind>> CodingOrder(int b_pictures) {
     std::vector<std::pair<int, PictureKind>> order{{0, PictureKind::kI}};
-    for (int first = 1; first < kGroupPictures; first += b_pictures + 1) {
-        const int last = std::min(first + b_pictures, kGroupPictures - 1);
+    for (int first = 1; first < kGopPictures; first += b_pictures + 1) {
+        const int last = std::min(first + b_pictures, kGopPictures - 1);
         order.emplace_back(last, PictureKind::kP);
         for (int i = first; i < last; ++i) order.emplace_back(i, PictureKind::kB);
     }
     return order;
 }
 
-// With as many groups at work at once as `at_once` and the ledger allow: each is closed as late as
+// With as many GOPs at work at once as `at_once` and the ledger allow: each is closed as late as
 // can be.
-Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups, int at_once,
-             std::vector<PlannedGroup> plan = {}, int b_pictures = 0) {
+Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int gops, int at_once,
+             std::vector<PlannedGop> plan = {}, int b_pictures = 0) {
     RateLedger ledger(settings, kUsual, std::move(plan));
     Outcome outcome;
     double level = 0;
     double decoded = 0;  // when the picture before was, seconds
-    std::vector<GroupResult> open;
+    std::vector<GopResult> open;
     std::int64_t closed = 0;
-    for (int group = 0; group < groups; ++group) {
-        for (; closed <= std::max<std::int64_t>(group - at_once, ledger.Needs()); ++closed)
+    for (int gop = 0; gop < gops; ++gop) {
+        for (; closed <= std::max<std::int64_t>(gop - at_once, ledger.Needs()); ++closed)
             ledger.Close(closed, open[static_cast<std::size_t>(closed)]);
-        GroupRateControl control(settings, ledger.Open(kGroupSeconds));
-        outcome.report.push_back({kGroupSeconds, std::vector<FoundPicture>(kGroupPictures)});
+        GopRateControl control(settings, ledger.Open(kGopSeconds));
+        outcome.report.push_back({kGopSeconds, std::vector<FoundPicture>(kGopPictures)});
         bool begun = false;
         int before = 0;
         for (auto [i, kind] : CodingOrder(b_pictures)) {
-            const int picture = group * kGroupPictures + i;
+            const int picture = gop * kGopPictures + i;
             if (!begun) kind = PictureKind::kI;
             const bool waits = b_pictures > 0 && kind == PictureKind::kP;
             const double seconds = (waits ? before : i) / kFps;
             if (kind != PictureKind::kB) before = i;
-            const double now = group * kGroupSeconds + seconds;
+            const double now = gop * kGopSeconds + seconds;
             level = std::max(0.0, level - settings.bucket_rate_bps * (now - decoded));
             decoded = now;
             const auto decision = control.Decide({seconds, static_cast<std::size_t>(i), kind,
@@ -119,7 +119,7 @@ Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int groups,
             outcome.report.back().pictures[static_cast<std::size_t>(i)] = {taken, kind};
         }
         open.push_back(control.Result());
-        outcome.group_bits.push_back(control.Result().bits);
+        outcome.gop_bits.push_back(control.Result().bits);
         outcome.bits += control.Result().bits;
     }
     return outcome;
@@ -151,7 +151,7 @@ const RateCase kRateCases[] = {
     // why                                  content              settings                            two    within drops
     {"even content",                        Steady,              Constant(1e6, 5),                   false, 0.02,  0, 0},
     {"a small buffer",                      Steady,              Constant(1e6, 1),                   false, 0.02,  0, 0},
-    {"cuts within groups",                  Cuts,                Constant(1e6, 5),                   false, 0.05,  0, 15},
+    {"cuts within GOPs",                    Cuts,                Constant(1e6, 5),                   false, 0.05,  0, 15},
     {"content that grows harder",           HarderTowardsTheEnd, Constant(1e6, 5),                   false, 0.05,  0, 0},
     {"far too little: pictures go",         Storm,               Constant(150e3, 5),                 false, 0.15,  200, 1470},
     {"no bucket, one pass",                 Cuts,                {1e6, 0, 0, 1, 31, false},          false, 0.05,  0, 0},
@@ -171,18 +171,18 @@ const RateCase kRateCases[] = {
 TEST(RateControl, HoldsRateAndBucket) {
     for (const RateCase& row : kRateCases) {
         SCOPED_TRACE(row.why);
-        std::vector<PlannedGroup> plan;
+        std::vector<PlannedGop> plan;
         if (row.two_passes) {
             RateSettings first = row.settings;
             first.steady = true;
             first.bucket_rate_bps = first.bucket_bits = 0;
             first.may_drop = false;
             plan =
-                PlanGroups(row.settings, Code(first, {row.shot}, 20, 4, {}, row.b_pictures).report);
+                PlanGops(row.settings, Code(first, {row.shot}, 20, 4, {}, row.b_pictures).report);
         }
         const Outcome outcome =
             Code(row.settings, {row.shot}, 20, 4, std::move(plan), row.b_pictures);
-        EXPECT_NEAR(outcome.bits / (20 * kGroupSeconds), row.settings.rate_bps,
+        EXPECT_NEAR(outcome.bits / (20 * kGopSeconds), row.settings.rate_bps,
                     row.settings.rate_bps * row.within);
         EXPECT_GE(outcome.dropped, row.least_drops);
         EXPECT_LE(outcome.dropped, row.most_drops);
@@ -192,25 +192,25 @@ TEST(RateControl, HoldsRateAndBucket) {
     }
 }
 
-TEST(RateControl, NumberOfGroupsAtOnceChangesNothing) {
+TEST(RateControl, NumberOfGopsAtOnceChangesNothing) {
     const Outcome alone = Code(Constant(1e6, 5), {Cuts}, 20, 1);
     for (const int at_once : {2, 3, 7, static_cast<int>(RateLedger::kMostAtOnce)})
         EXPECT_EQ(Code(Constant(1e6, 5), {Cuts}, 20, at_once).quantisers, alone.quantisers);
 }
 
-TEST(RateControl, LearnsFromGroupsBefore) {
-    // The first groups know nothing of pictures that take far more than usual, the later ones do.
+TEST(RateControl, LearnsFromGopsBefore) {
+    // The first GOPs know nothing of pictures that take far more than usual, the later ones do.
     const auto costly = [](int) { return Shot{1, 0.5}; };
     const Outcome outcome = Code(Constant(2e6, 5), {costly}, 20, 8);
-    const auto error = [&](std::size_t group) {
-        return std::abs(outcome.group_bits[group] - 2e6 * kGroupSeconds);
+    const auto error = [&](std::size_t gop) {
+        return std::abs(outcome.gop_bits[gop] - 2e6 * kGopSeconds);
     };
     EXPECT_LT(error(18) + error(19), error(0) + error(1));
 }
 
 TEST(RateControl, EasyContentIsCodedAtItsBestAndNoBitsAreMadeUp) {
     const Outcome outcome = Code(Constant(1e6, 5), {Still}, 4, 2);
-    EXPECT_LT(outcome.bits, 1e6 * 4 * kGroupSeconds);
+    EXPECT_LT(outcome.bits, 1e6 * 4 * kGopSeconds);
     EXPECT_EQ(outcome.quantisers.back(), 1);
     EXPECT_EQ(outcome.dropped, 0);
 }
@@ -221,15 +221,15 @@ TEST(RateControl, OneQuantiserWhereThereIsNoChoice) {
                             [](double q) { return q == 9; }));
 }
 
-TEST(TwoPassPlan, GivesHarderGroupsMore) {
-    std::vector<FirstPassGroup> groups(4, {2, std::vector<FoundPicture>(50, {{1e5, 100}})});
-    groups[2].pictures.assign(50, {{4e5, 100}});
-    const std::vector<PlannedGroup> plan = PlanGroups({1e6, 0, 0, 1, 31, false}, groups);
+TEST(TwoPassPlan, GivesHarderGopsMore) {
+    std::vector<FirstPassGop> gops(4, {2, std::vector<FoundPicture>(50, {{1e5, 100}})});
+    gops[2].pictures.assign(50, {{4e5, 100}});
+    const std::vector<PlannedGop> plan = PlanGops({1e6, 0, 0, 1, 31, false}, gops);
     EXPECT_GT(plan[2].bits, 2 * plan[1].bits);
     const double sum = std::accumulate(plan.begin(), plan.end(), 0.0,
-                                       [](double s, const auto& group) { return s + group.bits; });
+                                       [](double s, const auto& gop) { return s + gop.bits; });
     EXPECT_NEAR(sum, 8e6, 8e4);
-    EXPECT_TRUE(PlanGroups({1e6, 0, 0, 1, 31, false}, {}).empty());
+    EXPECT_TRUE(PlanGops({1e6, 0, 0, 1, 31, false}, {}).empty());
 }
 
 }  // namespace

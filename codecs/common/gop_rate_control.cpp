@@ -1,4 +1,4 @@
-#include "codecs/common/group_rate_control.h"
+#include "codecs/common/gop_rate_control.h"
 
 #include <algorithm>
 #include <utility>
@@ -6,7 +6,7 @@
 namespace codecs {
 namespace {
 
-// Of the quantiser, from picture to picture; larger while little is known of the group.
+// Of the quantiser, from picture to picture; larger while little is known of the GOP.
 constexpr double kLargestStep = 1.25;
 constexpr double kLargestSteadyStep = 1.1;
 constexpr double kLargestFreeStep = 2;
@@ -16,13 +16,13 @@ constexpr int kDeltaMemory = 5;  // pictures
 constexpr double kTrustMemory = 0.1;
 constexpr double kLargestMistrust = 8;
 constexpr double kSoftEndPart = 0.1;  // of its pictures, at most
-constexpr double kSoftEnd = 3;        // pictures beyond the group's end that share in an error
+constexpr double kSoftEnd = 3;        // pictures beyond the GOP's end that share in an error
 constexpr double kTolerance = 0.03;   // of the budget, before pictures are dropped
 // Of the intra cost: what two pictures differ by that show the same.
 constexpr double kNoise = 0.02;
 // Of what the bucket has left, for one picture: it may take more than is expected of it.
 constexpr double kRoomShare = 0.6;
-constexpr double kDraining = 0.7;  // of the bucket's rate, at a group's end
+constexpr double kDraining = 0.7;  // of the bucket's rate, at a GOP's end
 constexpr double kSurprise = 2;
 // Of the bucket; one that holds no more takes an I picture whatever its size.
 constexpr double kNearlyEmpty = 0.15;
@@ -40,7 +40,7 @@ constexpr double kShortestInterval = 1e-3;  // seconds
 
 }  // namespace
 
-GroupRateControl::GroupRateControl(const RateSettings& settings, GroupOutlook outlook)
+GopRateControl::GopRateControl(const RateSettings& settings, GopOutlook outlook)
     : settings_(settings),
       outlook_(std::move(outlook)),
       seconds_(outlook_.seconds),
@@ -52,7 +52,7 @@ GroupRateControl::GroupRateControl(const RateSettings& settings, GroupOutlook ou
     undecided_ = found_;
 }
 
-void GroupRateControl::Mean::Learn(const PictureBits& taken, double inter_cost) {
+void GopRateControl::Mean::Learn(const PictureBits& taken, double inter_cost) {
     learnt = std::min(learnt + 1, kDeltaMemory);
     const double weight = 1.0 / learnt;
     bits.texture += weight * (taken.texture - bits.texture);
@@ -61,7 +61,7 @@ void GroupRateControl::Mean::Learn(const PictureBits& taken, double inter_cost) 
 }
 
 // Until deltas are known, what they usually are beside an I picture.
-PictureBits GroupRateControl::DeltaMean() const {
+PictureBits GopRateControl::DeltaMean() const {
     const double i_texture = result_.i_pictures > 0
                                  ? result_.i_bits.texture / static_cast<double>(result_.i_pictures)
                                  : outlook_.experience.i_texture_per_cost * picture_.intra_cost;
@@ -76,7 +76,7 @@ PictureBits GroupRateControl::DeltaMean() const {
     return mean;
 }
 
-PictureBits GroupRateControl::Expected(const Picture& picture) {
+PictureBits GopRateControl::Expected(const Picture& picture) {
     if (picture.index < outlook_.pictures.size()) {
         const FoundPicture& found = outlook_.pictures[picture.index];
         const bool trusted = found.kind != PictureKind::kI && picture.kind != PictureKind::kI;
@@ -96,8 +96,8 @@ PictureBits GroupRateControl::Expected(const Picture& picture) {
     return delta;
 }
 
-// The group's pictures that have not been decided, after `picture_`.
-PictureBits GroupRateControl::Following() const {
+// The GOP's pictures that have not been decided, after `picture_`.
+PictureBits GopRateControl::Following() const {
     if (!outlook_.pictures.empty()) return {undecided_.texture * texture_trust_, undecided_.fixed};
     const PictureBits mean = DeltaMean();
     const double noise = kNoise * picture_.intra_cost;
@@ -117,12 +117,12 @@ PictureBits GroupRateControl::Following() const {
 }
 
 // Pictures after `picture_`, by the time that is left.
-double GroupRateControl::Remaining() const {
+double GopRateControl::Remaining() const {
     if (picture_.last) return static_cast<double>(picture_.waiting.size());
     return std::max(0.0, (seconds_ - picture_.seconds) / interval_ - 1);
 }
 
-double GroupRateControl::IPart() const {
+double GopRateControl::IPart() const {
     const std::size_t pictures = outlook_.pictures.size();
     if (pictures < 2) return IQuantiserPart(outlook_.experience.delta_texture, Remaining());
     const double deltas = static_cast<double>(pictures) - 1;
@@ -130,9 +130,9 @@ double GroupRateControl::IPart() const {
     return IQuantiserPart((found_.texture - i_texture) / deltas / std::max(1.0, i_texture), deltas);
 }
 
-// The quantiser at which this picture and all that follow take just what is left. As if the group
+// The quantiser at which this picture and all that follow take just what is left. As if the GOP
 // went on for a little, so that its last pictures need not pay for an error alone.
-double GroupRateControl::EvenQuantiser(const Picture& picture) const {
+double GopRateControl::EvenQuantiser(const Picture& picture) const {
     PictureBits others = Following();
     const double pictures = outlook_.pictures.empty()
                                 ? static_cast<double>(decided_) + Remaining()
@@ -160,23 +160,23 @@ double GroupRateControl::EvenQuantiser(const Picture& picture) const {
 }
 
 // At which the picture takes no more than that.
-double GroupRateControl::QuantiserFor(double bits) const {
+double GopRateControl::QuantiserFor(double bits) const {
     if (bits <= expected_.fixed) return settings_.coarsest;
     return std::clamp(expected_.QuantiserFor(bits), settings_.finest, settings_.coarsest);
 }
 
 // Finer than the others; but where those are at their coarsest, what they leave.
-double GroupRateControl::IQuantiser(double even) const {
+double GopRateControl::IQuantiser(double even) const {
     if (even < settings_.coarsest)
         return std::clamp(even * IPart(), settings_.finest, settings_.coarsest);
     const double others = Following().At(settings_.coarsest);
     return std::max(settings_.coarsest * IPart(), QuantiserFor(budget_bits_ - others));
 }
 
-// By how much the group is ahead of its budget once the picture at `seconds` is coded as coarsely
-// as can be. What the receiver's buffer takes ahead of time has to be made up for by the group's
+// By how much the GOP is ahead of its budget once the picture at `seconds` is coded as coarsely
+// as can be. What the receiver's buffer takes ahead of time has to be made up for by the GOP's
 // end, so it is never more than all of the budget.
-double GroupRateControl::Overdraft(double seconds) const {
+double GopRateControl::Overdraft(double seconds) const {
     const double part = std::min(1.0, (seconds + interval_) / seconds_);
     const double ahead = std::max(0.0, settings_.bucket_bits - outlook_.bucket_level_bits);
     const double allowed = std::min(budget_bits_ * part + ahead * (1 - part), budget_bits_);
@@ -184,31 +184,31 @@ double GroupRateControl::Overdraft(double seconds) const {
            kTolerance * std::max(0.0, budget_bits_);
 }
 
-// What the bucket takes, now and so that it holds no more at the group's end than what others count
-// on: with what was in it before the group, and without.
-double GroupRateControl::HardRoom() const {
+// What the bucket takes, now and so that it holds no more at the GOP's end than what others count
+// on: with what was in it before the GOP, and without.
+double GopRateControl::HardRoom() const {
     const double left = std::max(0.0, outlook_.seconds - picture_.seconds);
     const double drained = settings_.bucket_rate_bps * left;
     return std::min({BucketRoom(), outlook_.bucket_end_bits + drained - level_bits_,
                      outlook_.bucket_own_end_bits + drained - own_level_bits_});
 }
 
-// That, with what the group itself has put into it drained early. What an easy stretch has not used
+// That, with what the GOP itself has put into it drained early. What an easy stretch has not used
 // is gone: a burst at the end cannot.
-double GroupRateControl::SoftRoom() const {
+double GopRateControl::SoftRoom() const {
     const double left = std::max(0.0, outlook_.seconds - picture_.seconds);
     const double own_limit =
         outlook_.bucket_own_end_bits + kDraining * settings_.bucket_rate_bps * left;
     return std::min(HardRoom(), own_limit - own_level_bits_);
 }
 
-bool GroupRateControl::Fits(double bits, double quantiser) const {
+bool GopRateControl::Fits(double bits, double quantiser) const {
     if (settings_.bucket_rate_bps <= 0 || bits <= HardRoom()) return true;
     return picture_.kind == PictureKind::kI && quantiser >= RateSettings::kMostCoarse &&
            outlook_.level_is_exact && level_bits_ <= 0 && bits > settings_.bucket_bits;
 }
 
-double GroupRateControl::Coarser(double quantiser, double bits) const {
+double GopRateControl::Coarser(double quantiser, double bits) const {
     const double room = std::max(1.0, HardRoom());
     const double wanted =
         kRecodeMargin * (quantiser + PictureBits::kOffset) * bits / room - PictureBits::kOffset;
@@ -217,7 +217,7 @@ double GroupRateControl::Coarser(double quantiser, double bits) const {
 }
 
 // From picture to picture the quantiser changes in steps.
-double GroupRateControl::Restrained(double even) const {
+double GopRateControl::Restrained(double even) const {
     if (settings_.steady && deltas_.learnt >= kEarly)
         return std::clamp(even, quantiser_ / kLargestSteadyStep, quantiser_ * kLargestSteadyStep);
     const bool planned = !outlook_.pictures.empty();
@@ -230,7 +230,7 @@ double GroupRateControl::Restrained(double even) const {
     return free && !planned ? std::max(restrained, i_quantiser_) : restrained;
 }
 
-bool GroupRateControl::MustDrop(const Picture& picture, double even) const {
+bool GopRateControl::MustDrop(const Picture& picture, double even) const {
     const double least = expected_.At(settings_.coarsest);
     if (picture.kind == PictureKind::kI)
         return least > HardRoom() && level_bits_ > kNearlyEmpty * settings_.bucket_bits;
@@ -238,7 +238,7 @@ bool GroupRateControl::MustDrop(const Picture& picture, double even) const {
     return even >= settings_.coarsest && Overdraft(picture.seconds) > 0;
 }
 
-void GroupRateControl::LearnInterval(double passed) {
+void GopRateControl::LearnInterval(double passed) {
     const auto& waiting = picture_.waiting;
     if (waiting.size() > 1)
         interval_ = (waiting.back().seconds - waiting.front().seconds) /
@@ -248,8 +248,8 @@ void GroupRateControl::LearnInterval(double passed) {
     interval_ = std::max(interval_, kShortestInterval);
 }
 
-// Of the stream's last group: it ends earlier than was expected, and has as much less to give.
-void GroupRateControl::Shorten() {
+// Of the stream's last GOP: it ends earlier than was expected, and has as much less to give.
+void GopRateControl::Shorten() {
     if (!picture_.last || shortened_ || outlook_.seconds <= 0) return;
     shortened_ = true;
     const double last =
@@ -260,7 +260,7 @@ void GroupRateControl::Shorten() {
 }
 
 // The quantiser of `picture_`, which is expected to take `expected_`.
-double GroupRateControl::Chosen() {
+double GopRateControl::Chosen() {
     even_ = EvenQuantiser(picture_);
     double quantiser = 0;
     if (picture_.kind == PictureKind::kI) {
@@ -276,7 +276,7 @@ double GroupRateControl::Chosen() {
     return settings_.Coded(quantiser);
 }
 
-double GroupRateControl::Reconsidered(double quantiser, const PictureBits& taken) {
+double GopRateControl::Reconsidered(double quantiser, const PictureBits& taken) {
     if (settings_.finest == settings_.coarsest) return quantiser;
     if (settings_.steady && deltas_.learnt >= kEarly) return quantiser;
     const double part = taken.At(quantiser) / std::max(1.0, expected_.At(quantiser));
@@ -286,12 +286,12 @@ double GroupRateControl::Reconsidered(double quantiser, const PictureBits& taken
     return Chosen();
 }
 
-void GroupRateControl::Dropped() {
+void GopRateControl::Dropped() {
     ++result_.dropped;
     picture_.waiting = {};  // the caller's
 }
 
-GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
+GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
     const double passed = decided_ > 0 ? picture.seconds - picture_.seconds : 0;
     picture_ = picture;
     LearnInterval(passed);
@@ -314,7 +314,7 @@ GroupRateControl::Decision GroupRateControl::Decide(const Picture& picture) {
     return decision;
 }
 
-void GroupRateControl::Coded(const PictureBits& taken, double bits, double quantiser, bool is_i) {
+void GopRateControl::Coded(const PictureBits& taken, double bits, double quantiser, bool is_i) {
     if (!is_i) {
         MeanOf(picture_.kind).Learn(taken, picture_.inter_cost);
         deltas_.Learn(FoundPicture{taken, picture_.kind}.ByP(), picture_.step_cost);

@@ -1,4 +1,4 @@
-// Chooses the quantiser of each picture of one closed group so that the group keeps to its bits.
+// Chooses the quantiser of each picture of one closed GOP so that the GOP keeps to its bits.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace codecs {
 
-/// What coded groups have taught of the pictures' sizes. A delta is a P or B picture.
+/// What coded GOPs have taught of the pictures' sizes. A delta is a P or B picture.
 struct RateExperience {
     double pictures_per_second = 0;
     double i_texture_per_cost = 0;  // texture of an I picture by its IntraCost
@@ -20,12 +20,12 @@ struct RateExperience {
     double delta_fixed = 0;         // bits
 };
 
-/// What is known of a group before it is coded.
-struct GroupOutlook {
+/// What is known of a GOP before it is coded.
+struct GopOutlook {
     double seconds = 0;            // its length, at least
     double bits = 0;               // its budget
     double bucket_level_bits = 0;  // before it, at most
-    // What the groups after it count on: the level after it, with that one before it, and with an
+    // What the GOPs after it count on: the level after it, with that one before it, and with an
     // empty bucket before it.
     double bucket_end_bits = 0;
     double bucket_own_end_bits = 0;
@@ -34,11 +34,11 @@ struct GroupOutlook {
     std::vector<FoundPicture> pictures;  // of a first pass, as shown; empty in a single pass
 };
 
-/// What a group has come to.
-struct GroupResult {
+/// What a GOP has come to.
+struct GopResult {
     double seconds = 0;
     double bits = 0;
-    double own_level_bits = 0;  // of a bucket that was empty before the group, after its ...
+    double own_level_bits = 0;  // of a bucket that was empty before the GOP, after its ...
     double last_seconds = 0;    // ... last picture
     std::int64_t i_pictures = 0;
     std::int64_t deltas = 0;
@@ -48,26 +48,26 @@ struct GroupResult {
     PictureBits delta_bits;
 };
 
-/// Keeps the quantiser as even over the group as its bits allow. The state is the group's own: what
-/// it decides depends on nothing but the outlook and the group's pictures.
-class GroupRateControl {
+/// Keeps the quantiser as even over the GOP as its bits allow. The state is the GOP's own: what
+/// it decides depends on nothing but the outlook and the GOP's pictures.
+class GopRateControl {
   public:
-    GroupRateControl(const RateSettings& settings, GroupOutlook outlook);
+    GopRateControl(const RateSettings& settings, GopOutlook outlook);
 
     /// A picture that waits.
     struct Waiting {
-        double seconds = 0;    // when it is shown, since the group began
+        double seconds = 0;    // when it is shown, since the GOP began
         double step_cost = 0;  // InterCost beside the one shown before it
     };
     struct Picture {
-        double seconds = 0;     // when it is decoded, since the group began; not decreasing
-        std::size_t index = 0;  // its place among the group's pictures as they are shown
+        double seconds = 0;     // when it is decoded, since the GOP began; not decreasing
+        std::size_t index = 0;  // its place among the GOP's pictures as they are shown
         PictureKind kind = PictureKind::kI;
         double intra_cost = 1;
         double inter_cost = 0;                  // beside the nearest of what it is predicted from
         double step_cost = 0;                   // beside the picture shown before it
         std::span<const Waiting> waiting = {};  // as shown, of those that have not been decided
-        bool last = false;                      // they are all that the group has
+        bool last = false;                      // they are all that the GOP has
     };
     struct Decision {
         bool drop = false;
@@ -79,7 +79,7 @@ class GroupRateControl {
     Decision Decide(const Picture& picture);
     /// Bits that the receiver's buffer takes before the picture of the last decision.
     double BucketRoom() const { return settings_.bucket_bits - level_bits_; }
-    /// Whether it may take so much: the buffer holds it, now and with what the groups after this
+    /// Whether it may take so much: the buffer holds it, now and with what the GOPs after this
     /// one may put into it. Only an I picture that is larger than the whole buffer is let through
     /// once the buffer has surely run empty: there would never be another.
     bool Fits(double bits, double quantiser) const;
@@ -95,7 +95,7 @@ class GroupRateControl {
     void Dropped();
 
     /// `seconds` of it is the outlook's.
-    const GroupResult& Result() const { return result_; }
+    const GopResult& Result() const { return result_; }
 
   private:
     struct Mean {
@@ -124,19 +124,19 @@ class GroupRateControl {
     bool MustDrop(const Picture& picture, double even) const;
 
     RateSettings settings_;
-    GroupOutlook outlook_;
+    GopOutlook outlook_;
     PictureBits found_;       // all of outlook_.pictures, by P pictures' quantiser
     PictureBits undecided_;   // those of them that have not been decided
     double seconds_ = 0;      // of the outlook, until more is known
     double budget_bits_ = 0;  // the same
     bool shortened_ = false;
-    GroupResult result_;
+    GopResult result_;
 
     Picture picture_;            // of the last decision
     PictureBits expected_;       // of it
     double even_ = 0;            // quantiser at its time, as a P picture
     double level_bits_ = 0;      // of the bucket, at most
-    double own_level_bits_ = 0;  // had it been empty before the group
+    double own_level_bits_ = 0;  // had it been empty before the GOP
     std::size_t decided_ = 0;    // pictures
     double interval_ = 0;        // between pictures, seconds
     double quantiser_ = 0;       // of the last delta, as a P picture; 0 = none yet
