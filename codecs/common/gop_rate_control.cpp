@@ -20,11 +20,11 @@ constexpr double kSoftEnd = 3;        // pictures beyond the GOP's end that shar
 constexpr double kTolerance = 0.03;   // of the budget, before pictures are dropped
 // Of the intra cost: what two pictures differ by that show the same.
 constexpr double kNoise = 0.02;
-// Of what the bucket has left, for one picture: it may take more than is expected of it.
+// Of what the VBV has left, for one picture: it may take more than is expected of it.
 constexpr double kRoomShare = 0.6;
-constexpr double kDraining = 0.7;  // of the bucket's rate, at a GOP's end
+constexpr double kDraining = 0.7;  // of the VBV's rate, at a GOP's end
 constexpr double kSurprise = 2;
-// Of the bucket; one that holds no more takes an I picture whatever its size.
+// Of the VBV; one that holds no more takes an I picture whatever its size.
 constexpr double kNearlyEmpty = 0.15;
 constexpr int kHalvings = 40;
 constexpr double kNoBits = 1e4;  // the quantiser where none are left
@@ -45,7 +45,7 @@ GopRateControl::GopRateControl(const RateSettings& settings, GopOutlook outlook)
       outlook_(std::move(outlook)),
       seconds_(outlook_.seconds),
       budget_bits_(outlook_.bits),
-      level_bits_(outlook_.bucket_level_bits),
+      level_bits_(outlook_.vbv_level_bits),
       interval_(1 / outlook_.experience.pictures_per_second) {
     result_.seconds = outlook_.seconds;
     for (const FoundPicture& picture : outlook_.pictures) found_ += picture.ByP();
@@ -174,38 +174,37 @@ double GopRateControl::IQuantiser(double even) const {
 }
 
 // By how much the GOP is ahead of its budget once the picture at `seconds` is coded as coarsely
-// as can be. What the receiver's buffer takes ahead of time has to be made up for by the GOP's
+// as can be. What the VBV takes ahead of time has to be made up for by the GOP's
 // end, so it is never more than all of the budget.
 double GopRateControl::Overdraft(double seconds) const {
     const double part = std::min(1.0, (seconds + interval_) / seconds_);
-    const double ahead = std::max(0.0, settings_.bucket_bits - outlook_.bucket_level_bits);
+    const double ahead = std::max(0.0, settings_.vbv_bits - outlook_.vbv_level_bits);
     const double allowed = std::min(budget_bits_ * part + ahead * (1 - part), budget_bits_);
     return result_.bits + expected_.At(settings_.coarsest) - allowed -
            kTolerance * std::max(0.0, budget_bits_);
 }
 
-// What the bucket takes, now and so that it holds no more at the GOP's end than what others count
+// What the VBV takes, now and so that it holds no more at the GOP's end than what others count
 // on: with what was in it before the GOP, and without.
 double GopRateControl::HardRoom() const {
     const double left = std::max(0.0, outlook_.seconds - picture_.seconds);
-    const double drained = settings_.bucket_rate_bps * left;
-    return std::min({BucketRoom(), outlook_.bucket_end_bits + drained - level_bits_,
-                     outlook_.bucket_own_end_bits + drained - own_level_bits_});
+    const double drained = settings_.vbv_rate_bps * left;
+    return std::min({VbvRoom(), outlook_.vbv_end_bits + drained - level_bits_,
+                     outlook_.vbv_own_end_bits + drained - own_level_bits_});
 }
 
 // That, with what the GOP itself has put into it drained early. What an easy stretch has not used
 // is gone: a burst at the end cannot.
 double GopRateControl::SoftRoom() const {
     const double left = std::max(0.0, outlook_.seconds - picture_.seconds);
-    const double own_limit =
-        outlook_.bucket_own_end_bits + kDraining * settings_.bucket_rate_bps * left;
+    const double own_limit = outlook_.vbv_own_end_bits + kDraining * settings_.vbv_rate_bps * left;
     return std::min(HardRoom(), own_limit - own_level_bits_);
 }
 
 bool GopRateControl::Fits(double bits, double quantiser) const {
-    if (settings_.bucket_rate_bps <= 0 || bits <= HardRoom()) return true;
+    if (settings_.vbv_rate_bps <= 0 || bits <= HardRoom()) return true;
     return picture_.kind == PictureKind::kI && quantiser >= RateSettings::kMostCoarse &&
-           outlook_.level_is_exact && level_bits_ <= 0 && bits > settings_.bucket_bits;
+           outlook_.level_is_exact && level_bits_ <= 0 && bits > settings_.vbv_bits;
 }
 
 double GopRateControl::Coarser(double quantiser, double bits) const {
@@ -233,7 +232,7 @@ double GopRateControl::Restrained(double even) const {
 bool GopRateControl::MustDrop(const Picture& picture, double even) const {
     const double least = expected_.At(settings_.coarsest);
     if (picture.kind == PictureKind::kI)
-        return least > HardRoom() && level_bits_ > kNearlyEmpty * settings_.bucket_bits;
+        return least > HardRoom() && level_bits_ > kNearlyEmpty * settings_.vbv_bits;
     if (least > HardRoom()) return true;
     return even >= settings_.coarsest && Overdraft(picture.seconds) > 0;
 }
@@ -271,7 +270,7 @@ double GopRateControl::Chosen() {
         if (picture_.kind == PictureKind::kB)
             quantiser = std::min(kBQuantiserPart * quantiser, RateSettings::kMostCoarse);
     }
-    if (settings_.bucket_rate_bps > 0)
+    if (settings_.vbv_rate_bps > 0)
         quantiser = std::max(quantiser, QuantiserFor(kRoomShare * SoftRoom()));
     return settings_.Coded(quantiser);
 }
@@ -296,8 +295,8 @@ GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
     picture_ = picture;
     LearnInterval(passed);
     Shorten();
-    level_bits_ = std::max(0.0, level_bits_ - passed * settings_.bucket_rate_bps);
-    own_level_bits_ = std::max(0.0, own_level_bits_ - passed * settings_.bucket_rate_bps);
+    level_bits_ = std::max(0.0, level_bits_ - passed * settings_.vbv_rate_bps);
+    own_level_bits_ = std::max(0.0, own_level_bits_ - passed * settings_.vbv_rate_bps);
     ++decided_;
     if (picture.index < outlook_.pictures.size()) {
         const PictureBits found = outlook_.pictures[picture.index].ByP();
@@ -308,7 +307,7 @@ GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
 
     Decision decision;
     decision.quantiser = Chosen();
-    decision.drop = settings_.bucket_rate_bps > 0 && settings_.may_drop && MustDrop(picture, even_);
+    decision.drop = settings_.vbv_rate_bps > 0 && settings_.may_drop && MustDrop(picture, even_);
     decision.expected_bits = expected_.At(decision.quantiser);
     if (decision.drop) Dropped();
     return decision;
@@ -337,7 +336,7 @@ void GopRateControl::Coded(const PictureBits& taken, double bits, double quantis
         result_.delta_bits += FoundPicture{taken, picture_.kind}.ByP();
     if (is_i) result_.i_cost += picture_.intra_cost;
     quantiser_ = std::clamp(even_, settings_.finest, settings_.coarsest);
-    // Where the buffer has forced it, what follows refers to no better.
+    // Where the VBV has forced it, what follows refers to no better.
     if (picture_.kind == PictureKind::kB) quantiser /= kBQuantiserPart;
     if (quantiser > kForced * quantiser_) quantiser_ = quantiser;
     picture_.waiting = {};  // the caller's

@@ -22,13 +22,13 @@ struct RateExperience {
 
 /// What is known of a GOP before it is coded.
 struct GopOutlook {
-    double seconds = 0;            // its length, at least
-    double bits = 0;               // its budget
-    double bucket_level_bits = 0;  // before it, at most
+    double seconds = 0;         // its length, at least
+    double bits = 0;            // its budget
+    double vbv_level_bits = 0;  // before it, at most
     // What the GOPs after it count on: the level after it, with that one before it, and with an
-    // empty bucket before it.
-    double bucket_end_bits = 0;
-    double bucket_own_end_bits = 0;
+    // empty VBV before it.
+    double vbv_end_bits = 0;
+    double vbv_own_end_bits = 0;
     bool level_is_exact = false;  // nothing before it is still being coded
     RateExperience experience;
     std::vector<FoundPicture> pictures;  // of a first pass, as shown; empty in a single pass
@@ -38,7 +38,7 @@ struct GopOutlook {
 struct GopResult {
     double seconds = 0;
     double bits = 0;
-    double own_level_bits = 0;  // of a bucket that was empty before the GOP, after its ...
+    double own_level_bits = 0;  // of a VBV that was empty before the GOP, after its ...
     double last_seconds = 0;    // ... last picture
     std::int64_t i_pictures = 0;
     std::int64_t deltas = 0;
@@ -77,11 +77,11 @@ class GopRateControl {
 
     /// In coding order.
     Decision Decide(const Picture& picture);
-    /// Bits that the receiver's buffer takes before the picture of the last decision.
-    double BucketRoom() const { return settings_.bucket_bits - level_bits_; }
-    /// Whether it may take so much: the buffer holds it, now and with what the GOPs after this
-    /// one may put into it. Only an I picture that is larger than the whole buffer is let through
-    /// once the buffer has surely run empty: there would never be another.
+    /// Bits that the VBV takes before the picture of the last decision.
+    double VbvRoom() const { return settings_.vbv_bits - level_bits_; }
+    /// Whether it may take so much: the VBV holds it, now and with what the GOPs after this
+    /// one may put into it. Only an I picture that is larger than the whole VBV is let through
+    /// once the VBV has surely run empty: there would never be another.
     bool Fits(double bits, double quantiser) const;
     /// What it had better have in place of `quantiser`, now that it has taken this: the same unless
     /// that was a surprise.
@@ -135,7 +135,7 @@ class GopRateControl {
     Picture picture_;            // of the last decision
     PictureBits expected_;       // of it
     double even_ = 0;            // quantiser at its time, as a P picture
-    double level_bits_ = 0;      // of the bucket, at most
+    double level_bits_ = 0;      // of the VBV, at most
     double own_level_bits_ = 0;  // had it been empty before the GOP
     std::size_t decided_ = 0;    // pictures
     double interval_ = 0;        // between pictures, seconds

@@ -10,14 +10,14 @@ constexpr double kManyDropped = 0.1;  // of the pictures that are coded
 constexpr double kLearning = 0.5;     // weight of the GOP learnt last
 // Of a debt, shared by the GOPs at work and the next: each repays as if alone.
 constexpr double kRepayment = 0.8;
-constexpr double kLargestGift = 0.2;    // of a GOP's budget, of what others have saved
-constexpr double kBucketSaving = 0.25;  // of the bucket; what it has drained beyond is lost
-// Of the bucket, between two GOPs; of an empty one, what a GOP may always leave in it.
+constexpr double kLargestGift = 0.2;  // of a GOP's budget, of what others have saved
+constexpr double kVbvSaving = 0.25;   // of the VBV; what it has drained beyond is lost
+// Of the VBV, between two GOPs; of an empty one, what a GOP may always leave in it.
 constexpr double kFullest = 0.5;
 constexpr double kOwnPart = 0.2;
-// What a GOP may take beyond its budget, of what drains meanwhile and of the bucket.
+// What a GOP may take beyond its budget, of what drains meanwhile and of the VBV.
 constexpr double kLeeway = 0.05;
-constexpr double kBucketLeeway = 0.03;
+constexpr double kVbvLeeway = 0.03;
 
 }  // namespace
 
@@ -39,7 +39,7 @@ std::int64_t RateLedger::Needs() const {
     const std::int64_t far = std::max(known, opened_ - MostAtOnce());
     const bool one_quantiser = settings_.finest == settings_.coarsest;
     if (one_quantiser || Planned(opened_)) return far;
-    const bool in_debt = debt_bits_ > kHandOver * settings_.bucket_bits;
+    const bool in_debt = debt_bits_ > kHandOver * settings_.vbv_bits;
     return settings_.may_drop && (in_debt || drops_) ? opened_ - 1 : far;
 }
 
@@ -61,11 +61,11 @@ GopOutlook RateLedger::Open(double seconds) {
         outlook.pictures = std::move(planned.pictures);
     }
     outlook.bits -= std::max(kRepayment / (1 + unknown) * debt_bits_, -kLargestGift * outlook.bits);
-    if (settings_.bucket_rate_bps > 0) Promise(outlook);
+    if (settings_.vbv_rate_bps > 0) Promise(outlook);
     return outlook;
 }
 
-// Where the bucket may stand when the GOPs at work are done: each adds at most its surplus to
+// Where the VBV may stand when the GOPs at work are done: each adds at most its surplus to
 // what it finds, or leaves at most what it may in an empty one.
 double RateLedger::LevelAtMost() const {
     double level = level_bits_;
@@ -75,18 +75,18 @@ double RateLedger::LevelAtMost() const {
 }
 
 void RateLedger::Promise(GopOutlook& outlook) {
-    const double bucket = settings_.bucket_bits;
-    const double drained = settings_.bucket_rate_bps * outlook.seconds;
-    const double leeway = std::min(kLeeway * drained, kBucketLeeway * bucket);
+    const double vbv = settings_.vbv_bits;
+    const double drained = settings_.vbv_rate_bps * outlook.seconds;
+    const double leeway = std::min(kLeeway * drained, kVbvLeeway * vbv);
     const double level = LevelAtMost();
-    const double most = std::max(level, kFullest * bucket);
+    const double most = std::max(level, kFullest * vbv);
     const double added = outlook.bits - drained + leeway;
-    outlook.bucket_level_bits = level;
-    outlook.bucket_end_bits = std::clamp(level + added, kOwnPart * bucket, most);
-    outlook.bucket_own_end_bits = std::clamp(added, kOwnPart * bucket, outlook.bucket_end_bits);
-    const double surplus = outlook.bucket_end_bits - level;
+    outlook.vbv_level_bits = level;
+    outlook.vbv_end_bits = std::clamp(level + added, kOwnPart * vbv, most);
+    outlook.vbv_own_end_bits = std::clamp(added, kOwnPart * vbv, outlook.vbv_end_bits);
+    const double surplus = outlook.vbv_end_bits - level;
     outlook.bits = std::min(outlook.bits, drained + surplus);
-    promises_.push_back({surplus, outlook.bucket_own_end_bits});
+    promises_.push_back({surplus, outlook.vbv_own_end_bits});
 }
 
 void RateLedger::Close(std::int64_t index, const GopResult& result) {
@@ -94,10 +94,10 @@ void RateLedger::Close(std::int64_t index, const GopResult& result) {
 }
 
 void RateLedger::Account(std::int64_t index, const GopResult& result) {
-    if (settings_.bucket_rate_bps > 0) {
+    if (settings_.vbv_rate_bps > 0) {
         const double drained_since =
-            settings_.bucket_rate_bps * (result.seconds - result.last_seconds);
-        const double through = settings_.bucket_rate_bps * result.seconds;
+            settings_.vbv_rate_bps * (result.seconds - result.last_seconds);
+        const double through = settings_.vbv_rate_bps * result.seconds;
         level_bits_ = std::max(
             {0.0, result.own_level_bits - drained_since, level_bits_ + result.bits - through});
         promises_.pop_front();
@@ -105,8 +105,8 @@ void RateLedger::Account(std::int64_t index, const GopResult& result) {
     const double budget = Planned(index) ? plan_[static_cast<std::size_t>(index)].bits
                                          : settings_.rate_bps * result.seconds;
     if (!settings_.steady) debt_bits_ += result.bits - budget;
-    if (settings_.bucket_rate_bps > 0 && plan_.empty())
-        debt_bits_ = std::max(debt_bits_, -kBucketSaving * settings_.bucket_bits);
+    if (settings_.vbv_rate_bps > 0 && plan_.empty())
+        debt_bits_ = std::max(debt_bits_, -kVbvSaving * settings_.vbv_bits);
     const auto coded = static_cast<double>(result.i_pictures + result.deltas);
     drops_ = static_cast<double>(result.dropped) > kManyDropped * coded;
     Learn(result, kLearning);

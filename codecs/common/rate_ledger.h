@@ -37,8 +37,8 @@ class RateLedger {
 
   private:
     struct GopPromise {
-        double surplus_bits = 0;  // what it adds to the bucket's level at most
-        double own_bits = 0;      // where it leaves the level of an empty bucket at most
+        double surplus_bits = 0;  // what it adds to the VBV's level at most
+        double own_bits = 0;      // where it leaves the level of an empty VBV at most
     };
 
     std::int64_t MostAtOnce() const;
@@ -57,7 +57,7 @@ class RateLedger {
     std::int64_t accounted_ = 0;                // GOPs
     double debt_bits_ = 0;                      // taken beyond the budget
     bool drops_ = false;                        // many pictures, the GOP accounted for last
-    double level_bits_ = 0;                     // of the bucket, after the GOPs accounted for
+    double level_bits_ = 0;                     // of the VBV, after the GOPs accounted for
     std::deque<GopPromise> promises_;           // of the others
     RateExperience experience_;
 };

@@ -6,15 +6,16 @@
 
 namespace codecs {
 
-/// What a GOP leaves in the receiver's buffer for the next one, as a part of it, at most, where a
-/// plan is made of it.
+/// What a GOP leaves in the VBV for the next one, as a part of it, at most, where a plan is made.
 inline constexpr double kHandOver = 0.25;
 
+/// The VBV (video buffering verifier) is seen from the encoder: coded pictures fill it, the channel
+/// drains it, and it must never hold more than its size.
 struct RateSettings {
-    double rate_bps = 0;         // asked for on average
-    double bucket_rate_bps = 0;  // at which the receiver's buffer drains; 0 = there is none
-    double bucket_bits = 0;      // what that buffer holds
-    double finest = 1;           // the quantisers that may be chosen
+    double rate_bps = 0;      // asked for on average
+    double vbv_rate_bps = 0;  // at which the VBV drains; 0 = there is none
+    double vbv_bits = 0;      // what it holds
+    double finest = 1;        // the quantisers that may be chosen
     double coarsest = 31;
     bool may_drop = false;  // pictures that do not fit with the coarsest quantiser
     /// Small changes of the quantiser only: a first pass that finds out what pictures take should

@@ -58,17 +58,17 @@ std::vector<Demand> Demands(const std::vector<FirstPassGop>& gops) {
     return demands;
 }
 
-// The budgets at an even quantiser, cut to what the bucket takes. Returns their sum.
+// The budgets at an even quantiser, cut to what the VBV takes. Returns their sum.
 double Fill(const RateSettings& settings, const std::vector<Demand>& demands, double quantiser,
             std::vector<PlannedGop>& plan) {
-    const double cap = kHandOver * settings.bucket_bits;
+    const double cap = kHandOver * settings.vbv_bits;
     double level = 0;
     double sum = 0;
     for (std::size_t i = 0; i < demands.size(); ++i) {
         const Demand& demand = demands[i];
         double bits = demand.At(settings, quantiser);
-        if (settings.bucket_rate_bps > 0) {
-            const double drained = settings.bucket_rate_bps * demand.seconds;
+        if (settings.vbv_rate_bps > 0) {
+            const double drained = settings.vbv_rate_bps * demand.seconds;
             bits = std::min(bits, cap + drained - level);
             level = std::max(0.0, level + bits - drained);
         }

@@ -18,7 +18,7 @@ struct PlannedGop {
     std::vector<FoundPicture> pictures;
 };
 
-/// GOPs that are harder to code get more bits, as long as the receiver's buffer (when the
+/// GOPs that are harder to code get more bits, as long as the VBV (when the
 /// settings name one) is not overdrawn; together they take what the rate gives, or what the finest
 /// quantiser makes of them when that is less.
 std::vector<PlannedGop> PlanGops(const RateSettings& settings, std::vector<FirstPassGop> gops);

@@ -62,7 +62,7 @@ class Writer {
     void Header(const PicturePlanes& planes) {
         out_.Put(Unsigned(header_.counter), 2);
         PutKind();
-        if (header_.IsI()) out_.Put(0, 7);  // how full the receiver's buffer is: unknown
+        if (header_.IsI()) out_.Put(0, 7);  // how full the VBV is: unknown
         out_.Put(Unsigned(header_.quantiser), 5);
         if (header_.quantiser <= 8) out_.Put(header_.half_step, 1);
         if (picture_.sequence.extended_vectors) out_.Put(kRangeCodes[header_.vector_range]);

@@ -75,11 +75,11 @@ std::vector<std::uint8_t> AvGroupCoder::ExtraData() const {
 }
 
 void AvGroupCoder::SetBucket(const codecs::RateSettings& rate, double room_bits) {
-    if (rate.bucket_rate_bps <= 0) return;
-    bucket_rate_bps_ = std::llround(rate.bucket_rate_bps);
+    if (rate.vbv_rate_bps <= 0) return;
+    bucket_rate_bps_ = std::llround(rate.vbv_rate_bps);
     codec_->rc_max_rate = bucket_rate_bps_;
-    codec_->rc_buffer_size = WholeBits(rate.bucket_bits);
-    codec_->rc_initial_buffer_occupancy = WholeBits(std::min(room_bits, rate.bucket_bits));
+    codec_->rc_buffer_size = WholeBits(rate.vbv_bits);
+    codec_->rc_initial_buffer_occupancy = WholeBits(std::min(room_bits, rate.vbv_bits));
 }
 
 // Time in frames of the nominal rate; and what the receiver's buffer has drained by since the last

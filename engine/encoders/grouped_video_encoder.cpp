@@ -404,7 +404,7 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
 std::optional<CodedPicture> GroupedVideoEncoder::Fitted(Work& work, AVFrame& frame,
                                                         PictureWish& wish) const {
     codecs::GopRateControl& control = *work.group->control;
-    if (!work.coder) work.coder = make_coder_(control.BucketRoom());
+    if (!work.coder) work.coder = make_coder_(control.VbvRoom());
     CodedPicture coded = work.coder->Encode(frame, wish);
     if (!work.coder->Recodes()) return coded;
     const double better = control.Reconsidered(wish.quantiser, coded.bits);

@@ -32,7 +32,7 @@ std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const Enco
             settings.b_pictures);
     }
     // Also finds out whether the encoder takes the plan.
-    header.extra_data = AvGroupCoder(plan, rate, rate.bucket_bits, packets).ExtraData();
+    header.extra_data = AvGroupCoder(plan, rate, rate.vbv_bits, packets).ExtraData();
     return std::make_unique<GroupedVideoEncoder>(plan, rate, pass, format, std::move(header),
                                                  [plan, rate, &packets](double bucket_room_bits) {
                                                      return std::make_unique<AvGroupCoder>(

@@ -40,11 +40,11 @@ constexpr double kHalvesUpTo = 8.5;
 void KeepToLevel(const VideoPlan& plan, codecs::RateSettings& rate) {
     if (plan.level_rate_bps <= 0) return;
     const auto buffer = static_cast<double>(plan.level_buffer_bits);
-    if (rate.bucket_rate_bps <= 0) {
-        rate.bucket_rate_bps = static_cast<double>(plan.level_rate_bps);
-        rate.bucket_bits = buffer;
+    if (rate.vbv_rate_bps <= 0) {
+        rate.vbv_rate_bps = static_cast<double>(plan.level_rate_bps);
+        rate.vbv_bits = buffer;
     }
-    rate.bucket_bits = std::min(rate.bucket_bits, buffer);
+    rate.vbv_bits = std::min(rate.vbv_bits, buffer);
 }
 
 bool IsOwn(const VideoPlan& plan) { return plan.codec->av_encoder == nullptr; }
@@ -75,12 +75,12 @@ codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
     rate.steady = pass.number < pass.count;
     if (rate.steady) return rate;
     if (plan.mode == VbrMode::Constant) {
-        rate.bucket_rate_bps = plan.bit_rate_bps;
-        rate.bucket_bits = BucketBits(plan.bit_rate_bps, plan.buffer_ms);
+        rate.vbv_rate_bps = plan.bit_rate_bps;
+        rate.vbv_bits = BucketBits(plan.bit_rate_bps, plan.buffer_ms);
         rate.may_drop = true;
     } else if (plan.mode == VbrMode::Peak) {
-        rate.bucket_rate_bps = std::max(plan.peak_rate_bps, plan.bit_rate_bps);
-        rate.bucket_bits = BucketBits(rate.bucket_rate_bps, plan.peak_buffer_ms);
+        rate.vbv_rate_bps = std::max(plan.peak_rate_bps, plan.bit_rate_bps);
+        rate.vbv_bits = BucketBits(rate.vbv_rate_bps, plan.peak_buffer_ms);
     }
     KeepToLevel(plan, rate);
     return rate;

@@ -49,7 +49,7 @@ struct PretendedEncoder {
 
 struct Outcome {
     double bits = 0;
-    double fullest_bucket = 0;
+    double fullest_vbv = 0;
     int dropped = 0;
     std::vector<double> gop_bits;
     std::vector<double> quantisers;
@@ -91,7 +91,7 @@ Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int gops, i
             const double seconds = (waits ? before : i) / kFps;
             if (kind != PictureKind::kB) before = i;
             const double now = gop * kGopSeconds + seconds;
-            level = std::max(0.0, level - settings.bucket_rate_bps * (now - decoded));
+            level = std::max(0.0, level - settings.vbv_rate_bps * (now - decoded));
             decoded = now;
             const auto decision = control.Decide({seconds, static_cast<std::size_t>(i), kind,
                                                   encoder.IntraCost(picture),
@@ -114,7 +114,7 @@ Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int gops, i
             control.Coded(taken, bits, quantiser, kind == PictureKind::kI);
             begun = true;
             level += bits;
-            outcome.fullest_bucket = std::max(outcome.fullest_bucket, level);
+            outcome.fullest_vbv = std::max(outcome.fullest_vbv, level);
             outcome.quantisers.push_back(quantiser);
             outcome.report.back().pictures[static_cast<std::size_t>(i)] = {taken, kind};
         }
@@ -150,16 +150,16 @@ struct RateCase {
 const RateCase kRateCases[] = {
     // why                                  content              settings                            two    within drops
     {"even content",                        Steady,              Constant(1e6, 5),                   false, 0.02,  0, 0},
-    {"a small buffer",                      Steady,              Constant(1e6, 1),                   false, 0.02,  0, 0},
+    {"a small VBV",                         Steady,              Constant(1e6, 1),                   false, 0.02,  0, 0},
     {"cuts within GOPs",                    Cuts,                Constant(1e6, 5),                   false, 0.05,  0, 15},
     {"content that grows harder",           HarderTowardsTheEnd, Constant(1e6, 5),                   false, 0.05,  0, 0},
     {"far too little: pictures go",         Storm,               Constant(150e3, 5),                 false, 0.15,  200, 1470},
-    {"no bucket, one pass",                 Cuts,                {1e6, 0, 0, 1, 31, false},          false, 0.05,  0, 0},
+    {"no VBV,    one pass",                 Cuts,                {1e6, 0, 0, 1, 31, false},          false, 0.05,  0, 0},
     {"two passes, constant",                Cuts,                Constant(1e6, 5),                   true,  0.02,  0, 5},
     {"two passes, average",                 Cuts,                {1e6, 0, 0, 1, 31, false},          true,  0.02,  0, 0},
     {"two passes, average, growing harder", HarderTowardsTheEnd, {1e6, 0, 0, 1, 31, false},          true,  0.02,  0, 0},
     {"two passes, peak",                    HarderTowardsTheEnd, {1e6, 1.5e6, 3e6, 1, 31, false},    true,  0.03,  0, 0},
-    {"bursts in a small buffer",            Bursts,              Constant(1e6, 1),                   false, 0.5,   0, 250},
+    {"bursts in a small VBV",               Bursts,              Constant(1e6, 1),                   false, 0.5,   0, 250},
     {"bursts, two passes",                  Bursts,              Constant(1e6, 1),                   true,  0.5,   0, 250},
     {"bursts, peak",                        Bursts,              {1e6, 2e6, 2e6, 1, 31, false},      true,  0.35,  0, 150},
     {"B pictures, constant",                Cuts,                Constant(1e6, 5),                   false, 0.05,  0, 15,  2},
@@ -168,14 +168,14 @@ const RateCase kRateCases[] = {
 };
 // clang-format on
 
-TEST(RateControl, HoldsRateAndBucket) {
+TEST(RateControl, HoldsRateAndVbv) {
     for (const RateCase& row : kRateCases) {
         SCOPED_TRACE(row.why);
         std::vector<PlannedGop> plan;
         if (row.two_passes) {
             RateSettings first = row.settings;
             first.steady = true;
-            first.bucket_rate_bps = first.bucket_bits = 0;
+            first.vbv_rate_bps = first.vbv_bits = 0;
             first.may_drop = false;
             plan =
                 PlanGops(row.settings, Code(first, {row.shot}, 20, 4, {}, row.b_pictures).report);
@@ -186,8 +186,8 @@ TEST(RateControl, HoldsRateAndBucket) {
                     row.settings.rate_bps * row.within);
         EXPECT_GE(outcome.dropped, row.least_drops);
         EXPECT_LE(outcome.dropped, row.most_drops);
-        if (row.settings.bucket_rate_bps > 0) {
-            EXPECT_LE(outcome.fullest_bucket, row.settings.bucket_bits);
+        if (row.settings.vbv_rate_bps > 0) {
+            EXPECT_LE(outcome.fullest_vbv, row.settings.vbv_bits);
         }
     }
 }
