@@ -40,15 +40,15 @@ constexpr double kShortestInterval = 1e-3;  // seconds
 
 }  // namespace
 
-GopRateControl::GopRateControl(const RateSettings& settings, GopOutlook outlook)
+GopRateControl::GopRateControl(const RateSettings& settings, GopBudget budget)
     : settings_(settings),
-      outlook_(std::move(outlook)),
-      seconds_(outlook_.seconds),
-      budget_bits_(outlook_.bits),
-      level_bits_(outlook_.vbv_level_bits),
-      interval_(1 / outlook_.experience.pictures_per_second) {
-    result_.seconds = outlook_.seconds;
-    for (const FoundPicture& picture : outlook_.pictures) found_ += picture.ByP();
+      budget_(std::move(budget)),
+      seconds_(budget_.seconds),
+      budget_bits_(budget_.bits),
+      level_bits_(budget_.vbv_level_bits),
+      interval_(1 / budget_.experience.pictures_per_second) {
+    result_.seconds = budget_.seconds;
+    for (const FoundPicture& picture : budget_.pictures) found_ += picture.ByP();
     undecided_ = found_;
 }
 
@@ -64,9 +64,9 @@ void GopRateControl::Mean::Learn(const PictureBits& taken, double inter_cost) {
 PictureBits GopRateControl::DeltaMean() const {
     const double i_texture = result_.i_pictures > 0
                                  ? result_.i_bits.texture / static_cast<double>(result_.i_pictures)
-                                 : outlook_.experience.i_texture_per_cost * picture_.intra_cost;
-    const PictureBits usual{outlook_.experience.delta_texture * i_texture,
-                            outlook_.experience.delta_fixed};
+                                 : budget_.experience.i_texture_per_cost * picture_.intra_cost;
+    const PictureBits usual{budget_.experience.delta_texture * i_texture,
+                            budget_.experience.delta_fixed};
     if (deltas_.learnt == 0) return usual;
     if (deltas_.learnt >= kDeltaMemory) return deltas_.bits;
     // The usual counts as one of them.
@@ -77,14 +77,14 @@ PictureBits GopRateControl::DeltaMean() const {
 }
 
 PictureBits GopRateControl::Expected(const Picture& picture) {
-    if (picture.index < outlook_.pictures.size()) {
-        const FoundPicture& found = outlook_.pictures[picture.index];
+    if (picture.index < budget_.pictures.size()) {
+        const FoundPicture& found = budget_.pictures[picture.index];
         const bool trusted = found.kind != PictureKind::kI && picture.kind != PictureKind::kI;
         return {found.bits.texture * (trusted ? texture_trust_ : 1), found.bits.fixed};
     }
     if (picture.kind == PictureKind::kI)
-        return {outlook_.experience.i_texture_per_cost * picture.intra_cost,
-                outlook_.experience.i_fixed};
+        return {budget_.experience.i_texture_per_cost * picture.intra_cost,
+                budget_.experience.i_fixed};
     const Mean& mean = MeanOf(picture.kind);
     if (mean.learnt == 0) {
         return DeltaMean() * (picture.kind == PictureKind::kB ? kUsualB : 1);
@@ -98,7 +98,7 @@ PictureBits GopRateControl::Expected(const Picture& picture) {
 
 // The GOP's pictures that have not been decided, after `picture_`.
 PictureBits GopRateControl::Following() const {
-    if (!outlook_.pictures.empty()) return {undecided_.texture * texture_trust_, undecided_.fixed};
+    if (!budget_.pictures.empty()) return {undecided_.texture * texture_trust_, undecided_.fixed};
     const PictureBits mean = DeltaMean();
     const double noise = kNoise * picture_.intra_cost;
     double textures = 0;  // in means
@@ -123,10 +123,10 @@ double GopRateControl::Remaining() const {
 }
 
 double GopRateControl::IPart() const {
-    const std::size_t pictures = outlook_.pictures.size();
-    if (pictures < 2) return IQuantiserPart(outlook_.experience.delta_texture, Remaining());
+    const std::size_t pictures = budget_.pictures.size();
+    if (pictures < 2) return IQuantiserPart(budget_.experience.delta_texture, Remaining());
     const double deltas = static_cast<double>(pictures) - 1;
-    const double i_texture = outlook_.pictures.front().bits.texture;
+    const double i_texture = budget_.pictures.front().bits.texture;
     return IQuantiserPart((found_.texture - i_texture) / deltas / std::max(1.0, i_texture), deltas);
 }
 
@@ -134,12 +134,11 @@ double GopRateControl::IPart() const {
 // went on for a little, so that its last pictures need not pay for an error alone.
 double GopRateControl::EvenQuantiser(const Picture& picture) const {
     PictureBits others = Following();
-    const double pictures = outlook_.pictures.empty()
-                                ? static_cast<double>(decided_) + Remaining()
-                                : static_cast<double>(outlook_.pictures.size());
+    const double pictures = budget_.pictures.empty() ? static_cast<double>(decided_) + Remaining()
+                                                     : static_cast<double>(budget_.pictures.size());
     const double share = std::min(kSoftEnd / pictures, kSoftEndPart);
     PictureBits beyond = DeltaMean() * (share * pictures);
-    if (!outlook_.pictures.empty()) {
+    if (!budget_.pictures.empty()) {
         beyond = found_ * share;
         beyond.texture *= texture_trust_;
     }
@@ -178,7 +177,7 @@ double GopRateControl::IQuantiser(double even) const {
 // end, so it is never more than all of the budget.
 double GopRateControl::Overdraft(double seconds) const {
     const double part = std::min(1.0, (seconds + interval_) / seconds_);
-    const double ahead = std::max(0.0, settings_.vbv_bits - outlook_.vbv_level_bits);
+    const double ahead = std::max(0.0, settings_.vbv_bits - budget_.vbv_level_bits);
     const double allowed = std::min(budget_bits_ * part + ahead * (1 - part), budget_bits_);
     return result_.bits + expected_.At(settings_.coarsest) - allowed -
            kTolerance * std::max(0.0, budget_bits_);
@@ -187,24 +186,24 @@ double GopRateControl::Overdraft(double seconds) const {
 // What the VBV takes, now and so that it holds no more at the GOP's end than what others count
 // on: with what was in it before the GOP, and without.
 double GopRateControl::HardRoom() const {
-    const double left = std::max(0.0, outlook_.seconds - picture_.seconds);
+    const double left = std::max(0.0, budget_.seconds - picture_.seconds);
     const double drained = settings_.vbv_rate_bps * left;
-    return std::min({VbvRoom(), outlook_.vbv_end_bits + drained - level_bits_,
-                     outlook_.vbv_own_end_bits + drained - own_level_bits_});
+    return std::min({VbvRoom(), budget_.vbv_end_bits + drained - level_bits_,
+                     budget_.vbv_own_end_bits + drained - own_level_bits_});
 }
 
 // That, with what the GOP itself has put into it drained early. What an easy stretch has not used
 // is gone: a burst at the end cannot.
 double GopRateControl::SoftRoom() const {
-    const double left = std::max(0.0, outlook_.seconds - picture_.seconds);
-    const double own_limit = outlook_.vbv_own_end_bits + kDraining * settings_.vbv_rate_bps * left;
+    const double left = std::max(0.0, budget_.seconds - picture_.seconds);
+    const double own_limit = budget_.vbv_own_end_bits + kDraining * settings_.vbv_rate_bps * left;
     return std::min(HardRoom(), own_limit - own_level_bits_);
 }
 
 bool GopRateControl::Fits(double bits, double quantiser) const {
     if (settings_.vbv_rate_bps <= 0 || bits <= HardRoom()) return true;
     return picture_.kind == PictureKind::kI && quantiser >= RateSettings::kMostCoarse &&
-           outlook_.level_is_exact && level_bits_ <= 0 && bits > settings_.vbv_bits;
+           budget_.level_is_exact && level_bits_ <= 0 && bits > settings_.vbv_bits;
 }
 
 double GopRateControl::Coarser(double quantiser, double bits) const {
@@ -219,7 +218,7 @@ double GopRateControl::Coarser(double quantiser, double bits) const {
 double GopRateControl::Restrained(double even) const {
     if (settings_.steady && deltas_.learnt >= kEarly)
         return std::clamp(even, quantiser_ / kLargestSteadyStep, quantiser_ * kLargestSteadyStep);
-    const bool planned = !outlook_.pictures.empty();
+    const bool planned = !budget_.pictures.empty();
     const bool free = planned || deltas_.learnt < kEarly;
     const bool surprise = expected_.texture > kSurprise * DeltaMean().texture;
     const double restrained =
@@ -249,11 +248,11 @@ void GopRateControl::LearnInterval(double passed) {
 
 // Of the stream's last GOP: it ends earlier than was expected, and has as much less to give.
 void GopRateControl::Shorten() {
-    if (!picture_.last || shortened_ || outlook_.seconds <= 0) return;
+    if (!picture_.last || shortened_ || budget_.seconds <= 0) return;
     shortened_ = true;
     const double last =
         picture_.waiting.empty() ? picture_.seconds : picture_.waiting.back().seconds;
-    const double part = std::min(1.0, (last + interval_) / outlook_.seconds);
+    const double part = std::min(1.0, (last + interval_) / budget_.seconds);
     budget_bits_ *= part;
     seconds_ *= part;
 }
@@ -298,8 +297,8 @@ GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
     level_bits_ = std::max(0.0, level_bits_ - passed * settings_.vbv_rate_bps);
     own_level_bits_ = std::max(0.0, own_level_bits_ - passed * settings_.vbv_rate_bps);
     ++decided_;
-    if (picture.index < outlook_.pictures.size()) {
-        const PictureBits found = outlook_.pictures[picture.index].ByP();
+    if (picture.index < budget_.pictures.size()) {
+        const PictureBits found = budget_.pictures[picture.index].ByP();
         undecided_.texture = std::max(0.0, undecided_.texture - found.texture);
         undecided_.fixed = std::max(0.0, undecided_.fixed - found.fixed);
     }
@@ -318,7 +317,7 @@ void GopRateControl::Coded(const PictureBits& taken, double bits, double quantis
         MeanOf(picture_.kind).Learn(taken, picture_.inter_cost);
         deltas_.Learn(FoundPicture{taken, picture_.kind}.ByP(), picture_.step_cost);
     }
-    if (!is_i && expected_.texture > 0 && !outlook_.pictures.empty()) {
+    if (!is_i && expected_.texture > 0 && !budget_.pictures.empty()) {
         const double found = expected_.texture / texture_trust_;
         const double weight = std::max(kTrustMemory, 1.0 / static_cast<double>(decided_));
         texture_trust_ += weight * (taken.texture / found - texture_trust_);

@@ -20,10 +20,10 @@ struct RateExperience {
     double delta_fixed = 0;         // bits
 };
 
-/// What is known of a GOP before it is coded.
-struct GopOutlook {
+/// What a GOP may take, and what is known of it before it is coded.
+struct GopBudget {
     double seconds = 0;         // its length, at least
-    double bits = 0;            // its budget
+    double bits = 0;            // that it may take
     double vbv_level_bits = 0;  // before it, at most
     // What the GOPs after it count on: the level after it, with that one before it, and with an
     // empty VBV before it.
@@ -49,10 +49,10 @@ struct GopResult {
 };
 
 /// Keeps the quantiser as even over the GOP as its bits allow. The state is the GOP's own: what
-/// it decides depends on nothing but the outlook and the GOP's pictures.
+/// it decides depends on nothing but the budget and the GOP's pictures.
 class GopRateControl {
   public:
-    GopRateControl(const RateSettings& settings, GopOutlook outlook);
+    GopRateControl(const RateSettings& settings, GopBudget budget);
 
     /// A picture that waits.
     struct Waiting {
@@ -94,7 +94,7 @@ class GopRateControl {
     /// In place of Coded: it fitted at no quantiser and was left out.
     void Dropped();
 
-    /// `seconds` of it is the outlook's.
+    /// `seconds` of it is the budget's.
     const GopResult& Result() const { return result_; }
 
   private:
@@ -124,11 +124,11 @@ class GopRateControl {
     bool MustDrop(const Picture& picture, double even) const;
 
     RateSettings settings_;
-    GopOutlook outlook_;
-    PictureBits found_;       // all of outlook_.pictures, by P pictures' quantiser
+    GopBudget budget_;
+    PictureBits found_;       // all of budget_.pictures, by P pictures' quantiser
     PictureBits undecided_;   // those of them that have not been decided
-    double seconds_ = 0;      // of the outlook, until more is known
-    double budget_bits_ = 0;  // the same
+    double seconds_ = 0;      // of the budget, until more is known
+    double budget_bits_ = 0;  // its bits, the same
     bool shortened_ = false;
     GopResult result_;
 

@@ -22,7 +22,7 @@ std::size_t Workers(const VideoPlan& plan) {
     const int asked = plan.input.capture || CodesRows(plan) ? 1 : plan.encoder_threads;
     const unsigned count = asked > 0 ? static_cast<unsigned>(asked)
                                      : std::max(1U, std::thread::hardware_concurrency());
-    return std::min<std::size_t>(count, codecs::RateLedger::kMostAtOnce);
+    return std::min<std::size_t>(count, codecs::RateAllocator::kMostAtOnce);
 }
 
 // While one group is coded, the next one comes in: what arrives of two groups in the time of one
@@ -93,9 +93,9 @@ GroupedVideoEncoder::GroupedVideoEncoder(const VideoPlan& plan, const codecs::Ra
       usual_(UsualExperience(plan)),
       // A second pass knows all about them, and one quantiser needs no knowledge.
       tries_(pass.first_report.empty() && rate.finest < rate.coarsest),
-      ledger_(rate_, usual_,
-              pass.first_report.empty() ? std::vector<codecs::PlannedGop>()
-                                        : codecs::PlanGops(rate_, pass.first_report)) {
+      allocator_(rate_, usual_,
+                 pass.first_report.empty() ? std::vector<codecs::PlannedGop>()
+                                           : codecs::PlanGops(rate_, pass.first_report)) {
     if (workers_ == 1) {
         own_work_ = std::make_unique<Work>();
         return;
@@ -136,7 +136,7 @@ void GroupedVideoEncoder::Try(const AVFrame& frame) {
     tries_ = false;
     Group group;
     group.start = {frame.pts};
-    codecs::RateLedger unknowing(rate_, usual_);
+    codecs::RateAllocator unknowing(rate_, usual_);
     group.control.emplace(rate_, unknowing.Open(group_length_.Seconds()));
     Work work;
     work.group = &group;
@@ -144,7 +144,7 @@ void GroupedVideoEncoder::Try(const AVFrame& frame) {
     CheckAv(av_frame_ref(copy.get(), &frame), "Encoding of the picture failed");
     Frame tried{.frame = std::move(copy), .intra_cost = codecs::IntraCost(Luma(frame))};
     Code(work, tried, {.kind = PictureKind::kI});
-    ledger_.LearnTrial(group.control->Result());
+    allocator_.LearnTrial(group.control->Result());
 }
 
 bool GroupedVideoEncoder::Place(Lock& lock, FrameHandle frame, const PacketTaker& take) {
@@ -176,7 +176,7 @@ void GroupedVideoEncoder::CloseGroup(Ticks end) {
 }
 
 bool GroupedVideoEncoder::MayOpenGroup() const {
-    const std::int64_t needed = ledger_.Needs();
+    const std::int64_t needed = allocator_.Needs();
     std::size_t at_work = 0;
     for (const std::unique_ptr<Group>& group : groups_) {
         if (group->done) continue;
@@ -192,7 +192,7 @@ void GroupedVideoEncoder::OpenGroup(Ticks start) {
     group->start = start;
     group->length = group_length_;
     if (length_ > start) group->length = std::min(group->length, length_ - start);
-    group->control.emplace(rate_, ledger_.Open(group->length.Seconds()));
+    group->control.emplace(rate_, allocator_.Open(group->length.Seconds()));
     groups_.push_back(std::move(group));
 }
 
@@ -438,7 +438,7 @@ void GroupedVideoEncoder::Note(Group& group, Outcome outcome) {
 void GroupedVideoEncoder::EndGroup(Group& group) {
     codecs::GopResult result = group.control->Result();
     result.seconds = group.length.Seconds();
-    ledger_.Close(group.index, result);
+    allocator_.Close(group.index, result);
     group.done = true;
 }
 

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "codecs/common/gop_rate_control.h"
-#include "codecs/common/rate_ledger.h"
+#include "codecs/common/rate_allocator.h"
 #include "engine/encoders/encoder.h"
 #include "engine/encoders/group_coder.h"
 #include "engine/encoders/make_encoder.h"
@@ -101,7 +101,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
     std::mutex mutex_;
     std::condition_variable worked_;  // for the caller's thread
     std::condition_variable work_;    // for the workers
-    codecs::RateLedger ledger_;
+    codecs::RateAllocator allocator_;
     std::deque<std::unique_ptr<Group>> groups_;  // whose packets have not all been handed on
     std::int64_t next_index_ = 0;
     std::size_t waiting_ = 0;  // frames of all groups

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "codecs/common/gop_rate_control.h"
-#include "codecs/common/rate_ledger.h"
+#include "codecs/common/rate_allocator.h"
 #include "codecs/common/two_pass_plan.h"
 
 namespace {
@@ -67,20 +67,20 @@ std::vector<std::pair<int, PictureKind>> CodingOrder(int b_pictures) {
     return order;
 }
 
-// With as many GOPs at work at once as `at_once` and the ledger allow: each is closed as late as
+// With as many GOPs at work at once as `at_once` and the allocator allow: each is closed as late as
 // can be.
 Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int gops, int at_once,
              std::vector<PlannedGop> plan = {}, int b_pictures = 0) {
-    RateLedger ledger(settings, kUsual, std::move(plan));
+    RateAllocator allocator(settings, kUsual, std::move(plan));
     Outcome outcome;
     double level = 0;
     double decoded = 0;  // when the picture before was, seconds
     std::vector<GopResult> open;
     std::int64_t closed = 0;
     for (int gop = 0; gop < gops; ++gop) {
-        for (; closed <= std::max<std::int64_t>(gop - at_once, ledger.Needs()); ++closed)
-            ledger.Close(closed, open[static_cast<std::size_t>(closed)]);
-        GopRateControl control(settings, ledger.Open(kGopSeconds));
+        for (; closed <= std::max<std::int64_t>(gop - at_once, allocator.Needs()); ++closed)
+            allocator.Close(closed, open[static_cast<std::size_t>(closed)]);
+        GopRateControl control(settings, allocator.Open(kGopSeconds));
         outcome.report.push_back({kGopSeconds, std::vector<FoundPicture>(kGopPictures)});
         bool begun = false;
         int before = 0;
@@ -194,7 +194,7 @@ TEST(RateControl, HoldsRateAndVbv) {
 
 TEST(RateControl, NumberOfGopsAtOnceChangesNothing) {
     const Outcome alone = Code(Constant(1e6, 5), {Cuts}, 20, 1);
-    for (const int at_once : {2, 3, 7, static_cast<int>(RateLedger::kMostAtOnce)})
+    for (const int at_once : {2, 3, 7, static_cast<int>(RateAllocator::kMostAtOnce)})
         EXPECT_EQ(Code(Constant(1e6, 5), {Cuts}, 20, at_once).quantisers, alone.quantisers);
 }
 

@@ -1,4 +1,4 @@
-#include "codecs/common/rate_ledger.h"
+#include "codecs/common/rate_allocator.h"
 
 #include <algorithm>
 #include <utility>
@@ -21,20 +21,20 @@ constexpr double kVbvLeeway = 0.03;
 
 }  // namespace
 
-RateLedger::RateLedger(const RateSettings& settings, const RateExperience& usual,
-                       std::vector<PlannedGop> plan)
+RateAllocator::RateAllocator(const RateSettings& settings, const RateExperience& usual,
+                             std::vector<PlannedGop> plan)
     : settings_(settings), plan_(std::move(plan)), experience_(usual) {}
 
 // Of a short stream that is planned fewer: what its last GOPs take beyond the plan, none makes
 // good.
-std::int64_t RateLedger::MostAtOnce() const {
+std::int64_t RateAllocator::MostAtOnce() const {
     constexpr std::int64_t kPart = 4;
     if (plan_.empty()) return kMostAtOnce;
     const auto gops = static_cast<std::int64_t>(plan_.size());
     return std::clamp<std::int64_t>(gops / kPart, 2, kMostAtOnce);
 }
 
-std::int64_t RateLedger::Needs() const {
+std::int64_t RateAllocator::Needs() const {
     const std::int64_t known = accounted_ - 1;
     const std::int64_t far = std::max(known, opened_ - MostAtOnce());
     const bool one_quantiser = settings_.finest == settings_.coarsest;
@@ -43,64 +43,64 @@ std::int64_t RateLedger::Needs() const {
     return settings_.may_drop && (in_debt || drops_) ? opened_ - 1 : far;
 }
 
-GopOutlook RateLedger::Open(double seconds) {
+GopBudget RateAllocator::Open(double seconds) {
     for (const std::int64_t needed = Needs(); accounted_ <= needed; ++accounted_) {
         Account(accounted_, closed_.at(accounted_));
         closed_.erase(accounted_);
     }
     const std::int64_t index = opened_++;
     const auto unknown = static_cast<double>(index - accounted_);  // GOPs at work or ready
-    GopOutlook outlook;
-    outlook.seconds = seconds;
-    outlook.level_is_exact = unknown == 0;
-    outlook.bits = settings_.rate_bps * seconds;
-    outlook.experience = experience_;
+    GopBudget budget;
+    budget.seconds = seconds;
+    budget.level_is_exact = unknown == 0;
+    budget.bits = settings_.rate_bps * seconds;
+    budget.experience = experience_;
     if (Planned(index)) {
         PlannedGop& planned = plan_[static_cast<std::size_t>(index)];
-        outlook.bits = planned.bits;
-        outlook.pictures = std::move(planned.pictures);
+        budget.bits = planned.bits;
+        budget.pictures = std::move(planned.pictures);
     }
-    outlook.bits -= std::max(kRepayment / (1 + unknown) * debt_bits_, -kLargestGift * outlook.bits);
-    if (settings_.vbv_rate_bps > 0) Promise(outlook);
-    return outlook;
+    budget.bits -= std::max(kRepayment / (1 + unknown) * debt_bits_, -kLargestGift * budget.bits);
+    if (settings_.vbv_rate_bps > 0) Reserve(budget);
+    return budget;
 }
 
 // Where the VBV may stand when the GOPs at work are done: each adds at most its surplus to
 // what it finds, or leaves at most what it may in an empty one.
-double RateLedger::LevelAtMost() const {
+double RateAllocator::LevelAtMost() const {
     double level = level_bits_;
-    for (const GopPromise& gop : promises_)
+    for (const GopReservation& gop : reservations_)
         level = std::max(gop.own_bits, level + gop.surplus_bits);
     return level;
 }
 
-void RateLedger::Promise(GopOutlook& outlook) {
+void RateAllocator::Reserve(GopBudget& budget) {
     const double vbv = settings_.vbv_bits;
-    const double drained = settings_.vbv_rate_bps * outlook.seconds;
+    const double drained = settings_.vbv_rate_bps * budget.seconds;
     const double leeway = std::min(kLeeway * drained, kVbvLeeway * vbv);
     const double level = LevelAtMost();
     const double most = std::max(level, kFullest * vbv);
-    const double added = outlook.bits - drained + leeway;
-    outlook.vbv_level_bits = level;
-    outlook.vbv_end_bits = std::clamp(level + added, kOwnPart * vbv, most);
-    outlook.vbv_own_end_bits = std::clamp(added, kOwnPart * vbv, outlook.vbv_end_bits);
-    const double surplus = outlook.vbv_end_bits - level;
-    outlook.bits = std::min(outlook.bits, drained + surplus);
-    promises_.push_back({surplus, outlook.vbv_own_end_bits});
+    const double added = budget.bits - drained + leeway;
+    budget.vbv_level_bits = level;
+    budget.vbv_end_bits = std::clamp(level + added, kOwnPart * vbv, most);
+    budget.vbv_own_end_bits = std::clamp(added, kOwnPart * vbv, budget.vbv_end_bits);
+    const double surplus = budget.vbv_end_bits - level;
+    budget.bits = std::min(budget.bits, drained + surplus);
+    reservations_.push_back({surplus, budget.vbv_own_end_bits});
 }
 
-void RateLedger::Close(std::int64_t index, const GopResult& result) {
+void RateAllocator::Close(std::int64_t index, const GopResult& result) {
     closed_.insert_or_assign(index, result);
 }
 
-void RateLedger::Account(std::int64_t index, const GopResult& result) {
+void RateAllocator::Account(std::int64_t index, const GopResult& result) {
     if (settings_.vbv_rate_bps > 0) {
         const double drained_since =
             settings_.vbv_rate_bps * (result.seconds - result.last_seconds);
         const double through = settings_.vbv_rate_bps * result.seconds;
         level_bits_ = std::max(
             {0.0, result.own_level_bits - drained_since, level_bits_ + result.bits - through});
-        promises_.pop_front();
+        reservations_.pop_front();
     }
     const double budget = Planned(index) ? plan_[static_cast<std::size_t>(index)].bits
                                          : settings_.rate_bps * result.seconds;
@@ -112,9 +112,9 @@ void RateLedger::Account(std::int64_t index, const GopResult& result) {
     Learn(result, kLearning);
 }
 
-void RateLedger::LearnTrial(const GopResult& trial) { Learn(trial, 1); }
+void RateAllocator::LearnTrial(const GopResult& trial) { Learn(trial, 1); }
 
-void RateLedger::Learn(const GopResult& result, double weight) {
+void RateAllocator::Learn(const GopResult& result, double weight) {
     if (result.i_pictures == 0) return;
     const auto i_pictures = static_cast<double>(result.i_pictures);
     const auto towards = [&](double& value, double found) { value += weight * (found - value); };
