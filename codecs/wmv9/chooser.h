@@ -3,8 +3,8 @@
 
 #include "codecs/wmv9/effort.h"
 #include "codecs/wmv9/estimates.h"
+#include "codecs/wmv9/motion_vectors.h"
 #include "codecs/wmv9/trial.h"
-#include "codecs/wmv9/vectors.h"
 
 namespace codecs::wmv9 {
 
@@ -30,7 +30,7 @@ class RateChooser final : public Chooser {
 };
 
 /// Sets the vectors of a macroblock with one, the difference, and what names the predictor.
-void SetVector(Macroblock& macroblock, Vector vector, const VectorPrediction& prediction,
+void SetVector(Macroblock& macroblock, MotionVector vector, const VectorPrediction& prediction,
                const PictureHeader& header);
 
 }  // namespace codecs::wmv9

@@ -3,9 +3,9 @@
 
 #include "codecs/common/index.h"
 #include "codecs/wmv9/ac_codes.h"
+#include "codecs/wmv9/motion_vector_codes.h"
 #include "codecs/wmv9/picture.h"
 #include "codecs/wmv9/tables.h"
-#include "codecs/wmv9/vector_codes.h"
 
 namespace codecs::wmv9 {
 

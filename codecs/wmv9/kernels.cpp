@@ -8,10 +8,10 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels.cpp"
 #include <hwy/foreach_target.h>
-#include "codecs/wmv9/vectors_inl.h"
+#include "codecs/wmv9/simd_inl.h"
 // clang-format on
 
-#if CODECS_WMV9_VECTORS
+#if CODECS_WMV9_SIMD
 HWY_BEFORE_NAMESPACE();
 namespace codecs::wmv9::HWY_NAMESPACE {
 
@@ -22,7 +22,7 @@ void SetTransforms(Kernels& kernels);
 void SetQuantiser(Kernels& kernels);
 void SetFilter(Kernels& kernels);
 
-Kernels VectorKernels() {
+Kernels SimdKernels() {
     Kernels kernels = {};
     kernels.name = hwy::TargetName(HWY_TARGET);
     SetDifferences(kernels);
@@ -48,9 +48,9 @@ struct Candidate {
 
 // From the slowest on; null for those that the compiler does not have.
 constexpr Candidate kCandidates[] = {
-    {HWY_NEON, HWY_CHOOSE_NEON(VectorKernels)}, {HWY_SSSE3, HWY_CHOOSE_SSSE3(VectorKernels)},
-    {HWY_SSE4, HWY_CHOOSE_SSE4(VectorKernels)}, {HWY_AVX2, HWY_CHOOSE_AVX2(VectorKernels)},
-    {HWY_AVX3, HWY_CHOOSE_AVX3(VectorKernels)},
+    {HWY_NEON, HWY_CHOOSE_NEON(SimdKernels)}, {HWY_SSSE3, HWY_CHOOSE_SSSE3(SimdKernels)},
+    {HWY_SSE4, HWY_CHOOSE_SSE4(SimdKernels)}, {HWY_AVX2, HWY_CHOOSE_AVX2(SimdKernels)},
+    {HWY_AVX3, HWY_CHOOSE_AVX3(SimdKernels)},
 };
 
 std::vector<Kernels> SupportedKernels() {

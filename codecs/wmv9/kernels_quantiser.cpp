@@ -4,10 +4,10 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels_quantiser.cpp"
 #include <hwy/foreach_target.h>
-#include "codecs/wmv9/vectors_inl.h"
+#include "codecs/wmv9/simd_inl.h"
 // clang-format on
 
-#if CODECS_WMV9_VECTORS
+#if CODECS_WMV9_SIMD
 HWY_BEFORE_NAMESPACE();
 namespace codecs::wmv9::HWY_NAMESPACE {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "codecs/common/index.h"
+#include "codecs/wmv9/motion_vectors.h"
 #include "codecs/wmv9/transform_types.h"
-#include "codecs/wmv9/vectors.h"
 
 namespace codecs::wmv9 {
 namespace {
@@ -42,8 +42,8 @@ void LoopFilter::Gather(const Picture& picture) {
     for (int y = 0; y < picture.Height(); ++y) {
         for (int x = 0; x < picture.Width(); ++x) {
             const Macroblock& macroblock = picture.grid.At(x, y);
-            const Vector chroma =
-                macroblock.intra ? Vector() : ChromaVector(CombinedVector(macroblock));
+            const MotionVector chroma =
+                macroblock.intra ? MotionVector() : ChromaVector(CombinedVector(macroblock));
             for (int n = 0; n < kBlocks; ++n) {
                 const auto index = Index(n);
                 BlockState state;

@@ -21,7 +21,7 @@ class LoopFilter {
   private:
     // Of a block of 8x8 samples: what its edges are filtered by.
     struct BlockState {
-        Vector vector;
+        MotionVector vector;
         bool intra = false;
         bool rows = false;          // transforms meet at a horizontal edge inside
         bool columns = false;       // at a vertical one

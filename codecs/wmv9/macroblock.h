@@ -15,10 +15,10 @@ namespace codecs::wmv9 {
 constexpr int kBlocks = 6;  // four of luma in raster order, blue and red difference
 
 /// In quarters of a luma sample.
-struct Vector {
+struct MotionVector {
     std::int16_t x = 0;
     std::int16_t y = 0;
-    constexpr bool operator==(const Vector&) const = default;
+    constexpr bool operator==(const MotionVector&) const = default;
 };
 
 /// Which anchors predict a macroblock of a B picture.
@@ -44,10 +44,10 @@ struct Macroblock {
     std::uint8_t quantiser = 1;
     std::uint8_t coded = 0;  // bit 5 - n: block n has levels
     Direction direction = Direction::Forward;
-    std::array<Vector, 4> vectors{};      // by block; of intra ones 0. Of B pictures [0] only
-    Vector backward;                      // of B pictures
-    std::array<Vector, 4> differences{};  // as they are written
-    Vector backward_difference;
+    std::array<MotionVector, 4> vectors{};      // by block; of intra ones 0. Of B pictures [0] only
+    MotionVector backward;                      // of B pictures
+    std::array<MotionVector, 4> differences{};  // as they are written
+    MotionVector backward_difference;
     std::array<Hybrid, 4> hybrid{};
     std::array<Shape, kBlocks> shapes{};
     /// Which of a block's transforms are coded, the first one in the highest bit of 4, 2 or 1.

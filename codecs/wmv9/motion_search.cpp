@@ -10,12 +10,12 @@ namespace {
 
 constexpr int kWhole = 4;  // quarters
 
-Vector Moved(Vector v, int x, int y) {
+MotionVector Moved(MotionVector v, int x, int y) {
     return {static_cast<std::int16_t>(v.x + x), static_cast<std::int16_t>(v.y + y)};
 }
 
 // To the nearest whole sample within the window.
-Vector Rounded(Vector v, const VectorWindow& window) {
+MotionVector Rounded(MotionVector v, const VectorWindow& window) {
     const auto round = [](int value, int least, int largest) {
         const int lowest = (least + kWhole - 1) & ~(kWhole - 1);
         const int highest = largest & ~(kWhole - 1);
@@ -30,20 +30,20 @@ Vector Rounded(Vector v, const VectorWindow& window) {
 
 struct MotionSearch::State {
     SearchBlock block;
-    Vector predictor;
+    MotionVector predictor;
     VectorWindow window;
     const std::uint8_t* source = nullptr;
     std::ptrdiff_t stride = 0;
     FoundVector best;
 };
 
-std::uint32_t MotionSearch::BitCost(const State& state, Vector vector) const {
+std::uint32_t MotionSearch::BitCost(const State& state, MotionVector vector) const {
     const int bits =
         estimates_.vectors.Of(vector.x - state.predictor.x, vector.y - state.predictor.y);
     return quantiser_.search_lambda * static_cast<std::uint32_t>(bits) >> 4;
 }
 
-void MotionSearch::TryWhole(State& state, Vector vector) const {
+void MotionSearch::TryWhole(State& state, MotionVector vector) const {
     const SearchBlock& block = state.block;
     const Plane& plane = reference_[0];
     const std::uint32_t difference =
@@ -55,12 +55,12 @@ void MotionSearch::TryWhole(State& state, Vector vector) const {
 }
 
 // Whole vectors; true when one of them is the best so far.
-bool MotionSearch::TryFour(State& state, const Vector (&around)[4]) const {
-    const Vector before = state.best.vector;
+bool MotionSearch::TryFour(State& state, const MotionVector (&around)[4]) const {
+    const MotionVector before = state.best.vector;
     const bool all = std::all_of(std::begin(around), std::end(around),
-                                 [&](Vector v) { return state.window.Holds(v); });
+                                 [&](MotionVector v) { return state.window.Holds(v); });
     if (!all || state.block.size != 16) {
-        for (const Vector v : around)
+        for (const MotionVector v : around)
             if (state.window.Holds(v)) TryWhole(state, v);
         return !(state.best.vector == before);
     }
@@ -78,20 +78,20 @@ bool MotionSearch::TryFour(State& state, const Vector (&around)[4]) const {
     return !(state.best.vector == before);
 }
 
-void MotionSearch::Whole(State& state, std::span<const Vector> starts) const {
+void MotionSearch::Whole(State& state, std::span<const MotionVector> starts) const {
     state.best.cost = std::numeric_limits<std::uint32_t>::max();
     TryWhole(state, Rounded(state.predictor, state.window));
-    for (const Vector start : starts) {
-        const Vector rounded = Rounded(start, state.window);
+    for (const MotionVector start : starts) {
+        const MotionVector rounded = Rounded(start, state.window);
         if (!(rounded == state.best.vector)) TryWhole(state, rounded);
     }
     if (effort_.hexagon) {
         for (int round = 0; round < effort_.rounds; ++round) {
-            const Vector c = state.best.vector;
-            const Vector wide[4] = {Moved(c, -4, -8), Moved(c, 4, -8), Moved(c, -4, 8),
-                                    Moved(c, 4, 8)};
+            const MotionVector c = state.best.vector;
+            const MotionVector wide[4] = {Moved(c, -4, -8), Moved(c, 4, -8), Moved(c, -4, 8),
+                                          Moved(c, 4, 8)};
             bool better = TryFour(state, wide);
-            for (const Vector v : {Moved(c, -8, 0), Moved(c, 8, 0)}) {
+            for (const MotionVector v : {Moved(c, -8, 0), Moved(c, 8, 0)}) {
                 if (!state.window.Holds(v)) continue;
                 TryWhole(state, v);
                 better = better || state.best.vector == v;
@@ -100,13 +100,14 @@ void MotionSearch::Whole(State& state, std::span<const Vector> starts) const {
         }
     }
     for (int round = 0; round < effort_.rounds; ++round) {
-        const Vector c = state.best.vector;
-        const Vector near[4] = {Moved(c, -4, 0), Moved(c, 4, 0), Moved(c, 0, -4), Moved(c, 0, 4)};
+        const MotionVector c = state.best.vector;
+        const MotionVector near[4] = {Moved(c, -4, 0), Moved(c, 4, 0), Moved(c, 0, -4),
+                                      Moved(c, 0, 4)};
         if (!TryFour(state, near)) break;
     }
 }
 
-std::uint32_t MotionSearch::Measure(const State& state, Vector vector) const {
+std::uint32_t MotionSearch::Measure(const State& state, MotionVector vector) const {
     const SearchBlock& block = state.block;
     const auto measure = effort_.hadamard ? picture_.kernels.hadamard : picture_.kernels.sad;
     const Plane& plane = reference_[0];
@@ -119,7 +120,7 @@ std::uint32_t MotionSearch::Measure(const State& state, Vector vector) const {
     return measure(state.source, state.stride, samples, 16, block.size, block.size);
 }
 
-bool MotionSearch::TryFraction(State& state, Vector vector) const {
+bool MotionSearch::TryFraction(State& state, MotionVector vector) const {
     if (!state.window.Holds(vector)) return false;
     const std::uint32_t bits = BitCost(state, vector);
     if (bits >= state.best.cost) return false;
@@ -131,21 +132,21 @@ bool MotionSearch::TryFraction(State& state, Vector vector) const {
 
 void MotionSearch::Fractions(State& state, int step) const {
     for (int round = 0; round < effort_.fraction_rounds; ++round) {
-        const Vector c = state.best.vector;
+        const MotionVector c = state.best.vector;
         bool better = false;
-        for (const Vector v :
+        for (const MotionVector v :
              {Moved(c, -step, 0), Moved(c, step, 0), Moved(c, 0, -step), Moved(c, 0, step)})
             better = TryFraction(state, v) || better;
         if (effort_.square)
-            for (const Vector v : {Moved(c, -step, -step), Moved(c, step, -step),
-                                   Moved(c, -step, step), Moved(c, step, step)})
+            for (const MotionVector v : {Moved(c, -step, -step), Moved(c, step, -step),
+                                         Moved(c, -step, step), Moved(c, step, step)})
                 better = TryFraction(state, v) || better;
         if (!better) break;
     }
 }
 
-FoundVector MotionSearch::Search(const SearchBlock& block, Vector predictor,
-                                 std::span<const Vector> starts) const {
+FoundVector MotionSearch::Search(const SearchBlock& block, MotionVector predictor,
+                                 std::span<const MotionVector> starts) const {
     State state;
     state.block = block;
     state.predictor = predictor;

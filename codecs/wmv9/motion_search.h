@@ -6,8 +6,8 @@
 
 #include "codecs/wmv9/effort.h"
 #include "codecs/wmv9/estimates.h"
+#include "codecs/wmv9/motion_vectors.h"
 #include "codecs/wmv9/quantiser.h"
-#include "codecs/wmv9/vectors.h"
 
 namespace codecs::wmv9 {
 
@@ -19,7 +19,7 @@ struct SearchBlock {
 };
 
 struct FoundVector {
-    Vector vector;
+    MotionVector vector;
     std::uint32_t difference = 0;  // by the measure of the last step
     std::uint32_t cost = 0;        // with the vector's bits
 };
@@ -37,18 +37,18 @@ class MotionSearch {
 
     /// @param predictor  that the vector's difference is counted from
     /// @param starts     vectors worth a look
-    FoundVector Search(const SearchBlock& block, Vector predictor,
-                       std::span<const Vector> starts) const;
+    FoundVector Search(const SearchBlock& block, MotionVector predictor,
+                       std::span<const MotionVector> starts) const;
 
   private:
     struct State;
-    void Whole(State& state, std::span<const Vector> starts) const;
+    void Whole(State& state, std::span<const MotionVector> starts) const;
     void Fractions(State& state, int step) const;
-    bool TryFour(State& state, const Vector (&around)[4]) const;
-    void TryWhole(State& state, Vector vector) const;
-    bool TryFraction(State& state, Vector vector) const;
-    std::uint32_t BitCost(const State& state, Vector vector) const;
-    std::uint32_t Measure(const State& state, Vector vector) const;
+    bool TryFour(State& state, const MotionVector (&around)[4]) const;
+    void TryWhole(State& state, MotionVector vector) const;
+    bool TryFraction(State& state, MotionVector vector) const;
+    std::uint32_t BitCost(const State& state, MotionVector vector) const;
+    std::uint32_t Measure(const State& state, MotionVector vector) const;
 
     const Picture& picture_;
     const Frame& reference_;

@@ -259,9 +259,9 @@ class Writer {
             return;
         }
         if (macroblock.skipped) return PutDirection(macroblock.direction);
-        const Vector forward = macroblock.differences[0];
+        const MotionVector forward = macroblock.differences[0];
         if (macroblock.direction == Direction::Both) {
-            const bool second = coded || !(forward == Vector());
+            const bool second = coded || !(forward == MotionVector());
             PutVector(out_, macroblock.backward_difference, second, header_);
             PutDirection(macroblock.direction);
             if (second) PutVector(out_, forward, coded, header_);

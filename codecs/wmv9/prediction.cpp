@@ -8,14 +8,14 @@ namespace {
 constexpr int kLuma = 16;
 constexpr int kChroma = 8;
 
-Vector ChromaOf(const Picture& picture, Vector luma) {
-    const Vector chroma = ChromaVector(luma);
+MotionVector ChromaOf(const Picture& picture, MotionVector luma) {
+    const MotionVector chroma = ChromaVector(luma);
     return picture.sequence.short_chroma_vectors ? Shortened(chroma) : chroma;
 }
 
-void PredictChroma(const Picture& picture, const Frame& reference, Vector luma, int x, int y,
+void PredictChroma(const Picture& picture, const Frame& reference, MotionVector luma, int x, int y,
                    Samples& out) {
-    const Vector v = ChromaOf(picture, luma);
+    const MotionVector v = ChromaOf(picture, luma);
     for (int n = 4; n < kBlocks; ++n) {
         const Plane& plane = reference[n - 3];
         picture.kernels.chroma(out.Block(n), kChroma,
@@ -24,7 +24,7 @@ void PredictChroma(const Picture& picture, const Frame& reference, Vector luma, 
     }
 }
 
-void PredictOne(const Picture& picture, const Frame& reference, Vector vector, int x, int y,
+void PredictOne(const Picture& picture, const Frame& reference, MotionVector vector, int x, int y,
                 Samples& out) {
     PredictLuma(picture, reference, vector, kLuma * x, kLuma * y, kLuma, out.values.data(), kLuma);
     PredictChroma(picture, reference, vector, x, y, out);
@@ -39,8 +39,8 @@ void PredictFour(const Picture& picture, int x, int y, const Macroblock& macrobl
 
 }  // namespace
 
-void PredictLuma(const Picture& picture, const Frame& reference, Vector vector, int left, int top,
-                 int size, std::uint8_t* out, std::ptrdiff_t stride) {
+void PredictLuma(const Picture& picture, const Frame& reference, MotionVector vector, int left,
+                 int top, int size, std::uint8_t* out, std::ptrdiff_t stride) {
     const Plane& plane = reference[0];
     const std::uint8_t* const source = plane.At(left + (vector.x >> 2), top + (vector.y >> 2));
     const auto kernel = picture.header.mode == VectorMode::HalfBilinear ? picture.kernels.bilinear
@@ -66,7 +66,7 @@ void Predict(const Picture& picture, int x, int y, const Macroblock& macroblock,
 }
 
 bool ChromaFits(const Picture& picture, int x, int y, const Macroblock& macroblock) {
-    const Vector v = ChromaOf(picture, CombinedVector(macroblock));
+    const MotionVector v = ChromaOf(picture, CombinedVector(macroblock));
     const auto fits = [](int vector, int macroblock_place, int count) {
         const int place = kChroma * macroblock_place + (vector >> 2);
         return place >= -kChroma && place < kChroma * count;

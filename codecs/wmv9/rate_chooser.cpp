@@ -28,15 +28,15 @@ Quantiser MakeQuantiser(const Picture& picture, int x, int y) {
 // Vectors worth a look, each once.
 class Starts {
   public:
-    void Add(Vector v) {
+    void Add(MotionVector v) {
         const auto end = vectors_.begin() + static_cast<std::ptrdiff_t>(count_);
         if (count_ < vectors_.size() && std::find(vectors_.begin(), end, v) == end)
             vectors_[count_++] = v;
     }
-    std::span<const Vector> All() const { return {vectors_.data(), count_}; }
+    std::span<const MotionVector> All() const { return {vectors_.data(), count_}; }
 
   private:
-    std::array<Vector, 8> vectors_{};
+    std::array<MotionVector, 8> vectors_{};
     std::size_t count_ = 0;
 };
 
@@ -105,7 +105,7 @@ class MacroblockRace {
 
   private:
     // A vector that the search may count from.
-    static Vector Nearest(const VectorPrediction& prediction) {
+    static MotionVector Nearest(const VectorPrediction& prediction) {
         return prediction.named ? prediction.left : prediction.median;
     }
 
@@ -138,10 +138,11 @@ class MacroblockRace {
 
     // True when nothing is left to code, so that nothing better needs to be looked for.
     bool TrySkipped(const VectorPrediction& prediction) {
-        const Vector median[] = {prediction.median};
-        const Vector named[] = {prediction.left, prediction.above};
+        const MotionVector median[] = {prediction.median};
+        const MotionVector named[] = {prediction.left, prediction.above};
         const VectorWindow window = WindowOf(picture_, kLuma * x_, kLuma * y_);
-        for (const Vector vector : prediction.named ? std::span<const Vector>(named) : median) {
+        for (const MotionVector vector :
+             prediction.named ? std::span<const MotionVector>(named) : median) {
             if (!window.Holds(vector)) continue;
             Trial& trial = Begin();
             SetVector(trial.macroblock, vector, prediction, picture_.header);
@@ -163,7 +164,7 @@ class MacroblockRace {
         return skipped.error < quantiser_.lambda * effort_.skip_bits;
     }
 
-    void TryOne(const VectorPrediction& prediction, Vector vector) {
+    void TryOne(const VectorPrediction& prediction, MotionVector vector) {
         Trial& trial = Begin();
         SetVector(trial.macroblock, vector, prediction, picture_.header);
         Predict(picture_, x_, y_, trial.macroblock, samples_);
@@ -171,7 +172,8 @@ class MacroblockRace {
         const Macroblock& macroblock = trial.macroblock;
         trial.bits += 1 + (prediction.named ? 1 : 0) +
                       VectorBits(macroblock.differences[0], macroblock.coded != 0, picture_.header);
-        trial.macroblock.skipped = macroblock.coded == 0 && macroblock.differences[0] == Vector();
+        trial.macroblock.skipped =
+            macroblock.coded == 0 && macroblock.differences[0] == MotionVector();
         Consider(trial);
     }
 
@@ -187,7 +189,7 @@ class MacroblockRace {
             const auto index = Index(n);
             const SearchBlock block{kLuma * x_ + 8 * (n & 1), kLuma * y_ + 8 * (n >> 1), 8};
             const VectorPrediction prediction = PredictBlockVector(picture_, x_, y_, n, macroblock);
-            const Vector starts[] = {one.vector};
+            const MotionVector starts[] = {one.vector};
             const FoundVector found = search.Search(block, Nearest(prediction), starts);
             cost += found.cost;
             if (cost > one.cost + one.cost / 16) return;
@@ -205,18 +207,18 @@ class MacroblockRace {
         CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, trial);
         int pattern = macroblock.coded;
         for (int n = 0; n < 4; ++n) {
-            const Vector difference = macroblock.differences[Index(n)];
+            const MotionVector difference = macroblock.differences[Index(n)];
             trial.bits += VectorBits(difference, macroblock.IsCoded(n), picture_.header);
-            if (!(difference == Vector())) pattern |= 1 << (5 - n);
+            if (!(difference == MotionVector())) pattern |= 1 << (5 - n);
         }
         macroblock.skipped = pattern == 0;
         if (pattern != 0) trial.bits += estimates_.pattern[Index(pattern)].length;
         Consider(trial);
     }
 
-    Hybrid Named(const VectorPrediction& prediction, Vector vector) const {
+    Hybrid Named(const VectorPrediction& prediction, MotionVector vector) const {
         if (!prediction.named) return Hybrid::None;
-        const auto bits = [&](Vector predictor) {
+        const auto bits = [&](MotionVector predictor) {
             return estimates_.vectors.Of(
                 Difference(vector, predictor, picture_.header.vector_range));
         };
@@ -279,7 +281,7 @@ class MacroblockRace {
         return difference + (f.cost - f.difference) + (b.cost - b.difference);
     }
 
-    void TryMoved(Direction direction, Vector forward, Vector backward) {
+    void TryMoved(Direction direction, MotionVector forward, MotionVector backward) {
         Trial& trial = Begin();
         Macroblock& macroblock = trial.macroblock;
         const PictureHeader& header = picture_.header;
@@ -298,7 +300,7 @@ class MacroblockRace {
         constexpr int kDirectionBits = 2;
         trial.bits += 2 + kDirectionBits;
         if (direction == Direction::Both) {
-            const bool second = coded || !(macroblock.differences[0] == Vector());
+            const bool second = coded || !(macroblock.differences[0] == MotionVector());
             trial.bits += VectorBits(macroblock.backward_difference, second, header) +
                           (second ? VectorBits(macroblock.differences[0], coded, header) : 0);
         } else {
@@ -306,8 +308,8 @@ class MacroblockRace {
                 VectorBits(uses_past ? macroblock.differences[0] : macroblock.backward_difference,
                            coded, header);
         }
-        macroblock.skipped = !coded && macroblock.differences[0] == Vector() &&
-                             macroblock.backward_difference == Vector();
+        macroblock.skipped = !coded && macroblock.differences[0] == MotionVector() &&
+                             macroblock.backward_difference == MotionVector();
         Consider(trial);
     }
 
@@ -323,8 +325,8 @@ class MacroblockRace {
     const int y_;
     ResidualOptions residual_;
     DirectVectors direct_;  // of a B picture
-    Vector forward_;        // predictors in one
-    Vector backward_;
+    MotionVector forward_;  // predictors in one
+    MotionVector backward_;
     Samples samples_;
     Trial spare_;
     Trial* best_;
@@ -334,13 +336,13 @@ class MacroblockRace {
 
 }  // namespace
 
-void SetVector(Macroblock& macroblock, Vector vector, const VectorPrediction& prediction,
+void SetVector(Macroblock& macroblock, MotionVector vector, const VectorPrediction& prediction,
                const PictureHeader& header) {
     macroblock.vectors.fill(vector);
     macroblock.hybrid[0] = Hybrid::None;
     if (prediction.named) {
-        const auto length = [&](Vector predictor) {
-            const Vector d = Difference(vector, predictor, header.vector_range);
+        const auto length = [&](MotionVector predictor) {
+            const MotionVector d = Difference(vector, predictor, header.vector_range);
             return VectorBits(d, true, header);
         };
         const bool above =

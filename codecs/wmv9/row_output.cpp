@@ -33,7 +33,7 @@ int WrittenPattern(const Macroblock& macroblock) {
     int pattern = macroblock.coded;
     if (!macroblock.four) return pattern;
     for (std::size_t n = 0; n < 4; ++n)
-        if (!(macroblock.differences[n] == Vector())) pattern |= 1 << (5 - n);
+        if (!(macroblock.differences[n] == MotionVector())) pattern |= 1 << (5 - n);
     return pattern;
 }
 
@@ -73,25 +73,25 @@ void RowOutput::Add(const Picture& picture, const Macroblock& macroblock, const 
 
 void RowOutput::AddVectors(const Picture& picture, const Macroblock& macroblock) {
     const bool coded = macroblock.coded != 0;
-    const auto count = [&](Vector difference, bool with_coded) {
+    const auto count = [&](MotionVector difference, bool with_coded) {
         const int symbol = CodeOf(difference, with_coded, picture.header).symbol;
         ++counts_.vectors[Index(symbol)];
     };
     if (macroblock.four) {
         for (int n = 0; n < 4; ++n) {
-            const Vector difference = macroblock.differences[Index(n)];
-            if (macroblock.IsCoded(n) || !(difference == Vector()))
+            const MotionVector difference = macroblock.differences[Index(n)];
+            if (macroblock.IsCoded(n) || !(difference == MotionVector()))
                 count(difference, macroblock.IsCoded(n));
         }
         return;
     }
-    const Vector forward = macroblock.differences[0];
+    const MotionVector forward = macroblock.differences[0];
     if (!picture.header.IsB() || macroblock.direction == Direction::Forward)
         return count(forward, coded);
     if (macroblock.direction == Direction::Direct) return;
     if (macroblock.direction == Direction::Backward)
         return count(macroblock.backward_difference, coded);
-    const bool second = coded || !(forward == Vector());
+    const bool second = coded || !(forward == MotionVector());
     count(macroblock.backward_difference, second);
     if (second) count(forward, coded);
 }

@@ -1,4 +1,4 @@
-// The factors of the vector transforms, which take products in pairs.
+// The factors of the SIMD transforms, which take products in pairs.
 #pragma once
 
 #include <cstdint>

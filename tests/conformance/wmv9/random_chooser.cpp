@@ -21,7 +21,7 @@ namespace {
 constexpr int kLuma = 16;
 constexpr int kLargestQuantiser = 31;
 
-Vector MakeVector(int x, int y) {
+MotionVector MakeMotionVector(int x, int y) {
     return {static_cast<std::int16_t>(x), static_cast<std::int16_t>(y)};
 }
 
@@ -90,20 +90,20 @@ class Dice {
 
     // ---- Vectors
 
-    Vector AnyVector(const VectorWindow& window, Vector predictor) {
-        const auto near = [&](Vector from, int distance) {
-            return MakeVector(from.x + random_.Between(-distance, distance),
-                              from.y + random_.Between(-distance, distance));
+    MotionVector AnyVector(const VectorWindow& window, MotionVector predictor) {
+        const auto near = [&](MotionVector from, int distance) {
+            return MakeMotionVector(from.x + random_.Between(-distance, distance),
+                                    from.y + random_.Between(-distance, distance));
         };
-        Vector vector;
+        MotionVector vector;
         switch (random_.Below(6)) {
             case 0:
-                vector = MakeVector(random_.Between(window.least.x, window.largest.x),
-                                    random_.Between(window.least.y, window.largest.y));
+                vector = MakeMotionVector(random_.Between(window.least.x, window.largest.x),
+                                          random_.Between(window.least.y, window.largest.y));
                 break;
             case 1:
-                vector = MakeVector(random_.Pick({window.least.x, window.largest.x}),
-                                    random_.Pick({window.least.y, window.largest.y}));
+                vector = MakeMotionVector(random_.Pick({window.least.x, window.largest.x}),
+                                          random_.Pick({window.least.y, window.largest.y}));
                 break;
             case 2:
                 vector = near(predictor, 6);
@@ -120,16 +120,16 @@ class Dice {
         }
         vector.x = std::clamp(vector.x, window.least.x, window.largest.x);
         vector.y = std::clamp(vector.y, window.least.y, window.largest.y);
-        return header_.HalfVectors() ? MakeVector(vector.x & ~1, vector.y & ~1) : vector;
+        return header_.HalfVectors() ? MakeMotionVector(vector.x & ~1, vector.y & ~1) : vector;
     }
 
     struct Moved {
-        Vector vector;
-        Vector difference;
+        MotionVector vector;
+        MotionVector difference;
         bool fits = false;
     };
     // A block at (left, top), in samples.
-    Moved Move(Vector predictor, int left, int top, bool still) {
+    Moved Move(MotionVector predictor, int left, int top, bool still) {
         const VectorWindow window = WindowOf(picture_, left, top);
         Moved moved;
         moved.vector = still ? predictor : AnyVector(window, predictor);
@@ -153,7 +153,7 @@ class Dice {
         macroblock_.vectors.fill(moved.vector);
         macroblock_.differences[0] = moved.difference;
         Residual(still);
-        macroblock_.skipped = macroblock_.coded == 0 && moved.difference == Vector();
+        macroblock_.skipped = macroblock_.coded == 0 && moved.difference == MotionVector();
         return true;
     }
 
@@ -202,8 +202,9 @@ class Dice {
             macroblock_.backward_difference = moved.difference;
         }
         Residual(still);
-        macroblock_.skipped = macroblock_.coded == 0 && macroblock_.differences[0] == Vector() &&
-                              macroblock_.backward_difference == Vector();
+        macroblock_.skipped = macroblock_.coded == 0 &&
+                              macroblock_.differences[0] == MotionVector() &&
+                              macroblock_.backward_difference == MotionVector();
     }
 
     // ---- What is added

@@ -8,8 +8,8 @@
 #include "codecs/wmv9/ac_codes.h"
 #include "codecs/wmv9/bitplane.h"
 #include "codecs/wmv9/dc_codes.h"
+#include "codecs/wmv9/motion_vector_codes.h"
 #include "codecs/wmv9/sequence_header.h"
-#include "codecs/wmv9/vector_codes.h"
 
 namespace wmv9_conformance {
 

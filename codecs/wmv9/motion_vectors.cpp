@@ -1,4 +1,4 @@
-#include "codecs/wmv9/vectors.h"
+#include "codecs/wmv9/motion_vectors.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,27 +11,27 @@ namespace {
 
 constexpr int kNamedBeyond = 32;  // quarters
 
-Vector MakeVector(int x, int y) {
+MotionVector MakeMotionVector(int x, int y) {
     return {static_cast<std::int16_t>(x), static_cast<std::int16_t>(y)};
 }
 
-Vector MedianOf(Vector a, Vector b, Vector c) {
-    return MakeVector(Median(a.x, b.x, c.x), Median(a.y, b.y, c.y));
+MotionVector MedianOf(MotionVector a, MotionVector b, MotionVector c) {
+    return MakeMotionVector(Median(a.x, b.x, c.x), Median(a.y, b.y, c.y));
 }
 
 // Vectors may point beyond the picture, but not far.
-Vector NearPicture(Vector v, int least, int unit, int x, int y, const Picture& picture,
-                   int origin_x, int origin_y) {
+MotionVector NearPicture(MotionVector v, int least, int unit, int x, int y, const Picture& picture,
+                         int origin_x, int origin_y) {
     const auto limit = [&](int value, int macroblock, int origin, int count) {
         const int place = unit * macroblock + origin;
         return std::min(std::max(value, least - place), unit * count - 4 - place);
     };
-    return MakeVector(limit(v.x, x, origin_x, picture.Width()),
-                      limit(v.y, y, origin_y, picture.Height()));
+    return MakeMotionVector(limit(v.x, x, origin_x, picture.Width()),
+                            limit(v.y, y, origin_y, picture.Height()));
 }
 
 struct Neighbour {
-    Vector vector;
+    MotionVector vector;
     bool exists = false;
 };
 
@@ -41,7 +41,7 @@ Neighbour BlockAt(const Picture& picture, int column, int row) {
     return {macroblock.vectors[Index((row & 1) * 2 + (column & 1))], true};
 }
 
-int Distance(Vector v, const Neighbour& other) {
+int Distance(MotionVector v, const Neighbour& other) {
     return std::abs(v.x - other.vector.x) + std::abs(v.y - other.vector.y);
 }
 
@@ -66,17 +66,17 @@ void Name(VectorPrediction& prediction, const Neighbour& above, const Neighbour&
 }
 
 template <typename VectorOf>
-Vector PredictB(const Picture& picture, int x, int y, VectorOf&& vector_of) {
+MotionVector PredictB(const Picture& picture, int x, int y, VectorOf&& vector_of) {
     constexpr int kUnit = 32;
     constexpr int kLeast = -28;
-    Vector predictor;
+    MotionVector predictor;
     if (y > 0) {
-        const Vector above = vector_of(x, y - 1);
+        const MotionVector above = vector_of(x, y - 1);
         if (picture.Width() == 1) {
             predictor = above;
         } else {
-            const Vector beside = vector_of(x + 1 < picture.Width() ? x + 1 : x - 1, y - 1);
-            predictor = MedianOf(above, beside, x > 0 ? vector_of(x - 1, y) : Vector());
+            const MotionVector beside = vector_of(x + 1 < picture.Width() ? x + 1 : x - 1, y - 1);
+            predictor = MedianOf(above, beside, x > 0 ? vector_of(x - 1, y) : MotionVector());
         }
     } else if (x > 0) {
         predictor = vector_of(x - 1, y);
@@ -133,11 +133,11 @@ VectorPrediction PredictBlockVector(const Picture& picture, int x, int y, int bl
     return prediction;
 }
 
-Vector PredictForward(const Picture& picture, int x, int y) {
+MotionVector PredictForward(const Picture& picture, int x, int y) {
     return PredictB(picture, x, y, [&](int i, int j) { return picture.grid.At(i, j).vectors[0]; });
 }
 
-Vector PredictBackward(const Picture& picture, int x, int y) {
+MotionVector PredictBackward(const Picture& picture, int x, int y) {
     return PredictB(picture, x, y, [&](int i, int j) { return picture.grid.At(i, j).backward; });
 }
 
@@ -146,7 +146,7 @@ DirectVectors DeriveDirect(const Picture& picture, int x, int y) {
     if (picture.anchor == nullptr) return direct;
     const Macroblock& anchor = picture.anchor->At(x, y);
     if (anchor.intra) return direct;
-    const Vector v = CombinedVector(anchor);
+    const MotionVector v = CombinedVector(anchor);
     const int forward = BScale(picture.header.b_number, picture.header.b_pictures);
     const bool half = picture.header.HalfVectors();
     const auto derive = [&](int scale) {
@@ -154,58 +154,59 @@ DirectVectors DeriveDirect(const Picture& picture, int x, int y) {
             return std::min(std::max(value, -60 - 64 * macroblock),
                             64 * count - 4 - 64 * macroblock);
         };
-        return MakeVector(limit(Scaled(v.x, scale, half), x, picture.Width()),
-                          limit(Scaled(v.y, scale, half), y, picture.Height()));
+        return MakeMotionVector(limit(Scaled(v.x, scale, half), x, picture.Width()),
+                                limit(Scaled(v.y, scale, half), y, picture.Height()));
     };
     direct.forward = derive(forward);
     direct.backward = derive(forward - 256);
     return direct;
 }
 
-Vector VectorLimit(int vector_range) {
+MotionVector VectorLimit(int vector_range) {
     constexpr int kAcross[] = {256, 512, 2048, 4096};
     constexpr int kDown[] = {128, 256, 512, 1024};
-    return MakeVector(kAcross[vector_range], kDown[vector_range]);
+    return MakeMotionVector(kAcross[vector_range], kDown[vector_range]);
 }
 
 VectorWindow WindowOf(const Picture& picture, int left, int top) {
-    const Vector limit = VectorLimit(picture.header.vector_range);
+    const MotionVector limit = VectorLimit(picture.header.vector_range);
     VectorWindow window;
-    window.least = MakeVector(std::max<int>(-limit.x, -4 * (15 + left)),
-                              std::max<int>(-limit.y, -4 * (15 + top)));
+    window.least = MakeMotionVector(std::max<int>(-limit.x, -4 * (15 + left)),
+                                    std::max<int>(-limit.y, -4 * (15 + top)));
     window.largest =
-        MakeVector(std::min<int>(limit.x - 1, 4 * (16 * picture.Width() - 1 - left) + 3),
-                   std::min<int>(limit.y - 1, 4 * (16 * picture.Height() - 1 - top) + 3));
+        MakeMotionVector(std::min<int>(limit.x - 1, 4 * (16 * picture.Width() - 1 - left) + 3),
+                         std::min<int>(limit.y - 1, 4 * (16 * picture.Height() - 1 - top) + 3));
     return window;
 }
 
-Vector Difference(Vector vector, Vector predictor, int vector_range) {
-    const Vector limit = VectorLimit(vector_range);
+MotionVector Difference(MotionVector vector, MotionVector predictor, int vector_range) {
+    const MotionVector limit = VectorLimit(vector_range);
     const auto wrap = [](int value, int range) {
         return ((value + range) & (2 * range - 1)) - range;
     };
-    return MakeVector(wrap(vector.x - predictor.x, limit.x), wrap(vector.y - predictor.y, limit.y));
+    return MakeMotionVector(wrap(vector.x - predictor.x, limit.x),
+                            wrap(vector.y - predictor.y, limit.y));
 }
 
-Vector CombinedVector(const Macroblock& macroblock) {
+MotionVector CombinedVector(const Macroblock& macroblock) {
     if (!macroblock.four) return macroblock.vectors[0];
     const auto middle = [](int a, int b, int c, int d) {
         const int sum = a + b + c + d;
         return (sum - std::min({a, b, c, d}) - std::max({a, b, c, d})) / 2;
     };
-    const std::array<Vector, 4>& v = macroblock.vectors;
-    return MakeVector(middle(v[0].x, v[1].x, v[2].x, v[3].x),
-                      middle(v[0].y, v[1].y, v[2].y, v[3].y));
+    const std::array<MotionVector, 4>& v = macroblock.vectors;
+    return MakeMotionVector(middle(v[0].x, v[1].x, v[2].x, v[3].x),
+                            middle(v[0].y, v[1].y, v[2].y, v[3].y));
 }
 
-Vector ChromaVector(Vector luma) {
+MotionVector ChromaVector(MotionVector luma) {
     const auto halved = [](int m) { return (m + ((m & 3) == 3 ? 1 : 0)) >> 1; };
-    return MakeVector(halved(luma.x), halved(luma.y));
+    return MakeMotionVector(halved(luma.x), halved(luma.y));
 }
 
-Vector Shortened(Vector chroma) {
+MotionVector Shortened(MotionVector chroma) {
     const auto even = [](int c) { return c > 0 ? c - (c & 1) : c + (c & 1); };
-    return MakeVector(even(chroma.x), even(chroma.y));
+    return MakeMotionVector(even(chroma.x), even(chroma.y));
 }
 
 }  // namespace codecs::wmv9

@@ -23,12 +23,12 @@ struct VectorCode {
 };
 
 /// `difference` in quarters; zero and not coded has no code.
-VectorCode CodeOf(Vector difference, bool coded, const PictureHeader& header);
+VectorCode CodeOf(MotionVector difference, bool coded, const PictureHeader& header);
 /// Bits after the symbol.
 inline int ExtraBits(const VectorCode& code) { return code.extra_x.length + code.extra_y.length; }
 /// With the header's table; 0 for zero and not coded.
-int VectorBits(Vector difference, bool coded, const PictureHeader& header);
-void PutVector(BitWriter& out, Vector difference, bool coded, const PictureHeader& header);
+int VectorBits(MotionVector difference, bool coded, const PictureHeader& header);
+void PutVector(BitWriter& out, MotionVector difference, bool coded, const PictureHeader& header);
 void PutIntra(BitWriter& out, bool coded, const PictureHeader& header);
 
 /// What differences take with one table, made ready for search.
@@ -38,7 +38,7 @@ class VectorCosts {
     explicit VectorCosts(const PictureHeader& header);
 
     /// Of a coded macroblock.
-    int Of(Vector difference) const { return Of(difference.x, difference.y); }
+    int Of(MotionVector difference) const { return Of(difference.x, difference.y); }
     int Of(int x, int y) const {
         const int class_x = ClassOf(x);
         const int class_y = ClassOf(y);

@@ -10,12 +10,12 @@ namespace codecs::wmv9 {
 /// What a vector is predicted from. Where two predictors differ much from their median, the stream
 /// names which of them is meant.
 struct VectorPrediction {
-    Vector median;  // brought near the picture
-    Vector above;
-    Vector left;
+    MotionVector median;  // brought near the picture
+    MotionVector above;
+    MotionVector left;
     bool named = false;
 
-    Vector For(Hybrid hybrid) const {
+    MotionVector For(Hybrid hybrid) const {
         return hybrid == Hybrid::None ? median : hybrid == Hybrid::Above ? above : left;
     }
 };
@@ -27,38 +27,38 @@ VectorPrediction PredictBlockVector(const Picture& picture, int x, int y, int bl
                                     const Macroblock& current);
 
 /// Of a B picture, from vectors of one kind.
-Vector PredictForward(const Picture& picture, int x, int y);
-Vector PredictBackward(const Picture& picture, int x, int y);
+MotionVector PredictForward(const Picture& picture, int x, int y);
+MotionVector PredictBackward(const Picture& picture, int x, int y);
 
 /// The vectors that follow from the anchor's macroblock at the same place.
 struct DirectVectors {
-    Vector forward;
-    Vector backward;
+    MotionVector forward;
+    MotionVector backward;
 };
 DirectVectors DeriveDirect(const Picture& picture, int x, int y);
 
 /// Quarters from the left and top edge within which a vector can be written: [-limit, limit - 1].
-Vector VectorLimit(int vector_range);
+MotionVector VectorLimit(int vector_range);
 /// The least and largest vector of a block at (left, top), in samples of luma, so that it can be
 /// written and that all decoders take the same samples.
 struct VectorWindow {
-    Vector least;
-    Vector largest;
-    bool Holds(Vector v) const {
+    MotionVector least;
+    MotionVector largest;
+    bool Holds(MotionVector v) const {
         return v.x >= least.x && v.x <= largest.x && v.y >= least.y && v.y <= largest.y;
     }
 };
 VectorWindow WindowOf(const Picture& picture, int left, int top);
 
 /// `vector` less `predictor` as it is written, wrapped into the range.
-Vector Difference(Vector vector, Vector predictor, int vector_range);
+MotionVector Difference(MotionVector vector, MotionVector predictor, int vector_range);
 
 /// The vector of luma that chroma follows: of a macroblock with four their middle.
-Vector CombinedVector(const Macroblock& macroblock);
+MotionVector CombinedVector(const Macroblock& macroblock);
 /// In quarters of a chroma sample, before it is shortened for the Simple profile.
-Vector ChromaVector(Vector luma);
+MotionVector ChromaVector(MotionVector luma);
 /// Rounded towards zero to halves of a sample.
-Vector Shortened(Vector chroma);
+MotionVector Shortened(MotionVector chroma);
 
 inline int Median(int a, int b, int c) {
     return std::max(std::min(a, b), std::min(std::max(a, b), c));

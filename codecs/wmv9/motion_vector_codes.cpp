@@ -1,4 +1,4 @@
-#include "codecs/wmv9/vector_codes.h"
+#include "codecs/wmv9/motion_vector_codes.h"
 
 #include "codecs/common/index.h"
 #include "codecs/wmv9/tables.h"
@@ -41,7 +41,7 @@ Code Extra(int value, int vector_class, bool halves) {
 
 }  // namespace
 
-VectorCode CodeOf(Vector difference, bool coded, const PictureHeader& header) {
+VectorCode CodeOf(MotionVector difference, bool coded, const PictureHeader& header) {
     const bool halves = header.HalfVectors();
     const int x = halves ? difference.x / 2 : difference.x;
     const int y = halves ? difference.y / 2 : difference.y;
@@ -58,14 +58,14 @@ VectorCode CodeOf(Vector difference, bool coded, const PictureHeader& header) {
     return {class_x + 6 * class_y + later, Extra(x, class_x, halves), Extra(y, class_y, halves)};
 }
 
-int VectorBits(Vector difference, bool coded, const PictureHeader& header) {
-    if (difference == Vector() && !coded) return 0;
+int VectorBits(MotionVector difference, bool coded, const PictureHeader& header) {
+    if (difference == MotionVector() && !coded) return 0;
     const VectorCode code = CodeOf(difference, coded, header);
     const auto& table = kVector[Index(header.vector_table)];
     return table[Index(code.symbol)].length + ExtraBits(code);
 }
 
-void PutVector(BitWriter& out, Vector difference, bool coded, const PictureHeader& header) {
+void PutVector(BitWriter& out, MotionVector difference, bool coded, const PictureHeader& header) {
     const VectorCode code = CodeOf(difference, coded, header);
     const auto& table = kVector[Index(header.vector_table)];
     out.Put(table[Index(code.symbol)]);

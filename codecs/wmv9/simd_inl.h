@@ -1,11 +1,11 @@
-// What the vector kernels share, compiled anew for each instruction set that includes it.
+// What the SIMD kernels share, compiled anew for each instruction set that includes it.
 
 // Highway's guard, which opens once for each instruction set.
-#if defined(CODECS_WMV9_VECTORS_INL_H) == defined(HWY_TARGET_TOGGLE)
-#ifdef CODECS_WMV9_VECTORS_INL_H
-#undef CODECS_WMV9_VECTORS_INL_H
+#if defined(CODECS_WMV9_SIMD_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef CODECS_WMV9_SIMD_INL_H
+#undef CODECS_WMV9_SIMD_INL_H
 #else
-#define CODECS_WMV9_VECTORS_INL_H
+#define CODECS_WMV9_SIMD_INL_H
 #endif
 
 #include <hwy/highway.h>
@@ -15,10 +15,10 @@
 
 // Not for emulated vectors, than which the plain kernels are better, nor for those of a length that
 // only the machine knows.
-#undef CODECS_WMV9_VECTORS
-#define CODECS_WMV9_VECTORS (HWY_TARGET < HWY_EMU128 && !HWY_HAVE_SCALABLE)
+#undef CODECS_WMV9_SIMD
+#define CODECS_WMV9_SIMD (HWY_TARGET < HWY_EMU128 && !HWY_HAVE_SCALABLE)
 
-#if CODECS_WMV9_VECTORS
+#if CODECS_WMV9_SIMD
 HWY_BEFORE_NAMESPACE();
 namespace codecs::wmv9::HWY_NAMESPACE {
 
