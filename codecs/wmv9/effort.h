@@ -13,9 +13,9 @@ struct Effort {
     bool hexagon = false;   // it takes longer steps first
     bool square = false;    // eight fractions around, not four
     int fraction_rounds = 1;
-    bool four = false;         // vectors a macroblock
-    bool intra_trial = false;  // coded by itself wherever that may be cheaper
-    bool joint = false;        // levels by bits and error
+    bool four = false;             // vectors a macroblock
+    bool intra_candidate = false;  // coded by itself wherever that may be cheaper
+    bool joint = false;            // levels by bits and error
     bool joint_intra = false;
     unsigned shapes = 1;  // of transforms, see ShapeBit
     int try_from_bits = 0;

@@ -7,11 +7,11 @@
 
 #include "codecs/common/index.h"
 #include "codecs/wmv9/b_fractions.h"
-#include "codecs/wmv9/chooser.h"
 #include "codecs/wmv9/effort.h"
 #include "codecs/wmv9/frame.h"
 #include "codecs/wmv9/intensity.h"
 #include "codecs/wmv9/lookahead.h"
+#include "codecs/wmv9/mode_decision.h"
 #include "codecs/wmv9/picture_coder.h"
 #include "codecs/wmv9/sequence_header.h"
 
@@ -89,7 +89,7 @@ class Encoder::Impl {
           width_(MacroblocksIn(settings_.width)),
           height_(MacroblocksIn(settings_.height)),
           effort_(EffortOf(settings_.effort)),
-          chooser_(effort_),
+          mode_decision_(effort_),
           coder_(width_, height_, settings_.threads),
           lookahead_(settings_.width, settings_.height, effort_.lookahead_rounds),
           quantisers_(width_, height_),
@@ -207,7 +207,7 @@ class Encoder::Impl {
             picture.future = &Anchor(past_.later);
         }
         if (!header.IsI() && !past_.later_is_i) picture.anchor = &grids_[Index(past_.later_grid)];
-        coder_.Analyse(picture, chooser_);
+        coder_.Analyse(picture, mode_decision_);
         ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
         const std::size_t level_bits = coder_.Write(picture);
         Remember(picture.header, place, grid, mapped);
@@ -263,7 +263,7 @@ class Encoder::Impl {
     const int width_;  // macroblocks
     const int height_;
     const Effort& effort_;
-    const RateChooser chooser_;
+    const RdModeDecision mode_decision_;
     PictureCoder coder_;
     Lookahead lookahead_;
     QuantiserMap quantisers_;

@@ -43,13 +43,13 @@ int Rescaled(int value, int from, int to) {
 class IntraCoder {
   public:
     IntraCoder(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
-               int x, int y, Trial& trial)
+               int x, int y, Candidate& candidate)
         : picture_(picture),
           estimates_(estimates),
           quantiser_(quantiser),
           x_(x),
           y_(y),
-          trial_(trial) {
+          candidate_(candidate) {
         const int bias = Bias();
         for (int n = 0; n < kBlocks; ++n) {
             Block samples;
@@ -59,15 +59,15 @@ class IntraCoder {
     }
 
     void Code(bool predicted, bool joint) {
-        Macroblock& macroblock = trial_.macroblock;
+        Macroblock& macroblock = candidate_.macroblock;
         macroblock = {};
         macroblock.intra = true;
         macroblock.ac_predicted = predicted;
         macroblock.quantiser = static_cast<std::uint8_t>(quantiser_.number);
-        trial_.bits = 1;
-        trial_.error = 0;
+        candidate_.bits = 1;
+        candidate_.error = 0;
         for (int n = 0; n < kBlocks; ++n) CodeBlock(n, joint);
-        trial_.bits += PatternBits();
+        candidate_.bits += PatternBits();
     }
 
     void Reconstruct() {
@@ -76,12 +76,12 @@ class IntraCoder {
             Block restored;
             Block residual;
             picture_.kernels.restore(restored.data(), whole_[n].data(), quantiser_.step, 0);
-            const int dc = trial_.edges[Index(n)].dc;
+            const int dc = candidate_.edges[Index(n)].dc;
             restored[0] = static_cast<std::int16_t>(dc * quantiser_.dc_step);
             picture_.kernels.inverse(Shape::Whole8x8, residual.data(), restored.data());
-            picture_.kernels.put(trial_.samples.Block(n), kBlockPlaces[Index(n)].stride,
+            picture_.kernels.put(candidate_.samples.Block(n), kBlockPlaces[Index(n)].stride,
                                  residual.data(), bias);
-            if (picture_.Overlaps()) trial_.residual[n] = residual;
+            if (picture_.Overlaps()) candidate_.residual[n] = residual;
         }
     }
 
@@ -105,7 +105,7 @@ class IntraCoder {
         const int x = luma ? column >> 1 : column;
         const int y = luma ? row >> 1 : row;
         const std::size_t block = luma ? Index((row & 1) * 2 + (column & 1)) : Index(n);
-        if (x == x_ && y == y_) return {&trial_.edges[block], quantiser_.number};
+        if (x == x_ && y == y_) return {&candidate_.edges[block], quantiser_.number};
         const Macroblock& other = picture_.grid.At(x, y);
         if (!other.intra) return {};
         return {&picture_.grid.Edges(x, y)[block], other.quantiser};
@@ -159,15 +159,15 @@ class IntraCoder {
             picture_.header.IsI() ? PredictInI(offers) : PredictAmongInter(offers);
         const int dc = CodeDc(n, prediction.dc);
 
-        const bool predicted = trial_.macroblock.ac_predicted;
+        const bool predicted = candidate_.macroblock.ac_predicted;
         if (prediction.side == Side::Above)
-            trial_.macroblock.from_above =
-                static_cast<std::uint8_t>(trial_.macroblock.from_above | 1 << n);
+            candidate_.macroblock.from_above =
+                static_cast<std::uint8_t>(candidate_.macroblock.from_above | 1 << n);
         Block expected;
         Expect(offers, predicted ? prediction.side : Side::None, expected);
         const AcCodes& codes = estimates_.Levels(true, n);
         const TransformBlock block{coefficients_[n].data(), whole_[n].data(),
-                                   IntraScan(picture_.header.IsI(), trial_.macroblock, n),
+                                   IntraScan(picture_.header.IsI(), candidate_.macroblock, n),
                                    expected.data()};
         // Without a choice by bits; levels are more often too large than too small.
         constexpr double kRounding = 0.4;
@@ -176,9 +176,9 @@ class IntraCoder {
                                   static_cast<int>(rounding * quantiser_.step * kEighths));
         const LevelCost cost =
             joint ? ChooseLevels(block, quantiser_, codes) : CostOfLevels(block, quantiser_, codes);
-        trial_.macroblock.SetCoded(n, cost.any);
-        trial_.bits += cost.bits;
-        trial_.error += SilentError(block, quantiser_) + cost.change;
+        candidate_.macroblock.SetCoded(n, cost.any);
+        candidate_.bits += cost.bits;
+        candidate_.error += SilentError(block, quantiser_) + cost.change;
         Keep(n, dc, expected);
     }
 
@@ -188,30 +188,30 @@ class IntraCoder {
         const int half = coefficient < 0 ? -step / 2 : step / 2;
         const int dc = (coefficient + half) / step;
         const int difference = dc - predicted;
-        trial_.macroblock.dc[Index(n)] = static_cast<std::int16_t>(difference);
-        trial_.bits += DcBits(difference, quantiser_.number,
-                              n < 4 ? estimates_.luma_dc : estimates_.chroma_dc);
+        candidate_.macroblock.dc[Index(n)] = static_cast<std::int16_t>(difference);
+        candidate_.bits += DcBits(difference, quantiser_.number,
+                                  n < 4 ? estimates_.luma_dc : estimates_.chroma_dc);
         const std::int64_t error = coefficient - std::int64_t{dc} * step;
-        trial_.error += error * error;
+        candidate_.error += error * error;
         return dc;
     }
 
     // For the blocks after this one, and what is written of it.
     void Keep(int n, int dc, const Block& expected) {
         const Block& whole = whole_[n];
-        BlockEdge& edge = trial_.edges[Index(n)];
+        BlockEdge& edge = candidate_.edges[Index(n)];
         edge.dc = static_cast<std::int16_t>(dc);
         for (std::size_t i = 0; i < 7; ++i) {
             edge.row[i] = whole[i + 1];
             edge.column[i] = whole[8 * (i + 1)];
         }
-        Block& written = trial_.levels[n];
+        Block& written = candidate_.levels[n];
         for (std::size_t i = 0; i < written.size(); ++i)
             written[i] = static_cast<std::int16_t>(whole[i] - expected[i]);
     }
 
     int PatternBits() const {
-        const Macroblock& macroblock = trial_.macroblock;
+        const Macroblock& macroblock = candidate_.macroblock;
         if (picture_.header.IsI())
             return kIPattern[Index(WrittenIPattern(picture_.grid, macroblock, x_, y_))].length;
         const bool coded = macroblock.coded != 0;
@@ -225,7 +225,7 @@ class IntraCoder {
     const Quantiser& quantiser_;
     const int x_;
     const int y_;
-    Trial& trial_;
+    Candidate& candidate_;
     Blocks coefficients_;  // eighths
     Blocks whole_;         // levels as they are reconstructed; [0] means nothing
 };
@@ -233,15 +233,15 @@ class IntraCoder {
 }  // namespace
 
 void CodeIntra(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
-               const IntraOptions& options, int x, int y, Trial& trial) {
-    IntraCoder coder(picture, estimates, quantiser, x, y, trial);
+               const IntraOptions& options, int x, int y, Candidate& candidate) {
+    IntraCoder coder(picture, estimates, quantiser, x, y, candidate);
     if (options.prediction != AcPrediction::Choose) {
         coder.Code(options.prediction == AcPrediction::On, options.joint);
     } else {
         coder.Code(false, options.joint);
-        const std::int64_t plain = trial.Joint(quantiser.lambda);
+        const std::int64_t plain = candidate.Joint(quantiser.lambda);
         coder.Code(true, options.joint);
-        if (trial.Joint(quantiser.lambda) > plain) coder.Code(false, options.joint);
+        if (candidate.Joint(quantiser.lambda) > plain) coder.Code(false, options.joint);
     }
     coder.Reconstruct();
 }

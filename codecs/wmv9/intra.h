@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <span>
 
+#include "codecs/wmv9/candidate.h"
 #include "codecs/wmv9/estimates.h"
 #include "codecs/wmv9/quantiser.h"
-#include "codecs/wmv9/trial.h"
 
 namespace codecs::wmv9 {
 
@@ -18,9 +18,9 @@ struct IntraOptions {
     bool joint = false;  // levels by bits and error
 };
 
-/// `trial` is overwritten; its bits are those of blocks, pattern and prediction flag.
+/// `candidate` is overwritten; its bits are those of blocks, pattern and prediction flag.
 void CodeIntra(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
-               const IntraOptions& options, int x, int y, Trial& trial);
+               const IntraOptions& options, int x, int y, Candidate& candidate);
 
 /// The order in which the AC levels of an intra block are written.
 std::span<const std::uint8_t> IntraScan(bool i_picture, const Macroblock& macroblock, int block);

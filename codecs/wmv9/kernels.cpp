@@ -41,13 +41,13 @@ HWY_AFTER_NAMESPACE();
 namespace codecs::wmv9 {
 namespace {
 
-struct Candidate {
+struct SimdTarget {
     std::int64_t target;
     Kernels (*make)();
 };
 
 // From the slowest on; null for those that the compiler does not have.
-constexpr Candidate kCandidates[] = {
+constexpr SimdTarget kSimdTargets[] = {
     {HWY_NEON, HWY_CHOOSE_NEON(SimdKernels)}, {HWY_SSSE3, HWY_CHOOSE_SSSE3(SimdKernels)},
     {HWY_SSE4, HWY_CHOOSE_SSE4(SimdKernels)}, {HWY_AVX2, HWY_CHOOSE_AVX2(SimdKernels)},
     {HWY_AVX3, HWY_CHOOSE_AVX3(SimdKernels)},
@@ -55,9 +55,9 @@ constexpr Candidate kCandidates[] = {
 
 std::vector<Kernels> SupportedKernels() {
     std::vector<Kernels> kernels = {PlainKernels()};
-    for (const Candidate& candidate : kCandidates)
-        if (candidate.make != nullptr && (hwy::SupportedTargets() & candidate.target) != 0)
-            kernels.push_back(candidate.make());
+    for (const SimdTarget& target : kSimdTargets)
+        if (target.make != nullptr && (hwy::SupportedTargets() & target.target) != 0)
+            kernels.push_back(target.make());
     return kernels;
 }
 

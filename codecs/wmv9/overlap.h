@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "codecs/common/index.h"
+#include "codecs/wmv9/candidate.h"
 #include "codecs/wmv9/picture.h"
-#include "codecs/wmv9/trial.h"
 
 namespace codecs::wmv9 {
 

@@ -6,8 +6,8 @@
 
 #include "codecs/common/bit_writer.h"
 #include "codecs/common/wavefront.h"
-#include "codecs/wmv9/chooser.h"
 #include "codecs/wmv9/loop_filter.h"
+#include "codecs/wmv9/mode_decision.h"
 #include "codecs/wmv9/overlap.h"
 #include "codecs/wmv9/picture_writer.h"
 #include "codecs/wmv9/row_output.h"
@@ -20,7 +20,7 @@ class PictureCoder {
     PictureCoder(int width, int height, int threads);
 
     /// Decides, transforms and reconstructs all macroblocks, and filters the result.
-    void Analyse(Picture& picture, const Chooser& chooser);
+    void Analyse(Picture& picture, const ModeDecision& mode_decision);
     /// After Analyse.
     TableCounts Counts() const;
     const PicturePlanes& Planes() const { return planes_; }
@@ -29,7 +29,7 @@ class PictureCoder {
     const BitWriter& Bits() const { return out_; }
 
   private:
-    void Commit(Picture& picture, const Trial& trial, int x, int y);
+    void Commit(Picture& picture, const Candidate& candidate, int x, int y);
 
     std::vector<RowOutput> rows_;
     PicturePlanes planes_;

@@ -1,8 +1,8 @@
 // Predicts samples from other pictures (SMPTE ST 421, 8.3.6.5 and 8.4.5).
 #pragma once
 
+#include "codecs/wmv9/candidate.h"
 #include "codecs/wmv9/motion_vectors.h"
-#include "codecs/wmv9/trial.h"
 
 namespace codecs::wmv9 {
 

@@ -75,7 +75,7 @@ class ResidualCoder {
   public:
     ResidualCoder(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
                   const ResidualOptions& options, int x, int y, const Samples& prediction,
-                  Trial& trial)
+                  Candidate& candidate)
         : picture_(picture),
           kernels_(picture.kernels),
           estimates_(estimates),
@@ -84,7 +84,7 @@ class ResidualCoder {
           x_(x),
           y_(y),
           prediction_(prediction),
-          trial_(trial) {}
+          candidate_(candidate) {}
 
     void Run() {
         bool any = false;
@@ -263,17 +263,17 @@ class ResidualCoder {
     }
 
     void Apply(const Plan& plan) {
-        Macroblock& macroblock = trial_.macroblock;
+        Macroblock& macroblock = candidate_.macroblock;
         macroblock.coded = 0;
         macroblock.block_types = plan.block_types;
         macroblock.parts = {};
-        trial_.samples = prediction_;
-        trial_.error = 0;
+        candidate_.samples = prediction_;
+        candidate_.error = 0;
         for (int n = 0; n < kBlocks; ++n) {
             const auto index = Index(n);
             const BlockWork& work = work_[index];
             if (!plan.coded[index]) {
-                trial_.error += work.silent;
+                candidate_.error += work.silent;
                 continue;
             }
             const Shape shape = plan.shapes[index];
@@ -281,18 +281,18 @@ class ResidualCoder {
             macroblock.SetCoded(n, true);
             macroblock.shapes[index] = shape;
             macroblock.parts[index] = static_cast<std::uint8_t>(shaped.parts);
-            trial_.levels[n] = shaped.levels;
-            trial_.error += shaped.error;
+            candidate_.levels[n] = shaped.levels;
+            candidate_.error += shaped.error;
             Block restored;
             Block residual;
             kernels_.restore(restored.data(), shaped.levels.data(), quantiser_.step, 0);
             kernels_.inverse(shape, residual.data(), restored.data());
-            kernels_.add(trial_.samples.Block(n), kBlockPlaces[index].stride, residual.data());
+            kernels_.add(candidate_.samples.Block(n), kBlockPlaces[index].stride, residual.data());
         }
         if (macroblock.coded == 0) return;
-        trial_.bits += plan.bits;
+        candidate_.bits += plan.bits;
         // Four vectors share the pattern, which is then the caller's to count.
-        if (macroblock.four) trial_.bits -= PatternBits(plan.coded);
+        if (macroblock.four) candidate_.bits -= PatternBits(plan.coded);
     }
 
     static constexpr std::array<bool, kBlocks> kNone{};
@@ -305,7 +305,7 @@ class ResidualCoder {
     const int x_;
     const int y_;
     const Samples& prediction_;
-    Trial& trial_;
+    Candidate& candidate_;
     std::array<BlockWork, kBlocks> work_;
 };
 
@@ -313,18 +313,19 @@ class ResidualCoder {
 
 void CodeResidual(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
                   const ResidualOptions& options, int x, int y, const Samples& prediction,
-                  Trial& trial) {
-    ResidualCoder(picture, estimates, quantiser, options, x, y, prediction, trial).Run();
+                  Candidate& candidate) {
+    ResidualCoder(picture, estimates, quantiser, options, x, y, prediction, candidate).Run();
 }
 
-void LeaveResidual(const Picture& picture, int x, int y, const Samples& prediction, Trial& trial) {
-    trial.macroblock.coded = 0;
-    trial.macroblock.block_types = false;
-    trial.macroblock.parts = {};
-    trial.samples = prediction;
-    trial.error = 0;
+void LeaveResidual(const Picture& picture, int x, int y, const Samples& prediction,
+                   Candidate& candidate) {
+    candidate.macroblock.coded = 0;
+    candidate.macroblock.block_types = false;
+    candidate.macroblock.parts = {};
+    candidate.samples = prediction;
+    candidate.error = 0;
     for (int n = 0; n < kBlocks; ++n)
-        trial.error += ErrorOf(
+        candidate.error += ErrorOf(
             picture.kernels.squared(SourceBlock(picture.source, x, y, n), Stride(picture.source, n),
                                     prediction.Block(n), kBlockPlaces[Index(n)].stride, 8, 8));
 }

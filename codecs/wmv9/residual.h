@@ -1,9 +1,9 @@
 // Codes what a prediction from other pictures has left of a macroblock (SMPTE ST 421, 8.3.6).
 #pragma once
 
+#include "codecs/wmv9/candidate.h"
 #include "codecs/wmv9/estimates.h"
 #include "codecs/wmv9/quantiser.h"
-#include "codecs/wmv9/trial.h"
 
 namespace codecs::wmv9 {
 
@@ -22,9 +22,10 @@ struct ResidualOptions {
 /// samples, the error, and adds the bits of pattern, types and levels.
 void CodeResidual(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
                   const ResidualOptions& options, int x, int y, const Samples& prediction,
-                  Trial& trial);
+                  Candidate& candidate);
 
 /// The same with nothing of it coded.
-void LeaveResidual(const Picture& picture, int x, int y, const Samples& prediction, Trial& trial);
+void LeaveResidual(const Picture& picture, int x, int y, const Samples& prediction,
+                   Candidate& candidate);
 
 }  // namespace codecs::wmv9

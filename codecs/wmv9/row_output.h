@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "codecs/wmv9/ac_codes.h"
+#include "codecs/wmv9/candidate.h"
 #include "codecs/wmv9/motion_vector_codes.h"
 #include "codecs/wmv9/picture.h"
-#include "codecs/wmv9/trial.h"
 
 namespace codecs::wmv9 {
 

@@ -8,7 +8,7 @@
 #include "codecs/wmv9/intensity.h"
 #include "codecs/wmv9/picture_coder.h"
 #include "conformance/wmv9/random.h"
-#include "conformance/wmv9/random_chooser.h"
+#include "conformance/wmv9/random_mode_decision.h"
 
 namespace wmv9_conformance {
 
@@ -154,7 +154,7 @@ class RandomStream::Impl {
             }
         }
         if (!header.IsI() && !later_is_i_) picture.anchor = &grids_[Index(later_grid_)];
-        coder_.Analyse(picture, RandomChooser(random_.Next()));
+        coder_.Analyse(picture, RandomModeDecision(random_.Next()));
         coder_.Write(picture);
         if (!anchor) return result;
         result.Extend();

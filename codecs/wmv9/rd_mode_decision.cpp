@@ -3,8 +3,8 @@
 #include <limits>
 
 #include "codecs/common/index.h"
-#include "codecs/wmv9/chooser.h"
 #include "codecs/wmv9/intra.h"
+#include "codecs/wmv9/mode_decision.h"
 #include "codecs/wmv9/motion_search.h"
 #include "codecs/wmv9/prediction.h"
 #include "codecs/wmv9/residual.h"
@@ -40,10 +40,10 @@ class Starts {
     std::size_t count_ = 0;
 };
 
-class MacroblockRace {
+class MacroblockDecision {
   public:
-    MacroblockRace(const Picture& picture, const Estimates& estimates, const Effort& effort, int x,
-                   int y, Trial& best)
+    MacroblockDecision(const Picture& picture, const Estimates& estimates, const Effort& effort,
+                       int x, int y, Candidate& best)
         : picture_(picture),
           estimates_(estimates),
           effort_(effort),
@@ -118,22 +118,22 @@ class MacroblockRace {
         if (x_ + 1 < picture_.Width()) starts.Add(vector_of(picture_.grid.At(x_ + 1, y_ - 1)));
     }
 
-    Trial& Spare() { return best_ == &out_ ? spare_ : out_; }
+    Candidate& Spare() { return best_ == &out_ ? spare_ : out_; }
     bool HasBest() const { return best_cost_ < std::numeric_limits<std::int64_t>::max(); }
 
-    void Consider(Trial& trial) {
-        const std::int64_t cost = trial.Joint(quantiser_.lambda);
+    void Consider(Candidate& candidate) {
+        const std::int64_t cost = candidate.Joint(quantiser_.lambda);
         if (cost >= best_cost_) return;
         best_cost_ = cost;
-        best_ = &trial;
+        best_ = &candidate;
     }
 
-    Trial& Begin() {
-        Trial& trial = HasBest() ? Spare() : *best_;
-        trial.macroblock = {};
-        trial.macroblock.quantiser = static_cast<std::uint8_t>(quantiser_.number);
-        trial.bits = 0;
-        return trial;
+    Candidate& Begin() {
+        Candidate& candidate = HasBest() ? Spare() : *best_;
+        candidate.macroblock = {};
+        candidate.macroblock.quantiser = static_cast<std::uint8_t>(quantiser_.number);
+        candidate.bits = 0;
+        return candidate;
     }
 
     // True when nothing is left to code, so that nothing better needs to be looked for.
@@ -144,15 +144,15 @@ class MacroblockRace {
         for (const MotionVector vector :
              prediction.named ? std::span<const MotionVector>(named) : median) {
             if (!window.Holds(vector)) continue;
-            Trial& trial = Begin();
-            SetVector(trial.macroblock, vector, prediction, picture_.header);
-            trial.macroblock.skipped = true;
-            Predict(picture_, x_, y_, trial.macroblock, samples_);
-            LeaveResidual(picture_, x_, y_, samples_, trial);
-            trial.bits = 1 + (prediction.named ? 1 : 0);
-            Consider(trial);
-            if (IsGoodEnough(trial)) {
-                best_ = &trial;
+            Candidate& candidate = Begin();
+            SetVector(candidate.macroblock, vector, prediction, picture_.header);
+            candidate.macroblock.skipped = true;
+            Predict(picture_, x_, y_, candidate.macroblock, samples_);
+            LeaveResidual(picture_, x_, y_, samples_, candidate);
+            candidate.bits = 1 + (prediction.named ? 1 : 0);
+            Consider(candidate);
+            if (IsGoodEnough(candidate)) {
+                best_ = &candidate;
                 Finish();
                 return true;
             }
@@ -160,26 +160,27 @@ class MacroblockRace {
         return false;
     }
 
-    bool IsGoodEnough(const Trial& skipped) const {
+    bool IsGoodEnough(const Candidate& skipped) const {
         return skipped.error < quantiser_.lambda * effort_.skip_bits;
     }
 
     void TryOne(const VectorPrediction& prediction, MotionVector vector) {
-        Trial& trial = Begin();
-        SetVector(trial.macroblock, vector, prediction, picture_.header);
-        Predict(picture_, x_, y_, trial.macroblock, samples_);
-        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, trial);
-        const Macroblock& macroblock = trial.macroblock;
-        trial.bits += 1 + (prediction.named ? 1 : 0) +
-                      VectorBits(macroblock.differences[0], macroblock.coded != 0, picture_.header);
-        trial.macroblock.skipped =
+        Candidate& candidate = Begin();
+        SetVector(candidate.macroblock, vector, prediction, picture_.header);
+        Predict(picture_, x_, y_, candidate.macroblock, samples_);
+        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, candidate);
+        const Macroblock& macroblock = candidate.macroblock;
+        candidate.bits +=
+            1 + (prediction.named ? 1 : 0) +
+            VectorBits(macroblock.differences[0], macroblock.coded != 0, picture_.header);
+        candidate.macroblock.skipped =
             macroblock.coded == 0 && macroblock.differences[0] == MotionVector();
-        Consider(trial);
+        Consider(candidate);
     }
 
     void TryFour(const MotionSearch& search, const FoundVector& one) {
-        Trial& trial = Begin();
-        Macroblock& macroblock = trial.macroblock;
+        Candidate& candidate = Begin();
+        Macroblock& macroblock = candidate.macroblock;
         macroblock.four = true;
         macroblock.vectors.fill(one.vector);
         std::uint32_t cost = 0;
@@ -203,17 +204,17 @@ class MacroblockRace {
         }
         if (!differ || !ChromaFits(picture_, x_, y_, macroblock)) return;
         Predict(picture_, x_, y_, macroblock, samples_);
-        trial.bits = 1 + hybrids;
-        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, trial);
+        candidate.bits = 1 + hybrids;
+        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, candidate);
         int pattern = macroblock.coded;
         for (int n = 0; n < 4; ++n) {
             const MotionVector difference = macroblock.differences[Index(n)];
-            trial.bits += VectorBits(difference, macroblock.IsCoded(n), picture_.header);
+            candidate.bits += VectorBits(difference, macroblock.IsCoded(n), picture_.header);
             if (!(difference == MotionVector())) pattern |= 1 << (5 - n);
         }
         macroblock.skipped = pattern == 0;
-        if (pattern != 0) trial.bits += estimates_.pattern[Index(pattern)].length;
-        Consider(trial);
+        if (pattern != 0) candidate.bits += estimates_.pattern[Index(pattern)].length;
+        Consider(candidate);
     }
 
     Hybrid Named(const VectorPrediction& prediction, MotionVector vector) const {
@@ -237,33 +238,34 @@ class MacroblockRace {
             (effort_.hadamard ? picture_.kernels.hadamard : picture_.kernels.sad)(
                 plane.At(kLuma * x_, kLuma * y_), plane.stride, mean, 0, kLuma, kLuma) +
             (quantiser_.search_lambda * kIntraBits >> 4);
-        const std::uint32_t limit = effort_.intra_trial ? inter_cost + inter_cost / 4 : inter_cost;
+        const std::uint32_t limit =
+            effort_.intra_candidate ? inter_cost + inter_cost / 4 : inter_cost;
         if (own > limit) return;
-        Trial& trial = Begin();
+        Candidate& candidate = Begin();
         CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.joint_intra}, x_,
-                  y_, trial);
-        ++trial.bits;
-        Consider(trial);
+                  y_, candidate);
+        ++candidate.bits;
+        Consider(candidate);
     }
 
     bool TryDirect() {
-        Trial& trial = Begin();
-        Macroblock& macroblock = trial.macroblock;
+        Candidate& candidate = Begin();
+        Macroblock& macroblock = candidate.macroblock;
         macroblock.direction = Direction::Direct;
         macroblock.vectors[0] = direct_.forward;
         macroblock.backward = direct_.backward;
         macroblock.skipped = true;
         Predict(picture_, x_, y_, macroblock, samples_);
-        LeaveResidual(picture_, x_, y_, samples_, trial);
-        if (IsGoodEnough(trial)) {
-            best_ = &trial;
+        LeaveResidual(picture_, x_, y_, samples_, candidate);
+        if (IsGoodEnough(candidate)) {
+            best_ = &candidate;
             Finish();
             return true;
         }
-        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, trial);
+        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, candidate);
         macroblock.skipped = macroblock.coded == 0;
-        trial.bits += 2;
-        Consider(trial);
+        candidate.bits += 2;
+        Consider(candidate);
         return false;
     }
 
@@ -282,8 +284,8 @@ class MacroblockRace {
     }
 
     void TryMoved(Direction direction, MotionVector forward, MotionVector backward) {
-        Trial& trial = Begin();
-        Macroblock& macroblock = trial.macroblock;
+        Candidate& candidate = Begin();
+        Macroblock& macroblock = candidate.macroblock;
         const PictureHeader& header = picture_.header;
         macroblock.direction = direction;
         const bool uses_past = direction != Direction::Backward;
@@ -295,22 +297,22 @@ class MacroblockRace {
         if (uses_future)
             macroblock.backward_difference = Difference(backward, backward_, header.vector_range);
         Predict(picture_, x_, y_, macroblock, samples_);
-        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, trial);
+        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, candidate);
         const bool coded = macroblock.coded != 0;
         constexpr int kDirectionBits = 2;
-        trial.bits += 2 + kDirectionBits;
+        candidate.bits += 2 + kDirectionBits;
         if (direction == Direction::Both) {
             const bool second = coded || !(macroblock.differences[0] == MotionVector());
-            trial.bits += VectorBits(macroblock.backward_difference, second, header) +
-                          (second ? VectorBits(macroblock.differences[0], coded, header) : 0);
+            candidate.bits += VectorBits(macroblock.backward_difference, second, header) +
+                              (second ? VectorBits(macroblock.differences[0], coded, header) : 0);
         } else {
-            trial.bits +=
+            candidate.bits +=
                 VectorBits(uses_past ? macroblock.differences[0] : macroblock.backward_difference,
                            coded, header);
         }
         macroblock.skipped = !coded && macroblock.differences[0] == MotionVector() &&
                              macroblock.backward_difference == MotionVector();
-        Consider(trial);
+        Consider(candidate);
     }
 
     void Finish() {
@@ -328,9 +330,9 @@ class MacroblockRace {
     MotionVector forward_;  // predictors in one
     MotionVector backward_;
     Samples samples_;
-    Trial spare_;
-    Trial* best_;
-    Trial& out_;
+    Candidate spare_;
+    Candidate* best_;
+    Candidate& out_;
     std::int64_t best_cost_ = std::numeric_limits<std::int64_t>::max();
 };
 
@@ -354,16 +356,16 @@ void SetVector(Macroblock& macroblock, MotionVector vector, const VectorPredicti
         Difference(vector, prediction.For(macroblock.hybrid[0]), header.vector_range);
 }
 
-void RateChooser::Choose(const Picture& picture, const Estimates& estimates, int x, int y,
-                         Trial& out) const {
-    MacroblockRace race(picture, estimates, effort_, x, y, out);
+void RdModeDecision::Choose(const Picture& picture, const Estimates& estimates, int x, int y,
+                            Candidate& out) const {
+    MacroblockDecision decision(picture, estimates, effort_, x, y, out);
     switch (picture.header.kind) {
         case PictureKind::kI:
-            return race.IPicture();
+            return decision.IPicture();
         case PictureKind::kP:
-            return race.PPicture();
+            return decision.PPicture();
         case PictureKind::kB:
-            return race.BPicture();
+            return decision.BPicture();
     }
 }
 

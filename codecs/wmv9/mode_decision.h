@@ -1,29 +1,29 @@
 // Decides how macroblocks are coded.
 #pragma once
 
+#include "codecs/wmv9/candidate.h"
 #include "codecs/wmv9/effort.h"
 #include "codecs/wmv9/estimates.h"
 #include "codecs/wmv9/motion_vectors.h"
-#include "codecs/wmv9/trial.h"
 
 namespace codecs::wmv9 {
 
 /// Asked for each macroblock of a picture, from several threads where rows are coded side by side:
 /// those to the left, above, and above right are ready then.
-class Chooser {
+class ModeDecision {
   public:
-    virtual ~Chooser() = default;
+    virtual ~ModeDecision() = default;
     /// Works out the macroblock at (x, y) whole.
     virtual void Choose(const Picture& picture, const Estimates& estimates, int x, int y,
-                        Trial& out) const = 0;
+                        Candidate& out) const = 0;
 };
 
 /// By bits and error, as hard as the effort says.
-class RateChooser final : public Chooser {
+class RdModeDecision final : public ModeDecision {
   public:
-    explicit RateChooser(const Effort& effort) : effort_(effort) {}
+    explicit RdModeDecision(const Effort& effort) : effort_(effort) {}
     void Choose(const Picture& picture, const Estimates& estimates, int x, int y,
-                Trial& out) const override;
+                Candidate& out) const override;
 
   private:
     const Effort& effort_;

@@ -48,7 +48,7 @@ struct Blocks {
     const Block& operator[](int n) const { return values[Index(n)]; }
 };
 
-struct Trial {
+struct Candidate {
     Macroblock macroblock;
     Blocks levels;    // as they are written
     Blocks residual;  // of intra blocks, before it is clipped; only where pictures overlap

@@ -3,16 +3,16 @@
 
 #include <cstdint>
 
-#include "codecs/wmv9/chooser.h"
+#include "codecs/wmv9/mode_decision.h"
 
 namespace wmv9_conformance {
 
 /// Of one picture. Whatever is legal may come, however poor; the same for the same seed.
-class RandomChooser final : public codecs::wmv9::Chooser {
+class RandomModeDecision final : public codecs::wmv9::ModeDecision {
   public:
-    explicit RandomChooser(std::uint64_t seed) : seed_(seed) {}
+    explicit RandomModeDecision(std::uint64_t seed) : seed_(seed) {}
     void Choose(const codecs::wmv9::Picture& picture, const codecs::wmv9::Estimates& estimates,
-                int x, int y, codecs::wmv9::Trial& out) const override;
+                int x, int y, codecs::wmv9::Candidate& out) const override;
 
   private:
     std::uint64_t seed_;

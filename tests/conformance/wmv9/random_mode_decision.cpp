@@ -1,4 +1,4 @@
-#include "conformance/wmv9/random_chooser.h"
+#include "conformance/wmv9/random_mode_decision.h"
 
 #include <algorithm>
 #include <span>
@@ -44,7 +44,7 @@ struct Odds {
 class Dice {
   public:
     Dice(const Picture& picture, const Estimates& estimates, std::uint64_t seed, int x, int y,
-         Trial& out)
+         Candidate& out)
         : picture_(picture),
           header_(picture.header),
           estimates_(estimates),
@@ -270,15 +270,15 @@ class Dice {
     Random random_;
     const int x_;
     const int y_;
-    Trial& out_;
+    Candidate& out_;
     Macroblock& macroblock_;
     const Quantiser quantiser_;
 };
 
 }  // namespace
 
-void RandomChooser::Choose(const Picture& picture, const Estimates& estimates, int x, int y,
-                           Trial& out) const {
+void RandomModeDecision::Choose(const Picture& picture, const Estimates& estimates, int x, int y,
+                                Candidate& out) const {
     Dice(picture, estimates, seed_, x, y, out).Throw();
 }
 
