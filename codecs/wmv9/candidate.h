@@ -57,7 +57,7 @@ struct Candidate {
     int bits = 0;
     std::int64_t error = 0;  // squared eighths
 
-    std::int64_t Joint(std::int64_t lambda) const { return error + lambda * bits; }
+    std::int64_t RdCost(std::int64_t lambda) const { return error + lambda * bits; }
 };
 
 /// The source's block.

@@ -15,8 +15,8 @@ struct Effort {
     int fraction_rounds = 1;
     bool four = false;             // vectors a macroblock
     bool intra_candidate = false;  // coded by itself wherever that may be cheaper
-    bool joint = false;            // levels by bits and error
-    bool joint_intra = false;
+    bool rd = false;               // levels by bits and error
+    bool rd_intra = false;
     unsigned shapes = 1;  // of transforms, see ShapeBit
     int try_from_bits = 0;
     /// A skipped macroblock is not looked at further where its error is worth no more bits.

@@ -58,7 +58,7 @@ class IntraCoder {
         }
     }
 
-    void Code(bool predicted, bool joint) {
+    void Code(bool predicted, bool rd) {
         Macroblock& macroblock = candidate_.macroblock;
         macroblock = {};
         macroblock.intra = true;
@@ -66,7 +66,7 @@ class IntraCoder {
         macroblock.quantiser = static_cast<std::uint8_t>(quantiser_.number);
         candidate_.bits = 1;
         candidate_.error = 0;
-        for (int n = 0; n < kBlocks; ++n) CodeBlock(n, joint);
+        for (int n = 0; n < kBlocks; ++n) CodeBlock(n, rd);
         candidate_.bits += PatternBits();
     }
 
@@ -153,7 +153,7 @@ class IntraCoder {
         }
     }
 
-    void CodeBlock(int n, bool joint) {
+    void CodeBlock(int n, bool rd) {
         const Offers offers{Beside(n, 1, 0), Beside(n, 0, 1), Beside(n, 1, 1)};
         const Prediction prediction =
             picture_.header.IsI() ? PredictInI(offers) : PredictAmongInter(offers);
@@ -171,11 +171,11 @@ class IntraCoder {
                                    expected.data()};
         // Without a choice by bits; levels are more often too large than too small.
         constexpr double kRounding = 0.4;
-        const double rounding = joint ? kChoiceRounding : kRounding;
+        const double rounding = rd ? kChoiceRounding : kRounding;
         picture_.kernels.quantise(whole_[n].data(), coefficients_[n].data(), quantiser_.reciprocal,
                                   static_cast<int>(rounding * quantiser_.step * kEighths));
         const LevelCost cost =
-            joint ? ChooseLevels(block, quantiser_, codes) : CostOfLevels(block, quantiser_, codes);
+            rd ? ChooseLevels(block, quantiser_, codes) : CostOfLevels(block, quantiser_, codes);
         candidate_.macroblock.SetCoded(n, cost.any);
         candidate_.bits += cost.bits;
         candidate_.error += SilentError(block, quantiser_) + cost.change;
@@ -236,12 +236,12 @@ void CodeIntra(const Picture& picture, const Estimates& estimates, const Quantis
                const IntraOptions& options, int x, int y, Candidate& candidate) {
     IntraCoder coder(picture, estimates, quantiser, x, y, candidate);
     if (options.prediction != AcPrediction::Choose) {
-        coder.Code(options.prediction == AcPrediction::On, options.joint);
+        coder.Code(options.prediction == AcPrediction::On, options.rd);
     } else {
-        coder.Code(false, options.joint);
-        const std::int64_t plain = candidate.Joint(quantiser.lambda);
-        coder.Code(true, options.joint);
-        if (candidate.Joint(quantiser.lambda) > plain) coder.Code(false, options.joint);
+        coder.Code(false, options.rd);
+        const std::int64_t plain = candidate.RdCost(quantiser.lambda);
+        coder.Code(true, options.rd);
+        if (candidate.RdCost(quantiser.lambda) > plain) coder.Code(false, options.rd);
     }
     coder.Reconstruct();
 }

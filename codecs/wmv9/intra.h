@@ -15,7 +15,7 @@ enum class AcPrediction : std::uint8_t { Off, On, Choose };
 
 struct IntraOptions {
     AcPrediction prediction = AcPrediction::Choose;
-    bool joint = false;  // levels by bits and error
+    bool rd = false;  // levels by bits and error
 };
 
 /// `candidate` is overwritten; its bits are those of blocks, pattern and prediction flag.

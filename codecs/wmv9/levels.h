@@ -15,7 +15,7 @@ struct LevelCost {
     std::int64_t change = 0;  // of the error, in squared eighths, beside nothing transmitted
     bool any = false;         // is transmitted
 
-    std::int64_t Joint(std::int64_t lambda) const { return change + lambda * bits; }
+    std::int64_t RdCost(std::int64_t lambda) const { return change + lambda * bits; }
 };
 
 /// One transform of a block; `scan` leaves out what is not coded as a level.
@@ -32,7 +32,7 @@ constexpr double kChoiceRounding = 0.36;
 
 /// Lowers the levels, by one or to nothing, to the least error + lambda * bits, by dynamic
 /// programming over what is the last level before each one. Leaves at least one: whether nothing at
-/// all is better, which is when Joint is above 0, is the caller's to see.
+/// all is better, which is when RdCost is above 0, is the caller's to see.
 LevelCost ChooseLevels(const TransformBlock& block, const Quantiser& quantiser,
                        const AcCodes& codes);
 

@@ -53,12 +53,12 @@ class MacroblockDecision {
           best_(&best),
           out_(best) {
         residual_.shapes = effort.shapes;
-        residual_.joint = effort.joint;
+        residual_.rd = effort.rd;
         residual_.try_from_bits = effort.try_from_bits;
     }
 
     void IPicture() {
-        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.joint_intra}, x_,
+        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.rd_intra}, x_,
                   y_, *best_);
     }
 
@@ -122,7 +122,7 @@ class MacroblockDecision {
     bool HasBest() const { return best_cost_ < std::numeric_limits<std::int64_t>::max(); }
 
     void Consider(Candidate& candidate) {
-        const std::int64_t cost = candidate.Joint(quantiser_.lambda);
+        const std::int64_t cost = candidate.RdCost(quantiser_.lambda);
         if (cost >= best_cost_) return;
         best_cost_ = cost;
         best_ = &candidate;
@@ -242,7 +242,7 @@ class MacroblockDecision {
             effort_.intra_candidate ? inter_cost + inter_cost / 4 : inter_cost;
         if (own > limit) return;
         Candidate& candidate = Begin();
-        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.joint_intra}, x_,
+        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.rd_intra}, x_,
                   y_, candidate);
         ++candidate.bits;
         Consider(candidate);

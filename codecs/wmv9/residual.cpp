@@ -134,7 +134,7 @@ class ResidualCoder {
         shaped.error = work.silent;
         Block coefficients;
         kernels_.forward(shape, coefficients.data(), work.residual.data());
-        const double rounding = options_.joint ? kChoiceRounding : kRounding;
+        const double rounding = options_.rd ? kChoiceRounding : kRounding;
         const std::uint32_t sum =
             kernels_.quantise(shaped.levels.data(), coefficients.data(), quantiser_.reciprocal,
                               static_cast<int>(rounding * quantiser_.step * kEighths));
@@ -147,9 +147,9 @@ class ResidualCoder {
             const TransformBlock block{coefficients.data() + place, shaped.levels.data() + place,
                                        scan, nullptr};
             if (!HasLevels(shape, block.levels)) continue;
-            const LevelCost cost = options_.joint ? ChooseLevels(block, quantiser_, codes)
-                                                  : CostOfLevels(block, quantiser_, codes);
-            if (cost.any && cost.Joint(quantiser_.lambda) < 0) {
+            const LevelCost cost = options_.rd ? ChooseLevels(block, quantiser_, codes)
+                                               : CostOfLevels(block, quantiser_, codes);
+            if (cost.any && cost.RdCost(quantiser_.lambda) < 0) {
                 shaped.parts |= 1 << (count - 1 - part);
                 shaped.bits += cost.bits;
                 shaped.error += cost.change;
@@ -159,7 +159,7 @@ class ResidualCoder {
         }
     }
 
-    std::int64_t Joint(const Shaped& shaped, int more_bits) const {
+    std::int64_t RdCost(const Shaped& shaped, int more_bits) const {
         return shaped.error + quantiser_.lambda * (shaped.bits + more_bits);
     }
 
@@ -195,9 +195,9 @@ class ResidualCoder {
                     plan.coded == kNone ? names.Macroblock(shape, shaped.parts) : Code();
                 const TypeNames::Names own = then.Next(shape, shaped.parts);
                 bits = first.length + own.type.length + own.parts.length;
-                if (Joint(shaped, bits) < work.silent) {
+                if (RdCost(shaped, bits) < work.silent) {
                     names = then;
-                    Take(plan, n, shape, Joint(shaped, bits), shaped.bits + bits);
+                    Take(plan, n, shape, RdCost(shaped, bits), shaped.bits + bits);
                     continue;
                 }
             }
@@ -226,8 +226,8 @@ class ResidualCoder {
                     plan.coded == kNone ? names.Macroblock(shape, shaped.parts) : Code();
                 const TypeNames::Names own = then.Next(shape, shaped.parts);
                 const int bits = first.length + own.type.length + own.parts.length;
-                if (Joint(shaped, bits) >= best) continue;
-                best = Joint(shaped, bits);
+                if (RdCost(shaped, bits) >= best) continue;
+                best = RdCost(shaped, bits);
                 best_bits = shaped.bits + bits;
                 best_shape = s;
             }

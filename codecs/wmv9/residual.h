@@ -13,7 +13,7 @@ constexpr unsigned kAllShapes = 15;
 
 struct ResidualOptions {
     unsigned shapes = ShapeBit(Shape::Whole8x8);  // that may be used, unless the picture has one
-    bool joint = false;                           // levels by bits and error
+    bool rd = false;                              // levels by bits and error
     /// Smaller transforms are tried where a block takes this many bits.
     int try_from_bits = 0;
 };

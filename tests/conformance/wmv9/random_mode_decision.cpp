@@ -217,7 +217,7 @@ class Dice {
         if (random_.Roll(40)) return Scatter(prediction);
         ResidualOptions options;
         options.shapes = static_cast<unsigned>(random_.Between(1, kAllShapes));
-        options.joint = random_.Roll(50);
+        options.rd = random_.Roll(50);
         CodeResidual(picture_, estimates_, quantiser_, options, x_, y_, prediction, out_);
     }
 
