@@ -7,12 +7,12 @@
 
 #include "codecs/common/index.h"
 #include "codecs/wmv9/b_fractions.h"
-#include "codecs/wmv9/effort.h"
 #include "codecs/wmv9/frame.h"
 #include "codecs/wmv9/intensity.h"
 #include "codecs/wmv9/lookahead.h"
 #include "codecs/wmv9/mode_decision.h"
 #include "codecs/wmv9/picture_coder.h"
+#include "codecs/wmv9/preset.h"
 #include "codecs/wmv9/sequence_header.h"
 
 namespace codecs::wmv9 {
@@ -50,7 +50,7 @@ SequenceHeader MakeSequence(const EncoderSettings& settings) {
     header.short_chroma_vectors = !main;
     header.extended_vectors = VectorRange(settings) > 0;
     header.varying_quantiser = main && settings.adaptive;
-    header.overlap = main && EffortOf(settings.effort).overlap;
+    header.overlap = main && PresetOf(settings.preset).overlap;
     header.most_b_pictures = settings.b_pictures;
     header.rate_hint =
         std::clamp(static_cast<int>(std::lround((settings.pictures_per_second - 2) / 4)), 0, 7);
@@ -88,10 +88,10 @@ class Encoder::Impl {
           sequence_(MakeSequence(settings_)),
           width_(MacroblocksIn(settings_.width)),
           height_(MacroblocksIn(settings_.height)),
-          effort_(EffortOf(settings_.effort)),
-          mode_decision_(effort_),
+          preset_(PresetOf(settings_.preset)),
+          mode_decision_(preset_),
           coder_(width_, height_, settings_.threads),
-          lookahead_(settings_.width, settings_.height, effort_.lookahead_rounds),
+          lookahead_(settings_.width, settings_.height, preset_.lookahead_rounds),
           quantisers_(width_, height_),
           source_(width_, height_),
           b_frame_(width_, height_),
@@ -161,10 +161,10 @@ class Encoder::Impl {
         header.vector_range = VectorRange(settings_);
         header.mode = VectorMode::Quarter;
         if (!header.IsB()) {
-            if (!effort_.quarter) header.mode = VectorMode::HalfBilinear;
-            if (effort_.four) header.mode = VectorMode::Mixed;
+            if (!preset_.quarter) header.mode = VectorMode::HalfBilinear;
+            if (preset_.four) header.mode = VectorMode::Mixed;
         }
-        if (effort_.shapes == ShapeBit(Shape::Whole8x8)) header.shape = Shape::Whole8x8;
+        if (preset_.shapes == ShapeBit(Shape::Whole8x8)) header.shape = Shape::Whole8x8;
         header.rounding = header.kind == PictureKind::kP ? 1 - past_.rounding : past_.rounding;
         UseTables(header);
         return header;
@@ -194,7 +194,7 @@ class Encoder::Impl {
         int mapped = -1;
         if (header.kind == PictureKind::kP) {
             picture.past = &Anchor(past_.later);
-            if (settings_.profile == Profile::Main && effort_.fades)
+            if (settings_.profile == Profile::Main && preset_.fades)
                 picture.header.intensity = FindIntensity(picture.kernels, source_, *picture.past);
             if (picture.header.intensity) {
                 mapped = past_.mapped == 0 ? 1 : 0;
@@ -262,7 +262,7 @@ class Encoder::Impl {
     const wmv9::SequenceHeader sequence_;
     const int width_;  // macroblocks
     const int height_;
-    const Effort& effort_;
+    const Preset& preset_;
     const RdModeDecision mode_decision_;
     PictureCoder coder_;
     Lookahead lookahead_;

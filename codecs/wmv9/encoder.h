@@ -19,7 +19,7 @@ struct EncoderSettings {
     int width = 16;  // even, 2 to 8192
     int height = 16;
     Profile profile = Profile::Main;
-    int effort = 60;     // 0 fastest to 100 best
+    int preset = 60;     // 0 fastest to 100 best
     int b_pictures = 0;  // the most consecutive ones, 0 to 3; none in Simple profile
     int threads = 1;     // that code the rows of a picture side by side; changes no output
     /// Coarser where the eye sees less, and finer elsewhere; P pictures then have whole

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "codecs/wmv9/candidate.h"
-#include "codecs/wmv9/effort.h"
 #include "codecs/wmv9/estimates.h"
 #include "codecs/wmv9/motion_vectors.h"
+#include "codecs/wmv9/preset.h"
 
 namespace codecs::wmv9 {
 
@@ -18,15 +18,15 @@ class ModeDecision {
                         Candidate& out) const = 0;
 };
 
-/// By bits and error, as hard as the effort says.
+/// By bits and error, as hard as the preset says.
 class RdModeDecision final : public ModeDecision {
   public:
-    explicit RdModeDecision(const Effort& effort) : effort_(effort) {}
+    explicit RdModeDecision(const Preset& preset) : preset_(preset) {}
     void Choose(const Picture& picture, const Estimates& estimates, int x, int y,
                 Candidate& out) const override;
 
   private:
-    const Effort& effort_;
+    const Preset& preset_;
 };
 
 /// Sets the vectors of a macroblock with one, the difference, and what names the predictor.

@@ -85,8 +85,8 @@ void MotionSearch::Whole(State& state, std::span<const MotionVector> starts) con
         const MotionVector rounded = Rounded(start, state.window);
         if (!(rounded == state.best.vector)) TryWhole(state, rounded);
     }
-    if (effort_.hexagon) {
-        for (int round = 0; round < effort_.rounds; ++round) {
+    if (preset_.hexagon) {
+        for (int round = 0; round < preset_.rounds; ++round) {
             const MotionVector c = state.best.vector;
             const MotionVector wide[4] = {Moved(c, -4, -8), Moved(c, 4, -8), Moved(c, -4, 8),
                                           Moved(c, 4, 8)};
@@ -99,7 +99,7 @@ void MotionSearch::Whole(State& state, std::span<const MotionVector> starts) con
             if (!better) break;
         }
     }
-    for (int round = 0; round < effort_.rounds; ++round) {
+    for (int round = 0; round < preset_.rounds; ++round) {
         const MotionVector c = state.best.vector;
         const MotionVector near[4] = {Moved(c, -4, 0), Moved(c, 4, 0), Moved(c, 0, -4),
                                       Moved(c, 0, 4)};
@@ -109,7 +109,7 @@ void MotionSearch::Whole(State& state, std::span<const MotionVector> starts) con
 
 std::uint32_t MotionSearch::Measure(const State& state, MotionVector vector) const {
     const SearchBlock& block = state.block;
-    const auto measure = effort_.hadamard ? picture_.kernels.hadamard : picture_.kernels.sad;
+    const auto measure = preset_.hadamard ? picture_.kernels.hadamard : picture_.kernels.sad;
     const Plane& plane = reference_[0];
     if ((vector.x & 3) == 0 && (vector.y & 3) == 0)
         return measure(state.source, state.stride,
@@ -131,13 +131,13 @@ bool MotionSearch::TryFraction(State& state, MotionVector vector) const {
 }
 
 void MotionSearch::Fractions(State& state, int step) const {
-    for (int round = 0; round < effort_.fraction_rounds; ++round) {
+    for (int round = 0; round < preset_.fraction_rounds; ++round) {
         const MotionVector c = state.best.vector;
         bool better = false;
         for (const MotionVector v :
              {Moved(c, -step, 0), Moved(c, step, 0), Moved(c, 0, -step), Moved(c, 0, step)})
             better = TryFraction(state, v) || better;
-        if (effort_.square)
+        if (preset_.square)
             for (const MotionVector v : {Moved(c, -step, -step), Moved(c, step, -step),
                                          Moved(c, -step, step), Moved(c, step, step)})
                 better = TryFraction(state, v) || better;
@@ -154,7 +154,7 @@ FoundVector MotionSearch::Search(const SearchBlock& block, MotionVector predicto
     state.source = picture_.source[0].At(block.left, block.top);
     state.stride = picture_.source[0].stride;
     Whole(state, starts);
-    if (effort_.hadamard) {
+    if (preset_.hadamard) {
         state.best.difference = Measure(state, state.best.vector);
         state.best.cost = state.best.difference + BitCost(state, state.best.vector);
     }

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <span>
 
-#include "codecs/wmv9/effort.h"
 #include "codecs/wmv9/estimates.h"
 #include "codecs/wmv9/motion_vectors.h"
+#include "codecs/wmv9/preset.h"
 #include "codecs/wmv9/quantiser.h"
 
 namespace codecs::wmv9 {
@@ -28,12 +28,12 @@ struct FoundVector {
 class MotionSearch {
   public:
     MotionSearch(const Picture& picture, const Frame& reference, const Estimates& estimates,
-                 const Quantiser& quantiser, const Effort& effort)
+                 const Quantiser& quantiser, const Preset& preset)
         : picture_(picture),
           reference_(reference),
           estimates_(estimates),
           quantiser_(quantiser),
-          effort_(effort) {}
+          preset_(preset) {}
 
     /// @param predictor  that the vector's difference is counted from
     /// @param starts     vectors worth a look
@@ -54,7 +54,7 @@ class MotionSearch {
     const Frame& reference_;
     const Estimates& estimates_;
     const Quantiser& quantiser_;
-    const Effort& effort_;
+    const Preset& preset_;
 };
 
 }  // namespace codecs::wmv9

@@ -42,23 +42,23 @@ class Starts {
 
 class MacroblockDecision {
   public:
-    MacroblockDecision(const Picture& picture, const Estimates& estimates, const Effort& effort,
+    MacroblockDecision(const Picture& picture, const Estimates& estimates, const Preset& preset,
                        int x, int y, Candidate& best)
         : picture_(picture),
           estimates_(estimates),
-          effort_(effort),
+          preset_(preset),
           quantiser_(MakeQuantiser(picture, x, y)),
           x_(x),
           y_(y),
           best_(&best),
           out_(best) {
-        residual_.shapes = effort.shapes;
-        residual_.rd = effort.rd;
-        residual_.try_from_bits = effort.try_from_bits;
+        residual_.shapes = preset.shapes;
+        residual_.rd = preset.rd;
+        residual_.try_from_bits = preset.try_from_bits;
     }
 
     void IPicture() {
-        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.rd_intra}, x_,
+        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, preset_.rd_intra}, x_,
                   y_, *best_);
     }
 
@@ -69,7 +69,7 @@ class MacroblockDecision {
         Starts starts;
         AddNeighbours(starts, [](const Macroblock& m) { return m.vectors[3]; });
         if (picture_.anchor != nullptr) starts.Add(picture_.anchor->At(x_, y_).vectors[0]);
-        const MotionSearch search(picture_, *picture_.past, estimates_, quantiser_, effort_);
+        const MotionSearch search(picture_, *picture_.past, estimates_, quantiser_, preset_);
         const FoundVector one = search.Search(block, Nearest(prediction), starts.All());
         TryOne(prediction, one.vector);
         if (picture_.header.mode == VectorMode::Mixed) TryFour(search, one);
@@ -83,8 +83,8 @@ class MacroblockDecision {
         backward_ = PredictBackward(picture_, x_, y_);
         if (TryDirect()) return;
         const SearchBlock block{kLuma * x_, kLuma * y_, kLuma};
-        const MotionSearch past(picture_, *picture_.past, estimates_, quantiser_, effort_);
-        const MotionSearch future(picture_, *picture_.future, estimates_, quantiser_, effort_);
+        const MotionSearch past(picture_, *picture_.past, estimates_, quantiser_, preset_);
+        const MotionSearch future(picture_, *picture_.future, estimates_, quantiser_, preset_);
         Starts to_past;
         to_past.Add(direct_.forward);
         AddNeighbours(to_past, [](const Macroblock& m) { return m.vectors[0]; });
@@ -95,10 +95,10 @@ class MacroblockDecision {
         const FoundVector b = future.Search(block, backward_, to_future.All());
         const std::uint32_t both = BothCost(f, b);
         const std::uint32_t single = std::min(f.cost, b.cost);
-        if (effort_.both_ways || both >= single)
+        if (preset_.both_ways || both >= single)
             TryMoved(f.cost <= b.cost ? Direction::Forward : Direction::Backward, f.vector,
                      b.vector);
-        if (effort_.both_ways || both < single) TryMoved(Direction::Both, f.vector, b.vector);
+        if (preset_.both_ways || both < single) TryMoved(Direction::Both, f.vector, b.vector);
         TryIntra(std::min(both, single));
         Finish();
     }
@@ -161,7 +161,7 @@ class MacroblockDecision {
     }
 
     bool IsGoodEnough(const Candidate& skipped) const {
-        return skipped.error < quantiser_.lambda * effort_.skip_bits;
+        return skipped.error < quantiser_.lambda * preset_.skip_bits;
     }
 
     void TryOne(const VectorPrediction& prediction, MotionVector vector) {
@@ -235,14 +235,14 @@ class MacroblockDecision {
         alignas(64) std::uint8_t mean[kLuma];
         std::fill(std::begin(mean), std::end(mean), static_cast<std::uint8_t>((sum + 128) >> 8));
         const std::uint32_t own =
-            (effort_.hadamard ? picture_.kernels.hadamard : picture_.kernels.sad)(
+            (preset_.hadamard ? picture_.kernels.hadamard : picture_.kernels.sad)(
                 plane.At(kLuma * x_, kLuma * y_), plane.stride, mean, 0, kLuma, kLuma) +
             (quantiser_.search_lambda * kIntraBits >> 4);
         const std::uint32_t limit =
-            effort_.intra_candidate ? inter_cost + inter_cost / 4 : inter_cost;
+            preset_.intra_candidate ? inter_cost + inter_cost / 4 : inter_cost;
         if (own > limit) return;
         Candidate& candidate = Begin();
-        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, effort_.rd_intra}, x_,
+        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, preset_.rd_intra}, x_,
                   y_, candidate);
         ++candidate.bits;
         Consider(candidate);
@@ -278,7 +278,7 @@ class MacroblockDecision {
         const Kernels& kernels = picture_.kernels;
         kernels.average(one, kLuma, one, kLuma, other, kLuma, kLuma, kLuma);
         const Plane& plane = picture_.source[0];
-        const std::uint32_t difference = (effort_.hadamard ? kernels.hadamard : kernels.sad)(
+        const std::uint32_t difference = (preset_.hadamard ? kernels.hadamard : kernels.sad)(
             plane.At(kLuma * x_, kLuma * y_), plane.stride, one, kLuma, kLuma, kLuma);
         return difference + (f.cost - f.difference) + (b.cost - b.difference);
     }
@@ -321,7 +321,7 @@ class MacroblockDecision {
 
     const Picture& picture_;
     const Estimates& estimates_;
-    const Effort& effort_;
+    const Preset& preset_;
     const Quantiser quantiser_;
     const int x_;
     const int y_;
@@ -358,7 +358,7 @@ void SetVector(Macroblock& macroblock, MotionVector vector, const VectorPredicti
 
 void RdModeDecision::Choose(const Picture& picture, const Estimates& estimates, int x, int y,
                             Candidate& out) const {
-    MacroblockDecision decision(picture, estimates, effort_, x, y, out);
+    MacroblockDecision decision(picture, estimates, preset_, x, y, out);
     switch (picture.header.kind) {
         case PictureKind::kI:
             return decision.IPicture();

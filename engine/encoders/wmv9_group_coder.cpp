@@ -45,7 +45,7 @@ wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan) {
     settings.height = plan.height;
     settings.profile = plan.simple_profile ? wmv9::Profile::Simple : wmv9::Profile::Main;
     settings.adaptive = !plan.simple_profile;
-    settings.effort = std::clamp(plan.performance, 0, 100);
+    settings.preset = std::clamp(plan.performance, 0, 100);
     settings.b_pictures = BetweenFor(plan);
     settings.pictures_per_second = CodedFrameRate(plan) / 1000.0;
     settings.rate_bps = plan.bit_rate_bps;

@@ -42,7 +42,7 @@ class CallMaker {
         settings.width = 2 * random_.Between(1, 50);
         settings.height = 2 * random_.Between(1, 50);
         settings.profile = random_.Roll(25) ? Profile::Simple : Profile::Main;
-        settings.effort = random_.Below(101);
+        settings.preset = random_.Below(101);
         settings.b_pictures = settings.profile == Profile::Simple ? 0 : random_.Below(4);
         settings.threads = random_.Between(1, 3);
         settings.adaptive = random_.Roll(50);

@@ -30,13 +30,13 @@ struct SizeCase {
     int width;
     int height;
     int pictures;
-    int effort;
+    int preset;
     int b_pictures;
 };
 
 // clang-format off
 constexpr SizeCase kSizes[] = {
-    // why                                width height pictures effort b_pictures
+    // why                                width height pictures preset b_pictures
     {"no smaller one",                        2,    2,   9,      60,    2},
     {"mostly repeated samples",              18,    2,   9,     100,    1},
     {"one macroblock",                       16,   16,   9,      60,    3},
@@ -57,23 +57,23 @@ TEST(EncoderStreams, OfEverySizeDecode) {
         SCOPED_TRACE(fmt::format("{}: {}x{}", row.why, row.width, row.height));
         const EncoderSettings settings{.width = row.width,
                                        .height = row.height,
-                                       .effort = row.effort,
+                                       .preset = row.preset,
                                        .b_pictures = row.b_pictures};
         const Calls calls = Gops(row.pictures, row.b_pictures, kMixedQuantisers);
         EXPECT_EQ(EncodeAll(settings, {}, calls).fault, "");
     }
 }
 
-TEST(EncoderStreams, OfEveryEffortAndRunDecode) {
-    for (const int effort : {0, 20, 40, 60, 80, 100}) {
+TEST(EncoderStreams, OfEveryPresetDecode) {
+    for (const int preset : {0, 20, 40, 60, 80, 100}) {
         for (int b_pictures = 0; b_pictures <= 4; ++b_pictures) {
             const bool simple = b_pictures == 4;
-            EncoderSettings settings{.width = 50, .height = 34, .effort = effort};
+            EncoderSettings settings{.width = 50, .height = 34, .preset = preset};
             settings.profile = simple ? Profile::Simple : Profile::Main;
             settings.b_pictures = simple ? 0 : b_pictures;
             settings.adaptive = b_pictures % 2 == 1;
             for (int content = 0; content < kContents; ++content) {
-                SCOPED_TRACE(fmt::format("effort {}, {} B pictures{}, content {}", effort,
+                SCOPED_TRACE(fmt::format("preset {}, {} B pictures{}, content {}", preset,
                                          settings.b_pictures, simple ? ", Simple" : "", content));
                 const Calls calls = Gops(9, settings.b_pictures, kMixedQuantisers);
                 EXPECT_EQ(EncodeAll(settings, {static_cast<Content>(content)}, calls).fault, "");
@@ -104,15 +104,15 @@ TEST(EncoderStreams, OfEveryQuantiserDecode) {
 }
 
 TEST(EncoderStreams, AreTheSameFromMoreThreads) {
-    for (const int effort : {0, 60, 100}) {
+    for (const int preset : {0, 60, 100}) {
         for (const Profile profile : {Profile::Simple, Profile::Main}) {
             EncoderSettings settings{.width = 114, .height = 98, .profile = profile};
-            settings.effort = effort;
+            settings.preset = preset;
             settings.b_pictures = profile == Profile::Main ? 2 : 0;
             const Calls calls = Gops(8, settings.b_pictures, kMixedQuantisers);
             const auto alone = DataOf(EncodeAll(settings, {}, calls));
             settings.threads = 3;
-            EXPECT_EQ(DataOf(EncodeAll(settings, {}, calls)), alone) << "effort " << effort;
+            EXPECT_EQ(DataOf(EncodeAll(settings, {}, calls)), alone) << "preset " << preset;
         }
     }
 }

@@ -1,4 +1,4 @@
-#include "codecs/wmv9/effort.h"
+#include "codecs/wmv9/preset.h"
 
 #include <iterator>
 
@@ -8,7 +8,7 @@ namespace {
 constexpr unsigned kWhole = ShapeBit(Shape::Whole8x8);
 
 // clang-format off
-constexpr Effort kEfforts[] = {
+constexpr Preset kPresets[] = {
     // up_to quarter hadamard rounds hexagon square frac  four  intra  rd  rd-intra shapes     from skip fades overlap ahead both
     {   9,   false,  false,    6,    true,   false,  1,  false, false, false, false,  kWhole,      0,  32,  true,  false,  0,    false},
     {  29,   false,  false,    8,    true,   false,  1,  false, false, true,  true,   kWhole,      0,  24,  true,  true,   1,    false},
@@ -21,9 +21,9 @@ constexpr Effort kEfforts[] = {
 
 }  // namespace
 
-const Effort& EffortOf(int level) {
-    const Effort* row = std::begin(kEfforts);
-    while (row + 1 != std::end(kEfforts) && level > row->up_to) ++row;
+const Preset& PresetOf(int level) {
+    const Preset* row = std::begin(kPresets);
+    while (row + 1 != std::end(kPresets) && level > row->up_to) ++row;
     return *row;
 }
 

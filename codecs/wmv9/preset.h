@@ -5,7 +5,7 @@
 
 namespace codecs::wmv9 {
 
-struct Effort {
+struct Preset {
     int up_to = 0;          // level, 0 to 100
     bool quarter = true;    // vectors in quarters of a sample, else in halves
     bool hadamard = false;  // fractions of a sample are judged by transformed differences
@@ -27,6 +27,6 @@ struct Effort {
     bool both_ways = false;    // with one reference and with two, a macroblock is coded whole
 };
 
-const Effort& EffortOf(int level);
+const Preset& PresetOf(int level);
 
 }  // namespace codecs::wmv9
