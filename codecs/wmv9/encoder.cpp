@@ -162,7 +162,7 @@ class Encoder::Impl {
         header.mode = VectorMode::Quarter;
         if (!header.IsB()) {
             if (!preset_.quarter) header.mode = VectorMode::HalfBilinear;
-            if (preset_.four) header.mode = VectorMode::Mixed;
+            if (preset_.four_mv) header.mode = VectorMode::Mixed;
         }
         if (preset_.shapes == ShapeBit(Shape::Whole8x8)) header.shape = Shape::Whole8x8;
         header.rounding = header.kind == PictureKind::kP ? 1 - past_.rounding : past_.rounding;

@@ -24,7 +24,7 @@ struct MotionVector {
 /// Which anchors predict a macroblock of a B picture.
 enum class Direction : std::uint8_t { Forward, Backward, Both, Direct };
 
-/// Of the predictors above (A) and to the left (C), the one that is named in the stream.
+/// Of the predictors above (A) and to the left (C), the one that the stream names (HYBRIDPRED).
 enum class Hybrid : std::uint8_t { None, Left, Above };
 
 /// Values that intra blocks to the right of and below this one are predicted from.
@@ -36,7 +36,7 @@ struct BlockEdge {
 
 struct Macroblock {
     bool intra = false;
-    bool four = false;     // a vector for each block of luma
+    bool four_mv = false;  // 4MV: a vector for each block of luma
     bool skipped = false;  // neither residual nor vector difference
     bool ac_predicted = false;
     std::uint8_t from_above = 0;  // bit n: block n's levels are predicted from the block above

@@ -9,7 +9,7 @@
 namespace codecs::wmv9 {
 namespace {
 
-constexpr int kNamedBeyond = 32;  // quarters
+constexpr int kHybridBeyond = 32;  // quarters
 
 MotionVector MakeMotionVector(int x, int y) {
     return {static_cast<std::int16_t>(x), static_cast<std::int16_t>(y)};
@@ -59,10 +59,10 @@ VectorPrediction Predict(const Neighbour& above, const Neighbour& beside, const 
     return prediction;
 }
 
-void Name(VectorPrediction& prediction, const Neighbour& above, const Neighbour& left) {
-    prediction.named = above.exists && left.exists &&
-                       (Distance(prediction.median, above) > kNamedBeyond ||
-                        Distance(prediction.median, left) > kNamedBeyond);
+void MarkHybrid(VectorPrediction& prediction, const Neighbour& above, const Neighbour& left) {
+    prediction.is_hybrid = above.exists && left.exists &&
+                           (Distance(prediction.median, above) > kHybridBeyond ||
+                            Distance(prediction.median, left) > kHybridBeyond);
 }
 
 template <typename VectorOf>
@@ -102,7 +102,7 @@ VectorPrediction PredictVector(const Picture& picture, int x, int y) {
     if (x > 0) left = BlockAt(picture, 2 * x - 1, 2 * y);
     VectorPrediction prediction = Predict(above, beside, left);
     prediction.median = NearPicture(prediction.median, -60, 64, x, y, picture, 0, 0);
-    Name(prediction, above, left);
+    MarkHybrid(prediction, above, left);
     return prediction;
 }
 
@@ -129,7 +129,7 @@ VectorPrediction PredictBlockVector(const Picture& picture, int x, int y, int bl
     VectorPrediction prediction = Predict(above, beside, left);
     prediction.median =
         NearPicture(prediction.median, -28, 64, x, y, picture, 32 * (block & 1), 32 * (block >> 1));
-    Name(prediction, above, left);
+    MarkHybrid(prediction, above, left);
     return prediction;
 }
 
@@ -189,7 +189,7 @@ MotionVector Difference(MotionVector vector, MotionVector predictor, int vector_
 }
 
 MotionVector CombinedVector(const Macroblock& macroblock) {
-    if (!macroblock.four) return macroblock.vectors[0];
+    if (!macroblock.four_mv) return macroblock.vectors[0];
     const auto middle = [](int a, int b, int c, int d) {
         const int sum = a + b + c + d;
         return (sum - std::min({a, b, c, d}) - std::max({a, b, c, d})) / 2;

@@ -7,20 +7,20 @@
 
 namespace codecs::wmv9 {
 
-/// What a vector is predicted from. Where two predictors differ much from their median, the stream
-/// names which of them is meant.
+/// What a vector is predicted from. Hybrid prediction: where two predictors differ much from their
+/// median, the stream names which of them is meant (HYBRIDPRED).
 struct VectorPrediction {
     MotionVector median;  // brought near the picture
     MotionVector above;
     MotionVector left;
-    bool named = false;
+    bool is_hybrid = false;
 
     MotionVector For(Hybrid hybrid) const {
         return hybrid == Hybrid::None ? median : hybrid == Hybrid::Above ? above : left;
     }
 };
 
-/// Of the one vector of a macroblock, or of block `block` of four; those before it must be set in
+/// Of the one vector of a macroblock, or of block `block` of 4MV; those before it must be set in
 /// `current`.
 VectorPrediction PredictVector(const Picture& picture, int x, int y);
 VectorPrediction PredictBlockVector(const Picture& picture, int x, int y, int block,
@@ -53,7 +53,7 @@ VectorWindow WindowOf(const Picture& picture, int left, int top);
 /// `vector` less `predictor` as it is written, wrapped into the range.
 MotionVector Difference(MotionVector vector, MotionVector predictor, int vector_range);
 
-/// The vector of luma that chroma follows: of a macroblock with four their middle.
+/// The vector of luma that chroma follows: of a macroblock with 4MV their middle.
 MotionVector CombinedVector(const Macroblock& macroblock);
 /// In quarters of a chroma sample, before it is shortened for the Simple profile.
 MotionVector ChromaVector(MotionVector luma);

@@ -15,7 +15,7 @@
 
 namespace codecs::wmv9 {
 
-/// Units and filters of vectors; with Mixed a macroblock may have four.
+/// Units and filters of vectors; with Mixed a macroblock may have 4MV (MVMODE).
 enum class VectorMode : std::uint8_t { Quarter, Half, HalfBilinear, Mixed };
 
 /// How the samples of the reference are mapped before use (SMPTE ST 421, 8.3.8).
@@ -40,7 +40,7 @@ struct PictureHeader {
     int b_pictures = 1;          // ... among so many consecutive ones
 
     // Chosen when the macroblocks are known.
-    PlaneCoding four_plane;
+    PlaneCoding four_mv_plane;
     PlaneCoding skip_plane;
     PlaneCoding direct_plane;
     int vector_table = 0;

@@ -78,7 +78,7 @@ class Writer {
         } else {
             PutMode();
             if (header_.mode == VectorMode::Mixed)
-                WritePlane(out_, planes.four, header_.four_plane);
+                WritePlane(out_, planes.four_mv, header_.four_mv_plane);
         }
         WritePlane(out_, planes.skipped, header_.skip_plane);
         out_.Put(Unsigned(header_.vector_table), 2);
@@ -108,7 +108,7 @@ class Writer {
         // Some decoders look for bits behind a last macroblock that is nothing but its own bit.
         const auto raw = [](const PlaneCoding& coding) { return coding.mode == PlaneMode::Raw; };
         if (!header_.IsI() &&
-            (raw(header_.skip_plane) || raw(header_.four_plane) || raw(header_.direct_plane)))
+            (raw(header_.skip_plane) || raw(header_.four_mv_plane) || raw(header_.direct_plane)))
             out_.Put(0, 8);
     }
 
@@ -224,18 +224,18 @@ class Writer {
     }
 
     void PMacroblock(const Macroblock& macroblock) {
-        if (header_.mode == VectorMode::Mixed && header_.four_plane.mode == PlaneMode::Raw)
-            out_.Put(macroblock.four, 1);
+        if (header_.mode == VectorMode::Mixed && header_.four_mv_plane.mode == PlaneMode::Raw)
+            out_.Put(macroblock.four_mv, 1);
         if (header_.skip_plane.mode == PlaneMode::Raw) out_.Put(macroblock.skipped, 1);
         if (macroblock.intra) return IntraMacroblock(macroblock);
-        if (macroblock.four) return FourVectors(macroblock);
+        if (macroblock.four_mv) return FourMvMacroblock(macroblock);
         const bool coded = macroblock.coded != 0;
         if (!macroblock.skipped) PutVector(out_, macroblock.differences[0], coded, header_);
         PutHybrid(macroblock.hybrid[0]);
         if (coded) PutResidual(macroblock);
     }
 
-    void FourVectors(const Macroblock& macroblock) {
+    void FourMvMacroblock(const Macroblock& macroblock) {
         const int pattern = WrittenPattern(macroblock);
         if (!macroblock.skipped) PutPattern(pattern);
         for (int n = 0; n < 4; ++n) {
@@ -299,7 +299,7 @@ void PicturePlanes::Take(const MacroblockGrid& grid) {
     for (int y = 0; y < grid.Height(); ++y) {
         for (int x = 0; x < grid.Width(); ++x) {
             const Macroblock& macroblock = grid.At(x, y);
-            four.Set(x, y, macroblock.four);
+            four_mv.Set(x, y, macroblock.four_mv);
             skipped.Set(x, y, macroblock.skipped);
             direct.Set(x, y, !macroblock.intra && macroblock.direction == Direction::Direct);
         }
@@ -324,7 +324,7 @@ void ChooseTables(PictureHeader& header, const TableCounts& counts, const Pictur
         Cheapest<4>([&](std::size_t i) { return BitsWith(counts.patterns, kPattern[i]); });
     header.skip_plane = CheapestCoding(planes.skipped);
     if (header.IsB()) header.direct_plane = CheapestCoding(planes.direct);
-    if (header.mode == VectorMode::Mixed) header.four_plane = CheapestCoding(planes.four);
+    if (header.mode == VectorMode::Mixed) header.four_mv_plane = CheapestCoding(planes.four_mv);
 }
 
 std::size_t WritePicture(BitWriter& out, const Picture& picture, const PicturePlanes& planes,

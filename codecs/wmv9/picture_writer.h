@@ -13,12 +13,12 @@ namespace codecs::wmv9 {
 /// Bits of a macroblock each.
 struct PicturePlanes {
     PicturePlanes(int width, int height)
-        : four(width, height), skipped(width, height), direct(width, height) {}
+        : four_mv(width, height), skipped(width, height), direct(width, height) {}
     void Take(const MacroblockGrid& grid);
 
-    BitPlane four;
-    BitPlane skipped;
-    BitPlane direct;
+    BitPlane four_mv;  // MVTYPEMB
+    BitPlane skipped;  // SKIPMB
+    BitPlane direct;   // DIRECTMB
 };
 
 /// The tables and plane codings that take the fewest bits.

@@ -30,7 +30,8 @@ void PredictOne(const Picture& picture, const Frame& reference, MotionVector vec
     PredictChroma(picture, reference, vector, x, y, out);
 }
 
-void PredictFour(const Picture& picture, int x, int y, const Macroblock& macroblock, Samples& out) {
+void PredictFourMv(const Picture& picture, int x, int y, const Macroblock& macroblock,
+                   Samples& out) {
     for (int n = 0; n < 4; ++n)
         PredictLuma(picture, *picture.past, macroblock.vectors[Index(n)], kLuma * x + 8 * (n & 1),
                     kLuma * y + 8 * (n >> 1), 8, out.Block(n), kLuma);
@@ -50,7 +51,7 @@ void PredictLuma(const Picture& picture, const Frame& reference, MotionVector ve
 }
 
 void Predict(const Picture& picture, int x, int y, const Macroblock& macroblock, Samples& out) {
-    if (macroblock.four) return PredictFour(picture, x, y, macroblock, out);
+    if (macroblock.four_mv) return PredictFourMv(picture, x, y, macroblock, out);
     if (!picture.header.IsB() || macroblock.direction == Direction::Forward)
         return PredictOne(picture, *picture.past, macroblock.vectors[0], x, y, out);
     if (macroblock.direction == Direction::Backward)

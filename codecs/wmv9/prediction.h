@@ -13,7 +13,7 @@ void PredictLuma(const Picture& picture, const Frame& reference, MotionVector ve
 /// A whole macroblock as its vectors say. Those of chroma must fit, see ChromaFits.
 void Predict(const Picture& picture, int x, int y, const Macroblock& macroblock, Samples& out);
 
-/// Whether all decoders take the same samples for the chroma of a macroblock with four vectors.
+/// Whether all decoders take the same samples for the chroma of a macroblock with 4MV.
 bool ChromaFits(const Picture& picture, int x, int y, const Macroblock& macroblock);
 
 }  // namespace codecs::wmv9

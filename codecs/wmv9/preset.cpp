@@ -9,7 +9,7 @@ constexpr unsigned kWhole = ShapeBit(Shape::Whole8x8);
 
 // clang-format off
 constexpr Preset kPresets[] = {
-    // up_to quarter hadamard rounds hexagon square frac  four  intra  rd  rd-intra shapes     from skip fades overlap ahead both
+    // up_to quarter hadamard rounds hexagon square frac  4mv   intra  rd  rd-intra shapes     from skip fades overlap ahead both
     {   9,   false,  false,    6,    true,   false,  1,  false, false, false, false,  kWhole,      0,  32,  true,  false,  0,    false},
     {  29,   false,  false,    8,    true,   false,  1,  false, false, true,  true,   kWhole,      0,  24,  true,  true,   1,    false},
     {  49,   true,   false,   12,    true,   false,  1,  false, true,  true,  true,   kAllShapes, 30,  16,  true,  true,   2,    false},

@@ -13,7 +13,7 @@ struct Preset {
     bool hexagon = false;   // it takes longer steps first
     bool square = false;    // eight fractions around, not four
     int fraction_rounds = 1;
-    bool four = false;             // vectors a macroblock
+    bool four_mv = false;          // 4MV: a vector for each block of luma
     bool intra_candidate = false;  // coded by itself wherever that may be cheaper
     bool rd = false;               // levels by bits and error
     bool rd_intra = false;

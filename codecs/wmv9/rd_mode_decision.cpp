@@ -72,7 +72,7 @@ class MacroblockDecision {
         const MotionSearch search(picture_, *picture_.past, estimates_, quantiser_, preset_);
         const FoundVector one = search.Search(block, Nearest(prediction), starts.All());
         TryOne(prediction, one.vector);
-        if (picture_.header.mode == VectorMode::Mixed) TryFour(search, one);
+        if (picture_.header.mode == VectorMode::Mixed) TryFourMv(search, one);
         TryIntra(one.cost);
         Finish();
     }
@@ -106,7 +106,7 @@ class MacroblockDecision {
   private:
     // A vector that the search may count from.
     static MotionVector Nearest(const VectorPrediction& prediction) {
-        return prediction.named ? prediction.left : prediction.median;
+        return prediction.is_hybrid ? prediction.left : prediction.median;
     }
 
     template <typename VectorOf>
@@ -139,17 +139,17 @@ class MacroblockDecision {
     // True when nothing is left to code, so that nothing better needs to be looked for.
     bool TrySkipped(const VectorPrediction& prediction) {
         const MotionVector median[] = {prediction.median};
-        const MotionVector named[] = {prediction.left, prediction.above};
+        const MotionVector hybrid[] = {prediction.left, prediction.above};
         const VectorWindow window = WindowOf(picture_, kLuma * x_, kLuma * y_);
         for (const MotionVector vector :
-             prediction.named ? std::span<const MotionVector>(named) : median) {
+             prediction.is_hybrid ? std::span<const MotionVector>(hybrid) : median) {
             if (!window.Holds(vector)) continue;
             Candidate& candidate = Begin();
             SetVector(candidate.macroblock, vector, prediction, picture_.header);
             candidate.macroblock.skipped = true;
             Predict(picture_, x_, y_, candidate.macroblock, samples_);
             LeaveResidual(picture_, x_, y_, samples_, candidate);
-            candidate.bits = 1 + (prediction.named ? 1 : 0);
+            candidate.bits = 1 + (prediction.is_hybrid ? 1 : 0);
             Consider(candidate);
             if (IsGoodEnough(candidate)) {
                 best_ = &candidate;
@@ -171,17 +171,17 @@ class MacroblockDecision {
         CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, candidate);
         const Macroblock& macroblock = candidate.macroblock;
         candidate.bits +=
-            1 + (prediction.named ? 1 : 0) +
+            1 + (prediction.is_hybrid ? 1 : 0) +
             VectorBits(macroblock.differences[0], macroblock.coded != 0, picture_.header);
         candidate.macroblock.skipped =
             macroblock.coded == 0 && macroblock.differences[0] == MotionVector();
         Consider(candidate);
     }
 
-    void TryFour(const MotionSearch& search, const FoundVector& one) {
+    void TryFourMv(const MotionSearch& search, const FoundVector& one) {
         Candidate& candidate = Begin();
         Macroblock& macroblock = candidate.macroblock;
-        macroblock.four = true;
+        macroblock.four_mv = true;
         macroblock.vectors.fill(one.vector);
         std::uint32_t cost = 0;
         int hybrids = 0;
@@ -195,11 +195,11 @@ class MacroblockDecision {
             cost += found.cost;
             if (cost > one.cost + one.cost / 16) return;
             macroblock.vectors[index] = found.vector;
-            macroblock.hybrid[index] = Named(prediction, found.vector);
+            macroblock.hybrid[index] = ChooseHybrid(prediction, found.vector);
             macroblock.differences[index] =
                 Difference(found.vector, prediction.For(macroblock.hybrid[index]),
                            picture_.header.vector_range);
-            hybrids += prediction.named ? 1 : 0;
+            hybrids += prediction.is_hybrid ? 1 : 0;
             differ = differ || !(found.vector == macroblock.vectors[0]);
         }
         if (!differ || !ChromaFits(picture_, x_, y_, macroblock)) return;
@@ -217,8 +217,8 @@ class MacroblockDecision {
         Consider(candidate);
     }
 
-    Hybrid Named(const VectorPrediction& prediction, MotionVector vector) const {
-        if (!prediction.named) return Hybrid::None;
+    Hybrid ChooseHybrid(const VectorPrediction& prediction, MotionVector vector) const {
+        if (!prediction.is_hybrid) return Hybrid::None;
         const auto bits = [&](MotionVector predictor) {
             return estimates_.vectors.Of(
                 Difference(vector, predictor, picture_.header.vector_range));
@@ -342,7 +342,7 @@ void SetVector(Macroblock& macroblock, MotionVector vector, const VectorPredicti
                const PictureHeader& header) {
     macroblock.vectors.fill(vector);
     macroblock.hybrid[0] = Hybrid::None;
-    if (prediction.named) {
+    if (prediction.is_hybrid) {
         const auto length = [&](MotionVector predictor) {
             const MotionVector d = Difference(vector, predictor, header.vector_range);
             return VectorBits(d, true, header);

@@ -291,8 +291,8 @@ class ResidualCoder {
         }
         if (macroblock.coded == 0) return;
         candidate_.bits += plan.bits;
-        // Four vectors share the pattern, which is then the caller's to count.
-        if (macroblock.four) candidate_.bits -= PatternBits(plan.coded);
+        // The vectors of 4MV share the pattern, which is then the caller's to count.
+        if (macroblock.four_mv) candidate_.bits -= PatternBits(plan.coded);
     }
 
     static constexpr std::array<bool, kBlocks> kNone{};

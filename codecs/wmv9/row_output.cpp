@@ -31,7 +31,7 @@ TableCounts& TableCounts::operator+=(const TableCounts& other) {
 
 int WrittenPattern(const Macroblock& macroblock) {
     int pattern = macroblock.coded;
-    if (!macroblock.four) return pattern;
+    if (!macroblock.four_mv) return pattern;
     for (std::size_t n = 0; n < 4; ++n)
         if (!(macroblock.differences[n] == MotionVector())) pattern |= 1 << (5 - n);
     return pattern;
@@ -59,7 +59,7 @@ void RowOutput::Add(const Picture& picture, const Macroblock& macroblock, const 
     }
     if (macroblock.skipped) return;
     AddVectors(picture, macroblock);
-    if (macroblock.four || macroblock.coded != 0)
+    if (macroblock.four_mv || macroblock.coded != 0)
         ++counts_.patterns[Index(WrittenPattern(macroblock))];
     for (int n = 0; n < kBlocks; ++n) {
         if (!macroblock.IsCoded(n)) continue;
@@ -77,7 +77,7 @@ void RowOutput::AddVectors(const Picture& picture, const Macroblock& macroblock)
         const int symbol = CodeOf(difference, with_coded, picture.header).symbol;
         ++counts_.vectors[Index(symbol)];
     };
-    if (macroblock.four) {
+    if (macroblock.four_mv) {
         for (int n = 0; n < 4; ++n) {
             const MotionVector difference = macroblock.differences[Index(n)];
             if (macroblock.IsCoded(n) || !(difference == MotionVector()))

@@ -46,8 +46,8 @@ class RowOutput {
     TableCounts counts_;
 };
 
-/// The pattern of coded blocks as it is written in P and B pictures: with four
-/// vectors, a bit of luma says that the block has a vector of its own or is coded.
+/// The pattern of coded blocks (CBPCY) as it is written in P and B pictures: with 4MV, a bit of
+/// luma says that the block has a vector difference or is coded.
 int WrittenPattern(const Macroblock& macroblock);
 
 }  // namespace codecs::wmv9

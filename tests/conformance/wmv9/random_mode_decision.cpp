@@ -30,13 +30,13 @@ struct Odds {
     explicit Odds(Random random)
         : intra(random.Pick({2, 15, 15, 70})),
           still(random.Pick({0, 10, 30, 90})),
-          four(random.Pick({0, 20, 60, 100})),
+          four_mv(random.Pick({0, 20, 60, 100})),
           direct(random.Pick({0, 25, 25, 95})),
           coded(random.Pick({10, 50, 90})) {}
 
     int intra;
     int still;  // the vector is what is predicted, and nothing is added
-    int four;
+    int four_mv;
     int direct;
     int coded;  // of a macroblock, and of a block
 };
@@ -59,9 +59,9 @@ class Dice {
     void Throw() {
         if (header_.IsI() || random_.Roll(odds_.intra)) return Intra();
         if (header_.IsB()) return BPicture(random_.Roll(odds_.still));
-        const bool four = header_.mode == VectorMode::Mixed && random_.Roll(odds_.four);
+        const bool four_mv = header_.mode == VectorMode::Mixed && random_.Roll(odds_.four_mv);
         const bool still = random_.Roll(odds_.still);
-        if (four && Four(still)) return;
+        if (four_mv && FourMv(still)) return;
         if (still && One(true)) return;
         One(false);
     }
@@ -138,15 +138,15 @@ class Dice {
         return moved;
     }
 
-    Hybrid Named(const VectorPrediction& prediction) {
-        if (!prediction.named) return Hybrid::None;
+    Hybrid AnyHybrid(const VectorPrediction& prediction) {
+        if (!prediction.is_hybrid) return Hybrid::None;
         return random_.Roll(50) ? Hybrid::Left : Hybrid::Above;
     }
 
     bool One(bool still) {
         Begin();
         const VectorPrediction prediction = PredictVector(picture_, x_, y_);
-        macroblock_.hybrid[0] = Named(prediction);
+        macroblock_.hybrid[0] = AnyHybrid(prediction);
         const Moved moved =
             Move(prediction.For(macroblock_.hybrid[0]), kLuma * x_, kLuma * y_, still);
         if (!moved.fits) return false;
@@ -157,13 +157,13 @@ class Dice {
         return true;
     }
 
-    bool Four(bool still) {
+    bool FourMv(bool still) {
         Begin();
-        macroblock_.four = true;
+        macroblock_.four_mv = true;
         for (int n = 0; n < 4; ++n) {
             const VectorPrediction prediction =
                 PredictBlockVector(picture_, x_, y_, n, macroblock_);
-            const Hybrid hybrid = Named(prediction);
+            const Hybrid hybrid = AnyHybrid(prediction);
             const Moved moved = Move(prediction.For(hybrid), kLuma * x_ + 8 * (n & 1),
                                      kLuma * y_ + 8 * (n >> 1), still || random_.Roll(25));
             if (!moved.fits) return false;

@@ -128,7 +128,8 @@ class RandomStream::Impl {
         header.ac_table = random_.Below(kAcChoices);
         header.luma_ac_table = random_.Below(kAcChoices);
         header.dc_table = random_.Below(2);
-        for (PlaneCoding* plane : {&header.four_plane, &header.skip_plane, &header.direct_plane}) {
+        for (PlaneCoding* plane :
+             {&header.four_mv_plane, &header.skip_plane, &header.direct_plane}) {
             plane->mode = static_cast<PlaneMode>(random_.Below(kPlaneModes));
             plane->invert = plane->mode != PlaneMode::Raw && random_.Roll(50);
         }
