@@ -106,7 +106,7 @@ AcWriter::AcWriter(BitWriter& out, int largest_level, bool fine)
                              fine ? kFineLevelBits : kCoarseLevelBits)),
       fine_(fine) {}
 
-// The sizes of the fields of a plain escape stand in a picture's first one.
+// The sizes of the fields of a plain escape stand in a picture's first one: ESCLVLSZ, ESCRUNSZ.
 void AcWriter::PutSizes() {
     if (std::exchange(sizes_written_, true)) return;
     if (!fine_) {
@@ -133,19 +133,19 @@ void AcWriter::Put(const AcCodes& codes, const Symbol& symbol) {
     if (form == AcCodes::Form::Direct) return put(*codes.Find(last, run, level));
     out_.Put(codes.table_.escape);
     if (form == AcCodes::Form::LevelLess) {
-        out_.Put(1, 1);
+        out_.Put(1, 1);  // ESCMODE
         return put(*codes.Find(last, run, level - codes.LargestLevel(last, run)));
     }
     if (form == AcCodes::Form::RunLess) {
-        out_.Put(1, 2);
+        out_.Put(1, 2);  // ESCMODE
         return put(*codes.Find(last, run - codes.LargestRun(last, level) - 1, level));
     }
-    out_.Put(0, 2);
-    out_.Put(last ? 1 : 0, 1);
+    out_.Put(0, 2);             // ESCMODE
+    out_.Put(last ? 1 : 0, 1);  // ESCLR
     PutSizes();
-    out_.Put(static_cast<std::uint32_t>(run), kRunBits);
-    out_.Put(sign, 1);
-    out_.Put(static_cast<std::uint32_t>(level), level_bits_);
+    out_.Put(static_cast<std::uint32_t>(run), kRunBits);       // ESCRUN
+    out_.Put(sign, 1);                                         // LVLSGN2
+    out_.Put(static_cast<std::uint32_t>(level), level_bits_);  // ESCLVL
 }
 
 }  // namespace codecs::wmv9

@@ -10,7 +10,7 @@
 
 namespace codecs::wmv9 {
 
-/// A level that is not zero, after a run of zeros.
+/// A level that is not zero, after a run of zeros (ACCOEF1).
 struct Symbol {
     std::int16_t level = 0;
     std::uint8_t run = 0;  // 0 to 63
@@ -41,6 +41,8 @@ class AcCodes {
     friend class AcWriter;
     static constexpr int kQuickLevels = 64;
 
+    /// Without an escape, then by ESCMODE: a level less the table's largest, a run less its
+    /// longest (ACCOEF2), and plain numbers.
     enum class Form : std::uint8_t { Direct, LevelLess, RunLess, Plain };
     const AcEntry* Find(bool last, int run, int level) const;
     Form ShortestForm(bool last, int run, int level) const;

@@ -30,19 +30,19 @@ class BitPlane {
 
 enum class PlaneMode : std::uint8_t {
     Raw,
-    Pairs,
-    PairsOfChange,
-    Tiles,
-    TilesOfChange,
-    Rows,
-    Columns
+    Pairs,          // Norm-2
+    PairsOfChange,  // Diff-2
+    Tiles,          // Norm-6
+    TilesOfChange,  // Diff-6
+    Rows,           // Rowskip
+    Columns         // Colskip
 };
 constexpr int kPlaneModes = 7;
 
 /// How a plane is written. Raw leaves its bits to the macroblocks.
 struct PlaneCoding {
-    PlaneMode mode = PlaneMode::Rows;
-    bool invert = false;
+    PlaneMode mode = PlaneMode::Rows;  // IMODE
+    bool invert = false;               // INVERT
     bool operator==(const PlaneCoding&) const = default;
 };
 

@@ -9,7 +9,7 @@
 
 namespace codecs::wmv9 {
 
-/// A difference as its symbol and the bits after it, the sign last.
+/// A difference as its symbol (DCCOEF) and the bits after it (DCCOEF_ESC), the sign (DCSIGN) last.
 struct DcCode {
     int symbol = 0;
     Code extra;

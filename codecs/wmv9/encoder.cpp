@@ -142,7 +142,6 @@ class Encoder::Impl {
         header.b_pictures = std::clamp(request.b_pictures, 1, std::max(1, settings_.b_pictures));
         header.b_number = std::clamp(request.b_number, 1, header.b_pictures);
         const double quantiser = std::clamp(request.quantiser, 1.0, 31.0);
-        header.quantiser = static_cast<int>(quantiser);
         if (quantiser < kFinestHalves) {
             header.half_step = std::lround(2 * quantiser) % 2 != 0;
             header.quantiser = static_cast<int>(std::lround(2 * quantiser) / 2);

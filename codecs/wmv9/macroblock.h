@@ -21,7 +21,7 @@ struct MotionVector {
     constexpr bool operator==(const MotionVector&) const = default;
 };
 
-/// Which anchors predict a macroblock of a B picture.
+/// Which anchors predict a macroblock of a B picture (BMVTYPE; DIRECTBBIT).
 enum class Direction : std::uint8_t { Forward, Backward, Both, Direct };
 
 /// Of the predictors above (A) and to the left (C), the one that the stream names (HYBRIDPRED).
@@ -36,23 +36,24 @@ struct BlockEdge {
 
 struct Macroblock {
     bool intra = false;
-    bool four_mv = false;  // 4MV: a vector for each block of luma
-    bool skipped = false;  // neither residual nor vector difference
-    bool ac_predicted = false;
+    bool four_mv = false;         // 4MV: a vector for each block of luma
+    bool skipped = false;         // SKIPMBBIT: neither residual nor vector difference
+    bool ac_predicted = false;    // ACPRED
     std::uint8_t from_above = 0;  // bit n: block n's levels are predicted from the block above
-    bool block_types = false;     // each block names its transform
-    std::uint8_t quantiser = 1;
-    std::uint8_t coded = 0;  // bit 5 - n: block n has levels
-    Direction direction = Direction::Forward;
+    bool block_types = false;     // TTMB, TTBLK: each block names its transform
+    std::uint8_t quantiser = 1;   // MQUANT
+    std::uint8_t coded = 0;       // CBPCY; bit 5 - n: block n has levels
+    Direction direction = Direction::Forward;   // BMVTYPE
     std::array<MotionVector, 4> vectors{};      // by block; of intra ones 0. Of B pictures [0] only
     MotionVector backward;                      // of B pictures
-    std::array<MotionVector, 4> differences{};  // as they are written
+    std::array<MotionVector, 4> differences{};  // MVDATA, BLKMVDATA, BMV1, BMV2
     MotionVector backward_difference;
-    std::array<Hybrid, 4> hybrid{};
+    std::array<Hybrid, 4> hybrid{};  // HYBRIDPRED
     std::array<Shape, kBlocks> shapes{};
-    /// Which of a block's transforms are coded, the first one in the highest bit of 4, 2 or 1.
+    /// Which of a block's transforms are coded (SUBBLKPAT), the first one in the highest bit of 4,
+    /// 2 or 1.
     std::array<std::uint8_t, kBlocks> parts{};
-    std::array<std::int16_t, kBlocks> dc{};  // differences, as they are written
+    std::array<std::int16_t, kBlocks> dc{};  // DCCOEF: differences, as they are written
 
     bool IsCoded(int block) const { return (coded >> (5 - block) & 1) != 0; }
     void SetCoded(int block, bool is) {

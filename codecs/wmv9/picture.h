@@ -18,36 +18,37 @@ namespace codecs::wmv9 {
 /// Units and filters of vectors; with Mixed a macroblock may have 4MV (MVMODE).
 enum class VectorMode : std::uint8_t { Quarter, Half, HalfBilinear, Mixed };
 
-/// How the samples of the reference are mapped before use (SMPTE ST 421, 8.3.8).
+/// Intensity compensation: how the samples of the reference are mapped before use (SMPTE ST 421,
+/// 8.3.8).
 struct Intensity {
-    int scale = 32;  // 0 to 63; 32 and a shift of 0 map nothing
-    int shift = 0;   // 0 to 63
+    int scale = 32;  // LUMSCALE, 0 to 63; 32 and a shift of 0 map nothing
+    int shift = 0;   // LUMSHIFT, 0 to 63
     bool operator==(const Intensity&) const = default;
 };
 
 struct PictureHeader {
-    PictureKind kind = PictureKind::kI;
-    int counter = 0;
-    int quantiser = 8;       // 1 to 31
-    bool half_step = false;  // half a quantiser more; up to quantiser 8
-    bool varying = false;    // macroblocks name their quantiser
-    int vector_range = 0;    // 0 to 3
-    VectorMode mode = VectorMode::Quarter;
+    PictureKind kind = PictureKind::kI;     // PTYPE
+    int counter = 0;                        // FRMCNT
+    int quantiser = 8;                      // PQINDEX, 1 to 31; PQUANT is the same
+    bool half_step = false;                 // HALFQP: half a quantiser more; up to quantiser 8
+    bool varying = false;                   // DQUANTFRM (VOPDQUANT): macroblocks name theirs
+    int vector_range = 0;                   // MVRANGE, 0 to 3
+    VectorMode mode = VectorMode::Quarter;  // MVMODE, MVMODE2
     std::optional<Intensity> intensity;
-    std::optional<Shape> shape;  // one transform for the whole picture
-    int rounding = 0;            // 0 or 1; not in the stream
-    int b_number = 1;            // of a B picture: from 1 on ...
+    std::optional<Shape> shape;  // TTMBF, TTFRM: one transform for the whole picture
+    int rounding = 0;            // RNDCTRL, 0 or 1; not in the stream
+    int b_number = 1;            // BFRACTION, of a B picture: from 1 on ...
     int b_pictures = 1;          // ... among so many consecutive ones
 
     // Chosen when the macroblocks are known.
-    PlaneCoding four_mv_plane;
-    PlaneCoding skip_plane;
-    PlaneCoding direct_plane;
-    int vector_table = 0;
-    int pattern_table = 0;
-    int ac_table = 0;       // of an I picture: of chroma
-    int luma_ac_table = 0;  // of an I picture
-    int dc_table = 0;
+    PlaneCoding four_mv_plane;  // MVTYPEMB
+    PlaneCoding skip_plane;     // SKIPMB
+    PlaneCoding direct_plane;   // DIRECTMB
+    int vector_table = 0;       // MVTAB
+    int pattern_table = 0;      // CBPTAB
+    int ac_table = 0;           // TRANSACFRM; of an I picture: of chroma
+    int luma_ac_table = 0;      // TRANSACFRM2, of an I picture
+    int dc_table = 0;           // TRANSDCTAB
 
     bool IsI() const { return kind == PictureKind::kI; }
     bool IsB() const { return kind == PictureKind::kB; }

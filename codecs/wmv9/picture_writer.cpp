@@ -60,34 +60,35 @@ class Writer {
     }
 
     void Header(const PicturePlanes& planes) {
-        out_.Put(Unsigned(header_.counter), 2);
+        out_.Put(Unsigned(header_.counter), 2);  // FRMCNT
         PutKind();
-        if (header_.IsI()) out_.Put(0, 7);  // how full the VBV is: unknown
-        out_.Put(Unsigned(header_.quantiser), 5);
-        if (header_.quantiser <= 8) out_.Put(header_.half_step, 1);
-        if (picture_.sequence.extended_vectors) out_.Put(kRangeCodes[header_.vector_range]);
+        if (header_.IsI()) out_.Put(0, 7);                           // BF: unknown
+        out_.Put(Unsigned(header_.quantiser), 5);                    // PQINDEX
+        if (header_.quantiser <= 8) out_.Put(header_.half_step, 1);  // HALFQP
+        if (picture_.sequence.extended_vectors)
+            out_.Put(kRangeCodes[header_.vector_range]);  // MVRANGE
         if (header_.IsI()) {
-            out_.Put(kAcTableCodes[header_.ac_table]);
-            out_.Put(kAcTableCodes[header_.luma_ac_table]);
-            out_.Put(Unsigned(header_.dc_table), 1);
+            out_.Put(kAcTableCodes[header_.ac_table]);       // TRANSACFRM
+            out_.Put(kAcTableCodes[header_.luma_ac_table]);  // TRANSACFRM2
+            out_.Put(Unsigned(header_.dc_table), 1);         // TRANSDCTAB
             return;
         }
         if (header_.IsB()) {
-            out_.Put(header_.mode == VectorMode::Quarter, 1);
-            WritePlane(out_, planes.direct, header_.direct_plane);
+            out_.Put(header_.mode == VectorMode::Quarter, 1);       // MVMODE
+            WritePlane(out_, planes.direct, header_.direct_plane);  // DIRECTMB
         } else {
             PutMode();
             if (header_.mode == VectorMode::Mixed)
-                WritePlane(out_, planes.four_mv, header_.four_mv_plane);
+                WritePlane(out_, planes.four_mv, header_.four_mv_plane);  // MVTYPEMB
         }
-        WritePlane(out_, planes.skipped, header_.skip_plane);
-        out_.Put(Unsigned(header_.vector_table), 2);
-        out_.Put(Unsigned(header_.pattern_table), 2);
+        WritePlane(out_, planes.skipped, header_.skip_plane);  // SKIPMB
+        out_.Put(Unsigned(header_.vector_table), 2);           // MVTAB
+        out_.Put(Unsigned(header_.pattern_table), 2);          // CBPTAB
         PutVarying();
-        out_.Put(header_.shape.has_value(), 1);
-        if (header_.shape) out_.Put(Unsigned(static_cast<int>(*header_.shape)), 2);
-        out_.Put(kAcTableCodes[header_.ac_table]);
-        out_.Put(Unsigned(header_.dc_table), 1);
+        out_.Put(header_.shape.has_value(), 1);                                      // TTMBF
+        if (header_.shape) out_.Put(Unsigned(static_cast<int>(*header_.shape)), 2);  // TTFRM
+        out_.Put(kAcTableCodes[header_.ac_table]);                                   // TRANSACFRM
+        out_.Put(Unsigned(header_.dc_table), 1);                                     // TRANSDCTAB
     }
 
     void Row(int y, const RowOutput& row) {
@@ -115,6 +116,7 @@ class Writer {
     std::size_t LevelBits() const { return level_bits_; }
 
   private:
+    // PTYPE, BFRACTION.
     void PutKind() {
         const bool has_b = picture_.sequence.most_b_pictures > 0;
         if (header_.kind == PictureKind::kP) return out_.Put(1, 1);
@@ -123,6 +125,7 @@ class Writer {
         out_.Put(FindBFraction(header_.b_number, header_.b_pictures).code);
     }
 
+    // MVMODE, MVMODE2, LUMSCALE, LUMSHIFT.
     void PutMode() {
         const bool fine = header_.quantiser <= kFineUpTo;
         const auto mode = static_cast<std::size_t>(header_.mode);
@@ -134,14 +137,16 @@ class Writer {
         out_.Put(Unsigned(header_.intensity->shift), 6);
     }
 
+    // VOPDQUANT.
     void PutVarying() {
         if (!picture_.sequence.varying_quantiser) return;
-        out_.Put(header_.varying, 1);
+        out_.Put(header_.varying, 1);  // DQUANTFRM
         if (!header_.varying) return;
-        out_.Put(kAnyMacroblock, 2);
-        out_.Put(0, 1);  // more than two quantisers
+        out_.Put(kAnyMacroblock, 2);  // DQPROFILE
+        out_.Put(0, 1);               // DQBILEVEL: more than two quantisers
     }
 
+    // MQDIFF, ABSMQ.
     void PutQuantiser(const Macroblock& macroblock) {
         if (!header_.varying) return;
         const int more = macroblock.quantiser - header_.quantiser;
@@ -150,14 +155,17 @@ class Writer {
         out_.Put(macroblock.quantiser, 5);
     }
 
+    // CBPCY.
     void PutPattern(int pattern) {
         out_.Put(kPattern[Index(header_.pattern_table)][Index(pattern)]);
     }
 
+    // HYBRIDPRED.
     void PutHybrid(Hybrid hybrid) {
         if (hybrid != Hybrid::None) out_.Put(hybrid == Hybrid::Above, 1);
     }
 
+    // DCCOEF, DCCOEF_ESC, DCSIGN.
     void PutDc(const Macroblock& macroblock, int n) {
         const auto table = Index(header_.dc_table);
         const DcCode code = DcCodeOf(macroblock.dc[Index(n)], macroblock.quantiser);
@@ -165,7 +173,7 @@ class Writer {
         out_.Put(code.extra);
     }
 
-    // To the last one of the transform.
+    // ACCOEF1, ACCOEF2, to the last one of the transform.
     void PutLevels(const AcCodes& codes) {
         const std::size_t before = out_.Size();
         do levels_.Put(codes, *next_);
@@ -188,19 +196,19 @@ class Writer {
             if (!macroblock.IsCoded(n)) continue;
             const Shape shape = macroblock.shapes[Index(n)];
             const int parts = macroblock.parts[Index(n)];
-            if (first) out_.Put(names.Macroblock(shape, parts));
+            if (first) out_.Put(names.Macroblock(shape, parts));  // TTMB
             first = false;
             const TypeNames::Names own = names.Next(shape, parts);
-            out_.Put(own.type);
-            out_.Put(own.parts);
+            out_.Put(own.type);   // TTBLK
+            out_.Put(own.parts);  // SUBBLKPAT
             for (int part = 0; part < PartCount(shape); ++part)
                 if (HasPart(shape, parts, part)) PutLevels(other_);
         }
     }
 
     void IMacroblock(const Macroblock& macroblock, int x, int y) {
-        out_.Put(kIPattern[Index(WrittenIPattern(picture_.grid, macroblock, x, y))]);
-        out_.Put(macroblock.ac_predicted, 1);
+        out_.Put(kIPattern[Index(WrittenIPattern(picture_.grid, macroblock, x, y))]);  // CBPCY
+        out_.Put(macroblock.ac_predicted, 1);                                          // ACPRED
         PutIntraBlocks(macroblock);
     }
 
@@ -209,7 +217,7 @@ class Writer {
         const bool coded = macroblock.coded != 0;
         PutIntra(out_, coded, header_);
         if (!coded) PutQuantiser(macroblock);
-        out_.Put(macroblock.ac_predicted, 1);
+        out_.Put(macroblock.ac_predicted, 1);  // ACPRED
         if (coded) {
             PutPattern(macroblock.coded);
             PutQuantiser(macroblock);
@@ -225,12 +233,14 @@ class Writer {
 
     void PMacroblock(const Macroblock& macroblock) {
         if (header_.mode == VectorMode::Mixed && header_.four_mv_plane.mode == PlaneMode::Raw)
-            out_.Put(macroblock.four_mv, 1);
-        if (header_.skip_plane.mode == PlaneMode::Raw) out_.Put(macroblock.skipped, 1);
+            out_.Put(macroblock.four_mv, 1);  // MVMODEBIT
+        if (header_.skip_plane.mode == PlaneMode::Raw)
+            out_.Put(macroblock.skipped, 1);  // SKIPMBBIT
         if (macroblock.intra) return IntraMacroblock(macroblock);
         if (macroblock.four_mv) return FourMvMacroblock(macroblock);
         const bool coded = macroblock.coded != 0;
-        if (!macroblock.skipped) PutVector(out_, macroblock.differences[0], coded, header_);
+        if (!macroblock.skipped)
+            PutVector(out_, macroblock.differences[0], coded, header_);  // MVDATA
         PutHybrid(macroblock.hybrid[0]);
         if (coded) PutResidual(macroblock);
     }
@@ -250,8 +260,9 @@ class Writer {
 
     void BMacroblock(const Macroblock& macroblock) {
         const bool direct = !macroblock.intra && macroblock.direction == Direction::Direct;
-        if (header_.direct_plane.mode == PlaneMode::Raw) out_.Put(direct, 1);
-        if (header_.skip_plane.mode == PlaneMode::Raw) out_.Put(macroblock.skipped, 1);
+        if (header_.direct_plane.mode == PlaneMode::Raw) out_.Put(direct, 1);  // DIRECTBBIT
+        if (header_.skip_plane.mode == PlaneMode::Raw)
+            out_.Put(macroblock.skipped, 1);  // SKIPMBBIT
         if (macroblock.intra) return IntraMacroblock(macroblock);
         const bool coded = macroblock.coded != 0;
         if (direct) {
@@ -273,6 +284,7 @@ class Writer {
         if (coded) PutResidual(macroblock);
     }
 
+    // BMVTYPE.
     void PutDirection(Direction direction) {
         if (direction == Direction::Both) return out_.Put(3, 2);
         const bool backward_near = BScale(header_.b_number, header_.b_pictures) >= 128;

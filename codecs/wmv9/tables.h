@@ -10,31 +10,34 @@ namespace codecs::wmv9 {
 
 constexpr int kTransformClasses = 3;
 
-/// By quantiser.
+/// DCStepSize, by quantiser.
 extern const std::array<std::uint8_t, 32> kDcStep;
-/// 2^18 by a divisor, at its place less one: scales predictors from one quantiser to another.
+/// DQScale: 2^18 by a divisor, at its place less one: scales predictors from one quantiser to
+/// another.
 extern const std::array<std::int32_t, 63> kPredictorScale;
 
-/// Bit planes: two bits, the first one the lower; six bits, the first one the lowest.
+/// DATABITS of bit planes: two bits, the first one the lower; six bits, the first one the lowest.
 extern const std::array<Code, 4> kPairs;
 extern const std::array<Code, 64> kTiles;
 
-/// Which of a macroblock's blocks are coded, the first one in the highest bit.
+/// CBPCY: which of a macroblock's blocks are coded, the first one in the highest bit; in I
+/// pictures, and in others by CBPTAB.
 extern const std::array<Code, 64> kIPattern;
 extern const std::array<std::array<Code, 64>, 4> kPattern;
-/// The symbol of a vector difference less one.
+/// MVDATA by MVTAB: the symbol of a vector difference less one.
 extern const std::array<std::array<Code, 73>, 4> kVector;
 
+/// DCCOEF by TRANSDCTAB.
 constexpr int kDcEscape = 119;
 extern const std::array<std::array<Code, 120>, 2> kLumaDc;
 extern const std::array<std::array<Code, 120>, 2> kChromaDc;
 
-/// By class, then the type, with 8 more where it holds for the whole macroblock.
+/// TTMB by class, then the type, with 8 more where it holds for the whole macroblock.
 extern const std::array<std::array<Code, 16>, kTransformClasses> kMacroblockType;
-/// By class, then the symbol.
+/// TTBLK by class, then the symbol.
 extern const std::array<std::array<Code, 8>, kTransformClasses> kBlockType;
 extern const std::array<std::array<std::uint8_t, 8>, kTransformClasses> kBlockTypeSymbol;
-/// By class, then the mask of 4x4 blocks less one.
+/// SUBBLKPAT by class, then the mask of 4x4 blocks less one.
 extern const std::array<std::array<Code, 15>, kTransformClasses> kSubBlocks;
 
 /// Places of a block in coding order, rows of 8.

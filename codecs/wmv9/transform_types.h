@@ -1,4 +1,5 @@
-// How the transforms of a macroblock's blocks are named (SMPTE ST 421, 8.3.6.2).
+// How the transforms of a macroblock's blocks are named (SMPTE ST 421, 8.3.6.2): TTMB, TTBLK and
+// SUBBLKPAT.
 #pragma once
 
 #include <array>
@@ -29,19 +30,19 @@ constexpr int TransformType(Shape shape, int parts) {
     return 0;
 }
 
-/// Of the first coded block of a macroblock.
+/// TTMB: of the first coded block of a macroblock.
 inline Code FirstTypeCode(int transform_class, Shape shape, int parts, bool for_macroblock) {
     const int symbol = TransformType(shape, parts) + (for_macroblock ? 8 : 0);
     return kMacroblockType[Index(transform_class)][Index(symbol)];
 }
 
-/// Of a later block that names its own.
+/// TTBLK: of a later block that names its own.
 inline Code LaterTypeCode(int transform_class, Shape shape, int parts) {
     const auto row = Index(transform_class);
     return kBlockType[row][kBlockTypeSymbol[row][Index(TransformType(shape, parts))]];
 }
 
-/// Which halves or quarters are coded, where the type does not tell.
+/// SUBBLKPAT: which halves or quarters are coded, where the type does not tell.
 inline Code PartsCode(int transform_class, Shape shape, int parts) {
     if (shape == Shape::Whole8x8) return {};
     if (shape == Shape::Small4x4) return kSubBlocks[Index(transform_class)][Index(parts - 1)];
