@@ -6,6 +6,8 @@
 namespace codecs {
 namespace {
 
+// Chosen by hand, so that the pretended encoders of tests/unit/codecs/rate_control_test.cpp keep
+// their rates with many GOPs at work and with one.
 constexpr double kManyDropped = 0.1;  // of the pictures that are coded
 constexpr double kLearning = 0.5;     // weight of the GOP learnt last
 // Of a debt, shared by the GOPs at work and the next: each repays as if alone.

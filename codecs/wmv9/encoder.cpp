@@ -250,7 +250,7 @@ class Encoder::Impl {
 
     // Where a scene changes, little can be predicted.
     bool MostlyIntra() const {
-        constexpr int kPart = 60;  // percent
+        constexpr int kPart = 60;  // percent; chosen by hand
         int count = 0;
         for (int y = 0; y < height_; ++y)
             for (int x = 0; x < width_; ++x) count += grid_->At(x, y).intra ? 1 : 0;

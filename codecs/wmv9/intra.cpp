@@ -169,7 +169,8 @@ class IntraCoder {
         const TransformBlock block{coefficients_[n].data(), whole_[n].data(),
                                    IntraScan(picture_.header.IsI(), candidate_.macroblock, n),
                                    expected.data()};
-        // Without a choice by bits; levels are more often too large than too small.
+        // Without a choice by bits; levels are more often too large than too small. By
+        // hand, on the clips of bench/quality.
         constexpr double kRounding = 0.4;
         const double rounding = rd ? kChoiceRounding : kRounding;
         picture_.kernels.quantise(whole_[n].data(), coefficients_[n].data(), quantiser_.reciprocal,

@@ -13,7 +13,7 @@ namespace codecs::wmv9 {
 namespace {
 
 constexpr int kLuma = 16;
-// Bits that a macroblock coded by itself takes at least.
+// Bits that an intra macroblock takes at least. Chosen by hand on the clips of bench/quality.
 constexpr std::uint32_t kIntraBits = 24;
 
 constexpr int kCoarsest = 31;
