@@ -8,6 +8,7 @@
 #include "conformance/wmv9/campaigns.h"
 #include "conformance/wmv9/encoder_calls.h"
 #include "conformance/wmv9/random.h"
+#include "support/row_name.h"
 
 namespace wmv9_conformance {
 
@@ -136,35 +137,39 @@ Call MayBeI(Call call) {
     return call;
 }
 
-TEST(EncoderCalls, TurnRequestsIntoWhatCanBeCoded) {
-    const Call first = Encode(0, kI);
-    constexpr int kCut = 5;
-    // clang-format off
-    const RequestCase kCases[] = {
-        // why                               b_pictures before                        call                           kind        quantiser
-        {"a P picture, from nothing",              1, {},                               Encode(0, kP, 4),      kI,       4},
-        {"a B picture, from nothing",             1, {},                               Encode(0, kB, 4),        kI,       4},
-        {"a B picture, after one other",         1, {first},                            Encode(1, kB, 4),        kP, 4},
-        {"a B picture, where there is none",    0, {first, Encode(1, kP)},     Encode(2, kB, 4),        kP, 4},
-        {"finer than any quantiser",             1, {first},                            Encode(1, kP, 0),      kP, 1},
-        {"coarser than any",                     1, {first},                            Encode(1, kP, 99),     kP, 31},
-        {"a half that is none",                  1, {first},                            Encode(1, kP, 12.25),  kP, 12},
-        {"the scene goes on",                    1, {first},                            MayBeI(Encode(1, kP)), kP, 6},
-        {"the scene changes",                    1, {first},                            MayBeI(Encode(kCut, kP, 6.5)), kI, 6.5},
-        {"the scene changes, but others follow", 1, {first},                            Encode(kCut, kP),      kP, 6},
-    };
-    // clang-format on
-    for (const RequestCase& row : kCases) {
-        SCOPED_TRACE(row.why);
-        const EncoderSettings settings{
-            .width = 64, .height = 64, .b_pictures = row.b_pictures, .adaptive = true};
-        Calls calls = row.before;
-        calls.push_back(row.call);
-        const Outcome outcome = EncodeAll(settings, {.cut = kCut}, calls);
-        EXPECT_EQ(outcome.fault, "");
-        EXPECT_EQ(outcome.pictures.back().kind, row.kind);
-        EXPECT_EQ(outcome.pictures.back().quantiser, row.quantiser);
-    }
+const Call kFirst = Encode(0, kI);
+constexpr int kCut = 5;
+
+// clang-format off
+const RequestCase kRequests[] = {
+    // why                                   b_pictures before                   call                           kind quantiser
+    {"a P picture, from nothing",                    1, {},                      Encode(0, kP, 4),              kI,  4},
+    {"a B picture, from nothing",                    1, {},                      Encode(0, kB, 4),              kI,  4},
+    {"a B picture, after one other",                 1, {kFirst},                Encode(1, kB, 4),              kP,  4},
+    {"a B picture, where there is none",             0, {kFirst, Encode(1, kP)}, Encode(2, kB, 4),              kP,  4},
+    {"finer than any quantiser",                     1, {kFirst},                Encode(1, kP, 0),              kP,  1},
+    {"coarser than any",                             1, {kFirst},                Encode(1, kP, 99),             kP,  31},
+    {"a half that is none",                          1, {kFirst},                Encode(1, kP, 12.25),          kP,  12},
+    {"the scene goes on",                            1, {kFirst},                MayBeI(Encode(1, kP)),         kP,  6},
+    {"the scene changes",                            1, {kFirst},                MayBeI(Encode(kCut, kP, 6.5)), kI,  6.5},
+    {"the scene changes, but others follow",         1, {kFirst},                Encode(kCut, kP),              kP,  6},
+};
+// clang-format on
+
+class EncoderRequests : public testing::TestWithParam<RequestCase> {};
+INSTANTIATE_TEST_SUITE_P(Rows, EncoderRequests, testing::ValuesIn(kRequests),
+                         test_support::NameOfRow());
+
+TEST_P(EncoderRequests, BecomeWhatCanBeCoded) {
+    const RequestCase& row = GetParam();
+    const EncoderSettings settings{
+        .width = 64, .height = 64, .b_pictures = row.b_pictures, .adaptive = true};
+    Calls calls = row.before;
+    calls.push_back(row.call);
+    const Outcome outcome = EncodeAll(settings, {.cut = kCut}, calls);
+    EXPECT_EQ(outcome.fault, "");
+    EXPECT_EQ(outcome.pictures.back().kind, row.kind);
+    EXPECT_EQ(outcome.pictures.back().quantiser, row.quantiser);
 }
 
 // The last of the pictures is what the others refer to, whatever is seen.

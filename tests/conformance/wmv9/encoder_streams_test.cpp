@@ -8,6 +8,7 @@
 
 #include "conformance/wmv9/encoder_calls.h"
 #include "conformance/wmv9/stream_check.h"
+#include "support/row_name.h"
 
 namespace wmv9_conformance {
 
@@ -52,32 +53,35 @@ constexpr SizeCase kSizes[] = {
 };
 // clang-format on
 
-TEST(EncoderStreams, OfEverySizeDecode) {
-    for (const SizeCase& row : kSizes) {
-        SCOPED_TRACE(fmt::format("{}: {}x{}", row.why, row.width, row.height));
-        const EncoderSettings settings{.width = row.width,
-                                       .height = row.height,
-                                       .preset = row.preset,
-                                       .b_pictures = row.b_pictures};
-        const Calls calls = Gops(row.pictures, row.b_pictures, kMixedQuantisers);
-        EXPECT_EQ(EncodeAll(settings, {}, calls).fault, "");
-    }
+class EncoderStreamsOf : public testing::TestWithParam<SizeCase> {};
+INSTANTIATE_TEST_SUITE_P(Sizes, EncoderStreamsOf, testing::ValuesIn(kSizes),
+                         test_support::NameOfRow());
+
+TEST_P(EncoderStreamsOf, Decode) {
+    const SizeCase& row = GetParam();
+    const EncoderSettings settings{.width = row.width,
+                                   .height = row.height,
+                                   .preset = row.preset,
+                                   .b_pictures = row.b_pictures};
+    const Calls calls = Gops(row.pictures, row.b_pictures, kMixedQuantisers);
+    EXPECT_EQ(EncodeAll(settings, {}, calls).fault, "");
 }
 
-TEST(EncoderStreams, OfEveryPresetDecode) {
-    for (const int preset : {0, 20, 40, 60, 80, 100}) {
-        for (int b_pictures = 0; b_pictures <= 4; ++b_pictures) {
-            const bool simple = b_pictures == 4;
-            EncoderSettings settings{.width = 50, .height = 34, .preset = preset};
-            settings.profile = simple ? Profile::Simple : Profile::Main;
-            settings.b_pictures = simple ? 0 : b_pictures;
-            settings.adaptive = b_pictures % 2 == 1;
-            for (int content = 0; content < kContents; ++content) {
-                SCOPED_TRACE(fmt::format("preset {}, {} B pictures{}, content {}", preset,
-                                         settings.b_pictures, simple ? ", Simple" : "", content));
-                const Calls calls = Gops(9, settings.b_pictures, kMixedQuantisers);
-                EXPECT_EQ(EncodeAll(settings, {static_cast<Content>(content)}, calls).fault, "");
-            }
+class EncoderStreamsAt : public testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(Presets, EncoderStreamsAt, testing::Range(0, 101, 20));
+
+TEST_P(EncoderStreamsAt, Decode) {
+    for (int b_pictures = 0; b_pictures <= 4; ++b_pictures) {
+        const bool simple = b_pictures == 4;
+        EncoderSettings settings{.width = 50, .height = 34, .preset = GetParam()};
+        settings.profile = simple ? Profile::Simple : Profile::Main;
+        settings.b_pictures = simple ? 0 : b_pictures;
+        settings.adaptive = b_pictures % 2 == 1;
+        for (int content = 0; content < kContents; ++content) {
+            SCOPED_TRACE(fmt::format("{} B pictures{}, content {}", settings.b_pictures,
+                                     simple ? ", Simple" : "", content));
+            const Calls calls = Gops(9, settings.b_pictures, kMixedQuantisers);
+            EXPECT_EQ(EncodeAll(settings, {static_cast<Content>(content)}, calls).fault, "");
         }
     }
 }

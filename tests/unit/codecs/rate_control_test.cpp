@@ -12,6 +12,7 @@
 #include "codecs/common/gop_rate_control.h"
 #include "codecs/common/rate_allocator.h"
 #include "codecs/common/two_pass_plan.h"
+#include "support/row_name.h"
 
 namespace {
 
@@ -168,27 +169,27 @@ const RateCase kRateCases[] = {
 };
 // clang-format on
 
-TEST(RateControl, HoldsRateAndVbv) {
-    for (const RateCase& row : kRateCases) {
-        SCOPED_TRACE(row.why);
-        std::vector<PlannedGop> plan;
-        if (row.two_passes) {
-            RateSettings first = row.settings;
-            first.steady = true;
-            first.vbv_rate_bps = first.vbv_bits = 0;
-            first.may_drop = false;
-            plan =
-                PlanGops(row.settings, Code(first, {row.shot}, 20, 4, {}, row.b_pictures).report);
-        }
-        const Outcome outcome =
-            Code(row.settings, {row.shot}, 20, 4, std::move(plan), row.b_pictures);
-        EXPECT_NEAR(outcome.bits / (20 * kGopSeconds), row.settings.rate_bps,
-                    row.settings.rate_bps * row.within);
-        EXPECT_GE(outcome.dropped, row.least_drops);
-        EXPECT_LE(outcome.dropped, row.most_drops);
-        if (row.settings.vbv_rate_bps > 0) {
-            EXPECT_LE(outcome.fullest_vbv, row.settings.vbv_bits);
-        }
+class RateControlOf : public testing::TestWithParam<RateCase> {};
+INSTANTIATE_TEST_SUITE_P(Contents, RateControlOf, testing::ValuesIn(kRateCases),
+                         test_support::NameOfRow());
+
+TEST_P(RateControlOf, HoldsRateAndVbv) {
+    const RateCase& row = GetParam();
+    std::vector<PlannedGop> plan;
+    if (row.two_passes) {
+        RateSettings first = row.settings;
+        first.steady = true;
+        first.vbv_rate_bps = first.vbv_bits = 0;
+        first.may_drop = false;
+        plan = PlanGops(row.settings, Code(first, {row.shot}, 20, 4, {}, row.b_pictures).report);
+    }
+    const Outcome outcome = Code(row.settings, {row.shot}, 20, 4, std::move(plan), row.b_pictures);
+    EXPECT_NEAR(outcome.bits / (20 * kGopSeconds), row.settings.rate_bps,
+                row.settings.rate_bps * row.within);
+    EXPECT_GE(outcome.dropped, row.least_drops);
+    EXPECT_LE(outcome.dropped, row.most_drops);
+    if (row.settings.vbv_rate_bps > 0) {
+        EXPECT_LE(outcome.fullest_vbv, row.settings.vbv_bits);
     }
 }
 
