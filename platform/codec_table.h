@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
-#include <iterator>
 #include <string_view>
 
 #include "platform/encoder.h"
@@ -66,16 +65,16 @@ inline constexpr VbrModes kAllVbrModes = {VbrMode::Constant, VbrMode::Peak, VbrM
                                           VbrMode::BitRate};
 
 // clang-format off
-inline constexpr AudioCodecRow kAudioCodecs[] = {
+inline constexpr auto kAudioCodecs = std::to_array<AudioCodecRow>({
     // short name tag    name                                  modes                several depths  maker
     {"WMA9STD",   0x161, "Windows Media Audio 9",              kAllVbrModes,        false, {CodecMaker::Kind::Library, "wmav2"}},
     {"WMA9PRO",   0x162, "Windows Media Audio 9 Professional", kAllVbrModes,        true,  {CodecMaker::Kind::StandIn, "WMA9STD"}},
     {"WMA9LSL",   0x163, "Windows Media Audio 9 Lossless",     {VbrMode::Quality},  true,  {CodecMaker::Kind::StandIn, "PCM"}},
     {"WMSP9",     0x00A, "Windows Media Audio 9 Voice",        {VbrMode::Constant}, false, {CodecMaker::Kind::StandIn, "WMA9STD"}},
     {"PCM",       0,     "PCM",                                {VbrMode::Constant}, false, {CodecMaker::Kind::Pcm}},
-};
+});
 
-inline constexpr VideoCodecRow kVideoCodecs[] = {
+inline constexpr auto kVideoCodecs = std::to_array<VideoCodecRow>({
     // short name four_cc         name                            modes                maker                                   even_width even_height fields
     {"WMV7",      FourCC("WMV1"), "Windows Media Video 7",        kAllVbrModes,        {CodecMaker::Kind::Library, "wmv1"},    true,      false,      false},
     {"WMV8",      FourCC("WMV2"), "Windows Media Video 8",        kAllVbrModes,        {CodecMaker::Kind::Library, "wmv2"},    true,      false,      false},
@@ -83,12 +82,12 @@ inline constexpr VideoCodecRow kVideoCodecs[] = {
     {"WMS9",      FourCC("MSS2"), "Windows Media Video 9 Screen", kAllVbrModes,        {CodecMaker::Kind::StandIn, "WMV8"},    true,      false,      false},
     {"MP41",      FourCC("MP4S"), "ISO MPEG-4 Video v1",          kAllVbrModes,        {CodecMaker::Kind::Library, "mpeg4"},   false,     false,      true},
     {"UNCOMP",    0,              "Full frames (uncompressed)",   {VbrMode::Constant}, {CodecMaker::Kind::FullFrames},         false,     false,      false},
-};
+});
 // clang-format on
 
 /// The short names of a table, in its order: the words that a command may name a codec with.
 template <typename Row, std::size_t count>
-constexpr std::array<std::string_view, count> ShortNames(const Row (&table)[count]) {
+constexpr std::array<std::string_view, count> ShortNames(const std::array<Row, count>& table) {
     std::array<std::string_view, count> names;
     std::ranges::transform(table, names.begin(), &Row::short_name);
     return names;
@@ -98,9 +97,10 @@ inline constexpr auto kVideoCodecNames = ShortNames(kVideoCodecs);
 
 /// The first row whose `field` is `value`; null when there is none.
 template <typename Row, std::size_t count, typename Field, typename Value>
-constexpr const Row* FindRow(const Row (&table)[count], Field Row::*field, const Value& value) {
-    const Row* const row = std::ranges::find(table, value, field);
-    return row == std::end(table) ? nullptr : row;
+constexpr const Row* FindRow(const std::array<Row, count>& table, Field Row::*field,
+                             const Value& value) {
+    const auto row = std::ranges::find(table, value, field);
+    return row == table.end() ? nullptr : &*row;
 }
 constexpr const AudioCodecRow* FindAudioCodec(std::string_view short_name) {
     return FindRow(kAudioCodecs, &AudioCodecRow::short_name, short_name);
@@ -125,7 +125,7 @@ constexpr const VideoCodecRow& Written(const VideoCodecRow& row) {
 
 /// How many codecs a mode lists: those up to the last that has it, since places hold in all modes.
 template <typename Row, std::size_t count>
-constexpr int CodecCount(const Row (&table)[count], VbrMode mode) {
+constexpr int CodecCount(const std::array<Row, count>& table, VbrMode mode) {
     int listed = 0;
     for (std::size_t i = 0; i < count; ++i)
         if (table[i].modes.Has(mode)) listed = static_cast<int>(i) + 1;

@@ -7,8 +7,8 @@
 
 #include "docs/reference/help_entries.h"
 #include "engine/object_model/engine_factory.h"
+#include "platform/codec_table.h"
 #include "platform/text.h"
-#include "profiles/codec_catalogue.h"
 #include "profiles/predefined_profiles.h"
 
 namespace reference {
@@ -41,15 +41,14 @@ std::string Sound(const platform::WMEncAudience& audience) {
                        audience.AudioChannels(0) == 1 ? "mono" : "stereo");
 }
 
-std::string Picture(const platform::WMEncProfile2& profile,
-                    const platform::WMEncAudience& audience) {
-    const auto codec = profiles::VideoShortName(
-        profile.GetCodecFourCCFromIndex(SourceType::Video, audience.VideoCodec(0)));
+std::string Picture(const platform::WMEncAudience& audience) {
+    const platform::VideoCodecRow& codec =
+        platform::kVideoCodecs[static_cast<std::size_t>(audience.VideoCodec(0))];
     const std::string size =
         audience.VideoWidth(0) == 0
             ? "size of the source"
             : fmt::format("{} x {}", audience.VideoWidth(0), audience.VideoHeight(0));
-    return fmt::format("{}, {} bps, {}, {} fps", codec, audience.VideoBitrate(0), size,
+    return fmt::format("{}, {} bps, {}, {} fps", codec.short_name, audience.VideoBitrate(0), size,
                        Thousandths(audience.VideoFPS(0)));
 }
 
@@ -95,7 +94,7 @@ std::string ProfileTable() {
         const bool has_picture = audience->VideoBitrate(0) != 0;
         table += fmt::format("| `{}` | {} | {} | {} | {} |\n", code, name,
                              has_sound ? Sound(*audience) : "none",
-                             has_picture ? Picture(*session.g_objProfile, *audience) : "none",
+                             has_picture ? Picture(*audience) : "none",
                              Mode(*session.g_objProfile, *audience, session));
     }
     return table;

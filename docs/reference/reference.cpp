@@ -10,7 +10,7 @@
 #include "docs/reference/help_entries.h"
 #include "docs/reference/option_notes.h"
 #include "docs/reference/profile_table.h"
-#include "engine/encoders/codec_table.h"
+#include "engine/plan/audio_formats.h"
 #include "platform/text.h"
 #include "profiles/codec_catalogue.h"
 
@@ -128,17 +128,19 @@ std::string FilterTable() {
     return table + "\n";
 }
 
-std::string WrittenAs(const char* stand_in) { return stand_in == nullptr ? "itself" : stand_in; }
+template <typename Row>
+std::string_view WrittenAs(const Row& row) {
+    const Row& written = Written(row);
+    return &written == &row ? "itself" : written.name;
+}
 
 std::string CodecTables() {
     std::string text = "## Codecs\n\n| -a_codec | name | encoded as |\n|---|---|---|\n";
-    for (const engine::AudioCodecRow& row : engine::AudioCodecs())
-        text += fmt::format("| {} | {} | {} |\n", profiles::AudioShortName(row.tag), row.name,
-                            WrittenAs(row.stand_in));
+    for (const platform::AudioCodecRow& row : platform::kAudioCodecs)
+        text += fmt::format("| {} | {} | {} |\n", row.short_name, row.name, WrittenAs(row));
     text += "\n| -v_codec | name | encoded as |\n|---|---|---|\n";
-    for (const engine::VideoCodecRow& row : engine::VideoCodecs())
-        text += fmt::format("| {} | {} | {} |\n", profiles::VideoShortName(row.four_cc), row.name,
-                            WrittenAs(row.stand_in));
+    for (const platform::VideoCodecRow& row : platform::kVideoCodecs)
+        text += fmt::format("| {} | {} | {} |\n", row.short_name, row.name, WrittenAs(row));
     return text +
            "\nA codec that is encoded as another is so until its own encoder is built; listings, "
            "report and file say so. WMA9STD is encoded from 24000 bits per second on, at a "
@@ -147,7 +149,7 @@ std::string CodecTables() {
            "that comes near it.\n\n";
 }
 
-std::string ArgumentsOf(const engine::AudioCodecRow& row, VbrMode mode) {
+std::string ArgumentsOf(const platform::AudioCodecRow& row, VbrMode mode) {
     std::string arguments;
     for (const engine::AudioFormat& format : engine::AudioFormats(row, mode))
         arguments += (arguments.empty() ? "" : " ") + engine::FormatArgument(row, mode, format);
@@ -161,11 +163,10 @@ std::string FormatTables() {
         "88, 44, 22 and 11 kilohertz stand for 88200, 44100, 22050 and 11025 Hz; 1411, 705 and 353 "
         "kilobits for 1411200, 705600 and 352800 bps. Modes 0 and 1 have the same formats.\n\n"
         "| codec | mode | formats |\n|---|---|---|\n";
-    for (const engine::AudioCodecRow& row : engine::AudioCodecs())
+    for (const platform::AudioCodecRow& row : platform::kAudioCodecs)
         for (const std::size_t number : kListedModes)
             if (const std::string all = ArgumentsOf(row, kModeNumbers[number]); !all.empty())
-                text += fmt::format("| {} | {} | {} |\n", profiles::AudioShortName(row.tag), number,
-                                    all);
+                text += fmt::format("| {} | {} | {} |\n", row.short_name, number, all);
     return text + "\n";
 }
 

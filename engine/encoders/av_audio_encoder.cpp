@@ -13,7 +13,7 @@ AvAudioEncoder::AvAudioEncoder(const AudioPlan& plan, PacketPool& packets)
     : plan_(plan), packets_(packets) {
     const WrittenAudio written = WrittenFor(*plan.codec, plan.mode, plan.format);
     const std::string subject = fmt::format("Audio codec {}", plan.codec->name);
-    const AVCodec* encoder = avcodec_find_encoder_by_name(written.av_encoder);
+    const AVCodec* encoder = avcodec_find_encoder_by_name(std::string(written.maker.name).c_str());
     if (encoder == nullptr) throw AvError(AVERROR_ENCODER_NOT_FOUND, subject);
     codec_.reset(CheckAllocated(avcodec_alloc_context3(encoder)));
     codec_->sample_fmt = encoder->sample_fmts[0];

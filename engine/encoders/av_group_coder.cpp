@@ -42,7 +42,8 @@ AvGroupCoder::AvGroupCoder(const VideoPlan& plan, const codecs::RateSettings& ra
                            double bucket_room_bits, PacketPool& packets)
     : fields_(plan.fields), packets_(packets) {
     const std::string subject = fmt::format("Video codec {}", plan.codec->name);
-    const AVCodec* encoder = avcodec_find_encoder_by_name(plan.codec->av_encoder);
+    const AVCodec* encoder =
+        avcodec_find_encoder_by_name(std::string(plan.WrittenCodec().maker.name).c_str());
     if (encoder == nullptr) throw AvError(AVERROR_ENCODER_NOT_FOUND, subject);
     codec_.reset(CheckAllocated(avcodec_alloc_context3(encoder)));
     codec_->width = plan.width;

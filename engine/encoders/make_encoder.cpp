@@ -1,6 +1,5 @@
 #include "engine/encoders/make_encoder.h"
 
-#include <string_view>
 #include <utility>
 
 #include "engine/encoders/av_audio_encoder.h"
@@ -14,13 +13,17 @@
 
 namespace engine {
 
+using platform::CodecMaker;
+
 std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const EncoderPass& pass,
                                                PacketPool& packets) {
-    if (plan.codec->written_four_cc == 0) return std::make_unique<FullFrameEncoder>(plan, packets);
+    const CodecMaker::Kind maker = plan.WrittenCodec().maker.kind;
+    if (maker == CodecMaker::Kind::FullFrames)
+        return std::make_unique<FullFrameEncoder>(plan, packets);
     StreamHeader header = VideoStreamHeader(plan);
     const codecs::RateSettings rate = VideoRate(plan, pass);
     const PictureFormat format{AV_PIX_FMT_YUV420P, plan.width, plan.height};
-    if (plan.codec->av_encoder == nullptr) {
+    if (maker == CodecMaker::Kind::Wmv9) {
         const codecs::wmv9::EncoderSettings settings = Wmv9Settings(plan);
         header.extra_data = Wmv9GroupCoder(settings, packets).ExtraData();
         header.reordered = settings.b_pictures > 0;
@@ -42,7 +45,7 @@ std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const Enco
 
 std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, PacketPool& packets) {
     const WrittenAudio written = WrittenFor(*plan.codec, plan.mode, plan.format);
-    if (std::string_view(written.av_encoder).starts_with("pcm_"))
+    if (written.maker.kind == CodecMaker::Kind::Pcm)
         return std::make_unique<PcmEncoder>(plan, packets);
     return std::make_unique<AvAudioEncoder>(plan, packets);
 }

@@ -18,7 +18,7 @@ std::int32_t CodedFrameRate(const VideoPlan& plan) {
 
 StreamHeader VideoStreamHeader(const VideoPlan& plan) {
     VideoHeader video;
-    video.four_cc = plan.codec->written_four_cc;
+    video.four_cc = plan.WrittenCodec().four_cc;
     video.width = plan.width;
     video.height = plan.height;
     video.frame_rate_thousandths = Unsigned(CodedFrameRate(plan));

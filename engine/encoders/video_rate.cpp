@@ -47,7 +47,9 @@ void KeepToLevel(const VideoPlan& plan, codecs::RateSettings& rate) {
     rate.vbv_bits = std::min(rate.vbv_bits, buffer);
 }
 
-bool IsOwn(const VideoPlan& plan) { return plan.codec->av_encoder == nullptr; }
+bool IsOwn(const VideoPlan& plan) {
+    return plan.WrittenCodec().maker.kind == platform::CodecMaker::Kind::Wmv9;
+}
 
 Ticks LengthOf(const VideoPlan& plan, int pictures) {
     return {
@@ -63,7 +65,7 @@ Ticks AskedLength(const VideoPlan& plan) {
 codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
     codecs::RateSettings rate;
     rate.rate_bps = plan.bit_rate_bps;
-    if (plan.codec->av_encoder == nullptr) rate.halves_up_to = kHalvesUpTo;
+    if (IsOwn(plan)) rate.halves_up_to = kHalvesUpTo;
     if (plan.mode == VbrMode::Quality) {
         rate.finest = rate.coarsest = rate.Coded(QualityQuantiser(plan.quality));
         KeepToLevel(plan, rate);

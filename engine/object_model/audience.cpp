@@ -26,7 +26,8 @@ AudienceRecord& Audience::State(int stream) const {
 
 std::int32_t Audience::AudioCodec(int stream) const { return State(stream).audio.codec; }
 void Audience::SetAudioCodec(int stream, std::int32_t index) {
-    State(stream).audio.codec = InRange("AudioCodec", index, 0, LastPlace(AudioCodecs().size()));
+    State(stream).audio.codec =
+        InRange("AudioCodec", index, 0, LastPlace(platform::kAudioCodecs.size()));
 }
 std::int32_t Audience::AudioBufferMax(int stream) const {
     return State(stream).audio.peak_buffer_ms;
@@ -48,7 +49,7 @@ void Audience::SetAudioConfig(int stream, std::int32_t channels, std::int32_t sa
                                 InRange("The sampling rate", sampling_rate, 1, kNoUpperLimit),
                                 InRange("The channels", channels, 1, kNoUpperLimit),
                                 InRange("The bits per sample", bits_per_sample, 1, kNoUpperLimit)};
-    audio.format = FindAudioFormat(AudioCodecs()[static_cast<std::size_t>(audio.codec)],
+    audio.format = FindAudioFormat(platform::kAudioCodecs[static_cast<std::size_t>(audio.codec)],
                                    profile_->audio_mode, wanted)
                        .value_or(wanted);
 }
@@ -66,7 +67,8 @@ std::int32_t Audience::AudioBitsPerSample(int stream) const {
 
 std::int32_t Audience::VideoCodec(int stream) const { return State(stream).video.codec; }
 void Audience::SetVideoCodec(int stream, std::int32_t index) {
-    State(stream).video.codec = InRange("VideoCodec", index, 0, LastPlace(VideoCodecs().size()));
+    State(stream).video.codec =
+        InRange("VideoCodec", index, 0, LastPlace(platform::kVideoCodecs.size()));
 }
 std::int32_t Audience::VideoBitrate(int stream) const { return State(stream).video.bit_rate_bps; }
 void Audience::SetVideoBitrate(int stream, std::int32_t bps) {

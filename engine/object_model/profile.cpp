@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "engine/object_model/audience.h"
+#include "engine/plan/codec_names.h"
 #include "engine/plan/value_checks.h"
 
 namespace engine {
@@ -20,10 +21,10 @@ const auto& RowAt(const Rows& rows, const char* list, int index) {
 }
 
 const AudioCodecRow& AudioRow(int index) {
-    return RowAt(AudioCodecs(), "The audio codec index", index);
+    return RowAt(platform::kAudioCodecs, "The audio codec index", index);
 }
 const VideoCodecRow& VideoRow(int index) {
-    return RowAt(VideoCodecs(), "The video codec index", index);
+    return RowAt(platform::kVideoCodecs, "The video codec index", index);
 }
 
 }  // namespace
@@ -71,8 +72,12 @@ void Profile::SetVBRMode(SourceType type, int stream, platform::VbrMode mode) {
     (type == SourceType::Audio ? state_->audio_mode : state_->video_mode) = mode;
 }
 
-int Profile::AudioCodecCount() const { return engine::AudioCodecCount(state_->audio_mode); }
-int Profile::VideoCodecCount() const { return engine::VideoCodecCount(state_->video_mode); }
+int Profile::AudioCodecCount() const {
+    return platform::CodecCount(platform::kAudioCodecs, state_->audio_mode);
+}
+int Profile::VideoCodecCount() const {
+    return platform::CodecCount(platform::kVideoCodecs, state_->video_mode);
+}
 
 std::string Profile::EnumAudioCodec(int index) const {
     return AudioDisplayName(AudioRow(index), state_->audio_mode);
@@ -88,12 +93,12 @@ int Profile::GetCodecIndexFromFourCC(SourceType type, std::uint32_t four_cc) con
     CheckAudioOrVideo(type);
     int index = 0;
     if (type == SourceType::Audio) {
-        for (const AudioCodecRow& row : AudioCodecs()) {
+        for (const AudioCodecRow& row : platform::kAudioCodecs) {
             if (row.tag == four_cc) return index;
             ++index;
         }
     } else {
-        for (const VideoCodecRow& row : VideoCodecs()) {
+        for (const VideoCodecRow& row : platform::kVideoCodecs) {
             if (row.four_cc == four_cc) return index;
             ++index;
         }

@@ -7,14 +7,15 @@
 #include <string>
 #include <vector>
 
-#include "engine/encoders/codec_table.h"
-#include "engine/encoders/pixel_formats.h"
 #include "engine/outputs/packet_sink.h"
+#include "engine/plan/pixel_formats.h"
+#include "engine/plan/written_audio.h"
 #include "engine/sources/camera_format.h"
 #include "engine/sources/device_list.h"
 #include "engine/sources/screen_area.h"
 #include "engine/sources/screen_share.h"
 #include "engine/ticks.h"
+#include "platform/codec_table.h"
 
 namespace engine {
 
@@ -79,7 +80,7 @@ struct FoldDown {
 
 struct AudioPlan {
     InputPlan input;
-    const AudioCodecRow* codec = nullptr;
+    const platform::AudioCodecRow* codec = nullptr;  // as asked for
     AudioFormat format{};           // as asked for; in quality mode `value` is the quality
     WrittenAudio written;           // what the encoder is given and the header says
     std::string codec_name;         // for the file's codec list
@@ -95,8 +96,8 @@ enum class FieldCoding : std::uint8_t { None, AsTheSource, TopFirst, BottomFirst
 
 struct VideoPlan {
     InputPlan input;
-    const VideoCodecRow* codec = nullptr;
-    std::string codec_name;  // for the file's codec list
+    const platform::VideoCodecRow* codec = nullptr;  // as asked for
+    std::string codec_name;                          // for the file's codec list
     std::string codec_description;
     platform::VbrMode mode = platform::VbrMode::Constant;
     FieldCoding fields = FieldCoding::None;
@@ -126,6 +127,9 @@ struct VideoPlan {
     /// What a device that conforms can take; 0 = no limit.
     std::int64_t level_rate_bps = 0;
     std::int64_t level_buffer_bits = 0;
+
+    /// The codec that is written.
+    const platform::VideoCodecRow& WrittenCodec() const { return platform::Written(*codec); }
 };
 
 struct EncodePlan {

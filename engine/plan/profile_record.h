@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/encoders/codec_table.h"
+#include "engine/plan/audio_formats.h"
 #include "platform/encoder.h"
 
 namespace engine {

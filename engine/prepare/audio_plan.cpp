@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "engine/plan/codec_names.h"
 #include "engine/plan/value_checks.h"
 #include "engine/prepare/peak_plan.h"
 
@@ -26,7 +27,7 @@ AudioPlan PlanAudio(const AudioSourceRecord& source, const ProfileRecord& profil
     if (audio.format.sampling_rate == 0)
         RefuseArgument("The profile has no audio format: give -a_setting or a profile code");
     AudioPlan plan;
-    plan.codec = &AudioCodecs()[static_cast<std::size_t>(audio.codec)];
+    plan.codec = &platform::kAudioCodecs[static_cast<std::size_t>(audio.codec)];
     plan.mode = profile.audio_mode;
     // Codec and mode may have been changed after the format was chosen.
     plan.format = RequireAudioFormat(*plan.codec, plan.mode, audio.format);

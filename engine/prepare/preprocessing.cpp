@@ -64,7 +64,7 @@ void PlanPreprocessing(const VideoSourceRecord& source, const ProfileRecord& pro
     plan.fields = filter.fields;
     if (plan.fields == FieldCoding::None && profile.interlaced)
         plan.fields = FieldCoding::AsTheSource;
-    if (plan.fields != FieldCoding::None && !plan.codec->fields)
+    if (plan.fields != FieldCoding::None && !plan.WrittenCodec().fields)
         RefuseUnbuilt(
             fmt::format("{} cannot code interlaced pictures here: give -v_preproc 1 to make whole "
                         "ones of them, or -v_codec MP41",

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "engine/plan/codec_names.h"
 #include "engine/plan/conformance.h"
 #include "engine/plan/value_checks.h"
 #include "engine/prepare/frame_size.h"
@@ -59,7 +60,7 @@ void PlanPixels(const VideoSourceRecord& source, VideoPlan& plan) {
             fmt::format("Pictures cannot be turned into the pixel format {:08X} (one with a "
                         "palette, or unknown): give -pixelformat another",
                         source.pixel_format));
-    if (plan.codec->written_four_cc != 0) return;
+    if (plan.WrittenCodec().four_cc != 0) return;
     if (!plan.pixels->uncompressed)
         RefuseArgument(
             fmt::format("{} in {} would be read as RGB555: give -pixelformat RGB555 or RGB24, or "
@@ -114,9 +115,9 @@ VideoPlan PlanVideo(const VideoSourceRecord& source, const ProfileRecord& profil
     const VideoSettings& video = profile.audiences.front().video;
     const VideoInfo info = PictureOf(source, camera);
     VideoPlan plan;
-    plan.codec = &VideoCodecs()[static_cast<std::size_t>(video.codec)];
+    plan.codec = &platform::kVideoCodecs[static_cast<std::size_t>(video.codec)];
     plan.mode = profile.video_mode;
-    if (video.codec >= VideoCodecCount(plan.mode))
+    if (!plan.codec->modes.Has(plan.mode))
         RefuseArgument(
             fmt::format("{} has no {} mode: give -v_mode 0 or another -v_codec; a mode that a "
                         "profile or an earlier command has set stays until a new session",

@@ -5,26 +5,28 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 }
 
-#include "engine/encoders/codec_table.h"
+#include "engine/plan/codec_names.h"
+#include "engine/plan/written_audio.h"
 #include "platform/text.h"
 
 namespace engine {
 namespace {
 
 using platform::VbrMode;
+using Kind = platform::CodecMaker::Kind;
 
 constexpr VbrMode kModes[] = {VbrMode::Constant, VbrMode::Peak, VbrMode::Quality, VbrMode::BitRate};
 
-const AudioCodecRow& Standard() { return AudioCodecs()[0]; }
-const AudioCodecRow& Professional() { return AudioCodecs()[1]; }
-const AudioCodecRow& Lossless() { return AudioCodecs()[2]; }
-const AudioCodecRow& Voice() { return AudioCodecs()[3]; }
-const AudioCodecRow& Pcm() { return AudioCodecs()[4]; }
+const AudioCodecRow& Standard() { return platform::kAudioCodecs[0]; }
+const AudioCodecRow& Professional() { return platform::kAudioCodecs[1]; }
+const AudioCodecRow& Lossless() { return platform::kAudioCodecs[2]; }
+const AudioCodecRow& Voice() { return platform::kAudioCodecs[3]; }
+const AudioCodecRow& Pcm() { return platform::kAudioCodecs[4]; }
 
 // Calls `use(row, mode, format)` for all listed formats.
 template <typename Use>
 void ForEachListedFormat(const Use& use) {
-    for (const AudioCodecRow& row : AudioCodecs())
+    for (const AudioCodecRow& row : platform::kAudioCodecs)
         for (const VbrMode mode : kModes)
             for (const AudioFormat& format : AudioFormats(row, mode)) use(row, mode, format);
 }
@@ -179,41 +181,43 @@ TEST(WrittenAudio, IsTheNearestThatTheEncoderCan) {
     // clang-format off
     const WrittenCase cases[] = {
         {"as asked", Standard(), VbrMode::Constant, {64040, 44100, 2, 16},
-         {"wmav2", 0x0161, {64040, 44100, 2, 16}}, "64 kbps, 44 kHz, stereo CBR"},
+         {{Kind::Library, "wmav2"}, 0x0161, {64040, 44100, 2, 16}}, "64 kbps, 44 kHz, stereo CBR"},
         {"below the encoder's range", Standard(), VbrMode::Constant, {20008, 22050, 1, 16},
-         {"wmav2", 0x0161, {24000, 22050, 1, 16}},
+         {{Kind::Library, "wmav2"}, 0x0161, {24000, 22050, 1, 16}},
          "24 kbps, 22 kHz, mono CBR (asked: 20 kbps, 22 kHz, mono)"},
         {"quality", Standard(), VbrMode::Quality, {75, 44100, 2, 16},
-         {"wmav2", 0x0161, {128000, 44100, 2, 16}},
+         {{Kind::Library, "wmav2"}, 0x0161, {128000, 44100, 2, 16}},
          "128 kbps, 44 kHz, stereo CBR (asked: quality 75, 44 kHz, stereo)"},
         {"more channels, rate and depth", Professional(), VbrMode::Constant, {768000, 96000, 8, 24},
-         {"wmav2", 0x0161, {320000, 48000, 2, 16}},
+         {{Kind::Library, "wmav2"}, 0x0161, {320000, 48000, 2, 16}},
          "320 kbps, 48 kHz, stereo CBR (asked: 768 kbps, 96 kHz, 8 channels, 24 bit)"},
         {"voice", Voice(), VbrMode::Constant, {12000, 16000, 1, 16},
-         {"wmav2", 0x0161, {24000, 16000, 1, 16}},
+         {{Kind::Library, "wmav2"}, 0x0161, {24000, 16000, 1, 16}},
          "24 kbps, 16 kHz, mono CBR (asked: 12 kbps, 16 kHz, mono)"},
         {"lossless", Lossless(), VbrMode::Quality, {100, 44100, 2, 24},
-         {"pcm_s24le", 1, {2116800, 44100, 2, 24}},
+         {{Kind::Pcm}, 1, {2116800, 44100, 2, 24}},
          "2117 kbps, 44 kHz, stereo, 24 bit (asked: quality 100, 44 kHz, stereo, 24 bit)"},
         {"PCM", Pcm(), VbrMode::Constant, {705600, 22050, 2, 16},
-         {"pcm_s16le", 1, {705600, 22050, 2, 16}}, "706 kbps, 22 kHz, stereo"},
+         {{Kind::Pcm}, 1, {705600, 22050, 2, 16}}, "706 kbps, 22 kHz, stereo"},
     };
     // clang-format on
     for (const WrittenCase& c : cases) {
         const WrittenAudio written = WrittenFor(c.row, c.mode, c.format);
-        EXPECT_STREQ(written.av_encoder, c.written.av_encoder) << c.why;
+        EXPECT_EQ(written.maker.kind, c.written.maker.kind) << c.why;
+        EXPECT_EQ(written.maker.name, c.written.maker.name) << c.why;
         EXPECT_EQ(written.tag, c.written.tag) << c.why;
         EXPECT_EQ(written.format, c.written.format) << c.why;
         EXPECT_EQ(AudioDescription(c.row, c.mode, c.format), c.description) << c.why;
     }
 }
 
-// libavcodec takes every format that is written.
+// libavcodec takes every format that it is to write.
 TEST(WrittenAudio, OpensInItsEncoder) {
     ForEachListedFormat([](const AudioCodecRow& row, VbrMode mode, const AudioFormat& format) {
         const WrittenAudio written = WrittenFor(row, mode, format);
-        const AVCodec* codec = avcodec_find_encoder_by_name(written.av_encoder);
-        ASSERT_NE(codec, nullptr) << written.av_encoder;
+        if (written.maker.kind == Kind::Pcm) return;
+        const AVCodec* codec = avcodec_find_encoder_by_name(written.maker.name.data());
+        ASSERT_NE(codec, nullptr) << written.maker.name;
         const auto free = [](AVCodecContext* c) { avcodec_free_context(&c); };
         const std::unique_ptr<AVCodecContext, decltype(free)> context(avcodec_alloc_context3(codec),
                                                                       free);
@@ -225,9 +229,21 @@ TEST(WrittenAudio, OpensInItsEncoder) {
         EXPECT_EQ(avcodec_open2(context.get(), codec, nullptr), 0)
             << row.name << " " << FormatArgument(row, mode, format);
     });
-    for (const VideoCodecRow& row : VideoCodecs()) {
-        const bool own = row.av_encoder == nullptr;
-        EXPECT_TRUE(own || avcodec_find_encoder_by_name(row.av_encoder) != nullptr) << row.name;
+}
+
+TEST(CodecTable, RowsHoldTogether) {
+    for (const AudioCodecRow& row : platform::kAudioCodecs) {
+        EXPECT_NE(Written(row).maker.kind, Kind::StandIn) << row.short_name;
+        for (const VbrMode mode : kModes)
+            EXPECT_EQ(row.modes.Has(mode), !AudioFormats(row, mode).empty())
+                << row.short_name << " " << ModeName(mode);
+    }
+    for (const VideoCodecRow& row : platform::kVideoCodecs) {
+        const platform::CodecMaker maker = Written(row).maker;
+        EXPECT_NE(maker.kind, Kind::StandIn) << row.short_name;
+        EXPECT_TRUE(maker.kind != Kind::Library ||
+                    avcodec_find_encoder_by_name(maker.name.data()) != nullptr)
+            << row.short_name;
     }
 }
 
@@ -241,9 +257,9 @@ TEST(CodecNames, SayWhatStandsIn) {
     EXPECT_EQ(audio(Lossless()), "Windows Media Audio 9 Lossless (needs -a_mode 2)");
     EXPECT_EQ(AudioDisplayName(Lossless(), VbrMode::Quality),
               "Windows Media Audio 9 Lossless (as PCM)");
-    EXPECT_EQ(VideoDisplayName(VideoCodecs()[3]),
+    EXPECT_EQ(VideoDisplayName(platform::kVideoCodecs[3]),
               "Windows Media Video 9 Screen (as Windows Media Video 8)");
-    EXPECT_EQ(VideoDisplayName(VideoCodecs()[2]), "Windows Media Video 9");
+    EXPECT_EQ(VideoDisplayName(platform::kVideoCodecs[2]), "Windows Media Video 9");
 }
 
 }  // namespace

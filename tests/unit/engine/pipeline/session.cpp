@@ -15,23 +15,38 @@ using namespace engine;
 
 namespace {
 
-// Our own encoder goes by the name that libavcodec has for its decoder.
-template <typename Row>
-std::string_view EncoderOf(const Row& row) {
-    return row.av_encoder != nullptr ? row.av_encoder : "wmv3";
+std::string_view AvName(const platform::CodecMaker& maker) {
+    using Kind = platform::CodecMaker::Kind;
+    switch (maker.kind) {
+        case Kind::Library:
+            return maker.name;
+        case Kind::Wmv9:
+            return "wmv3";
+        case Kind::FullFrames:
+            return "rawvideo";
+        case Kind::Pcm:
+            return "pcm_s16le";
+        case Kind::StandIn:
+            break;
+    }
+    return "";
 }
 
 template <typename Rows>
-const auto& RowOf(const Rows& rows, std::string_view encoder) {
+const auto& RowOf(const Rows& rows, std::string_view av_name) {
     for (const auto& row : rows)
-        if (row.stand_in == nullptr && EncoderOf(row) == encoder) return row;
+        if (AvName(row.maker) == av_name) return row;
     throw std::runtime_error("no such codec row");
 }
 
 }  // namespace
 
-const VideoCodecRow& VideoCodec(const char* av_encoder) { return RowOf(VideoCodecs(), av_encoder); }
-const AudioCodecRow& AudioCodec(const char* av_encoder) { return RowOf(AudioCodecs(), av_encoder); }
+const platform::VideoCodecRow& VideoCodec(std::string_view av_name) {
+    return RowOf(platform::kVideoCodecs, av_name);
+}
+const platform::AudioCodecRow& AudioCodec(std::string_view av_name) {
+    return RowOf(platform::kAudioCodecs, av_name);
+}
 
 VideoPlan Video(const std::string& path) {
     const MediaFileInfo info = ProbeMediaFile(path);

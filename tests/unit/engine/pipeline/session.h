@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/pipeline/encoding_run.h"
@@ -12,9 +13,9 @@
 
 namespace session {
 
-/// "wmv3" is our own.
-const engine::VideoCodecRow& VideoCodec(const char* av_encoder);
-const engine::AudioCodecRow& AudioCodec(const char* av_encoder);
+/// By the name that libavcodec has for the codec.
+const platform::VideoCodecRow& VideoCodec(std::string_view av_name);
+const platform::AudioCodecRow& AudioCodec(std::string_view av_name);
 
 /// 30 frames a second at most, 400 kbit/s Windows Media Video 8, the source's size.
 engine::VideoPlan Video(const std::string& path);

@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "engine/encoders/codec_table.h"
+#include "engine/plan/audio_formats.h"
 
 namespace engine {
 

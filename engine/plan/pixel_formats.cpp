@@ -1,4 +1,4 @@
-#include "engine/encoders/pixel_formats.h"
+#include "engine/plan/pixel_formats.h"
 
 #include "platform/encoder.h"
 

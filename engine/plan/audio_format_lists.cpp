@@ -1,4 +1,4 @@
-#include "engine/encoders/audio_formats.h"
+#include "engine/plan/audio_format_lists.h"
 
 #include <array>
 #include <cstddef>

@@ -1,0 +1,42 @@
+#include "engine/plan/codec_names.h"
+
+#include <fmt/format.h>
+
+namespace engine {
+
+namespace {
+
+using platform::VbrMode;
+
+template <typename Row>
+std::string NameWithStandIn(const Row& row) {
+    const Row& written = Written(row);
+    return &written == &row ? std::string(row.name)
+                            : fmt::format("{} (as {})", row.name, written.name);
+}
+
+}  // namespace
+
+const char* ModeName(VbrMode mode) {
+    switch (mode) {
+        case VbrMode::Constant:
+            return "constant rate";
+        case VbrMode::Peak:
+            return "peak rate";
+        case VbrMode::Quality:
+            return "quality";
+        case VbrMode::BitRate:
+            return "bit rate VBR";
+    }
+    return "unknown";
+}
+
+std::string AudioDisplayName(const AudioCodecRow& row, VbrMode mode) {
+    if (!row.modes.Has(mode) && row.modes.Has(VbrMode::Quality))
+        return fmt::format("{} (needs -a_mode 2)", row.name);
+    return NameWithStandIn(row);
+}
+
+std::string VideoDisplayName(const VideoCodecRow& row) { return NameWithStandIn(row); }
+
+}  // namespace engine
