@@ -55,23 +55,21 @@ void EncodingRun::NewSession() {
     Purge();
     auto encoder = factory_.MakeEncoder();
     if (session_.g_objEncoder) ReleaseEncoder();
-    g_objEvents = std::make_unique<Events>(*this, encoder);
+    events_ = std::make_unique<Events>(*this, encoder);
     session_.g_objEncoder = std::move(encoder);
-    session_.g_objSrcGrp = nullptr;
-    session_.g_objSrcAud = nullptr;
-    session_.g_objSrcVid = nullptr;
-    ++g_nSession;
+    session_.ClearSources();
+    ++session_number_;
 }
 
 void EncodingRun::EndSession() {
     if (session_.g_objEncoder) ReleaseEncoder();
-    g_bFailed = false;
-    ++g_nSession;
+    failed_ = false;
+    ++session_number_;
     Purge();
 }
 
 void EncodingRun::ReleaseEncoder() {
-    g_objEvents = nullptr;
+    events_ = nullptr;
     const auto encoder = std::exchange(session_.g_objEncoder, nullptr);
     if (encoder->RunState() != platform::EncoderState::Stopped) {
         StopEncoder(*encoder);
@@ -80,19 +78,19 @@ void EncodingRun::ReleaseEncoder() {
         if (on_state_) on_state_(platform::EncoderState::Stopped);
     }
     // Also when it has stopped: it may be the one whose event is being handled.
-    g_arrFinishing.push_back(encoder);
-    g_bRunning = false;
+    finishing_.push_back(encoder);
+    running_ = false;
 }
 
 void EncodingRun::Purge() {
-    if (g_nEventDepth > 0) return;
-    std::erase_if(g_arrFinishing, [](const auto& encoder) {
+    if (event_depth_ > 0) return;
+    std::erase_if(finishing_, [](const auto& encoder) {
         return encoder->RunState() == platform::EncoderState::Stopped;
     });
 }
 
 bool EncodingRun::IsFinishingOthers() const {
-    return std::any_of(g_arrFinishing.begin(), g_arrFinishing.end(), [](const auto& encoder) {
+    return std::any_of(finishing_.begin(), finishing_.end(), [](const auto& encoder) {
         return encoder->RunState() != platform::EncoderState::Stopped;
     });
 }
@@ -100,7 +98,7 @@ bool EncodingRun::IsFinishingOthers() const {
 void EncodingRun::Stop() { StopEncoder(*session_.g_objEncoder); }
 
 void EncodingRun::PauseOrResume() {
-    if (!g_bRunning) return;
+    if (!running_) return;
     platform::WMEncoder& encoder = *session_.g_objEncoder;
     Try([&] {
         if (encoder.RunState() == platform::EncoderState::Paused)
@@ -123,17 +121,17 @@ void EncodingRun::Try(Action&& action) {
 }
 
 TranscodeResult EncodingRun::Transcode() {
-    g_bFailed = false;
+    failed_ = false;
     // Preparing may ask the person something. What they do instead of answering may stop the
     // session, or put another into its place.
     const std::shared_ptr<platform::WMEncoder> session_encoder = session_.g_objEncoder;
     platform::WMEncoder& encoder = *session_encoder;
-    const std::uint64_t session = g_nSession;
+    const std::uint64_t session = session_number_;
     platform::ErrorTrap trap;
-    g_bRunning = true;
+    running_ = true;
     trap([&] { encoder.PrepareToEncode(true); });
-    if (session != g_nSession) return TranscodeResult::NotPrepared;
-    g_bRunning = false;
+    if (session != session_number_) return TranscodeResult::NotPrepared;
+    running_ = false;
     if (trap.UnsignedNumber() == platform::kEndMarkPastEnd) {
         // The end mark of -time lies past the end of this source: encode to the end instead.
         platform::ErrorTrap retry;
@@ -146,7 +144,7 @@ TranscodeResult EncodingRun::Transcode() {
         return TranscodeResult::NotPrepared;
     }
     for (const std::string& note : encoder.TakeNotes())
-        if (g_setNotes.insert(note).second) pane_.OutputInfo(note);
+        if (notes_told_.insert(note).second) pane_.OutputInfo(note);
 
     g_encodeError = 0;
     window_.Timer1().SetInterval(1000);
@@ -154,10 +152,10 @@ TranscodeResult EncodingRun::Transcode() {
     progress_.setupProgressBar();
 
     platform::ErrorTrap start;
-    g_bRunning = true;
+    running_ = true;
     start([&] { encoder.Start(); });
     if (start.HasError()) {
-        g_bRunning = false;
+        running_ = false;
         pane_.OutputInfo(fmt::format("Start encoder failed with error {} {}", start.Number(),
                                      start.Description()));
         return TranscodeResult::NotStarted;
@@ -167,21 +165,21 @@ TranscodeResult EncodingRun::Transcode() {
 }
 
 void EncodingRun::g_objEncoder_OnStateChange(platform::EncoderState state) {
-    ++g_nEventDepth;
-    const std::uint64_t session = g_nSession;
+    ++event_depth_;
+    const std::uint64_t session = session_number_;
     if (state == platform::EncoderState::Running)
         OnRunning();
     else if (state == platform::EncoderState::Paused)
         window_.lblStatus().SetCaption("  Paused...");
     else if (state == platform::EncoderState::Stopped)
         OnStopped();
-    if (session == g_nSession && on_state_) on_state_(state);
-    --g_nEventDepth;
+    if (session == session_number_ && on_state_) on_state_(state);
+    --event_depth_;
 }
 
 void EncodingRun::g_objEncoder_OnError(std::int32_t number, const std::string& description) {
     g_encodeError = number;
-    g_strEncodeError = description;
+    encode_error_text_ = description;
     pane_.OutputInfo(session::ErrorLine(static_cast<std::uint32_t>(number), description));
 }
 
@@ -193,7 +191,7 @@ void EncodingRun::OnRunning() {
 }
 
 void EncodingRun::OnStopped() {
-    g_bRunning = false;
+    running_ = false;
     g_dtEnd = clock_();
     window_.lblStatus().SetCaption("  Done.");
     window_.SetMousePointer(platform::MousePointer::Default);
@@ -202,27 +200,27 @@ void EncodingRun::OnStopped() {
     window_.Beep();
     window_.cmdGo().SetCaption("&Go");
     window_.Timer1().SetEnabled(false);
-    const std::uint64_t session = g_nSession;
+    const std::uint64_t session = session_number_;
     if (g_encodeError == 0) {
         pane_.OutputInfo("======== Encoding Completed ========\r\n");
         // Nobody else prints the report, so that a run has one.
         const bool reported = settings_.silent || report_.ShowStatistics(g_dtStart, g_dtEnd);
         // The report's message box may have let another session begin.
-        if (session == g_nSession) g_bFailed = !reported;
+        if (session == session_number_) failed_ = !reported;
     } else {
-        g_bFailed = true;
+        failed_ = true;
         pane_.OutputInfo(fmt::format("Error occurred in transcoding: Error Code = 0x{:X}",
                                      static_cast<std::uint32_t>(g_encodeError)));
     }
     window_.txtInfo().ScrollToEnd();
-    if (session == g_nSession && on_end_) on_end_(HowItEnded());
+    if (session == session_number_ && on_end_) on_end_(HowItEnded());
 }
 
 RunEnd EncodingRun::HowItEnded() const {
-    RunEnd how{g_dtStart, g_dtEnd, g_bFailed, {}};
+    RunEnd how{g_dtStart, g_dtEnd, failed_, {}};
     if (g_encodeError != 0) {
-        how.error = {static_cast<std::uint32_t>(g_encodeError), g_strEncodeError};
-    } else if (g_bFailed) {
+        how.error = {static_cast<std::uint32_t>(g_encodeError), encode_error_text_};
+    } else if (failed_) {
         how.error.description = "Output file could not be created.";
     }
     return how;

@@ -58,12 +58,12 @@ class EncodingRun {
     void Purge();
 
     /// Whether the session's encoder was started and has not yet reported its end.
-    bool IsRunning() const { return g_bRunning; }
+    bool IsRunning() const { return running_; }
     /// Whether an earlier encoder still finishes its file.
     bool IsFinishingOthers() const;
     /// Whether the last run ended in an error, or its report could not be written.
-    bool HasFailed() const { return g_bFailed; }
-    void ForgetFailure() { g_bFailed = false; }
+    bool HasFailed() const { return failed_; }
+    void ForgetFailure() { failed_ = false; }
     /// Called when the session's encoder has stopped, its lines written.
     void OnEnd(std::function<void(const RunEnd&)> handler) { on_end_ = std::move(handler); }
     /// Called when the session's encoder is in another state, after all else that this leads to;
@@ -72,7 +72,7 @@ class EncodingRun {
         on_state_ = std::move(handler);
     }
     /// Counts the sessions, so that one who waits can tell its own from the next.
-    std::uint64_t SessionNumber() const { return g_nSession; }
+    std::uint64_t SessionNumber() const { return session_number_; }
 
   private:
     class Events;
@@ -96,19 +96,19 @@ class EncodingRun {
     StatisticsReport& report_;
     const WallClock clock_;
 
-    std::unique_ptr<Events> g_objEvents;  // of the session's encoder
-    std::vector<std::shared_ptr<platform::WMEncoder>> g_arrFinishing;
-    std::set<std::string> g_setNotes;  // that were written: a walk would repeat them
-    std::uint64_t g_nSession = 0;
-    int g_nEventDepth = 0;  // events that are being handled
+    std::unique_ptr<Events> events_;  // of the session's encoder
+    std::vector<std::shared_ptr<platform::WMEncoder>> finishing_;
+    std::set<std::string> notes_told_;  // that were written: a walk would repeat them
+    std::uint64_t session_number_ = 0;
+    int event_depth_ = 0;  // events that are being handled
     std::int32_t g_encodeError = 0;
-    std::string g_strEncodeError;  // its description
+    std::string encode_error_text_;  // its description
     std::function<void(const RunEnd&)> on_end_;
     std::function<void(platform::EncoderState)> on_state_;
     WallTime g_dtStart;
     WallTime g_dtEnd;
-    bool g_bRunning = false;
-    bool g_bFailed = false;
+    bool running_ = false;
+    bool failed_ = false;
 };
 
 }  // namespace app

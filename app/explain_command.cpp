@@ -35,9 +35,7 @@ class Explanation final : public session::FileRun {
 
     void PrepareSession() override {
         state_.g_objEncoder = factory_.MakeEncoder();
-        state_.g_objSrcGrp = nullptr;
-        state_.g_objSrcAud = nullptr;
-        state_.g_objSrcVid = nullptr;
+        state_.ClearSources();
     }
 
     session::FileRunEnd RunToEnd() override {
@@ -83,9 +81,7 @@ bool ExplainCommand::Explain(const std::vector<std::string>& words) {
     const auto files = std::make_shared<ReadOnlyFiles>(factory_.MakeFileSystem());
     session_.g_objFSO = files;
     session_.g_objEncoder = factory_.MakeEncoder();
-    session_.g_objSrcGrp = nullptr;
-    session_.g_objSrcAud = nullptr;
-    session_.g_objSrcVid = nullptr;
+    session_.ClearSources();
     if (const auto kept = session_.g_objProfile) {
         session_.g_objProfile = factory_.MakeProfile();
         session_.g_objProfile->LoadFromIWMProfile(*kept);

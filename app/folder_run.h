@@ -22,9 +22,9 @@ class FolderRun final : public session::FileRun {
       public:
         explicit Walk(FolderRun& folder_run) : folder_run_(folder_run) {
             folder_run_.CancelWalks();
-            ++folder_run_.g_nWalks;
+            ++folder_run_.walks_;
         }
-        ~Walk() { --folder_run_.g_nWalks; }
+        ~Walk() { --folder_run_.walks_; }
         Walk(const Walk&) = delete;
         Walk& operator=(const Walk&) = delete;
 
@@ -32,9 +32,9 @@ class FolderRun final : public session::FileRun {
         FolderRun& folder_run_;
     };
 
-    bool IsWalking() const { return g_nWalks > 0; }
+    bool IsWalking() const { return walks_ > 0; }
     /// Ends every walk that has begun, each at the end of its file.
-    void CancelWalks() { g_nCancelledWalks = g_nWalks; }
+    void CancelWalks() { cancelled_walks_ = walks_; }
 
     /// Called before each file's session is prepared.
     void OnFile(std::function<void()> handler) { on_file_ = std::move(handler); }
@@ -45,14 +45,14 @@ class FolderRun final : public session::FileRun {
     }
     /// What it returns means nothing when another command has taken the session over.
     session::FileRunEnd RunToEnd() override;
-    bool WalkCancelled() const override { return g_nWalks <= g_nCancelledWalks; }
+    bool WalkCancelled() const override { return walks_ <= cancelled_walks_; }
 
   private:
     platform::EventLoop& loop_;
     EncodingRun& run_;
     std::function<void()> on_file_;
-    int g_nWalks = 0;           // nested in one another
-    int g_nCancelledWalks = 0;  // the outermost so many of them
+    int walks_ = 0;            // nested in one another
+    int cancelled_walks_ = 0;  // the outermost so many of them
 };
 
 }  // namespace app

@@ -182,7 +182,7 @@ void frmMain::OfferDefaultCommand() {
 }
 
 void frmMain::RunWords(const std::vector<std::string>& words) {
-    const std::uint64_t command = ++g_nCommands;
+    const std::uint64_t command = ++commands_begun_;
     g_nExitStatus = kDone;
     run_.ForgetFailure();
     run_log_.BeginCommand();
@@ -193,7 +193,7 @@ void frmMain::RunWords(const std::vector<std::string>& words) {
         pane_.OutputInfo(session::ErrorLine(error.unsigned_number(), error.description()));
     }
     // A command that was given meanwhile has its own status.
-    if (command != g_nCommands) return;
+    if (command != commands_begun_) return;
     g_nExitStatus = status;
     if (run_log_.IsOfFolder()) run_log_.EndCommand(status);
 }

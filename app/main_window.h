@@ -63,8 +63,9 @@ class frmMain final : public platform::FormEvents {
 
     std::string g_strInstallDrive;
     std::int16_t g_bAutoStarted = 0;
-    int g_nExitStatus = 0;          // of the command, before it runs
-    std::uint64_t g_nCommands = 0;  // sessions begun; tells a command whether it is still the last
+    int g_nExitStatus = 0;  // of the command, before it runs
+    std::uint64_t commands_begun_ =
+        0;  // sessions begun; tells a command whether it is still the last
 
     cli::EncodeSettings settings_;
     platform::SessionState session_;

@@ -21,6 +21,13 @@ struct SessionState {
     bool g_bCustomProfile = true;                 // never set back to true
     std::string AudioCodecName;                   // display names, for the report
     std::string VideoCodecName;
+
+    /// As every session begins: sources are made for one session only.
+    void ClearSources() {
+        g_objSrcGrp = nullptr;
+        g_objSrcAud = nullptr;
+        g_objSrcVid = nullptr;
+    }
 };
 
 }  // namespace platform

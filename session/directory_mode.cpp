@@ -43,7 +43,7 @@ DirectoryMode::DirectoryMode(platform::SessionState& state, cli::EncodeSettings&
     : state_(state), settings_(settings), pane_(pane), encoder_setup_(encoder_setup), run_(run) {}
 
 bool DirectoryMode::DoDirectoryModeEncoding() {
-    g_bAnyFailed = false;
+    any_failed_ = false;
     if (settings_.output.empty()) {
         pane_.OutputInfo("Error: No output directory specified");
         return false;
@@ -102,7 +102,7 @@ void DirectoryMode::EncodeFile(Walk& walk, const std::string& file) {
         if (encoder_setup_.SetupEncoder()) {
             RunFile(walk, file);
         } else {
-            g_bAnyFailed = true;
+            any_failed_ = true;
         }
     } catch (const platform::Error& error) {
         Fail(error);
@@ -121,19 +121,17 @@ void DirectoryMode::RunFile(Walk& walk, const std::string& file) {
     const FileRunEnd end = run_.RunToEnd();
     if (run_.WalkCancelled()) return;
     if (end != FileRunEnd::NotStarted) walk.written.push_back(output);
-    if (end != FileRunEnd::Completed) g_bAnyFailed = true;
+    if (end != FileRunEnd::Completed) any_failed_ = true;
 }
 
 void DirectoryMode::TearDownSession() {
     if (state_.g_objSrcGrp)
         state_.g_objEncoder->SourceGroupCollection().Remove(state_.g_objSrcGrp->Name());
-    state_.g_objSrcGrp = nullptr;
-    state_.g_objSrcAud = nullptr;
-    state_.g_objSrcVid = nullptr;
+    state_.ClearSources();
 }
 
 void DirectoryMode::Fail(const platform::Error& error) {
-    g_bAnyFailed = true;
+    any_failed_ = true;
     pane_.OutputInfo(ErrorLine(error.unsigned_number(), error.description()));
 }
 

@@ -27,7 +27,7 @@ class DirectoryMode {
     bool DoDirectoryModeEncoding();
 
     /// Whether a file or a folder of the walk that was started last could not be encoded.
-    bool AnyFailed() const { return g_bAnyFailed; }
+    bool AnyFailed() const { return any_failed_; }
 
   private:
     /// What one walk has to remember; the absolute paths of folders and files.
@@ -50,7 +50,7 @@ class DirectoryMode {
     platform::OutputPane& pane_;
     EncoderSetup& encoder_setup_;
     FileRun& run_;
-    bool g_bAnyFailed = false;
+    bool any_failed_ = false;
 };
 
 }  // namespace session
