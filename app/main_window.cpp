@@ -85,9 +85,8 @@ void frmMain::RunCommand(const std::vector<std::string>& words) {
 
 void frmMain::RunListing(const std::vector<std::string>& words) {
     if (!IsBusy()) {
-        // Text in the pane is not wiped by the first tick's help; a command still runs then.
-        if (window_.Arguments().empty()) g_bAutoStarted = 1;
         RunWords(words);
+        if (g_bAutoStarted == 0) listed_first_ = window_.txtInfo().Text();
         return;
     }
     // A new session would end the run, and a run reads its settings to its end.
@@ -177,12 +176,17 @@ void frmMain::OfferDefaultCommand() {
     window_.lblStatus().SetCaption("Change parameters, then press Go.  (Help is above)");
     window_.txtInfo().SetText("");
     cli::ShowHelp(pane_);
+    if (!listed_first_.empty()) {
+        window_.txtInfo().AppendText(std::exchange(listed_first_, {}));
+        pane_.scrollDisplay();
+    }
     window_.txtCmd().SetText("-profile scrna -output " + g_strInstallDrive +
                              ":\\ZELMO\\cap1.wmv -duration 90000");
 }
 
 void frmMain::RunWords(const std::vector<std::string>& words) {
     const std::uint64_t command = ++commands_begun_;
+    listed_first_.clear();
     g_nExitStatus = kDone;
     run_.ForgetFailure();
     run_log_.BeginCommand();

@@ -63,7 +63,8 @@ class frmMain final : public platform::FormEvents {
 
     std::string g_strInstallDrive;
     std::int16_t g_bAutoStarted = 0;
-    int g_nExitStatus = 0;  // of the command, before it runs
+    std::string listed_first_;  // before the automatic first run, whose help goes above it
+    int g_nExitStatus = 0;      // of the command, before it runs
     std::uint64_t commands_begun_ =
         0;  // sessions begun; tells a command whether it is still the last
 

@@ -344,7 +344,10 @@ TEST_F(MainWindowTest, AListingWithoutARunIsACommand) {
     EXPECT_THAT(Pane(), ElementsAre("audio device:", "video device:"));
     EXPECT_EQ(window.status.caption, "  Done.") << "nothing would take another text back";
     form.Timer1_Timer();
-    EXPECT_EQ(Pane().size(), 2U) << "the first tick does not wipe it";
+    const Lines pane = Pane();
+    EXPECT_EQ(pane.size(), 310U) << "the first run comes all the same";
+    EXPECT_EQ(Lines(pane.end() - 2, pane.end()), (Lines{"audio device:", "video device:"}));
+    EXPECT_EQ(window.command_box.text, kOffered);
 }
 
 TEST_F(MainWindowTest, AListingBeforeTheFirstTickLeavesTheArgumentsTheirRun) {
