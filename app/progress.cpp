@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::string_view kScreenProfiles = "scrn";
 constexpr double kThousand = 1000.0;
+constexpr double kNoDuration = -1;  // as the label has always shown it
 
 /// The nearest 16-bit number, halves to the even neighbour; none past 16 bits.
 std::optional<std::int16_t> ToInt16(double value) {
@@ -64,8 +65,9 @@ void Progress::setupProgressBar() {
 
     const std::int64_t length_ms = std::max(SourceLength(audio), SourceLength(video));
     if (!settings_.input.empty()) settings_.duration = static_cast<double>(length_ms) / kThousand;
-    window_.lblETm().SetCaption("Media Length: " + platform::NumberText(settings_.duration) +
-                                " secs");
+    window_.lblETm().SetCaption(
+        "Media Length: " + platform::NumberText(settings_.duration.value_or(kNoDuration)) +
+        " secs");
     g_nTotalPasses = AsksForTwoPasses(audio) || AsksForTwoPasses(video) ? 2 : 1;
 }
 
@@ -84,7 +86,7 @@ void Progress::Tick() {
     try {
         platform::WMEncStatistics& statistics = session_.g_objEncoder->Statistics();
         ShowRates(statistics);
-        const std::int32_t length_s = ToInt32(settings_.duration);
+        const std::int32_t length_s = ToInt32(settings_.duration.value_or(kNoDuration));
         if (length_s > 0) ShowPercent(statistics, length_s);
         if (IsCapture()) CountCaptureSecond();
     } catch (const platform::Error&) {
@@ -125,8 +127,7 @@ bool Progress::IsCapture() const {
 void Progress::CountCaptureSecond() {
     if (session_.g_objEncoder->RunState() == platform::EncoderState::Paused) return;
     ++g_nCaptureSeconds;
-    const bool until_stopped = settings_.duration < 0;  // no -duration was given
-    if (until_stopped || g_nCaptureSeconds < settings_.duration) return;
+    if (!settings_.duration || g_nCaptureSeconds < *settings_.duration) return;  // none: until Stop
     g_nCaptureSeconds = 0;
     session_.g_objEncoder->Stop();
     window_.Timer1().SetInterval(0);

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -70,7 +71,7 @@ std::string LineText(std::string_view label, std::string_view picture, Decimal v
 }
 
 void WriteLines(platform::OutputPane& pane, std::span<const Line> lines, const OutputStats& stats,
-                std::int32_t mode) {
+                std::optional<std::int32_t> mode) {
     for (const Line& line : lines) {
         if (line.is_expected_rate && mode == kModeWithoutExpectedRate) continue;
         pane.OutputInfo(LineText(line.label, line.picture, line.value(stats), line.unit));

@@ -1,8 +1,8 @@
 // The reference of all options, as the pane prints it, and the way to the help viewer.
 #pragma once
 
-#include <span>
 #include <string_view>
+#include <vector>
 
 #include "platform/file_system.h"
 #include "platform/output_pane.h"
@@ -11,7 +11,7 @@
 namespace cli {
 
 /// The lines in the order in which they print; separators are empty.
-std::span<const std::string_view> HelpLines();
+std::vector<std::string_view> HelpLines();
 
 void ShowHelp(platform::OutputPane& pane);
 

@@ -1,13 +1,14 @@
-// The options of the command language: one row an option, in the order in which they are compared.
+// The options of the command language: one row an option, which parser, help, explanations and the
+// reference all read.
 #pragma once
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
 
+#include "cli/command_actions.h"
 #include "cli/encode_settings.h"
 
 namespace cli {
@@ -16,7 +17,8 @@ namespace cli {
 enum class ValueKind {
     None,             // the option has no further values
     Text,             // a word as typed, not empty
-    UpperText,        // the same, folded to upper case
+    InputName,        // the same; one that cannot be read leaves the setting empty
+    UpperText,        // a word as typed, not empty, folded to upper case
     OptionalText,     // a word, when there is one that does not begin with "-"
     Integer,          // a whole number from 0 on
     OptionalInteger,  // the same when there is such a word, else the fallback
@@ -37,9 +39,9 @@ struct NumberRule {
     enum class Names { Option, Value, Nothing };
     std::int32_t lowest;
     std::int32_t highest;
-    std::int32_t step;
-    std::string_view line;  // about all others, followed by the option or the value as typed
-    Names names;            // Nothing: no line at all
+    std::int32_t step = 1;
+    std::string_view line = {};  // about all others, followed by the option or the value as typed
+    Names names;                 // Nothing: no line at all
 };
 
 /// One value of an option: how it is read, what it must be, where it goes.
@@ -48,21 +50,54 @@ struct OptionValue {
     void (*store_text)(EncodeSettings&, const std::string&) = nullptr;
     void (*store_integer)(EncodeSettings&, std::int32_t) = nullptr;
     void (*store_float)(EncodeSettings&, float) = nullptr;
-    std::int32_t fallback = 0;  // of an optional number
-    std::int32_t factor = 1;    // between the number typed and the one stored
+    bool (*given)(const EncodeSettings&) = nullptr;  // whether a value is there; null: none is kept
+    std::int32_t fallback = 0;                       // of an optional number
+    std::int32_t factor = 1;                         // between the number typed and the one stored
     const TextRule* text_rule = nullptr;
     const NumberRule* number_rule = nullptr;
 };
 
-struct Option {
-    std::string_view name;       // lower case, with its dash
-    bool EncodeSettings::*flag;  // set as soon as the option stands in a command; may be null
-    std::array<OptionValue, 4> values{};  // in the order in which they follow the option
+/// Whether the example of a note runs today.
+enum class Today {
+    Works,
+    Refused,  // one line says that it is not possible yet; exit status 1
+    Hardware  // it depends on the machine
 };
 
-std::span<const Option> Options();
+/// What the reference says about an option beside its line in the help.
+struct OptionNote {
+    std::string_view values = {};   // names of the values where the help has no entry
+    std::string_view accepts = {};  // "" = the texts of its rule
+    std::string_view fallback = {};
+    std::string_view effect = {};   // "" = the reference leaves the word out
+    std::string_view example = {};  // words behind the program's name, as a shell takes them; they
+                                    // read film.avi, talk.wav, card.png, job.weu and holiday/
+    Today today = Today::Works;
+    std::string_view errors = {};
+};
 
-/// The first row of that name, null when there is none. `lower_case_word` is compared as it is.
+struct Option {
+    std::string_view name;                 // lower case, with its dash
+    bool EncodeSettings::*flag = nullptr;  // set as soon as the option stands in a command
+    std::array<OptionValue, 4> values{};   // in the order in which they follow the option
+    // What the word shows as the only one of a command; among others it is no option then.
+    void (CommandActions::*show)() = nullptr;
+    std::string_view help = {};  // its lines of the help, each with its "\n"; some have no entry
+    OptionNote note = {};
+};
+
+/// Options that stand together in the help, in its order.
+struct OptionBlock {
+    std::string_view heading;  // the lines above them
+    std::span<const Option> options;
+};
+
+std::span<const OptionBlock> OptionBlocks();
+
+/// The row of that name, null when there is none. `lower_case_word` is compared as it is.
 const Option* FindOption(std::string_view lower_case_word);
+
+/// Whether the settings hold what the option says, of this command or an earlier one.
+bool Given(const Option& option, const EncodeSettings& settings);
 
 }  // namespace cli

@@ -20,35 +20,6 @@ constexpr int kDeepestNesting = 16;
 constexpr std::string_view kSaveWord = "-s_config";
 constexpr std::string_view kLoadWord = "-config";
 
-struct ListingWord {
-    std::string_view word;  // lower case
-    void (CommandActions::*show)();
-};
-
-// clang-format off
-constexpr ListingWord kListingWords[] = {
-    // word         what it runs when it stands alone
-    {"-devices",   &CommandActions::ListDevices},
-    {"-a_codecs",  &CommandActions::ListAudioCodecs},
-    {"-a_formats", &CommandActions::ListAudioFormats},
-    {"-v_codecs",  &CommandActions::ListVideoCodecs},
-    {"-help",      &CommandActions::ShowHelp},
-    {"-?",         &CommandActions::ShowHelp},
-    {"-all?",      &CommandActions::ShowHelp},
-    {"/?",         &CommandActions::ShowHelp},
-    {"-help?",     &CommandActions::ShowHelpChm},
-};
-// clang-format on
-
-const ListingWord* FindListing(const std::string& word) {
-    const auto* const row =
-        std::find_if(std::begin(kListingWords), std::end(kListingWords),
-                     [lower = platform::LowerCase(word)](const ListingWord& listing) {
-                         return listing.word == lower;
-                     });
-    return row == std::end(kListingWords) ? nullptr : row;
-}
-
 bool Accepts(const TextRule& rule, const std::string& text) {
     return std::find(rule.accepted.begin(), rule.accepted.end(), text) != rule.accepted.end();
 }
@@ -93,8 +64,9 @@ ParameterParser::Outcome ParameterParser::Parse(const std::vector<std::string>& 
     const Outcome files_read = PrePass(call);
     if (files_read != Outcome::Accepted) return files_read;
     if (words.size() == 1) {
-        if (const ListingWord* const listing = FindListing(words.front())) {
-            (actions_.*listing->show)();
+        const Option* const option = FindOption(platform::LowerCase(words.front()));
+        if (option != nullptr && option->show != nullptr) {
+            (actions_.*option->show)();
             return Outcome::Shown;
         }
     }
@@ -143,9 +115,8 @@ ParameterParser::Outcome ParameterParser::ReadConfig(Call& call) {
 }
 
 ParameterParser::Outcome ParameterParser::ShowInputInfo(const Call& call) {
-    const std::string input = readers_.ReadString(call.words, 0, 1);
-    if (input.empty()) return Outcome::Refused;
-    settings_.input = input;
+    settings_.input = readers_.ReadString(call.words, 0, 1);
+    if (settings_.input.empty()) return Outcome::Refused;
     actions_.PrintFileInfo();
     return Outcome::Shown;
 }
@@ -155,7 +126,7 @@ bool ParameterParser::MainPass(Call& call) {
         const std::size_t option_index = arg_index;
         const std::string& word = call.words[option_index];
         const Option* const option = FindOption(platform::LowerCase(word));
-        if (option == nullptr) {
+        if (option == nullptr || option->show != nullptr) {
             pane_.OutputInfo(fmt::format("Invalid parameter: {}", word));
             return false;
         }
@@ -174,6 +145,7 @@ bool ParameterParser::TakeValue(const OptionValue& value, std::size_t option_ind
         case ValueKind::None:
             return true;
         case ValueKind::Text:
+        case ValueKind::InputName:
         case ValueKind::UpperText:
         case ValueKind::OptionalText:
             return TakeText(value, option_index, call);
@@ -202,7 +174,10 @@ bool ParameterParser::TakeText(const OptionValue& value, std::size_t option_inde
         return true;
     }
     std::string text = readers_.ReadString(call.words, option_index, value_index);
-    if (text.empty()) return false;
+    if (text.empty()) {
+        if (value.kind == ValueKind::InputName) value.store_text(settings_, text);
+        return false;
+    }
     if (value.kind == ValueKind::UpperText) text = platform::UpperCase(text);
     if (value.text_rule != nullptr && !Accepts(*value.text_rule, text)) {
         pane_.OutputInfo(std::string(value.text_rule->line));

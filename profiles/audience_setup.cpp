@@ -1,5 +1,7 @@
 #include "profiles/audience_setup.h"
 
+#include <algorithm>
+
 #include "profiles/codec_catalogue.h"
 #include "profiles/whole_number.h"
 
@@ -37,13 +39,14 @@ void SetupAudioAudience(platform::SessionState& state, platform::WMEncAudience& 
 void SetupVideoAudience(platform::SessionState& state, cli::EncodeSettings& settings,
                         platform::WMEncAudience& audience, const VideoAudience& video) {
     const auto own_rate = static_cast<float>(video.frame_rate);
-    if (!(settings.v_framerate > own_rate)) settings.v_framerate = own_rate;
+    const float rate = std::max(settings.v_framerate.value_or(own_rate), own_rate);
+    settings.v_framerate = rate;
 
     SetVideoCodec(state, audience, video.codec);
     audience.SetVideoBitrate(0, video.bit_rate);
     audience.SetVideoWidth(0, video.width);
     audience.SetVideoHeight(0, video.height);
-    audience.SetVideoFPS(0, WholeNumber(settings.v_framerate, "video frame rate"));
+    audience.SetVideoFPS(0, WholeNumber(rate, "video frame rate"));
     audience.SetVideoKeyFrameDistance(0, video.key_frame_distance);
     audience.SetVideoBufferSize(0, video.buffer);
     SetVideoQuality(*state.g_objProfile, audience, video.quality);

@@ -91,10 +91,10 @@ bool Refuse(platform::OutputPane& pane, std::string_view what, std::int64_t valu
 
 void SetPeak(const cli::EncodeSettings& settings, platform::WMEncAudience& audience,
              std::int64_t bit_rate) {
-    if (settings.a_peakbuffer != -1) audience.SetAudioBufferMax(0, settings.a_peakbuffer);
+    if (settings.a_peakbuffer) audience.SetAudioBufferMax(0, *settings.a_peakbuffer);
     audience.SetAudioPeakBitrate(
-        0, settings.a_peakbitrate != -1
-               ? settings.a_peakbitrate
+        0, settings.a_peakbitrate
+               ? *settings.a_peakbitrate
                : WholeNumber(DefaultPeak(static_cast<double>(bit_rate)), "audio peak bit rate"));
 }
 

@@ -1,5 +1,8 @@
 #include "profiles/custom_video.h"
 
+#include <cstdint>
+#include <optional>
+
 #include "profiles/audience_setup.h"
 #include "profiles/encoding_mode.h"
 #include "profiles/whole_number.h"
@@ -13,14 +16,13 @@ using platform::WMEncAudience;
 
 /// A setting that goes as it stands to one property of the audience.
 struct Assignment {
-    std::int32_t cli::EncodeSettings::*setting;
+    std::optional<std::int32_t> cli::EncodeSettings::*setting;
     void (WMEncAudience::*set)(int stream, std::int32_t value);
 };
 
 void Assign(const Assignment& assignment, const cli::EncodeSettings& settings,
             WMEncAudience& audience) {
-    const std::int32_t value = settings.*assignment.setting;
-    if (value != -1) (audience.*assignment.set)(0, value);
+    if (const auto value = settings.*assignment.setting) (audience.*assignment.set)(0, *value);
 }
 
 constexpr Assignment kBitRate = {&cli::EncodeSettings::v_bitrate, &WMEncAudience::SetVideoBitrate};
@@ -36,18 +38,18 @@ void SetStream(const cli::EncodeSettings& settings, WMEncAudience& audience) {
     Assign(kBitRate, settings, audience);
     Assign(kWidth, settings, audience);
     Assign(kHeight, settings, audience);
-    if (settings.v_framerate != -1)
-        audience.SetVideoFPS(0, WholeNumber(settings.v_framerate, "video frame rate"));
+    if (settings.v_framerate)
+        audience.SetVideoFPS(0, WholeNumber(*settings.v_framerate, "video frame rate"));
     Assign(kKeyFrames, settings, audience);
     Assign(kBuffer, settings, audience);
 }
 
 void SetPeak(const cli::EncodeSettings& settings, WMEncAudience& audience) {
     Assign(kPeakBuffer, settings, audience);
-    if (settings.v_peakbitrate == -1) return;
-    const std::int32_t peak = WholeNumber(settings.v_peakbitrate, "video peak bit rate");
+    if (!settings.v_peakbitrate) return;
+    const std::int32_t peak = WholeNumber(*settings.v_peakbitrate, "video peak bit rate");
     // The bit rate is raised to a higher peak, not the peak lowered.
-    if (settings.v_peakbitrate > audience.VideoBitrate(0)) audience.SetVideoBitrate(0, peak);
+    if (*settings.v_peakbitrate > audience.VideoBitrate(0)) audience.SetVideoBitrate(0, peak);
     audience.SetVideoPeakBitrate(0, peak);
 }
 
@@ -62,7 +64,7 @@ bool SetupCustomVideoProfile(platform::SessionState& state, const cli::EncodeSet
     }
     if (!settings.v_codec.empty()) SetVideoCodec(state, audience, settings.v_codec);
     SetStream(settings, audience);
-    if (settings.v_quality != -1) SetVideoQuality(profile, audience, settings.v_quality);
+    if (settings.v_quality) SetVideoQuality(profile, audience, *settings.v_quality);
     if (profile.VBRMode(SourceType::Video, 0) == platform::VbrMode::Peak)
         SetPeak(settings, audience);
     if (!settings.v_profile.empty())

@@ -14,6 +14,8 @@ struct EncodingMode {
     bool two_passes;
 };
 
+constexpr std::int32_t kAsItIs = 0;  // one pass at a constant bit rate, unless a profile says else
+
 // clang-format off
 constexpr std::array kEncodingModes = {
     //           mode  rate control                two passes
@@ -26,10 +28,10 @@ constexpr std::array kEncodingModes = {
 
 }  // namespace
 
-bool ApplyEncodingMode(std::int32_t mode, platform::WMEncProfile2& profile,
+bool ApplyEncodingMode(std::optional<std::int32_t> mode, platform::WMEncProfile2& profile,
                        platform::WMEncSource& source) {
-    if (mode == -1 || mode == 0) return true;
-    const auto row = std::ranges::find(kEncodingModes, mode, &EncodingMode::number);
+    if (mode.value_or(kAsItIs) == kAsItIs) return true;
+    const auto row = std::ranges::find(kEncodingModes, *mode, &EncodingMode::number);
     if (row == kEncodingModes.end()) return false;
     if (row->rate_control) profile.SetVBRMode(source.Type(), 0, *row->rate_control);
     if (row->two_passes) source.SetPreProcessPass(1);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,7 +17,7 @@ namespace {
 using cli::EncodeSettings;
 
 struct NumberDefault {
-    std::int32_t EncodeSettings::*setting;
+    std::optional<std::int32_t> EncodeSettings::*setting;
     std::int32_t value;
 };
 
@@ -33,11 +34,11 @@ constexpr auto kNumberDefaults = std::to_array<NumberDefault>({
     {&EncodeSettings::v_peakbuffer, 5000},    // milliseconds
 });
 
-constexpr std::int32_t kAnyMode = -1;
+constexpr std::optional<std::int32_t> kAnyMode;
 constexpr std::string_view kAnyCodec;
 
 struct FormatDefault {
-    std::int32_t mode;
+    std::optional<std::int32_t> mode;
     std::string_view codec;
     std::string_view setting;
 };
@@ -75,11 +76,11 @@ void LoadProfileDefaults(EncodeSettings& settings) {
     if (settings.a_codec.empty()) settings.a_codec = "WMA9STD";
     if (settings.v_codec.empty()) settings.v_codec = "WMV9";
     for (const NumberDefault& number : kNumberDefaults)
-        if (settings.*number.setting == -1) settings.*number.setting = number.value;
+        if (!(settings.*number.setting)) settings.*number.setting = number.value;
     if (settings.a_setting.empty())
-        settings.a_setting = DefaultFormat(settings.a_mode, settings.a_codec);
-    if (settings.v_peakbitrate == -1) settings.v_peakbitrate = DefaultPeak(settings.v_bitrate);
-    if (settings.v_quality == -1) settings.v_quality = settings.v_mode == 2 ? 95 : 75;
+        settings.a_setting = DefaultFormat(*settings.a_mode, settings.a_codec);
+    if (!settings.v_peakbitrate) settings.v_peakbitrate = DefaultPeak(*settings.v_bitrate);
+    if (!settings.v_quality) settings.v_quality = settings.v_mode == 2 ? 95 : 75;
 }
 
 }  // namespace profiles

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "profiles/custom_audio.h"
@@ -29,14 +30,14 @@ constexpr std::int32_t kLastInterlacedFilter = 18;
 /// Puts a setting back at the end of a scope, however that ends.
 class Restored {
   public:
-    explicit Restored(float& setting) : setting_(setting), value_(setting) {}
+    explicit Restored(std::optional<float>& setting) : setting_(setting), value_(setting) {}
     ~Restored() { setting_ = value_; }
     Restored(const Restored&) = delete;
     Restored& operator=(const Restored&) = delete;
 
   private:
-    float& setting_;
-    float value_;
+    std::optional<float>& setting_;
+    std::optional<float> value_;
 };
 
 /// Rate controls that need a first pass over the source.
@@ -92,7 +93,7 @@ ProfileSetup::Audience ProfileSetup::OpenProfile() {
 }
 
 void ProfileSetup::RaiseFrameRate(ErrorTrap& trap) {
-    if (settings_.v_framerate == -1) settings_.v_framerate = kDefaultFrameRate;
+    if (!settings_.v_framerate) settings_.v_framerate = kDefaultFrameRate;
     trap([&] {
         const double probed = ProbedFrameRate();
         if (settings_.v_framerate < probed) settings_.v_framerate = static_cast<float>(probed);
@@ -129,7 +130,7 @@ void ProfileSetup::LoadFile(ErrorTrap& trap, Audience& audience) {
         trap([&] {
             const auto loaded = static_cast<float>(audience->VideoFPS(0));
             if (settings_.v_framerate > loaded)
-                audience->SetVideoFPS(0, WholeNumber(settings_.v_framerate, "video frame rate"));
+                audience->SetVideoFPS(0, WholeNumber(*settings_.v_framerate, "video frame rate"));
             else
                 settings_.v_framerate = loaded;
         });
@@ -175,7 +176,7 @@ bool ProfileSetup::SetupCustomProfile(WMEncAudience& audience) {
 
 void ProfileSetup::SetPictureModes(ErrorTrap& trap) {
     platform::WMEncProfile2& profile = *state_.g_objProfile;
-    if (settings_.pixelratio.x != -1 || settings_.pixelratio.y != -1)
+    if (settings_.pixelratio.x || settings_.pixelratio.y)
         trap([&] { profile.SetNonSquarePixelMode(0, true); });
     if (settings_.v_preproc >= kFirstInterlacedFilter &&
         settings_.v_preproc <= kLastInterlacedFilter)
@@ -184,15 +185,15 @@ void ProfileSetup::SetPictureModes(ErrorTrap& trap) {
 
 /// The largest packet is the group's: it is set on the copy that attaching makes.
 void ProfileSetup::Attach(ErrorTrap& trap) {
-    if (settings_.minpacket != -1)
-        trap([&] { state_.g_objProfile->SetMinPacketSize(settings_.minpacket); });
+    if (settings_.minpacket)
+        trap([&] { state_.g_objProfile->SetMinPacketSize(*settings_.minpacket); });
     bool attached = false;
     trap([&] {
         state_.g_objSrcGrp->SetProfile(*state_.g_objProfile);
         attached = true;
     });
-    if (attached && settings_.maxpacket != -1)
-        trap([&] { state_.g_objSrcGrp->Profile()->SetMaxPacketSize(settings_.maxpacket); });
+    if (attached && settings_.maxpacket)
+        trap([&] { state_.g_objSrcGrp->Profile()->SetMaxPacketSize(*settings_.maxpacket); });
 }
 
 }  // namespace profiles

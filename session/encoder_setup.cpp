@@ -51,8 +51,8 @@ constexpr std::int32_t kUsualCaptureRate = 30'000;
 // How often a picture is taken, in thousandths per second: the rate that was asked for, else that
 // in a screen profile's code ("scrn15a"), else the usual one.
 std::int32_t CaptureRate(const cli::EncodeSettings& settings, std::string_view profile_key) {
-    if (settings.v_framerate != -1)
-        return profiles::WholeNumber(settings.v_framerate, "video frame rate");
+    if (settings.v_framerate)
+        return profiles::WholeNumber(*settings.v_framerate, "video frame rate");
     std::int32_t of_code = 0;
     if (platform::StartsWith(profile_key, kScreenKey))
         std::from_chars(profile_key.data() + kScreenKey.size(),
@@ -97,9 +97,9 @@ bool EncoderSetup::SetupInput() {
     if (!settings_.input.empty()) {
         OpenFile(state_.g_objFSO->GetAbsolutePathName(settings_.input), profile_key, trap);
     } else {
-        if (settings_.adevice != -1 && !OpenDevice(SourceType::Audio, settings_.adevice, trap))
+        if (settings_.adevice && !OpenDevice(SourceType::Audio, *settings_.adevice, trap))
             return false;
-        if (settings_.vdevice != -1 && !OpenDevice(SourceType::Video, settings_.vdevice, trap))
+        if (settings_.vdevice && !OpenDevice(SourceType::Video, *settings_.vdevice, trap))
             return false;
     }
     if (platform::StartsWith(profile_key, kScreenKey)) OpenScreen(profile_key, trap);

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <span>
 
+#include "cli/option_table.h"
 #include "platform/encoder.h"
 #include "platform/text.h"
 
@@ -22,70 +23,12 @@ using platform::WMEncBroadcast;
 using platform::WMEncDisplayInfo;
 using platform::WMEncVideoSource;
 
-/// An option, and whether settings hold a value of it.
-struct OptionState {
-    std::string_view name;
-    bool (*given)(const EncodeSettings&);
-};
-
 // The options that decide a property's value, the one that has the last word first.
 using Deciders = std::array<std::string_view, 4>;
 
-// clang-format off
-constexpr OptionState kOptionStates[] = {
-    // option            whether it was given, now or earlier
-    {"-wme",            [](const EncodeSettings& s) { return !s.wme.empty(); }},
-    {"-input",          [](const EncodeSettings& s) { return !s.input.empty(); }},
-    {"-output",         [](const EncodeSettings& s) { return !s.output.empty(); }},
-    {"-adevice",        [](const EncodeSettings& s) { return s.adevice != -1; }},
-    {"-vdevice",        [](const EncodeSettings& s) { return s.vdevice != -1; }},
-    {"-audioonly",      [](const EncodeSettings& s) { return s.audioonly; }},
-    {"-videoonly",      [](const EncodeSettings& s) { return s.videoonly; }},
-    {"-broadcast",      [](const EncodeSettings& s) { return s.broadcast != -1; }},
-    {"-push",           [](const EncodeSettings& s) { return !s.push.server_name.empty(); }},
-    {"-time",           [](const EncodeSettings& s) { return s.time.start != -1; }},
-    {"-duration",       [](const EncodeSettings& s) { return s.duration_typed; }},
-    {"-title",          [](const EncodeSettings& s) { return !s.title.empty(); }},
-    {"-author",         [](const EncodeSettings& s) { return !s.author.empty(); }},
-    {"-copyright",      [](const EncodeSettings& s) { return !s.copyright.empty(); }},
-    {"-description",    [](const EncodeSettings& s) { return !s.description.empty(); }},
-    {"-rating",         [](const EncodeSettings& s) { return !s.rating.empty(); }},
-    {"-profile",        [](const EncodeSettings& s) { return !s.profile.empty(); }},
-    {"-loadprofile",    [](const EncodeSettings& s) { return !s.loadprofile.empty(); }},
-    {"-maxpacket",      [](const EncodeSettings& s) { return s.maxpacket != -1; }},
-    {"-minpacket",      [](const EncodeSettings& s) { return s.minpacket != -1; }},
-    {"-a_codec",        [](const EncodeSettings& s) { return !s.a_codec.empty(); }},
-    {"-a_mode",         [](const EncodeSettings& s) { return s.a_mode != -1; }},
-    {"-a_setting",      [](const EncodeSettings& s) { return !s.a_setting.empty(); }},
-    {"-a_peakbitrate",  [](const EncodeSettings& s) { return s.a_peakbitrate != -1; }},
-    {"-a_peakbuffer",   [](const EncodeSettings& s) { return s.a_peakbuffer != -1; }},
-    {"-a_content",      [](const EncodeSettings& s) { return s.a_content != -1; }},
-    {"-a_contentedl",   [](const EncodeSettings& s) { return !s.a_contentedl.empty(); }},
-    {"-a_folddown6to2", [](const EncodeSettings& s) { return s.a_folddown6to2.surround != -1; }},
-    {"-v_codec",        [](const EncodeSettings& s) { return !s.v_codec.empty(); }},
-    {"-v_mode",         [](const EncodeSettings& s) { return s.v_mode != -1; }},
-    {"-v_bitrate",      [](const EncodeSettings& s) { return s.v_bitrate != -1; }},
-    {"-v_buffer",       [](const EncodeSettings& s) { return s.v_buffer != -1; }},
-    {"-v_width",        [](const EncodeSettings& s) { return s.v_width != -1; }},
-    {"-v_height",       [](const EncodeSettings& s) { return s.v_height != -1; }},
-    {"-v_framerate",    [](const EncodeSettings& s) { return s.v_framerate != -1; }},
-    {"-v_keydist",      [](const EncodeSettings& s) { return s.v_keydist != -1; }},
-    {"-v_quality",      [](const EncodeSettings& s) { return s.v_quality != -1; }},
-    {"-v_peakbitrate",  [](const EncodeSettings& s) { return s.v_peakbitrate != -1; }},
-    {"-v_peakbuffer",   [](const EncodeSettings& s) { return s.v_peakbuffer != -1; }},
-    {"-v_performance",  [](const EncodeSettings& s) { return s.v_performance != -1; }},
-    {"-v_preproc",      [](const EncodeSettings& s) { return s.v_preproc != -1; }},
-    {"-v_profile",      [](const EncodeSettings& s) { return !s.v_profile.empty(); }},
-    {"-v_clip",         [](const EncodeSettings& s) { return s.v_clip.left != -1; }},
-    {"-pixelformat",    [](const EncodeSettings& s) { return !s.pixelformat.empty(); }},
-    {"-pixelratio",     [](const EncodeSettings& s) { return s.pixelratio.x != -1; }},
-};
-// clang-format on
-
-bool Given(const EncodeSettings& settings, std::string_view option) {
-    return std::any_of(
-        std::begin(kOptionStates), std::end(kOptionStates),
-        [&](const OptionState& state) { return state.name == option && state.given(settings); });
+bool Given(const EncodeSettings& settings, std::string_view name) {
+    const cli::Option* const option = cli::FindOption(name);  // none for a place left empty
+    return option != nullptr && cli::Given(*option, settings);
 }
 
 std::string Escaped(std::string_view text) {
@@ -227,7 +170,7 @@ class Explainer {
         if (const auto profile = state_.g_objSrcGrp->Profile()) Profile(*profile);
         Output();
         DisplayInformation();
-        if (settings_.v_performance != -1)
+        if (settings_.v_performance)
             Write("encoder.VideoPerformance", state_.g_objEncoder->VideoPerformance(),
                   {"-v_performance"});
         Write("encoder.AutoStop", state_.g_objEncoder->AutoStop(), {});

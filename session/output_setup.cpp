@@ -1,9 +1,10 @@
 #include "session/output_setup.h"
 
 #include <cstdint>
-#include <limits>
+#include <optional>
 #include <string>
 
+#include "cli/value_readers.h"
 #include "session/output_folder.h"
 
 namespace session {
@@ -13,10 +14,10 @@ constexpr const char* kDefaultBaseName = "output";
 constexpr const char* kVideoExtension = "wmv";
 constexpr const char* kAudioExtension = "wma";
 
-// The smallest number has no positive counterpart; the nearest one stands in.
-std::int32_t Negated(std::int32_t value) {
-    using Limits = std::numeric_limits<std::int32_t>;
-    return value == Limits::min() ? Limits::max() : -value;
+// A command that was refused in the middle leaves a value unread, and the three are written
+// together.
+std::int32_t Negated(const std::optional<std::int32_t>& value) {
+    return -value.value_or(cli::kUnread);
 }
 
 }  // namespace
@@ -34,8 +35,8 @@ bool OutputSetup::SetupOutput() {
     }
 
     auto& broadcast = state_.g_objEncoder->Broadcast();
-    if (settings_.broadcast != -1)
-        broadcast.SetPortNumber(platform::BroadcastProtocol::Http, settings_.broadcast);
+    if (settings_.broadcast)
+        broadcast.SetPortNumber(platform::BroadcastProtocol::Http, *settings_.broadcast);
     if (!settings_.push.server_name.empty()) {
         broadcast.SetServerName(settings_.push.server_name);
         broadcast.SetPublishingPoint(settings_.push.publishing_point);
@@ -64,17 +65,17 @@ void OutputSetup::SetupOutputFile() {
 }
 
 bool OutputSetup::SetupTime() {
-    if (settings_.device_input && settings_.duration == -1) {
+    if (settings_.device_input && !settings_.duration) {
         pane_.OutputInfo("Duration must be specified when capturing from devices.");
         return false;
     }
-    if (settings_.time.start != -1) {
-        if (state_.g_objSrcAud) state_.g_objSrcAud->SetMarkIn(settings_.time.start);
-        if (state_.g_objSrcVid) state_.g_objSrcVid->SetMarkIn(settings_.time.start);
+    if (const auto start = settings_.time.start) {
+        if (state_.g_objSrcAud) state_.g_objSrcAud->SetMarkIn(*start);
+        if (state_.g_objSrcVid) state_.g_objSrcVid->SetMarkIn(*start);
     }
-    if (settings_.time.end != -1) {
-        if (state_.g_objSrcAud) state_.g_objSrcAud->SetMarkOut(settings_.time.end);
-        if (state_.g_objSrcVid) state_.g_objSrcVid->SetMarkOut(settings_.time.end);
+    if (const auto end = settings_.time.end) {
+        if (state_.g_objSrcAud) state_.g_objSrcAud->SetMarkOut(*end);
+        if (state_.g_objSrcVid) state_.g_objSrcVid->SetMarkOut(*end);
     }
     return true;
 }
@@ -88,7 +89,7 @@ bool OutputSetup::SetupDisplayInfo() {
     if (!settings_.rating.empty()) info.SetRating(settings_.rating);
 
     const auto& fold_down = settings_.a_folddown6to2;
-    if (fold_down.surround != -1) {
+    if (fold_down.surround) {
         auto& attributes = state_.g_objEncoder->Attributes();
         attributes.Add("SurroundMix", Negated(fold_down.surround));
         attributes.Add("CenterMix", Negated(fold_down.center));

@@ -85,7 +85,7 @@ bool SourceSetup::LoadSessionFile() {
             state_.g_objSrcVid = platform::AsVideo(group.Source(SourceType::Video, 0));
             state_.VideoCodecName = profile->EnumVideoCodec(audience->VideoCodec(0));
         }
-        if (settings_.maxpacket == -1) settings_.maxpacket = profile->MaxPacketSize();
+        if (!settings_.maxpacket) settings_.maxpacket = profile->MaxPacketSize();
         state_.g_objProfile = profile;
         state_.g_bCustomProfile = false;
     });
@@ -95,7 +95,7 @@ bool SourceSetup::LoadSessionFile() {
 }
 
 bool SourceSetup::SetupAudioSource() {
-    if (settings_.a_content != -1) state_.g_objSrcAud->SetContentMode(settings_.a_content);
+    if (settings_.a_content) state_.g_objSrcAud->SetContentMode(*settings_.a_content);
     if (!settings_.a_contentedl.empty()) state_.g_objSrcAud->SetContentEDL(settings_.a_contentedl);
     return true;
 }
@@ -103,8 +103,8 @@ bool SourceSetup::SetupAudioSource() {
 bool SourceSetup::SetupVideoSource() {
     auto& source = *state_.g_objSrcVid;
 
-    if (settings_.v_preproc >= 0 && settings_.v_preproc < kPreprocessingModes) {
-        const Preprocessing& mode = kPreprocessing[settings_.v_preproc];
+    if (settings_.v_preproc && *settings_.v_preproc < kPreprocessingModes) {
+        const Preprocessing& mode = kPreprocessing[*settings_.v_preproc];
         source.SetOptimization(mode.optimization);
         if (mode.notice != nullptr) pane_.OutputInfo(mode.notice);
     }
@@ -112,17 +112,16 @@ bool SourceSetup::SetupVideoSource() {
     if (const auto format = profiles::FindPixelFormat(settings_.pixelformat))
         source.SetPixelFormat(*format);
 
-    if (settings_.pixelratio.x != -1) source.SetPixelAspectRatioX(settings_.pixelratio.x);
-    if (settings_.pixelratio.y != -1) source.SetPixelAspectRatioY(settings_.pixelratio.y);
+    if (settings_.pixelratio.x) source.SetPixelAspectRatioX(*settings_.pixelratio.x);
+    if (settings_.pixelratio.y) source.SetPixelAspectRatioY(*settings_.pixelratio.y);
 
-    if (settings_.v_performance != -1)
-        state_.g_objEncoder->SetVideoPerformance(settings_.v_performance);
+    if (settings_.v_performance) state_.g_objEncoder->SetVideoPerformance(*settings_.v_performance);
 
     const auto& clip = settings_.v_clip;
-    if (clip.left != -1) source.SetCroppingLeftMargin(clip.left);
-    if (clip.right != -1) source.SetCroppingRightMargin(clip.right);
-    if (clip.top != -1) source.SetCroppingTopMargin(clip.top);
-    if (clip.bottom != -1) source.SetCroppingBottomMargin(clip.bottom);
+    if (clip.left) source.SetCroppingLeftMargin(*clip.left);
+    if (clip.right) source.SetCroppingRightMargin(*clip.right);
+    if (clip.top) source.SetCroppingTopMargin(*clip.top);
+    if (clip.bottom) source.SetCroppingBottomMargin(*clip.bottom);
 
     SetupStillDuration();
     return true;
@@ -131,9 +130,9 @@ bool SourceSetup::SetupVideoSource() {
 // A duration of an earlier command is carried over, but says nothing of this one's picture.
 void SourceSetup::SetupStillDuration() {
     const bool is_file = state_.g_objSrcVid->Scheme().empty();
-    if (!is_file || !settings_.duration_typed || settings_.duration <= 0) return;
+    if (!is_file || !settings_.duration_typed || settings_.duration.value_or(0) <= 0) return;
     constexpr double kLongest = std::numeric_limits<std::int32_t>::max();
-    const double milliseconds = std::min(settings_.duration * 1000.0, kLongest);
+    const double milliseconds = std::min(*settings_.duration * 1000.0, kLongest);
     state_.g_objSrcVid->SetStillDuration(static_cast<std::int32_t>(milliseconds));
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include "cli/help.h"
+#include "cli/option_table.h"
 #include "platform/text.h"
 
 namespace reference {
@@ -11,19 +11,8 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-constexpr std::string_view kProfileCodes =
-    "Codes and basic descriptions for the predefined profiles:";
-
-/// An option's line and those below it, up to the next option.
-Lines Entry(const std::string& option) {
-    Lines entry;
-    for (const std::string_view line : cli::HelpLines()) {
-        const bool begins = platform::StartsWith(line, "[");
-        if (begins && !entry.empty()) break;
-        if (begins ? platform::StartsWith(line, "[" + option + "]") : !entry.empty())
-            entry.emplace_back(line);
-    }
-    return entry;
+Lines LinesOf(const std::string& option) {
+    return platform::Split(cli::FindOption(option)->help, '\n');
 }
 
 bool IsNumber(std::string_view text) {
@@ -33,14 +22,15 @@ bool IsNumber(std::string_view text) {
 }  // namespace
 
 std::string HelpValues(const std::string& option) {
-    const Lines entry = Entry(option);
-    if (entry.empty()) return {};
-    return platform::TrimBlanks(entry.front().substr(option.size() + 2));
+    for (const std::string& line : LinesOf(option))
+        if (platform::StartsWith(line, "["))
+            return platform::TrimBlanks(line.substr(option.size() + 2));
+    return {};
 }
 
 std::vector<std::pair<std::string, std::string>> HelpNumbers(const std::string& option) {
     std::vector<std::pair<std::string, std::string>> numbers;
-    for (const std::string& line : Entry(option)) {
+    for (const std::string& line : LinesOf(option)) {
         const std::string text = platform::TrimBlanks(line);
         const std::size_t colon = text.find(": ");
         const bool is_entry = colon != std::string::npos && IsNumber(text.substr(0, colon));
@@ -58,15 +48,10 @@ std::vector<std::pair<std::string, std::string>> HelpNumbers(const std::string& 
 
 std::vector<std::pair<std::string, std::string>> HelpProfiles() {
     std::vector<std::pair<std::string, std::string>> profiles;
-    bool listed = false;
-    for (const std::string_view line : cli::HelpLines()) {
-        if (line == kProfileCodes) listed = true;
-        if (listed && platform::StartsWith(line, "[")) break;
-        const std::size_t colon = line.find(": ");
-        if (listed && colon != std::string_view::npos)
-            profiles.emplace_back(platform::TrimBlanks(std::string(line.substr(0, colon))),
-                                  platform::TrimBlanks(std::string(line.substr(colon + 2))));
-    }
+    for (const std::string& line : LinesOf("-profile"))
+        if (const std::size_t colon = line.find(": "); colon != std::string::npos)
+            profiles.emplace_back(platform::TrimBlanks(line.substr(0, colon)),
+                                  platform::TrimBlanks(line.substr(colon + 2)));
     return profiles;
 }
 

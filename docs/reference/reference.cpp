@@ -2,13 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <stdexcept>
 #include <string_view>
 
 #include "cli/option_table.h"
 #include "docs/reference/help_entries.h"
-#include "docs/reference/option_notes.h"
 #include "docs/reference/profile_table.h"
 #include "engine/plan/audio_formats.h"
 #include "platform/text.h"
@@ -17,6 +14,7 @@
 namespace reference {
 namespace {
 
+using cli::Today;
 using platform::VbrMode;
 
 constexpr std::string_view kIntroduction =
@@ -82,16 +80,15 @@ constexpr VbrMode kModeNumbers[] = {VbrMode::Constant, VbrMode::Constant, VbrMod
 // The numbers that differ in their formats.
 constexpr std::size_t kListedModes[] = {0, 2, 3, 4};
 
-const OptionNote& NoteOf(std::string_view name) {
-    const auto note = std::ranges::find(OptionNotes(), name, &OptionNote::name);
-    if (note == OptionNotes().end())
-        throw std::runtime_error("no note about the option " + std::string(name));
-    return *note;
+std::string Accepted(const cli::Option& option) {
+    if (!option.note.accepts.empty()) return std::string(option.note.accepts);
+    return fmt::format("{}, in any case",
+                       fmt::join(option.values.front().text_rule->accepted, ", "));
 }
 
-std::string Section(const OptionNote& note) {
-    const std::string name(note.name);
-    std::string values = HelpValues(name);
+std::string Section(const cli::Option& option) {
+    const cli::OptionNote& note = option.note;
+    std::string values = HelpValues(std::string(option.name));
     if (values.empty()) values = note.values;
     const std::string fallback =
         note.fallback.empty() ? std::string() : fmt::format("- Default: {}\n", note.fallback);
@@ -101,17 +98,32 @@ std::string Section(const OptionNote& note) {
     return fmt::format(
         "### {}\n\n`{}{}{}`\n\n{}\n\n- Values: {}\n{}- Example{}: `tessivo-console {}`\n"
         "- Errors: {}\n\n",
-        name, name, values.empty() ? "" : " ", values, note.effect, note.accepts, fallback, mark,
-        note.example, note.errors);
+        option.name, option.name, values.empty() ? "" : " ", values, note.effect, Accepted(option),
+        fallback, mark, note.example, note.errors);
+}
+
+std::string Sections(bool standing_alone) {
+    std::string text;
+    for (const cli::OptionBlock& block : cli::OptionBlocks())
+        for (const cli::Option& option : block.options)
+            if ((option.show != nullptr) == standing_alone && !option.note.effect.empty())
+                text += Section(option);
+    return text;
 }
 
 std::string OptionSections() {
-    std::string text = "## Options\n\n" + std::string(kHowExamples);
-    for (const cli::Option& option : cli::Options()) text += Section(NoteOf(option.name));
-    text += "## Words that stand alone\n\n";
-    for (const OptionNote& note : OptionNotes())
-        if (cli::FindOption(note.name) == nullptr) text += Section(note);
-    return text;
+    return "## Options\n\n" + std::string(kHowExamples) + Sections(false) +
+           "## Words that stand alone\n\n" + Sections(true);
+}
+
+constexpr int kFirstUnsupportedFilter = 2;
+constexpr int kLastUnsupportedFilter = 4;
+constexpr int kLastFilterOfEveryCodec = 15;
+
+std::string_view FilterNote(int number) {
+    if (!FilterWorksToday(number)) return "with -v_codec MP41 alone";
+    const bool unsupported = number >= kFirstUnsupportedFilter && number <= kLastUnsupportedFilter;
+    return unsupported ? "does what 1 does" : "works";
 }
 
 std::string NumberTable(const std::string& option) {
@@ -178,6 +190,8 @@ std::string PixelFormatList() {
 }
 
 }  // namespace
+
+bool FilterWorksToday(int number) { return number <= kLastFilterOfEveryCodec; }
 
 std::string CommandReference() {
     std::string text(kIntroduction);

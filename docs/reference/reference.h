@@ -5,8 +5,11 @@
 
 namespace reference {
 
-/// The whole document in Markdown. Throws std::runtime_error when an option has no note or a note
-/// no option.
+/// The whole document in Markdown. Throws std::runtime_error when the help names a profile that
+/// does not exist.
 std::string CommandReference();
+
+/// Whether a number of -v_preproc is carried out with every codec.
+bool FilterWorksToday(int number);
 
 }  // namespace reference

@@ -2,7 +2,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "docs/reference/option_notes.h"
+#include "cli/option_table.h"
 #include "docs/reference/reference.h"
 #include "support/commands.h"
 
@@ -39,14 +39,18 @@ void MakeInputs(const TempFolder& folder) {
 TEST(Documents, EachExampleDoesWhatItsMarkSays) {
     const TempFolder folder;
     MakeInputs(folder);
-    for (const reference::OptionNote& note : reference::OptionNotes()) {
-        if (note.today == reference::Today::Hardware) continue;
-        SCOPED_TRACE(note.name);
+    std::vector<cli::Option> options;
+    for (const cli::OptionBlock& block : cli::OptionBlocks())
+        options.insert(options.end(), block.options.begin(), block.options.end());
+    for (const cli::Option& option : options) {
+        const cli::OptionNote& note = option.note;
+        if (note.effect.empty() || note.today == cli::Today::Hardware) continue;
+        SCOPED_TRACE(option.name);
         const CommandResult result =
             RunCommand({"bash", "-c",
                         "cd '" + folder.path().string() + "' && '" TESSIVO_CONSOLE "' " +
                             std::string(note.example)});
-        if (note.today == reference::Today::Works) {
+        if (note.today == cli::Today::Works) {
             EXPECT_EQ(result.status, 0) << result.out << result.err;
             continue;
         }

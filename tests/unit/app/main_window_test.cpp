@@ -339,6 +339,7 @@ TEST_F(MainWindowTest, AListingLeavesTheRunAndItsSettingsAlone) {
 }
 
 TEST_F(MainWindowTest, AListingWithoutARunIsACommand) {
+    form.Form_Load();
     window.status.caption = "  Done.";
     form.RunListing({"-devices"});
     EXPECT_THAT(Pane(), ElementsAre("audio device:", "video device:"));

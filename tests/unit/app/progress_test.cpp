@@ -21,7 +21,7 @@ class ProgressTest : public SessionFixture {
 struct LengthCase {
     const char* why;
     const char* input;
-    double duration;  // before
+    std::optional<double> duration;  // before
     bool has_audio, has_video;
     std::int32_t audio_in, audio_out, audio_length;
     std::int32_t video_in, video_out, video_length;
@@ -31,12 +31,12 @@ struct LengthCase {
 // clang-format off
 const LengthCase kLengthCases[] = {
     // why                                 input     -duration  has      audio in, out, length   video in, out, length   text
-    {"start mark off a whole file",        "a.avi",  -1, true,  false,   5000,     0, 65000,        0,     0,     0,    "60"},
-    {"the longer of two",                  "a.avi",  -1, true,  true,       0,     0, 60000,        0,     0, 59960,    "60"},
-    {"the other is longer",                "a.avi",  -1, true,  true,       0,     0, 59000,        0,     0, 59960,    "59.96"},
-    {"between two marks",                  "a.avi",  -1, false, true,       0,     0,     0,     1000,  5500, 60000,    "4.5"},
+    {"start mark off a whole file",        "a.avi",  {}, true,  false,   5000,     0, 65000,        0,     0,     0,    "60"},
+    {"the longer of two",                  "a.avi",  {}, true,  true,       0,     0, 60000,        0,     0, 59960,    "60"},
+    {"the other is longer",                "a.avi",  {}, true,  true,       0,     0, 59000,        0,     0, 59960,    "59.96"},
+    {"between two marks",                  "a.avi",  {}, false, true,       0,     0,     0,     1000,  5500, 60000,    "4.5"},
     {"a file overrules a typed duration",  "a.avi",  30, false, true,       0,     0,     0,        0,     0, 60000,    "60"},
-    {"a source that is not there is 0",    "a.avi",  -1, false, false,      0,     0, 60000,        0,     0, 60000,    "0"},
+    {"a source that is not there is 0",    "a.avi",  {}, false, false,      0,     0, 60000,        0,     0, 60000,    "0"},
     {"a device keeps the typed duration",  "",       30, true,  true,       0,     0,     0,        0,     0,     0,    "30"},
 };
 // clang-format on
@@ -56,7 +56,7 @@ TEST_F(ProgressTest, MediaLength) {
         progress.setupProgressBar();
         EXPECT_EQ(window.media_length.caption, "Media Length: " + std::string(c.text) + " secs")
             << c.why;
-        EXPECT_EQ(platform::NumberText(settings.duration), c.text) << c.why;
+        EXPECT_EQ(platform::NumberText(settings.duration.value()), c.text) << c.why;
         EXPECT_EQ(window.file.caption, "  Encoding: " + std::string(c.input)) << c.why;
     }
 }
@@ -77,7 +77,7 @@ TEST_F(ProgressTest, EitherSourceAsksForTwoPasses) {
 
 struct TickCase {
     const char* why;
-    double duration;  // s
+    std::optional<double> duration;  // s
     std::int64_t elapsed_ms;
     std::int32_t expected_bps, current_bps;
     const char *elapsed, *expected, *current, *percent;
@@ -98,7 +98,7 @@ const TickCase kTickCases[] = {
     {"an expected rate past 16 bits",        60,      6000,   40000000,      1000,    "6",     "",      "1",    "10%"},
     {"a current rate past 16 bits",          60,      6000,       1000,  40000000,    "6",     "1",     "",     "10%"},
     {"no length, no bar",                     0,      6000,       1000,      1000,    "6",     "1",     "1",    ""},
-    {"no duration given, no bar",            -1,      6000,       1000,      1000,    "6",     "1",     "1",    ""},
+    {"no duration given, no bar",            {},      6000,       1000,      1000,    "6",     "1",     "1",    ""},
     {"a length below half a second",        0.5,       400,          0,         0,    "0",     "0",     "0",    ""},
 };
 // clang-format on
@@ -149,7 +149,7 @@ TEST_F(ProgressTest, ABarThatGoesBackIsTheSecondPass) {
 struct CaptureCase {
     const char* why;
     const char* profile;
-    double duration;
+    std::optional<double> duration;
     int ticks;
     int stops;
     bool device = false;
@@ -163,7 +163,7 @@ const CaptureCase kCaptureCases[] = {
     {"any case of the code", "SCRN15", 30, 30, 1},
     {"a file has its own end", "av350", 30, 30, 0},
     {"a code that only contains the letters", "xscrn", 30, 30, 0},
-    {"no duration given: until Stop", "scrna", -1, 5, 0},
+    {"no duration given: until Stop", "scrna", {}, 5, 0},
     {"counting starts again after the stop", "scrna", 2, 5, 2},
     {"a device is timed like a screen", "a64", 30, 30, 1, true},
     {"a device of an earlier command, and now a file", "a64", 30, 30, 0, true, "a.avi"},

@@ -14,11 +14,11 @@ using testing::IsEmpty;
 
 struct AudioCase {
     const char* why;
-    std::int32_t mode;
+    std::optional<std::int32_t> mode;
     const char* codec;
     const char* setting;
-    std::int32_t peak_bit_rate;
-    std::int32_t peak_buffer;
+    std::optional<std::int32_t> peak_bit_rate;
+    std::optional<std::int32_t> peak_buffer;
     Lines calls;
     Lines printed;  // none = the options are right
 };
@@ -26,45 +26,45 @@ struct AudioCase {
 // clang-format off
 const AudioCase kAudioCases[] = {
     // why, -a_mode, -a_codec, -a_setting, -a_peakbitrate, -a_peakbuffer
-    {"nothing given", -1, "", "", -1, -1, {}, {}},
-    {"one pass", 0, "", "", -1, -1, {}, {}},
-    {"two passes keep the rate control", 1, "", "", -1, -1, {"Audio.PreProcessPass=1"}, {}},
-    {"quality", 2, "", "", -1, -1, {"VBRMode(audio, 0)=3"}, {}},
-    {"bit rate-based", 3, "", "", -1, -1, {"VBRMode(audio, 0)=4", "Audio.PreProcessPass=1"}, {}},
-    {"a mode too many stops the rest", 5, "PCM", "64_44_2", -1, -1, {},
+    {"nothing given", {}, "", "", {}, {}, {}, {}},
+    {"one pass", 0, "", "", {}, {}, {}, {}},
+    {"two passes keep the rate control", 1, "", "", {}, {}, {"Audio.PreProcessPass=1"}, {}},
+    {"quality", 2, "", "", {}, {}, {"VBRMode(audio, 0)=3"}, {}},
+    {"bit rate-based", 3, "", "", {}, {}, {"VBRMode(audio, 0)=4", "Audio.PreProcessPass=1"}, {}},
+    {"a mode too many stops the rest", 5, "PCM", "64_44_2", {}, {}, {},
      {"Invalid -a_mode <mode_number>"}},
     {"order", 4, "WMA9PRO", "128_44_2_24", 200000, 4000,
      {"VBRMode(audio, 0)=2", "Audio.PreProcessPass=1", "AudioCodec(0)=1", "AudioBufferMax(0)=4000",
       "AudioPeakBitrate(0)=200000", "SetAudioConfig(0, 2, 44100, 128000, 24)"}, {}},
-    {"peak of its own", 4, "", "128_44_2", -1, -1,
+    {"peak of its own", 4, "", "128_44_2", {}, {},
      {"VBRMode(audio, 0)=2", "Audio.PreProcessPass=1", "AudioPeakBitrate(0)=192000",
       "SetAudioConfig(0, 2, 44100, 128000, 16)"}, {}},
     {"peak needs its mode", 3, "", "64_44_2", 90000, 4000,
      {"VBRMode(audio, 0)=4", "Audio.PreProcessPass=1", "SetAudioConfig(0, 2, 44100, 64000, 16)"},
      {}},
-    {"quality beats the mode typed", 4, "", "q90_44_2", -1, -1,
+    {"quality beats the mode typed", 4, "", "q90_44_2", {}, {},
      {"VBRMode(audio, 0)=2", "Audio.PreProcessPass=1", "VBRMode(audio, 0)=3",
       "SetAudioConfig(0, 2, 44100, 90, 16)"}, {}},
-    {"exact rates of PCM", -1, "PCM", "1411_44_2_16", -1, -1,
+    {"exact rates of PCM", {}, "PCM", "1411_44_2_16", {}, {},
      {"AudioCodec(0)=4", "SetAudioConfig(0, 2, 44100, 1411200, 16)"}, {}},
-    {"705", -1, "", "705_22_2", -1, -1, {"SetAudioConfig(0, 2, 22050, 705600, 16)"}, {}},
-    {"353", -1, "", "353_11_2_20", -1, -1, {"SetAudioConfig(0, 2, 11025, 352800, 20)"}, {}},
-    {"plain thousands", -1, "", "640_96_6_24", -1, -1,
+    {"705", {}, "", "705_22_2", {}, {}, {"SetAudioConfig(0, 2, 22050, 705600, 16)"}, {}},
+    {"353", {}, "", "353_11_2_20", {}, {}, {"SetAudioConfig(0, 2, 11025, 352800, 20)"}, {}},
+    {"plain thousands", {}, "", "640_96_6_24", {}, {},
      {"SetAudioConfig(0, 6, 96000, 640000, 24)"}, {}},
-    {"88.2 kHz", -1, "", "440_88_8", -1, -1, {"SetAudioConfig(0, 8, 88200, 440000, 16)"}, {}},
-    {"bit rate", -1, "", "50_45_3_8", -1, -1, {}, {"Invalid audio bit rate 50000"}},
-    {"past 32 bits", -1, "", "2147484_44_2", -1, -1, {}, {"Invalid audio bit rate 2147484000"}},
-    {"sampling rate", -1, "", "64_45_3_8", -1, -1, {}, {"Invalid audio sample rate 45000"}},
-    {"channels", -1, "", "64_44_3_8", -1, -1, {}, {"Invalid audio channels 3"}},
-    {"depth", -1, "", "64_44_2_8", -1, -1, {}, {"Invalid bits per sample 8"}},
-    {"no number", -1, "", "64_fast_2", -1, -1, {},
+    {"88.2 kHz", {}, "", "440_88_8", {}, {}, {"SetAudioConfig(0, 8, 88200, 440000, 16)"}, {}},
+    {"bit rate", {}, "", "50_45_3_8", {}, {}, {}, {"Invalid audio bit rate 50000"}},
+    {"past 32 bits", {}, "", "2147484_44_2", {}, {}, {}, {"Invalid audio bit rate 2147484000"}},
+    {"sampling rate", {}, "", "64_45_3_8", {}, {}, {}, {"Invalid audio sample rate 45000"}},
+    {"channels", {}, "", "64_44_3_8", {}, {}, {}, {"Invalid audio channels 3"}},
+    {"depth", {}, "", "64_44_2_8", {}, {}, {}, {"Invalid bits per sample 8"}},
+    {"no number", {}, "", "64_fast_2", {}, {}, {},
      {"Invalid format fast expecting integer value"}},
-    {"a letter more than Q", -1, "", "QQ_44_2", -1, -1, {"VBRMode(audio, 0)=3"},
+    {"a letter more than Q", {}, "", "QQ_44_2", {}, {}, {"VBRMode(audio, 0)=3"},
      {"Invalid format Q expecting integer value"}},
-    {"-1 is said too", -1, "", "64_-1_2", -1, -1, {},
+    {"-1 is said too", {}, "", "64_-1_2", {}, {}, {},
      {"Invalid format -1 expecting integer value"}},
-    {"empty field", -1, "", "_44_2", -1, -1, {}, {"Invalid format  expecting integer value"}},
-    {"fields missing, one line", -1, "", "64", -1, -1, {},
+    {"empty field", {}, "", "_44_2", {}, {}, {}, {"Invalid format  expecting integer value"}},
+    {"fields missing, one line", {}, "", "64", {}, {}, {},
      {"Invalid format  expecting integer value"}},
 };
 // clang-format on
@@ -200,9 +200,9 @@ TEST(ProfileDefaults, NothingGiven) {
     EXPECT_EQ(settings.v_quality, 75);
     EXPECT_EQ(settings.v_width, 0);
     EXPECT_EQ(settings.v_height, 0);
-    EXPECT_EQ(settings.v_framerate, -1);
-    EXPECT_EQ(settings.a_peakbitrate, -1);
-    EXPECT_EQ(settings.v_preproc, -1);
+    EXPECT_EQ(settings.v_framerate, std::nullopt);
+    EXPECT_EQ(settings.a_peakbitrate, std::nullopt);
+    EXPECT_EQ(settings.v_preproc, std::nullopt);
 }
 
 TEST(ProfileDefaults, GivenValuesStayAndLeadTheOthers) {
@@ -220,7 +220,7 @@ TEST(ProfileDefaults, GivenValuesStayAndLeadTheOthers) {
 TEST(ProfileDefaults, TheFormatFollowsModeAndCodec) {
     const struct {
         const char* why;
-        std::int32_t mode;
+        std::optional<std::int32_t> mode;
         const char* codec;
         const char* given;
         const char* setting;
@@ -230,18 +230,22 @@ TEST(ProfileDefaults, TheFormatFollowsModeAndCodec) {
         {"quality, professional", 2, "WMA9PRO", "", "Q75_44_2_24", "WMA9PRO"},
         {"quality, lossless", 2, "WMA9LSL", "", "Q100_44_2_16", "WMA9LSL"},
         {"quality, voice", 2, "WMSP9", "", "Q75_44_2", "WMSP9"},
-        {"voice", -1, "WMSP9", "", "12_16_1", "WMSP9"},
+        {"voice", {}, "WMSP9", "", "12_16_1", "WMSP9"},
         {"uncompressed", 0, "PCM", "", "705_22_2", "PCM"},
         {"professional", 4, "WMA9PRO", "", "128_44_2_24", "WMA9PRO"},
         {"lossless has no row of its own here", 0, "WMA9LSL", "", "64_44_2", "WMA9LSL"},
         {"voice in two passes falls through", 1, "WMSP9", "", "64_44_2", "WMSP9"},
         {"uncompressed in peak falls through", 4, "PCM", "", "64_44_2", "PCM"},
-        {"four fields make it professional", -1, "WMA9LSL", "128_44_2_24", "128_44_2_24",
+        {"four fields make it professional",
+         {},
+         "WMA9LSL",
+         "128_44_2_24",
+         "128_44_2_24",
          "WMA9PRO"},
-        {"quality in four fields too", -1, "WMA9LSL", "Q75_44_2_24", "Q75_44_2_24", "WMA9PRO"},
-        {"but not a lossless format", -1, "WMA9LSL", "Q100_44_2_24", "Q100_44_2_24", "WMA9LSL"},
-        {"three fields leave the codec", -1, "PCM", "1411_44_2", "1411_44_2", "PCM"},
-        {"five fields too", -1, "PCM", "1411_44_2_16_", "1411_44_2_16_", "PCM"},
+        {"quality in four fields too", {}, "WMA9LSL", "Q75_44_2_24", "Q75_44_2_24", "WMA9PRO"},
+        {"but not a lossless format", {}, "WMA9LSL", "Q100_44_2_24", "Q100_44_2_24", "WMA9LSL"},
+        {"three fields leave the codec", {}, "PCM", "1411_44_2", "1411_44_2", "PCM"},
+        {"five fields too", {}, "PCM", "1411_44_2_16_", "1411_44_2_16_", "PCM"},
     };
     for (const auto& row : kCases) {
         cli::EncodeSettings settings;

@@ -112,11 +112,11 @@ TEST(PredefinedProfiles, AnUnknownCodeSetsNothing) {
 TEST(AudienceSetup, TheHigherFrameRateWinsAndStays) {
     const struct {
         const char* why;
-        float setting;
+        std::optional<float> setting;
         std::int32_t set;
         float left;
     } kCases[] = {
-        {"not given", -1, 15000, 15000},
+        {"not given", {}, 15000, 15000},
         {"lower than the profile's", 10000, 15000, 15000},
         {"higher than the profile's", 29970, 29970, 29970},
         {"half to even", 15000.5F, 15000, 15000.5F},

@@ -52,7 +52,7 @@ TEST_F(ProfileSetupTest, OptionsOverrideAPredefinedProfile) {
     ASSERT_TRUE(Run());
     EXPECT_THAT(Calls("VideoBitrate"),
                 ElementsAre("VideoBitrate(0)=84000", "VideoBitrate(0)=80000"));
-    EXPECT_EQ(settings.v_keydist, -1) << "no defaults are loaded";
+    EXPECT_EQ(settings.v_keydist, std::nullopt) << "no defaults are loaded";
     EXPECT_FALSE(state.g_bCustomProfile);
 
     // The flag and the profile stay for later commands, which then get no defaults.
@@ -70,19 +70,19 @@ TEST_F(ProfileSetupTest, AnUnknownCodeEndsTheSetUp) {
     EXPECT_FALSE(Run());
     EXPECT_THAT(pane.lines, ElementsAre("No predefined profile found."));
     EXPECT_FALSE(state.g_bCustomProfile);
-    EXPECT_EQ(settings.v_framerate, -1);
+    EXPECT_EQ(settings.v_framerate, std::nullopt);
     EXPECT_FALSE(log().Has("Group.Profile=BVRXQProfile"));
 }
 
 TEST_F(ProfileSetupTest, TheFrameRateOfTheSetUpIsTheHighestAndIsRestored) {
     const struct {
         const char* why;
-        float typed;
+        std::optional<float> typed;
         double input;
         std::int32_t used;  // over a predefined profile of 15 frames
     } kCases[] = {
-        {"30 for none, above the input's", -1, 25, 30000},
-        {"30 for none, below the input's", -1, 59.94, 59940},
+        {"30 for none, above the input's", {}, 25, 30000},
+        {"30 for none, below the input's", {}, 59.94, 59940},
         {"lower than the input's and the profile's", 10000, 12.5, 15000},
         {"between the profile's and the input's", 20000, 25, 25000},
         {"above all", 50000, 25, 50000},
@@ -112,7 +112,7 @@ TEST_F(ProfileSetupTest, TheFrameRateIsRestoredOnEveryWayOut) {
         EXPECT_EQ(settings.v_framerate, 12000);
         EXPECT_EQ(pane.lines.size(), 1U);
         settings.profile.clear();
-        settings.v_mode = -1;
+        settings.v_mode.reset();
         settings.v_codec.clear();
     }
 }

@@ -122,7 +122,6 @@ struct DeviceCase {
 const DeviceCase kDeviceCases[] = {
     // why, -adevice, -vdevice, line, calls
     {"past the last audio device", 1,  0, "Error: Invalid audio device number specified", {}},
-    {"below the first",           -2, -1, "Error: Invalid audio device number specified", {}},
     {"past the last video device", 0,  2, "Error: Invalid video device number specified",
      {"AddSource(audio)", "Audio.SetInput(mic, device)"}},
 };
@@ -193,7 +192,7 @@ const Lines kSteps = {"Groups.Add(SG_1)",           "AutoSetFileSource(/home/a.a
                       "Encoder.AutoStop=true"};
 
 const Change kWholeSession = Set(&Settings::input, "a.avi", &Settings::output, "b", &Settings::time,
-                                 cli::TimeSettings{1000, -1}, &Settings::title, "t");
+                                 cli::TimeSettings{1000, {}}, &Settings::title, "t");
 
 Lines StepsIn(const Lines& calls) {
     Lines steps;

@@ -28,18 +28,18 @@ TEST(Explain, TheOptionThatDecidesAValueSaysWhetherItIsCarriedOver) {
     struct Case {
         const char* why;
         std::string before;  // the profile code of earlier commands
-        std::int32_t width_before;
+        std::optional<std::int32_t> width_before;
         std::set<std::string_view> typed;
         bool carried;
     };
     const Case kCases[] = {
         // why                                       before   width  typed            carried
-        {"nothing decided it", "", -1, {}, false},
-        {"typed now", "", -1, {"-v_width"}, false},
+        {"nothing decided it", "", {}, {}, false},
+        {"typed now", "", {}, {"-v_width"}, false},
         {"typed earlier", "", 160, {}, true},
         {"typed earlier and again", "", 160, {"-v_width"}, false},
-        {"an earlier profile's", "av100", -1, {"-output"}, true},
-        {"an earlier profile, overruled now", "av100", -1, {"-v_width"}, false},
+        {"an earlier profile's", "av100", {}, {"-output"}, true},
+        {"an earlier profile, overruled now", "av100", {}, {"-v_width"}, false},
         {"a new profile, overruled by an earlier width", "av100", 160, {"-profile"}, true},
     };
     for (const Case& each : kCases) {

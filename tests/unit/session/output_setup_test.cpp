@@ -97,7 +97,7 @@ TEST(OutputSetup, BroadcastsAndPushes) {
 // clang-format off
 const SettingsCase kTimeCases[] = {
     // why, settings, calls
-    {"a start alone", Set(&Settings::time, cli::TimeSettings{1000, -1}),
+    {"a start alone", Set(&Settings::time, cli::TimeSettings{1000, {}}),
      {"Audio.MarkIn=1000", "Video.MarkIn=1000"}},
     {"to the end of the file", Set(&Settings::time, cli::TimeSettings{0, 0}),
      {"Audio.MarkIn=0", "Video.MarkIn=0", "Audio.MarkOut=0", "Video.MarkOut=0"}},
@@ -135,8 +135,6 @@ TEST(OutputSetup, RefusesADeviceWithoutADuration) {
     EXPECT_THAT(session.TakeCalls(), IsEmpty());
 }
 
-constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
-
 // clang-format off
 const SettingsCase kDisplayCases[] = {
     // why, settings, calls
@@ -150,10 +148,10 @@ const SettingsCase kDisplayCases[] = {
      {"Attributes.Add(SurroundMix, -10)", "Attributes.Add(CenterMix, -3)",
       "Attributes.Add(LFEMix, 0)"}},
     {"the first coefficient alone decides",
-     Set(&Settings::a_folddown6to2, cli::FoldDownSettings{-1, 3, 3}), {}},
-    {"a number without a positive counterpart",
-     Set(&Settings::a_folddown6to2, cli::FoldDownSettings{kLowest, -3, -1}),
-     {"Attributes.Add(SurroundMix, 2147483647)", "Attributes.Add(CenterMix, 3)",
+     Set(&Settings::a_folddown6to2, cli::FoldDownSettings{{}, 3, 3}), {}},
+    {"a command was refused in the middle of the three",
+     Set(&Settings::a_folddown6to2, cli::FoldDownSettings{10, {}, {}}),
+     {"Attributes.Add(SurroundMix, -10)", "Attributes.Add(CenterMix, 1)",
       "Attributes.Add(LFEMix, 1)"}},
 };
 // clang-format on

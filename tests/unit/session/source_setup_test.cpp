@@ -16,13 +16,13 @@ constexpr const char* kNoScaling =
 
 struct PreprocCase {
     const char* why;
-    std::int32_t v_preproc;
+    std::optional<std::int32_t> v_preproc;
     Lines calls;
     Lines lines;
 };
 
 const PreprocCase kPreprocCases[] = {
-    {"not given", -1, {}, {}},
+    {"not given", {}, {}, {}},
     {"off is a value of its own", 0, {"Video.Optimization=1"}, {}},
     {"plain deinterlacing", 1, {"Video.Optimization=2"}, {}},
     {"first scaling mode", 2, {"Video.Optimization=2"}, {kNoScaling}},
@@ -62,9 +62,9 @@ const VideoCase kVideoCases[] = {
     {"a format past 31 bits", Set(&Settings::pixelformat, "RGB24"),
      {"Video.PixelFormat=" + std::to_string(0xE436EB7DU)}},
     {"an unknown format is left out", Set(&Settings::pixelformat, "NV12"), {}},
-    {"only one side of the ratio", Set(&Settings::pixelratio, cli::PixelRatioSettings{8, -1}),
+    {"only one side of the ratio", Set(&Settings::pixelratio, cli::PixelRatioSettings{8, {}}),
      {"Video.PixelAspectRatioX=8"}},
-    {"the other side", Set(&Settings::pixelratio, cli::PixelRatioSettings{-1, 9}),
+    {"the other side", Set(&Settings::pixelratio, cli::PixelRatioSettings{{}, 9}),
      {"Video.PixelAspectRatioY=9"}},
     {"the fastest is a value", Set(&Settings::v_performance, 0), {"Encoder.VideoPerformance=0"}},
     {"margins in the encoder's order, 0 is one", Set(&Settings::v_clip, cli::ClipSettings{1, 2, 3, 0}),
