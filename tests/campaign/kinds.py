@@ -23,16 +23,17 @@ def _put(clip_folder, name, folder, target=None):
     return path
 
 
-def _output(rng, suffix=".wmv"):
-    return ["-output", "out/made" + suffix, *rng.choice(clips.SHAPES)]
+def _output(rng, name=""):
+    long = ["-duration", "2"] if name.startswith("still") else []
+    return ["-output", "out/made.wmv", *rng.choice(clips.SHAPES), *long]
 
 
 def mutated(rng, case, clip_folder, folder):
     name = rng.choice(clips.NAMES)
     path = _put(clip_folder, name, folder)
     path.write_bytes(mutation.mutate(rng, path.read_bytes()))
-    case.words = ["-input", f"in/{name}", *_output(rng)]
-    case.seconds = 10 if name.startswith("still") else 2 * clips.SECONDS
+    case.words = ["-input", f"in/{name}", *_output(rng, name)]
+    case.seconds = 2 * clips.SECONDS
 
 
 def cut(rng, case, clip_folder, folder):
@@ -100,7 +101,8 @@ def stopped(rng, case, clip_folder, folder):
 
 
 def limited(rng, case, clip_folder, folder):
-    case.words = ["-input", f"in/{_put(clip_folder, rng.choice(clips.NAMES), folder).name}", *_output(rng)]
+    name = rng.choice(clips.NAMES)
+    case.words = ["-input", f"in/{_put(clip_folder, name, folder).name}", *_output(rng, name)]
     if rng.random() < 0.2:
         part = _put(clip_folder / "parts", rng.choice(sorted(os.listdir(clip_folder / "parts"))), folder)
         case.words = ["--repair", f"in/{part.name}"]
