@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -36,20 +36,19 @@ constexpr auto kSamplingRates = std::to_array<std::int64_t>({
 constexpr std::array kChannels = {1, 2, 6, 8};
 constexpr std::array kDepths = {16, 20, 24};
 
-/// A short form that stands for more than its thousandfold.
-struct ShortForm {
-    std::int32_t thousands;
-    std::int64_t exact;
-};
+constexpr std::int32_t kHalfOf1411 = 705;  // cut instead of rounded
 
-constexpr auto kExactBitRates =
-    std::to_array<ShortForm>({{1411, 1411200}, {705, 705600}, {353, 352800}});
-constexpr auto kExactSamplingRates =
-    std::to_array<ShortForm>({{88, 88200}, {44, 44100}, {22, 22050}, {11, 11025}});
+/// The rate that rounds to these kilobits or kilohertz.
+template <typename Values>
+std::int64_t Exact(const Values& values, std::int32_t thousands) {
+    const auto rounded = std::ranges::find_if(values, [&](std::int64_t value) {
+        return platform::RoundHalfToEven(static_cast<double>(value) / 1000) == thousands;
+    });
+    return rounded == values.end() ? std::int64_t{thousands} * 1000 : *rounded;
+}
 
-std::int64_t Exact(std::span<const ShortForm> short_forms, std::int32_t thousands) {
-    const auto row = std::ranges::find(short_forms, thousands, &ShortForm::thousands);
-    return row == short_forms.end() ? std::int64_t{thousands} * 1000 : row->exact;
+std::int64_t ExactBitRate(std::int32_t kilobits) {
+    return kilobits == kHalfOf1411 ? 705600 : Exact(kBitRates, kilobits);
 }
 
 template <typename Values, typename Value>
@@ -92,10 +91,13 @@ bool Refuse(platform::OutputPane& pane, std::string_view what, std::int64_t valu
 void SetPeak(const cli::EncodeSettings& settings, platform::WMEncAudience& audience,
              std::int64_t bit_rate) {
     if (settings.a_peakbuffer) audience.SetAudioBufferMax(0, *settings.a_peakbuffer);
+    // The rate is judged afterwards, with a line of its own: no peak of it may be an error before.
+    constexpr double kMost = std::numeric_limits<std::int32_t>::max();
     audience.SetAudioPeakBitrate(
         0, settings.a_peakbitrate
                ? *settings.a_peakbitrate
-               : WholeNumber(DefaultPeak(static_cast<double>(bit_rate)), "audio peak bit rate"));
+               : WholeNumber(std::min(DefaultPeak(static_cast<double>(bit_rate)), kMost),
+                             "audio peak bit rate"));
 }
 
 bool SetFormat(platform::SessionState& state, cli::EncodeSettings& settings,
@@ -110,11 +112,10 @@ bool SetFormat(platform::SessionState& state, cli::EncodeSettings& settings,
     const std::optional<FormatFields> fields = ReadFields(std::move(texts), pane);
     if (!fields) return false;
 
-    const std::int64_t rate =
-        by_quality ? std::int64_t{fields->rate} : Exact(kExactBitRates, fields->rate);
+    const std::int64_t rate = by_quality ? std::int64_t{fields->rate} : ExactBitRate(fields->rate);
     if (state.g_objProfile->VBRMode(SourceType::Audio, 0) == VbrMode::Peak)
         SetPeak(settings, audience, rate);
-    const std::int64_t sampling_rate = Exact(kExactSamplingRates, fields->sampling_rate);
+    const std::int64_t sampling_rate = Exact(kSamplingRates, fields->sampling_rate);
 
     if (!by_quality && !CheckForValidAudioBitRates(rate))
         return Refuse(pane, "audio bit rate", rate);
@@ -148,7 +149,12 @@ bool SetupCustomAudioProfile(platform::SessionState& state, cli::EncodeSettings&
         return false;
     }
     if (!settings.a_codec.empty()) SetAudioCodec(state, audience, settings.a_codec);
-    return settings.a_setting.empty() || SetFormat(state, settings, pane, audience);
+    if (settings.a_setting.empty()) return true;
+    const bool set = SetFormat(state, settings, pane, audience);
+    // A quality has changed the mode, on which the name depends.
+    if (!settings.a_codec.empty())
+        state.AudioCodecName = state.g_objProfile->EnumAudioCodec(audience.AudioCodec(0));
+    return set;
 }
 
 }  // namespace profiles

@@ -172,8 +172,9 @@ std::string FormatTables() {
     std::string text =
         "## Audio formats\n\n`-a_setting` is `<kilobits>_<kilohertz>_<channels>`, in mode 2 "
         "`Q<quality>_<kilohertz>_<channels>`, for WMA9PRO and WMA9LSL with `_<bits>` behind it. "
-        "88, 44, 22 and 11 kilohertz stand for 88200, 44100, 22050 and 11025 Hz; 1411, 705 and 353 "
-        "kilobits for 1411200, 705600 and 352800 bps. Modes 0 and 1 have the same formats.\n\n"
+        "88, 44, 22 and 11 kilohertz stand for 88200, 44100, 22050 and 11025 Hz; 1411, 706 (or "
+        "705) and "
+        "353 kilobits for 1411200, 705600 and 352800 bps. Modes 0 and 1 have the same formats.\n\n"
         "| codec | mode | formats |\n|---|---|---|\n";
     for (const platform::AudioCodecRow& row : platform::kAudioCodecs)
         for (const std::size_t number : kListedModes)

@@ -19,12 +19,6 @@ std::int32_t Kilobits(std::int32_t bps) {
     return static_cast<std::int32_t>(platform::RoundHalfToEven(bps / 1000.0));
 }
 
-// Rates as arguments carry them: an argument reads 705 as 705600, so that is its spelling.
-std::int32_t ArgumentKilobits(std::int32_t bps) {
-    constexpr std::int32_t kPcm22Stereo = 705600;
-    return bps == kPcm22Stereo ? bps / 1000 : Kilobits(bps);
-}
-
 bool SameSound(const AudioFormat& a, const AudioFormat& b) {
     return a.sampling_rate == b.sampling_rate && a.channels == b.channels &&
            a.bits_per_sample == b.bits_per_sample;
@@ -95,7 +89,7 @@ std::optional<AudioFormat> FindAudioFormat(const AudioCodecRow& row, VbrMode mod
 std::string FormatArgument(const AudioCodecRow& row, VbrMode mode, const AudioFormat& format) {
     const bool quality = mode == VbrMode::Quality;
     std::string argument = fmt::format("{}{}_{}_{}", quality ? "Q" : "",
-                                       quality ? format.value : ArgumentKilobits(format.value),
+                                       quality ? format.value : Kilobits(format.value),
                                        ArgumentKilohertz(format.sampling_rate), format.channels);
     if (row.several_depths) argument += fmt::format("_{}", format.bits_per_sample);
     return argument;

@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "engine/object_model/engine_factory.h"
 #include "profiles/codec_catalogue.h"
+#include "profiles/custom_audio.h"
 #include "unit/profiles/profile_session.h"
 
 namespace profiles {
@@ -109,6 +111,80 @@ TEST(CodecListings, FormatsAreListedAsArguments) {
                 testing::IsSupersetOf(
                     {"\t\tArgument                Quality         Sampling rate       Channel",
                      "\t\tQ75_88_2                Q75             88                  2"}));
+}
+
+/// Makes the profiles of the engine that is shipped.
+class EngineFactory : public test_support::FakeFactory {
+  public:
+    std::shared_ptr<platform::WMEncProfile2> MakeProfile() override {
+        return engine::MakeProfile();
+    }
+};
+
+struct ListedArgument {
+    platform::VbrMode mode;
+    std::string codec;
+    std::string argument;
+};
+
+std::vector<ListedArgument> ListedArguments() {
+    EngineFactory factory;
+    test_support::RecordingPane pane;
+    ListAudioFormats(factory, pane);
+    std::vector<ListedArgument> listed;
+    ListedArgument row{};
+    for (const std::string& line : pane.lines) {
+        for (const auto mode : {platform::VbrMode::Constant, platform::VbrMode::Peak,
+                                platform::VbrMode::Quality, platform::VbrMode::BitRate})
+            if (line == ModeCaption(mode)) row.mode = mode;
+        if (const std::size_t colon = line.find(" : "); colon != std::string::npos)
+            row.codec = line.substr(1, colon - 1);
+        if (!line.starts_with("\t\t") || line.find('_') == std::string::npos) continue;
+        row.argument = line.substr(2, line.find(' ') - 2);
+        listed.push_back(row);
+    }
+    return listed;
+}
+
+TEST(CodecListings, EveryListedArgumentIsTakenAndMeansAListedFormat) {
+    const std::vector<ListedArgument> listed = ListedArguments();
+    EXPECT_GT(listed.size(), 200U);
+    for (const ListedArgument& row : listed) {
+        SCOPED_TRACE(row.codec + " " + row.argument);
+        ProfileSession session;
+        const auto profile = engine::MakeProfile();
+        const auto audience = profile->AddAudience(1);
+        profile->SetVBRMode(platform::SourceType::Audio, 0, row.mode);
+        session.state.g_objProfile = profile;
+        session.settings.a_codec = row.codec;
+        session.settings.a_setting = row.argument;
+        ASSERT_TRUE(
+            SetupCustomAudioProfile(session.state, session.settings, session.pane, *audience))
+            << testing::PrintToString(session.pane.lines);
+        const int codec = audience->AudioCodec(0);
+        int same = 0;
+        for (int i = 0; i < profile->AudioFormatCount(codec); ++i) {
+            std::int32_t hertz = 0;
+            std::int32_t channels = 0;
+            std::int32_t bits = 0;
+            const std::int32_t value = profile->EnumAudioFormat(codec, i, hertz, channels, bits);
+            same += value == audience->AudioBitrate(0) && hertz == audience->AudioSamplingRate(0) &&
+                    channels == audience->AudioChannels(0) &&
+                    bits == audience->AudioBitsPerSample(0);
+        }
+        EXPECT_EQ(same, 1);
+    }
+}
+
+TEST(CustomAudio, TheReportNamesTheCodecInTheModeThatASettingChooses) {
+    ProfileSession session;
+    const auto profile = engine::MakeProfile();
+    const auto audience = profile->AddAudience(1);
+    session.state.g_objProfile = profile;
+    session.settings.a_codec = "WMA9LSL";
+    session.settings.a_setting = "Q100_44_2_16";
+    EXPECT_TRUE(SetupCustomAudioProfile(session.state, session.settings, session.pane, *audience));
+    EXPECT_EQ(session.state.AudioCodecName, "Windows Media Audio 9 Lossless (as PCM)");
 }
 
 }  // namespace

@@ -31,44 +31,6 @@ void ForEachListedFormat(const Use& use) {
             for (const AudioFormat& format : AudioFormats(row, mode)) use(row, mode, format);
 }
 
-// An argument of -a_setting as the command language reads it.
-AudioFormat ReadArgument(const std::string& argument) {
-    const bool quality = argument.front() == 'Q';
-    const std::vector<std::string> fields =
-        platform::Split(quality ? argument.substr(1) : argument, '_');
-    const std::map<int, int> rates = {{353, 352800}, {705, 705600}, {1411, 1411200}};
-    const std::map<int, int> hertz = {{88, 88200}, {44, 44100}, {22, 22050}, {11, 11025}};
-    const auto read = [](const std::map<int, int>& exact, int value) {
-        return exact.contains(value) ? exact.at(value) : value * 1000;
-    };
-    const int value = std::stoi(fields.at(0));
-    return {quality ? value : read(rates, value), read(hertz, std::stoi(fields.at(1))),
-            std::stoi(fields.at(2)), fields.size() > 3 ? std::stoi(fields[3]) : 16};
-}
-
-// Every row of a listing can be typed, passes the command language's checks and means that row.
-TEST(AudioFormats, EachListedFormatIsOneArgument) {
-    const std::set<int> bit_rates = {4000,   5000,   6000,   8000,   10000,  12000,  16000,
-                                     17000,  20000,  22000,  32000,  40000,  48000,  64000,
-                                     80000,  96000,  128000, 160000, 192000, 256000, 320000,
-                                     352800, 384000, 440000, 640000, 705600, 768000, 1411200};
-    const std::set<int> sampling_rates = {8000,  11025, 16000, 22050, 32000,
-                                          44100, 48000, 88200, 96000};
-    std::set<std::tuple<int, VbrMode, std::string>> seen;
-    ForEachListedFormat([&](const AudioCodecRow& row, VbrMode mode, const AudioFormat& format) {
-        const std::string argument = FormatArgument(row, mode, format);
-        SCOPED_TRACE(std::string(row.name) + " " + ModeName(mode) + " " + argument);
-        EXPECT_TRUE(seen.emplace(row.tag, mode, argument).second) << "listed twice";
-        const AudioFormat typed = ReadArgument(argument);
-        EXPECT_TRUE(mode == VbrMode::Quality || bit_rates.contains(typed.value)) << typed.value;
-        EXPECT_TRUE(sampling_rates.contains(typed.sampling_rate));
-        EXPECT_TRUE((std::set<int>{1, 2, 6, 8}).contains(typed.channels));
-        EXPECT_TRUE((std::set<int>{16, 20, 24}).contains(typed.bits_per_sample));
-        EXPECT_EQ(FindAudioFormat(row, mode, typed), format);
-    });
-    EXPECT_GT(seen.size(), 200U);
-}
-
 // The listing writes whole kilobits; no two rows of a codec may look the same in it.
 TEST(AudioFormats, ListingHasNoTwoEqualLines) {
     std::set<std::tuple<int, VbrMode, double, int, int, int>> seen;
