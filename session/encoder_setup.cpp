@@ -48,10 +48,10 @@ bool Matches(const KeyRule& rule, std::string_view key) {
 constexpr std::string_view kScreenKey = "scrn";
 constexpr std::int32_t kUsualCaptureRate = 30'000;
 
-// How often a picture is taken, in thousandths per second: the rate that was asked for, else that
-// in a screen profile's code ("scrn15a"), else the usual one.
+// How often a picture is taken, in thousandths per second: the rate that was asked for (0 asks for
+// none, as with a file), else that in a screen profile's code ("scrn15a"), else the usual one.
 std::int32_t CaptureRate(const cli::EncodeSettings& settings, std::string_view profile_key) {
-    if (settings.v_framerate)
+    if (settings.v_framerate && *settings.v_framerate > 0)
         return profiles::WholeNumber(*settings.v_framerate, "video frame rate");
     std::int32_t of_code = 0;
     if (platform::StartsWith(profile_key, kScreenKey))

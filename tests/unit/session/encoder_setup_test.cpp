@@ -77,6 +77,8 @@ const InputCase kInputCases[] = {
     {"a rate that was asked for outweighs the code's",
      Set(&Settings::profile, "scrn15", &Settings::v_framerate, 12'500.0F),
      kScreen + Lines{"Video.CaptureRate=12500"}, 16},
+    {"a rate of 0 is none", Set(&Settings::profile, "scrn15", &Settings::v_framerate, 0.0F),
+     kScreen + kFifteen, 16},
     {"the screen beside a file: one of sound and two of picture have no bit in common",
      FileWith("scrn15"), kFile + kScreen + kFifteen, 1},
 };
