@@ -33,13 +33,13 @@ std::int32_t Audience::AudioBufferMax(int stream) const {
     return State(stream).audio.peak_buffer_ms;
 }
 void Audience::SetAudioBufferMax(int stream, std::int32_t milliseconds) {
-    State(stream).audio.peak_buffer_ms = InRange("AudioBufferMax", milliseconds, 0, kMostBufferMs);
+    State(stream).audio.peak_buffer_ms = milliseconds;
 }
 std::int32_t Audience::AudioPeakBitrate(int stream) const {
-    return State(stream).audio.peak_rate_bps;
+    return State(stream).audio.peak_rate_bps.value_or(0);
 }
 void Audience::SetAudioPeakBitrate(int stream, std::int32_t bps) {
-    State(stream).audio.peak_rate_bps = InRange("AudioPeakBitrate", bps, 1, kNoUpperLimit);
+    State(stream).audio.peak_rate_bps = bps;
 }
 
 void Audience::SetAudioConfig(int stream, std::int32_t channels, std::int32_t sampling_rate,
@@ -113,13 +113,13 @@ std::int32_t Audience::VideoBufferMax(int stream) const {
     return State(stream).video.peak_buffer_ms;
 }
 void Audience::SetVideoBufferMax(int stream, std::int32_t milliseconds) {
-    State(stream).video.peak_buffer_ms = InRange("VideoBufferMax", milliseconds, 0, kMostBufferMs);
+    State(stream).video.peak_buffer_ms = milliseconds;
 }
 std::int32_t Audience::VideoPeakBitrate(int stream) const {
-    return State(stream).video.peak_rate_bps;
+    return State(stream).video.peak_rate_bps.value_or(0);
 }
 void Audience::SetVideoPeakBitrate(int stream, std::int32_t bps) {
-    State(stream).video.peak_rate_bps = InRange("VideoPeakBitrate", bps, 1, kNoUpperLimit);
+    State(stream).video.peak_rate_bps = bps;
 }
 
 platform::PropertyValue Audience::Property(platform::SourceType type, int stream,

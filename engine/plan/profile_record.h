@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,7 +19,7 @@ struct AudioSettings {
     std::int32_t codec = 0;
     AudioFormat format{};
     std::int32_t peak_buffer_ms = 0;
-    std::int32_t peak_rate_bps = 0;
+    std::optional<std::int32_t> peak_rate_bps;
 };
 
 struct VideoSettings {
@@ -32,7 +33,7 @@ struct VideoSettings {
     std::int32_t sharpness = 75;
     std::int32_t quality = 75;
     std::int32_t peak_buffer_ms = 0;
-    std::int32_t peak_rate_bps = 0;
+    std::optional<std::int32_t> peak_rate_bps;
 };
 
 struct AudienceRecord {

@@ -13,7 +13,8 @@ namespace {
 
 using platform::VbrMode;
 
-constexpr std::int32_t kAudioPeakBufferMs = 3000;
+constexpr PeakNames kPeakNames = {"audio", "AudioPeakBitrate", "AudioBufferMax", "-a_peakbitrate",
+                                  3000};
 
 }  // namespace
 
@@ -35,9 +36,10 @@ AudioPlan PlanAudio(const AudioSourceRecord& source, const ProfileRecord& profil
     plan.codec_name = AudioDisplayName(*plan.codec, plan.mode);
     plan.codec_description = AudioDescription(*plan.codec, plan.mode, plan.format);
     if (plan.mode == VbrMode::Peak) {
-        plan.peak_rate_bps =
-            PeakFor("audio", "-a_peakbitrate", plan.format.value, audio.peak_rate_bps);
-        plan.peak_buffer_ms = audio.peak_buffer_ms != 0 ? audio.peak_buffer_ms : kAudioPeakBufferMs;
+        const Peak peak =
+            PlanPeak(kPeakNames, plan.format.value, audio.peak_rate_bps, audio.peak_buffer_ms);
+        plan.peak_rate_bps = peak.rate_bps;
+        plan.peak_buffer_ms = peak.buffer_ms;
     }
     return plan;
 }

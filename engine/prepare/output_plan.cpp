@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "engine/outputs/asf/packet_size.h"
 #include "engine/outputs/part_name.h"
 #include "engine/plan/value_checks.h"
 
@@ -49,6 +50,11 @@ std::string CheckedOutput(const std::string& name, const SourceGroupRecord& grou
 }
 
 void PlanPackets(const ProfileRecord& profile, EncodePlan& plan) {
+    if (profile.max_packet_bytes != 0 &&
+        static_cast<std::uint32_t>(profile.max_packet_bytes) < asf::kMinPacketBytes)
+        RefuseArgument(
+            fmt::format("The greatest packet size {} is too small: give -maxpacket at least {}",
+                        profile.max_packet_bytes, asf::kMinPacketBytes));
     if (profile.max_packet_bytes != 0 && profile.min_packet_bytes > profile.max_packet_bytes)
         RefuseArgument(
             fmt::format("The least packet size {} is above the greatest {}: lower "

@@ -16,12 +16,12 @@ struct FilterRow {
     std::int32_t optimization;
     bool deinterlace;
     bool remove_telecine;
-    FieldCoding fields;  // None = as the profile says
+    std::optional<FieldCoding> fields;  // none = as the profile says
 };
 // clang-format off
 constexpr FilterRow kFilters[] = {
     // optimization deinterlace remove_telecine fields
-    {0,             false,      false,          FieldCoding::None},
+    {0,             false,      false,          std::nullopt},
     {1,             false,      false,          FieldCoding::None},
     {2,             true,       false,          FieldCoding::None},
     {3,             false,      true,           FieldCoding::None},
@@ -58,12 +58,14 @@ FilterRow FilterOf(std::int32_t optimization) {
 void PlanPreprocessing(const VideoSourceRecord& source, const ProfileRecord& profile,
                        VideoPlan& plan) {
     plan.telecine = PatternOf(source.optimization);
-    const FilterRow filter = plan.telecine ? FilterRow{} : FilterOf(source.optimization);
+    const FilterRow filter = plan.telecine
+                                 ? FilterRow{source.optimization, false, false, FieldCoding::None}
+                                 : FilterOf(source.optimization);
     plan.deinterlace = filter.deinterlace;
     plan.remove_telecine = filter.remove_telecine;
-    plan.fields = filter.fields;
-    if (plan.fields == FieldCoding::None && profile.interlaced)
-        plan.fields = FieldCoding::AsTheSource;
+    // A profile is kept from one command to the next, and once interlaced stays so.
+    plan.fields =
+        filter.fields.value_or(profile.interlaced ? FieldCoding::AsTheSource : FieldCoding::None);
     if (plan.fields != FieldCoding::None && !plan.WrittenCodec().fields)
         RefuseUnbuilt(
             fmt::format("{} cannot code interlaced pictures here: give -v_preproc 1 to make whole "

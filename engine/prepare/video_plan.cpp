@@ -19,7 +19,8 @@ namespace {
 
 using platform::VbrMode;
 
-constexpr std::int32_t kVideoPeakBufferMs = 5000;
+constexpr PeakNames kPeakNames = {"video", "VideoPeakBitrate", "VideoBufferMax", "-v_peakbitrate",
+                                  5000};
 
 // Of a camera that has no rate as low as the one that was asked for, pictures are left out.
 bool IsTooFast(const VideoSourceRecord& source, const std::optional<CameraFormat>& camera) {
@@ -141,9 +142,10 @@ VideoPlan PlanVideo(const VideoSourceRecord& source, const ProfileRecord& profil
     plan.key_frame_distance_ms = video.key_frame_distance_ms;
     plan.performance = performance;
     if (plan.mode == VbrMode::Peak) {
-        plan.peak_rate_bps =
-            PeakFor("video", "-v_peakbitrate", video.bit_rate_bps, video.peak_rate_bps);
-        plan.peak_buffer_ms = video.peak_buffer_ms != 0 ? video.peak_buffer_ms : kVideoPeakBufferMs;
+        const Peak peak =
+            PlanPeak(kPeakNames, video.bit_rate_bps, video.peak_rate_bps, video.peak_buffer_ms);
+        plan.peak_rate_bps = peak.rate_bps;
+        plan.peak_buffer_ms = peak.buffer_ms;
     }
     const std::string target = ConformanceTarget(profile);
     if (!target.empty()) PlanConformance(target, plan);

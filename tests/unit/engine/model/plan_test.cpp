@@ -143,6 +143,19 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
          }, kEmpty},
         {"packets", kInvalid, {"2000", "1400"},
          [](Session& s) { s.profile.SetMinPacketSize(2000); s.profile.SetMaxPacketSize(1400); }},
+        {"packets below the least", kInvalid, {"99", "-maxpacket", "100"},
+         [](Session& s) { s.profile.SetMaxPacketSize(99); }},
+        {"no audio peak", kInvalid, {"AudioPeakBitrate", "cannot be 0"},
+         [](Session& s) {
+             s.profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Peak);
+             s.Audience().SetAudioConfig(0, 2, 44100, 64000, 16);
+             s.Audience().SetAudioPeakBitrate(0, 0);
+         }},
+        {"too long a buffer", kInvalid, {"VideoBufferMax", "600001"},
+         [](Session& s) {
+             s.profile.SetVBRMode(SourceType::Video, 0, VbrMode::Peak);
+             s.Audience().SetVideoBufferMax(0, 600'001);
+         }},
         // what is not there yet
         {"a filter that there is none of", kUnbuilt, {"Optimization 195", "-v_preproc"},
          [](Session& s) { s.Video().SetOptimization(0xC3); }},
@@ -524,8 +537,14 @@ TEST(Plan, FieldsAreCodedWhereTheCodecHasThem) {
         FieldCoding fields;
     };
     const Case cases[] = {
-        {1, false, FieldCoding::None},
-        {1, true, FieldCoding::AsTheSource},
+        {0, false, FieldCoding::None},
+        {0, true, FieldCoding::AsTheSource},
+        // A source that is made of whole frames, by itself or by a filter, outweighs a profile that
+        // an earlier command made interlaced.
+        {1, true, FieldCoding::None},
+        {2, true, FieldCoding::None},
+        {3, true, FieldCoding::None},
+        {0x23, true, FieldCoding::None},
         {4, true, FieldCoding::AsTheSource},
         {0x2004, true, FieldCoding::TopFirst},
         {0x3004, true, FieldCoding::BottomFirst},

@@ -113,18 +113,14 @@ TEST(Tree, EachPropertyRefusesValuesOutsideItsRangeByName) {
     // clang-format off
     const Case cases[] = {
         {"AudioCodec", [&](auto v) { audience->SetAudioCodec(0, v); }, {0, 4}, {-1, 5}},
-        {"AudioPeakBitrate", [&](auto v) { audience->SetAudioPeakBitrate(0, v); }, {1}, {0, -1}},
-        {"AudioBufferMax", [&](auto v) { audience->SetAudioBufferMax(0, v); }, {0, 3000}, {-1}},
         {"VideoCodec", [&](auto v) { audience->SetVideoCodec(0, v); }, {0, 5}, {-1, 6}},
         {"VideoBitrate", [&](auto v) { audience->SetVideoBitrate(0, v); }, {1}, {0, -1}},
-        {"VideoPeakBitrate", [&](auto v) { audience->SetVideoPeakBitrate(0, v); }, {1}, {0}},
         {"VideoWidth", [&](auto v) { audience->SetVideoWidth(0, v); }, {0, 1920}, {-1, 16385}},
         {"VideoHeight", [&](auto v) { audience->SetVideoHeight(0, v); }, {0, 1080}, {-1, 16385}},
         {"VideoFPS", [&](auto v) { audience->SetVideoFPS(0, v); }, {1, 100000}, {0, 1000001}},
         {"VideoKeyFrameDistance", [&](auto v) { audience->SetVideoKeyFrameDistance(0, v); },
          {0, 10000}, {-1}},
         {"VideoBufferSize", [&](auto v) { audience->SetVideoBufferSize(0, v); }, {1, 5000}, {0}},
-        {"VideoBufferMax", [&](auto v) { audience->SetVideoBufferMax(0, v); }, {0, 5000}, {-1}},
         {"VideoImageSharpness", [&](auto v) { audience->SetVideoImageSharpness(0, v); }, {0, 100},
          {-1, 101}},
         {"VideoCompressionQuality", [&](auto v) { audience->SetVideoCompressionQuality(0, v); },
