@@ -116,8 +116,7 @@ template <typename Action>
 void EncodingRun::Try(Action&& action) {
     platform::ErrorTrap trap;
     trap(action);
-    if (trap.HasError())
-        pane_.OutputInfo(session::ErrorLine(trap.UnsignedNumber(), trap.Description()));
+    if (trap.HasError()) session::OutputErrorLine(pane_, trap.Report());
 }
 
 TranscodeResult EncodingRun::Transcode() {
@@ -139,8 +138,9 @@ TranscodeResult EncodingRun::Transcode() {
         if (session_.g_objSrcVid) retry([&] { session_.g_objSrcVid->SetMarkOut(0); });
         retry([&] { encoder.PrepareToEncode(true); });  // Start says what is still wrong
     } else if (trap.HasError()) {
-        pane_.OutputInfo(fmt::format("Prepare to encode failed with error {} {}", trap.Number(),
-                                     trap.Description()));
+        pane_.OutputError(fmt::format("Prepare to encode failed with error {} {}", trap.Number(),
+                                      trap.Description()),
+                          trap.Report());
         return TranscodeResult::NotPrepared;
     }
     for (const std::string& note : encoder.TakeNotes())
@@ -156,8 +156,9 @@ TranscodeResult EncodingRun::Transcode() {
     start([&] { encoder.Start(); });
     if (start.HasError()) {
         running_ = false;
-        pane_.OutputInfo(fmt::format("Start encoder failed with error {} {}", start.Number(),
-                                     start.Description()));
+        pane_.OutputError(fmt::format("Start encoder failed with error {} {}", start.Number(),
+                                      start.Description()),
+                          start.Report());
         return TranscodeResult::NotStarted;
     }
     g_dtStart = clock_();
@@ -180,7 +181,7 @@ void EncodingRun::g_objEncoder_OnStateChange(platform::EncoderState state) {
 void EncodingRun::g_objEncoder_OnError(std::int32_t number, const std::string& description) {
     g_encodeError = number;
     encode_error_text_ = description;
-    pane_.OutputInfo(session::ErrorLine(static_cast<std::uint32_t>(number), description));
+    session::OutputErrorLine(pane_, {static_cast<std::uint32_t>(number), description});
 }
 
 void EncodingRun::OnRunning() {
@@ -209,8 +210,9 @@ void EncodingRun::OnStopped() {
         if (session == session_number_) failed_ = !reported;
     } else {
         failed_ = true;
-        pane_.OutputInfo(fmt::format("Error occurred in transcoding: Error Code = 0x{:X}",
-                                     static_cast<std::uint32_t>(g_encodeError)));
+        const auto number = static_cast<std::uint32_t>(g_encodeError);
+        pane_.OutputError(fmt::format("Error occurred in transcoding: Error Code = 0x{:X}", number),
+                          {number, encode_error_text_});
     }
     window_.txtInfo().ScrollToEnd();
     if (session == session_number_ && on_end_) on_end_(HowItEnded());

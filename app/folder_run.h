@@ -1,10 +1,10 @@
 // The runs of a folder's files, one after the other, while the window stays usable.
 #pragma once
 
-#include <functional>
-#include <utility>
+#include <string>
 
 #include "app/encoding_run.h"
+#include "app/run_log.h"
 #include "platform/event_loop.h"
 #include "session/file_run.h"
 
@@ -15,7 +15,8 @@ namespace app {
 /// outlive the object.
 class FolderRun final : public session::FileRun {
   public:
-    FolderRun(platform::EventLoop& loop, EncodingRun& run) : loop_(loop), run_(run) {}
+    FolderRun(platform::EventLoop& loop, EncodingRun& run, RunLog& log)
+        : loop_(loop), run_(run), log_(log) {}
 
     /// A walk for as long as it lives. Those around it end with their files.
     class Walk {
@@ -36,13 +37,12 @@ class FolderRun final : public session::FileRun {
     /// Ends every walk that has begun, each at the end of its file.
     void CancelWalks() { cancelled_walks_ = walks_; }
 
-    /// Called before each file's session is prepared.
-    void OnFile(std::function<void()> handler) { on_file_ = std::move(handler); }
-
     void PrepareSession() override {
-        if (on_file_) on_file_();
+        log_.BeginFile();
         run_.NewSession();
     }
+    void PassOver(const std::string& reason) override { log_.PassOver(reason); }
+    void FinishFile() override { log_.EndFile(); }
     /// What it returns means nothing when another command has taken the session over.
     session::FileRunEnd RunToEnd() override;
     bool WalkCancelled() const override { return walks_ <= cancelled_walks_; }
@@ -50,7 +50,7 @@ class FolderRun final : public session::FileRun {
   private:
     platform::EventLoop& loop_;
     EncodingRun& run_;
-    std::function<void()> on_file_;
+    RunLog& log_;
     int walks_ = 0;            // nested in one another
     int cancelled_walks_ = 0;  // the outermost so many of them
 };

@@ -17,17 +17,23 @@ class InfoPane final : public platform::OutputPane {
 
     void OutputInfo(const std::string& text) override {
         txtInfo_.AppendText(text + "\r\n");
-        if (on_line_) on_line_(text);
         scrollDisplay();
+    }
+    using OutputPane::OutputError;
+    void OutputError(const std::string& text, const platform::ErrorReport& error) override {
+        OutputInfo(text);
+        if (on_error_) on_error_(error);
     }
     void scrollDisplay() { txtInfo_.ScrollToEnd(); }
 
-    /// Called with each text that is written.
-    void OnLine(std::function<void(const std::string&)> handler) { on_line_ = std::move(handler); }
+    /// Called with each error that is written.
+    void OnError(std::function<void(const platform::ErrorReport&)> handler) {
+        on_error_ = std::move(handler);
+    }
 
   private:
     platform::TextBox& txtInfo_;
-    std::function<void(const std::string&)> on_line_;
+    std::function<void(const platform::ErrorReport&)> on_error_;
 };
 
 }  // namespace app

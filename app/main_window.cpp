@@ -30,21 +30,17 @@ frmMain::frmMain(platform::FormWindow& window, platform::Factory& factory, WallC
       report_(window, factory, session_, settings_, pane_),
       run_log_(session_, settings_),
       run_(window, factory, session_, settings_, pane_, progress_, report_, std::move(clock)),
-      folder_run_(window.Loop(), run_),
+      folder_run_(window.Loop(), run_, run_log_),
       encoder_setup_(session_, settings_, pane_, factory),
       directory_mode_(session_, settings_, pane_, encoder_setup_, folder_run_),
       actions_(factory, session_, pane_, report_),
       readers_(pane_),
       parser_(settings_, readers_, pane_, actions_, session_) {
-    pane_.OnLine([this](const std::string& line) { run_log_.NoteLine(line); });
+    pane_.OnError([this](const platform::ErrorReport& error) { run_log_.NoteError(error); });
     run_.OnState([this](platform::EncoderState state) { run_log_.TellState(state); });
     run_.OnEnd([this](const RunEnd& end) {
         run_log_.EndRun(end);
         if (!folder_run_.IsWalking()) run_log_.EndCommand(ExitStatus());
-    });
-    folder_run_.OnFile([this] {
-        run_log_.EndFile();
-        run_log_.BeginFile();
     });
     Form_Initialize();
 }
@@ -94,8 +90,7 @@ void frmMain::RunListing(const std::vector<std::string>& words) {
     platform::ErrorTrap trap;
     trap([&] { parser_.ParseParameters(words); });
     settings_ = settings_of_run;
-    if (trap.HasError())
-        pane_.OutputInfo(session::ErrorLine(trap.UnsignedNumber(), trap.Description()));
+    if (trap.HasError()) session::OutputErrorLine(pane_, trap.Report());
 }
 
 bool frmMain::NewSession() {
@@ -194,7 +189,7 @@ void frmMain::RunWords(const std::vector<std::string>& words) {
     try {
         status = RunSession(words);
     } catch (const platform::Error& error) {
-        pane_.OutputInfo(session::ErrorLine(error.unsigned_number(), error.description()));
+        session::OutputErrorLine(pane_, error.report());
     }
     // A command that was given meanwhile has its own status.
     if (command != commands_begun_) return;
@@ -230,7 +225,6 @@ int frmMain::RunFolder() {
     const FolderRun::Walk walk(folder_run_);
     run_log_.BeginFolder();
     const bool walked = directory_mode_.DoDirectoryModeEncoding();
-    run_log_.EndFile();
     if (!walked) return kRefused;
     return directory_mode_.AnyFailed() ? kFailed : kDone;
 }

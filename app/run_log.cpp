@@ -2,11 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
-#include <string_view>
-
 #include "platform/error.h"
-#include "platform/text.h"
 
 namespace app {
 
@@ -16,31 +12,6 @@ using platform::CommandEnd;
 using platform::SourceType;
 
 constexpr int kRefusedStatus = 1;
-constexpr std::string_view kWalkHeading = "============== ";
-constexpr std::string_view kPassedOver = "Skipping: ";
-constexpr std::string_view kWrittenBefore = ", since this walk has already written ";
-
-bool IsOfWalk(const std::string& line) {
-    if (platform::StartsWith(line, kWalkHeading)) return true;
-    return platform::StartsWith(line, kPassedOver) &&
-           line.find(kWrittenBefore) == std::string::npos;
-}
-
-struct NumberedLine {
-    std::string_view prefix;
-    int base;
-    std::string_view separator;  // between number and description
-};
-
-// clang-format off
-constexpr NumberedLine kNumberedLines[] = {
-    // prefix                                base  separator
-    {"Error: 0x",                            16,   " - "},
-    {"Invalid profile: 0x",                  16,   " "},
-    {"Prepare to encode failed with error ", 10,   " "},
-    {"Start encoder failed with error ",     10,   " "},
-};
-// clang-format on
 
 platform::StreamReport Stream(platform::WMEncStatistics& statistics, SourceType type,
                               const std::string& codec) {
@@ -49,34 +20,15 @@ platform::StreamReport Stream(platform::WMEncStatistics& statistics, SourceType 
 
 }  // namespace
 
-platform::ErrorReport ErrorOfLine(const std::string& line) {
-    for (const NumberedLine& form : kNumberedLines) {
-        if (!platform::StartsWith(line, form.prefix)) continue;
-        const std::string_view rest = std::string_view(line).substr(form.prefix.size());
-        std::int64_t number = 0;  // both the signed and the unsigned form of 32 bits
-        const char* const end = rest.data() + rest.size();
-        const auto [after, error] = std::from_chars(rest.data(), end, number, form.base);
-        std::string_view text = rest.substr(static_cast<std::size_t>(after - rest.data()));
-        if (error != std::errc() || !platform::StartsWith(text, form.separator)) continue;
-        text.remove_prefix(form.separator.size());
-        return {static_cast<std::uint32_t>(number), std::string(text)};
-    }
-    return {0, line};
-}
-
 void RunLog::BeginCommand() {
     command_ = {};
     has_run_ = false;
     in_file_ = false;
     stopped_ = false;
-    last_line_.clear();
+    last_error_ = {};
 }
 
-void RunLog::NoteLine(const std::string& line) {
-    last_line_ = line;
-    if (IsOfWalk(line)) hears_file_ = false;
-    if (hears_file_) file_line_ = line;
-}
+void RunLog::NoteError(const platform::ErrorReport& error) { last_error_ = error; }
 
 void RunLog::EndRun(const RunEnd& end) {
     platform::FileReport& report = command_.last;
@@ -114,21 +66,21 @@ void RunLog::ReadTotals(platform::FileReport& report) const {
 void RunLog::BeginFile() {
     has_run_ = false;
     in_file_ = true;
-    hears_file_ = true;
-    file_input_ = settings_.input;
-    file_line_.clear();
+    last_error_ = {};
+    command_.last = {};
+    command_.last.end = CommandEnd::Refused;
+    command_.last.input = settings_.input;
+}
+
+void RunLog::PassOver(const std::string& reason) {
+    command_.last.end = CommandEnd::Shown;
+    command_.last.error = {0, reason};
 }
 
 void RunLog::EndFile() {
     if (!in_file_) return;
     in_file_ = false;
-    if (!has_run_) {
-        command_.last = {};
-        const bool passed_over = platform::StartsWith(file_line_, kPassedOver);
-        command_.last.end = passed_over ? CommandEnd::Shown : CommandEnd::Refused;
-        command_.last.input = file_input_;
-        command_.last.error = ErrorOfLine(file_line_);
-    }
+    if (command_.last.end == CommandEnd::Refused) command_.last.error = last_error_;
     const CommandEnd end = command_.last.end;
     const bool failed = end == CommandEnd::Failed || end == CommandEnd::Refused;
     if (end != CommandEnd::Shown) ++(failed ? command_.files_failed : command_.files_completed);
@@ -154,14 +106,14 @@ platform::CommandReport RunLog::Report(int exit_status) const {
         last.end = bad;
         const int files = report.files_completed + report.files_failed;
         last.error = bad == CommandEnd::Refused
-                         ? ErrorOfLine(last_line_)
+                         ? last_error_
                          : platform::ErrorReport{
                                0, fmt::format("{} of {} files failed", report.files_failed, files)};
     } else if (!has_run_) {
         last.input = settings_.input;
         if (exit_status == 0) return report;
         last.end = bad;
-        last.error = ErrorOfLine(last_line_);
+        last.error = last_error_;
     }
     return report;
 }

@@ -19,10 +19,6 @@ struct RunEnd {
     platform::ErrorReport error;  // when it failed
 };
 
-/// The error of a line that the pane got about one, in any of its forms; a line without a number
-/// becomes the description as a whole.
-platform::ErrorReport ErrorOfLine(const std::string& line);
-
 /// User-interface thread; what is handed over must outlive the object.
 class RunLog {
   public:
@@ -32,18 +28,19 @@ class RunLog {
     void SetListener(platform::RunListener* listener) { listener_ = listener; }
 
     void BeginCommand();
-    /// The pane gets this text.
-    void NoteLine(const std::string& line);
+    /// The pane has got a line about this error.
+    void NoteError(const platform::ErrorReport& error);
     void NoteStop() { stopped_ = true; }
 
     /// The session's run has come to its stopped state.
     void EndRun(const RunEnd& end);
 
     // A folder's files, one after the other. Their ends are told to the listener; a file without a
-    // run of its own was passed over or refused, and its last line says why.
+    // run of its own was passed over, or refused by the last error that it had.
     void BeginFolder() { command_.is_folder = true; }
     bool IsOfFolder() const { return command_.is_folder; }
     void BeginFile();
+    void PassOver(const std::string& reason);
     void EndFile();
 
     // For the listener.
@@ -61,13 +58,10 @@ class RunLog {
     const cli::EncodeSettings& settings_;
     platform::RunListener* listener_ = nullptr;
     platform::CommandReport command_;
-    bool has_run_ = false;     // command_.last is of the file at hand
-    bool in_file_ = false;     // of a folder
-    bool hears_file_ = false;  // the lines are the file's, not yet the walk's next ones
-    std::string file_input_;
-    std::string file_line_;  // the file's last
-    std::string last_line_;
+    bool has_run_ = false;  // command_.last is of the file at hand
+    bool in_file_ = false;  // of a folder
     bool stopped_ = false;
+    platform::ErrorReport last_error_;  // of the command, or of the folder's file at hand
 };
 
 }  // namespace app

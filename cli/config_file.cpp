@@ -28,7 +28,7 @@ std::optional<std::vector<std::string>> ReadConfigFile(platform::FileSystem& fil
     const std::string line = platform::TrimBlanks(stream->ReadLine());
     stream->Close();
     if (line.empty()) {
-        pane.OutputInfo(fmt::format("Configuration file {} is empty", path));
+        pane.OutputError(fmt::format("Configuration file {} is empty", path));
         return std::nullopt;
     }
     return platform::Split(line, ' ');

@@ -105,7 +105,7 @@ ParameterParser::Outcome ParameterParser::ReadConfig(Call& call) {
     ++arg_index;
     platform::FileSystem& files = *state_.g_objFSO;
     if (call.depth == kDeepestNesting) {
-        pane_.OutputInfo(fmt::format("Configuration file {} is nested more than {} deep",
+        pane_.OutputError(fmt::format("Configuration file {} is nested more than {} deep",
                                      files.GetAbsolutePathName(call.load_name), kDeepestNesting));
         return Outcome::Refused;
     }
@@ -127,7 +127,7 @@ bool ParameterParser::MainPass(Call& call) {
         const std::string& word = call.words[option_index];
         const Option* const option = FindOption(platform::LowerCase(word));
         if (option == nullptr || option->show != nullptr) {
-            pane_.OutputInfo(fmt::format("Invalid parameter: {}", word));
+            pane_.OutputError(fmt::format("Invalid parameter: {}", word));
             return false;
         }
         typed_options_.insert(option->name);
@@ -180,7 +180,7 @@ bool ParameterParser::TakeText(const OptionValue& value, std::size_t option_inde
     }
     if (value.kind == ValueKind::UpperText) text = platform::UpperCase(text);
     if (value.text_rule != nullptr && !Accepts(*value.text_rule, text)) {
-        pane_.OutputInfo(std::string(value.text_rule->line));
+        pane_.OutputError(std::string(value.text_rule->line));
         return false;
     }
     value.store_text(settings_, text);
@@ -202,7 +202,7 @@ bool ParameterParser::TakeInteger(const OptionValue& value, std::size_t option_i
         const NumberRule& rule = *value.number_rule;
         if (rule.names != NumberRule::Names::Nothing) {
             const bool names_option = rule.names == NumberRule::Names::Option;
-            pane_.OutputInfo(
+            pane_.OutputError(
                 fmt::format("{}{}", rule.line, names_option ? option : call.words[value_index]));
         }
         return false;

@@ -84,19 +84,19 @@ std::int32_t ValueReaders::ConvertStringToInteger(const std::string& text) {
 }
 
 void ValueReaders::RefuseFormat(const std::string& option) {
-    pane_.OutputInfo(fmt::format("Invalid format for parameter {}", option));
+    pane_.OutputError(fmt::format("Invalid format for parameter {}", option));
 }
 
 void ValueReaders::RefuseInteger(const std::string& option) {
-    pane_.OutputInfo(fmt::format("Expect integer value for parameter {}", option));
+    pane_.OutputError(fmt::format("Expect integer value for parameter {}", option));
 }
 
 void ValueReaders::RefuseFloat(const std::string& option) {
-    pane_.OutputInfo(fmt::format("Expect float value for parameter {}", option));
+    pane_.OutputError(fmt::format("Expect float value for parameter {}", option));
 }
 
 void ValueReaders::RefuseText(const std::string& text) {
-    pane_.OutputInfo(fmt::format("Invalid format {} expecting integer value", text));
+    pane_.OutputError(fmt::format("Invalid format {} expecting integer value", text));
 }
 
 bool ValueReaders::HasValue(const std::vector<std::string>& words, std::size_t option_index,

@@ -26,6 +26,12 @@ enum ErrorNumber : std::uint32_t {
     kEndMarkPastEnd = 0xC00D1B59,
 };
 
+/// An error as values.
+struct ErrorReport {
+    std::uint32_t number = 0;  // 0 = the error has none
+    std::string description;
+};
+
 /// A failed operation. `description` is UTF-8, names what failed (file, option, device) and says
 /// what to do; it carries no number and no line end.
 class Error : public std::exception {
@@ -36,6 +42,7 @@ class Error : public std::exception {
     std::int32_t number() const { return number_; }
     std::uint32_t unsigned_number() const { return static_cast<std::uint32_t>(number_); }
     const std::string& description() const { return description_; }
+    ErrorReport report() const { return {unsigned_number(), description_}; }
     const char* what() const noexcept override { return description_.c_str(); }
 
   private:
@@ -63,6 +70,7 @@ class ErrorTrap {
     std::int32_t Number() const { return number_; }  // 0 without an error
     std::uint32_t UnsignedNumber() const { return static_cast<std::uint32_t>(number_); }
     const std::string& Description() const { return description_; }
+    ErrorReport Report() const { return {UnsignedNumber(), description_}; }
     void Clear() { *this = ErrorTrap(); }
 
   private:

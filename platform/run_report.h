@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/encoder.h"
+#include "platform/error.h"
 
 namespace platform {
 
@@ -15,11 +16,6 @@ enum class CommandEnd {
     Stopped,    // encoded up to a stop that was asked for
     Refused,    // wrong, or impossible to set up: nothing was encoded
     Failed,     // ended in an error while running
-};
-
-struct ErrorReport {
-    std::uint32_t number = 0;  // 0 = the error has none
-    std::string description;
 };
 
 struct StreamReport {

@@ -84,7 +84,7 @@ std::optional<FormatFields> ReadFields(std::vector<std::string> texts, platform:
 }
 
 bool Refuse(platform::OutputPane& pane, std::string_view what, std::int64_t value) {
-    pane.OutputInfo(fmt::format("Invalid {} {}", what, value));
+    pane.OutputError(fmt::format("Invalid {} {}", what, value));
     return false;
 }
 
@@ -145,7 +145,7 @@ bool CheckForValidDepth(std::int32_t bits) { return Contains(kDepths, bits); }
 bool SetupCustomAudioProfile(platform::SessionState& state, cli::EncodeSettings& settings,
                              platform::OutputPane& pane, platform::WMEncAudience& audience) {
     if (!ApplyEncodingMode(settings.a_mode, *state.g_objProfile, *state.g_objSrcAud)) {
-        pane.OutputInfo("Invalid -a_mode <mode_number>");
+        pane.OutputError("Invalid -a_mode <mode_number>");
         return false;
     }
     if (!settings.a_codec.empty()) SetAudioCodec(state, audience, settings.a_codec);

@@ -59,7 +59,7 @@ bool SetupCustomVideoProfile(platform::SessionState& state, const cli::EncodeSet
                              platform::OutputPane& pane, WMEncAudience& audience) {
     const platform::WMEncProfile2& profile = *state.g_objProfile;
     if (!ApplyEncodingMode(settings.v_mode, *state.g_objProfile, *state.g_objSrcVid)) {
-        pane.OutputInfo("Invalid -v_mode <mode_number>");
+        pane.OutputError("Invalid -v_mode <mode_number>");
         return false;
     }
     if (!settings.v_codec.empty()) SetVideoCodec(state, audience, settings.v_codec);

@@ -114,7 +114,7 @@ bool SetupPredefinedProfile(platform::SessionState& state, cli::EncodeSettings& 
     const std::string code = platform::LowerCase(settings.profile);
     const auto row = std::ranges::find(kPredefinedProfiles, code, &PredefinedProfile::code);
     if (row == kPredefinedProfiles.end()) {
-        pane.OutputInfo("No predefined profile found.");
+        pane.OutputError("No predefined profile found.");
         return false;
     }
 

@@ -55,8 +55,9 @@ bool ProfileSetup::SetupProfile() {
     if (!trap.HasError() && !settings_.saveprofile.empty())
         trap([&] { state_.g_objProfile->SaveToFile(settings_.saveprofile); });
     if (!trap.HasError()) return true;
-    pane_.OutputInfo(
-        fmt::format("Invalid profile: 0x{:X} {}", trap.UnsignedNumber(), trap.Description()));
+    pane_.OutputError(
+        fmt::format("Invalid profile: 0x{:X} {}", trap.UnsignedNumber(), trap.Description()),
+        trap.Report());
     return false;
 }
 
@@ -159,12 +160,12 @@ bool ProfileSetup::SetupCustomProfile(WMEncAudience& audience) {
         const bool audio_uncompressed = settings_.a_codec == "PCM";
         const bool video_uncompressed = settings_.v_codec == "UNCOMP";
         if (video_uncompressed && !audio_uncompressed) {
-            pane_.OutputInfo(
+            pane_.OutputError(
                 "Audio codec must be uncompressed when using uncompressed video codec");
             return false;
         }
         if (audio_uncompressed && !video_uncompressed) {
-            pane_.OutputInfo(
+            pane_.OutputError(
                 "Video codec must be uncompressed when using uncompressed audio codec");
             return false;
         }

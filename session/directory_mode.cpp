@@ -45,7 +45,7 @@ DirectoryMode::DirectoryMode(platform::SessionState& state, cli::EncodeSettings&
 bool DirectoryMode::DoDirectoryModeEncoding() {
     any_failed_ = false;
     if (settings_.output.empty()) {
-        pane_.OutputInfo("Error: No output directory specified");
+        pane_.OutputError("Error: No output directory specified");
         return false;
     }
     auto& files = *state_.g_objFSO;
@@ -107,6 +107,7 @@ void DirectoryMode::EncodeFile(Walk& walk, const std::string& file) {
     } catch (const platform::Error& error) {
         Fail(error);
     }
+    run_.FinishFile();
     if (!run_.WalkCancelled()) TearDownSession();
 }
 
@@ -114,8 +115,10 @@ void DirectoryMode::RunFile(Walk& walk, const std::string& file) {
     auto& files = *walk.files;
     const std::string output = files.GetAbsolutePathName(settings_.output);
     if (files.FileExists(output) && Contains(files, walk.written, output)) {
-        pane_.OutputInfo(
-            fmt::format("Skipping: {}, since this walk has already written {}", file, output));
+        const std::string reason =
+            fmt::format("Skipping: {}, since this walk has already written {}", file, output);
+        pane_.OutputInfo(reason);
+        run_.PassOver(reason);
         return;
     }
     const FileRunEnd end = run_.RunToEnd();
@@ -132,7 +135,7 @@ void DirectoryMode::TearDownSession() {
 
 void DirectoryMode::Fail(const platform::Error& error) {
     any_failed_ = true;
-    pane_.OutputInfo(ErrorLine(error.unsigned_number(), error.description()));
+    OutputErrorLine(pane_, error.report());
 }
 
 }  // namespace session

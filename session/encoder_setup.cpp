@@ -111,7 +111,7 @@ bool EncoderSetup::SetupInput() {
     if (state_.g_objSrcAud) trap([&] { source_setup_.SetupAudioSource(); });
     if (state_.g_objSrcVid) trap([&] { source_setup_.SetupVideoSource(); });
     if (!trap.HasError()) return true;
-    pane_.OutputInfo(ErrorLine(trap.UnsignedNumber(), trap.Description()));
+    OutputErrorLine(pane_, trap.Report());
     return false;
 }
 
@@ -138,7 +138,7 @@ bool EncoderSetup::OpenDevice(SourceType type, std::int32_t number, ErrorTrap& t
     trap([&] { name = capture_devices_.GetDeviceNameFromIndex(type, number); });
     if (!name) return true;  // the collected error is reported with the others
     if (name->empty()) {
-        pane_.OutputInfo(fmt::format("Error: Invalid {} device number specified",
+        pane_.OutputError(fmt::format("Error: Invalid {} device number specified",
                                      type == SourceType::Audio ? "audio" : "video"));
         return false;
     }

@@ -4,8 +4,8 @@
 
 namespace session {
 
-std::string ErrorLine(std::uint32_t number, const std::string& description) {
-    return fmt::format("Error: 0x{:X} - {}", number, description);
+void OutputErrorLine(platform::OutputPane& pane, const platform::ErrorReport& error) {
+    pane.OutputError(fmt::format("Error: 0x{:X} - {}", error.number, error.description), error);
 }
 
 }  // namespace session

@@ -1,6 +1,8 @@
 // The run of one file as directory mode sees it; the form stands behind it.
 #pragma once
 
+#include <string>
+
 namespace session {
 
 enum class FileRunEnd {
@@ -14,7 +16,7 @@ class FileRun {
   public:
     virtual ~FileRun() = default;
 
-    /// Puts a fresh encoder, its events connected, into the session's state and clears the source
+    /// A file begins: puts a fresh encoder, its events connected, into the session's state and clears the source
     /// group and the sources, as the start of a command does.
     virtual void PrepareSession() = 0;
 
@@ -22,6 +24,11 @@ class FileRun {
     /// usable meanwhile. Whatever it has to say has been said when it returns: the line of a
     /// failure, the report of a success.
     virtual FileRunEnd RunToEnd() = 0;
+
+    /// The file at hand is not encoded, and need not be; the pane has the reason already.
+    virtual void PassOver(const std::string& /*reason*/) {}
+    /// The file at hand is over, whatever came of it.
+    virtual void FinishFile() {}
 
     /// Whether the walk is over: Stop was pressed, or another command took the session over.
     /// Directory mode then leaves the session and the settings as they are, since they may belong

@@ -66,7 +66,7 @@ void OutputSetup::SetupOutputFile() {
 
 bool OutputSetup::SetupTime() {
     if (settings_.device_input && !settings_.duration) {
-        pane_.OutputInfo("Duration must be specified when capturing from devices.");
+        pane_.OutputError("Duration must be specified when capturing from devices.");
         return false;
     }
     if (const auto start = settings_.time.start) {

@@ -90,7 +90,7 @@ bool SourceSetup::LoadSessionFile() {
         state_.g_bCustomProfile = false;
     });
     if (!trap.HasError()) return true;
-    pane_.OutputInfo("Loading the session (.wme) file failed: " + settings_.wme);
+    pane_.OutputError("Loading the session (.wme) file failed: " + settings_.wme, trap.Report());
     return false;
 }
 

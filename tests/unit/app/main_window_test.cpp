@@ -111,26 +111,38 @@ struct EndCase {
     const char* command;
     const char* failing;  // operation
     int status;
+    std::uint32_t number;  // of the report's error
+    const char* error;     // how the description in the report begins
     Lines pane;
 };
 
-TEST_F(MainWindowTest, GoEndsWithOneLineAndAStatus) {
+TEST_F(MainWindowTest, GoEndsWithOneLineAStatusAndTheErrorAsValues) {
+    constexpr std::uint32_t kAskedFor = platform::kUnspecified;
     // clang-format off
     const EndCase cases[] = {
-        // why, command, failing operation, status, pane
-        {"two blanks are an empty word", "-silent  -audioonly", "", 1, {"Invalid parameter: "}},
-        {"an option last without its text", "-silent -output", "", 1, {"Error: 0x8002000B - "}},
+        // why, command, failing operation, status, number, error, pane
+        {"two blanks are an empty word", "-silent  -audioonly", "", 1,
+         0, "Invalid parameter: ", {"Invalid parameter: "}},
+        {"an option last without its text", "-silent -output", "", 1,
+         platform::kElementNotFound, "The command ends", {"Error: 0x8002000B - "}},
+        {"no number", "-a_mode x", "", 1, 0, "Expect", {"Expect integer value for parameter -a_mode"}},
+        {"no such profile", "-input a.avi -profile x", "", 1,
+         0, "No predefined", {"No predefined profile found."}},
         {"no encoder can be made ready", kCommand, "Encoder.PrepareToEncode", 1,
-         {"Prepare to encode failed with error -2147467259 asked for"}},
+         kAskedFor, "asked for", {"Prepare to encode failed with error -2147467259 asked for"}},
         {"the encoder does not start", kCommand, "Encoder.Start", 2,
-         {"Start encoder failed with error -2147467259 asked for"}},
+         kAskedFor, "asked for", {"Start encoder failed with error -2147467259 asked for"}},
+        {"the input cannot be opened", kCommand, "AutoSetFileSource", 1,
+         kAskedFor, "asked for", {"Error: 0x80004005 - asked for"}},
+        {"the profile cannot be attached", kCommand, "Group.Profile=", 1,
+         kAskedFor, "asked for", {"Invalid profile: 0x80004005 asked for"}},
         {"set-up lets an error pass", kCommand, "File.LocalFileName", 1,
-         {"Error: 0x80004005 - asked for"}},
-        {"a file's information", "-input a.avi", "", 0, {"General", "Format : AVI"}},
+         kAskedFor, "asked for", {"Error: 0x80004005 - asked for"}},
+        {"a file's information", "-input a.avi", "", 0, 0, nullptr, {"General", "Format : AVI"}},
         {"a file without information", "-input a.avi", "MediaInfo.Description", 1,
-         {"Error: 0x80004005 - asked for"}},
+         kAskedFor, "asked for", {"Error: 0x80004005 - asked for"}},
         {"a folder needs an output", "-input /home -profile av100", "", 1,
-         {"Error: No output directory specified"}},
+         0, "Error: No output directory", {"Error: No output directory specified"}},
     };
     // clang-format on
     for (const EndCase& c : cases) {
@@ -147,6 +159,12 @@ TEST_F(MainWindowTest, GoEndsWithOneLineAndAStatus) {
             EXPECT_THAT(pane[i], StartsWith(c.pane[i])) << c.why;
         EXPECT_EQ(fresh.ExitStatus(), c.status) << c.why;
         EXPECT_FALSE(fresh.IsBusy()) << c.why;
+        const auto error = fresh.Report().last.error;
+        EXPECT_EQ(error.has_value(), c.error != nullptr) << c.why;
+        if (error && c.error != nullptr) {
+            EXPECT_EQ(error->number, c.number) << c.why;
+            EXPECT_THAT(error->description, StartsWith(c.error)) << c.why;
+        }
 
         fresh_window.command_box.text = "-input a.avi -output b.wmv -profile av100";
         fresh.cmdGo_Click();
@@ -264,7 +282,10 @@ TEST_F(MainWindowTest, PausesTheRunAndLetsItGoOn) {
 /// Notes what a host hears of runs.
 class NotingListener : public platform::RunListener {
   public:
-    void OnFileEnd(const platform::FileReport& /*report*/) override { heard.emplace_back("file"); }
+    void OnFileEnd(const platform::FileReport& report) override {
+        heard.emplace_back("file");
+        files.push_back(report);
+    }
     void OnStateChange(EncoderState state) override {
         heard.push_back("state " + std::to_string(static_cast<int>(state)));
     }
@@ -273,6 +294,7 @@ class NotingListener : public platform::RunListener {
                         std::to_string(static_cast<int>(report.last.end)));
     }
     std::vector<std::string> heard;
+    std::vector<platform::FileReport> files;
 };
 
 TEST_F(MainWindowTest, AHostHearsOfStatesAndOfTheEnd) {
@@ -432,6 +454,31 @@ TEST_F(FolderTest, AHostHearsOfTheFoldersEndOnce) {
     Go(kFolder);
     EXPECT_EQ(listener.heard,
               (Lines{"state 5", "file", "state 5", "file", "state 5", "file", "folder 1"}));
+    form.SetRunListener(nullptr);
+}
+
+TEST_F(FolderTest, AFilesEndHasItsOwnErrorAndNoneOfItsNeighbours) {
+    factory.files->AddFile("/home/in/a.mpg");
+    factory.files->AddFile("/home/in/notes.txt");
+    NotingListener listener;
+    form.SetRunListener(&listener);
+    steps = {[this] {
+                 factory.files->AddFile("/home/out/a.wmv");
+                 factory.log->Fail("Encoder.PrepareToEncode", platform::kInvalidData, "broken", 1);
+                 Finish();
+             },
+             finish};
+    Go(kFolder);
+    Lines ends;
+    for (const platform::FileReport& file : listener.files)
+        ends.push_back(file.input + " " + std::to_string(static_cast<int>(file.end)) +
+                       (file.error ? " " + file.error->description : ""));
+    EXPECT_THAT(
+        ends, ElementsAre("/home/in/a.avi 1", "/home/in/b.avi 3 broken",
+                          "/home/in/a.mpg 0 Skipping: a.mpg, since this walk has already written "
+                          "/home/out/a.wmv",
+                          "/home/in/below/c.avi 1"));
+    EXPECT_EQ(listener.files.at(1).error->number, platform::kInvalidData);
     form.SetRunListener(nullptr);
 }
 
