@@ -6,6 +6,7 @@
 
 #include "engine/object_model/engine_parts.h"
 #include "engine/object_model/session_tree.h"
+#include "support/error_of.h"
 #include "support/fake_host.h"
 
 namespace test_support {
@@ -132,17 +133,6 @@ struct FakeEngine {
     std::vector<std::shared_ptr<FakeRun::Record>> runs;
     std::function<void()> on_make_run, on_start;
 };
-
-/// The error that `step` ends with; number 0 when it does not.
-template <typename Step>
-platform::Error ErrorOf(const Step& step) {
-    try {
-        step();
-    } catch (const platform::Error& error) {
-        return error;
-    }
-    return {0, ""};
-}
 
 /// The profile of a plain audio-and-video session.
 inline void FillProfile(platform::WMEncProfile2& profile) {
