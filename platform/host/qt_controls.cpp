@@ -5,6 +5,7 @@
 #include <QResizeEvent>
 #include <QScrollBar>
 #include <QTextCursor>
+#include <QTextOption>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -27,7 +28,7 @@ OutputView::OutputView(QWidget* parent) : QPlainTextEdit(parent) {
     setReadOnly(true);
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     setUndoRedoEnabled(false);
-    setLineWrapMode(QPlainTextEdit::NoWrap);  // a wrapped table is no table
+    setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setTabChangesFocus(true);
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     SetTabs();
@@ -78,7 +79,7 @@ void ShorteningLabel::Shorten() {
     const QString shown =
         fontMetrics().elidedText(whole_text_, Qt::ElideMiddle, contentsRect().width());
     setText(shown);
-    setToolTip(shown == whole_text_ ? explanation_ : whole_text_);
+    setToolTip(shown == whole_text_ ? explanation_ : whole_text_.trimmed());
 }
 
 QSize ShorteningLabel::minimumSizeHint() const { return {0, QLabel::minimumSizeHint().height()}; }
@@ -123,13 +124,13 @@ QtLabel::QtLabel(QLabel& label, QString name, bool prefix)
 
 void QtLabel::SetCaption(const std::string& caption) {
     caption_ = caption;
-    const QString text = FromForm(caption).trimmed();
+    const QString text = FromForm(caption);
     if (auto* shortening = dynamic_cast<ShorteningLabel*>(&label_))
         shortening->SetWholeText(text);
     else
         label_.setText(text);
     const QString spoken = QString(text).replace(QLatin1Char('\n'), QLatin1Char(' ')).simplified();
-    if (text.isEmpty())
+    if (spoken.isEmpty())
         label_.setAccessibleName(name_);
     else
         label_.setAccessibleName(prefix_ ? name_ + QStringLiteral(": ") + spoken : spoken);

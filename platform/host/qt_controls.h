@@ -16,7 +16,8 @@
 
 namespace platform::host {
 
-/// The output pane: a fixed-width text with tabs every eight characters, to be read and copied.
+/// The output pane: a fixed-width text with tabs every eight characters, to be read and copied. A
+/// line without room goes on below, from a word's beginning where it has one.
 class OutputView : public QPlainTextEdit {
   public:
     explicit OutputView(QWidget* parent);
@@ -84,7 +85,6 @@ class QtButton : public Button {
     QPushButton& button_;
 };
 
-/// Shows the caption without the blanks at its ends; Caption gives it back whole.
 class QtLabel : public Label {
   public:
     /// @param name  what the label is called while it is empty, for those who cannot see where it

@@ -6,9 +6,9 @@
 #include <QDir>
 #include <QLineEdit>
 #include <QSaveFile>
+#include <exception>
 #include <utility>
 
-#include "platform/error.h"
 #include "platform/host/locale_text.h"
 
 namespace platform::host {
@@ -77,8 +77,10 @@ void MenuCommands::Repair(const QString& path) {
         std::string text;
         try {
             text = repair(name);
-        } catch (const Error& error) {
-            text = error.description() + "\n";
+        } catch (const std::exception& error) {
+            text = std::string(error.what()) + "\n";
+        } catch (...) {
+            text = name + " cannot be repaired.\n";
         }
         loop_.Post([this, lines = QString::fromStdString(text)] {
             repairing_ = false;

@@ -18,8 +18,8 @@
 
 namespace platform::host {
 
-/// Makes a file that was cut off whole and returns the lines that say what was done. Throws Error.
-/// Called on a thread of its own.
+/// Makes a file that was cut off whole and returns the lines that say what was done. What it throws
+/// is said in their place. Called on a thread of its own.
 using FileRepair = std::function<std::string(const std::string& path)>;
 
 /// Dialogs are opened without a loop of their own and named: "inputFile", "repairFile", "saveFile",

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <future>
 #include <set>
+#include <stdexcept>
 
 #include "gui/window_fixture.h"
 #include "platform/error.h"
@@ -150,11 +151,15 @@ TEST_F(Menus, RepairWritesItsLinesAndLeavesTheWindowUsable) {
         told.wait();
         if (path.find("bad") != std::string::npos)
             throw platform::Error(platform::kInvalidData, path + " has no header");
+        if (path.find("large") != std::string::npos)
+            throw std::length_error(path + " is too large");
         return path + " is whole\n";
     });
     const QString good = folder_.filePath(QStringLiteral("a b.wmv"));
     const QString bad = folder_.filePath(QStringLiteral("bad.wmv"));
-    for (const QString& path : {good, bad}) ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+    const QString large = folder_.filePath(QStringLiteral("large.wmv"));
+    for (const QString& path : {good, bad, large})
+        ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
 
     EXPECT_TRUE(enabled());
     action.trigger();
@@ -163,12 +168,15 @@ TEST_F(Menus, RepairWritesItsLinesAndLeavesTheWindowUsable) {
     EXPECT_EQ(window().txtInfo().Text(), "");
     go_on.set_value();
     RunUntil([&] { return !window().txtInfo().Text().empty(); });
-    action.setEnabled(enabled());
-    action.trigger();
-    Choose("repairFile", bad);
-    RunUntil([&] { return enabled(); });
-    EXPECT_EQ(window().txtInfo().Text(),
-              good.toStdString() + " is whole\r\n" + bad.toStdString() + " has no header\r\n");
+    for (const QString& path : {bad, large}) {
+        action.setEnabled(enabled());
+        action.trigger();
+        Choose("repairFile", path);
+        RunUntil([&] { return enabled(); });
+    }
+    EXPECT_EQ(window().txtInfo().Text(), good.toStdString() + " is whole\r\n" + bad.toStdString() +
+                                             " has no header\r\n" + large.toStdString() +
+                                             " is too large\r\n");
 }
 
 TEST_F(Menus, ThePaneIsSavedAndCleared) {

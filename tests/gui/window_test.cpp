@@ -4,6 +4,8 @@
 #include <QAccessible>
 #include <QMessageBox>
 #include <QScrollBar>
+#include <QTextBlock>
+#include <QTextLayout>
 #include <QTimer>
 #include <algorithm>
 #include <thread>
@@ -75,6 +77,24 @@ TEST_F(Window, AppendingLeavesTheSelectionAlone) {
     EXPECT_EQ(view.textCursor().selectedText(), "first");
 }
 
+TEST_F(Window, ALineWithoutRoomGoesOnBelow) {
+    auto& view = Find<OutputView>("txtInfo");
+    const auto widest_line = [&] {
+        const QTextLayout& layout = *view.document()->firstBlock().layout();
+        qreal widest = 0;
+        for (int i = 0; i < layout.lineCount(); ++i)
+            widest = std::max(widest, layout.lineAt(i).naturalTextWidth());
+        return widest;
+    };
+    for (const std::string& text : {"word " + std::string(400, 'x'), std::string(400, 'x')}) {
+        window().txtInfo().SetText(text + "\r\n");
+        QCoreApplication::processEvents();
+        EXPECT_LE(widest_line(), view.viewport()->width());
+        EXPECT_EQ(view.horizontalScrollBar()->maximum(), 0);
+        EXPECT_EQ(window().txtInfo().Text(), text + "\r\n");
+    }
+}
+
 TEST_F(Window, TabsStandAtEveryEighthCharacter) {
     auto& view = Find<OutputView>("txtInfo");
     view.setPlainText("\tx\n12345678x\n1234567\tx");
@@ -90,11 +110,11 @@ TEST_F(Window, TabsStandAtEveryEighthCharacter) {
 TEST_F(Window, LabelsShowTheCaptionAsPlainText) {
     window().lblStatus().SetCaption("  Running... Pass:  1 \\ 2");
     EXPECT_EQ(window().lblStatus().Caption(), "  Running... Pass:  1 \\ 2");
-    EXPECT_EQ(Find<QLabel>("lblStatus").text(), "Running... Pass:  1 \\ 2");
+    EXPECT_EQ(Find<QLabel>("lblStatus").text(), "  Running... Pass:  1 \\ 2");
     window().Label2().SetCaption("Expected bit rate: \r\n350 Kbps");
     EXPECT_EQ(Find<QLabel>("Label2").text(), "Expected bit rate: \n350 Kbps");
     window().lblFile().SetCaption("  Encoding: <b>a&amp;b.avi");
-    EXPECT_EQ(Find<QLabel>("lblFile").text(), "Encoding: <b>a&amp;b.avi");
+    EXPECT_EQ(Find<QLabel>("lblFile").text(), "  Encoding: <b>a&amp;b.avi");
     EXPECT_EQ(Find<QLabel>("lblFile").textFormat(), Qt::PlainText);
 
     const std::string long_name = "  Encoding: /" + std::string(400, 'x') + "/end.avi";
