@@ -12,13 +12,10 @@ namespace app {
 
 namespace {
 
+using platform::ExitStatus;
+
 constexpr const char* kStarting = "Initializing Codecs...";
 constexpr int kProgressInterval = 1000;  // milliseconds
-
-// How a command ended, for hosts that report it to a shell.
-constexpr int kDone = 0;
-constexpr int kRefused = 1;
-constexpr int kFailed = 2;
 
 }  // namespace
 
@@ -40,7 +37,7 @@ frmMain::frmMain(platform::FormWindow& window, platform::Factory& factory, WallC
     run_.OnState([this](platform::EncoderState state) { run_log_.TellState(state); });
     run_.OnEnd([this](const RunEnd& end) {
         run_log_.EndRun(end);
-        if (!folder_run_.IsWalking()) run_log_.EndCommand(ExitStatus());
+        if (!folder_run_.IsWalking()) run_log_.EndCommand(Status());
     });
     Form_Initialize();
 }
@@ -133,9 +130,9 @@ bool frmMain::IsBusy() const {
     return run_.IsRunning() || run_.IsFinishingOthers() || folder_run_.IsWalking();
 }
 
-int frmMain::ExitStatus() const {
-    if (g_nExitStatus != kDone) return g_nExitStatus;
-    return run_.HasFailed() ? kFailed : kDone;
+ExitStatus frmMain::Status() const {
+    if (g_nExitStatus != ExitStatus::Done) return g_nExitStatus;
+    return run_.HasFailed() ? ExitStatus::Failed : ExitStatus::Done;
 }
 
 platform::RunProgress frmMain::Progress() const {
@@ -159,12 +156,12 @@ platform::RunProgress frmMain::Progress() const {
     return progress;
 }
 
-platform::CommandReport frmMain::Report() const { return run_log_.Report(ExitStatus()); }
+platform::CommandReport frmMain::Report() const { return run_log_.Report(Status()); }
 
 void frmMain::SetRunListener(platform::RunListener* listener) { run_log_.SetListener(listener); }
 
 void frmMain::OfferDefaultCommand() {
-    g_nExitStatus = kDone;
+    g_nExitStatus = ExitStatus::Done;
     run_.ForgetFailure();
     run_log_.BeginCommand();
     window_.Beep();
@@ -182,10 +179,10 @@ void frmMain::OfferDefaultCommand() {
 void frmMain::RunWords(const std::vector<std::string>& words) {
     const std::uint64_t command = ++commands_begun_;
     listed_first_.clear();
-    g_nExitStatus = kDone;
+    g_nExitStatus = ExitStatus::Done;
     run_.ForgetFailure();
     run_log_.BeginCommand();
-    int status = kRefused;
+    ExitStatus status = ExitStatus::Refused;
     try {
         status = RunSession(words);
     } catch (const platform::Error& error) {
@@ -197,36 +194,38 @@ void frmMain::RunWords(const std::vector<std::string>& words) {
     if (run_log_.IsOfFolder()) run_log_.EndCommand(status);
 }
 
-int frmMain::RunSession(const std::vector<std::string>& words) {
+ExitStatus frmMain::RunSession(const std::vector<std::string>& words) {
     if (!words.empty() && words.front() == kExplainWord) {
         ExplainCommand command(window_, factory_, pane_, settings_, session_);
-        return command.Explain({words.begin() + 1, words.end()}) ? kDone : kRefused;
+        return command.Explain({words.begin() + 1, words.end()}) ? ExitStatus::Done
+                                                                 : ExitStatus::Refused;
     }
     run_.NewSession();
     folder_run_.CancelWalks();
     session_.g_objFSO = factory_.MakeFileSystem();
-    if (!parser_.ParseParameters(words)) return parser_.Refused() ? kRefused : kDone;
+    if (!parser_.ParseParameters(words))
+        return parser_.Refused() ? ExitStatus::Refused : ExitStatus::Done;
     if (!settings_.input.empty() && session_.g_objFSO->FolderExists(settings_.input))
         return RunFolder();
-    if (!encoder_setup_.SetupEncoder()) return kRefused;
+    if (!encoder_setup_.SetupEncoder()) return ExitStatus::Refused;
     settings_.silent = false;  // only a folder's runs go without their reports
     switch (run_.Transcode()) {
         case TranscodeResult::NotPrepared:
-            return kRefused;
+            return ExitStatus::Refused;
         case TranscodeResult::NotStarted:
-            return kFailed;
+            return ExitStatus::Failed;
         case TranscodeResult::Started:
             break;
     }
-    return kDone;  // so far: the stopped state says the rest
+    return ExitStatus::Done;  // so far: the stopped state says the rest
 }
 
-int frmMain::RunFolder() {
+ExitStatus frmMain::RunFolder() {
     const FolderRun::Walk walk(folder_run_);
     run_log_.BeginFolder();
     const bool walked = directory_mode_.DoDirectoryModeEncoding();
-    if (!walked) return kRefused;
-    return directory_mode_.AnyFailed() ? kFailed : kDone;
+    if (!walked) return ExitStatus::Refused;
+    return directory_mode_.AnyFailed() ? ExitStatus::Failed : ExitStatus::Done;
 }
 
 }  // namespace app

@@ -46,7 +46,7 @@ class frmMain final : public platform::FormEvents {
     bool NewSession() override;
     void PauseOrResume() override;
     bool IsBusy() const override;
-    int ExitStatus() const override;
+    platform::ExitStatus Status() const override;
     platform::RunProgress Progress() const override;
     platform::CommandReport Report() const override;
     void SetRunListener(platform::RunListener* listener) override;
@@ -55,8 +55,8 @@ class frmMain final : public platform::FormEvents {
     void Form_Initialize();
     void OfferDefaultCommand();
     void RunWords(const std::vector<std::string>& words);
-    int RunSession(const std::vector<std::string>& words);
-    int RunFolder();
+    platform::ExitStatus RunSession(const std::vector<std::string>& words);
+    platform::ExitStatus RunFolder();
 
     platform::FormWindow& window_;
     platform::Factory& factory_;
@@ -64,9 +64,8 @@ class frmMain final : public platform::FormEvents {
     std::string g_strInstallDrive;
     std::int16_t g_bAutoStarted = 0;
     std::string listed_first_;  // before the automatic first run, whose help goes above it
-    int g_nExitStatus = 0;      // of the command, before it runs
-    std::uint64_t commands_begun_ =
-        0;  // sessions begun; tells a command whether it is still the last
+    platform::ExitStatus g_nExitStatus = platform::ExitStatus::Done;  // before the run
+    std::uint64_t commands_begun_ = 0;  // tells a command whether it is still the last
 
     cli::EncodeSettings settings_;
     platform::SessionState session_;

@@ -9,9 +9,8 @@ namespace app {
 namespace {
 
 using platform::CommandEnd;
+using platform::ExitStatus;
 using platform::SourceType;
-
-constexpr int kRefusedStatus = 1;
 
 platform::StreamReport Stream(platform::WMEncStatistics& statistics, SourceType type,
                               const std::string& codec) {
@@ -91,18 +90,18 @@ void RunLog::TellState(platform::EncoderState state) const {
     if (listener_ != nullptr) listener_->OnStateChange(state);
 }
 
-void RunLog::EndCommand(int exit_status) const {
-    if (listener_ != nullptr) listener_->OnCommandEnd(Report(exit_status));
+void RunLog::EndCommand(ExitStatus status) const {
+    if (listener_ != nullptr) listener_->OnCommandEnd(Report(status));
 }
 
-platform::CommandReport RunLog::Report(int exit_status) const {
+platform::CommandReport RunLog::Report(ExitStatus status) const {
     platform::CommandReport report = command_;
     platform::FileReport& last = report.last;
-    const CommandEnd bad = exit_status == kRefusedStatus ? CommandEnd::Refused : CommandEnd::Failed;
+    const CommandEnd bad = status == ExitStatus::Refused ? CommandEnd::Refused : CommandEnd::Failed;
     if (report.is_folder) {
         last = {};
         last.end = stopped_ ? CommandEnd::Stopped : CommandEnd::Completed;
-        if (exit_status == 0) return report;
+        if (status == ExitStatus::Done) return report;
         last.end = bad;
         const int files = report.files_completed + report.files_failed;
         last.error = bad == CommandEnd::Refused
@@ -111,7 +110,7 @@ platform::CommandReport RunLog::Report(int exit_status) const {
                                0, fmt::format("{} of {} files failed", report.files_failed, files)};
     } else if (!has_run_) {
         last.input = settings_.input;
-        if (exit_status == 0) return report;
+        if (status == ExitStatus::Done) return report;
         last.end = bad;
         last.error = last_error_;
     }

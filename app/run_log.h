@@ -6,6 +6,7 @@
 
 #include "app/statistics_report.h"
 #include "cli/encode_settings.h"
+#include "platform/exit_status.h"
 #include "platform/run_report.h"
 #include "platform/session_state.h"
 
@@ -46,10 +47,10 @@ class RunLog {
     // For the listener.
     void TellState(platform::EncoderState state) const;
     /// A command that encoded something is over.
-    void EndCommand(int exit_status) const;
+    void EndCommand(platform::ExitStatus status) const;
 
-    /// @param exit_status  as the form's
-    platform::CommandReport Report(int exit_status) const;
+    /// @param status  as the form's
+    platform::CommandReport Report(platform::ExitStatus status) const;
 
   private:
     void ReadTotals(platform::FileReport& report) const;

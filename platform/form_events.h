@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/exit_status.h"
 #include "platform/run_report.h"
 
 namespace platform {
@@ -34,9 +35,8 @@ class FormEvents {
     virtual void PauseOrResume() {}
     /// Whether an encoder runs or a folder is being walked.
     virtual bool IsBusy() const = 0;
-    /// How the last command ended: 0 done, listed or shown; 1 refused while parsing or setting up;
-    /// 2 failed while running (of a folder: any of its files).
-    virtual int ExitStatus() const = 0;
+    /// How the last command ended.
+    virtual ExitStatus Status() const = 0;
 
     // The same and more as values, for hosts that tell it to programs.
     virtual RunProgress Progress() const { return {}; }

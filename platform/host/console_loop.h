@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "platform/event_loop.h"
-#include "platform/host/file_descriptor.h"
+#include "platform/posix/file_descriptor.h"
 #include "platform/widgets.h"
 
 namespace platform::host {

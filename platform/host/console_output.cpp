@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/host/system_error.h"
+#include "platform/posix/system_error.h"
 #include "platform/text.h"
 
 namespace platform::host {

@@ -12,18 +12,15 @@
 
 #include "platform/host/console_output.h"
 #include "platform/host/console_window.h"
-#include "platform/host/file_descriptor.h"
 #include "platform/host/json_report.h"
 #include "platform/host/locale_text.h"
 #include "platform/host/stop_signals.h"
+#include "platform/posix/file_descriptor.h"
 #include "platform/text.h"
 
 namespace platform::host {
 
 namespace {
-
-constexpr int kRefused = 1;
-constexpr int kFailed = 2;
 
 /// What the process's words say of the program itself, and the rest of them.
 struct ConsoleCall {
@@ -102,12 +99,12 @@ class ConsoleRun {
         if (call_.json) ReportAsJson();
     }
 
-    int RunWords() {
+    ExitStatus RunWords() {
         Run(call_.words);
         return Finish();
     }
 
-    int RunLines() {
+    ExitStatus RunLines() {
         LineReader lines(window_.Console(), streams_.input);
         const bool prompts = !call_.read_input;
         const auto stopped = [this] { return IsStopped() || Results().TextLost(); };
@@ -140,8 +137,8 @@ class ConsoleRun {
         output_.ShowProgress("");
         // A prompt's user has seen how the others ended.
         const bool is_script = call_.read_input;
-        status_ = is_script ? std::max(status_, form_->ExitStatus()) : form_->ExitStatus();
-        if (call_.json) WriteReport(IsStopped() ? kStoppedBySignal : form_->ExitStatus());
+        status_ = is_script ? std::max(status_, form_->Status()) : form_->Status();
+        if (call_.json) WriteReport(IsStopped() ? ExitStatus::StoppedBySignal : form_->Status());
     }
 
     void ReportAsJson() {
@@ -157,10 +154,10 @@ class ConsoleRun {
         });
     }
 
-    void WriteReport(int status) {
+    void WriteReport(ExitStatus status) {
         CommandReport report = form_->Report();
         // Stopped while it waited for a command: nothing was shown either.
-        if (status == kStoppedBySignal && report.last.end == CommandEnd::Shown)
+        if (status == ExitStatus::StoppedBySignal && report.last.end == CommandEnd::Shown)
             report.last.end = CommandEnd::Stopped;
         json_.WriteReport(report, status);
         reported_status_ = status;
@@ -172,20 +169,20 @@ class ConsoleRun {
 
     bool IsStopped() const { return signals_.Received() || stopped_unread_; }
 
-    int Finish() {
+    ExitStatus Finish() {
         form_->Form_Unload();
-        const int status = IsStopped() ? kStoppedBySignal : status_;
+        const ExitStatus status = IsStopped() ? ExitStatus::StoppedBySignal : status_;
         // A signal between two commands, or no command at all, has no report yet.
         const bool untold = !reported_status_ || (IsStopped() && *reported_status_ != status);
         if (call_.json && untold) WriteReport(status);
-        return status == 0 && Results().TextLost() ? kFailed : status;
+        return status == ExitStatus::Done && Results().TextLost() ? ExitStatus::Failed : status;
     }
 
     const ConsoleCall& call_;
     ConsoleStreams streams_;
     bool stopped_unread_ = false;
-    int status_ = 0;
-    std::optional<int> reported_status_;
+    ExitStatus status_ = ExitStatus::Done;
+    std::optional<ExitStatus> reported_status_;
     ConsoleOutput output_;
     ConsoleOutput json_output_;
     JsonReport json_;
@@ -203,23 +200,23 @@ int RunConsole(const std::vector<std::string>& words, const ProgramInfo& program
     ConsoleOutput about(streams.output, streams.notes);
     if (const auto answer = AnswerAboutProgram(program, words)) {
         about.WriteText(*answer);
-        return about.TextLost() ? kFailed : 0;
+        return Number(about.TextLost() ? ExitStatus::Failed : ExitStatus::Done);
     }
     const ConsoleCall call(words);
     const bool on_terminal = ::isatty(streams.input) == 1 && ::isatty(streams.notes) == 1;
     if (call.words.empty() && !call.read_input && !on_terminal) {
         about.WritePrompt(UsageText(program));
-        if (call.json) WriteJsonFailure(about, "There is no command.", kRefused);
-        return kRefused;
+        if (call.json) WriteJsonFailure(about, "There is no command.", ExitStatus::Refused);
+        return Number(ExitStatus::Refused);
     }
     UseLocale();
     try {
         ConsoleRun run(call, std::move(makers), make_form, streams);
-        return call.words.empty() || call.read_input ? run.RunLines() : run.RunWords();
+        return Number(call.words.empty() || call.read_input ? run.RunLines() : run.RunWords());
     } catch (const std::exception& error) {
         about.WriteNote(program.name + ": " + error.what());
-        if (call.json) WriteJsonFailure(about, error.what(), kFailed);
-        return kFailed;
+        if (call.json) WriteJsonFailure(about, error.what(), ExitStatus::Failed);
+        return Number(ExitStatus::Failed);
     }
 }
 

@@ -4,24 +4,21 @@
 
 #include "platform/error.h"
 #include "platform/host/console_output.h"
-#include "platform/host/file_descriptor.h"
 #include "platform/host/json_report.h"
 #include "platform/host/path_names.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace platform::host {
 
 namespace {
 
-constexpr int kDone = 0;
-constexpr int kRefused = 1;
-constexpr int kFailed = 2;
 constexpr const char* kRepairWord = "--repair";
 constexpr const char* kJsonWord = "--json";
 
-int StatusOf(const Error& error) {
+ExitStatus StatusOf(const Error& error) {
     const bool in_writing =
         error.unsigned_number() == kDiskFull || error.unsigned_number() == kUnspecified;
-    return in_writing ? kFailed : kRefused;
+    return in_writing ? ExitStatus::Failed : ExitStatus::Refused;
 }
 
 }  // namespace
@@ -36,7 +33,7 @@ std::optional<int> RunRepair(const std::vector<std::string>& words, const Repair
     ConsoleOutput output(json ? streams.notes : streams.output, streams.notes);
     CommandReport report;
     report.last.end = CommandEnd::Completed;
-    int status = kDone;
+    ExitStatus status = ExitStatus::Done;
     try {
         if (rest.size() != 2)
             throw Error(kInvalidArgument, "--repair takes the name of one file and nothing else");
@@ -45,18 +42,18 @@ std::optional<int> RunRepair(const std::vector<std::string>& words, const Repair
     } catch (const Error& error) {
         output.WriteNote("tessivo-console: " + error.description());
         status = StatusOf(error);
-        report.last.end = status == kFailed ? CommandEnd::Failed : CommandEnd::Refused;
+        report.last.end = status == ExitStatus::Failed ? CommandEnd::Failed : CommandEnd::Refused;
         report.last.error = ErrorReport{error.unsigned_number(), error.description()};
     } catch (const std::exception& error) {
         output.WriteNote(std::string("tessivo-console: ") + error.what());
-        status = kFailed;
+        status = ExitStatus::Failed;
         report.last.end = CommandEnd::Failed;
         report.last.error = ErrorReport{0, error.what()};
     }
-    if (!json) return output.TextLost() ? kFailed : status;
+    if (!json) return Number(output.TextLost() ? ExitStatus::Failed : status);
     ConsoleOutput results(streams.output, streams.notes);
     JsonReport(results).WriteReport(report, status);
-    return results.TextLost() ? kFailed : status;
+    return Number(results.TextLost() ? ExitStatus::Failed : status);
 }
 
 }  // namespace platform::host

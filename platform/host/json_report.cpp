@@ -143,7 +143,7 @@ void JsonReport::OnFileEnd(const FileReport& report) {
     Write(output_, object);
 }
 
-void JsonReport::WriteReport(const CommandReport& report, int exit_status) {
+void JsonReport::WriteReport(const CommandReport& report, ExitStatus status) {
     Json object;
     object["type"] = "report";
     object["command"] = command_;
@@ -152,15 +152,15 @@ void JsonReport::WriteReport(const CommandReport& report, int exit_status) {
         object["files_completed"] = report.files_completed;
         object["files_failed"] = report.files_failed;
     }
-    object["exit_status"] = exit_status;
+    object["exit_status"] = Number(status);
     Write(output_, object);
 }
 
-void WriteJsonFailure(ConsoleOutput& output, const std::string& description, int exit_status) {
+void WriteJsonFailure(ConsoleOutput& output, const std::string& description, ExitStatus status) {
     CommandReport report;
-    report.last.end = exit_status == 1 ? CommandEnd::Refused : CommandEnd::Failed;
+    report.last.end = status == ExitStatus::Refused ? CommandEnd::Refused : CommandEnd::Failed;
     report.last.error = ErrorReport{0, description};
-    JsonReport(output).WriteReport(report, exit_status);
+    JsonReport(output).WriteReport(report, status);
 }
 
 }  // namespace platform::host

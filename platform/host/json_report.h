@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "platform/exit_status.h"
 #include "platform/form_events.h"
 #include "platform/host/console_output.h"
 #include "platform/run_report.h"
@@ -20,7 +21,7 @@ class JsonReport : public RunListener {
     /// Progress, but only when the encoder's state is not the one that was written last.
     void WriteState(const RunProgress& progress);
     void OnFileEnd(const FileReport& report) override;
-    void WriteReport(const CommandReport& report, int exit_status);
+    void WriteReport(const CommandReport& report, ExitStatus status);
 
   private:
     ConsoleOutput& output_;
@@ -29,6 +30,6 @@ class JsonReport : public RunListener {
 };
 
 /// The last object of a program that could not run any command: a report of refusal or failure.
-void WriteJsonFailure(ConsoleOutput& output, const std::string& description, int exit_status);
+void WriteJsonFailure(ConsoleOutput& output, const std::string& description, ExitStatus status);
 
 }  // namespace platform::host

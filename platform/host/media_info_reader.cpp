@@ -13,8 +13,8 @@
 #include <utility>
 
 #include "platform/error.h"
-#include "platform/host/file_descriptor.h"
-#include "platform/host/system_error.h"
+#include "platform/posix/file_descriptor.h"
+#include "platform/posix/system_error.h"
 
 namespace platform::host {
 

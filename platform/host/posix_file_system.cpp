@@ -8,8 +8,8 @@
 #include <optional>
 #include <utility>
 
-#include "platform/host/system_error.h"
 #include "platform/host/text_stream.h"
+#include "platform/posix/system_error.h"
 #include "platform/text.h"
 
 namespace platform::host {

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "platform/error.h"
-#include "platform/host/system_error.h"
+#include "platform/posix/system_error.h"
 
 namespace platform::host {
 

@@ -6,10 +6,10 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/host/file_descriptor.h"
 #include "platform/host/locale_text.h"
 #include "platform/host/qt_window.h"
 #include "platform/host/stop_signals.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace platform::host {
 
@@ -69,7 +69,7 @@ int RunWindow(const std::vector<std::string>& words, const ProgramInfo& program,
     form->Form_Load();
     QApplication::exec();
     open_window = nullptr;
-    return signals.Received() ? kStoppedBySignal : EXIT_SUCCESS;
+    return Number(signals.Received() ? ExitStatus::StoppedBySignal : ExitStatus::Done);
 }
 
 }  // namespace platform::host

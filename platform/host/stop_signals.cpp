@@ -11,7 +11,8 @@
 #include <csignal>
 #include <utility>
 
-#include "platform/host/system_error.h"
+#include "platform/exit_status.h"
+#include "platform/posix/system_error.h"
 
 namespace platform::host {
 
@@ -57,7 +58,7 @@ void StopSignals::Watch() {
         if (sources[1].revents != 0) return;
         signalfd_siginfo signal{};
         if (::read(signals_.Number(), &signal, sizeof signal) != sizeof signal) continue;
-        if (received_.exchange(true)) ::_exit(kStoppedBySignal);
+        if (received_.exchange(true)) ::_exit(Number(ExitStatus::StoppedBySignal));
         loop_.Post(on_stop_);
     }
 }

@@ -6,15 +6,13 @@
 #include <thread>
 
 #include "platform/event_loop.h"
-#include "platform/host/file_descriptor.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace platform::host {
 
-inline constexpr int kStoppedBySignal = 130;  // exit status
-
 /// Takes over SIGINT, SIGTERM and SIGHUP for its lifetime, but for those that the process was
 /// started to ignore, and ignores SIGPIPE. The first signal posts `on_stop` to the loop; a second
-/// one ends the process at once with status 130, also while the loop's thread is held up.
+/// one ends the process at once, also while the loop's thread is held up.
 /// Make it before any other thread: those inherit the blocked signals. One at a time.
 class StopSignals {
   public:

@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/host/file_descriptor.h"
-#include "platform/host/system_error.h"
+#include "platform/posix/file_descriptor.h"
+#include "platform/posix/system_error.h"
 #include "platform/text.h"
 
 namespace platform::host {

@@ -42,7 +42,7 @@ class RecordingForm : public platform::FormEvents {
     platform::RunProgress Progress() const override { return progress; }
     void SetRunListener(platform::RunListener* run_listener) override { listener = run_listener; }
     bool IsBusy() const override { return busy; }
-    int ExitStatus() const override { return 0; }
+    platform::ExitStatus Status() const override { return platform::ExitStatus::Done; }
 
     std::vector<std::string> calls;
     bool busy = false;

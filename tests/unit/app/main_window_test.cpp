@@ -8,6 +8,7 @@ namespace app {
 namespace {
 
 using platform::EncoderState;
+using platform::ExitStatus;
 using test_support::FakeEncoder;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -67,7 +68,7 @@ TEST_F(MainWindowTest, TooFewWordsShowTheHelpAndOfferACommand) {
         EXPECT_EQ(Pane().size(), 308U) << command;
         EXPECT_TRUE(window.info.scrolled);
         EXPECT_EQ(window.command_box.text, kOffered);
-        EXPECT_EQ(form.ExitStatus(), 0);
+        EXPECT_EQ(form.Status(), ExitStatus::Done);
         EXPECT_EQ(factory.encoders.size(), 1U) << "help takes no new encoder";
     }
 }
@@ -95,7 +96,7 @@ TEST_F(MainWindowTest, GoEncodesAndTheStoppedStateReportsOnce) {
     EXPECT_EQ(PaneCount(kCompleted), 1);
     EXPECT_EQ(PaneCount("Overall:"), 1) << "a single file has its report, silent or not";
     EXPECT_FALSE(form.IsBusy());
-    EXPECT_EQ(form.ExitStatus(), 0);
+    EXPECT_EQ(form.Status(), ExitStatus::Done);
 }
 
 TEST_F(MainWindowTest, EnterIsGoAndOtherKeysAreNot) {
@@ -110,7 +111,7 @@ struct EndCase {
     const char* why;
     const char* command;
     const char* failing;  // operation
-    int status;
+    ExitStatus status;
     std::uint32_t number;  // of the report's error
     const char* error;     // how the description in the report begins
     Lines pane;
@@ -121,27 +122,27 @@ TEST_F(MainWindowTest, GoEndsWithOneLineAStatusAndTheErrorAsValues) {
     // clang-format off
     const EndCase cases[] = {
         // why, command, failing operation, status, number, error, pane
-        {"two blanks are an empty word", "-silent  -audioonly", "", 1,
+        {"two blanks are an empty word", "-silent  -audioonly", "", ExitStatus::Refused,
          0, "Invalid parameter: ", {"Invalid parameter: "}},
-        {"an option last without its text", "-silent -output", "", 1,
+        {"an option last without its text", "-silent -output", "", ExitStatus::Refused,
          platform::kElementNotFound, "The command ends", {"Error: 0x8002000B - "}},
-        {"no number", "-a_mode x", "", 1, 0, "Expect", {"Expect integer value for parameter -a_mode"}},
-        {"no such profile", "-input a.avi -profile x", "", 1,
+        {"no number", "-a_mode x", "", ExitStatus::Refused, 0, "Expect", {"Expect integer value for parameter -a_mode"}},
+        {"no such profile", "-input a.avi -profile x", "", ExitStatus::Refused,
          0, "No predefined", {"No predefined profile found."}},
-        {"no encoder can be made ready", kCommand, "Encoder.PrepareToEncode", 1,
+        {"no encoder can be made ready", kCommand, "Encoder.PrepareToEncode", ExitStatus::Refused,
          kAskedFor, "asked for", {"Prepare to encode failed with error -2147467259 asked for"}},
-        {"the encoder does not start", kCommand, "Encoder.Start", 2,
+        {"the encoder does not start", kCommand, "Encoder.Start", ExitStatus::Failed,
          kAskedFor, "asked for", {"Start encoder failed with error -2147467259 asked for"}},
-        {"the input cannot be opened", kCommand, "AutoSetFileSource", 1,
+        {"the input cannot be opened", kCommand, "AutoSetFileSource", ExitStatus::Refused,
          kAskedFor, "asked for", {"Error: 0x80004005 - asked for"}},
-        {"the profile cannot be attached", kCommand, "Group.Profile=", 1,
+        {"the profile cannot be attached", kCommand, "Group.Profile=", ExitStatus::Refused,
          kAskedFor, "asked for", {"Invalid profile: 0x80004005 asked for"}},
-        {"set-up lets an error pass", kCommand, "File.LocalFileName", 1,
+        {"set-up lets an error pass", kCommand, "File.LocalFileName", ExitStatus::Refused,
          kAskedFor, "asked for", {"Error: 0x80004005 - asked for"}},
-        {"a file's information", "-input a.avi", "", 0, 0, nullptr, {"General", "Format : AVI"}},
-        {"a file without information", "-input a.avi", "MediaInfo.Description", 1,
+        {"a file's information", "-input a.avi", "", ExitStatus::Done, 0, nullptr, {"General", "Format : AVI"}},
+        {"a file without information", "-input a.avi", "MediaInfo.Description", ExitStatus::Refused,
          kAskedFor, "asked for", {"Error: 0x80004005 - asked for"}},
-        {"a folder needs an output", "-input /home -profile av100", "", 1,
+        {"a folder needs an output", "-input /home -profile av100", "", ExitStatus::Refused,
          0, "Error: No output directory", {"Error: No output directory specified"}},
     };
     // clang-format on
@@ -157,7 +158,7 @@ TEST_F(MainWindowTest, GoEndsWithOneLineAStatusAndTheErrorAsValues) {
         ASSERT_EQ(pane.size(), c.pane.size()) << c.why << ": " << fresh_window.info.text;
         for (std::size_t i = 0; i < pane.size(); ++i)
             EXPECT_THAT(pane[i], StartsWith(c.pane[i])) << c.why;
-        EXPECT_EQ(fresh.ExitStatus(), c.status) << c.why;
+        EXPECT_EQ(fresh.Status(), c.status) << c.why;
         EXPECT_FALSE(fresh.IsBusy()) << c.why;
         const auto error = fresh.Report().last.error;
         EXPECT_EQ(error.has_value(), c.error != nullptr) << c.why;
@@ -169,7 +170,7 @@ TEST_F(MainWindowTest, GoEndsWithOneLineAStatusAndTheErrorAsValues) {
         fresh_window.command_box.text = "-input a.avi -output b.wmv -profile av100";
         fresh.cmdGo_Click();
         EXPECT_TRUE(fresh.IsBusy()) << c.why << ": the next command runs";
-        EXPECT_EQ(fresh.ExitStatus(), 0) << c.why;
+        EXPECT_EQ(fresh.Status(), ExitStatus::Done) << c.why;
     }
 }
 
@@ -179,18 +180,18 @@ TEST_F(MainWindowTest, AnErrorWhileRunningIsTheStatusUntilTheNextCommand) {
     Finish();
     EXPECT_THAT(Pane(), ElementsAre("Error: 0x80070070 - no room",
                                     "Error occurred in transcoding: Error Code = 0x80070070"));
-    EXPECT_EQ(form.ExitStatus(), 2);
+    EXPECT_EQ(form.Status(), ExitStatus::Failed);
     Go("-input a.avi");
-    EXPECT_EQ(form.ExitStatus(), 0);
+    EXPECT_EQ(form.Status(), ExitStatus::Done);
 }
 
 TEST_F(MainWindowTest, SplitWordsGoToTheParserAsTheyAre) {
     form.RunCommand({"-devices"});
     EXPECT_THAT(Pane(), ElementsAre("audio device:", "video device:"));
-    EXPECT_EQ(form.ExitStatus(), 0);
+    EXPECT_EQ(form.Status(), ExitStatus::Done);
     form.RunCommand({"-bogus"});
     EXPECT_EQ(Pane().back(), "Invalid parameter: -bogus");
-    EXPECT_EQ(form.ExitStatus(), 1);
+    EXPECT_EQ(form.Status(), ExitStatus::Refused);
     form.RunCommand(
         {"-input", "a.avi", "-output", "a.wmv", "-profile", "av100", "-title", "two words"});
     EXPECT_TRUE(factory.log->Has("DisplayInfo.Title=two words"));
@@ -198,7 +199,7 @@ TEST_F(MainWindowTest, SplitWordsGoToTheParserAsTheyAre) {
     form.RunCommand({});
     EXPECT_EQ(window.status.caption, "Change parameters, then press Go.  (Help is above)");
     EXPECT_EQ(window.command_box.text, kOffered);
-    EXPECT_EQ(form.ExitStatus(), 0);
+    EXPECT_EQ(form.Status(), ExitStatus::Done);
 }
 
 TEST_F(MainWindowTest, TheFirstTickRunsGoOnce) {
@@ -254,7 +255,7 @@ TEST_F(MainWindowTest, StopEndsTheRunGracefullyAndMayComeTwice) {
     EXPECT_FALSE(form.IsBusy());
     form.cmdStop_Click();
     EXPECT_EQ(window.status.caption, "Stopped by user.");
-    EXPECT_EQ(form.ExitStatus(), 0);
+    EXPECT_EQ(form.Status(), ExitStatus::Done);
 }
 
 TEST_F(MainWindowTest, PausesTheRunAndLetsItGoOn) {
@@ -353,7 +354,7 @@ TEST_F(MainWindowTest, AListingLeavesTheRunAndItsSettingsAlone) {
     EXPECT_THAT(window.status.caption, StartsWith("  Running..."));
     EXPECT_TRUE(form.IsBusy());
     Finish();
-    EXPECT_EQ(form.ExitStatus(), 0);
+    EXPECT_EQ(form.Status(), ExitStatus::Done);
     Go("-output out/b.wmv -silent");
     EXPECT_EQ(factory.log->Of("AutoSetFileSource"),
               (Lines{"AutoSetFileSource(/home/a.avi)", "AutoSetFileSource(/home/a.avi)"}))
@@ -410,7 +411,7 @@ TEST_F(MainWindowTest, ANewSessionAfterAFailureHasNoStatusOfIt) {
     Finish();
     ASSERT_TRUE(form.NewSession());
     form.RunListing({"-devices"});
-    EXPECT_EQ(form.ExitStatus(), 0);
+    EXPECT_EQ(form.Status(), ExitStatus::Done);
 }
 
 /// Two files and one below, encoded by a user who does one thing at each idle moment.
@@ -444,7 +445,7 @@ TEST_F(FolderTest, EachFileHasItsRunAndItsReport) {
     EXPECT_EQ(PaneCount(kCompleted), 3);
     EXPECT_EQ(PaneCount("Overall:"), 3);
     EXPECT_FALSE(form.IsBusy());
-    EXPECT_EQ(form.ExitStatus(), 0);
+    EXPECT_EQ(form.Status(), ExitStatus::Done);
 }
 
 TEST_F(FolderTest, AHostHearsOfTheFoldersEndOnce) {
@@ -473,11 +474,11 @@ TEST_F(FolderTest, AFilesEndHasItsOwnErrorAndNoneOfItsNeighbours) {
     for (const platform::FileReport& file : listener.files)
         ends.push_back(file.input + " " + std::to_string(static_cast<int>(file.end)) +
                        (file.error ? " " + file.error->description : ""));
-    EXPECT_THAT(
-        ends, ElementsAre("/home/in/a.avi 1", "/home/in/b.avi 3 broken",
-                          "/home/in/a.mpg 0 Skipping: a.mpg, since this walk has already written "
-                          "/home/out/a.wmv",
-                          "/home/in/below/c.avi 1"));
+    EXPECT_THAT(ends,
+                ElementsAre("/home/in/a.avi 1", "/home/in/b.avi 3 broken",
+                            "/home/in/a.mpg 0 Skipping: a.mpg, since this walk has already written "
+                            "/home/out/a.wmv",
+                            "/home/in/below/c.avi 1"));
     EXPECT_EQ(listener.files.at(1).error->number, platform::kInvalidData);
     form.SetRunListener(nullptr);
 }
@@ -497,14 +498,14 @@ TEST_F(FolderTest, AnyFailedFileIsTheWalksStatus) {
     steps = {fail, finish, finish};
     Go(kFolder);
     EXPECT_EQ(PaneCount(kCompleted), 2);
-    EXPECT_EQ(form.ExitStatus(), 2);
+    EXPECT_EQ(form.Status(), ExitStatus::Failed);
 
     factory.log->Fail("Encoder.PrepareToEncode", platform::kUnspecified, "asked for", 1);
     steps = {finish, finish};
     next = 0;
     Go(kFolder);
     EXPECT_EQ(next, 2U);
-    EXPECT_EQ(form.ExitStatus(), 2);
+    EXPECT_EQ(form.Status(), ExitStatus::Failed);
 }
 
 TEST_F(FolderTest, StopEndsTheFileAndTheWalk) {
@@ -514,7 +515,7 @@ TEST_F(FolderTest, StopEndsTheFileAndTheWalk) {
     EXPECT_EQ(Started(), 2);
     EXPECT_EQ(PaneCount(kCompleted), 2);
     EXPECT_FALSE(form.IsBusy());
-    EXPECT_EQ(form.ExitStatus(), 0);
+    EXPECT_EQ(form.Status(), ExitStatus::Done);
 
     steps = {finish, finish, finish};
     next = 0;
@@ -538,7 +539,7 @@ TEST_F(FolderTest, AnotherGoEndsTheWalkAndKeepsItsOwnSession) {
     Finish();
     EXPECT_EQ(PaneCount(kCompleted), 2);
     EXPECT_FALSE(form.IsBusy());
-    EXPECT_EQ(form.ExitStatus(), 0);
+    EXPECT_EQ(form.Status(), ExitStatus::Done);
 }
 
 TEST_F(FolderTest, AnotherFolderTakesTheWalkOver) {
@@ -565,7 +566,7 @@ TEST_F(FolderTest, ACommandThatIsRefusedDuringTheWalkEndsItWithItsOwnStatus) {
     Go(kFolder);
     EXPECT_EQ(Started(), 1);
     EXPECT_EQ(Pane().back(), "Invalid parameter: -bogus");
-    EXPECT_EQ(form.ExitStatus(), 1);
+    EXPECT_EQ(form.Status(), ExitStatus::Refused);
     EXPECT_FALSE(form.IsBusy());
 }
 

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "platform/host/file_descriptor.h"
+#include "platform/posix/file_descriptor.h"
 #include "support/commands.h"
 
 namespace platform::host {

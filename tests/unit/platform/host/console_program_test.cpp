@@ -11,16 +11,17 @@
 #include <iterator>
 #include <thread>
 
-#include "platform/host/file_descriptor.h"
+#include "platform/posix/file_descriptor.h"
 #include "support/commands.h"
 
 namespace {
 
+using platform::ExitStatus;
 using platform::Factory;
+using platform::FileDescriptor;
 using platform::FormEvents;
 using platform::FormWindow;
 using platform::host::ConsoleStreams;
-using platform::host::FileDescriptor;
 using platform::host::ProgramInfo;
 using platform::host::RunConsole;
 using testing::ElementsAre;
@@ -53,9 +54,9 @@ class ScriptedForm : public FormEvents {
     void RunCommand(const Words& words) override {
         commands_.push_back(words);
         window_.lblStatus().SetCaption("Initializing Codecs...");
-        status_ = 0;
+        status_ = ExitStatus::Done;
         if (words[0] == "say") Say(words[1]);
-        if (words[0] == "refuse") status_ = 1;
+        if (words[0] == "refuse") status_ = ExitStatus::Refused;
         if (words[0] == "box")
             window_.MessageBox("first\r\nsecond", "title", platform::MessageIcon::Critical);
         if (words[0] == "throw") throw platform::Error(platform::kBusy, "the device is in use");
@@ -80,7 +81,7 @@ class ScriptedForm : public FormEvents {
         }
     }
     bool IsBusy() const override { return busy_; }
-    int ExitStatus() const override { return status_; }
+    ExitStatus Status() const override { return status_; }
 
   private:
     void Say(const std::string& text) { window_.txtInfo().AppendText(text + "\r\n"); }
@@ -94,7 +95,7 @@ class ScriptedForm : public FormEvents {
     std::vector<Words>& commands_;
     bool busy_ = false;
     int ticks_ = 0;
-    int status_ = 0;
+    ExitStatus status_ = ExitStatus::Done;
 };
 
 std::string ContentOf(const std::string& path) {

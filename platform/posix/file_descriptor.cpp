@@ -1,10 +1,10 @@
-#include "platform/host/file_descriptor.h"
+#include "platform/posix/file_descriptor.h"
 
 #include <fcntl.h>
 
 #include <cerrno>
 
-namespace platform::host {
+namespace platform {
 
 void OccupyStandardDescriptors() {
     for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
@@ -14,4 +14,4 @@ void OccupyStandardDescriptors() {
     }
 }
 
-}  // namespace platform::host
+}  // namespace platform

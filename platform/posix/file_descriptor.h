@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace platform::host {
+namespace platform {
 
 class FileDescriptor {
   public:
@@ -36,4 +36,4 @@ class FileDescriptor {
 /// failing as closed ones do. Call it before anything is opened.
 void OccupyStandardDescriptors();
 
-}  // namespace platform::host
+}  // namespace platform
