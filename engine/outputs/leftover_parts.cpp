@@ -28,7 +28,7 @@ constexpr std::array<unsigned char, 16> kBeginning = {
 class Descriptor {
   public:
     explicit Descriptor(const fs::path& path)
-        : number_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+        : number_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW)) {}
     ~Descriptor() {
         if (number_ >= 0) ::close(number_);
     }
@@ -68,9 +68,10 @@ std::vector<std::string> LeftoverParts(const fs::path& folder) {
 }  // namespace
 
 std::vector<std::string> LeftoverNotes(const std::string& output_path) {
-    const fs::path folder = fs::path(output_path).parent_path();
+    const fs::path target = OutputTarget(output_path);
+    const fs::path folder = target.parent_path();
     std::vector<std::string> parts = LeftoverParts(folder);
-    std::erase(parts, PartName(output_path));
+    std::erase(parts, PartName(target));
     std::vector<std::string> notes;
     for (const std::string& part : parts) {
         if (notes.size() == kMostNotes) {
@@ -87,8 +88,9 @@ std::vector<std::string> LeftoverNotes(const std::string& output_path) {
 }
 
 void SetLeftoverAside(const std::string& output_path) {
-    if (!IsLeftover(PartName(output_path))) return;
-    const fs::path target(output_path);
+    const fs::path target = OutputTarget(output_path);
+    const std::string leftover = PartName(target);
+    if (!IsLeftover(leftover)) return;
     for (int number = 1;; ++number) {
         fs::path name = target.stem();
         name += "-" + std::to_string(number);
@@ -97,7 +99,7 @@ void SetLeftoverAside(const std::string& output_path) {
         const std::string part = PartName(beside.string());
         std::error_code error;
         if (fs::exists(beside, error) || fs::exists(part, error)) continue;
-        fs::rename(PartName(output_path), part, error);
+        fs::rename(leftover, part, error);
         return;
     }
 }

@@ -37,7 +37,7 @@ std::string CheckedOutput(const std::string& name, const SourceGroupRecord& grou
         if (input.IsFile() && files.IsSame(input.host_path, path))
             RefuseArgument(fmt::format("The output {} is the input {}: give -output another name",
                                        path, input.host_path));
-        const std::string part = PartName(path);
+        const std::string part = PartName(OutputTarget(path));
         if (input.IsFile() && files.IsSame(input.host_path, part))
             RefuseArgument(
                 fmt::format("The output {} grows as {}, which is the input: give -output "

@@ -6,6 +6,7 @@
 #include "platform/host/console_output.h"
 #include "platform/host/json_report.h"
 #include "platform/host/path_names.h"
+#include "platform/host/stop_signals.h"
 #include "platform/posix/file_descriptor.h"
 
 namespace platform::host {
@@ -30,6 +31,7 @@ std::optional<int> RunRepair(const std::vector<std::string>& words, const Repair
     if (rest.empty() || rest.front() != kRepairWord) return std::nullopt;
 
     OccupyStandardDescriptors();
+    LetWritesFail();
     ConsoleOutput output(json ? streams.notes : streams.output, streams.notes);
     CommandReport report;
     report.last.end = CommandEnd::Completed;

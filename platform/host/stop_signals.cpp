@@ -33,9 +33,14 @@ sigset_t SignalsToTake() {
 
 }  // namespace
 
+void LetWritesFail() {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
 StopSignals::StopSignals(EventLoop& loop, std::function<void()> on_stop)
     : loop_(loop), on_stop_(std::move(on_stop)) {
-    std::signal(SIGPIPE, SIG_IGN);  // a closed pipe shows as a failed write
+    LetWritesFail();
     const sigset_t taken = SignalsToTake();
     ::pthread_sigmask(SIG_BLOCK, &taken, nullptr);
     signals_ = FileDescriptor(::signalfd(-1, &taken, SFD_CLOEXEC));

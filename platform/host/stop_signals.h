@@ -10,8 +10,12 @@
 
 namespace platform::host {
 
+/// From now on a closed pipe, and a file that has grown to the limit that was set for files, show as
+/// failed writes.
+void LetWritesFail();
+
 /// Takes over SIGINT, SIGTERM and SIGHUP for its lifetime, but for those that the process was
-/// started to ignore, and ignores SIGPIPE. The first signal posts `on_stop` to the loop; a second
+/// started to ignore, and lets writes fail. The first signal posts `on_stop` to the loop; a second
 /// one ends the process at once, also while the loop's thread is held up.
 /// Make it before any other thread: those inherit the blocked signals. One at a time.
 class StopSignals {

@@ -110,6 +110,16 @@ TEST(Survival, AKilledRunPlaysAndIsMadeWhole) {
     }
 }
 
+constexpr std::uintmax_t kBlock = 512;  // of the shell's limit
+
+/// No file that the command writes grows past `room` bytes.
+CommandResult RunLimited(std::uintmax_t room, const std::vector<std::string>& words) {
+    std::vector<std::string> limited = {
+        "sh", "-c", "ulimit -f " + std::to_string(room / kBlock) + "; exec \"$@\"", "sh"};
+    limited.insert(limited.end(), words.begin(), words.end());
+    return RunCommand(limited);
+}
+
 TEST(Survival, ADiskOfAnySizeLeavesAPlayablePart) {
     const TempFolder folder;
     const std::string input = folder / "clip.avi";
@@ -120,7 +130,6 @@ TEST(Survival, ADiskOfAnySizeLeavesAPlayablePart) {
     ASSERT_EQ(RunCommand(words).status, 0);
     const std::uintmax_t whole = SizeOf(file);
     constexpr std::uintmax_t kSizes = 50;
-    constexpr std::uintmax_t kBlock = 512;  // of the shell's limit
     constexpr std::uintmax_t kLeast = 10'000;
     ASSERT_GT(whole, kLeast + kSizes * kBlock);
     std::ofstream(file) << "an older file";
@@ -128,11 +137,7 @@ TEST(Survival, ADiskOfAnySizeLeavesAPlayablePart) {
         const std::uintmax_t room = kLeast + (whole - kBlock - kLeast) * i / (kSizes - 1);
         SCOPED_TRACE(room);
         fs::remove(file + ".part");
-        std::vector<std::string> limited = {
-            "sh", "-c",
-            "trap '' XFSZ; ulimit -f " + std::to_string(room / kBlock) + "; exec \"$@\"", "sh"};
-        limited.insert(limited.end(), words.begin(), words.end());
-        const CommandResult result = RunCommand(limited);
+        const CommandResult result = RunLimited(room, words);
         ASSERT_EQ(result.status, 2) << result.out << result.err;
         EXPECT_EQ(CountOf(result.out, "Error: 0x80070070 - "), 1) << result.out;
         EXPECT_EQ(CountOf(result.out, "\nError occurred in transcoding: Error Code = 0x80070070\n"),
@@ -143,6 +148,30 @@ TEST(Survival, ADiskOfAnySizeLeavesAPlayablePart) {
         EXPECT_EQ(DecodeMessages(file + ".part"), "");
         EXPECT_GT(ProbeNumber(file + ".part", "", "duration"), 0);
     }
+}
+
+TEST(Survival, WhatElseIsWrittenFailsAtALimitToo) {
+    const TempFolder folder;
+    MakeClip(folder / "clip.avi", 2, "160x120", 10);
+    const std::string part = folder / "out.wmv.part";
+    const std::vector<std::string> words = {"-input",           folder / "clip.avi", "-output",
+                                            folder / "out.wmv", "-profile",          "av100"};
+    std::vector<std::string> encode = words;
+    encode.insert(encode.begin(), TESSIVO_CONSOLE);
+    EXPECT_EQ(RunLimited(20 * kBlock, encode).status, 2);
+    fs::resize_file(part, SizeOf(part) - 100);
+    const std::string before = FileText(part);
+    const CommandResult repair = RunLimited(5 * kBlock, {TESSIVO_CONSOLE, "--repair", part});
+    EXPECT_EQ(repair.status, 2) << repair.out;
+    EXPECT_NE(repair.err.find("the disk takes no larger file"), std::string::npos) << repair.err;
+    EXPECT_EQ(FileText(part), before);
+    EXPECT_FALSE(fs::exists(part + ".repair"));
+
+    std::vector<std::string> save = encode;
+    save.insert(save.end(), {"-title", std::string(600, 't'), "-s_config", folder / "saved.txt"});
+    const CommandResult saved = RunLimited(kBlock, save);
+    EXPECT_TRUE(saved.status == 1 || saved.status == 2) << saved.status << saved.out;
+    EXPECT_NE((saved.out + saved.err).find("saved.txt"), std::string::npos) << saved.out;
 }
 
 TEST(Survival, ALostFolderIsOneError) {

@@ -6,10 +6,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <filesystem>
 #include <system_error>
 #include <utility>
 
+#include "engine/outputs/asf/byte_reader.h"
+#include "engine/outputs/asf/file_identity.h"
+#include "engine/outputs/asf/guids.h"
 #include "platform/error.h"
 
 namespace engine::asf {
@@ -34,6 +39,8 @@ constexpr CauseRow kCauses[] = {
     {EPERM,         platform::kAccessDenied,    "access is denied; choose a place that may be written to"},
     {EROFS,         platform::kAccessDenied,    "the disk is read-only; choose another disk"},
     {EISDIR,        platform::kAccessDenied,    "a folder has this name; choose another name"},
+    {ELOOP,         platform::kPathNotFound,    "its links lead in a circle; choose another name"},
+    {ENXIO,         platform::kInvalidArgument, "a FIFO or a socket has this name, and its begin is written last; choose a file"},
     {EWOULDBLOCK,   platform::kBusy,            "another run is writing it; wait for its end or choose another name"},
 };
 // clang-format on
@@ -50,19 +57,24 @@ void FailToWrite(const std::string& called, int cause) {
         fmt::format("Cannot write \"{}\": {}", called, std::generic_category().message(cause)));
 }
 
-HostFile::HostFile(std::string path, std::string called)
+HostFile::HostFile(std::string path, std::string called, Before before)
     : path_(std::move(path)), called_(std::move(called)) {
-    while (!Open()) {
+    while (!Open(before)) {
     }
     // A packet is in the system's hands when it is written, so a killed process does not lose it.
     if (std::setvbuf(file_.get(), nullptr, _IONBF, 0) != 0) FailToWrite(called_, errno);
 }
 
 // False: the file was renamed between opening and locking it, so the name leads elsewhere now.
-bool HostFile::Open() {
+bool HostFile::Open(Before before) {
     constexpr mode_t all_may_that_the_user_allows = 0666;
-    const int descriptor =
-        ::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, all_may_that_the_user_allows);
+    // The first bytes of a part are read, and a FIFO that is opened for both never waits.
+    const int purpose = before == Before::Device ? O_WRONLY : O_RDWR | O_CREAT | O_NOFOLLOW;
+    const int anew = before == Before::Nothing ? O_EXCL : 0;
+    const int descriptor = ::open(path_.c_str(), purpose | anew | O_CLOEXEC | O_NONBLOCK | O_NOCTTY,
+                                  all_may_that_the_user_allows);
+    if (descriptor < 0 && errno == ELOOP && before != Before::Device)
+        RefuseForeign("is a symbolic link");
     if (descriptor < 0) FailToWrite(called_, errno);
     file_.reset(::fdopen(descriptor, "wb"));
     if (!file_) {
@@ -71,15 +83,36 @@ bool HostFile::Open() {
         FailToWrite(called_, cause);
     }
     struct stat opened {};
-    struct stat named {};
     if (::fstat(descriptor, &opened) != 0) FailToWrite(called_, errno);
-    if (!S_ISREG(opened.st_mode)) return true;
+    if (before == Before::Device) {
+        if (S_ISFIFO(opened.st_mode) || S_ISSOCK(opened.st_mode)) FailToWrite(called_, ENXIO);
+        if (::fcntl(descriptor, F_SETFL, 0) != 0) FailToWrite(called_, errno);  // writes may wait
+        return true;
+    }
+    if (!S_ISREG(opened.st_mode)) RefuseForeign("is no file");
     // A file system without locks does not keep anybody from writing.
     if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
         FailToWrite(called_, EWOULDBLOCK);
-    if (::stat(path_.c_str(), &named) != 0 || named.st_ino != opened.st_ino) return false;
+    if (!HasName()) return false;
+    if (opened.st_size > 0) RequirePart(descriptor);
     if (::ftruncate(descriptor, 0) != 0) FailToWrite(called_, errno);
     return true;
+}
+
+void HostFile::RefuseForeign(const char* what) const {
+    throw platform::Error(
+        platform::kFileExists,
+        fmt::format("Cannot write \"{}\": \"{}\", as which it grows, {}; move that away or choose "
+                    "another name",
+                    called_, path_, what));
+}
+
+void HostFile::RequirePart(int descriptor) const {
+    std::array<std::uint8_t, 16> begin{};
+    const bool read =
+        ::pread(descriptor, begin.data(), begin.size(), 0) == static_cast<::ssize_t>(begin.size());
+    if (!read || ByteReader(begin).Id() != guid::kHeader)
+        RefuseForeign("is no part of a Windows Media file");
 }
 
 void HostFile::Append(std::span<const std::uint8_t> bytes) {
@@ -105,14 +138,33 @@ void HostFile::Sync() {
     if (cannot_be_synced && errno != EINVAL && errno != ENOTSUP) FailToWrite(called_, errno);
 }
 
-bool HostFile::HasName() const {
-    struct stat state {};
-    return ::fstat(::fileno(file_.get()), &state) == 0 && state.st_nlink > 0;
+bool HostFile::HasName() const { return NameLeadsTo(path_, ::fileno(file_.get())); }
+
+void HostFile::RequireName() const {
+    if (HasName()) return;
+    std::error_code none;
+    const bool folder = std::filesystem::exists(std::filesystem::path(path_).parent_path(), none);
+    if (!folder)
+        throw platform::Error(
+            platform::kPathNotFound,
+            fmt::format("Cannot write \"{}\": its folder was removed while the file was written; "
+                        "make the folder or choose another, and start again",
+                        called_));
+    throw platform::Error(
+        platform::kFileNotFound,
+        fmt::format("Cannot write \"{}\": \"{}\", as which it grows, was removed or replaced "
+                    "while it was written; start again",
+                    called_, path_));
 }
 
 void HostFile::Rename(const std::string& path) {
+    RequireName();
     if (::rename(path_.c_str(), path.c_str()) != 0) FailToWrite(called_, errno);
     path_ = path;
+}
+
+void HostFile::SetPermissions(unsigned mode) {
+    if (::fchmod(::fileno(file_.get()), mode) != 0) FailToWrite(called_, errno);
 }
 
 }  // namespace engine::asf

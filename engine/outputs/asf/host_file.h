@@ -10,13 +10,21 @@
 
 namespace engine::asf {
 
+/// What may have a file's name before it is written.
+enum class Before {
+    Nothing,
+    Part,    // or a container, or an empty file, which are emptied
+    Device,  // which is written in place
+};
+
 class HostFile {
   public:
-    /// Makes the file, or empties the one that is there; its folder must exist. While the object
-    /// lives no other HostFile of any process opens the same file. Every operation throws
-    /// platform::Error (path not found, access denied, disk full, busy, unspecified).
+    /// Makes the file or takes what is there; its folder must exist. Follows no link and never
+    /// waits. While the object lives no other HostFile of any process opens the same file. Every
+    /// operation throws platform::Error (path not found, access denied, disk full, busy, file
+    /// exists, unspecified).
     /// @param called  the name that errors tell
-    HostFile(std::string path, std::string called);
+    HostFile(std::string path, std::string called, Before before);
 
     /// At the end. What a failed call has written of `bytes` stays until CutTo.
     void Append(std::span<const std::uint8_t> bytes);
@@ -26,11 +34,15 @@ class HostFile {
     void CutTo(std::uint64_t bytes);
     /// Returns when the content is on the disk; reports what the system could not write after all.
     void Sync();
-    /// Whether a name still leads to the file: a folder that is removed takes its files along, and
-    /// the system says nothing to those who write them.
+    /// Whether its name still leads to the file. A folder that is removed takes its files along,
+    /// one that is exchanged may hold another of this name, and the system says nothing of either
+    /// to those who write.
     bool HasName() const;
-    /// The file's new name; one that is there is replaced.
+    /// Throws (file not found, or path not found without the folder) unless HasName.
+    void RequireName() const;
+    /// The file's new name; one that is there is replaced. Requires the old one.
     void Rename(const std::string& path);
+    void SetPermissions(unsigned mode);
 
     const std::string& path() const { return path_; }
 
@@ -38,7 +50,9 @@ class HostFile {
     struct Closer {
         void operator()(std::FILE* file) const noexcept { std::fclose(file); }
     };
-    bool Open();
+    bool Open(Before before);
+    [[noreturn]] void RefuseForeign(const char* what) const;
+    void RequirePart(int descriptor) const;
 
     std::string path_;
     std::string called_;

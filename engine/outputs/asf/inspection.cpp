@@ -3,10 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
-#include <system_error>
 #include <utility>
 
 #include "engine/outputs/asf/byte_reader.h"
@@ -18,17 +14,12 @@ namespace {
 
 constexpr std::uint64_t kMostHeaderBytes = 256ULL << 20;
 
-[[noreturn]] void Refuse(platform::ErrorNumber number, const std::string& path,
-                         const std::string& reason) {
-    throw platform::Error(number, fmt::format("Cannot repair \"{}\": {}", path, reason));
-}
-
 class Inspector {
   public:
-    explicit Inspector(const std::string& path) : path_(path) {}
+    explicit Inspector(const InputFile& file) : file_(file) {}
 
     Inspection Run() {
-        Open();
+        result_.file_bytes = file_.Bytes();
         ReadHeader();
         result_.walk = DataWalk(result_.header.videos);
         WalkPackets();
@@ -38,46 +29,31 @@ class Inspector {
     }
 
   private:
-    void Open() {
-        namespace fs = std::filesystem;
-        std::error_code error;
-        const fs::file_status status = fs::status(path_, error);
-        if (!fs::exists(status))
-            Refuse(platform::kFileNotFound, path_, "it does not exist; check the name");
-        if (!fs::is_regular_file(status))
-            Refuse(platform::kInvalidArgument, path_, "it is no file; name a file");
-        result_.file_bytes = fs::file_size(path_, error);
-        in_.open(path_, std::ios::binary);
-        if (error || !in_)
-            Refuse(platform::kAccessDenied, path_, "it cannot be read; check its permissions");
-    }
-
     // False at an end that comes too early.
     bool Read(std::uint64_t place, std::uint64_t count, std::vector<std::uint8_t>& bytes) {
         if (place > result_.file_bytes || count > result_.file_bytes - place) return false;
         bytes.resize(static_cast<std::size_t>(count));
-        if (place != place_) in_.seekg(static_cast<std::streamoff>(place));
-        in_.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(count));
-        if (!in_) Refuse(platform::kUnspecified, path_, "the disk cannot read it");
-        place_ = place + count;
+        file_.Read(place, bytes);
         return true;
+    }
+
+    [[noreturn]] void RefuseData(const std::string& reason) const {
+        throw platform::Error(platform::kInvalidData,
+                              fmt::format("Cannot repair \"{}\": {}", file_.path(), reason));
     }
 
     void ReadHeader() {
         std::vector<std::uint8_t> bytes;
         if (!Read(0, kObjectHeaderBytes, bytes))
-            Refuse(platform::kInvalidData, path_, "it is too short; nothing in it can be saved");
+            RefuseData("it is too short; nothing in it can be saved");
         const std::uint64_t size = HeaderObjectBytes(bytes);
-        if (size == 0)
-            Refuse(platform::kInvalidData, path_,
-                   "it is no Windows Media file (.wmv, .wma, .asf); name another");
+        if (size == 0) RefuseData("it is no Windows Media file (.wmv, .wma, .asf); name another");
         if (size > kMostHeaderBytes || !Read(0, size + kDataHeaderBytes, bytes))
-            Refuse(platform::kInvalidData, path_,
-                   "it ends within its header; nothing in it can be saved");
+            RefuseData("it ends within its header; nothing in it can be saved");
         try {
             result_.header = ReadHeaderView(std::move(bytes));
         } catch (const platform::Error& error) {
-            Refuse(platform::kInvalidData, path_, error.description());
+            RefuseData(error.description());
         }
     }
 
@@ -144,9 +120,7 @@ class Inspector {
         result_.whole = result_.indexed || result_.walk.Totals().key_frames == 0;
     }
 
-    std::string path_;
-    std::ifstream in_;
-    std::uint64_t place_ = 0;
+    const InputFile& file_;
     Inspection result_;
 };
 
@@ -159,6 +133,6 @@ std::uint64_t Inspection::Seconds100() const {
     return static_cast<std::uint64_t>(std::max<std::int64_t>(ms, 0)) / 10;
 }
 
-Inspection Inspect(const std::string& path) { return Inspector(path).Run(); }
+Inspection Inspect(const InputFile& file) { return Inspector(file).Run(); }
 
 }  // namespace engine::asf

@@ -7,6 +7,7 @@
 
 #include "engine/outputs/asf/data_walk.h"
 #include "engine/outputs/asf/header_reader.h"
+#include "engine/outputs/asf/input_file.h"
 
 namespace engine::asf {
 
@@ -29,8 +30,8 @@ struct Inspection {
     std::uint64_t Seconds100() const;  // length of the media in hundredths, preroll left out
 };
 
-/// Reads the file from its begin to its end. Throws platform::Error that names it: file not found,
-/// access denied, invalid data (another kind of file, a header that is cut or contradicts itself).
-Inspection Inspect(const std::string& path);
+/// Reads the file from its begin to its end. Throws platform::Error that names it: invalid data
+/// (another kind of file, a header that is cut or contradicts itself), or what InputFile throws.
+Inspection Inspect(const InputFile& file);
 
 }  // namespace engine::asf

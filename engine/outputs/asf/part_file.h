@@ -12,16 +12,17 @@ namespace engine::asf {
 
 /// Operations throw as HostFile's do; their errors tell the name that the file is to have. A file
 /// that has this name already stays as it is until Publish. A link is followed, so that the file
-/// that it leads to is replaced. What is no regular file (a device) is written in place.
+/// that it leads to is replaced or made. A device is written in place; a FIFO is refused.
 class PartFile {
   public:
-    /// Makes the part anew. Refuses a name that may not be written to.
+    /// Makes the part anew. Refuses a name that may not be written to, and a part's name that
+    /// something else has.
     explicit PartFile(const std::string& path);
     PartFile(const PartFile&) = delete;
     PartFile& operator=(const PartFile&) = delete;
 
     HostFile& File() { return *file_; }
-    /// As HostFile's, and notices a folder that was removed (path not found).
+    /// As HostFile's, and notices when the part or its folder was removed or exchanged.
     void Append(std::span<const std::uint8_t> bytes);
     /// Gives the file its name, atomically replacing one that has it. Nothing else may follow.
     void Publish();

@@ -2,12 +2,10 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/file.h>
-#include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <span>
 #include <system_error>
 #include <utility>
@@ -27,29 +25,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kCopyBytes = 1 << 20;
-
-/// Keeps runs and other repairs off a file. Where there are no locks, it holds nothing.
-class Lock {
-  public:
-    explicit Lock(const std::string& path)
-        : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (descriptor_ < 0 || ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0) return;
-        const bool busy = errno == EWOULDBLOCK;
-        if (!busy) return;
-        ::close(descriptor_);
-        throw platform::Error(
-            platform::kBusy,
-            fmt::format("Cannot repair \"{}\": a run is writing it; wait for its end", path));
-    }
-    ~Lock() {
-        if (descriptor_ >= 0) ::close(descriptor_);
-    }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-
-  private:
-    int descriptor_;
-};
+constexpr int kMostNames = 100;
 
 void Put(std::vector<std::uint8_t>& bytes, std::size_t place, std::uint64_t value,
          std::size_t width = 8) {
@@ -96,21 +72,17 @@ std::vector<std::uint8_t> NewHeader(const Inspection& found, const Guid& file_id
     return bytes;
 }
 
-void CopyPackets(const std::string& from, const Inspection& found, HostFile& to) {
-    std::ifstream in(from, std::ios::binary);
+void CopyPackets(const InputFile& from, const Inspection& found, HostFile& to) {
     std::vector<std::uint8_t> buffer(kCopyBytes);
     for (const PacketRun& run : found.runs) {
-        in.seekg(static_cast<std::streamoff>(found.header.bytes.size() +
-                                             run.first * found.header.packet_bytes));
+        std::uint64_t place = found.header.bytes.size() + run.first * found.header.packet_bytes;
         std::uint64_t left = run.count * found.header.packet_bytes;
         while (left > 0) {
             const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, kCopyBytes));
-            if (!in.read(reinterpret_cast<char*>(buffer.data()),
-                         static_cast<std::streamsize>(count)))
-                throw platform::Error(
-                    platform::kUnspecified,
-                    fmt::format("Cannot repair \"{}\": the disk cannot read it", from));
-            to.Append(std::span(buffer).first(count));
+            const auto piece = std::span(buffer).first(count);
+            from.Read(place, piece);
+            to.Append(piece);
+            place += count;
             left -= count;
         }
     }
@@ -131,22 +103,23 @@ bool IndexesHold(const std::vector<std::uint8_t>& indexes, std::uint64_t packets
     return true;
 }
 
-std::vector<std::uint8_t> TailOf(const std::string& path, std::uint64_t place) {
-    std::ifstream in(path, std::ios::binary);
-    in.seekg(static_cast<std::streamoff>(place));
-    return {std::istreambuf_iterator<char>(in), {}};
+std::vector<std::uint8_t> TailOf(const InputFile& file, std::uint64_t place) {
+    std::vector<std::uint8_t> bytes(file.Bytes() - std::min(place, file.Bytes()));
+    file.Read(file.Bytes() - bytes.size(), bytes);
+    return bytes;
 }
 
 /// Reads what was written as any file is read; what it says of itself must be what was meant.
 void ReadBack(const std::string& path, const Inspection& meant,
               const std::vector<std::uint8_t>& indexes) {
-    const Inspection result = Inspect(path);
+    const InputFile file(path);
+    const Inspection result = Inspect(file);
     const std::uint64_t data_end =
         meant.header.bytes.size() + meant.walk.Totals().packets * meant.header.packet_bytes;
     const bool good = result.whole && result.damaged_packets == 0 &&
                       result.walk.Totals() == meant.walk.Totals() &&
                       result.header.packets == meant.walk.Totals().packets &&
-                      TailOf(path, data_end) == indexes &&
+                      TailOf(file, data_end) == indexes &&
                       IndexesHold(indexes, result.header.packets);
     if (!good)
         throw platform::Error(
@@ -173,35 +146,62 @@ std::string FoundText(const std::string& path, const Inspection& found) {
 
 /// The name that `path` has in the end, and what there is to say about it.
 std::string Publish(const std::string& path, std::string& lines) {
-    std::string target = TargetOfPart(path);
+    const std::string target = TargetOfPart(path);
     if (target.empty()) return path;
-    std::error_code error;
-    if (fs::exists(fs::symlink_status(target, error))) {
+    if (::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0)
+        return target;
+    std::error_code none;
+    if (errno == EEXIST || fs::exists(fs::symlink_status(target, none))) {
         lines += fmt::format("{} exists, so the file stays {}\n", target, path);
         return path;
     }
-    fs::rename(path, target, error);
-    if (error) FailToWrite(target, error.default_error_condition().value());
+    // A file system that knows no such rename.
+    if (::rename(path.c_str(), target.c_str()) != 0) FailToWrite(target, errno);
     return target;
 }
 
-void WriteRepaired(const std::string& path, Inspection& found, std::string& lines) {
+/// A name beside the file that nothing has.
+std::string FreeName(const std::string& path) {
+    for (int number = 0; number < kMostNames; ++number) {
+        const std::string suffix = number == 0 ? ".repair" : fmt::format("-{}.repair", number);
+        std::string name = SiblingName(path, suffix);
+        std::error_code none;
+        if (!fs::exists(fs::symlink_status(name, none))) return name;
+    }
+    throw platform::Error(
+        platform::kFileExists,
+        fmt::format("Cannot repair \"{0}\": \"{1}\" and {2} more of such names are taken; remove "
+                    "those files",
+                    path, SiblingName(path, ".repair"), kMostNames - 1));
+}
+
+void RequireName(const InputFile& file) {
+    if (file.HasName()) return;
+    throw platform::Error(
+        platform::kFileNotFound,
+        fmt::format("Cannot repair \"{}\": it was removed or replaced meanwhile; start again",
+                    file.path()));
+}
+
+void WriteRepaired(const InputFile& file, Inspection& found, std::string& lines) {
+    const std::string& path = file.path();
     const bool without_id = found.header.file_id == Guid{};
     const Guid file_id = without_id ? RandomFileId() : found.header.file_id;
     const std::vector<std::uint8_t> indexes = IndexBytes(found, file_id);
-    const std::string beside = path + ".repair";
+    const std::string beside = FreeName(path);
+    HostFile out(beside, path, Before::Nothing);
     try {
-        HostFile out(beside, beside);
         out.Append(NewHeader(found, file_id, indexes.size()));
-        CopyPackets(path, found, out);
+        CopyPackets(file, found, out);
         out.Append(indexes);
         out.Sync();
         ReadBack(beside, found, indexes);
-        fs::permissions(beside, fs::status(path).permissions());
+        out.SetPermissions(file.Permissions());
+        RequireName(file);
         out.Rename(path);
     } catch (const std::exception&) {
         std::error_code none;
-        fs::remove(beside, none);
+        if (out.HasName()) fs::remove(beside, none);
         throw;
     }
     const std::uint64_t bytes = fs::file_size(path);
@@ -212,14 +212,13 @@ void WriteRepaired(const std::string& path, Inspection& found, std::string& line
 
 }  // namespace
 
-std::string Repair(const std::string& name) {
-    std::error_code error;
-    const fs::path real = fs::canonical(name, error);  // a link stays one
-    const std::string path = error ? name : real.string();
-    const Lock lock(path);
-    Inspection found = Inspect(path);
+std::string Repair(const std::string& path) {
+    const InputFile file(path);
+    file.Lock();
+    Inspection found = Inspect(file);
     std::string lines = FoundText(path, found) + "\n";
     if (found.whole) {
+        RequireName(file);
         const std::string last = Publish(path, lines);
         lines += last == path ? "Left as it is\n" : fmt::format("Renamed to {}\n", last);
         return lines;
@@ -230,7 +229,7 @@ std::string Repair(const std::string& name) {
                                           "in it can be saved",
                                           path));
     try {
-        WriteRepaired(path, found, lines);
+        WriteRepaired(file, found, lines);
     } catch (const fs::filesystem_error& failure) {
         FailToWrite(path, failure.code().default_error_condition().value());
     }

@@ -1,12 +1,19 @@
 // The file as it grows, ends early, fails and is finished.
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 
 #include "clips.h"
 #include "engine/outputs/asf/asf_file.h"
 #include "engine/outputs/asf/packet_size.h"
+#include "engine/outputs/asf/repair.h"
+#include "engine/outputs/part_name.h"
 #include "platform/error.h"
 #include "support/asf_reader.h"
 #include "support/commands.h"
@@ -188,8 +195,7 @@ TEST(AsfFile, NamesTheFileThatCannotBeMade) {
         {"no such folder", scratch.Path("none/a.wmv"), platform::kPathNotFound},
         {"the folder is a file", scratch.Path("file/a.wmv"), platform::kPathNotFound},
         {"the file is a folder", scratch.Path("."), platform::kAccessDenied},
-        {"the name has no room for its part", scratch.Path(std::string(252, 'n')),
-         platform::kInvalidArgument},
+        {"the name is too long", scratch.Path(std::string(256, 'n')), platform::kInvalidArgument},
         {"no room for a header", "/dev/full", platform::kDiskFull},
     };
     for (const Row& row : rows) {
@@ -301,12 +307,152 @@ TEST(PartFile, TakesItsNameOnlyWhenItIsWhole) {
     }
     EXPECT_EQ(asf_reader::ReadFile(part).header.flags, 2U);
     fs::remove(part);
+}
 
-    fs::create_symlink("a.wmv", scratch.Path("link.wmv"));
-    clips::WriteFile(scratch.Path("link.wmv"), clip, 1400);
-    EXPECT_TRUE(fs::is_symlink(scratch.Path("link.wmv")));
-    fs::remove(path);
-    EXPECT_FALSE(fs::exists(scratch.Path("link.wmv"))) << "the link's target was written";
+TEST(PartFile, ALinkLeadsToTheFileThatIsWritten) {
+    namespace fs = std::filesystem;
+    const clips::Scratch scratch;
+    const clips::Clip clip = clips::MadeUp(1000);
+    fs::create_directory(scratch.Path("folder"));
+    fs::create_symlink("folder/a.wmv", scratch.Path("link.wmv"));
+    fs::create_symlink(scratch.Path("link.wmv"), scratch.Path("second.wmv"));
+    const std::string target = scratch.Path("folder/a.wmv");
+    for (const char* name : {"link.wmv", "second.wmv", "link.wmv"}) {
+        SCOPED_TRACE(name);  // first the target is not there
+        AsfFile sink(scratch.Path(name));
+        clips::WriteAll(sink, clip);
+        EXPECT_TRUE(fs::exists(target + ".part"));
+        sink.Finish();
+        EXPECT_TRUE(fs::is_symlink(scratch.Path(name)));
+        EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(target)));
+        EXPECT_FALSE(fs::exists(target + ".part"));
+    }
+    fs::create_symlink("circle.wmv", scratch.Path("circle.wmv"));
+    AsfFile sink(scratch.Path("circle.wmv"));
+    EXPECT_EQ(ErrorOf([&] { sink.Begin(clip.header); }, "circle"), platform::kPathNotFound);
+}
+
+TEST(PartFile, WhatIsNoPartIsLeftAlone) {
+    namespace fs = std::filesystem;
+    const clips::Scratch scratch;
+    const std::string path = scratch.Path("a.wmv");
+    const std::string part = path + ".part";
+    const std::string other = scratch.Path("other");
+    const clips::Clip clip = clips::MadeUp(1000);
+    struct Row {
+        const char* why;
+        std::function<void()> make;
+    };
+    const Row rows[] = {
+        {"another kind of file", [&] { std::ofstream(part) << "a long list of parts to order"; }},
+        {"too short for any part", [&] { std::ofstream(part) << "0&"; }},
+        {"a link to a container", [&] { fs::create_symlink(other, part); }},
+        {"a link to nothing", [&] { fs::create_symlink(scratch.Path("nothing"), part); }},
+        {"a FIFO", [&] { ASSERT_EQ(mkfifo(part.c_str(), 0600), 0); }},
+    };
+    clips::WriteFile(other, clip, 1400);
+    const std::vector<std::uint8_t> before = asf_reader::FileBytes(other);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        row.make();
+        const fs::file_type type = fs::symlink_status(part).type();
+        const std::uintmax_t size = type == fs::file_type::regular ? fs::file_size(part) : 0;
+        {
+            AsfFile sink(path);
+            EXPECT_EQ(ErrorOf([&] { sink.Begin(clip.header); }, part), platform::kFileExists);
+        }
+        EXPECT_EQ(fs::symlink_status(part).type(), type);
+        EXPECT_EQ(type == fs::file_type::regular ? fs::file_size(part) : 0, size);
+        fs::remove(part);
+    }
+    EXPECT_TRUE(asf_reader::FileBytes(other) == before);
+    EXPECT_FALSE(fs::exists(scratch.Path("nothing")));
+
+    for (const bool is_read : {false, true}) {
+        SCOPED_TRACE(is_read);
+        fs::remove(path);
+        ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+        const int reader = is_read ? open(path.c_str(), O_RDONLY | O_NONBLOCK) : -1;
+        AsfFile sink(path);
+        EXPECT_EQ(ErrorOf([&] { sink.Begin(clip.header); }, "FIFO"), platform::kInvalidArgument);
+        if (is_read) close(reader);
+    }
+}
+
+TEST(PartFile, NothingForeignGetsTheName) {
+    namespace fs = std::filesystem;
+    const clips::Clip clip = clips::MadeUp(4000);
+    struct Row {
+        const char* why;
+        std::function<void(const std::string& folder)> exchange;
+    };
+    const Row rows[] = {
+        {"the part is removed", [](const std::string& f) { fs::remove(f + "/a.wmv.part"); }},
+        {"the part is another's",
+         [](const std::string& f) {
+             fs::rename(f + "/a.wmv.part", f + "/moved");
+             std::ofstream(f + "/a.wmv.part") << "foreign";
+         }},
+        {"the folder is another",
+         [](const std::string& f) {
+             fs::rename(f, f + "-moved");
+             fs::create_directory(f);
+             std::ofstream(f + "/a.wmv.part") << "foreign";
+         }},
+    };
+    for (const Row& row : rows) {
+        for (const bool at_the_end : {false, true}) {
+            SCOPED_TRACE(std::string(row.why) + (at_the_end ? " at the end" : ""));
+            const clips::Scratch scratch;
+            const std::string folder = scratch.Path("folder");
+            fs::create_directory(folder);
+            AsfFile sink(folder + "/a.wmv");
+            sink.Begin(clip.header);
+            std::uint32_t failed = 0;
+            for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i) {
+                if (i == (at_the_end ? clip.frames.size() - 1 : 50)) row.exchange(folder);
+                failed =
+                    ErrorOf([&] { sink.Write(clips::AsPacket(clip.frames[i])); }, "a.wmv.part");
+            }
+            const std::uint32_t finished = ErrorOf([&] { sink.Finish(); }, "a.wmv.part");
+            EXPECT_EQ(failed != 0 ? failed : finished, platform::kFileNotFound);
+            EXPECT_FALSE(fs::exists(folder + "/a.wmv"));
+            EXPECT_EQ(sink.RemainsText(), "");
+        }
+    }
+}
+
+TEST(PartFile, NamesOfEveryLength) {
+    namespace fs = std::filesystem;
+    const clips::Clip clip = clips::MadeUp(1000);
+    const clips::Scratch scratch;
+    for (std::size_t length = 245; length <= 256; ++length) {
+        SCOPED_TRACE(length);
+        std::string name;
+        while (name.size() + 6 <= length) name += "\u00E4";
+        name.append(length - 4 - name.size(), 'x');
+        const std::string path = scratch.Path(name + ".wmv");
+        {
+            AsfFile sink(path);
+            if (length > 255) {
+                EXPECT_EQ(ErrorOf([&] { sink.Begin(clip.header); }, path),
+                          platform::kInvalidArgument);
+                continue;
+            }
+            clips::WriteAll(sink, clip);
+            EXPECT_THAT(PartName(path), testing::EndsWith(".wmv.part"));
+            ASSERT_TRUE(fs::exists(PartName(path)));
+            sink.Abandon();
+        }
+        EXPECT_THAT(Repair(PartName(path)), testing::HasSubstr("Renamed to"));
+        EXPECT_TRUE(fs::exists(TargetOfPart(PartName(path))));
+        AsfFile again(path);
+        clips::WriteAll(again, clip);
+        again.Finish();
+        EXPECT_TRUE(fs::exists(path));
+        EXPECT_FALSE(fs::exists(PartName(path)));
+    }
+    EXPECT_NE(PartName(std::string(250, 'a') + "b"), PartName(std::string(250, 'a') + "c"));
 }
 
 TEST(PartFile, AFolderThatGoesAwayIsSaid) {

@@ -1,5 +1,6 @@
 // Files that were cut at every kind of place, by this writer and by another, made whole again.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <bitset>
@@ -183,6 +184,49 @@ TEST(Repair, WhatItCannotSaveStaysAsItIs) {
         EXPECT_EQ(ErrorOf(path, path), platform::kDiskFull);
     }
     ExpectUntouched(path, written.recording);
+}
+
+TEST(Repair, OnlyAFileItselfIsRepaired) {
+    const clips::Scratch scratch;
+    const Written written = Write(scratch, 1000);
+    const std::string file = scratch.Path("cut.wmv");
+    const std::string link = scratch.Path("link.wmv.part");
+    WriteBytes(file, written.recording, written.recording.size());
+    fs::create_symlink(file, link);
+    EXPECT_EQ(ErrorOf(link, "symbolic link"), platform::kInvalidArgument);
+    EXPECT_TRUE(fs::is_symlink(link));
+    ExpectUntouched(file, written.recording);
+    const std::string fifo = scratch.Path("fifo.wmv.part");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_EQ(ErrorOf(fifo, "no file"), platform::kInvalidArgument);
+}
+
+TEST(Repair, WhatHasTheNameOfTheCopyStays) {
+    const clips::Scratch scratch;
+    const Written written = Write(scratch, 1000);
+    const std::string part = scratch.Path("x.wmv.part");
+    const Bytes older(100, 'o');
+    WriteBytes(part + ".repair", older, older.size());
+    fs::create_symlink(scratch.Path("nothing"), part + "-1.repair");
+    WriteBytes(part, written.recording, written.recording.size());
+    fs::permissions(part, fs::perms(0640));
+    EXPECT_EQ(ErrorOf(part, ""), 0U);
+    EXPECT_EQ(asf_reader::ReadFile(scratch.Path("x.wmv")).header.flags, 2U);
+    EXPECT_EQ(fs::status(scratch.Path("x.wmv")).permissions(), fs::perms(0640));
+    EXPECT_TRUE(asf_reader::FileBytes(part + ".repair") == older);
+    EXPECT_FALSE(fs::exists(scratch.Path("nothing")));
+    EXPECT_FALSE(fs::exists(part + "-2.repair"));
+}
+
+TEST(Repair, NamesOfEveryLength) {
+    const clips::Scratch scratch;
+    const Written written = Write(scratch, 1000);
+    for (std::size_t length = 244; length <= 255; ++length) {
+        const std::string path = scratch.Path(std::string(length - 4, 'n') + ".wmv");
+        WriteBytes(path, written.recording, written.recording.size());
+        EXPECT_EQ(ErrorOf(path, ""), 0U) << length;
+        EXPECT_EQ(asf_reader::ReadFile(path).header.flags, 2U);
+    }
 }
 
 TEST(Repair, AWholeFileIsLeftAlone) {
