@@ -1,5 +1,6 @@
 #include "app/main_window.h"
 
+#include <cmath>
 #include <utility>
 
 #include "app/explain_command.h"
@@ -95,6 +96,7 @@ bool frmMain::NewSession() {
     run_.EndSession();
     settings_ = cli::EncodeSettings();
     session_ = platform::SessionState();
+    typed_words_.Forget();
     progress_.Clear();
     window_.lblStatus().SetCaption("New session: nothing is given yet.");
     return true;
@@ -138,6 +140,8 @@ ExitStatus frmMain::Status() const {
 platform::RunProgress frmMain::Progress() const {
     platform::RunProgress progress;
     progress.input = settings_.input;
+    if (!settings_.input.empty() && settings_.duration > 0)
+        progress.length_ms = std::llround(*settings_.duration * 1000);
     progress.percent = window_.pb1().Value();
     progress.pass = progress_.CurrentPass();
     progress.passes = progress_.TotalPasses();
@@ -154,6 +158,10 @@ platform::RunProgress frmMain::Progress() const {
             progress.dropped_bytes = video.dropped_byte_count.Raw();
         });
     return progress;
+}
+
+platform::FollowingWords frmMain::WordsAfter(const std::string& option) const {
+    return app::WordsAfter(option);
 }
 
 platform::CommandReport frmMain::Report() const { return run_log_.Report(Status()); }
@@ -191,7 +199,10 @@ void frmMain::RunWords(const std::vector<std::string>& words) {
     // A command that was given meanwhile has its own status.
     if (command != commands_begun_) return;
     g_nExitStatus = status;
-    if (run_log_.IsOfFolder()) run_log_.EndCommand(status);
+    if (run_log_.IsOfFolder())
+        run_log_.EndCommand(status);
+    else if (status != ExitStatus::Done)
+        run_log_.RefuseCommand(status);
 }
 
 ExitStatus frmMain::RunSession(const std::vector<std::string>& words) {
@@ -203,8 +214,11 @@ ExitStatus frmMain::RunSession(const std::vector<std::string>& words) {
     run_.NewSession();
     folder_run_.CancelWalks();
     session_.g_objFSO = factory_.MakeFileSystem();
-    if (!parser_.ParseParameters(words))
-        return parser_.Refused() ? ExitStatus::Refused : ExitStatus::Done;
+    const bool goes_on = parser_.ParseParameters(words);
+    typed_words_.Read(words, parser_.TypedOptions());
+    run_log_.NoteCarriedOver(typed_words_.StillInForce(settings_));
+    if (!goes_on && parser_.Refused()) run_log_.NoteHint(DidYouMean(words));
+    if (!goes_on) return parser_.Refused() ? ExitStatus::Refused : ExitStatus::Done;
     if (!settings_.input.empty() && session_.g_objFSO->FolderExists(settings_.input))
         return RunFolder();
     if (!encoder_setup_.SetupEncoder()) return ExitStatus::Refused;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/command_words.h"
 #include "app/encoding_run.h"
 #include "app/folder_run.h"
 #include "app/form_actions.h"
@@ -43,6 +44,7 @@ class frmMain final : public platform::FormEvents {
     /// Takes the place of the automatic first run, if that has not been yet.
     void RunCommand(const std::vector<std::string>& words) override;
     void RunListing(const std::vector<std::string>& words) override;
+    platform::FollowingWords WordsAfter(const std::string& option) const override;
     bool NewSession() override;
     void PauseOrResume() override;
     bool IsBusy() const override;
@@ -69,6 +71,7 @@ class frmMain final : public platform::FormEvents {
 
     cli::EncodeSettings settings_;
     platform::SessionState session_;
+    TypedWords typed_words_;
     InfoPane pane_;
     app::Progress progress_;
     StatisticsReport report_;

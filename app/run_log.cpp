@@ -90,6 +90,10 @@ void RunLog::TellState(platform::EncoderState state) const {
     if (listener_ != nullptr) listener_->OnStateChange(state);
 }
 
+void RunLog::RefuseCommand(ExitStatus status) const {
+    if (listener_ != nullptr) listener_->OnCommandRefused(Report(status));
+}
+
 void RunLog::EndCommand(ExitStatus status) const {
     if (listener_ != nullptr) listener_->OnCommandEnd(Report(status));
 }

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "app/statistics_report.h"
 #include "cli/encode_settings.h"
@@ -32,6 +34,10 @@ class RunLog {
     /// The pane has got a line about this error.
     void NoteError(const platform::ErrorReport& error);
     void NoteStop() { stopped_ = true; }
+    void NoteCarriedOver(std::vector<std::string> options) {
+        command_.carried_over = std::move(options);
+    }
+    void NoteHint(std::string hint) { command_.hint = std::move(hint); }
 
     /// The session's run has come to its stopped state.
     void EndRun(const RunEnd& end);
@@ -46,6 +52,8 @@ class RunLog {
 
     // For the listener.
     void TellState(platform::EncoderState state) const;
+    /// A command has ended before anything was encoded.
+    void RefuseCommand(platform::ExitStatus status) const;
     /// A command that encoded something is over.
     void EndCommand(platform::ExitStatus status) const;
 

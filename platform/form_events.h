@@ -12,6 +12,18 @@ namespace platform {
 
 inline constexpr std::int16_t kEnterKey = 13;
 
+/// A word of the command language, and what it stands for in a few words.
+struct CommandWord {
+    std::string word;
+    std::string note;
+};
+
+/// What can come next in a command.
+struct FollowingWords {
+    std::vector<CommandWord> words;
+    bool paths = false;  // names of files and folders
+};
+
 class FormEvents {
   public:
     virtual ~FormEvents() = default;
@@ -28,6 +40,8 @@ class FormEvents {
     /// RunCommand for words that only list or show: a listing word, or "-input" and a file. While
     /// the form is busy they are answered beside the run, which goes on with its own settings.
     virtual void RunListing(const std::vector<std::string>& words) { RunCommand(words); }
+    /// What the language has after `option`, in any case; after "" the options themselves.
+    virtual FollowingWords WordsAfter(const std::string& /*option*/) const { return {}; }
     /// Every setting back to not given, as in a window that has just been opened. False, and
     /// nothing is changed, while the form is busy.
     virtual bool NewSession() { return false; }

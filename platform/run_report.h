@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/encoder.h"
 #include "platform/error.h"
@@ -42,6 +43,10 @@ struct CommandReport {
     bool is_folder = false;
     int files_completed = 0;
     int files_failed = 0;
+    /// Options of earlier commands that this one used too, with their values.
+    std::vector<std::string> carried_over;
+    /// What may help the person whose command was refused; "" where nothing comes to mind.
+    std::string hint;
 };
 
 /// A run as it stands.
@@ -49,6 +54,7 @@ struct RunProgress {
     EncoderState state = EncoderState::Stopped;
     std::string input;
     std::int64_t encoded_ms = 0;  // media time of the pass
+    std::int64_t length_ms = 0;   // of the media to be encoded; 0 = not known, or a recording
     float percent = 0;            // 0..100
     int pass = 1;
     int passes = 1;
@@ -68,6 +74,8 @@ class RunListener {
     virtual void OnStateChange(EncoderState /*state*/) {}
     /// A command that encoded something has come to its end, a folder with all its files.
     virtual void OnCommandEnd(const CommandReport& /*report*/) {}
+    /// A command has ended in an error before anything was encoded.
+    virtual void OnCommandRefused(const CommandReport& /*report*/) {}
 };
 
 }  // namespace platform

@@ -109,6 +109,14 @@ void SetSources(const Extras& extras, const platform::SessionState& state) {
 
 }  // namespace
 
+std::vector<ProfileSummary> PredefinedProfiles() {
+    std::vector<ProfileSummary> summaries;
+    for (const PredefinedProfile& row : kPredefinedProfiles)
+        summaries.push_back(
+            {row.code, row.video.width, row.video.height, row.video.bit_rate, row.audio.bit_rate});
+    return summaries;
+}
+
 bool SetupPredefinedProfile(platform::SessionState& state, cli::EncodeSettings& settings,
                             platform::OutputPane& pane, platform::WMEncAudience& audience) {
     const std::string code = platform::LowerCase(settings.profile);

@@ -317,6 +317,32 @@ TEST_F(MainWindowTest, AHostHearsOfStatesAndOfTheEnd) {
     form.SetRunListener(nullptr);
 }
 
+TEST_F(MainWindowTest, ReportsWhatEarlierCommandsLeftInForce) {
+    Go("-input a.avi -output out/a.wmv -Profile av100 -title one");
+    EXPECT_THAT(form.Report().carried_over, IsEmpty());
+    Finish();
+    Go("-input a.avi -output b.wmv");
+    EXPECT_THAT(form.Report().carried_over, ElementsAre("-Profile av100", "-title one"));
+    Finish();
+    ASSERT_TRUE(form.NewSession());
+    Go("-input a.avi -output b.wmv");
+    EXPECT_THAT(form.Report().carried_over, IsEmpty());
+}
+
+TEST_F(MainWindowTest, AMistypedOptionIsRecognised) {
+    struct Case {
+        const char* command;
+        const char* hint;
+    };
+    for (const Case& c : {Case{"-input a.avi -prfile av100", "Did you mean -profile?"},
+                          Case{"-input a.avi -OUTPT b.wmv", "Did you mean -output?"},
+                          Case{"-input a.avi -wholly_unlike", ""}, Case{"-a_mode x", ""},
+                          Case{"-input a.avi -output b.wmv", ""}}) {
+        Go(c.command);
+        EXPECT_EQ(form.Report().hint, c.hint) << c.command;
+    }
+}
+
 TEST_F(MainWindowTest, GoWhileAnEncoderRunsLetsItsFileFinish) {
     Go(kCommand);
     FakeEncoder& old = Encoder();
