@@ -65,6 +65,7 @@ ConsoleWindow::ConsoleWindow(ConsoleOutput& output, std::string arguments)
 void ConsoleWindow::SetForm(FormEvents& form) {
     loop_.OnTick([this, &form] {
         form.Timer1_Timer();
+        time_left_ = left_.TextOf(form.Progress(), TimeLeft::Clock::now());
         ticked_ = true;
     });
 }
@@ -82,6 +83,7 @@ std::string ConsoleWindow::ProgressLine() const {
         const std::string text = OnOneLine(label->Caption());
         if (!text.empty()) line += "  " + text;
     }
+    if (!time_left_.empty()) line += "  " + time_left_;
     return line;
 }
 

@@ -8,6 +8,7 @@
 #include "platform/form_events.h"
 #include "platform/host/console_loop.h"
 #include "platform/host/console_output.h"
+#include "platform/host/time_left.h"
 #include "platform/widgets.h"
 
 namespace platform::host {
@@ -108,6 +109,8 @@ class ConsoleWindow : public FormWindow {
   private:
     std::string ProgressLine() const;
 
+    TimeLeft left_;
+    std::string time_left_;  // of the run, as the last tick saw it
     ConsoleOutput& output_;
     std::string arguments_;
     ConsoleLoop loop_;

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "platform/host/qt_command_queue.h"
+
 namespace platform::host {
 
 namespace {
@@ -15,6 +17,15 @@ bool IsOneWord(const QString& path) {
     return std::none_of(path.begin(), path.end(), [](QChar c) {
         return c.isSpace() || !c.isPrint() || c == QLatin1Char('\\');
     });
+}
+
+QString FileWord(const QString& path) {
+    return IsOneWord(path) ? path : QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded());
+}
+
+QString WithWords(const QString& command, const QString& words) {
+    const bool apart = command.isEmpty() || command.endsWith(QLatin1Char(' '));
+    return command + (apart ? QString() : QStringLiteral(" ")) + words;
 }
 
 bool IsBreak(QChar c) { return c.isSpace() && c != QLatin1Char(' '); }
@@ -39,7 +50,7 @@ std::optional<QUrl> DraggedFile(const QMimeData& data) {
 }
 
 CommandEdit::CommandEdit(RecentCommands& recent, QWidget* parent)
-    : QLineEdit(parent), recent_(recent) {
+    : QLineEdit(parent), recent_(recent), completer_(*this) {
     setMaxLength(std::numeric_limits<int>::max());  // the usual limit cuts without a word
     connect(this, &QLineEdit::textEdited, this, [this](const QString& text) { Straighten(text); });
 }
@@ -56,15 +67,32 @@ void CommandEdit::Offer(const QString& command) {
 }
 
 void CommandEdit::AppendInput(const QUrl& file) {
-    const QString path = file.toLocalFile();
-    const QString name =
-        IsOneWord(path) ? path : QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded());
-    const QString before = text();
-    const bool apart = before.isEmpty() || before.endsWith(QLatin1Char(' '));
-    Offer(before + (apart ? QString() : QStringLiteral(" ")) + QStringLiteral("-input ") + name);
+    Offer(WithWords(text(), QStringLiteral("-input ") + FileWord(file.toLocalFile())));
+}
+
+void CommandEdit::PutOption(const QString& option, const QString& value) {
+    QStringList words = text().split(QLatin1Char(' '));
+    const qsizetype place = words.lastIndexOf(
+        QRegularExpression(QRegularExpression::anchoredPattern(QRegularExpression::escape(option)),
+                           QRegularExpression::CaseInsensitiveOption));
+    if (place < 0) return Offer(WithWords(text(), option + QLatin1Char(' ') + value));
+    if (place + 1 < words.size() && !words[place + 1].startsWith(QLatin1Char('-')))
+        words[place + 1] = value;
+    else
+        words.insert(place + 1, value);
+    Offer(words.join(QLatin1Char(' ')));
+}
+
+void CommandEdit::PutFile(const QString& option, const QString& path) {
+    PutOption(option, FileWord(path));
 }
 
 void CommandEdit::Straighten(const QString& edited) {
+    QStringList commands = CommandsOf(edited);
+    if (!commands.isEmpty() && on_more_commands_) {
+        setText(commands.takeFirst());
+        return on_more_commands_(commands);
+    }
     const QString straight = OnOneLine(edited);
     if (straight == edited) return;
     const qsizetype behind = edited.size() - cursorPosition();
@@ -73,6 +101,9 @@ void CommandEdit::Straighten(const QString& edited) {
 }
 
 void CommandEdit::keyPressEvent(QKeyEvent* event) {
+    const bool takes = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter ||
+                       event->key() == Qt::Key_Tab;
+    if (takes && completer_.HasChosen()) return event->ignore();  // the list takes it
     const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
     if (plain && event->key() == Qt::Key_Up) return Walk(1);
     if (plain && event->key() == Qt::Key_Down) return Walk(-1);

@@ -4,8 +4,11 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QUrl>
+#include <functional>
 #include <optional>
+#include <utility>
 
+#include "platform/host/qt_command_completer.h"
 #include "platform/host/qt_recent_commands.h"
 
 namespace platform::host {
@@ -14,8 +17,8 @@ namespace platform::host {
 std::optional<QUrl> DraggedFile(const QMimeData& data);
 
 /// Up and Down walk through the recent commands like a shell's; past the newest is the text that
-/// stood in the box before. Pasted lines become one, joined by blanks. What is dragged as a file is
-/// left to the window around it.
+/// stood in the box before. The lines of a pasted command become one, joined by blanks. What is
+/// dragged as a file is left to the window around it.
 class CommandEdit : public QLineEdit {
   public:
     /// The commands must outlive the box.
@@ -25,6 +28,15 @@ class CommandEdit : public QLineEdit {
     void Remember();
     /// Puts a command into the box, to be changed or run.
     void Offer(const QString& command);
+    /// Puts the option with its value into the command, in the place of one that it has already.
+    void PutOption(const QString& option, const QString& value);
+    /// The same for a file's name, as a URI where a plain name would not stay one word.
+    void PutFile(const QString& option, const QString& path);
+    /// Several commands are pasted, as CommandsOf parts them; the handler gets all but the first.
+    void OnMoreCommands(std::function<void(const QStringList&)> handler) {
+        on_more_commands_ = std::move(handler);
+    }
+    CommandCompleter& Completer() { return completer_; }
     /// Appends `-input` and the file's name, as a URI where a plain name would not stay one word.
     void AppendInput(const QUrl& file);
 
@@ -37,6 +49,8 @@ class CommandEdit : public QLineEdit {
     void Walk(qsizetype steps);
 
     RecentCommands& recent_;
+    CommandCompleter completer_;
+    std::function<void(const QStringList&)> on_more_commands_;
     qsizetype back_ = 0;  // 0 = the draft, 1 = the newest command
     QString draft_;
 };

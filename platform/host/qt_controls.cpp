@@ -79,7 +79,8 @@ void ShorteningLabel::Shorten() {
     const QString shown =
         fontMetrics().elidedText(whole_text_, Qt::ElideMiddle, contentsRect().width());
     setText(shown);
-    setToolTip(shown == whole_text_ ? explanation_ : whole_text_.trimmed());
+    const QString whole = whole_text_.trimmed();
+    setToolTip(shown == whole_text_ || explanation_.contains(whole) ? explanation_ : whole);
 }
 
 QSize ShorteningLabel::minimumSizeHint() const { return {0, QLabel::minimumSizeHint().height()}; }

@@ -3,24 +3,39 @@
 
 #include <QDialog>
 #include <QKeySequenceEdit>
+#include <QLabel>
+#include <QPushButton>
 
 #include "platform/host/qt_window_options.h"
 
 namespace platform::host {
 
-/// Accepting it keeps the keys in the options. Named "hotkeyDialog", its fields "pauseKey" and
-/// "stopKey".
+/// A field for one key. Escape is the dialog's.
+class HotkeyEdit : public QKeySequenceEdit {
+  public:
+    explicit HotkeyEdit(QWidget* parent);
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+};
+
+/// Accepting it keeps the keys in the options; it cannot be accepted with keys that cannot be
+/// global, and says why. Named "hotkeyDialog", its fields "pauseKey" and "stopKey", its warning
+/// "hotkeyWarning".
 class HotkeyDialog : public QDialog {
   public:
     HotkeyDialog(WindowOptions& options, QWidget* parent);
 
   private:
     void UseUsual();
+    void Check();
     void Keep();
 
     WindowOptions& options_;
-    QKeySequenceEdit pause_;
-    QKeySequenceEdit stop_;
+    HotkeyEdit pause_;
+    HotkeyEdit stop_;
+    QLabel warning_;
+    QPushButton* ok_ = nullptr;
 };
 
 }  // namespace platform::host

@@ -118,6 +118,13 @@ bool Hotkeys::AreOffered() {
     return QGuiApplication::platformName() == QLatin1String("xcb") && Connection() != nullptr;
 }
 
+bool Hotkeys::CanBeGlobal(const QKeySequence& keys) {
+    if (keys.isEmpty() || !SymbolOf(keys[0].key())) return false;
+    const bool types = keys[0].key() >= Qt::Key_Space && keys[0].key() <= Qt::Key_AsciiTilde;
+    const Qt::KeyboardModifiers with = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    return !types || (keys[0].keyboardModifiers() & with) != Qt::NoModifier;
+}
+
 Hotkeys::Answer Hotkeys::Take(const QKeySequence& keys, std::function<void()> handler) {
     if (!AreOffered() || keys.isEmpty()) return Answer::Unknown;
     xcb_connection_t* const connection = Connection();

@@ -26,6 +26,9 @@ class Hotkeys : public QAbstractNativeEventFilter {
     Hotkeys& operator=(const Hotkeys&) = delete;
 
     static bool AreOffered();
+    /// Whether a hotkey can be this at all: a key that is known by name, and one that types
+    /// something only with Ctrl, Alt or Meta, since every other program would miss it.
+    static bool CanBeGlobal(const QKeySequence& keys);
     /// Takes the first key of the sequence, with its modifiers and whatever locks are on. The
     /// handler is called once a press, however long the key is held. Where they are not offered:
     /// Unknown.

@@ -33,7 +33,13 @@ constexpr MenuRow kRows[] = {
         "Puts every setting back to not given, as in a window that has just been opened",
         [](MenuCommands& menu) { menu.NewSession(); }},
     {"fileMenu", "", "", "", "", nullptr},
-    {"fileMenu", "fileInformation", "File &information...",     "Ctrl+O",
+    {"fileMenu", "chooseInput",     "&Input...",                "Ctrl+I",
+        "Puts a file into the command as what is encoded",
+        [](MenuCommands& menu) { menu.ChooseInput(); }},
+    {"fileMenu", "chooseOutput",    "&Output...",               "Ctrl+Shift+O",
+        "Puts a name into the command as what is written",
+        [](MenuCommands& menu) { menu.ChooseOutput(); }},
+    {"fileMenu", "fileInformation", "File in&formation...",     "Ctrl+O",
         "Writes what is known about a media file to the output",
         [](MenuCommands& menu) { menu.ShowFileInformation(); }},
     {"fileMenu", "repairFile",      "Re&pair a file...",        "",
@@ -117,6 +123,11 @@ WindowMenuBar::WindowMenuBar(MenuCommands& commands, CommandEdit& command, Recen
     });
     connect(file_menu, &QMenu::aboutToHide, new_session,
             [new_session] { new_session->setEnabled(true); });
+    QMenu& profiles = *findChild<QMenu*>(QLatin1String("listMenu"))->addMenu(Text("&Profiles"));
+    profiles.setObjectName(QStringLiteral("profilesMenu"));
+    profiles.setAccessibleName(Text("Profiles"));
+    profiles.menuAction()->setStatusTip(Text("Puts a profile into the command"));
+    connect(&profiles, &QMenu::aboutToShow, this, [this, &profiles] { FillProfiles(profiles); });
     auto* const recent_menu = findChild<QMenu*>(QLatin1String("recentMenu"));
     connect(recent_menu, &QMenu::aboutToShow, this,
             [this, recent_menu] { FillRecent(*recent_menu); });
@@ -127,6 +138,17 @@ QMenu& WindowMenuBar::Menu(const char* name, const QString& title) {
     menu->setObjectName(QLatin1String(name));
     menu->setAccessibleName(QString(title).remove(QLatin1Char('&')));
     return *menu;
+}
+
+void WindowMenuBar::FillProfiles(QMenu& menu) {
+    menu.clear();
+    for (const CommandWord& profile : commands_.WordsAfter("-profile").words) {
+        const QString code = QString::fromStdString(profile.word);
+        QAction* const action =
+            menu.addAction(code + QLatin1Char('\t') + QString::fromStdString(profile.note), this,
+                           [this, code] { command_.PutOption("-profile", code); });
+        action->setStatusTip(Text("Puts this profile into the command"));
+    }
 }
 
 void WindowMenuBar::FillRecent(QMenu& menu) {

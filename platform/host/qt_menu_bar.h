@@ -20,6 +20,7 @@ class WindowMenuBar : public QMenuBar {
   private:
     QMenu& Menu(const char* name, const QString& title);
     void FillRecent(QMenu& menu);
+    void FillProfiles(QMenu& menu);
 
     MenuCommands& commands_;
     CommandEdit& command_;

@@ -29,14 +29,16 @@ void ForgetTypedName(const QFileDialog& dialog) {
 
 }  // namespace
 
-MenuCommands::MenuCommands(QWidget& window, EventLoop& loop, CommandEdit& command, OutputView& pane)
-    : window_(window), loop_(loop), command_(command), pane_(pane) {}
+MenuCommands::MenuCommands(QWidget& window, EventLoop& loop, CommandEdit& command, OutputView& pane,
+                           MessageLine& message)
+    : window_(window), loop_(loop), command_(command), pane_(pane), message_line_(message) {}
 
 MenuCommands::~MenuCommands() {
     if (repair_thread_.joinable()) repair_thread_.join();
 }
 
 void MenuCommands::RunListing(const std::vector<std::string>& words) {
+    message_line_.Clear();
     if (form_ != nullptr) form_->RunListing(words);
 }
 
@@ -47,6 +49,28 @@ QFileDialog& MenuCommands::OpenDialog(const char* name, const QString& title) {
     QObject::connect(dialog_.get(), &QDialog::finished, dialog_.get(),
                      [dialog = dialog_.get()] { ForgetTypedName(*dialog); });
     return *dialog_;
+}
+
+void MenuCommands::ChooseInput() {
+    QFileDialog& dialog = OpenDialog("chooseInput", Text("What is encoded"));
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    QObject::connect(&dialog, &QFileDialog::fileSelected, &dialog,
+                     [this](const QString& path) { command_.PutFile("-input", path); });
+    dialog.open();
+}
+
+void MenuCommands::ChooseOutput() {
+    QFileDialog& dialog = OpenDialog("chooseOutput", Text("Where it is written to"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setNameFilters({Text("Windows Media files (*.wmv *.wma)"), Text("All files (*)")});
+    QObject::connect(&dialog, &QFileDialog::fileSelected, &dialog,
+                     [this](const QString& path) { command_.PutFile("-output", path); });
+    dialog.open();
+}
+
+FollowingWords MenuCommands::WordsAfter(const char* option) const {
+    return form_ == nullptr ? FollowingWords() : form_->WordsAfter(option);
 }
 
 void MenuCommands::ShowFileInformation() {
@@ -91,7 +115,8 @@ void MenuCommands::Repair(const QString& path) {
 }
 
 void MenuCommands::NewSession() {
-    if (form_ == nullptr || form_->NewSession()) return;
+    if (form_ == nullptr) return;
+    if (form_->NewSession()) return message_line_.Clear();
     ShowMessage(QMessageBox::Information, "message", Text("An encoding is still running."),
                 Text("A new session can begin when it has ended. Stop ends it now and keeps what "
                      "was encoded so far as a whole file."));
@@ -128,12 +153,14 @@ void MenuCommands::GoToCommand() {
 }
 
 void MenuCommands::ShowAbout() {
-    ShowMessage(QMessageBox::NoIcon, "about",
-                Text("Tessivo %1").arg(QCoreApplication::applicationVersion()),
-                Text("Turns media files and whole folders into Windows Media files, in this window "
-                     "or on the console with the same command line.\n\n"
-                     "Free software under the GNU General Public License, version 3: it may be "
-                     "used, studied, changed and shared, and comes without any warranty."));
+    ShowMessage(
+        QMessageBox::NoIcon, "about",
+        Text("Tessivo %1").arg(QCoreApplication::applicationVersion()),
+        Text("Records the screen, cameras and sound, and turns media files and whole folders "
+             "into Windows Media files, in this window or on the console with the same "
+             "command line.\n\n"
+             "Free software under the GNU General Public License, version 3: it may be "
+             "used, studied, changed and shared, and comes without any warranty."));
 }
 
 void MenuCommands::Quit() { window_.close(); }

@@ -15,6 +15,7 @@
 #include "platform/form_events.h"
 #include "platform/host/qt_command_edit.h"
 #include "platform/host/qt_controls.h"
+#include "platform/host/qt_message_line.h"
 
 namespace platform::host {
 
@@ -22,11 +23,13 @@ namespace platform::host {
 /// is said in their place. Called on a thread of its own.
 using FileRepair = std::function<std::string(const std::string& path)>;
 
-/// Dialogs are opened without a loop of their own and named: "inputFile", "repairFile", "saveFile",
-/// "message", "about". User-interface thread; everything handed over must outlive it.
+/// Dialogs are opened without a loop of their own and named: "chooseInput", "chooseOutput",
+/// "inputFile", "repairFile", "saveFile", "message", "about". User-interface thread; everything
+/// handed over must outlive it.
 class MenuCommands {
   public:
-    MenuCommands(QWidget& window, EventLoop& loop, CommandEdit& command, OutputView& pane);
+    MenuCommands(QWidget& window, EventLoop& loop, CommandEdit& command, OutputView& pane,
+                 MessageLine& message);
     /// Waits for a repair that still runs.
     ~MenuCommands();
     MenuCommands(const MenuCommands&) = delete;
@@ -43,6 +46,10 @@ class MenuCommands {
     void ListVideoCodecs() { RunListing({"-v_codecs"}); }
     void ListAudioFormats() { RunListing({"-a_formats"}); }
     void ShowHelp() { RunListing({"-help"}); }
+    void ChooseInput();
+    void ChooseOutput();
+    /// What the language has after `option`.
+    FollowingWords WordsAfter(const char* option) const;
     void ShowFileInformation();
     void RepairFile();
     void NewSession();
@@ -64,6 +71,7 @@ class MenuCommands {
     EventLoop& loop_;
     CommandEdit& command_;
     OutputView& pane_;
+    MessageLine& message_line_;
     FormEvents* form_ = nullptr;
     std::unique_ptr<QFileDialog> dialog_;
     std::unique_ptr<QMessageBox> message_;

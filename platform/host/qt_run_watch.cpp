@@ -46,4 +46,8 @@ void RunWatch::OnCommandEnd(const CommandReport& report) {
     for (const auto& handler : on_end_) handler(report);
 }
 
+void RunWatch::OnCommandRefused(const CommandReport& report) {
+    for (const auto& handler : on_refused_) handler(report);
+}
+
 }  // namespace platform::host

@@ -32,9 +32,15 @@ class RunWatch : public RunListener {
         on_end_.push_back(std::move(handler));
     }
 
+    /// A command has ended in an error before anything was encoded.
+    void OnRefused(std::function<void(const CommandReport&)> handler) {
+        on_refused_.push_back(std::move(handler));
+    }
+
     void OnFileEnd(const FileReport& /*report*/) override {}
     void OnStateChange(EncoderState state) override;
     void OnCommandEnd(const CommandReport& report) override;
+    void OnCommandRefused(const CommandReport& report) override;
 
   private:
     FormEvents* form_ = nullptr;
@@ -43,6 +49,7 @@ class RunWatch : public RunListener {
     std::vector<std::function<void()>> on_begin_;
     std::vector<std::function<void()>> on_phase_;
     std::vector<std::function<void(const CommandReport&)>> on_end_;
+    std::vector<std::function<void(const CommandReport&)>> on_refused_;
 };
 
 }  // namespace platform::host

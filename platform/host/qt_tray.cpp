@@ -5,6 +5,8 @@
 #include <QPixmap>
 #include <utility>
 
+#include "platform/host/time_left.h"
+
 namespace platform::host {
 
 namespace {
@@ -43,18 +45,10 @@ QIcon StateIcon(RunPhase phase, bool capture) {
     return icon;
 }
 
-QString Clock(std::int64_t ms) {
-    const std::int64_t seconds = ms / 1000;
-    return QStringLiteral("%1:%2:%3")
-        .arg(seconds / 3600)
-        .arg(seconds / 60 % 60, 2, 10, QLatin1Char('0'))
-        .arg(seconds % 60, 2, 10, QLatin1Char('0'));
-}
-
 }  // namespace
 
 QString RunText(const RunWatch& watch) {
-    const QString time = Clock(watch.EncodedMs());
+    const QString time = QString::fromStdString(ClockText(watch.EncodedMs() / 1000));
     switch (watch.phase()) {
         case RunPhase::Running:
             return (watch.IsCapture() ? Text("recording, %1") : Text("encoding, %1")).arg(time);

@@ -4,6 +4,7 @@
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QScreen>
 #include <QStatusTipEvent>
 #include <algorithm>
 #include <cstdio>
@@ -15,6 +16,7 @@ namespace {
 
 constexpr QSize kSmallest(560, 360);
 constexpr QSize kUsual(900, 640);
+constexpr QSize kFrame(8, 40);          // what a desktop puts around a window, at most
 constexpr int kIdleCheckInterval = 50;  // milliseconds
 constexpr const char* kGeometryKey = "geometry";
 
@@ -44,9 +46,12 @@ QtWindow::QtWindow(std::string arguments)
       go_(this),
       stop_(this),
       pause_(this),
+      message_(this),
+      queue_(this),
       pane_(this),
       bar_(this),
       percent_(this),
+      time_left_(this),
       status_(this),
       file_(this),
       length_(this),
@@ -54,14 +59,15 @@ QtWindow::QtWindow(std::string arguments)
       expected_rate_(this),
       current_rate_(this),
       explanation_(this),
-      menu_commands_(*this, loop_, command_, pane_),
+      runner_(*this, command_, queue_, message_, watch_, [this] { ClearFigures(); }),
+      second_pass_(message_),
+      menu_commands_(*this, loop_, command_, pane_, message_),
       desktop_(*this, watch_, options_, Commands(),
-               [this](const QString& line) { explanation_.SetWholeText(line); }),
+               [this](const QString& line) { message_.ShowError(line); }),
       menu_bar_(menu_commands_, command_, recent_, this),
       encoding_menu_(tr("&Encoding"), watch_, options_, desktop_, Commands(), &menu_bar_),
       screen_menu_(
-          tr("Scree&n"), [this](const QString& line) { explanation_.SetWholeText(line); },
-          &menu_bar_),
+          tr("Scree&n"), [this](const QString& line) { message_.ShowNote(line); }, &menu_bar_),
       command_box_(command_),
       pane_box_(pane_),
       go_button_(go_),
@@ -101,6 +107,8 @@ QtWindow::QtWindow(std::string arguments)
 
     LayOut();
     restoreGeometry(settings_.value(QLatin1String(kGeometryKey)).toByteArray());
+    FitTheScreen();
+    command_.OnMoreCommands([this](const QStringList& commands) { queue_.Add(commands); });
     setTabOrder(&command_, &go_);
     setTabOrder(&go_, &stop_);
     setTabOrder(&stop_, &pause_);
@@ -117,16 +125,16 @@ RunCommands QtWindow::Commands() {
     return {[this] {
                 if (form_ != nullptr) form_->PauseOrResume();
             },
-            [this] {
-                if (form_ != nullptr) form_->cmdStop_Click();
-            },
-            [this] { close(); }};
+            [this] { Stop(); }, [this] { close(); }};
 }
 
 void QtWindow::ShowPhase() {
     // Not R, which is the menu of recent commands.
     pause_button_.SetCaption(watch_.phase() == RunPhase::Paused ? "Resu&me" : "&Pause");
     pause_.setEnabled(watch_.CanPause());
+    if (watch_.phase() != RunPhase::Idle) return;
+    left_.Restart();
+    time_left_.clear();
 }
 
 void QtWindow::NameAndExplain() {
@@ -139,13 +147,14 @@ void QtWindow::NameAndExplain() {
         {command_, "txtCmd",
          tr("Words separated by blanks; Up and Down bring back earlier commands, a dropped file "
             "becomes the input")},
-        {go_, "cmdGo", tr("Runs the command; a running encoding ends with its file whole")},
+        {go_, "cmdGo", tr("Runs the command; asks first while an encoding runs")},
         {stop_, "cmdStop",
          tr("Ends the encoding; what was encoded so far is kept as a whole file")},
         {pause_, "cmdPause", tr("Takes nothing in until it is pressed again; the file has no gap")},
         {pane_, "txtInfo", tr("Everything that commands have reported")},
         {bar_, "pb1", tr("How much of this pass is done")},
         {percent_, "lblprgs", tr("How much of this pass is done, in percent")},
+        {time_left_, "timeLeft", tr("How long the encoding will still take, both passes of two")},
         {status_, "lblStatus", tr("What the encoder does at the moment")},
         {file_, "lblFile", tr("The file that is being encoded")},
         {length_, "lblETm", tr("The length of what is encoded or recorded, in seconds")},
@@ -163,6 +172,7 @@ void QtWindow::NameAndExplain() {
         row.widget.setStatusTip(row.explanation);
         row.widget.setAccessibleDescription(row.explanation);
     }
+    time_left_.setAccessibleName(tr("Time left"));
     explanation_.setAccessibleName(tr("Explanation"));
     explanation_.setTextFormat(Qt::PlainText);
 }
@@ -200,6 +210,7 @@ void QtWindow::LayOut() {
     percent_.setMinimumWidth(percent_.fontMetrics().horizontalAdvance(QStringLiteral("100%")));
     progress_row_.addWidget(&bar_, 1);
     progress_row_.addWidget(&percent_);
+    progress_row_.addWidget(&time_left_);
 
     facts_.setHorizontalSpacing(18);
     facts_.setVerticalSpacing(6);
@@ -220,6 +231,8 @@ void QtWindow::LayOut() {
     rows_.setContentsMargins(12, 8, 12, 6);
     rows_.setSpacing(8);
     rows_.addLayout(&command_row_);
+    rows_.addWidget(&queue_);
+    rows_.addWidget(&message_);
     rows_.addWidget(&pane_, 1);
     rows_.addLayout(&progress_row_);
     rows_.addLayout(&facts_);
@@ -229,21 +242,46 @@ void QtWindow::LayOut() {
     resize(kUsual.expandedTo(minimumSize()));
 }
 
+void QtWindow::FitTheScreen() {
+    const QSize room = screen()->availableSize() - kFrame;
+    setMinimumSize(minimumSize().boundedTo(room));
+    if (!isMaximized()) resize(size().boundedTo(room));
+}
+
 void QtWindow::SetForm(FormEvents& form) {
     form_ = &form;
     watch_.SetForm(form);
     menu_commands_.SetForm(form);
-    connect(&go_, &QPushButton::clicked, this, [this] {
-        command_.Remember();
-        form_->cmdGo_Click();
-    });
-    connect(&stop_, &QPushButton::clicked, this, [this] { form_->cmdStop_Click(); });
+    runner_.SetForm(form, arguments_);
+    second_pass_.SetForm(form);
+    command_.Completer().SetForm(form);
+    connect(&go_, &QPushButton::clicked, this,
+            [this] { runner_.Run([this] { form_->cmdGo_Click(); }); });
+    connect(&stop_, &QPushButton::clicked, this, [this] { Stop(); });
     connect(&pause_, &QPushButton::clicked, this, [this] { form_->PauseOrResume(); });
-    connect(&command_, &QLineEdit::returnPressed, this, [this] {
-        command_.Remember();
-        form_->txtCmd_KeyPress(kEnterKey);
-    });
-    timer_.OnTick([this] { form_->Timer1_Timer(); });
+    connect(&command_, &QLineEdit::returnPressed, this,
+            [this] { runner_.Run([this] { form_->txtCmd_KeyPress(kEnterKey); }); });
+    timer_.OnTick([this] { Tick(); });
+}
+
+void QtWindow::Tick() {
+    form_->Timer1_Timer();
+    if (watch_.phase() == RunPhase::Idle) return;
+    time_left_.setText(
+        QString::fromStdString(left_.TextOf(form_->Progress(), TimeLeft::Clock::now())));
+}
+
+void QtWindow::Stop() {
+    if (form_ == nullptr) return;
+    second_pass_.BeforeStop();
+    runner_.HaltQueue();
+    form_->cmdStop_Click();
+}
+
+void QtWindow::ClearFigures() {
+    bar_control_.SetValue(bar_control_.Min());
+    for (Label* label : {&lblprgs(), &lblFile(), &lblETm(), &Label1(), &Label2(), &Label3()})
+        label->SetCaption("");
 }
 
 void QtWindow::SetCaption(const std::string& caption) {
@@ -294,28 +332,15 @@ void QtWindow::closeEvent(QCloseEvent* event) {
 }
 
 void QtWindow::AskBeforeClosing() {
-    if (question_ && question_->isVisible()) return;
-    question_ = std::make_unique<QMessageBox>(QMessageBox::Question, windowTitle(),
-                                              tr("An encoding is still running."),
-                                              QMessageBox::NoButton, this);
-    question_->setObjectName(QStringLiteral("question"));
-    question_->setInformativeText(
-        tr("Stop it and close? What was encoded so far is kept as a whole file."));
-    QPushButton* stop = question_->addButton(tr("&Stop and close"), QMessageBox::AcceptRole);
-    stop->setObjectName(QStringLiteral("stopAndClose"));
-    QPushButton* keep = question_->addButton(tr("&Keep encoding"), QMessageBox::RejectRole);
-    keep->setObjectName(QStringLiteral("keepRunning"));
-    question_->setDefaultButton(keep);
-    question_->setEscapeButton(keep);
-    connect(stop, &QPushButton::clicked, this, [this] { StopAndClose(); });
-    question_->open();  // without a loop of its own: a folder's walk below must be able to end
+    question_.Ask({tr("Stop it and close?"), tr("&Stop and close"), "stopAndClose",
+                   [this] { StopAndClose(); }});
 }
 
 void QtWindow::StopAndClose() {
     if (std::exchange(closing_, true)) return;
     go_.setEnabled(false);
     command_.setEnabled(false);
-    if (form_ != nullptr && form_->IsBusy()) form_->cmdStop_Click();
+    if (form_ != nullptr && form_->IsBusy()) Stop();
     idle_check_.start();
 }
 

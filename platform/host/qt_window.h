@@ -5,7 +5,6 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
@@ -18,27 +17,32 @@
 
 #include "platform/form_events.h"
 #include "platform/host/qt_command_edit.h"
+#include "platform/host/qt_command_queue.h"
+#include "platform/host/qt_command_runner.h"
 #include "platform/host/qt_controls.h"
 #include "platform/host/qt_desktop.h"
 #include "platform/host/qt_encoding_menu.h"
 #include "platform/host/qt_loop.h"
 #include "platform/host/qt_menu_bar.h"
 #include "platform/host/qt_menu_commands.h"
+#include "platform/host/qt_message_line.h"
 #include "platform/host/qt_recent_commands.h"
+#include "platform/host/qt_run_question.h"
 #include "platform/host/qt_run_watch.h"
 #include "platform/host/qt_screen_menu.h"
+#include "platform/host/qt_second_pass.h"
 #include "platform/host/qt_window_options.h"
 #include "platform/host/queued_call.h"
+#include "platform/host/time_left.h"
 #include "platform/screen_parts.h"
 #include "platform/widgets.h"
 
 namespace platform::host {
 
 /// Closing it while the form is busy asks first, stops the encoder and closes when its file is
-/// finished. The widgets bear the form's names (txtCmd, cmdGo ...) as object names; the question
-/// is "question", its buttons "stopAndClose" and "keepRunning"; beside the form's there is a
-/// "cmdPause". Size, options and recent commands are kept in the user's settings of "tessivo". A
-/// file that is dropped becomes the command's input.
+/// finished. The widgets bear the form's names (txtCmd, cmdGo ...) as object names; beside the
+/// form's there are "cmdPause", "timeLeft" and "messageLine". Size, options and recent commands are
+/// kept in the user's settings of "tessivo". A file that is dropped becomes the command's input.
 class QtWindow : public QWidget, public FormWindow {
   public:
     /// @param arguments  the process's arguments after the program's name, joined by blanks
@@ -91,6 +95,10 @@ class QtWindow : public QWidget, public FormWindow {
     void NameAndExplain();
     void LayOut();
     void KeepWindowSettings();
+    void ClearFigures();
+    void FitTheScreen();
+    void Stop();
+    void Tick();
     void AskBeforeClosing();
     void CloseWhenIdle();
 
@@ -102,7 +110,7 @@ class QtWindow : public QWidget, public FormWindow {
     bool unloaded_ = false;
     bool painted_ = false;
     QTimer idle_check_;
-    std::unique_ptr<QMessageBox> question_;
+    RunQuestion question_{*this};
 
     QSettings settings_;
     RecentCommands recent_;
@@ -114,9 +122,13 @@ class QtWindow : public QWidget, public FormWindow {
     QPushButton go_;
     QPushButton stop_;
     QPushButton pause_;
+    MessageLine message_;
+    CommandQueue queue_;
     OutputView pane_;
     QProgressBar bar_;
     QLabel percent_;
+    QLabel time_left_;
+    TimeLeft left_;
     ShorteningLabel status_;
     ShorteningLabel file_;
     QLabel length_;
@@ -124,6 +136,8 @@ class QtWindow : public QWidget, public FormWindow {
     QLabel expected_rate_;
     QLabel current_rate_;
     ShorteningLabel explanation_;
+    CommandRunner runner_;
+    SecondPassNote second_pass_;
     MenuCommands menu_commands_;
     Desktop desktop_;
     QueuedCall painted_call_{[this] { desktop_.Begin(); }};  // after the first time

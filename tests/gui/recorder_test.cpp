@@ -321,7 +321,12 @@ TEST_F(Recorder, WhatNobodyWatchedIsNotified) {
         Deliver(EncoderState::Running);
         Deliver(EncoderState::Stopped);
         form_.listener->OnCommandEnd(
-            {{CommandEnd::Completed, "", "/v/last.wmv", 0, {}, {}, 0, {}, {}}, false, 0, 0});
+            {{CommandEnd::Completed, "", "/v/last.wmv", 0, {}, {}, 0, {}, {}},
+             false,
+             0,
+             0,
+             {},
+             {}});
         const std::string last = "last.wmv is recorded|/v/last.wmv";
         RunUntil([&] { return !service.shown.empty() && service.shown.back() == last; });
         service.shown.pop_back();

@@ -21,7 +21,10 @@ class RecordingForm : public platform::FormEvents {
   public:
     void Form_Load() override { calls.emplace_back("load"); }
     void Form_Unload() override { calls.emplace_back("unload"); }
-    void cmdGo_Click() override { calls.emplace_back("go"); }
+    void cmdGo_Click() override {
+        calls.emplace_back("go");
+        if (on_go) on_go();
+    }
     void cmdStop_Click() override {
         calls.emplace_back("stop");
         if (on_stop) on_stop();
@@ -38,8 +41,14 @@ class RecordingForm : public platform::FormEvents {
         calls.emplace_back("new session");
         return !busy;
     }
+    platform::FollowingWords WordsAfter(const std::string& option) const override {
+        if (option == "-profile") return {{{"av100", "small"}, {"av350", "usual"}}, false};
+        if (option == "-input") return {{}, true};
+        return {{{"-profile", ""}, {"-profiles", ""}}, false};
+    }
     void PauseOrResume() override { calls.emplace_back("pause"); }
     platform::RunProgress Progress() const override { return progress; }
+    platform::CommandReport Report() const override { return report; }
     void SetRunListener(platform::RunListener* run_listener) override { listener = run_listener; }
     bool IsBusy() const override { return busy; }
     platform::ExitStatus Status() const override { return platform::ExitStatus::Done; }
@@ -47,7 +56,9 @@ class RecordingForm : public platform::FormEvents {
     std::vector<std::string> calls;
     bool busy = false;
     platform::RunProgress progress;
+    platform::CommandReport report;
     platform::RunListener* listener = nullptr;
+    std::function<void()> on_go;
     std::function<void()> on_stop;
     std::function<void()> on_tick;
 

@@ -1,0 +1,106 @@
+#include "platform/host/qt_command_runner.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+#include <utility>
+
+namespace platform::host {
+
+namespace {
+
+QString Text(const char* text) { return QCoreApplication::translate("CommandRunner", text); }
+
+/// A command is split at single blanks, so these are words of their own, which nobody sees.
+QString BlankTrouble(const QString& command) {
+    if (command.contains(QLatin1String("  "))) return Text("There are two blanks in a row.");
+    if (command.endsWith(QLatin1Char(' '))) return Text("There is a blank at the end.");
+    if (command.startsWith(QLatin1Char(' '))) return Text("There is a blank at the beginning.");
+    return {};
+}
+
+QString StillInForce(const CommandReport& report) {
+    QStringList words;
+    for (const std::string& word : report.carried_over) words << QString::fromStdString(word);
+    if (words.isEmpty()) return {};
+    return Text("Still in force: %1. File > New session forgets them.")
+        .arg(words.join(QLatin1String(", ")));
+}
+
+}  // namespace
+
+CommandRunner::CommandRunner(QWidget& window, CommandEdit& command, CommandQueue& queue,
+                             MessageLine& message, RunWatch& watch,
+                             std::function<void()> clear_figures)
+    : command_(command),
+      queue_(queue),
+      message_(message),
+      clear_figures_(std::move(clear_figures)),
+      question_(window) {
+    watch.OnBegin([this] { ShowCarriedOver(); });
+    watch.OnEnd([this](const CommandReport& report) {
+        ShowFailure(report);
+        next_call_.Post();
+    });
+    watch.OnRefused([this](const CommandReport& report) { ShowFailure(report); });
+}
+
+void CommandRunner::SetForm(FormEvents& form, const std::string& arguments) {
+    form_ = &form;
+    arguments_ = QString::fromStdString(arguments);
+}
+
+bool CommandRunner::WouldReplaceTheRun() const {
+    const QString text = command_.text().isEmpty() ? arguments_ : command_.text();
+    // A single word is answered with the help.
+    return form_->IsBusy() && text.contains(QLatin1Char(' '));
+}
+
+void CommandRunner::Run(std::function<void()> go) {
+    const QString command = WithoutProgramName(command_.text());
+    if (command != command_.text() && !command.isEmpty()) command_.setText(command);
+    if (!WouldReplaceTheRun()) return Start(go);
+    question_.Ask({Text("Stop it and run this command?"), Text("&Stop it and run this"),
+                   "stopAndRun", [this, go = std::move(go)] { Start(go); }});
+}
+
+void CommandRunner::Start(const std::function<void()>& go) {
+    command_.Remember();
+    given_ = command_.text();
+    message_.Clear();
+    if (!form_->IsBusy() || WouldReplaceTheRun()) clear_figures_();
+    halted_ = false;
+    go_ = go;
+    go();
+    if (!form_->IsBusy()) next_call_.Post();
+}
+
+void CommandRunner::RunNext() {
+    if (halted_ || form_->IsBusy() || !go_) return;
+    const auto next = queue_.Take();
+    if (!next) return;
+    command_.setText(*next);
+    const auto go = go_;
+    Start(go);
+}
+
+void CommandRunner::ShowFailure(const CommandReport& report) {
+    const bool failed =
+        report.last.end == CommandEnd::Failed || report.last.end == CommandEnd::Refused;
+    if (!failed) return;
+    QStringList parts;
+    if (report.last.error) parts << QString::fromStdString(report.last.error->description);
+    if (report.last.end == CommandEnd::Refused) parts << BlankTrouble(given_);
+    parts << QString::fromStdString(report.hint);
+    if (report.last.end == CommandEnd::Refused) parts << StillInForce(report);
+    parts.removeAll(QString());
+    const QString text =
+        parts.isEmpty() ? Text("The command was refused.") : parts.join(QLatin1String("  "));
+    message_.ShowError(text.simplified(), given_);
+}
+
+void CommandRunner::ShowCarriedOver() {
+    const QString note = StillInForce(form_->Report());
+    if (!note.isEmpty()) message_.ShowNote(note, given_);
+}
+
+}  // namespace platform::host
