@@ -2,7 +2,7 @@
 #include "app/main_window.h"
 #include "engine/object_model/engine_factory.h"
 #include "engine/outputs/asf/repair.h"
-#include "engine/sources/screen_parts.h"
+#include "engine/sources/screen/screen_parts.h"
 #include "platform/host/qt_program.h"
 
 int main(int argc, char** argv) {

@@ -25,6 +25,9 @@ function(room target)
         target_include_directories(${target} INTERFACE ${include_root})
         target_link_libraries(${target} INTERFACE ${ROOM_LINKS})
     endif()
+    if(ROOM_FOLDER MATCHES "^engine/")
+        in_engine_layer(${target} ${ROOM_FOLDER})
+    endif()
 endfunction()
 
 # test_room(<target> SOURCES ... LINKS ... [TIMEOUT seconds] [LABELS ...]): one test program.

@@ -1,6 +1,6 @@
 #include "engine/encoders/audio_header.h"
 
-#include "engine/pipeline/av_ptr.h"
+#include "engine/base/av/av_ptr.h"
 
 namespace engine {
 namespace {

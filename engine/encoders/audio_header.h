@@ -1,7 +1,7 @@
 // The part of an audio stream's header that follows from the plan alone.
 #pragma once
 
-#include "engine/outputs/packet_sink.h"
+#include "engine/base/stream_header.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {

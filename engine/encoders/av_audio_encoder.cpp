@@ -4,8 +4,8 @@
 
 #include <utility>
 
+#include "engine/base/av/av_error.h"
 #include "engine/encoders/audio_header.h"
-#include "engine/pipeline/av_error.h"
 
 namespace engine {
 

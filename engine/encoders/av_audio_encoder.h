@@ -1,7 +1,7 @@
 // Sound through libavcodec's encoder of the standard Windows Media Audio bitstream.
 #pragma once
 
-#include "engine/encoders/encoder.h"
+#include "engine/base/av/encoder.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {

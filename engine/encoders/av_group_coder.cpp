@@ -8,9 +8,8 @@
 #include <limits>
 #include <string_view>
 
+#include "engine/base/av/av_error.h"
 #include "engine/encoders/av_video_effort.h"
-#include "engine/encoders/video_header.h"
-#include "engine/pipeline/av_error.h"
 
 namespace engine {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "engine/pipeline/av_ptr.h"
+#include "engine/base/av/av_ptr.h"
 
 namespace engine {
 

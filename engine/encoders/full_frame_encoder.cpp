@@ -9,9 +9,9 @@
 #include <utility>
 #include <variant>
 
+#include "engine/base/av/av_error.h"
 #include "engine/encoders/packet_buffer.h"
 #include "engine/encoders/video_header.h"
-#include "engine/pipeline/av_error.h"
 #include "platform/error.h"
 
 namespace engine {

@@ -3,7 +3,7 @@
 // others, planes or packed rows follow each other from the top.
 #pragma once
 
-#include "engine/encoders/encoder.h"
+#include "engine/base/av/encoder.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {

@@ -6,7 +6,7 @@
 #include <span>
 
 #include "codecs/common/picture_bits.h"
-#include "engine/pipeline/av_ptr.h"
+#include "engine/base/av/av_ptr.h"
 
 namespace engine {
 

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "codecs/common/picture_cost.h"
+#include "engine/base/av/av_error.h"
 #include "engine/encoders/video_header.h"
 #include "engine/encoders/video_rate.h"
-#include "engine/pipeline/av_error.h"
 
 namespace engine {
 namespace {

@@ -13,7 +13,7 @@
 
 #include "codecs/common/gop_rate_control.h"
 #include "codecs/common/rate_allocator.h"
-#include "engine/encoders/encoder.h"
+#include "engine/base/av/encoder.h"
 #include "engine/encoders/group_coder.h"
 #include "engine/encoders/make_encoder.h"
 #include "engine/plan/encode_plan.h"

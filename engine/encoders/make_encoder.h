@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "codecs/common/two_pass_plan.h"
-#include "engine/encoders/encoder.h"
+#include "engine/base/av/encoder.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "engine/pipeline/av_ptr.h"
+#include "engine/base/av/av_ptr.h"
 
 namespace engine {
 

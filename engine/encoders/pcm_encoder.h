@@ -1,7 +1,7 @@
 // Sound as it is: 8, 16 or 24 bits a sample, channels interleaved.
 #pragma once
 
-#include "engine/encoders/encoder.h"
+#include "engine/base/av/encoder.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {

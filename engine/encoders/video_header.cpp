@@ -5,16 +5,9 @@ namespace {
 
 using platform::VbrMode;
 
-constexpr std::int32_t kUsualFrameRate = 30'000;
-
 std::uint32_t Unsigned(std::int64_t value) { return static_cast<std::uint32_t>(value); }
 
 }  // namespace
-
-std::int32_t CodedFrameRate(const VideoPlan& plan) {
-    if (plan.expected_rate > 0) return plan.expected_rate;
-    return plan.rate_ceiling > 0 ? plan.rate_ceiling : kUsualFrameRate;
-}
 
 StreamHeader VideoStreamHeader(const VideoPlan& plan) {
     VideoHeader video;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/encoders/video_header.h"
-
 namespace engine {
 namespace {
 

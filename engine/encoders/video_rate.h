@@ -3,9 +3,9 @@
 
 #include "codecs/common/gop_rate_control.h"
 #include "codecs/common/rate_settings.h"
+#include "engine/base/ticks.h"
 #include "engine/encoders/make_encoder.h"
 #include "engine/plan/encode_plan.h"
-#include "engine/ticks.h"
 
 namespace engine {
 

@@ -6,9 +6,8 @@
 #include <cstring>
 #include <thread>
 
-#include "engine/encoders/video_header.h"
+#include "engine/base/av/av_error.h"
 #include "engine/encoders/video_rate.h"
-#include "engine/pipeline/av_error.h"
 
 namespace engine {
 namespace {

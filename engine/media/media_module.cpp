@@ -2,7 +2,9 @@
 #include <utility>
 
 #include "engine/media/media_parts.h"
-#include "engine/sources/portal_screen.h"
+#include "engine/pipeline/encoding_run.h"
+#include "engine/sources/files/media_probe.h"
+#include "engine/sources/screen/portal_screen.h"
 
 namespace engine {
 namespace {

@@ -8,6 +8,8 @@
 
 #include <fmt/format.h>
 
+#include "engine/sources/device_list.h"
+#include "engine/sources/screen/named_area.h"
 #include "platform/text.h"
 
 namespace engine {

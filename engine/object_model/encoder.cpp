@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include "engine/outputs/leftover_parts.h"
+#include "engine/outputs/asf/leftover_parts.h"
 #include "engine/plan/value_checks.h"
 
 namespace engine {

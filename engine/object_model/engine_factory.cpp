@@ -7,10 +7,10 @@
 #include "engine/media/media_library.h"
 #include "engine/object_model/encoder.h"
 #include "engine/object_model/profile.h"
-#include "engine/sources/camera_device.h"
+#include "engine/sources/camera/camera_device.h"
 #include "engine/sources/device_discovery.h"
-#include "engine/sources/screen_area.h"
-#include "engine/sources/screens.h"
+#include "engine/sources/screen/named_area.h"
+#include "engine/sources/screen/screens.h"
 
 namespace engine {
 

@@ -5,15 +5,15 @@
 #include <memory>
 #include <string>
 
+#include "engine/base/session_run.h"
 #include "engine/media/media_parts.h"
-#include "engine/pipeline/encoding_run.h"
+#include "engine/plan/camera_format.h"
+#include "engine/plan/device.h"
+#include "engine/plan/device_facts.h"
 #include "engine/plan/encode_plan.h"
-#include "engine/sources/camera_format.h"
-#include "engine/sources/device_facts.h"
-#include "engine/sources/device_list.h"
-#include "engine/sources/media_probe.h"
-#include "engine/sources/screen_area.h"
-#include "engine/sources/screen_share.h"
+#include "engine/plan/media_file_info.h"
+#include "engine/plan/screen_area.h"
+#include "engine/plan/screen_share.h"
 #include "platform/encoder.h"
 #include "platform/file_system.h"
 

@@ -1,7 +1,7 @@
 // Waits for the person to hand out a screen, while the program's windows stay alive.
 #pragma once
 
-#include "engine/sources/screen_share.h"
+#include "engine/plan/screen_share.h"
 #include "platform/event_loop.h"
 
 namespace engine {

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "engine/object_model/capture_input.h"
+#include "engine/sources/screen/named_area.h"
 
 namespace engine {
 

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "engine/plan/value_checks.h"
+#include "engine/sources/device_list.h"
 
 namespace engine {
 namespace {

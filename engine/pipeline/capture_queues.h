@@ -9,10 +9,10 @@
 #include <mutex>
 #include <optional>
 
-#include "engine/outputs/packet_sink.h"
-#include "engine/pipeline/av_ptr.h"
+#include "engine/base/av/av_ptr.h"
+#include "engine/base/stream_header.h"
+#include "engine/base/ticks.h"
 #include "engine/pipeline/pauses.h"
-#include "engine/ticks.h"
 
 namespace engine {
 

@@ -1,25 +1,13 @@
 // One run of a plan, from the first thread to the finished file.
 #pragma once
 
-#include <cstdint>
-#include <functional>
 #include <memory>
-#include <string>
 
+#include "engine/base/session_run.h"
 #include "engine/plan/encode_plan.h"
 #include "platform/encoder.h"
 
 namespace engine {
-
-/// Called from the run's own threads, one call at a time: Starting, Running, (EndPreprocess and
-/// Running again for a second pass), Stopping, Stopped; Paused and Running as asked. An error comes
-/// once the pass has come to its end and the file is closed, since it says what is left of it;
-/// before Stopping, unless the run was stopping already. A live source that fails ends the run as a
-/// stop does: the file is whole and has its name. Nothing is called after Stopped.
-struct RunCallbacks {
-    std::function<void(platform::EncoderState)> on_state;
-    std::function<void(std::int32_t number, const std::string& description)> on_error;
-};
 
 struct LiveParts;
 

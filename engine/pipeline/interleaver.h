@@ -7,8 +7,8 @@
 #include <functional>
 #include <mutex>
 
-#include "engine/encoders/encoder.h"
-#include "engine/outputs/packet_sink.h"
+#include "engine/base/av/encoder.h"
+#include "engine/base/stream_header.h"
 
 namespace engine {
 

@@ -4,8 +4,8 @@
 #include <functional>
 #include <memory>
 
+#include "engine/base/av/live_source.h"
 #include "engine/plan/encode_plan.h"
-#include "engine/sources/live_source.h"
 
 namespace engine {
 

@@ -4,8 +4,7 @@
 #include <new>
 #include <utility>
 
-#include "engine/encoders/video_header.h"
-#include "engine/pipeline/av_error.h"
+#include "engine/base/av/av_error.h"
 
 namespace engine {
 namespace {

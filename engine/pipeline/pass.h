@@ -12,20 +12,20 @@
 #include <thread>
 #include <vector>
 
+#include "engine/base/packet_sink.h"
 #include "engine/encoders/make_encoder.h"
-#include "engine/outputs/packet_sink.h"
+#include "engine/filters/sound_conditioner.h"
+#include "engine/filters/video_conditioner.h"
 #include "engine/pipeline/bounded_queue.h"
 #include "engine/pipeline/capture_queues.h"
 #include "engine/pipeline/interleaver.h"
 #include "engine/pipeline/live_parts.h"
 #include "engine/pipeline/pause_gate.h"
 #include "engine/pipeline/run_statistics.h"
-#include "engine/pipeline/sound_conditioner.h"
-#include "engine/pipeline/video_conditioner.h"
 #include "engine/plan/encode_plan.h"
-#include "engine/sources/file_reader.h"
-#include "engine/sources/packet_router.h"
-#include "engine/sources/stream_decoder.h"
+#include "engine/sources/files/file_reader.h"
+#include "engine/sources/files/packet_router.h"
+#include "engine/sources/files/stream_decoder.h"
 
 namespace engine {
 

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <limits>
 
-#include "engine/pipeline/av_error.h"
+#include "engine/base/av/av_error.h"
 
 namespace engine {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "engine/pipeline/av_ptr.h"
-#include "engine/ticks.h"
+#include "engine/base/av/av_ptr.h"
+#include "engine/base/ticks.h"
 
 namespace engine {
 

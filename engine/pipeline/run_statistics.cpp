@@ -5,8 +5,6 @@
 #include <limits>
 #include <numeric>
 
-#include "engine/encoders/video_header.h"
-
 namespace engine {
 namespace {
 

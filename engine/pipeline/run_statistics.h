@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <mutex>
 
-#include "engine/encoders/encoder.h"
-#include "engine/outputs/packet_sink.h"
+#include "engine/base/av/encoder.h"
+#include "engine/base/packet_sink.h"
 #include "engine/plan/encode_plan.h"
 #include "platform/encoder.h"
 

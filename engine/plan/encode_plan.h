@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "engine/outputs/packet_sink.h"
+#include "engine/base/stream_header.h"
+#include "engine/base/ticks.h"
+#include "engine/plan/camera_format.h"
+#include "engine/plan/device.h"
 #include "engine/plan/pixel_formats.h"
+#include "engine/plan/screen_area.h"
+#include "engine/plan/screen_share.h"
 #include "engine/plan/written_audio.h"
-#include "engine/sources/camera_format.h"
-#include "engine/sources/device_list.h"
-#include "engine/sources/screen_area.h"
-#include "engine/sources/screen_share.h"
-#include "engine/ticks.h"
 #include "platform/codec_table.h"
 
 namespace engine {
@@ -154,5 +154,12 @@ struct EncodePlan {
                !video->input.capture->share;
     }
 };
+
+/// The frame rate that rate control and header count with, in thousandths: never 0.
+inline std::int32_t CodedFrameRate(const VideoPlan& plan) {
+    constexpr std::int32_t kUsualFrameRate = 30'000;
+    if (plan.expected_rate > 0) return plan.expected_rate;
+    return plan.rate_ceiling > 0 ? plan.rate_ceiling : kUsualFrameRate;
+}
 
 }  // namespace engine

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/outputs/packet_sink.h"
+#include "engine/base/stream_header.h"
 #include "engine/plan/profile_record.h"
 #include "engine/plan/source_record.h"
 #include "platform/encoder.h"

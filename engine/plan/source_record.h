@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "engine/sources/device_list.h"
-#include "engine/sources/media_probe.h"
-#include "engine/sources/screen_area.h"
+#include "engine/plan/device.h"
+#include "engine/plan/media_file_info.h"
+#include "engine/plan/screen_area.h"
 
 namespace engine {
 

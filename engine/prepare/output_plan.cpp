@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "engine/outputs/asf/packet_size.h"
-#include "engine/outputs/part_name.h"
+#include "engine/outputs/asf/part_name.h"
 #include "engine/plan/value_checks.h"
 
 namespace engine {

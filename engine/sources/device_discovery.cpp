@@ -7,10 +7,10 @@
 #include <thread>
 #include <utility>
 
-#include "engine/sources/alsa_captures.h"
-#include "engine/sources/pulse_sources.h"
-#include "engine/sources/screens.h"
-#include "engine/sources/video_nodes.h"
+#include "engine/sources/audio/alsa_captures.h"
+#include "engine/sources/audio/pulse_sources.h"
+#include "engine/sources/camera/video_nodes.h"
+#include "engine/sources/screen/screens.h"
 
 namespace engine {
 namespace {

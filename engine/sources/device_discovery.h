@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "engine/sources/device_facts.h"
+#include "engine/plan/device_facts.h"
 #include "engine/sources/device_list.h"
 
 namespace engine {

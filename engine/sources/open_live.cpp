@@ -1,10 +1,10 @@
 #include "engine/sources/open_live.h"
 
-#include "engine/sources/alsa_sound.h"
-#include "engine/sources/portal_screen.h"
-#include "engine/sources/pulse_sound.h"
-#include "engine/sources/v4l2_camera.h"
-#include "engine/sources/x11_screen.h"
+#include "engine/sources/audio/alsa_sound.h"
+#include "engine/sources/audio/pulse_sound.h"
+#include "engine/sources/camera/v4l2_camera.h"
+#include "engine/sources/screen/portal_screen.h"
+#include "engine/sources/screen/x11_screen.h"
 #include "platform/error.h"
 
 namespace engine {

@@ -14,7 +14,7 @@
 #include "support/clips.h"
 #include "support/sound_server.h"
 #include "support/x_server.h"
-#include "unit/engine/sources/painter.h"
+#include "unit/engine/sources/screen/painter.h"
 
 namespace test_support {
 namespace {

@@ -9,7 +9,7 @@
 #include <limits>
 #include <memory>
 
-#include "engine/pipeline/av_ptr.h"
+#include "engine/base/av/av_ptr.h"
 
 namespace clips {
 namespace {

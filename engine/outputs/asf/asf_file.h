@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "engine/base/packet_sink.h"
 #include "engine/outputs/asf/header.h"
 #include "engine/outputs/asf/packetizer.h"
 #include "engine/outputs/asf/part_file.h"
 #include "engine/outputs/asf/simple_index.h"
-#include "engine/outputs/packet_sink.h"
 #include "platform/error.h"
 
 namespace engine::asf {

@@ -5,8 +5,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "engine/base/stream_header.h"
+#include "engine/base/ticks.h"
 #include "engine/outputs/asf/byte_writer.h"
-#include "engine/outputs/packet_sink.h"
 
 namespace engine::asf {
 

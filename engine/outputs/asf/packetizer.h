@@ -7,8 +7,8 @@
 #include <optional>
 #include <span>
 
+#include "engine/base/ticks.h"
 #include "engine/outputs/asf/byte_writer.h"
-#include "engine/ticks.h"
 
 namespace engine::asf {
 

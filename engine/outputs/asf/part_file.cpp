@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "engine/outputs/part_name.h"
+#include "engine/outputs/asf/part_name.h"
 
 namespace engine::asf {
 

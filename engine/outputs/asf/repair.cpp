@@ -16,7 +16,7 @@
 #include "engine/outputs/asf/header.h"
 #include "engine/outputs/asf/host_file.h"
 #include "engine/outputs/asf/inspection.h"
-#include "engine/outputs/part_name.h"
+#include "engine/outputs/asf/part_name.h"
 #include "platform/error.h"
 
 namespace engine::asf {

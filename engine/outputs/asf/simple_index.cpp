@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/base/ticks.h"
 #include "engine/outputs/asf/guids.h"
-#include "engine/ticks.h"
 
 namespace engine::asf {
 namespace {

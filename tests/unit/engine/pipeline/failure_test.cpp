@@ -5,7 +5,7 @@
 #include <fstream>
 #include <thread>
 
-#include "engine/sources/media_probe.h"
+#include "engine/sources/files/media_probe.h"
 #include "support/clips.h"
 #include "support/file_size_limit.h"
 #include "unit/engine/pipeline/session.h"

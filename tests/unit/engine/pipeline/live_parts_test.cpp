@@ -5,9 +5,9 @@
 #include <cmath>
 #include <thread>
 
+#include "engine/filters/sound_conditioner.h"
 #include "engine/pipeline/capture_queues.h"
 #include "engine/pipeline/interleaver.h"
-#include "engine/pipeline/sound_conditioner.h"
 #include "unit/engine/pipeline/fake_devices.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "engine/pipeline/rgb_converter.h"
+#include "engine/filters/rgb_converter.h"
 #include "support/clips.h"
 #include "unit/engine/pipeline/session.h"
 

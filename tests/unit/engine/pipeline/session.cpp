@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "engine/sources/media_probe.h"
+#include "engine/sources/files/media_probe.h"
 
 namespace session {
 

@@ -1,0 +1,73 @@
+// What the pipeline asks of an encoder: one interface for pictures, one for sound.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "codecs/common/two_pass_plan.h"
+#include "engine/base/av/av_ptr.h"
+#include "engine/base/stream_header.h"
+#include "engine/base/ticks.h"
+
+namespace engine {
+
+struct CodedPacket {
+    PacketHandle data;
+    Ticks presentation;
+    Ticks decode;
+    Ticks duration;
+    bool key = false;
+    std::int64_t audio_samples = 0;  // per channel that the packet adds to the stream
+};
+
+/// False = no more packets are wanted.
+using PacketTaker = std::function<bool(CodedPacket packet)>;
+
+/// Frames that were left out to keep the rate, and about what they would have taken.
+struct Drops {
+    std::int64_t frames = 0;
+    std::int64_t bytes = 0;
+};
+
+/// What an encoder wants its pictures to be.
+struct PictureFormat {
+    AVPixelFormat pixels = AV_PIX_FMT_YUV420P;
+    int width = 0;
+    int height = 0;
+};
+
+struct SoundFormat {
+    AVSampleFormat samples = AV_SAMPLE_FMT_S16;
+    int sampling_rate = 0;
+    int channels = 0;
+    int frame_samples = 0;  // per frame and channel; the last frame may be shorter
+};
+
+/// One thread at a time. Times of the frames are pts and pkt_duration in ticks of session time.
+class VideoEncoder {
+  public:
+    virtual ~VideoEncoder() = default;
+    virtual PictureFormat Format() const = 0;
+    virtual StreamHeader Header() const = 0;
+    /// May change the frame's own fields or move it out, never change its picture. False when the
+    /// taker wants no more. Throws platform::Error.
+    virtual bool Encode(AVFrame& frame, const PacketTaker& take) = 0;
+    virtual bool Finish(const PacketTaker& take) = 0;
+    virtual Drops TakeDrops() { return {}; }  // since the last call
+    /// What the pictures have taken, after Finish.
+    virtual std::vector<codecs::FirstPassGop> TakeFirstPass() { return {}; }
+};
+
+/// One thread at a time. The pts of a frame counts samples from the start of the session; frames
+/// follow each other without gaps and have room for `frame_samples`.
+class AudioEncoder {
+  public:
+    virtual ~AudioEncoder() = default;
+    virtual SoundFormat Format() const = 0;
+    virtual StreamHeader Header() const = 0;
+    virtual bool Encode(AVFrame& frame, const PacketTaker& take) = 0;
+    virtual bool Finish(const PacketTaker& take) = 0;
+};
+
+}  // namespace engine

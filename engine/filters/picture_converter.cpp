@@ -1,0 +1,96 @@
+#include "engine/filters/picture_converter.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <string>
+#include <utility>
+
+#include "engine/base/av/av_error.h"
+
+namespace engine {
+namespace {
+
+constexpr const char* kSubject = "Conversion of the picture failed";
+
+bool UsesBt601(AVColorSpace space) {
+    return space == AVCOL_SPC_UNSPECIFIED || space == AVCOL_SPC_SMPTE170M ||
+           space == AVCOL_SPC_BT470BG;
+}
+
+const char* Upright(double turn) {
+    const long quarters = std::lround(turn / 90.0) % 4;
+    switch ((quarters + 4) % 4) {
+        case 1:
+            return "transpose=clock,";
+        case 2:
+            return "hflip,vflip,";
+        case 3:
+            return "transpose=cclock,";
+        default:
+            return "";
+    }
+}
+
+}  // namespace
+
+PictureConverter::PictureConverter(const VideoPlan& plan, const PictureFormat& format, double turn,
+                                   FramePool& frames)
+    : crop_(plan.crop), format_(format), turn_(turn), frames_(frames) {
+    if (plan.fields != FieldCoding::None) scaling_ = ":interl=1";
+    if (plan.pixels == nullptr) return;
+    const AVPixelFormat through = av_get_pix_fmt(plan.pixels->av_name);
+    if (through != format.pixels)
+        through_ = fmt::format("format=pix_fmts={},", plan.pixels->av_name);
+}
+
+// Only the pixels' format may differ.
+bool PictureConverter::IsInPlace(const PictureShape& shape) const {
+    return shape.width == format_.width && shape.height == format_.height &&
+           *Upright(turn_) == '\0' && crop_ == Margins{} && through_.empty();
+}
+
+bool PictureConverter::Fits(const PictureShape& shape) const {
+    return IsInPlace(shape) && shape.format == format_.pixels && UsesBt601(shape.space) &&
+           shape.range != AVCOL_RANGE_JPEG;
+}
+
+std::string PictureConverter::Chain() const {
+    std::string chain = Upright(turn_);
+    if (crop_ != Margins{})
+        chain += fmt::format("crop=w=iw-{}:h=ih-{}:x={}:y={}:exact=1,", crop_.left + crop_.right,
+                             crop_.top + crop_.bottom, crop_.left, crop_.top);
+    return chain + through_ +
+           fmt::format(
+               "scale=w={}:h={}{}:flags=bicubic:out_color_matrix=bt601:out_range=tv,"
+               "format=pix_fmts={}",
+               format_.width, format_.height, scaling_, av_get_pix_fmt_name(format_.pixels));
+}
+
+void PictureConverter::Open(const PictureShape& shape) {
+    shape_ = shape;
+    filter_.reset();
+    rgb_converter_.reset();
+    const bool has_fields = *scaling_ != '\0';
+    if (IsInPlace(shape) && format_.pixels == AV_PIX_FMT_YUV420P && !has_fields &&
+        shape.range != AVCOL_RANGE_MPEG && RgbConverter::Takes(shape.format))
+        rgb_converter_.emplace(shape.width, shape.height, frames_);
+    else if (!Fits(shape))
+        filter_.emplace(Chain(), shape, kSubject);
+}
+
+FrameHandle PictureConverter::Convert(FrameHandle frame) {
+    if (const PictureShape shape = ShapeOf(*frame); shape != shape_) Open(shape);
+    if (rgb_converter_) return rgb_converter_->Convert(*frame);
+    if (!filter_) return frame;
+    const std::int64_t pts = frame->pts;
+    const std::int64_t duration = frame->pkt_duration;
+    filter_->Push(frame.get());
+    FrameHandle converted = frames_.Get();
+    if (!filter_->Pull(*converted)) throw AvError(AVERROR(EAGAIN), kSubject);
+    converted->pts = pts;
+    converted->pkt_duration = duration;
+    return converted;
+}
+
+}  // namespace engine

@@ -1,0 +1,206 @@
+#include "engine/filters/sound_conditioner.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "engine/base/av/av_error.h"
+#include "engine/filters/fold_down.h"
+
+namespace engine {
+namespace {
+
+constexpr int kMediaJitterPerSecond = 50;    // a fiftieth of a second
+constexpr int kCaptureJitterPerSecond = 20;  // a server's buffers come and go in steps
+constexpr int kCorrectionSamples = 1 << 24;  // over which a correction is spread: its resolution
+constexpr std::size_t kMaxInputPlanes = 64;  // of libswresample
+constexpr std::size_t kMaxChannels = AV_NUM_DATA_POINTERS;
+constexpr const char* kSubject = "Conversion of the sound failed";
+
+}  // namespace
+
+SoundConditioner::SoundConditioner(const SoundFormat& format, const FoldDown& fold_down,
+                                   SoundClock clock, Ticks end, FramePool& frames)
+    : format_(format), fold_down_(fold_down), clock_(clock), end_(end), frames_(frames) {
+    const int bytes = av_samples_get_buffer_size(nullptr, format.channels, format.frame_samples,
+                                                 format.samples, 0);
+    CheckAv(bytes, kSubject);
+    buffers_.reset(CheckAllocated(av_buffer_pool_init(static_cast<std::size_t>(bytes), nullptr)));
+}
+
+SoundConditioner::Shape SoundConditioner::ShapeOf(const AVFrame& frame) {
+    const bool native = frame.ch_layout.order == AV_CHANNEL_ORDER_NATIVE;
+    return {frame.sample_rate, frame.format, frame.ch_layout.nb_channels,
+            native ? frame.ch_layout.u.mask : 0};
+}
+
+bool SoundConditioner::Open(const AVFrame& frame, const FrameTaker& next) {
+    if (resampler_ && !Drain(next)) return false;
+    const Shape shape = ShapeOf(frame);
+    AVChannelLayout from{};
+    AVChannelLayout to{};
+    if (shape.mask != 0)
+        CheckAv(av_channel_layout_from_mask(&from, shape.mask), kSubject);
+    else
+        av_channel_layout_default(&from, shape.channels);
+    av_channel_layout_default(&to, format_.channels);
+    SwrContext* raw = nullptr;
+    const int made = swr_alloc_set_opts2(&raw, &to, format_.samples, format_.sampling_rate, &from,
+                                         static_cast<AVSampleFormat>(shape.format),
+                                         shape.sampling_rate, 0, nullptr);
+    resampler_.reset(raw);
+    CheckAv(made, kSubject);
+    if (shape.channels == 1) {
+        // One channel is heard from all as loud as it is; the resampler would share it out.
+        const std::vector<double> whole(static_cast<std::size_t>(format_.channels), 1.0);
+        CheckAv(swr_set_matrix(resampler_.get(), whole.data(), 1), kSubject);
+    }
+    if (shape.channels > 2 && format_.channels == 2) {
+        const std::vector<double> gains = FoldDownGains(from, fold_down_);
+        if (!gains.empty())
+            CheckAv(swr_set_matrix(resampler_.get(), gains.data(), shape.channels), kSubject);
+    }
+    if (clock_ == SoundClock::Capture) {
+        // Resamples also where the rates are the same, at a ratio that may change at any time.
+        CheckAv(av_opt_set_int(resampler_.get(), "flags", SWR_FLAG_RESAMPLE, 0), kSubject);
+        CheckAv(av_opt_set_int(resampler_.get(), "exact_rational", 0, 0), kSubject);
+    }
+    CheckAv(swr_init(resampler_.get()), kSubject);
+    if (shape_.sampling_rate > 0)
+        fed_ = av_rescale(fed_, shape.sampling_rate, shape_.sampling_rate);
+    shape_ = shape;
+    return true;
+}
+
+// Where the next sample comes in the session, in samples of the input's rate.
+std::int64_t SoundConditioner::Reached() const {
+    if (clock_ == SoundClock::Media || !started_) return fed_;
+    const std::int64_t written = emitted_ + (output_ ? output_->nb_samples : 0);
+    return av_rescale(written, shape_.sampling_rate, format_.sampling_rate) +
+           swr_get_delay(resampler_.get(), shape_.sampling_rate);
+}
+
+void SoundConditioner::FollowDevice(const AVFrame& frame) {
+    const double rate = shape_.sampling_rate;
+    const double late_s = Ticks{frame.pts}.Seconds() - static_cast<double>(Reached()) / rate;
+    const double correction = drift_.Update(late_s, frame.nb_samples / rate);
+    CheckAv(swr_set_compensation(resampler_.get(),
+                                 static_cast<int>(std::lround(correction * kCorrectionSamples)),
+                                 kCorrectionSamples),
+            kSubject);
+}
+
+bool SoundConditioner::Take(FrameHandle frame, const FrameTaker& next) {
+    if (frame->sample_rate <= 0 || frame->ch_layout.nb_channels <= 0) return true;
+    if (ShapeOf(*frame) != shape_ && !Open(*frame, next)) return false;
+
+    const int rate = shape_.sampling_rate;
+    const bool captured = clock_ == SoundClock::Capture;
+    const std::int64_t place = av_rescale(frame->pts, rate, Ticks::kPerSecond);
+    const std::int64_t jitter =
+        started_ ? rate / (captured ? kCaptureJitterPerSecond : kMediaJitterPerSecond) : 0;
+    const std::int64_t reached = Reached();
+    std::int64_t skip = 0;
+    if (place > reached + jitter) {
+        if (!FeedSilence(place - reached, next)) return false;
+    } else if (place < reached - jitter) {
+        skip = std::min<std::int64_t>(reached - place, frame->nb_samples);
+    } else if (captured && started_) {
+        FollowDevice(*frame);
+    }
+    std::int64_t count = frame->nb_samples - skip;
+    bool at_end = false;
+    if (end_.count > 0) {
+        const std::int64_t room = av_rescale(end_.count, rate, Ticks::kPerSecond) - Reached();
+        at_end = count >= room;
+        count = std::clamp<std::int64_t>(room, 0, count);
+    }
+    if (count > 0) {
+        started_ = true;
+        const auto format = static_cast<AVSampleFormat>(frame->format);
+        const bool planar = av_sample_fmt_is_planar(format) != 0;
+        const std::int64_t step = static_cast<std::int64_t>(av_get_bytes_per_sample(format)) *
+                                  (planar ? 1 : shape_.channels);
+        std::array<const std::uint8_t*, kMaxInputPlanes> data{};
+        const int planes = planar ? shape_.channels : 1;
+        if (planes > static_cast<int>(data.size())) throw AvError(AVERROR(EINVAL), kSubject);
+        for (int i = 0; i < planes; ++i)
+            data[static_cast<std::size_t>(i)] = frame->extended_data[i] + skip * step;
+        fed_ += count;
+        if (!Convert(data.data(), static_cast<int>(count), next)) return false;
+    }
+    if (!at_end) return true;
+    Finish(next);
+    return false;
+}
+
+bool SoundConditioner::FeedSilence(std::int64_t samples, const FrameTaker& next) {
+    if (end_.count > 0)
+        samples = std::min(
+            samples, av_rescale(end_.count, shape_.sampling_rate, Ticks::kPerSecond) - Reached());
+    while (samples > 0) {
+        const int count = static_cast<int>(std::min<std::int64_t>(samples, shape_.sampling_rate));
+        CheckAv(swr_inject_silence(resampler_.get(), count), kSubject);
+        fed_ += count;
+        samples -= count;
+        if (!Fetch(next)) return false;
+    }
+    started_ = true;
+    return true;
+}
+
+void SoundConditioner::NewOutput() {
+    output_ = frames_.Get();
+    output_->buf[0] = CheckAllocated(av_buffer_pool_get(buffers_.get()));
+    output_->format = format_.samples;
+    output_->sample_rate = format_.sampling_rate;
+    av_channel_layout_default(&output_->ch_layout, format_.channels);
+    CheckAv(av_samples_fill_arrays(output_->data, output_->linesize, output_->buf[0]->data,
+                                   format_.channels, format_.frame_samples, format_.samples, 0),
+            kSubject);
+    output_->extended_data = output_->data;
+    output_->nb_samples = 0;
+    output_->pts = emitted_;
+}
+
+bool SoundConditioner::Convert(const std::uint8_t** data, int samples, const FrameTaker& next) {
+    const bool planar = av_sample_fmt_is_planar(format_.samples) != 0;
+    const int step = av_get_bytes_per_sample(format_.samples) * (planar ? 1 : format_.channels);
+    for (;;) {
+        if (!output_) NewOutput();
+        std::array<std::uint8_t*, kMaxChannels> to{};
+        const std::size_t planes = planar ? static_cast<std::size_t>(format_.channels) : 1;
+        for (std::size_t i = 0; i < planes; ++i)
+            to[i] = output_->data[i] + static_cast<std::ptrdiff_t>(output_->nb_samples) * step;
+        const int room = format_.frame_samples - output_->nb_samples;
+        const int got =
+            CheckAv(swr_convert(resampler_.get(), to.data(), room, data, samples), kSubject);
+        samples = 0;  // the resampler keeps what there was no room for
+        output_->nb_samples += got;
+        if (output_->nb_samples < format_.frame_samples) return true;
+        emitted_ += output_->nb_samples;
+        if (!next(std::move(output_))) return false;
+    }
+}
+
+// To the resampler no sound is one thing, the end of all sound (null) another.
+bool SoundConditioner::Fetch(const FrameTaker& next) {
+    static constexpr std::uint8_t kNothing[AV_INPUT_BUFFER_PADDING_SIZE] = {};
+    std::array<const std::uint8_t*, kMaxInputPlanes> none{};
+    none.fill(kNothing);
+    return Convert(none.data(), 0, next);
+}
+
+bool SoundConditioner::Drain(const FrameTaker& next) { return Convert(nullptr, 0, next); }
+
+bool SoundConditioner::Finish(const FrameTaker& next) {
+    if (!resampler_) return true;
+    if (!Drain(next)) return false;
+    if (!output_ || output_->nb_samples == 0) return true;
+    emitted_ += output_->nb_samples;
+    return next(std::move(output_));
+}
+
+}  // namespace engine

@@ -1,0 +1,28 @@
+// Opens a media file and chooses the streams that a session encodes.
+#pragma once
+
+#include <string>
+
+#include "engine/base/av/av_ptr.h"
+#include "engine/base/stream_header.h"
+#include "engine/plan/encode_plan.h"
+
+namespace engine {
+
+struct OpenMedia {
+    AvPtr<AVFormatContext> format;
+    AVStream* audio = nullptr;  // null = the file has none that can be decoded
+    AVStream* video = nullptr;  // cover art is no video
+    bool still = false;         // the video is a single picture
+    /// The first timestamp of the chosen streams, from which marks and session times count.
+    Ticks origin;
+};
+
+/// `stop`, when given, ends blocking reads once it is true. Throws platform::Error (file not found,
+/// access denied, invalid data: no media file, or one with neither sound nor picture).
+OpenMedia OpenMediaFile(const std::string& path, const AVIOInterruptCB* stop = nullptr);
+
+/// Nominal frame rate of a video stream; 0/1 = unknown.
+Ratio NominalFrameRate(const AVStream& stream);
+
+}  // namespace engine

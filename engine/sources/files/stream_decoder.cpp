@@ -1,0 +1,100 @@
+#include "engine/sources/files/stream_decoder.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "engine/base/av/av_error.h"
+#include "engine/sources/files/open_media.h"
+
+namespace engine {
+namespace {
+
+constexpr Ticks kUnknownFrameDuration = Ticks::FromMilliseconds(40);
+constexpr int kMostBrokenAtEnd = 100;
+
+}  // namespace
+
+StreamDecoder::StreamDecoder(const AVStream& stream, Ticks start, const std::string& path,
+                             FramePool& frames)
+    : frames_(frames), time_base_(stream.time_base), start_(start) {
+    const AVCodec* decoder = avcodec_find_decoder(stream.codecpar->codec_id);
+    if (decoder == nullptr) throw AvError(AVERROR_DECODER_NOT_FOUND, path);
+    codec_.reset(CheckAllocated(avcodec_alloc_context3(decoder)));
+    CheckAv(avcodec_parameters_to_context(codec_.get(), stream.codecpar), path);
+    codec_->pkt_timebase = stream.time_base;
+    codec_->thread_count = 0;  // as many as there are processors
+    CheckAv(avcodec_open2(codec_.get(), decoder, nullptr), path);
+    const Ratio rate = NominalFrameRate(stream);
+    if (codec_->codec_type == AVMEDIA_TYPE_VIDEO)
+        nominal_duration_ =
+            rate.numerator > 0
+                ? Ticks{av_rescale(Ticks::kPerSecond, rate.denominator, rate.numerator)}
+                : kUnknownFrameDuration;
+}
+
+bool StreamDecoder::Decode(const AVPacket* packet, const FrameTaker& take) {
+    // A packet is refused while frames wait, hence the second round.
+    for (bool sent = false; !sent;) {
+        const int result = avcodec_send_packet(codec_.get(), packet);
+        sent = result != AVERROR(EAGAIN);
+        for (;;) {
+            FrameHandle frame = frames_.Get();
+            const int received = avcodec_receive_frame(codec_.get(), frame.get());
+            if (received == AVERROR(EAGAIN) || received == AVERROR_EOF) break;
+            if (received < 0) {
+                // A broken frame. While flushing, the next call goes on to the next one; with the
+                // decoder's input at hand the packet is used up.
+                if (packet != nullptr) break;
+                if (++broken_at_end_ > kMostBrokenAtEnd) break;
+                continue;
+            }
+            SetTimes(*frame);
+            SetFieldOrder(*frame);
+            if (!take(std::move(frame))) return false;
+        }
+    }
+    return true;
+}
+
+// Decoders that know no fields leave it to the file to say that there are some. Of the two orders
+// that a file may tell, files that store the fields' lines in turn mean by the first one that of
+// time, whatever else they call it.
+void StreamDecoder::SetFieldOrder(AVFrame& frame) const {
+    if (frame.interlaced_frame != 0) return;
+    switch (codec_->field_order) {
+        case AV_FIELD_TT:
+        case AV_FIELD_TB:
+            frame.interlaced_frame = 1;
+            frame.top_field_first = 1;
+            break;
+        case AV_FIELD_BB:
+        case AV_FIELD_BT:
+            frame.interlaced_frame = 1;
+            frame.top_field_first = 0;
+            break;
+        default:
+            break;
+    }
+}
+
+void StreamDecoder::SetTimes(AVFrame& frame) {
+    Ticks duration = nominal_duration_;
+    if (codec_->codec_type == AVMEDIA_TYPE_AUDIO) {
+        if (frame.sample_rate > 0)
+            duration = {av_rescale(frame.nb_samples, Ticks::kPerSecond, frame.sample_rate)};
+    } else if (frame.pkt_duration > 0) {
+        duration = {av_rescale_q(frame.pkt_duration, time_base_, kTicksBase)};
+    }
+    Ticks time = last_end_;
+    if (frame.best_effort_timestamp != AV_NOPTS_VALUE)
+        time = Ticks{av_rescale_q(frame.best_effort_timestamp, time_base_, kTicksBase)} - start_;
+    if (started_ && time <= last_) time = std::max(last_end_, last_ + Ticks{1});
+    started_ = true;
+    last_ = time;
+    last_end_ = time + duration;
+    frame.pts = time.count;
+    frame.pkt_duration = duration.count;
+    frame.pict_type = AV_PICTURE_TYPE_NONE;
+}
+
+}  // namespace engine

@@ -1,0 +1,58 @@
+// What the tests of the file output write: made-up frames of any shape, and real clips.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "engine/base/packet_sink.h"
+#include "support/commands.h"
+
+namespace clips {
+
+struct Frame {
+    int stream = 0;
+    engine::Ticks presentation, decode, duration;
+    bool key = false;
+    std::vector<std::uint8_t> bytes;
+};
+
+struct Clip {
+    engine::OutputHeader header;
+    std::vector<Frame> frames;  // in decode order
+};
+
+/// A folder of this test's own, gone at the end.
+struct Scratch : test_support::TempFolder {
+    std::string Path(const std::string& name) const { return *this / name; }
+};
+
+/// Sound (64 kbit/s) and pictures (300 kbit/s, 25 a second, a key frame every 2 s) of patterned
+/// bytes that no decoder would take.
+Clip MadeUp(int milliseconds);
+
+/// Runs the ffmpeg command with these arguments and gives its output; a failure is a test failure.
+std::string Ffmpeg(const std::string& arguments);
+
+/// The frames and headers of a file, as libavformat reads them; times from 0.
+Clip Demux(const std::string& path);
+
+/// Begin and every frame, without Finish.
+void WriteAll(engine::PacketSink& sink, const Clip& clip);
+/// A finished file of packets of this size.
+void WriteFile(const std::string& path, Clip clip, std::uint32_t packet_bytes);
+
+engine::EncodedPacket AsPacket(const Frame& frame);
+
+struct ReadBack {
+    int stream = 0;
+    std::int64_t presentation_ms = 0;
+    bool key = false;
+    std::vector<std::uint8_t> bytes;
+};
+/// What libavformat reads of the file from `seek_ms` (< 0 = from its start; at most `limit`
+/// frames).
+std::vector<ReadBack> ReadWithLibavformat(const std::string& path, std::int64_t seek_ms = -1,
+                                          std::size_t limit = 1'000'000);
+
+}  // namespace clips
