@@ -51,8 +51,8 @@ StreamHeader AvAudioEncoder::Header() const {
     return header;
 }
 
-bool AvAudioEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
-    if (fed_frames_ == 0 && !EncodeSilence(0, take)) return false;
+bool AvAudioEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
+    if (fed_frames_ == 0 && !EncodeSilence(0, sink)) return false;
     const std::int64_t samples = frame.nb_samples;
     if (samples < codec_->frame_size) {
         av_samples_set_silence(frame.extended_data, frame.nb_samples,
@@ -61,19 +61,20 @@ bool AvAudioEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
         frame.nb_samples = codec_->frame_size;
     }
     const std::int64_t completed = std::exchange(last_samples_, samples);
-    return Send(frame, completed, take);
+    return Send(frame, completed, sink);
 }
 
-bool AvAudioEncoder::Finish(const PacketTaker& take) {
+bool AvAudioEncoder::Finish(const CodedFrameSink& sink) {
     if (fed_frames_ == 0) return true;
-    return EncodeSilence(std::exchange(last_samples_, 0), take);
+    return EncodeSilence(std::exchange(last_samples_, 0), sink);
 }
 
-bool AvAudioEncoder::EncodeSilence(std::int64_t samples_completed, const PacketTaker& take) {
-    return Send(*silence_, samples_completed, take);
+bool AvAudioEncoder::EncodeSilence(std::int64_t samples_completed, const CodedFrameSink& sink) {
+    return Send(*silence_, samples_completed, sink);
 }
 
-bool AvAudioEncoder::Send(AVFrame& frame, std::int64_t samples_completed, const PacketTaker& take) {
+bool AvAudioEncoder::Send(AVFrame& frame, std::int64_t samples_completed,
+                          const CodedFrameSink& sink) {
     const std::string subject = "Encoding of the sound failed";
     frame.pts = fed_frames_++ * codec_->frame_size;
     CheckAv(avcodec_send_frame(codec_.get(), &frame), subject);
@@ -88,7 +89,7 @@ bool AvAudioEncoder::Send(AVFrame& frame, std::int64_t samples_completed, const 
         packet.duration = SampleTime(completed_, codec_->sample_rate) - packet.presentation;
         packet.key = true;
         packet.audio_samples = samples_completed;
-        if (!take(std::move(packet))) return false;
+        if (!sink(std::move(packet))) return false;
     }
 }
 

@@ -16,12 +16,12 @@ class AvAudioEncoder final : public AudioEncoder {
 
     SoundFormat Format() const override;
     StreamHeader Header() const override;
-    bool Encode(AVFrame& frame, const PacketTaker& take) override;
-    bool Finish(const PacketTaker& take) override;
+    bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
+    bool Finish(const CodedFrameSink& sink) override;
 
   private:
-    bool EncodeSilence(std::int64_t samples_completed, const PacketTaker& take);
-    bool Send(AVFrame& frame, std::int64_t samples_completed, const PacketTaker& take);
+    bool EncodeSilence(std::int64_t samples_completed, const CodedFrameSink& sink);
+    bool Send(AVFrame& frame, std::int64_t samples_completed, const CodedFrameSink& sink);
 
     AudioPlan plan_;
     PacketPool& packets_;

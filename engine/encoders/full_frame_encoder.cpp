@@ -86,7 +86,7 @@ void FullFrameEncoder::WritePlanes(const AVFrame& frame, std::uint8_t* to) const
             "Uncompressed pictures");
 }
 
-bool FullFrameEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
+bool FullFrameEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
     CodedPacket packet;
     packet.data = PacketFromPool(packets_, *buffers_, picture_bytes_);
     if (pixels_.four_cc == 0)
@@ -96,7 +96,7 @@ bool FullFrameEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
     packet.presentation = packet.decode = {frame.pts};
     packet.duration = {frame.pkt_duration};
     packet.key = true;
-    return take(std::move(packet));
+    return sink(std::move(packet));
 }
 
 }  // namespace engine

@@ -14,8 +14,8 @@ class FullFrameEncoder final : public VideoEncoder {
 
     PictureFormat Format() const override;
     StreamHeader Header() const override;
-    bool Encode(AVFrame& frame, const PacketTaker& take) override;
-    bool Finish(const PacketTaker&) override { return true; }
+    bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
+    bool Finish(const CodedFrameSink&) override { return true; }
 
   private:
     void WriteRows(const AVFrame& frame, std::uint8_t* to) const;

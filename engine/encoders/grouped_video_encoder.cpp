@@ -112,23 +112,23 @@ GroupedVideoEncoder::~GroupedVideoEncoder() {
     for (std::thread& thread : threads_) thread.join();
 }
 
-bool GroupedVideoEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
+bool GroupedVideoEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
     FrameHandle own = frames_.Get();
     av_frame_move_ref(own.get(), &frame);
     if (tries_) Try(*own);
     Lock lock(mutex_);
-    return Place(lock, std::move(own), take);
+    return Place(lock, std::move(own), sink);
 }
 
-bool GroupedVideoEncoder::Finish(const PacketTaker& take) {
+bool GroupedVideoEncoder::Finish(const CodedFrameSink& sink) {
     Lock lock(mutex_);
     CloseGroup(end_);
     CodeAlong(lock);
-    if (!HandOnUntil(lock, take, [this] { return groups_.empty(); })) return false;
+    if (!HandOnUntil(lock, sink, [this] { return groups_.empty(); })) return false;
     if (!last_.data) return true;
     // The last picture stays for those that were left out after it.
     last_.duration = std::max(last_.duration, end_ - last_.presentation);
-    return take(std::move(last_));
+    return sink(std::move(last_));
 }
 
 // Codes the first frame to nowhere, so that the first groups know what they have before them.
@@ -147,24 +147,24 @@ void GroupedVideoEncoder::Try(const AVFrame& frame) {
     allocator_.LearnTrial(group.control->Result());
 }
 
-bool GroupedVideoEncoder::Place(Lock& lock, FrameHandle frame, const PacketTaker& take) {
+bool GroupedVideoEncoder::Place(Lock& lock, FrameHandle frame, const CodedFrameSink& sink) {
     const Ticks time{frame->pts};
     if (groups_.empty() || groups_.back()->closed ||
         time - groups_.back()->start >= group_length_) {
         CloseGroup(time);
         CodeAlong(lock);
-        if (!HandOnUntil(lock, take, [this] { return MayOpenGroup(); })) return false;
+        if (!HandOnUntil(lock, sink, [this] { return MayOpenGroup(); })) return false;
         OpenGroup(time);
     }
     if (waiting_ >= most_waiting_ &&
-        !HandOnUntil(lock, take, [this] { return waiting_ <= few_waiting_; }))
+        !HandOnUntil(lock, sink, [this] { return waiting_ <= few_waiting_; }))
         return false;
     end_ = time + Ticks{frame->pkt_duration};
     groups_.back()->waiting.push_back(std::move(frame));
     ++waiting_;
     work_.notify_all();
     CodeAlong(lock);
-    return HandOn(lock, take);
+    return HandOn(lock, sink);
 }
 
 void GroupedVideoEncoder::CloseGroup(Ticks end) {
@@ -197,7 +197,7 @@ void GroupedVideoEncoder::OpenGroup(Ticks start) {
 }
 
 // What the oldest group has ready, then the next one's.
-bool GroupedVideoEncoder::HandOn(Lock& lock, const PacketTaker& take) {
+bool GroupedVideoEncoder::HandOn(Lock& lock, const CodedFrameSink& sink) {
     for (;;) {
         RethrowFailure();
         if (groups_.empty()) return true;
@@ -207,7 +207,7 @@ bool GroupedVideoEncoder::HandOn(Lock& lock, const PacketTaker& take) {
             oldest.coded.pop_front();
             if (!packet.data) continue;
             lock.unlock();
-            const bool wanted = take(std::move(packet));
+            const bool wanted = sink(std::move(packet));
             lock.lock();
             if (!wanted) return false;
         } else if (oldest.done) {
@@ -225,9 +225,9 @@ bool GroupedVideoEncoder::MayHandOn() const {
 }
 
 template <typename Ready>
-bool GroupedVideoEncoder::HandOnUntil(Lock& lock, const PacketTaker& take, Ready&& ready) {
+bool GroupedVideoEncoder::HandOnUntil(Lock& lock, const CodedFrameSink& sink, Ready&& ready) {
     for (;;) {
-        if (!HandOn(lock, take)) return false;
+        if (!HandOn(lock, sink)) return false;
         if (ready()) return true;
         worked_.wait(lock, [&] { return failure_ || ready() || MayHandOn(); });
     }

@@ -35,8 +35,8 @@ class GroupedVideoEncoder final : public VideoEncoder {
     /// With one worker, and no pictures between others, the packet of the frame before follows at
     /// once; else it may take some frames. Blocks while as many frames wait as the workers need to
     /// stay busy.
-    bool Encode(AVFrame& frame, const PacketTaker& take) override;
-    bool Finish(const PacketTaker& take) override;
+    bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
+    bool Finish(const CodedFrameSink& sink) override;
     Drops TakeDrops() override;
     std::vector<codecs::FirstPassGop> TakeFirstPass() override;
 
@@ -60,14 +60,14 @@ class GroupedVideoEncoder final : public VideoEncoder {
 
     using Lock = std::unique_lock<std::mutex>;
     void Try(const AVFrame& frame);
-    bool Place(Lock& lock, FrameHandle frame, const PacketTaker& take);
+    bool Place(Lock& lock, FrameHandle frame, const CodedFrameSink& sink);
     void CloseGroup(Ticks end);
     bool MayOpenGroup() const;
     bool MayHandOn() const;
     void OpenGroup(Ticks start);
-    bool HandOn(Lock& lock, const PacketTaker& take);
+    bool HandOn(Lock& lock, const CodedFrameSink& sink);
     template <typename Ready>
-    bool HandOnUntil(Lock& lock, const PacketTaker& take, Ready&& ready);
+    bool HandOnUntil(Lock& lock, const CodedFrameSink& sink, Ready&& ready);
     void RethrowFailure() const;
 
     void WorkAlong();

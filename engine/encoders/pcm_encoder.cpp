@@ -40,7 +40,7 @@ StreamHeader PcmEncoder::Header() const {
     return header;
 }
 
-bool PcmEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
+bool PcmEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
     const std::size_t values =
         static_cast<std::size_t>(frame.nb_samples) * static_cast<std::size_t>(format_.channels);
     CodedPacket packet;
@@ -60,7 +60,7 @@ bool PcmEncoder::Encode(AVFrame& frame, const PacketTaker& take) {
         SampleTime(frame.pts + frame.nb_samples, format_.sampling_rate) - packet.presentation;
     packet.key = true;
     packet.audio_samples = frame.nb_samples;
-    return take(std::move(packet));
+    return sink(std::move(packet));
 }
 
 }  // namespace engine

@@ -12,8 +12,8 @@ class PcmEncoder final : public AudioEncoder {
 
     SoundFormat Format() const override;
     StreamHeader Header() const override;
-    bool Encode(AVFrame& frame, const PacketTaker& take) override;
-    bool Finish(const PacketTaker&) override { return true; }
+    bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
+    bool Finish(const CodedFrameSink&) override { return true; }
 
   private:
     AudioPlan plan_;

@@ -11,7 +11,7 @@ constexpr const char* kSubject = "Deinterlacing failed";
 
 }  // namespace
 
-bool Deinterlacer::Take(FrameHandle frame, const FrameTaker& next) {
+bool Deinterlacer::Push(FrameHandle frame, const FrameSink& next) {
     const PictureShape shape = ShapeOf(*frame);
     if (shape != shape_) {
         if (!Finish(next)) return false;
@@ -24,7 +24,7 @@ bool Deinterlacer::Take(FrameHandle frame, const FrameTaker& next) {
     return Pull(next);
 }
 
-bool Deinterlacer::Finish(const FrameTaker& next) {
+bool Deinterlacer::Finish(const FrameSink& next) {
     if (!filter_) return true;
     filter_->Push(nullptr);
     const bool wanted = Pull(next);
@@ -33,7 +33,7 @@ bool Deinterlacer::Finish(const FrameTaker& next) {
     return wanted;
 }
 
-bool Deinterlacer::Pull(const FrameTaker& next) {
+bool Deinterlacer::Pull(const FrameSink& next) {
     for (;;) {
         FrameHandle frame = frames_.Get();
         if (!filter_->Pull(*frame)) return true;

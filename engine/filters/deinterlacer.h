@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "engine/base/av/frame_taker.h"
+#include "engine/base/av/frame_sink.h"
 #include "engine/filters/picture_filter.h"
 
 namespace engine {
@@ -16,12 +16,12 @@ class Deinterlacer {
   public:
     explicit Deinterlacer(FramePool& frames) : frames_(frames) {}
 
-    /// False when the taker wants no more. Throws platform::Error.
-    bool Take(FrameHandle frame, const FrameTaker& next);
-    bool Finish(const FrameTaker& next);
+    /// False when the sink wants no more. Throws platform::Error.
+    bool Push(FrameHandle frame, const FrameSink& next);
+    bool Finish(const FrameSink& next);
 
   private:
-    bool Pull(const FrameTaker& next);
+    bool Pull(const FrameSink& next);
 
     FramePool& frames_;
     PictureShape shape_;

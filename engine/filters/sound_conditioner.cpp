@@ -36,7 +36,7 @@ SoundConditioner::Shape SoundConditioner::ShapeOf(const AVFrame& frame) {
             native ? frame.ch_layout.u.mask : 0};
 }
 
-bool SoundConditioner::Open(const AVFrame& frame, const FrameTaker& next) {
+bool SoundConditioner::Open(const AVFrame& frame, const FrameSink& next) {
     if (resampler_ && !Drain(next)) return false;
     const Shape shape = ShapeOf(frame);
     AVChannelLayout from{};
@@ -92,7 +92,7 @@ void SoundConditioner::FollowDevice(const AVFrame& frame) {
             kSubject);
 }
 
-bool SoundConditioner::Take(FrameHandle frame, const FrameTaker& next) {
+bool SoundConditioner::Push(FrameHandle frame, const FrameSink& next) {
     if (frame->sample_rate <= 0 || frame->ch_layout.nb_channels <= 0) return true;
     if (ShapeOf(*frame) != shape_ && !Open(*frame, next)) return false;
 
@@ -136,7 +136,7 @@ bool SoundConditioner::Take(FrameHandle frame, const FrameTaker& next) {
     return false;
 }
 
-bool SoundConditioner::FeedSilence(std::int64_t samples, const FrameTaker& next) {
+bool SoundConditioner::FeedSilence(std::int64_t samples, const FrameSink& next) {
     if (end_.count > 0)
         samples = std::min(
             samples, av_rescale(end_.count, shape_.sampling_rate, Ticks::kPerSecond) - Reached());
@@ -165,7 +165,7 @@ void SoundConditioner::NewOutput() {
     output_->pts = emitted_;
 }
 
-bool SoundConditioner::Convert(const std::uint8_t** data, int samples, const FrameTaker& next) {
+bool SoundConditioner::Convert(const std::uint8_t** data, int samples, const FrameSink& next) {
     const bool planar = av_sample_fmt_is_planar(format_.samples) != 0;
     const int step = av_get_bytes_per_sample(format_.samples) * (planar ? 1 : format_.channels);
     for (;;) {
@@ -186,16 +186,16 @@ bool SoundConditioner::Convert(const std::uint8_t** data, int samples, const Fra
 }
 
 // To the resampler no sound is one thing, the end of all sound (null) another.
-bool SoundConditioner::Fetch(const FrameTaker& next) {
+bool SoundConditioner::Fetch(const FrameSink& next) {
     static constexpr std::uint8_t kNothing[AV_INPUT_BUFFER_PADDING_SIZE] = {};
     std::array<const std::uint8_t*, kMaxInputPlanes> none{};
     none.fill(kNothing);
     return Convert(none.data(), 0, next);
 }
 
-bool SoundConditioner::Drain(const FrameTaker& next) { return Convert(nullptr, 0, next); }
+bool SoundConditioner::Drain(const FrameSink& next) { return Convert(nullptr, 0, next); }
 
-bool SoundConditioner::Finish(const FrameTaker& next) {
+bool SoundConditioner::Finish(const FrameSink& next) {
     if (!resampler_) return true;
     if (!Drain(next)) return false;
     if (!output_ || output_->nb_samples == 0) return true;

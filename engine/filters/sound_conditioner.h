@@ -6,7 +6,7 @@
 
 #include "engine/base/av/av_ptr.h"
 #include "engine/base/av/encoder.h"
-#include "engine/base/av/frame_taker.h"
+#include "engine/base/av/frame_sink.h"
 #include "engine/filters/drift_control.h"
 #include "engine/plan/encode_plan.h"
 
@@ -27,8 +27,8 @@ class SoundConditioner {
                      Ticks end, FramePool& frames);
 
     /// The frames that `next` gets count samples in pts. False when no more frames are wanted.
-    bool Take(FrameHandle frame, const FrameTaker& next);
-    bool Finish(const FrameTaker& next);
+    bool Push(FrameHandle frame, const FrameSink& next);
+    bool Finish(const FrameSink& next);
 
   private:
     struct Shape {
@@ -39,13 +39,13 @@ class SoundConditioner {
         bool operator==(const Shape&) const = default;
     };
     static Shape ShapeOf(const AVFrame& frame);
-    bool Open(const AVFrame& frame, const FrameTaker& next);
+    bool Open(const AVFrame& frame, const FrameSink& next);
     std::int64_t Reached() const;
     void FollowDevice(const AVFrame& frame);
-    bool FeedSilence(std::int64_t samples, const FrameTaker& next);
-    bool Fetch(const FrameTaker& next);
-    bool Drain(const FrameTaker& next);
-    bool Convert(const std::uint8_t** data, int samples, const FrameTaker& next);
+    bool FeedSilence(std::int64_t samples, const FrameSink& next);
+    bool Fetch(const FrameSink& next);
+    bool Drain(const FrameSink& next);
+    bool Convert(const std::uint8_t** data, int samples, const FrameSink& next);
     void NewOutput();
 
     SoundFormat format_;

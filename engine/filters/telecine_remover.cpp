@@ -112,7 +112,7 @@ void TelecineRemover::FindRhythm() {
     }
 }
 
-bool TelecineRemover::Take(FrameHandle frame, const FrameTaker& next) {
+bool TelecineRemover::Push(FrameHandle frame, const FrameSink& next) {
     Pending pending;
     pending.index = taken_++;
     if (told_ && pending.index == 0) start_ = frame->pts;
@@ -126,13 +126,13 @@ bool TelecineRemover::Take(FrameHandle frame, const FrameTaker& next) {
     return pending_.size() <= look_ahead_ || EmitFront(next);
 }
 
-bool TelecineRemover::Finish(const FrameTaker& next) {
+bool TelecineRemover::Finish(const FrameSink& next) {
     while (!pending_.empty())
         if (!EmitFront(next)) return false;
     return true;
 }
 
-bool TelecineRemover::EmitFront(const FrameTaker& next) {
+bool TelecineRemover::EmitFront(const FrameSink& next) {
     FindRhythm();
     Pending front = std::move(pending_.front());
     pending_.pop_front();

@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "engine/base/av/av_ptr.h"
-#include "engine/base/av/frame_taker.h"
+#include "engine/base/av/frame_sink.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {
@@ -27,9 +27,9 @@ class TelecineRemover {
     /// @param told  the rhythm, counted from the first frame; none = it is looked for
     TelecineRemover(const std::optional<TelecinePattern>& told, FramePool& frames);
 
-    /// Times strictly increase. False when the taker wants no more.
-    bool Take(FrameHandle frame, const FrameTaker& next);
-    bool Finish(const FrameTaker& next);
+    /// Times strictly increase. False when the sink wants no more.
+    bool Push(FrameHandle frame, const FrameSink& next);
+    bool Finish(const FrameSink& next);
 
   private:
     static constexpr int kCycle = 5;
@@ -54,7 +54,7 @@ class TelecineRemover {
     Repeat Expected(const Rhythm& rhythm, std::int64_t index) const;
     bool Agrees(const Rhythm& rhythm, std::size_t frames, int least_repeats) const;
     void FindRhythm();
-    bool EmitFront(const FrameTaker& next);
+    bool EmitFront(const FrameSink& next);
     FrameHandle Weave(const AVFrame& third, const AVFrame& fourth, bool bottom_first);
 
     FramePool& frames_;

@@ -25,7 +25,7 @@ VideoConditioner::VideoConditioner(const VideoPlan& plan, const PictureFormat& f
     if (plan.remove_telecine || plan.telecine) telecine_.emplace(plan.telecine, frames);
 }
 
-bool VideoConditioner::Take(FrameHandle frame, const FrameTaker& next) {
+bool VideoConditioner::Push(FrameHandle frame, const FrameSink& next) {
     if (plan_.input.still) return Repeat(std::move(frame), next);
     if (end_.count > 0 && frame->pts >= end_.count) {
         if (Finish(next) && plan_.input.capture) HoldUntil(end_, next);
@@ -40,7 +40,7 @@ bool VideoConditioner::OpensWithWhatIsThere() const {
     return plan_.input.capture || plan_.input.mark_in.count > 0;
 }
 
-bool VideoConditioner::FromBeginMark(FrameHandle frame, const FrameTaker& next) {
+bool VideoConditioner::FromBeginMark(FrameHandle frame, const FrameSink& next) {
     if (frame->pts < 0) {
         before_begin_ = std::move(frame);
         return true;
@@ -57,14 +57,14 @@ bool VideoConditioner::FromBeginMark(FrameHandle frame, const FrameTaker& next) 
     return Restore(std::move(frame), next);
 }
 
-bool VideoConditioner::Restore(FrameHandle frame, const FrameTaker& next) {
-    const FrameTaker emit = [&](FrameHandle whole) { return Emit(std::move(whole), next); };
-    if (deinterlacer_) return deinterlacer_->Take(std::move(frame), emit);
-    if (telecine_) return telecine_->Take(std::move(frame), emit);
+bool VideoConditioner::Restore(FrameHandle frame, const FrameSink& next) {
+    const FrameSink emit = [&](FrameHandle whole) { return Emit(std::move(whole), next); };
+    if (deinterlacer_) return deinterlacer_->Push(std::move(frame), emit);
+    if (telecine_) return telecine_->Push(std::move(frame), emit);
     return Emit(std::move(frame), next);
 }
 
-bool VideoConditioner::Finish(const FrameTaker& next) {
+bool VideoConditioner::Finish(const FrameSink& next) {
     if (before_begin_) {
         FrameHandle first = std::move(before_begin_);
         const std::int64_t rest = (plan_.input.capture ? 0 : first->pts) + first->pkt_duration;
@@ -74,12 +74,12 @@ bool VideoConditioner::Finish(const FrameTaker& next) {
             if (!Restore(std::move(first), next)) return false;
         }
     }
-    const FrameTaker emit = [&](FrameHandle whole) { return Emit(std::move(whole), next); };
+    const FrameSink emit = [&](FrameHandle whole) { return Emit(std::move(whole), next); };
     if (deinterlacer_) return deinterlacer_->Finish(emit);
     return !telecine_ || telecine_->Finish(emit);
 }
 
-bool VideoConditioner::Emit(FrameHandle frame, const FrameTaker& next) {
+bool VideoConditioner::Emit(FrameHandle frame, const FrameSink& next) {
     if (!ceiling_.Keep({frame->pts})) return true;
     // A kept frame stays on the screen for those dropped after it.
     frame->pkt_duration = std::max(frame->pkt_duration, ceiling_.Interval().count);
@@ -96,7 +96,7 @@ FrameHandle VideoConditioner::SamePicture(const AVFrame& picture) {
     return frame;
 }
 
-bool VideoConditioner::HoldUntil(Ticks end, const FrameTaker& next) {
+bool VideoConditioner::HoldUntil(Ticks end, const FrameSink& next) {
     if (!shown_) return true;
     const std::int64_t interval = 1000 * Ticks::kPerSecond / CodedFrameRate(plan_);
     if (end.count - shown_->pts < 2 * interval) return true;
@@ -106,7 +106,7 @@ bool VideoConditioner::HoldUntil(Ticks end, const FrameTaker& next) {
     return next(std::move(last));
 }
 
-bool VideoConditioner::Repeat(FrameHandle picture, const FrameTaker& next) {
+bool VideoConditioner::Repeat(FrameHandle picture, const FrameSink& next) {
     const FrameHandle converted = converter_.Convert(std::move(picture));
     const std::int64_t rate = CodedFrameRate(plan_);
     for (std::int64_t i = 0; !stop_; ++i) {

@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "engine/base/av/encoder.h"
-#include "engine/base/av/frame_taker.h"
+#include "engine/base/av/frame_sink.h"
 #include "engine/filters/deinterlacer.h"
 #include "engine/filters/frame_rate_ceiling.h"
 #include "engine/filters/picture_converter.h"
@@ -26,18 +26,18 @@ class VideoConditioner {
                      const std::atomic<bool>& stop, FramePool& frames);
 
     /// False when no more frames are wanted, by `next` or because the end mark was passed.
-    bool Take(FrameHandle frame, const FrameTaker& next);
-    bool Finish(const FrameTaker& next);
+    bool Push(FrameHandle frame, const FrameSink& next);
+    bool Finish(const FrameSink& next);
     /// After Finish of a live picture: shows the last one again right before `end`, unless it came
     /// then anyway. A still screen gives few pictures, and a recording is as long as it was.
-    bool HoldUntil(Ticks end, const FrameTaker& next);
+    bool HoldUntil(Ticks end, const FrameSink& next);
 
   private:
     bool OpensWithWhatIsThere() const;
-    bool FromBeginMark(FrameHandle frame, const FrameTaker& next);
-    bool Restore(FrameHandle frame, const FrameTaker& next);
-    bool Emit(FrameHandle frame, const FrameTaker& next);
-    bool Repeat(FrameHandle picture, const FrameTaker& next);
+    bool FromBeginMark(FrameHandle frame, const FrameSink& next);
+    bool Restore(FrameHandle frame, const FrameSink& next);
+    bool Emit(FrameHandle frame, const FrameSink& next);
+    bool Repeat(FrameHandle picture, const FrameSink& next);
     FrameHandle SamePicture(const AVFrame& picture);
 
     VideoPlan plan_;

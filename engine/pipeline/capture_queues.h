@@ -16,12 +16,12 @@
 
 namespace engine {
 
-/// One capturing thread a stream pushes, one taker a stream pops; no Push waits.
+/// One capturing thread a stream pushes, one consumer a stream pops; no Push waits.
 ///
 /// The session's time 0 is that of the first picture, or of the first sound where no picture is
 /// recorded or none comes for seconds: a recording begins with what is to be seen, and a sound
-/// server that takes a second to wake costs none of it. Sound is kept however late its taker is. Of
-/// pictures, the oldest one that waits gives way: what is on the screen last is then always
+/// server that takes a second to wake costs none of it. Sound is kept however late its consumer is.
+/// Of pictures, the oldest one that waits gives way: what is on the screen last is then always
 /// recorded, also when nothing changes any more for a long time.
 ///
 /// What is captured during a pause is left out: the session's time stands still, and sound is cut
@@ -31,13 +31,13 @@ class CaptureQueues {
   public:
     CaptureQueues(bool has_audio, bool has_video);
 
-    /// The frame's pts is on the capture clock. False when the stream's taker has gone.
+    /// The frame's pts is on the capture clock. False when the stream's consumer has gone.
     bool Push(MediaKind kind, FrameHandle frame);
     /// Waits for the session to begin. The frame's pts is session time, below 0 for what was
     /// captured before it. False when the source has ended and everything was taken.
     bool Pop(MediaKind kind, FrameHandle& frame);
     void Finish(MediaKind kind);  // by the capturing thread
-    void Cancel(MediaKind kind);  // by the taker
+    void Cancel(MediaKind kind);  // by the sink
 
     /// From now on, on the capture clock. Any thread, one call at a time.
     void Pause(Ticks now);

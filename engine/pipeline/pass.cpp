@@ -185,7 +185,7 @@ void Pass::Capture(Chain& chain) {
 }
 
 // Hands on all that the stream's source gives. False when no more is wanted.
-bool Pass::TakeAll(Chain& chain, const FrameTaker& next) {
+bool Pass::Drain(Chain& chain, const FrameSink& next) {
     if (chain.file) {
         PacketHandle packet;
         while (chain.file->input.router.Pop(chain.kind, packet))
@@ -203,7 +203,7 @@ bool Pass::TakeAll(Chain& chain, const FrameTaker& next) {
     return true;
 }
 
-void Pass::TakeNoMore(Chain& chain) {
+void Pass::CancelSource(Chain& chain) {
     if (chain.file)
         chain.file->input.router.Cancel(chain.kind);
     else
@@ -217,7 +217,7 @@ Ticks Pass::LiveEnd() const {
     return captured_->Recorded(Ticks{stopped_at_}) - *start - plan_.video->input.mark_in;
 }
 
-PacketTaker Pass::HandOver(MediaKind kind) {
+CodedFrameSink Pass::ToInterleaver(MediaKind kind) {
     return [this, kind](CodedPacket packet) {
         gate_.Wait();
         yielded_ = true;
@@ -229,25 +229,25 @@ PacketTaker Pass::HandOver(MediaKind kind) {
 void Pass::HandleSound(Chain& chain) {
     const AtExit end([&] {
         interleaver_->Finish(chain.kind);
-        TakeNoMore(chain);
+        CancelSource(chain);
     });
-    const PacketTaker hand_over = HandOver(chain.kind);
-    const FrameTaker encode = [&](FrameHandle frame) {
-        return audio_encoder_->Encode(*frame, hand_over);
+    const CodedFrameSink to_interleaver = ToInterleaver(chain.kind);
+    const FrameSink encode = [&](FrameHandle frame) {
+        return audio_encoder_->Encode(*frame, to_interleaver);
     };
-    const FrameTaker condition = [&](FrameHandle frame) {
-        return sound_->Take(std::move(frame), encode);
+    const FrameSink condition = [&](FrameHandle frame) {
+        return sound_->Push(std::move(frame), encode);
     };
-    if (TakeAll(chain, condition)) sound_->Finish(encode);
-    audio_encoder_->Finish(hand_over);
+    if (Drain(chain, condition)) sound_->Finish(encode);
+    audio_encoder_->Finish(to_interleaver);
 }
 
 void Pass::DecodePicture(Chain& chain) {
     const AtExit end([&] {
         decoded_.Finish();
-        TakeNoMore(chain);
+        CancelSource(chain);
     });
-    TakeAll(chain, [this](FrameHandle frame) { return decoded_.Push(std::move(frame)); });
+    Drain(chain, [this](FrameHandle frame) { return decoded_.Push(std::move(frame)); });
 }
 
 void Pass::ConditionPicture(Chain& chain) {
@@ -256,20 +256,20 @@ void Pass::ConditionPicture(Chain& chain) {
         if (chain.file)
             decoded_.Cancel();
         else
-            TakeNoMore(chain);
+            CancelSource(chain);
     });
-    const FrameTaker next = [this](FrameHandle frame) {
+    const FrameSink next = [this](FrameHandle frame) {
         return conditioned_.Push(std::move(frame));
     };
-    const FrameTaker condition = [&](FrameHandle frame) {
-        return picture_->Take(std::move(frame), next);
+    const FrameSink condition = [&](FrameHandle frame) {
+        return picture_->Push(std::move(frame), next);
     };
     bool wanted = true;
     if (chain.file) {
         FrameHandle frame;
         while (wanted && decoded_.Pop(frame)) wanted = condition(std::move(frame));
     } else {
-        wanted = TakeAll(chain, condition);
+        wanted = Drain(chain, condition);
     }
     if (!wanted || !picture_->Finish(next)) return;
     if (chain.device) picture_->HoldUntil(LiveEnd(), next);
@@ -280,15 +280,15 @@ void Pass::EncodePicture(Chain& chain) {
         interleaver_->Finish(chain.kind);
         conditioned_.Cancel();
     });
-    const PacketTaker hand_over = HandOver(chain.kind);
+    const CodedFrameSink to_interleaver = ToInterleaver(chain.kind);
     FrameHandle frame;
     bool wanted = true;
     while (wanted && conditioned_.Pop(frame)) {
-        wanted = video_encoder_->Encode(*frame, hand_over);
+        wanted = video_encoder_->Encode(*frame, to_interleaver);
         frame.reset();
         statistics_.Dropped(video_encoder_->TakeDrops());
     }
-    video_encoder_->Finish(hand_over);
+    video_encoder_->Finish(to_interleaver);
     statistics_.Dropped(video_encoder_->TakeDrops());
     first_report_ = video_encoder_->TakeFirstPass();
 }

@@ -96,10 +96,10 @@ class Pass {
 
     void Read(Input& input);
     void Capture(Chain& chain);
-    bool TakeAll(Chain& chain, const FrameTaker& next);
-    void TakeNoMore(Chain& chain);
+    bool Drain(Chain& chain, const FrameSink& next);
+    void CancelSource(Chain& chain);
     Ticks LiveEnd() const;
-    PacketTaker HandOver(MediaKind kind);
+    CodedFrameSink ToInterleaver(MediaKind kind);
     void HandleSound(Chain& chain);
     void DecodePicture(Chain& chain);
     void ConditionPicture(Chain& chain);

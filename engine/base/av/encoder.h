@@ -22,7 +22,7 @@ struct CodedPacket {
 };
 
 /// False = no more packets are wanted.
-using PacketTaker = std::function<bool(CodedPacket packet)>;
+using CodedFrameSink = std::function<bool(CodedPacket packet)>;
 
 /// Frames that were left out to keep the rate, and about what they would have taken.
 struct Drops {
@@ -51,9 +51,9 @@ class VideoEncoder {
     virtual PictureFormat Format() const = 0;
     virtual StreamHeader Header() const = 0;
     /// May change the frame's own fields or move it out, never change its picture. False when the
-    /// taker wants no more. Throws platform::Error.
-    virtual bool Encode(AVFrame& frame, const PacketTaker& take) = 0;
-    virtual bool Finish(const PacketTaker& take) = 0;
+    /// consumer wants no more. Throws platform::Error.
+    virtual bool Encode(AVFrame& frame, const CodedFrameSink& sink) = 0;
+    virtual bool Finish(const CodedFrameSink& sink) = 0;
     virtual Drops TakeDrops() { return {}; }  // since the last call
     /// What the pictures have taken, after Finish.
     virtual std::vector<codecs::FirstPassGop> TakeFirstPass() { return {}; }
@@ -66,8 +66,8 @@ class AudioEncoder {
     virtual ~AudioEncoder() = default;
     virtual SoundFormat Format() const = 0;
     virtual StreamHeader Header() const = 0;
-    virtual bool Encode(AVFrame& frame, const PacketTaker& take) = 0;
-    virtual bool Finish(const PacketTaker& take) = 0;
+    virtual bool Encode(AVFrame& frame, const CodedFrameSink& sink) = 0;
+    virtual bool Finish(const CodedFrameSink& sink) = 0;
 };
 
 }  // namespace engine

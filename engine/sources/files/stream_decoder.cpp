@@ -32,7 +32,7 @@ StreamDecoder::StreamDecoder(const AVStream& stream, Ticks start, const std::str
                 : kUnknownFrameDuration;
 }
 
-bool StreamDecoder::Decode(const AVPacket* packet, const FrameTaker& take) {
+bool StreamDecoder::Decode(const AVPacket* packet, const FrameSink& sink) {
     // A packet is refused while frames wait, hence the second round.
     for (bool sent = false; !sent;) {
         const int result = avcodec_send_packet(codec_.get(), packet);
@@ -50,7 +50,7 @@ bool StreamDecoder::Decode(const AVPacket* packet, const FrameTaker& take) {
             }
             SetTimes(*frame);
             SetFieldOrder(*frame);
-            if (!take(std::move(frame))) return false;
+            if (!sink(std::move(frame))) return false;
         }
     }
     return true;

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "engine/base/av/av_ptr.h"
-#include "engine/base/av/frame_taker.h"
+#include "engine/base/av/frame_sink.h"
 #include "engine/base/ticks.h"
 #include "engine/plan/encode_plan.h"
 
@@ -18,8 +18,8 @@ class StreamDecoder {
     StreamDecoder(const AVStream& stream, Ticks start, const std::string& path, FramePool& frames);
 
     /// Decodes a packet, null for the frames that are left at the end. What cannot be decoded is
-    /// passed over. False when the taker wants no more.
-    bool Decode(const AVPacket* packet, const FrameTaker& take);
+    /// passed over. False when the sink wants no more.
+    bool Decode(const AVPacket* packet, const FrameSink& sink);
 
   private:
     void SetTimes(AVFrame& frame);

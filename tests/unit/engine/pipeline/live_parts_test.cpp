@@ -162,7 +162,7 @@ TEST(Drift, SoundKeepsUpWithTheClockForAnHour) {
         std::int64_t written = 0;
         int steepest = 0;
         int last = 0;
-        const FrameTaker take = [&](FrameHandle frame) {
+        const FrameSink sink = [&](FrameHandle frame) {
             const auto* samples = reinterpret_cast<const std::int16_t*>(frame->data[0]);
             for (int i = 0; i < frame->nb_samples; ++i) {
                 steepest = std::max(steepest, std::abs(samples[i] - last));
@@ -189,11 +189,11 @@ TEST(Drift, SoundKeepsUpWithTheClockForAnHour) {
             frame->sample_rate = kRate;
             sent += kChunk;
             now_s = static_cast<double>(sent) / device_rate;
-            ASSERT_TRUE(conditioner.Take(std::move(frame), take));
+            ASSERT_TRUE(conditioner.Push(std::move(frame), sink));
             if (now_s > 60)
                 most_off_s = std::max(most_off_s, static_cast<double>(written) / kRate - now_s);
         }
-        ASSERT_TRUE(conditioner.Finish(take));
+        ASSERT_TRUE(conditioner.Finish(sink));
         EXPECT_NEAR(static_cast<double>(written) / kRate, now_s, row.most_off_ms / 1000);
         EXPECT_LT(most_off_s, row.most_off_ms / 1000) << "ahead of the clock";
         // Steeper than the wave itself: a sample was left out or put in.
@@ -222,7 +222,7 @@ TEST(Drift, GapsAreFilledAndOverlapsCut) {
                                      {}, frames);
         std::int64_t written = 0;
         std::int64_t silent = 0;
-        const FrameTaker take = [&](FrameHandle frame) {
+        const FrameSink sink = [&](FrameHandle frame) {
             const auto* samples = reinterpret_cast<const std::int16_t*>(frame->data[0]);
             silent += std::count(samples, samples + frame->nb_samples, 0);
             written += frame->nb_samples;
@@ -232,9 +232,9 @@ TEST(Drift, GapsAreFilledAndOverlapsCut) {
             FrameHandle frame = frames.Get();
             fake_devices::FillSound(*frame, Ticks::FromMilliseconds(ms), kRate / 2,
                                     [](int) { return std::int16_t{1000}; });
-            ASSERT_TRUE(conditioner.Take(std::move(frame), take));
+            ASSERT_TRUE(conditioner.Push(std::move(frame), sink));
         }
-        ASSERT_TRUE(conditioner.Finish(take));
+        ASSERT_TRUE(conditioner.Finish(sink));
         EXPECT_NEAR(static_cast<double>(written) / kRate, row.length_s, 0.004);
         EXPECT_NEAR(static_cast<double>(silent) / kRate, std::max(0.0, row.length_s - 1), 0.002);
     }

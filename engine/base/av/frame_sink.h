@@ -9,6 +9,6 @@ namespace engine {
 
 /// Takes a frame whose pts and pkt_duration count ticks of session time; the pts may be negative
 /// (before the begin mark) and strictly increases. False = no more frames are wanted.
-using FrameTaker = std::function<bool(FrameHandle frame)>;
+using FrameSink = std::function<bool(FrameHandle frame)>;
 
 }  // namespace engine
