@@ -109,8 +109,8 @@ codecs::PictureBits AvGroupCoder::ReportedBits() const {
                                       Field(report, " q:") / FF_QP2LAMBDA);
 }
 
-CodedPicture AvGroupCoder::Encode(AVFrame& frame, const PictureWish& wish) {
-    const int whole = std::clamp(static_cast<int>(std::lround(wish.quantiser)), kFinestQuantiser,
+CodedPicture AvGroupCoder::Encode(AVFrame& frame, const PictureRequest& request) {
+    const int whole = std::clamp(static_cast<int>(std::lround(request.quantiser)), kFinestQuantiser,
                                  kCoarsestQuantiser);
     frame.pict_type = frames_ == 0 ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
     frame.quality = whole * FF_QP2LAMBDA;

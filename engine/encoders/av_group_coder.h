@@ -18,7 +18,7 @@ class AvGroupCoder final : public GroupCoder {
     AvGroupCoder(const VideoPlan& plan, const codecs::RateSettings& rate, double bucket_room_bits,
                  PacketPool& packets);
 
-    CodedPicture Encode(AVFrame& frame, const PictureWish& wish) override;
+    CodedPicture Encode(AVFrame& frame, const PictureRequest& request) override;
     /// The same for all groups of a plan.
     std::vector<std::uint8_t> ExtraData() const;
 

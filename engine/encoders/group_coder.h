@@ -16,7 +16,7 @@ struct CodedPicture {
     codecs::PictureBits bits;
 };
 
-struct PictureWish {
+struct PictureRequest {
     codecs::PictureKind kind = codecs::PictureKind::kP;
     double quantiser = 8;
     // Of a picture between two others: its place from 1 on in a run of so many.
@@ -33,14 +33,14 @@ class GroupCoder {
     virtual ~GroupCoder() = default;
     /// In coding order. Times of the frame are ticks of session time; its own fields are changed,
     /// never its picture. Throws platform::Error.
-    virtual CodedPicture Encode(AVFrame& frame, const PictureWish& wish) = 0;
+    virtual CodedPicture Encode(AVFrame& frame, const PictureRequest& request) = 0;
 
     /// Whether the two below are there; a coder that has not got them keeps to the receiver's
     /// buffer by itself.
     virtual bool Recodes() const { return false; }
     /// Codes in place of the picture coded last.
-    virtual CodedPicture Recode(AVFrame& frame, const PictureWish& wish) {
-        return Encode(frame, wish);
+    virtual CodedPicture Recode(AVFrame& frame, const PictureRequest& request) {
+        return Encode(frame, request);
     }
     /// As if the picture coded last had not been.
     virtual void Forget() {}

@@ -347,9 +347,9 @@ std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& wor
 }
 
 GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
-                                                       PictureWish wish) const {
+                                                       PictureRequest request) const {
     codecs::GopRateControl& control = *work.group->control;
-    const bool between = wish.kind == PictureKind::kB;
+    const bool between = request.kind == PictureKind::kB;
     const Ticks time{frame.frame->pts};
     Outcome outcome;
     outcome.index = frame.index;
@@ -367,7 +367,7 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
     codecs::GopRateControl::Picture picture;
     picture.seconds = (outcome.packet.decode - work.group->start).Seconds();
     picture.index = frame.index;
-    picture.kind = wish.kind;
+    picture.kind = request.kind;
     picture.intra_cost = frame.intra_cost;
     picture.step_cost = frame.step_cost;
     if (ahead_ > 0) {
@@ -381,16 +381,16 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
     const codecs::GopRateControl::Decision decision = control.Decide(picture);
     outcome.drops = {1, static_cast<std::int64_t>(decision.expected_bits / 8)};
     if (decision.drop) return outcome;
-    wish.quantiser = decision.quantiser;
-    std::optional<CodedPicture> coded = Fitted(work, *frame.frame, wish);
+    request.quantiser = decision.quantiser;
+    std::optional<CodedPicture> coded = Fitted(work, *frame.frame, request);
     if (!coded) {
         control.Dropped();
         return outcome;
     }
-    control.Coded(coded->bits, 8.0 * coded->data->size, wish.quantiser, coded->key);
+    control.Coded(coded->bits, 8.0 * coded->data->size, request.quantiser, coded->key);
     outcome.packet.data = std::move(coded->data);
     outcome.packet.key = coded->key;
-    outcome.found = {coded->bits, coded->key ? PictureKind::kI : wish.kind};
+    outcome.found = {coded->bits, coded->key ? PictureKind::kI : request.kind};
     outcome.drops = {};
     if (!between) {
         work.before_time = time;
@@ -399,28 +399,28 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
     return outcome;
 }
 
-// With `wish.quantiser` as coarse as the receiver's buffer demands; nothing when it is too large at
-// every quantiser.
+// With `request.quantiser` as coarse as the receiver's buffer demands; nothing when it is too large
+// at every quantiser.
 std::optional<CodedPicture> GroupedVideoEncoder::Fitted(Work& work, AVFrame& frame,
-                                                        PictureWish& wish) const {
+                                                        PictureRequest& request) const {
     codecs::GopRateControl& control = *work.group->control;
     if (!work.coder) work.coder = make_coder_(control.VbvRoom());
-    CodedPicture coded = work.coder->Encode(frame, wish);
+    CodedPicture coded = work.coder->Encode(frame, request);
     if (!work.coder->Recodes()) return coded;
-    const double better = control.Reconsidered(wish.quantiser, coded.bits);
-    if (better != wish.quantiser) {
-        wish.quantiser = better;
-        coded = work.coder->Recode(frame, wish);
+    const double better = control.Reconsidered(request.quantiser, coded.bits);
+    if (better != request.quantiser) {
+        request.quantiser = better;
+        coded = work.coder->Recode(frame, request);
     }
-    for (int recoded = 0; !control.Fits(8.0 * coded.data->size, wish.quantiser); ++recoded) {
-        if (wish.quantiser >= codecs::RateSettings::kMostCoarse) {
+    for (int recoded = 0; !control.Fits(8.0 * coded.data->size, request.quantiser); ++recoded) {
+        if (request.quantiser >= codecs::RateSettings::kMostCoarse) {
             work.coder->Forget();
             return {};
         }
-        wish.quantiser = recoded < kMostRecoded
-                             ? control.Coarser(wish.quantiser, 8.0 * coded.data->size)
-                             : codecs::RateSettings::kMostCoarse;
-        coded = work.coder->Recode(frame, wish);
+        request.quantiser = recoded < kMostRecoded
+                                ? control.Coarser(request.quantiser, 8.0 * coded.data->size)
+                                : codecs::RateSettings::kMostCoarse;
+        coded = work.coder->Recode(frame, request);
     }
     return coded;
 }

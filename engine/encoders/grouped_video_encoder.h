@@ -78,8 +78,8 @@ class GroupedVideoEncoder final : public VideoEncoder {
     std::size_t Wanted(const Work& work) const;
     void Judge(Work& work) const;
     std::vector<Outcome> CodeRun(Work& work) const;
-    Outcome Code(Work& work, Frame& frame, PictureWish wish) const;
-    std::optional<CodedPicture> Fitted(Work& work, AVFrame& frame, PictureWish& wish) const;
+    Outcome Code(Work& work, Frame& frame, PictureRequest request) const;
+    std::optional<CodedPicture> Fitted(Work& work, AVFrame& frame, PictureRequest& request) const;
     void Note(Group& group, Outcome outcome);
     void EndGroup(Group& group);
 

@@ -23,8 +23,8 @@ wmv9::PictureView View(const AVFrame& frame) {
             {frame.linesize[0], frame.linesize[1], frame.linesize[2]}};
 }
 
-wmv9::PictureRequest Request(const PictureWish& wish) {
-    return {wish.kind, wish.quantiser, wish.place, wish.run, wish.may_be_key};
+wmv9::PictureRequest Request(const PictureRequest& request) {
+    return {request.kind, request.quantiser, request.place, request.run, request.may_be_key};
 }
 
 int BetweenFor(const VideoPlan& plan) {
@@ -56,12 +56,12 @@ wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan) {
     return settings;
 }
 
-CodedPicture Wmv9GroupCoder::Encode(AVFrame& frame, const PictureWish& wish) {
-    return Packed(encoder_.Encode(View(frame), Request(wish)));
+CodedPicture Wmv9GroupCoder::Encode(AVFrame& frame, const PictureRequest& request) {
+    return Packed(encoder_.Encode(View(frame), Request(request)));
 }
 
-CodedPicture Wmv9GroupCoder::Recode(AVFrame& frame, const PictureWish& wish) {
-    return Packed(encoder_.Recode(View(frame), Request(wish)));
+CodedPicture Wmv9GroupCoder::Recode(AVFrame& frame, const PictureRequest& request) {
+    return Packed(encoder_.Recode(View(frame), Request(request)));
 }
 
 CodedPicture Wmv9GroupCoder::Packed(const wmv9::CodedPicture& coded) {

@@ -20,8 +20,8 @@ class Wmv9GroupCoder final : public GroupCoder {
     Wmv9GroupCoder(const codecs::wmv9::EncoderSettings& settings, PacketPool& packets)
         : encoder_(settings), packets_(packets) {}
 
-    CodedPicture Encode(AVFrame& frame, const PictureWish& wish) override;
-    CodedPicture Recode(AVFrame& frame, const PictureWish& wish) override;
+    CodedPicture Encode(AVFrame& frame, const PictureRequest& request) override;
+    CodedPicture Recode(AVFrame& frame, const PictureRequest& request) override;
     void Forget() override { encoder_.Forget(); }
     bool Recodes() const override { return true; }
     int ChooseBetween(const AVFrame& before, std::span<const AVFrame* const> next) override;

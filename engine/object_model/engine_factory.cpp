@@ -25,8 +25,8 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
     parts.devices = DiscoverDevices;
     parts.screens = Screens;
     parts.screen_size = SizeNow;
-    parts.camera_format = [](const Device& camera, const CameraWish& wish) {
-        return CameraFormatFor(camera.id, camera.name, wish);
+    parts.camera_format = [](const Device& camera, const CameraRequest& request) {
+        return CameraFormatFor(camera.id, camera.name, request);
     };
     parts.screen_choice = [] {
         const char* choice = std::getenv("TESSIVO_SCREEN");

@@ -34,8 +34,9 @@ struct EngineParts {
     std::function<std::string()> screen_choice = {};
     /// For the screen of a desktop that hands it out; throws platform::Error.
     std::function<std::unique_ptr<ScreenShare>()> make_share = {};
-    /// How a camera gives pictures that suit the wish. Throws platform::Error.
-    std::function<CameraFormat(const Device& camera, const CameraWish& wish)> camera_format = {};
+    /// How a camera gives pictures that suit the request. Throws platform::Error.
+    std::function<CameraFormat(const Device& camera, const CameraRequest& request)> camera_format =
+        {};
 };
 
 /// The same parts, which look for devices once: their numbers hold as long as the encoder.

@@ -29,11 +29,11 @@ struct CameraFormat {
 };
 
 /// What a recording is best made from.
-struct CameraWish {
+struct CameraRequest {
     std::int32_t width = 0;  // 0 = as suits the other side; of both 0, a usual size
     std::int32_t height = 0;
     std::int32_t rate = 0;  // pictures in 1000 seconds, above 0
-    bool operator==(const CameraWish&) const = default;
+    bool operator==(const CameraRequest&) const = default;
 };
 
 }  // namespace engine

@@ -70,7 +70,7 @@ std::optional<CameraFormat> CameraFormatOf(const VideoSourceRecord& source,
                                            const PrepareParts& parts) {
     const std::optional<CaptureInput>& capture = source.input.capture;
     if (!capture || capture->device.kind != DeviceKind::Camera) return std::nullopt;
-    return parts.camera_format(capture->device, PlanCameraWish(source, profile));
+    return parts.camera_format(capture->device, PlanCameraRequest(source, profile));
 }
 
 // How many channels a device has shows when it is opened.

@@ -12,8 +12,8 @@ namespace engine {
 /// What a plan's maker asks of the machine.
 struct PrepareParts {
     platform::FileSystem& files;
-    /// How a camera gives pictures that suit the wish. Throws Error that names it.
-    std::function<CameraFormat(const Device& camera, const CameraWish& wish)> camera_format;
+    /// How a camera gives pictures that suit the request. Throws Error that names it.
+    std::function<CameraFormat(const Device& camera, const CameraRequest& request)> camera_format;
 };
 
 /// Reads the file system and changes nothing. Throws Error with one clear text that names both

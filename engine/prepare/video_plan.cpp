@@ -103,12 +103,13 @@ std::string VideoDescription(const VideoPlan& plan) {
 
 }  // namespace
 
-CameraWish PlanCameraWish(const VideoSourceRecord& source, const ProfileRecord& profile) {
+CameraRequest PlanCameraRequest(const VideoSourceRecord& source, const ProfileRecord& profile) {
     const VideoSettings& video = profile.audiences.front().video;
-    CameraWish wish = {video.width, video.height, std::min(video.frame_rate, source.capture_rate)};
-    if (wish.width > 0) wish.width += source.left_margin + source.right_margin;
-    if (wish.height > 0) wish.height += source.top_margin + source.bottom_margin;
-    return wish;
+    CameraRequest request = {video.width, video.height,
+                             std::min(video.frame_rate, source.capture_rate)};
+    if (request.width > 0) request.width += source.left_margin + source.right_margin;
+    if (request.height > 0) request.height += source.top_margin + source.bottom_margin;
+    return request;
 }
 
 VideoPlan PlanVideo(const VideoSourceRecord& source, const ProfileRecord& profile,

@@ -10,7 +10,7 @@
 namespace engine {
 
 /// What a camera had best give for the profile's picture: what is clipped comes in addition.
-CameraWish PlanCameraWish(const VideoSourceRecord& source, const ProfileRecord& profile);
+CameraRequest PlanCameraRequest(const VideoSourceRecord& source, const ProfileRecord& profile);
 
 /// The stream without its input. Throws Error (invalid argument, not implemented).
 /// @param camera  how the source gives its pictures when it is a camera

@@ -157,8 +157,8 @@ std::optional<v4l2_pix_format> CameraDevice::Tried(std::uint32_t pixels, std::in
     return tried;
 }
 
-CameraFormat CameraDevice::Choose(const CameraWish& wish) const {
-    std::optional<CameraFormat> chosen = ChooseCameraFormat(*this, wish);
+CameraFormat CameraDevice::Choose(const CameraRequest& request) const {
+    std::optional<CameraFormat> chosen = ChooseCameraFormat(*this, request);
     if (!chosen) {
         std::string names;
         for (const std::uint32_t code : PixelFormats())
@@ -177,8 +177,8 @@ CameraFormat CameraDevice::Choose(const CameraWish& wish) const {
 }
 
 CameraFormat CameraFormatFor(const std::string& node, const std::string& name,
-                             const CameraWish& wish) {
-    return CameraDevice(node, name).Choose(wish);
+                             const CameraRequest& request) {
+    return CameraDevice(node, name).Choose(request);
 }
 
 }  // namespace engine

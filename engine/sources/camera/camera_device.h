@@ -44,9 +44,9 @@ class CameraDevice : public CameraOffers {
     std::vector<CameraIntervals> Intervals(std::uint32_t pixels, std::int32_t width,
                                            std::int32_t height) const override;
 
-    /// The best format for the wish, with the size that the driver makes of it. Changes nothing.
+    /// The best format for the request, with the size that the driver makes of it. Changes nothing.
     /// Throws platform::Error when the camera has none that can be recorded.
-    CameraFormat Choose(const CameraWish& wish) const;
+    CameraFormat Choose(const CameraRequest& request) const;
 
   private:
     int RequestWith(unsigned long request, void* argument) const;
@@ -59,6 +59,6 @@ class CameraDevice : public CameraOffers {
 
 /// What CameraDevice::Choose says about the camera now.
 CameraFormat CameraFormatFor(const std::string& node, const std::string& name,
-                             const CameraWish& wish);
+                             const CameraRequest& request);
 
 }  // namespace engine

@@ -35,18 +35,21 @@ constexpr CameraPixelRow kPixels[] = {
 };
 // clang-format on
 
-constexpr CameraWish kUsual = {1280, 720, 0};
+constexpr CameraRequest kUsual = {1280, 720, 0};
 // 29.97 pictures a second are as good as 30.
 constexpr double kRateReached = 0.99;
 constexpr double kSameShape = 0.01;
 
-// A side that was not wished follows from the other.
-CameraWish Completed(CameraWish wish) {
+// A side that was not requested follows from the other.
+CameraRequest Completed(CameraRequest request) {
     const double shape = static_cast<double>(kUsual.width) / kUsual.height;
-    if (wish.width == 0 && wish.height == 0) return {kUsual.width, kUsual.height, wish.rate};
-    if (wish.width == 0) wish.width = static_cast<std::int32_t>(std::lround(wish.height * shape));
-    if (wish.height == 0) wish.height = static_cast<std::int32_t>(std::lround(wish.width / shape));
-    return wish;
+    if (request.width == 0 && request.height == 0)
+        return {kUsual.width, kUsual.height, request.rate};
+    if (request.width == 0)
+        request.width = static_cast<std::int32_t>(std::lround(request.height * shape));
+    if (request.height == 0)
+        request.height = static_cast<std::int32_t>(std::lround(request.width / shape));
+    return request;
 }
 
 std::int32_t AtLeast(const CameraSide& side, double wanted) {
@@ -57,11 +60,13 @@ std::int32_t AtLeast(const CameraSide& side, double wanted) {
 }
 
 // What exceeds the range is made smaller in its shape.
-CameraFormat SizeWithin(const CameraSizes& sizes, const CameraWish& wish) {
-    const double fits = std::min({1.0, static_cast<double>(sizes.width.most) / wish.width,
-                                  static_cast<double>(sizes.height.most) / wish.height});
-    return {
-        0, AtLeast(sizes.width, wish.width * fits), AtLeast(sizes.height, wish.height * fits), {}};
+CameraFormat SizeWithin(const CameraSizes& sizes, const CameraRequest& request) {
+    const double fits = std::min({1.0, static_cast<double>(sizes.width.most) / request.width,
+                                  static_cast<double>(sizes.height.most) / request.height});
+    return {0,
+            AtLeast(sizes.width, request.width * fits),
+            AtLeast(sizes.height, request.height * fits),
+            {}};
 }
 
 double Seconds(const CameraInterval& interval) {
@@ -69,34 +74,34 @@ double Seconds(const CameraInterval& interval) {
 }
 
 CameraInterval IntervalWithin(const CameraIntervals& intervals, std::int32_t rate) {
-    const CameraInterval wished = {1000, static_cast<std::uint32_t>(rate)};
-    if (Seconds(wished) <= Seconds(intervals.shortest)) return intervals.shortest;
-    if (Seconds(wished) >= Seconds(intervals.longest)) return intervals.longest;
-    return wished;
+    const CameraInterval requested = {1000, static_cast<std::uint32_t>(rate)};
+    if (Seconds(requested) <= Seconds(intervals.shortest)) return intervals.shortest;
+    if (Seconds(requested) >= Seconds(intervals.longest)) return intervals.longest;
+    return requested;
 }
 
-// How much of what was wished there is, at most all.
-double Share(double there, double wished) { return std::min(1.0, there / wished); }
+// How much of what was requested there is, at most all.
+double Share(double there, double requested) { return std::min(1.0, there / requested); }
 
-double RateShare(std::int32_t rate, std::int32_t wished) {
-    return rate == 0 || rate >= kRateReached * wished ? 1.0 : Share(rate, wished);
+double RateShare(std::int32_t rate, std::int32_t requested) {
+    return rate == 0 || rate >= kRateReached * requested ? 1.0 : Share(rate, requested);
 }
 
 enum class Likeness { Same, SameShape, Other };
 
-Likeness LikenessOf(const CameraFormat& format, const CameraWish& wish) {
-    if (format.width == wish.width && format.height == wish.height) return Likeness::Same;
+Likeness LikenessOf(const CameraFormat& format, const CameraRequest& request) {
+    if (format.width == request.width && format.height == request.height) return Likeness::Same;
     const double shape = static_cast<double>(format.width) / format.height;
-    const double wished = static_cast<double>(wish.width) / wish.height;
-    return std::abs(shape / wished - 1) <= kSameShape ? Likeness::SameShape : Likeness::Other;
+    const double requested = static_cast<double>(request.width) / request.height;
+    return std::abs(shape / requested - 1) <= kSameShape ? Likeness::SameShape : Likeness::Other;
 }
 
 // The lowest is the best.
-auto RankOf(const CameraFormat& format, const CameraPixelRow& row, const CameraWish& wish) {
+auto RankOf(const CameraFormat& format, const CameraPixelRow& row, const CameraRequest& request) {
     const std::int32_t rate = RateOf(format.interval);
-    const double given = Share(format.width, wish.width) * Share(format.height, wish.height) *
-                         RateShare(rate, wish.rate);
-    return std::tuple(row.kind == Kind::Greys, -given, LikenessOf(format, wish), row.kind,
+    const double given = Share(format.width, request.width) * Share(format.height, request.height) *
+                         RateShare(rate, request.rate);
+    return std::tuple(row.kind == Kind::Greys, -given, LikenessOf(format, request), row.kind,
                       std::int64_t{format.width} * format.height, rate);
 }
 
@@ -110,13 +115,13 @@ const CameraPixelRow* FindCameraPixels(std::uint32_t code) {
     return row == std::end(kPixels) ? nullptr : row;
 }
 
-std::optional<CameraFormat> ChooseCameraFormat(const CameraOffers& offers, CameraWish wish) {
-    wish = Completed(wish);
-    using Rank = decltype(RankOf(CameraFormat{}, kPixels[0], wish));
+std::optional<CameraFormat> ChooseCameraFormat(const CameraOffers& offers, CameraRequest request) {
+    request = Completed(request);
+    using Rank = decltype(RankOf(CameraFormat{}, kPixels[0], request));
     std::optional<CameraFormat> best;
     std::optional<Rank> best_rank;
     const auto consider = [&](const CameraFormat& format, const CameraPixelRow& row) {
-        const Rank rank = RankOf(format, row, wish);
+        const Rank rank = RankOf(format, row, request);
         if (best_rank && *best_rank <= rank) return;
         best = format;
         best_rank = rank;
@@ -125,12 +130,12 @@ std::optional<CameraFormat> ChooseCameraFormat(const CameraOffers& offers, Camer
     for (const CameraPixelRow& row : kPixels) {
         if (std::find(offered.begin(), offered.end(), row.code) == offered.end()) continue;
         for (const CameraSizes& sizes : offers.Sizes(row.code)) {
-            CameraFormat format = SizeWithin(sizes, wish);
+            CameraFormat format = SizeWithin(sizes, request);
             format.pixels = row.code;
             const auto intervals = offers.Intervals(row.code, format.width, format.height);
             if (intervals.empty()) consider(format, row);
             for (const CameraIntervals& each : intervals) {
-                format.interval = IntervalWithin(each, wish.rate);
+                format.interval = IntervalWithin(each, request.rate);
                 consider(format, row);
             }
         }

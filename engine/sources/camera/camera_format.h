@@ -56,10 +56,11 @@ class CameraOffers {
                                                    std::int32_t height) const = 0;
 };
 
-/// The format with most of the wished pixels a second. Among those that have all of them: the
-/// wished size, else the smallest larger one of the wished shape, else the smallest larger one; of
-/// one size, raw pictures before JPEG ones; then the rate that is least above the wished one. Grey
-/// pictures are taken from a camera that has no others. None when no format can be recorded.
-std::optional<CameraFormat> ChooseCameraFormat(const CameraOffers& offers, CameraWish wish);
+/// The format with most of the requested pixels a second. Among those that have all of them: the
+/// requested size, else the smallest larger one of the requested shape, else the smallest larger
+/// one; of one size, raw pictures before JPEG ones; then the rate that is least above the requested
+/// one. Grey pictures are taken from a camera that has no others. None when no format can be
+/// recorded.
+std::optional<CameraFormat> ChooseCameraFormat(const CameraOffers& offers, CameraRequest request);
 
 }  // namespace engine

@@ -107,9 +107,9 @@ struct FakeEngine {
                     shares.push_back(share.get());
                     return share;
                 },
-                [this](const engine::Device& camera, const engine::CameraWish& wish) {
+                [this](const engine::Device& camera, const engine::CameraRequest& request) {
                     cameras.push_back(camera.id);
-                    camera_wishes.push_back(wish);
+                    camera_requests.push_back(request);
                     return camera_format;
                 }};
     }
@@ -122,7 +122,7 @@ struct FakeEngine {
     int device_questions = 0;
     engine::CameraFormat camera_format = {0, 640, 480, {1001, 30000}};
     std::vector<std::string> cameras;  // asked for their format
-    std::vector<engine::CameraWish> camera_wishes;
+    std::vector<engine::CameraRequest> camera_requests;
     engine::ScreenAccess screen_access = engine::ScreenAccess::X11;
     std::string screen_choice;
     std::vector<FakeShare*> shares;

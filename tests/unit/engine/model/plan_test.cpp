@@ -758,12 +758,12 @@ TEST(Plan, ACameraIsAskedForWhatIsEncoded) {
         std::int32_t width, height;  // of the profile
         std::int32_t margin;         // on the left
         std::int32_t capture_rate;
-        CameraWish wish;
+        CameraRequest request;
         std::int32_t coded_width, coded_height, rate, ceiling;
     };
     // clang-format off
     const Case cases[] = {
-        // why                              size      margin rate    wish               coded     rate    ceiling
+        // why                              size      margin rate    request               coded     rate    ceiling
         {"the profile's size",              320, 240, 0,  30'000, {320, 240, 30'000}, 320, 240, 29'970, 100'000},
         {"what is clipped comes on top",    320, 240, 16, 30'000, {336, 240, 30'000}, 320, 240, 29'970, 100'000},
         {"the other side follows",          320, 0,   0,  30'000, {320, 0, 30'000},   320, 240, 29'970, 100'000},
@@ -782,7 +782,7 @@ TEST(Plan, ACameraIsAskedForWhatIsEncoded) {
         session.Audience().SetVideoHeight(0, c.height);
         const EncodePlan plan = session.Plan();
         EXPECT_EQ(session.engine.cameras, std::vector<std::string>{"/dev/video0"});
-        EXPECT_EQ(session.engine.camera_wishes, std::vector{c.wish});
+        EXPECT_EQ(session.engine.camera_requests, std::vector{c.request});
         ASSERT_TRUE(plan.video->input.capture);
         EXPECT_EQ(plan.video->input.capture->kind, DeviceKind::Camera);
         EXPECT_EQ(plan.video->input.capture->camera, session.engine.camera_format);

@@ -74,11 +74,11 @@ const std::vector<Offer> kAny = {{kNv12, {{32, 1280, 2}, {32, 960, 2}}, {{Every(
 struct Case {
     const char* why;
     std::vector<Offer> offers;
-    CameraWish wish;
+    CameraRequest request;
     CameraFormat chosen;  // of width 0 = none
 };
 
-TEST(CameraFormat, SuitsTheWishBest) {
+TEST(CameraFormat, SuitsTheRequestBest) {
     // clang-format off
     const Case cases[] = {
         {"raw pictures of the size", kWebcam, {640, 480, 30'000}, {kYuyv, 640, 480, Every(30)}},
@@ -110,7 +110,7 @@ TEST(CameraFormat, SuitsTheWishBest) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.why);
         const CameraFormat chosen =
-            ChooseCameraFormat(Offers(c.offers), c.wish).value_or(CameraFormat{});
+            ChooseCameraFormat(Offers(c.offers), c.request).value_or(CameraFormat{});
         EXPECT_EQ(chosen.pixels, c.chosen.pixels);
         EXPECT_EQ(chosen.width, c.chosen.width);
         EXPECT_EQ(chosen.height, c.chosen.height);
