@@ -13,8 +13,8 @@ namespace engine {
 /// stream that is not reordered are shown in the order of their packets.
 struct EncodedPacket {
     int stream = 0;
-    Ticks presentation;
-    Ticks decode;
+    Ticks pts;
+    Ticks dts;
     Ticks duration;
     bool key = false;
     std::span<const std::uint8_t> bytes;  // valid during the call only
@@ -32,7 +32,7 @@ class PacketSink {
     virtual ~PacketSink() = default;
     /// Throws platform::Error (access denied, path not found, disk full, invalid argument).
     virtual void Begin(const OutputHeader& header) = 0;
-    /// Decode times of all streams together do not decrease. Throws platform::Error.
+    /// Dts of all streams together do not decrease. Throws platform::Error.
     virtual void Write(const EncodedPacket& packet) = 0;
     /// Completes the output. Throws platform::Error.
     virtual void Finish() = 0;

@@ -84,9 +84,9 @@ bool AvAudioEncoder::Send(AVFrame& frame, std::int64_t samples_completed,
         const int result = avcodec_receive_packet(codec_.get(), packet.data.get());
         if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return true;
         CheckAv(result, subject);
-        packet.presentation = packet.decode = SampleTime(completed_, codec_->sample_rate);
+        packet.pts = packet.dts = SampleTime(completed_, codec_->sample_rate);
         completed_ += samples_completed;
-        packet.duration = SampleTime(completed_, codec_->sample_rate) - packet.presentation;
+        packet.duration = SampleTime(completed_, codec_->sample_rate) - packet.pts;
         packet.key = true;
         packet.audio_samples = samples_completed;
         if (!sink(std::move(packet))) return false;

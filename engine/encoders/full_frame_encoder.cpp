@@ -93,7 +93,7 @@ bool FullFrameEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
         WriteRows(frame, packet.data->data);
     else
         WritePlanes(frame, packet.data->data);
-    packet.presentation = packet.decode = {frame.pts};
+    packet.pts = packet.dts = {frame.pts};
     packet.duration = {frame.pkt_duration};
     packet.key = true;
     return sink(std::move(packet));

@@ -127,7 +127,7 @@ bool GroupedVideoEncoder::Finish(const CodedFrameSink& sink) {
     if (!HandOnUntil(lock, sink, [this] { return groups_.empty(); })) return false;
     if (!last_.data) return true;
     // The last picture stays for those that were left out after it.
-    last_.duration = std::max(last_.duration, end_ - last_.presentation);
+    last_.duration = std::max(last_.duration, end_ - last_.pts);
     return sink(std::move(last_));
 }
 
@@ -353,10 +353,10 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
     const Ticks time{frame.frame->pts};
     Outcome outcome;
     outcome.index = frame.index;
-    outcome.packet.presentation = outcome.packet.decode = time;
+    outcome.packet.pts = outcome.packet.dts = time;
     outcome.packet.duration = {frame.frame->pkt_duration};
     // What others stand before comes when the picture before them is shown.
-    if (between_ > 0 && !between && work.before) outcome.packet.decode = work.before_time;
+    if (between_ > 0 && !between && work.before) outcome.packet.dts = work.before_time;
 
     frame.decided = true;
     work.waiting.clear();
@@ -365,7 +365,7 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
             work.waiting.push_back(
                 {(Ticks{other.frame->pts} - work.group->start).Seconds(), other.step_cost});
     codecs::GopRateControl::Picture picture;
-    picture.seconds = (outcome.packet.decode - work.group->start).Seconds();
+    picture.seconds = (outcome.packet.dts - work.group->start).Seconds();
     picture.index = frame.index;
     picture.kind = request.kind;
     picture.intra_cost = frame.intra_cost;

@@ -55,9 +55,8 @@ bool PcmEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
     } else {
         std::copy_n(frame.data[0], packet.data->size, to);
     }
-    packet.presentation = packet.decode = SampleTime(frame.pts, format_.sampling_rate);
-    packet.duration =
-        SampleTime(frame.pts + frame.nb_samples, format_.sampling_rate) - packet.presentation;
+    packet.pts = packet.dts = SampleTime(frame.pts, format_.sampling_rate);
+    packet.duration = SampleTime(frame.pts + frame.nb_samples, format_.sampling_rate) - packet.pts;
     packet.key = true;
     packet.audio_samples = frame.nb_samples;
     return sink(std::move(packet));

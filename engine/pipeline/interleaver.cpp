@@ -57,7 +57,7 @@ Interleaver::Lane* Interleaver::Next() {
     if (audio_.packets.empty() && video_.packets.empty()) return nullptr;
     if (audio_.packets.empty()) return &video_;
     if (video_.packets.empty()) return &audio_;
-    return video_.packets.front().decode < audio_.packets.front().decode ? &video_ : &audio_;
+    return video_.packets.front().dts < audio_.packets.front().dts ? &video_ : &audio_;
 }
 
 bool Interleaver::Pop(MediaKind& kind, CodedPacket& packet) {
@@ -77,7 +77,7 @@ bool Interleaver::Pop(MediaKind& kind, CodedPacket& packet) {
     packet = std::move(lane->packets.front());
     lane->packets.pop_front();
     lane->bytes -= static_cast<std::size_t>(packet.data->size);
-    packet.decode = last_decode_ = std::max(packet.decode, last_decode_);
+    packet.dts = last_dts_ = std::max(packet.dts, last_dts_);
     if (was_full) freed_.notify_all();
     return true;
 }

@@ -1,4 +1,4 @@
-// Brings the coded packets of a session's streams into one order of decode time.
+// Brings the coded packets of a session's streams into one order of dts.
 #pragma once
 
 #include <condition_variable>
@@ -25,7 +25,7 @@ class Interleaver {
     /// Blocks while the stream's queue is full. False when the writer has gone.
     bool Push(MediaKind kind, CodedPacket packet);
     void Finish(MediaKind kind);
-    /// Decode times never decrease: a packet that came too late takes that of the one before it.
+    /// Dts never decrease: a packet that came too late takes that of the one before it.
     /// False when all streams have finished and everything was taken.
     bool Pop(MediaKind& kind, CodedPacket& packet);
     void Cancel();  // by the writer
@@ -44,7 +44,7 @@ class Interleaver {
         bool Full() const { return packets.size() >= kMaxPackets || bytes >= kMaxBytes; }
         bool Awaited() const { return !finished && packets.empty(); }
         bool HasWaited(Ticks time) const {
-            return !packets.empty() && packets.back().decode - packets.front().decode >= time;
+            return !packets.empty() && packets.back().dts - packets.front().dts >= time;
         }
     };
 
@@ -59,7 +59,7 @@ class Interleaver {
     Lane audio_, video_;
     bool live_;
     std::function<bool()> starved_;
-    Ticks last_decode_;
+    Ticks last_dts_;
     bool cancelled_ = false;
 };
 

@@ -301,8 +301,8 @@ void Pass::Write(PacketSink* sink) {
         if (sink != nullptr) {
             EncodedPacket coded;
             coded.stream = kind == MediaKind::Video && plan_.audio ? 1 : 0;
-            coded.presentation = packet.presentation;
-            coded.decode = packet.decode;
+            coded.pts = packet.pts;
+            coded.dts = packet.dts;
             coded.duration = packet.duration;
             coded.key = packet.key;
             coded.bytes = {packet.data->data, static_cast<std::size_t>(packet.data->size)};

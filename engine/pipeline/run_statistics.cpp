@@ -64,8 +64,8 @@ void RunStatistics::Written(MediaKind kind, const CodedPacket& packet) {
     counters.bytes += packet.data->size;
     ++counters.samples;
     counters.audio_samples += packet.audio_samples;
-    counters.end = std::max(counters.end, packet.presentation + packet.duration);
-    counters.AddRecent(packet.presentation, packet.data->size);
+    counters.end = std::max(counters.end, packet.pts + packet.duration);
+    counters.AddRecent(packet.pts, packet.data->size);
 }
 
 void RunStatistics::Dropped(const Drops& drops) {

@@ -14,8 +14,8 @@ namespace engine {
 
 struct CodedPacket {
     PacketHandle data;
-    Ticks presentation;
-    Ticks decode;
+    Ticks pts;
+    Ticks dts;
     Ticks duration;
     bool key = false;
     std::int64_t audio_samples = 0;  // per channel that the packet adds to the stream

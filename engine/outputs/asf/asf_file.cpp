@@ -56,11 +56,11 @@ void AsfFile::Write(const EncodedPacket& packet) {
         packetizer_->Add({.stream_number = StreamNumber(index),
                           .video = header_.streams[index].Kind() == MediaKind::Video,
                           .key = packet.key,
-                          .presentation = packet.presentation,
-                          .decode = packet.decode,
+                          .pts = packet.pts,
+                          .dts = packet.dts,
                           .duration = packet.duration,
                           .bytes = packet.bytes,
-                          .ahead = reordered ? Ahead(totals, packet.presentation) : Ticks{}});
+                          .ahead = reordered ? Ahead(totals, packet.pts) : Ticks{}});
     } catch (const platform::Error& error) {
         failure_ = error;
         throw;
@@ -70,11 +70,11 @@ void AsfFile::Write(const EncodedPacket& packet) {
         std::max(totals.largest_object, static_cast<std::uint32_t>(packet.bytes.size()));
 }
 
-Ticks AsfFile::Ahead(StreamTotals& stream, Ticks presentation) {
-    const Ticks kept_back = stream.kept_back.value_or(presentation);
-    if (presentation < kept_back) return {};  // shown at once
-    stream.kept_back = presentation;
-    return presentation - kept_back;
+Ticks AsfFile::Ahead(StreamTotals& stream, Ticks pts) {
+    const Ticks kept_back = stream.kept_back.value_or(pts);
+    if (pts < kept_back) return {};  // shown at once
+    stream.kept_back = pts;
+    return pts - kept_back;
 }
 
 void AsfFile::TakePacket(const ClosedPacket& packet) {
@@ -122,8 +122,7 @@ void AsfFile::AppendIndexes() {
     // Behind no packets, readers would take an index for the first one.
     if (indexes_.empty() || packets_ == 0) return;
     ByteWriter out;
-    for (SimpleIndex& index : indexes_)
-        index.AppendTo(out, facts_.file_id, last_.last_presentation_ms);
+    for (SimpleIndex& index : indexes_) index.AppendTo(out, facts_.file_id, last_.last_pts_ms);
     try {
         part_->File().Append(out.bytes());
         index_bytes_ = out.size();

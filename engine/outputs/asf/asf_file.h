@@ -57,9 +57,9 @@ class AsfFile final : public PacketSink {
     struct StreamTotals {
         std::uint32_t largest_object = 0;
         std::uint64_t bytes = 0;
-        std::optional<Ticks> kept_back;  // presentation of the picture that players hold
+        std::optional<Ticks> kept_back;  // pts of the picture that players hold
     };
-    static Ticks Ahead(StreamTotals& stream, Ticks presentation);
+    static Ticks Ahead(StreamTotals& stream, Ticks pts);
     void TakePacket(const ClosedPacket& packet);
     void Complete(platform::ErrorTrap& trap);
     void AppendIndexes();

@@ -30,7 +30,7 @@ void DataWalk::Take(const PayloadFacts& payload) {
 
 void DataWalk::Complete(const PayloadFacts& payload, Stream& stream) {
     stream.open = false;
-    const std::int64_t shown_ms = payload.presentation_ms;
+    const std::int64_t shown_ms = payload.pts_ms;
     if (stream.last_ms >= 0 && shown_ms > stream.last_ms)
         stream.length_ms = shown_ms - stream.last_ms;
     stream.last_ms = std::max(stream.last_ms, shown_ms);
@@ -42,7 +42,7 @@ void DataWalk::Complete(const PayloadFacts& payload, Stream& stream) {
     }
     ++totals_.objects;
     totals_.packets = packet_ + 1;
-    totals_.last_presentation_ms = std::max(totals_.last_presentation_ms, shown_ms);
+    totals_.last_pts_ms = std::max(totals_.last_pts_ms, shown_ms);
     totals_.end_ms = std::max(totals_.end_ms, shown_ms + stream.length_ms);
     totals_.send_end_ms = send_end_ms_;
 }

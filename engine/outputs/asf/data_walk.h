@@ -15,11 +15,11 @@ namespace engine::asf {
 /// is of no use to a player.
 struct WalkTotals {
     std::uint64_t packets = 0;
-    std::uint64_t objects = 0;              // whole ones
-    std::int64_t last_presentation_ms = 0;  // the largest, preroll included
-    std::int64_t end_ms = 0;                // of the last object, preroll included
-    std::int64_t send_end_ms = 0;           // of the last packet
-    std::uint64_t key_frames = 0;           // of video
+    std::uint64_t objects = 0;     // whole ones
+    std::int64_t last_pts_ms = 0;  // the largest, preroll included
+    std::int64_t end_ms = 0;       // of the last object, preroll included
+    std::int64_t send_end_ms = 0;  // of the last packet
+    std::uint64_t key_frames = 0;  // of video
     bool operator==(const WalkTotals&) const = default;
 };
 
@@ -44,7 +44,7 @@ class DataWalk {
         bool open = false;
         // The last whole one.
         std::int64_t last_ms = -1;
-        std::int64_t length_ms = 0;  // the last step from one presentation time to the next
+        std::int64_t length_ms = 0;  // the last step from one pts to the next
     };
     void Take(const PayloadFacts& payload);
     void Complete(const PayloadFacts& payload, Stream& stream);

@@ -12,7 +12,7 @@ constexpr std::uint8_t kErrorCorrectionUnknown = 0x70;  // opaque data or a leng
 constexpr std::uint8_t kErrorCorrectionBytes = 0x0F;
 constexpr std::uint8_t kMultiplePayloads = 0x01;
 constexpr std::uint8_t kKeyFrame = 0x80;
-constexpr std::size_t kTimedReplication = 8;  // object size and presentation time
+constexpr std::size_t kTimedReplication = 8;  // object size and pts
 
 /// Bytes of a field whose two-bit type stands at `shift`.
 std::size_t Width(unsigned flags, int shift) {
@@ -70,7 +70,7 @@ class PacketReader {
             time_step = in_.U8();
         } else if (replicated >= kTimedReplication) {
             payload.object_bytes = in_.U32();
-            payload.presentation_ms = in_.U32();
+            payload.pts_ms = in_.U32();
             in_.Skip(replicated - kTimedReplication);
         } else {
             in_.Skip(replicated);
@@ -87,9 +87,9 @@ class PacketReader {
         return true;
     }
 
-    // Whole small objects; the offset's field holds the first one's presentation time.
+    // Whole small objects; the offset's field holds the first one's pts.
     bool ReadSubPayloads(PayloadFacts payload, std::uint8_t time_step, std::uint64_t end) {
-        payload.presentation_ms = payload.offset;
+        payload.pts_ms = payload.offset;
         payload.offset = 0;
         while (in_.Place() < end) {
             payload.bytes = payload.object_bytes = in_.U8();
@@ -97,7 +97,7 @@ class PacketReader {
             if (in_.Failed() || in_.Place() > end || payload.bytes == 0) return false;
             facts_.payloads.push_back(payload);
             ++payload.object;
-            payload.presentation_ms += time_step;
+            payload.pts_ms += time_step;
         }
         return true;
     }

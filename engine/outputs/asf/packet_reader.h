@@ -12,11 +12,11 @@ namespace engine::asf {
 struct PayloadFacts {
     std::uint8_t stream = 0;  // number, 1..127
     bool key = false;
-    std::uint32_t object = 0;           // its number, as wide as the writer made it
-    std::uint32_t offset = 0;           // into the object
-    std::uint32_t bytes = 0;            // of this fragment
-    std::uint32_t object_bytes = 0;     // of the whole object, 0 = not said
-    std::uint32_t presentation_ms = 0;  // preroll included; 0 when not said
+    std::uint32_t object = 0;        // its number, as wide as the writer made it
+    std::uint32_t offset = 0;        // into the object
+    std::uint32_t bytes = 0;         // of this fragment
+    std::uint32_t object_bytes = 0;  // of the whole object, 0 = not said
+    std::uint32_t pts_ms = 0;        // preroll included; 0 when not said
 };
 
 struct PacketFacts {

@@ -38,14 +38,14 @@ std::size_t Packetizer::Room() const {
     return packet_bytes_ - kPacketOverheadBytes - (packet_.size() - kLongestHeader);
 }
 
-std::int64_t Packetizer::PresentationField(const MediaObject& object) const {
-    const Ticks time = object.presentation - object.ahead;
+std::int64_t Packetizer::PtsField(const MediaObject& object) const {
+    const Ticks time = object.pts - object.ahead;
     return (time.count + Ticks::kPerMillisecond / 2) / Ticks::kPerMillisecond + preroll_ms_;
 }
 
 void Packetizer::Add(const MediaObject& object) {
     assert(object.stream_number < object_numbers_.size());
-    assert(object.presentation.count >= 0 && object.decode.count >= 0);
+    assert(object.pts.count >= 0 && object.dts.count >= 0);
     if (object.bytes.empty()) return;
     if (object.bytes.size() > std::numeric_limits<std::uint32_t>::max())
         throw platform::Error(platform::kInvalidArgument,
@@ -65,18 +65,18 @@ void Packetizer::Add(const MediaObject& object) {
         offset += count;
         if (offset == object.bytes.size()) {
             ++object_numbers_[object.stream_number];
-            const Ticks end = object.presentation + object.duration;
+            const Ticks end = object.pts + object.duration;
             state_.media_end = std::max(state_.media_end, end);
-            media_ms_ = (object.decode + object.duration).Milliseconds();
+            media_ms_ = (object.dts + object.duration).Milliseconds();
             if (object.video && object.key)
                 state_.key_frame = KeyFrameSpan{
-                    object.stream_number, PresentationField(object), first_packet_of_object_,
+                    object.stream_number, PtsField(object), first_packet_of_object_,
                     static_cast<std::uint32_t>(state_.number - first_packet_of_object_ + 1)};
         }
         if (Room() < kLeastUsefulRoom || payloads_ == kMaxPayloads) Close();
     }
     // Data that waited for more than a second would be lost when the process is killed.
-    if (payloads_ > 0 && object.decode + object.duration - first_decode_ >= kLongestSpan) Close();
+    if (payloads_ > 0 && object.dts + object.duration - first_dts_ >= kLongestSpan) Close();
 }
 
 void Packetizer::Flush() {
@@ -84,20 +84,20 @@ void Packetizer::Flush() {
 }
 
 void Packetizer::AppendPayload(const MediaObject& object, std::uint32_t offset, std::size_t count) {
-    const std::int64_t presentation_ms = PresentationField(object);
+    const std::int64_t pts_ms = PtsField(object);
     if (payloads_ == 0) {
-        first_decode_ = std::min(object.decode, object.presentation);
-        state_.send_ms = std::max(state_.send_ms, first_decode_.Milliseconds());
+        first_dts_ = std::min(object.dts, object.pts);
+        state_.send_ms = std::max(state_.send_ms, first_dts_.Milliseconds());
         media_ms_ = state_.send_ms;
     }
-    state_.last_presentation_ms = std::max(state_.last_presentation_ms, presentation_ms);
+    state_.last_pts_ms = std::max(state_.last_pts_ms, pts_ms);
     const bool key = object.key || !object.video;
     packet_.U8(static_cast<std::uint8_t>(object.stream_number | (key ? kKeyFrame : 0)));
     packet_.U8(object_numbers_[object.stream_number]);
     packet_.U32(offset);
     packet_.U8(8);
     packet_.U32(static_cast<std::uint32_t>(object.bytes.size()));
-    packet_.U32(static_cast<std::uint32_t>(presentation_ms));  // wraps after 49 days
+    packet_.U32(static_cast<std::uint32_t>(pts_ms));  // wraps after 49 days
     packet_.U16(static_cast<std::uint16_t>(count));
     packet_.Bytes(object.bytes.subspan(offset, count));
     ++payloads_;

@@ -17,8 +17,8 @@ struct MediaObject {
     std::uint8_t stream_number = 1;  // 1..127
     bool video = false;
     bool key = false;
-    Ticks presentation{};
-    Ticks decode{};
+    Ticks pts{};
+    Ticks dts{};
     Ticks duration{};
     std::span<const std::uint8_t> bytes{};
     Ticks ahead{};  // of the presentation: what is written is that much earlier
@@ -27,7 +27,7 @@ struct MediaObject {
 /// A whole video key frame and the packets that hold it.
 struct KeyFrameSpan {
     std::uint8_t stream_number = 0;
-    std::int64_t presentation_ms = 0;  // preroll included
+    std::int64_t pts_ms = 0;  // preroll included
     std::uint64_t first_packet = 0;
     std::uint32_t packets = 1;
 };
@@ -39,7 +39,7 @@ struct ClosedPacket {
     std::int64_t send_ms = 0;  // never decreases
     std::uint16_t duration_ms = 0;
     // Over all packets so far, this one included:
-    std::int64_t last_presentation_ms = 0;  // the largest presentation field, preroll included
+    std::int64_t last_pts_ms = 0;           // the largest presentation field, preroll included
     Ticks media_end;                        // end of the last frame that is complete
     std::optional<KeyFrameSpan> key_frame;  // the key frame that ends here
 };
@@ -52,11 +52,11 @@ class Packetizer {
     using Receiver = std::function<void(const ClosedPacket&)>;
 
     /// @param packet_bytes  100..65536, asserted
-    /// @param preroll_ms    added to every presentation time, above 0
+    /// @param preroll_ms    added to every pts, above 0
     /// An exception of the receiver passes through Add and Flush; the packetizer is then done with.
     Packetizer(std::uint32_t packet_bytes, std::uint32_t preroll_ms, Receiver receiver);
 
-    /// Frames come in decode order over all streams. An empty frame is left out. Throws
+    /// Frames come in order of dts over all streams. An empty frame is left out. Throws
     /// platform::Error (invalid argument) for a frame of 4 GiB or more.
     void Add(const MediaObject& object);
     /// Closes the packet that is open, if any.
@@ -66,7 +66,7 @@ class Packetizer {
     std::size_t Room() const;
     void AppendPayload(const MediaObject& object, std::uint32_t offset, std::size_t count);
     void Close();
-    std::int64_t PresentationField(const MediaObject& object) const;
+    std::int64_t PtsField(const MediaObject& object) const;
 
     const std::uint32_t packet_bytes_;
     const std::uint32_t preroll_ms_;
@@ -74,7 +74,7 @@ class Packetizer {
     ByteWriter packet_;  // room for the longest packet header, then the payloads
     ByteWriter header_;
     int payloads_ = 0;
-    Ticks first_decode_;         // of the open packet
+    Ticks first_dts_;            // of the open packet
     std::int64_t media_ms_ = 0;  // where in decode time the open packet's data end
     std::uint64_t first_packet_of_object_ = 0;
     std::array<std::uint8_t, 128> object_numbers_{};  // next one, by stream number

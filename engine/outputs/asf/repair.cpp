@@ -36,7 +36,7 @@ void Put(std::vector<std::uint8_t>& bytes, std::size_t place, std::uint64_t valu
 std::vector<std::uint8_t> IndexBytes(Inspection& found, const Guid& file_id) {
     ByteWriter out;
     for (auto& [stream, index] : found.walk.Indexes())
-        index.AppendTo(out, file_id, found.walk.Totals().last_presentation_ms);
+        index.AppendTo(out, file_id, found.walk.Totals().last_pts_ms);
     return {out.bytes().begin(), out.bytes().end()};
 }
 

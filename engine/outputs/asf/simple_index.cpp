@@ -18,18 +18,17 @@ void SimpleIndex::Add(const KeyFrameSpan& key_frame) {
                       static_cast<std::uint16_t>(std::min(key_frame.packets, 0xFFFFU))};
     if (!has_key_frame_) latest_ = entry;  // also serves the time before it
     has_key_frame_ = true;
-    FillBefore(key_frame.presentation_ms);
+    FillBefore(key_frame.pts_ms);
     latest_ = entry;
 }
 
-void SimpleIndex::FillBefore(std::int64_t presentation_ms) {
-    while (static_cast<std::int64_t>(entries_.size()) * kIntervalMs < presentation_ms)
+void SimpleIndex::FillBefore(std::int64_t pts_ms) {
+    while (static_cast<std::int64_t>(entries_.size()) * kIntervalMs < pts_ms)
         entries_.push_back(latest_);
 }
 
-void SimpleIndex::AppendTo(ByteWriter& out, const Guid& file_id,
-                           std::int64_t last_presentation_ms) {
-    if (has_key_frame_) FillBefore(last_presentation_ms + 1);
+void SimpleIndex::AppendTo(ByteWriter& out, const Guid& file_id, std::int64_t last_pts_ms) {
+    if (has_key_frame_) FillBefore(last_pts_ms + 1);
     std::uint32_t most_packets = 0;
     for (const Entry& entry : entries_)
         most_packets = std::max<std::uint32_t>(most_packets, entry.packets);

@@ -14,19 +14,19 @@ class SimpleIndex {
   public:
     SimpleIndex();
 
-    /// Key frames come in the order of their presentation times.
+    /// Key frames come in the order of their pts.
     void Add(const KeyFrameSpan& key_frame);
 
-    /// Appends the index object with entries up to `last_presentation_ms` (preroll included; that
+    /// Appends the index object with entries up to `last_pts_ms` (preroll included; that
     /// of the last packet). A stream without a key frame has no entries.
-    void AppendTo(ByteWriter& out, const Guid& file_id, std::int64_t last_presentation_ms);
+    void AppendTo(ByteWriter& out, const Guid& file_id, std::int64_t last_pts_ms);
 
   private:
     struct Entry {
         std::uint32_t packet = 0;
         std::uint16_t packets = 0;
     };
-    void FillBefore(std::int64_t presentation_ms);
+    void FillBefore(std::int64_t pts_ms);
 
     std::vector<Entry> entries_;  // the seconds whose key frame is known for sure
     Entry latest_;

@@ -91,14 +91,14 @@ class Writer : public testing::Test {
     void Push(Interleaver& interleaver, MediaKind kind, std::int64_t ms) {
         CodedPacket packet;
         packet.data = packets_.Get();
-        packet.decode = packet.presentation = Ticks::FromMilliseconds(ms);
+        packet.dts = packet.pts = Ticks::FromMilliseconds(ms);
         interleaver.Push(kind, std::move(packet));
     }
     std::string Next(Interleaver& interleaver) {
         MediaKind kind = kSound;
         CodedPacket packet;
         if (!interleaver.Pop(kind, packet)) return "end";
-        return (kind == kSound ? "a" : "v") + std::to_string(packet.decode.Milliseconds());
+        return (kind == kSound ? "a" : "v") + std::to_string(packet.dts.Milliseconds());
     }
     PacketPool packets_;
 };

@@ -44,11 +44,10 @@ TEST(AsfFile, FinishedHeaderHoldsWhatWasWritten) {
     EXPECT_EQ(h.flags, 2U);
     EXPECT_EQ(h.packet_bytes, ChoosePacketSize(364040, 0, 0));
     EXPECT_EQ(h.packets, file.packets.size());
-    const clips::Frame& last =
-        *std::max_element(clip.frames.begin(), clip.frames.end(), [](const auto& a, const auto& b) {
-            return a.presentation + a.duration < b.presentation + b.duration;
-        });
-    const Ticks end = last.presentation + last.duration;
+    const clips::Frame& last = *std::max_element(
+        clip.frames.begin(), clip.frames.end(),
+        [](const auto& a, const auto& b) { return a.pts + a.duration < b.pts + b.duration; });
+    const Ticks end = last.pts + last.duration;
     EXPECT_EQ(h.play_duration, static_cast<std::uint64_t>(end.count) + 50'000'000);
     const asf_reader::Packet& packet = file.packets.back();
     EXPECT_EQ(h.send_duration, (packet.send_ms + packet.duration_ms) * 10'000ULL);
@@ -131,7 +130,7 @@ TEST(AsfFile, LessThanASecondIsEverOnTheWay) {
             const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wmv.part"));
             const std::int64_t kept =
                 file.objects.empty() ? 0 : file.objects.back().presentation_ms - 5000 + 40;
-            EXPECT_GT(kept + 1000, frame.decode.Milliseconds());
+            EXPECT_GT(kept + 1000, frame.dts.Milliseconds());
             EXPECT_EQ(sink.Result().bytes, std::filesystem::file_size(scratch.Path("a.wmv.part")));
         }
     }

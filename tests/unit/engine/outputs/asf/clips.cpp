@@ -159,21 +159,20 @@ Clip Demux(const std::string& path) {
                                ticks(packet->duration),
                                (packet->flags & AV_PKT_FLAG_KEY) != 0,
                                {packet->data, packet->data + packet->size}});
-        first = std::min(
-            {first, clip.frames.back().presentation.count, clip.frames.back().decode.count});
+        first = std::min({first, clip.frames.back().pts.count, clip.frames.back().dts.count});
         av_packet_unref(packet.get());
     }
     for (Frame& frame : clip.frames) {
-        frame.presentation.count -= first;
-        frame.decode.count -= first;
+        frame.pts.count -= first;
+        frame.dts.count -= first;
     }
     std::stable_sort(clip.frames.begin(), clip.frames.end(),
-                     [](const Frame& a, const Frame& b) { return a.decode < b.decode; });
+                     [](const Frame& a, const Frame& b) { return a.dts < b.dts; });
     return clip;
 }
 
 engine::EncodedPacket AsPacket(const Frame& frame) {
-    return {frame.stream, frame.presentation, frame.decode, frame.duration, frame.key, frame.bytes};
+    return {frame.stream, frame.pts, frame.dts, frame.duration, frame.key, frame.bytes};
 }
 
 void WriteAll(engine::PacketSink& sink, const Clip& clip) {

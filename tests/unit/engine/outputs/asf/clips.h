@@ -12,14 +12,14 @@ namespace clips {
 
 struct Frame {
     int stream = 0;
-    engine::Ticks presentation, decode, duration;
+    engine::Ticks pts, dts, duration;
     bool key = false;
     std::vector<std::uint8_t> bytes;
 };
 
 struct Clip {
     engine::OutputHeader header;
-    std::vector<Frame> frames;  // in decode order
+    std::vector<Frame> frames;  // in order of dts
 };
 
 /// A folder of this test's own, gone at the end.

@@ -30,7 +30,7 @@ TEST_P(Sizes, HoldEveryFrameInOrder) {
         EXPECT_EQ(object.stream, frame.stream + 1);
         EXPECT_EQ(object.bytes, frame.bytes);
         EXPECT_EQ(object.key, frame.key || frame.stream == 0) << "sound always carries the flag";
-        EXPECT_EQ(object.presentation_ms, frame.presentation.Milliseconds() + 5000);
+        EXPECT_EQ(object.presentation_ms, frame.pts.Milliseconds() + 5000);
         if (frame.stream == 1 && frame.key) {
             EXPECT_EQ(object.payload_in_packet, 0U) << "a key frame starts a packet";
         }
@@ -38,8 +38,8 @@ TEST_P(Sizes, HoldEveryFrameInOrder) {
             EXPECT_EQ(object.first_packet, object.last_packet) << "sound is split without need";
         }
         EXPECT_GT(object.presentation_ms, file.packets[object.last_packet].send_ms);
-        EXPECT_LE(file.packets[object.first_packet].send_ms, frame.decode.Milliseconds());
-        EXPECT_GT(file.packets[object.last_packet].send_ms + 1000, frame.decode.Milliseconds())
+        EXPECT_LE(file.packets[object.first_packet].send_ms, frame.dts.Milliseconds());
+        EXPECT_GT(file.packets[object.last_packet].send_ms + 1000, frame.dts.Milliseconds())
             << "a frame waits for a second and more";
     }
     for (std::size_t i = 1; i < file.packets.size(); ++i)
@@ -132,12 +132,12 @@ TEST(Packets, HoldSixtyThreePayloadsAndNoEmptyFrame) {
 TEST(Packets, SendTimesFollowDecodeAndShowTimesPresentation) {
     // I P B B as a coder with B-frames sends them, at 25 frames a second.
     const std::vector<std::uint8_t> bytes(900, 7);
-    const auto frame = [&](int presentation, int decode, bool key) {
+    const auto frame = [&](int pts, int dts, bool key) {
         return MediaObject{.stream_number = 2,
                            .video = true,
                            .key = key,
-                           .presentation = Ticks::FromMilliseconds(presentation),
-                           .decode = Ticks::FromMilliseconds(decode),
+                           .pts = Ticks::FromMilliseconds(pts),
+                           .dts = Ticks::FromMilliseconds(dts),
                            .duration = Ticks::FromMilliseconds(40),
                            .bytes = bytes};
     };

@@ -45,7 +45,7 @@ TEST_P(Codecs, DecodeAsTheSourceInPacketsOfAnySize) {
     const clips::Clip clip = clips::Demux(source);
     ASSERT_GT(clip.frames.size(), 200U);
     EXPECT_EQ(std::any_of(clip.frames.begin(), clip.frames.end(),
-                          [](const auto& f) { return f.presentation != f.decode; }),
+                          [](const auto& f) { return f.pts != f.dts; }),
               GetParam().reordered);
     const std::string path = scratch.Path("written.wmv");
     for (const std::uint32_t packet_bytes : {100U, 576U, 1400U, 3200U, 16000U, 64000U}) {
@@ -58,7 +58,7 @@ TEST_P(Codecs, DecodeAsTheSourceInPacketsOfAnySize) {
         ASSERT_EQ(file.objects.size(), clip.frames.size());
         for (std::size_t i = 0; i < clip.frames.size(); ++i)
             EXPECT_EQ(file.objects[i].presentation_ms - preroll,
-                      (clip.frames[i].presentation.count + 5000) / 10000);
+                      (clip.frames[i].pts.count + 5000) / 10000);
     }
 }
 
@@ -75,7 +75,7 @@ TEST_P(Codecs, SeekLandsOnTheKeyFrameBefore) {
         SCOPED_TRACE(second);
         const clips::Frame* expected = &pictures.front();
         for (const clips::Frame& frame : pictures)
-            if (frame.key && frame.presentation.Milliseconds() <= second * 1000) expected = &frame;
+            if (frame.key && frame.pts.Milliseconds() <= second * 1000) expected = &frame;
         std::vector<clips::ReadBack> read = clips::ReadWithLibavformat(path, second * 1000, 50);
         const auto first =
             std::find_if(read.begin(), read.end(), [](const auto& f) { return f.stream == 1; });
@@ -108,7 +108,7 @@ TEST(Reordered, PicturesAreShownAtTheirTimes) {
     clip.header.streams.at(0).reordered = true;
     std::vector<std::int64_t> expected;
     for (const clips::Frame& frame : clip.frames)
-        expected.push_back((frame.presentation.count + 5000) / 10000);
+        expected.push_back((frame.pts.count + 5000) / 10000);
     EXPECT_FALSE(std::is_sorted(expected.begin(), expected.end()));
     std::sort(expected.begin(), expected.end());
     const std::string path = scratch.Path("written.wmv");

@@ -395,7 +395,7 @@ TEST(Repair, PacketsOfEveryForm) {
         EXPECT_EQ(facts.payloads.size(), row.payloads);
         EXPECT_EQ(facts.send_ms, s);
         if (row.payloads == 3) {
-            EXPECT_EQ(facts.payloads[2].presentation_ms, 45U);
+            EXPECT_EQ(facts.payloads[2].pts_ms, 45U);
         }
     }
 }
