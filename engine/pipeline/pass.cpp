@@ -131,7 +131,7 @@ void Pass::Start(PacketSink* sink) {
     }
     if (video_) {
         Run(video_->device ? &Pass::Capture : &Pass::DecodePicture, *video_);
-        Run(&Pass::ConditionPicture, *video_);
+        Run(&Pass::FilterPicture, *video_);
         Run(&Pass::EncodePicture, *video_);
     }
     threads_.emplace_back([this, sink] {
@@ -235,10 +235,10 @@ void Pass::HandleSound(Chain& chain) {
     const FrameSink encode = [&](FrameHandle frame) {
         return audio_encoder_->Encode(*frame, to_interleaver);
     };
-    const FrameSink condition = [&](FrameHandle frame) {
+    const FrameSink filter = [&](FrameHandle frame) {
         return sound_->Push(std::move(frame), encode);
     };
-    if (Drain(chain, condition)) sound_->Finish(encode);
+    if (Drain(chain, filter)) sound_->Finish(encode);
     audio_encoder_->Finish(to_interleaver);
 }
 
@@ -250,26 +250,24 @@ void Pass::DecodePicture(Chain& chain) {
     Drain(chain, [this](FrameHandle frame) { return decoded_.Push(std::move(frame)); });
 }
 
-void Pass::ConditionPicture(Chain& chain) {
+void Pass::FilterPicture(Chain& chain) {
     const AtExit end([&] {
-        conditioned_.Finish();
+        filtered_.Finish();
         if (chain.file)
             decoded_.Cancel();
         else
             CancelSource(chain);
     });
-    const FrameSink next = [this](FrameHandle frame) {
-        return conditioned_.Push(std::move(frame));
-    };
-    const FrameSink condition = [&](FrameHandle frame) {
+    const FrameSink next = [this](FrameHandle frame) { return filtered_.Push(std::move(frame)); };
+    const FrameSink filter = [&](FrameHandle frame) {
         return picture_->Push(std::move(frame), next);
     };
     bool wanted = true;
     if (chain.file) {
         FrameHandle frame;
-        while (wanted && decoded_.Pop(frame)) wanted = condition(std::move(frame));
+        while (wanted && decoded_.Pop(frame)) wanted = filter(std::move(frame));
     } else {
-        wanted = Drain(chain, condition);
+        wanted = Drain(chain, filter);
     }
     if (!wanted || !picture_->Finish(next)) return;
     if (chain.device) picture_->HoldUntil(LiveEnd(), next);
@@ -278,12 +276,12 @@ void Pass::ConditionPicture(Chain& chain) {
 void Pass::EncodePicture(Chain& chain) {
     const AtExit end([&] {
         interleaver_->Finish(chain.kind);
-        conditioned_.Cancel();
+        filtered_.Cancel();
     });
     const CodedFrameSink to_interleaver = ToInterleaver(chain.kind);
     FrameHandle frame;
     bool wanted = true;
-    while (wanted && conditioned_.Pop(frame)) {
+    while (wanted && filtered_.Pop(frame)) {
         wanted = video_encoder_->Encode(*frame, to_interleaver);
         frame.reset();
         statistics_.Dropped(video_encoder_->TakeDrops());

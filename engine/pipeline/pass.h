@@ -14,8 +14,8 @@
 
 #include "engine/base/packet_sink.h"
 #include "engine/encoders/make_encoder.h"
-#include "engine/filters/sound_conditioner.h"
-#include "engine/filters/video_conditioner.h"
+#include "engine/filters/audio_resampler.h"
+#include "engine/filters/video_filter_chain.h"
 #include "engine/pipeline/bounded_queue.h"
 #include "engine/pipeline/capture_queues.h"
 #include "engine/pipeline/interleaver.h"
@@ -67,7 +67,7 @@ class Pass {
 
   private:
     static constexpr std::size_t kDecodedFrames = 4;
-    static constexpr std::size_t kConditionedFrames = 4;
+    static constexpr std::size_t kFilteredFrames = 4;
 
     struct Input {
         std::unique_ptr<FileReader> reader;
@@ -102,7 +102,7 @@ class Pass {
     CodedFrameSink ToInterleaver(MediaKind kind);
     void HandleSound(Chain& chain);
     void DecodePicture(Chain& chain);
-    void ConditionPicture(Chain& chain);
+    void FilterPicture(Chain& chain);
     void EncodePicture(Chain& chain);
     void Write(PacketSink* sink);
 
@@ -115,12 +115,12 @@ class Pass {
     std::vector<std::unique_ptr<Input>> inputs_;
     std::unique_ptr<AudioEncoder> audio_encoder_;
     std::unique_ptr<VideoEncoder> video_encoder_;
-    std::optional<SoundConditioner> sound_;
-    std::optional<VideoConditioner> picture_;
+    std::optional<AudioResampler> sound_;
+    std::optional<VideoFilterChain> picture_;
     std::optional<CaptureQueues> captured_;  // of a live plan
     std::optional<Chain> audio_, video_;
-    BoundedQueue<FrameHandle> decoded_{kDecodedFrames};          // pictures of a file
-    BoundedQueue<FrameHandle> conditioned_{kConditionedFrames};  // pictures
+    BoundedQueue<FrameHandle> decoded_{kDecodedFrames};    // pictures of a file
+    BoundedQueue<FrameHandle> filtered_{kFilteredFrames};  // pictures
     std::unique_ptr<Interleaver> interleaver_;
     PauseGate gate_;
     std::atomic<bool> stop_{false};

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <thread>
 
-#include "engine/filters/sound_conditioner.h"
+#include "engine/filters/audio_resampler.h"
 #include "engine/pipeline/capture_queues.h"
 #include "engine/pipeline/interleaver.h"
 #include "unit/engine/pipeline/fake_devices.h"
@@ -157,8 +157,8 @@ TEST(Drift, SoundKeepsUpWithTheClockForAnHour) {
     for (const DriftCase& row : kDriftCases) {
         SCOPED_TRACE(row.why);
         FramePool frames;
-        SoundConditioner conditioner({AV_SAMPLE_FMT_S16, kRate, 1, kRate / 10}, {},
-                                     SoundClock::Capture, {}, frames);
+        AudioResampler resampler({AV_SAMPLE_FMT_S16, kRate, 1, kRate / 10}, {}, SoundClock::Capture,
+                                 {}, frames);
         std::int64_t written = 0;
         int steepest = 0;
         int last = 0;
@@ -189,11 +189,11 @@ TEST(Drift, SoundKeepsUpWithTheClockForAnHour) {
             frame->sample_rate = kRate;
             sent += kChunk;
             now_s = static_cast<double>(sent) / device_rate;
-            ASSERT_TRUE(conditioner.Push(std::move(frame), sink));
+            ASSERT_TRUE(resampler.Push(std::move(frame), sink));
             if (now_s > 60)
                 most_off_s = std::max(most_off_s, static_cast<double>(written) / kRate - now_s);
         }
-        ASSERT_TRUE(conditioner.Finish(sink));
+        ASSERT_TRUE(resampler.Finish(sink));
         EXPECT_NEAR(static_cast<double>(written) / kRate, now_s, row.most_off_ms / 1000);
         EXPECT_LT(most_off_s, row.most_off_ms / 1000) << "ahead of the clock";
         // Steeper than the wave itself: a sample was left out or put in.
@@ -218,8 +218,8 @@ TEST(Drift, GapsAreFilledAndOverlapsCut) {
         SCOPED_TRACE(row.why);
         constexpr int kRate = fake_devices::kRate;
         FramePool frames;
-        SoundConditioner conditioner({AV_SAMPLE_FMT_S16, kRate, 1, 1024}, {}, SoundClock::Capture,
-                                     {}, frames);
+        AudioResampler resampler({AV_SAMPLE_FMT_S16, kRate, 1, 1024}, {}, SoundClock::Capture, {},
+                                 frames);
         std::int64_t written = 0;
         std::int64_t silent = 0;
         const FrameSink sink = [&](FrameHandle frame) {
@@ -232,9 +232,9 @@ TEST(Drift, GapsAreFilledAndOverlapsCut) {
             FrameHandle frame = frames.Get();
             fake_devices::FillSound(*frame, Ticks::FromMilliseconds(ms), kRate / 2,
                                     [](int) { return std::int16_t{1000}; });
-            ASSERT_TRUE(conditioner.Push(std::move(frame), sink));
+            ASSERT_TRUE(resampler.Push(std::move(frame), sink));
         }
-        ASSERT_TRUE(conditioner.Finish(sink));
+        ASSERT_TRUE(resampler.Finish(sink));
         EXPECT_NEAR(static_cast<double>(written) / kRate, row.length_s, 0.004);
         EXPECT_NEAR(static_cast<double>(silent) / kRate, std::max(0.0, row.length_s - 1), 0.002);
     }

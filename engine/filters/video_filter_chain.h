@@ -17,12 +17,12 @@
 namespace engine {
 
 /// One thread.
-class VideoConditioner {
+class VideoFilterChain {
   public:
     /// @param end   session time at which the picture ends; 0 = with its source
     /// @param turn  degrees clockwise that set the picture upright
     /// @param stop  ends the repeating of a still picture
-    VideoConditioner(const VideoPlan& plan, const PictureFormat& format, Ticks end, double turn,
+    VideoFilterChain(const VideoPlan& plan, const PictureFormat& format, Ticks end, double turn,
                      const std::atomic<bool>& stop, FramePool& frames);
 
     /// False when no more frames are wanted, by `next` or because the end mark was passed.

@@ -1,4 +1,4 @@
-#include "engine/filters/video_conditioner.h"
+#include "engine/filters/video_filter_chain.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,7 +13,7 @@ constexpr Ticks kMarkTolerance = Ticks::FromMilliseconds(1);
 
 }  // namespace
 
-VideoConditioner::VideoConditioner(const VideoPlan& plan, const PictureFormat& format, Ticks end,
+VideoFilterChain::VideoFilterChain(const VideoPlan& plan, const PictureFormat& format, Ticks end,
                                    double turn, const std::atomic<bool>& stop, FramePool& frames)
     : plan_(plan),
       end_(end),
@@ -25,7 +25,7 @@ VideoConditioner::VideoConditioner(const VideoPlan& plan, const PictureFormat& f
     if (plan.remove_telecine || plan.telecine) telecine_.emplace(plan.telecine, frames);
 }
 
-bool VideoConditioner::Push(FrameHandle frame, const FrameSink& next) {
+bool VideoFilterChain::Push(FrameHandle frame, const FrameSink& next) {
     if (plan_.input.still) return Repeat(std::move(frame), next);
     if (end_.count > 0 && frame->pts >= end_.count) {
         if (Finish(next) && plan_.input.capture) HoldUntil(end_, next);
@@ -36,11 +36,11 @@ bool VideoConditioner::Push(FrameHandle frame, const FrameSink& next) {
 
 // A file that starts late does so with what it has; a mark, and the start of a recording, are
 // somewhere in what is to be seen.
-bool VideoConditioner::OpensWithWhatIsThere() const {
+bool VideoFilterChain::OpensWithWhatIsThere() const {
     return plan_.input.capture || plan_.input.mark_in.count > 0;
 }
 
-bool VideoConditioner::FromBeginMark(FrameHandle frame, const FrameSink& next) {
+bool VideoFilterChain::FromBeginMark(FrameHandle frame, const FrameSink& next) {
     if (frame->pts < 0) {
         before_begin_ = std::move(frame);
         return true;
@@ -57,14 +57,14 @@ bool VideoConditioner::FromBeginMark(FrameHandle frame, const FrameSink& next) {
     return Restore(std::move(frame), next);
 }
 
-bool VideoConditioner::Restore(FrameHandle frame, const FrameSink& next) {
+bool VideoFilterChain::Restore(FrameHandle frame, const FrameSink& next) {
     const FrameSink emit = [&](FrameHandle whole) { return Emit(std::move(whole), next); };
     if (deinterlacer_) return deinterlacer_->Push(std::move(frame), emit);
     if (telecine_) return telecine_->Push(std::move(frame), emit);
     return Emit(std::move(frame), next);
 }
 
-bool VideoConditioner::Finish(const FrameSink& next) {
+bool VideoFilterChain::Finish(const FrameSink& next) {
     if (before_begin_) {
         FrameHandle first = std::move(before_begin_);
         const std::int64_t rest = (plan_.input.capture ? 0 : first->pts) + first->pkt_duration;
@@ -79,7 +79,7 @@ bool VideoConditioner::Finish(const FrameSink& next) {
     return !telecine_ || telecine_->Finish(emit);
 }
 
-bool VideoConditioner::Emit(FrameHandle frame, const FrameSink& next) {
+bool VideoFilterChain::Emit(FrameHandle frame, const FrameSink& next) {
     if (!ceiling_.Keep({frame->pts})) return true;
     // A kept frame stays on the screen for those dropped after it.
     frame->pkt_duration = std::max(frame->pkt_duration, ceiling_.Interval().count);
@@ -90,13 +90,13 @@ bool VideoConditioner::Emit(FrameHandle frame, const FrameSink& next) {
     return next(std::move(converted));
 }
 
-FrameHandle VideoConditioner::SamePicture(const AVFrame& picture) {
+FrameHandle VideoFilterChain::SamePicture(const AVFrame& picture) {
     FrameHandle frame = frames_.Get();
     CheckAv(av_frame_ref(frame.get(), &picture), "Repeating the picture failed");
     return frame;
 }
 
-bool VideoConditioner::HoldUntil(Ticks end, const FrameSink& next) {
+bool VideoFilterChain::HoldUntil(Ticks end, const FrameSink& next) {
     if (!shown_) return true;
     const std::int64_t interval = 1000 * Ticks::kPerSecond / CodedFrameRate(plan_);
     if (end.count - shown_->pts < 2 * interval) return true;
@@ -106,7 +106,7 @@ bool VideoConditioner::HoldUntil(Ticks end, const FrameSink& next) {
     return next(std::move(last));
 }
 
-bool VideoConditioner::Repeat(FrameHandle picture, const FrameSink& next) {
+bool VideoFilterChain::Repeat(FrameHandle picture, const FrameSink& next) {
     const FrameHandle converted = converter_.Convert(std::move(picture));
     const std::int64_t rate = CodedFrameRate(plan_);
     for (std::int64_t i = 0; !stop_; ++i) {

@@ -20,11 +20,11 @@ enum class SoundClock {
 };
 
 /// One thread. Sound starts at session time 0: what comes later is led in by silence.
-class SoundConditioner {
+class AudioResampler {
   public:
     /// @param end  session time at which the sound ends; 0 = with its source
-    SoundConditioner(const SoundFormat& format, const FoldDown& fold_down, SoundClock clock,
-                     Ticks end, FramePool& frames);
+    AudioResampler(const SoundFormat& format, const FoldDown& fold_down, SoundClock clock,
+                   Ticks end, FramePool& frames);
 
     /// The frames that `next` gets count samples in pts. False when no more frames are wanted.
     bool Push(FrameHandle frame, const FrameSink& next);

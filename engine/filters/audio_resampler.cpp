@@ -1,4 +1,4 @@
-#include "engine/filters/sound_conditioner.h"
+#include "engine/filters/audio_resampler.h"
 
 #include <algorithm>
 #include <array>
@@ -21,8 +21,8 @@ constexpr const char* kSubject = "Conversion of the sound failed";
 
 }  // namespace
 
-SoundConditioner::SoundConditioner(const SoundFormat& format, const FoldDown& fold_down,
-                                   SoundClock clock, Ticks end, FramePool& frames)
+AudioResampler::AudioResampler(const SoundFormat& format, const FoldDown& fold_down,
+                               SoundClock clock, Ticks end, FramePool& frames)
     : format_(format), fold_down_(fold_down), clock_(clock), end_(end), frames_(frames) {
     const int bytes = av_samples_get_buffer_size(nullptr, format.channels, format.frame_samples,
                                                  format.samples, 0);
@@ -30,13 +30,13 @@ SoundConditioner::SoundConditioner(const SoundFormat& format, const FoldDown& fo
     buffers_.reset(CheckAllocated(av_buffer_pool_init(static_cast<std::size_t>(bytes), nullptr)));
 }
 
-SoundConditioner::Shape SoundConditioner::ShapeOf(const AVFrame& frame) {
+AudioResampler::Shape AudioResampler::ShapeOf(const AVFrame& frame) {
     const bool native = frame.ch_layout.order == AV_CHANNEL_ORDER_NATIVE;
     return {frame.sample_rate, frame.format, frame.ch_layout.nb_channels,
             native ? frame.ch_layout.u.mask : 0};
 }
 
-bool SoundConditioner::Open(const AVFrame& frame, const FrameSink& next) {
+bool AudioResampler::Open(const AVFrame& frame, const FrameSink& next) {
     if (resampler_ && !Drain(next)) return false;
     const Shape shape = ShapeOf(frame);
     AVChannelLayout from{};
@@ -75,14 +75,14 @@ bool SoundConditioner::Open(const AVFrame& frame, const FrameSink& next) {
 }
 
 // Where the next sample comes in the session, in samples of the input's rate.
-std::int64_t SoundConditioner::Reached() const {
+std::int64_t AudioResampler::Reached() const {
     if (clock_ == SoundClock::Media || !started_) return fed_;
     const std::int64_t written = emitted_ + (output_ ? output_->nb_samples : 0);
     return av_rescale(written, shape_.sampling_rate, format_.sampling_rate) +
            swr_get_delay(resampler_.get(), shape_.sampling_rate);
 }
 
-void SoundConditioner::FollowDevice(const AVFrame& frame) {
+void AudioResampler::FollowDevice(const AVFrame& frame) {
     const double rate = shape_.sampling_rate;
     const double late_s = Ticks{frame.pts}.Seconds() - static_cast<double>(Reached()) / rate;
     const double correction = drift_.Update(late_s, frame.nb_samples / rate);
@@ -92,7 +92,7 @@ void SoundConditioner::FollowDevice(const AVFrame& frame) {
             kSubject);
 }
 
-bool SoundConditioner::Push(FrameHandle frame, const FrameSink& next) {
+bool AudioResampler::Push(FrameHandle frame, const FrameSink& next) {
     if (frame->sample_rate <= 0 || frame->ch_layout.nb_channels <= 0) return true;
     if (ShapeOf(*frame) != shape_ && !Open(*frame, next)) return false;
 
@@ -136,7 +136,7 @@ bool SoundConditioner::Push(FrameHandle frame, const FrameSink& next) {
     return false;
 }
 
-bool SoundConditioner::FeedSilence(std::int64_t samples, const FrameSink& next) {
+bool AudioResampler::FeedSilence(std::int64_t samples, const FrameSink& next) {
     if (end_.count > 0)
         samples = std::min(
             samples, av_rescale(end_.count, shape_.sampling_rate, Ticks::kPerSecond) - Reached());
@@ -151,7 +151,7 @@ bool SoundConditioner::FeedSilence(std::int64_t samples, const FrameSink& next) 
     return true;
 }
 
-void SoundConditioner::NewOutput() {
+void AudioResampler::NewOutput() {
     output_ = frames_.Get();
     output_->buf[0] = CheckAllocated(av_buffer_pool_get(buffers_.get()));
     output_->format = format_.samples;
@@ -165,7 +165,7 @@ void SoundConditioner::NewOutput() {
     output_->pts = emitted_;
 }
 
-bool SoundConditioner::Convert(const std::uint8_t** data, int samples, const FrameSink& next) {
+bool AudioResampler::Convert(const std::uint8_t** data, int samples, const FrameSink& next) {
     const bool planar = av_sample_fmt_is_planar(format_.samples) != 0;
     const int step = av_get_bytes_per_sample(format_.samples) * (planar ? 1 : format_.channels);
     for (;;) {
@@ -186,16 +186,16 @@ bool SoundConditioner::Convert(const std::uint8_t** data, int samples, const Fra
 }
 
 // To the resampler no sound is one thing, the end of all sound (null) another.
-bool SoundConditioner::Fetch(const FrameSink& next) {
+bool AudioResampler::Fetch(const FrameSink& next) {
     static constexpr std::uint8_t kNothing[AV_INPUT_BUFFER_PADDING_SIZE] = {};
     std::array<const std::uint8_t*, kMaxInputPlanes> none{};
     none.fill(kNothing);
     return Convert(none.data(), 0, next);
 }
 
-bool SoundConditioner::Drain(const FrameSink& next) { return Convert(nullptr, 0, next); }
+bool AudioResampler::Drain(const FrameSink& next) { return Convert(nullptr, 0, next); }
 
-bool SoundConditioner::Finish(const FrameSink& next) {
+bool AudioResampler::Finish(const FrameSink& next) {
     if (!resampler_) return true;
     if (!Drain(next)) return false;
     if (!output_ || output_->nb_samples == 0) return true;
