@@ -37,7 +37,7 @@ AvAudioEncoder::AvAudioEncoder(const AudioPlan& plan, PacketPool& packets)
                            codec_->ch_layout.nb_channels, codec_->sample_fmt);
 }
 
-SoundFormat AvAudioEncoder::Format() const {
+AudioFrameFormat AvAudioEncoder::Format() const {
     return {codec_->sample_fmt, codec_->sample_rate, codec_->ch_layout.nb_channels,
             codec_->frame_size};
 }

@@ -14,7 +14,7 @@ class AvAudioEncoder final : public AudioEncoder {
   public:
     AvAudioEncoder(const AudioPlan& plan, PacketPool& packets);
 
-    SoundFormat Format() const override;
+    AudioFrameFormat Format() const override;
     StreamHeader Header() const override;
     bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
     bool Finish(const CodedFrameSink& sink) override;

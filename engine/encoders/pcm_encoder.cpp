@@ -23,7 +23,7 @@ PcmEncoder::PcmEncoder(const AudioPlan& plan, PacketPool& packets)
         av_buffer_pool_init(samples * block_bytes_ + AV_INPUT_BUFFER_PADDING_SIZE, nullptr)));
 }
 
-SoundFormat PcmEncoder::Format() const {
+AudioFrameFormat PcmEncoder::Format() const {
     AVSampleFormat samples = AV_SAMPLE_FMT_S16;
     if (format_.bits_per_sample == 8) samples = AV_SAMPLE_FMT_U8;
     if (format_.bits_per_sample > 16) samples = AV_SAMPLE_FMT_S32;

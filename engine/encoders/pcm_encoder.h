@@ -10,7 +10,7 @@ class PcmEncoder final : public AudioEncoder {
   public:
     PcmEncoder(const AudioPlan& plan, PacketPool& packets);
 
-    SoundFormat Format() const override;
+    AudioFrameFormat Format() const override;
     StreamHeader Header() const override;
     bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
     bool Finish(const CodedFrameSink&) override { return true; }

@@ -21,8 +21,8 @@ constexpr const char* kSubject = "Conversion of the sound failed";
 
 }  // namespace
 
-AudioResampler::AudioResampler(const SoundFormat& format, const FoldDown& fold_down,
-                               SoundClock clock, Ticks end, FramePool& frames)
+AudioResampler::AudioResampler(const AudioFrameFormat& format, const FoldDown& fold_down,
+                               AudioClock clock, Ticks end, FramePool& frames)
     : format_(format), fold_down_(fold_down), clock_(clock), end_(end), frames_(frames) {
     const int bytes = av_samples_get_buffer_size(nullptr, format.channels, format.frame_samples,
                                                  format.samples, 0);
@@ -62,7 +62,7 @@ bool AudioResampler::Open(const AVFrame& frame, const FrameSink& next) {
         if (!gains.empty())
             CheckAv(swr_set_matrix(resampler_.get(), gains.data(), shape.channels), kSubject);
     }
-    if (clock_ == SoundClock::Capture) {
+    if (clock_ == AudioClock::Capture) {
         // Resamples also where the rates are the same, at a ratio that may change at any time.
         CheckAv(av_opt_set_int(resampler_.get(), "flags", SWR_FLAG_RESAMPLE, 0), kSubject);
         CheckAv(av_opt_set_int(resampler_.get(), "exact_rational", 0, 0), kSubject);
@@ -76,7 +76,7 @@ bool AudioResampler::Open(const AVFrame& frame, const FrameSink& next) {
 
 // Where the next sample comes in the session, in samples of the input's rate.
 std::int64_t AudioResampler::Reached() const {
-    if (clock_ == SoundClock::Media || !started_) return fed_;
+    if (clock_ == AudioClock::Media || !started_) return fed_;
     const std::int64_t written = emitted_ + (output_ ? output_->nb_samples : 0);
     return av_rescale(written, shape_.sampling_rate, format_.sampling_rate) +
            swr_get_delay(resampler_.get(), shape_.sampling_rate);
@@ -97,7 +97,7 @@ bool AudioResampler::Push(FrameHandle frame, const FrameSink& next) {
     if (ShapeOf(*frame) != shape_ && !Open(*frame, next)) return false;
 
     const int rate = shape_.sampling_rate;
-    const bool captured = clock_ == SoundClock::Capture;
+    const bool captured = clock_ == AudioClock::Capture;
     const std::int64_t place = av_rescale(frame->pts, rate, Ticks::kPerSecond);
     const std::int64_t jitter =
         started_ ? rate / (captured ? kCaptureJitterPerSecond : kMediaJitterPerSecond) : 0;

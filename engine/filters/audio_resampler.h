@@ -13,7 +13,7 @@
 namespace engine {
 
 /// What the timestamps of sound mean.
-enum class SoundClock {
+enum class AudioClock {
     Media,   // a file's: the samples are right, and a difference of less than 20 ms is jitter
     Capture  // when a device heard it: the device's own clock is made to follow it by resampling,
              // and a difference of more than 50 ms is a gap or an overlap
@@ -23,7 +23,7 @@ enum class SoundClock {
 class AudioResampler {
   public:
     /// @param end  session time at which the sound ends; 0 = with its source
-    AudioResampler(const SoundFormat& format, const FoldDown& fold_down, SoundClock clock,
+    AudioResampler(const AudioFrameFormat& format, const FoldDown& fold_down, AudioClock clock,
                    Ticks end, FramePool& frames);
 
     /// The frames that `next` gets count samples in pts. False when no more frames are wanted.
@@ -48,9 +48,9 @@ class AudioResampler {
     bool Convert(const std::uint8_t** data, int samples, const FrameSink& next);
     void NewOutput();
 
-    SoundFormat format_;
+    AudioFrameFormat format_;
     FoldDown fold_down_;
-    SoundClock clock_;
+    AudioClock clock_;
     Ticks end_;
     FramePool& frames_;
     AvPtr<AVBufferPool> buffers_;

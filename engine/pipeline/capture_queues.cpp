@@ -39,7 +39,7 @@ bool CaptureQueues::Push(MediaKind kind, FrameHandle frame) {
 
 // The frame's time becomes recorded time. False when nothing of it is recorded.
 bool CaptureQueues::LeaveOutPauses(MediaKind kind, AVFrame& frame) const {
-    if (kind == MediaKind::Audio) return pauses_.CutSound(frame);
+    if (kind == MediaKind::Audio) return pauses_.CutAudio(frame);
     const Ticks seen{frame.pts};
     frame.pts = pauses_.Recorded(seen).count;
     return !pauses_.Covers(seen);
@@ -91,12 +91,12 @@ void CaptureQueues::MakeRoom(Lane& lane) {
 
 void CaptureQueues::BeginIfKnown(Ticks now) {
     if (start_) return;
-    const Lane& sound = Of(MediaKind::Audio);
+    const Lane& audio = Of(MediaKind::Audio);
     const Lane& picture = Of(MediaKind::Video);
     if (picture.first)
         start_ = picture.first;
-    else if (sound.first && (picture.finished || now - *sound.first >= kPatience))
-        start_ = sound.first;
+    else if (audio.first && (picture.finished || now - *audio.first >= kPatience))
+        start_ = audio.first;
 }
 
 bool CaptureQueues::Pop(MediaKind kind, FrameHandle& frame) {

@@ -51,9 +51,9 @@ Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const L
         const InputPlan& from = plan.audio->input;
         const bool shared = plan.video && plan.video->input == from;
         Feed(audio_.emplace(Chain{MediaKind::Audio}), from, true, shared);
-        sound_.emplace(audio_encoder_->Format(), plan.audio->fold_down,
-                       from.capture ? SoundClock::Capture : SoundClock::Media, EndOf(from, end),
-                       frames_);
+        resampler_.emplace(audio_encoder_->Format(), plan.audio->fold_down,
+                           from.capture ? AudioClock::Capture : AudioClock::Media, EndOf(from, end),
+                           frames_);
     }
     if (plan.video) {
         video_encoder_ = MakeVideoEncoder(*plan.video, number, packets_);
@@ -127,7 +127,7 @@ void Pass::Start(PacketSink* sink) {
         threads_.emplace_back([this, from = input.get()] { Guard([&] { Read(*from); }); });
     if (audio_) {
         if (audio_->device) Run(&Pass::Capture, *audio_);
-        Run(&Pass::HandleSound, *audio_);
+        Run(&Pass::ProcessAudio, *audio_);
     }
     if (video_) {
         Run(video_->device ? &Pass::Capture : &Pass::DecodePicture, *video_);
@@ -192,12 +192,12 @@ bool Pass::Drain(Chain& chain, const FrameSink& next) {
             if (!chain.file->decoder.Decode(packet.get(), next)) return false;
         return chain.file->decoder.Decode(nullptr, next);
     }
-    const bool sound = chain.kind == MediaKind::Audio;
-    const InputPlan& input = sound ? plan_.audio->input : plan_.video->input;
+    const bool audio = chain.kind == MediaKind::Audio;
+    const InputPlan& input = audio ? plan_.audio->input : plan_.video->input;
     FrameHandle frame;
     while (captured_->Pop(chain.kind, frame)) {
         frame->pts -= input.mark_in.count;
-        if (!sound) frame->pkt_duration = 1000 * Ticks::kPerSecond / CodedFrameRate(*plan_.video);
+        if (!audio) frame->pkt_duration = 1000 * Ticks::kPerSecond / CodedFrameRate(*plan_.video);
         if (!next(std::move(frame))) return false;
     }
     return true;
@@ -226,7 +226,7 @@ CodedFrameSink Pass::ToInterleaver(MediaKind kind) {
 }
 
 // Sound is little work: one thread does all of it.
-void Pass::HandleSound(Chain& chain) {
+void Pass::ProcessAudio(Chain& chain) {
     const AtExit end([&] {
         interleaver_->Finish(chain.kind);
         CancelSource(chain);
@@ -236,9 +236,9 @@ void Pass::HandleSound(Chain& chain) {
         return audio_encoder_->Encode(*frame, to_interleaver);
     };
     const FrameSink filter = [&](FrameHandle frame) {
-        return sound_->Push(std::move(frame), encode);
+        return resampler_->Push(std::move(frame), encode);
     };
-    if (Drain(chain, filter)) sound_->Finish(encode);
+    if (Drain(chain, filter)) resampler_->Finish(encode);
     audio_encoder_->Finish(to_interleaver);
 }
 

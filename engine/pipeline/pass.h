@@ -100,7 +100,7 @@ class Pass {
     void CancelSource(Chain& chain);
     Ticks LiveEnd() const;
     CodedFrameSink ToInterleaver(MediaKind kind);
-    void HandleSound(Chain& chain);
+    void ProcessAudio(Chain& chain);
     void DecodePicture(Chain& chain);
     void FilterPicture(Chain& chain);
     void EncodePicture(Chain& chain);
@@ -115,7 +115,7 @@ class Pass {
     std::vector<std::unique_ptr<Input>> inputs_;
     std::unique_ptr<AudioEncoder> audio_encoder_;
     std::unique_ptr<VideoEncoder> video_encoder_;
-    std::optional<AudioResampler> sound_;
+    std::optional<AudioResampler> resampler_;
     std::optional<VideoFilterChain> picture_;
     std::optional<CaptureQueues> captured_;  // of a live plan
     std::optional<Chain> audio_, video_;

@@ -34,7 +34,7 @@ bool Pauses::Covers(Ticks time) const {
                        [&](const Pause& pause) { return time >= pause.from && time < pause.to; });
 }
 
-bool Pauses::CutSound(AVFrame& frame) const {
+bool Pauses::CutAudio(AVFrame& frame) const {
     if (pauses_.empty()) return true;
     const Ticks begin{frame.pts};
     const int rate = frame.sample_rate;

@@ -19,7 +19,7 @@ class Pauses {
     bool Covers(Ticks time) const;
     /// Takes out of packed sound what was heard during pauses, to the sample; its pts becomes
     /// recorded time. False when nothing is left. Throws platform::Error.
-    bool CutSound(AVFrame& frame) const;
+    bool CutAudio(AVFrame& frame) const;
 
   private:
     struct Pause {

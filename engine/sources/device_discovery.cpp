@@ -21,7 +21,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kServerPatience{1000};
 constexpr std::chrono::milliseconds kPatience{1250};
 
-struct SoundFacts {
+struct AudioFacts {
     std::optional<PulseFacts> pulse;
     std::vector<AlsaCapture> captures;
 };
@@ -68,8 +68,8 @@ class Question {
 
 DeviceFacts AskBackends(const DeviceBackends& backends, std::chrono::milliseconds patience) {
     const Clock::time_point deadline = Clock::now() + patience;
-    Question<SoundFacts> sound([pulse = backends.pulse, alsa = backends.alsa] {
-        SoundFacts facts;
+    Question<AudioFacts> audio([pulse = backends.pulse, alsa = backends.alsa] {
+        AudioFacts facts;
         try {
             facts.pulse = pulse();
         } catch (const std::exception&) {
@@ -82,7 +82,7 @@ DeviceFacts AskBackends(const DeviceBackends& backends, std::chrono::millisecond
     Question<ScreenFacts> screens(backends.screens);
 
     DeviceFacts facts;
-    SoundFacts heard = sound.Answer(deadline);
+    AudioFacts heard = audio.Answer(deadline);
     facts.pulse = std::move(heard.pulse);
     facts.captures = std::move(heard.captures);
     facts.nodes = cameras.Answer(deadline);

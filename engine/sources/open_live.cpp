@@ -1,7 +1,7 @@
 #include "engine/sources/open_live.h"
 
-#include "engine/sources/audio/alsa_sound.h"
-#include "engine/sources/audio/pulse_sound.h"
+#include "engine/sources/audio/alsa_audio.h"
+#include "engine/sources/audio/pulse_audio.h"
 #include "engine/sources/camera/v4l2_camera.h"
 #include "engine/sources/screen/portal_screen.h"
 #include "engine/sources/screen/x11_screen.h"
@@ -15,9 +15,9 @@ std::unique_ptr<LiveSource> OpenLiveSource(const CapturePlan& plan, FramePool& f
             if (plan.share) return OpenPortalScreen(plan.share, frames);
             return OpenX11Screen(plan.area, plan.rate, frames);
         case DeviceKind::PulseSource:
-            return OpenPulseSound(plan.id, frames);
+            return OpenPulseAudio(plan.id, frames);
         case DeviceKind::AlsaCapture:
-            return OpenAlsaSound(plan.id, frames);
+            return OpenAlsaAudio(plan.id, frames);
         case DeviceKind::Camera:
             return OpenV4l2Camera(plan.id, plan.name, plan.camera, frames);
     }

@@ -37,7 +37,7 @@ struct PictureFormat {
     int height = 0;
 };
 
-struct SoundFormat {
+struct AudioFrameFormat {
     AVSampleFormat samples = AV_SAMPLE_FMT_S16;
     int sampling_rate = 0;
     int channels = 0;
@@ -64,7 +64,7 @@ class VideoEncoder {
 class AudioEncoder {
   public:
     virtual ~AudioEncoder() = default;
-    virtual SoundFormat Format() const = 0;
+    virtual AudioFrameFormat Format() const = 0;
     virtual StreamHeader Header() const = 0;
     virtual bool Encode(AVFrame& frame, const CodedFrameSink& sink) = 0;
     virtual bool Finish(const CodedFrameSink& sink) = 0;

@@ -31,7 +31,7 @@ inline void FillPicture(AVFrame& frame, engine::Ticks time, int width, int heigh
 
 /// Samples of one channel of 16 bits.
 template <typename Sample>
-void FillSound(AVFrame& frame, engine::Ticks time, int samples, Sample&& sample) {
+void FillAudio(AVFrame& frame, engine::Ticks time, int samples, Sample&& sample) {
     frame.format = AV_SAMPLE_FMT_S16;
     frame.sample_rate = kRate;
     frame.nb_samples = samples;
@@ -53,7 +53,7 @@ class Script {
     /// A tenth of a second of silence, which may begin with a click.
     void Sound(std::int64_t ms, bool click = false) {
         Add([=](AVFrame& frame) {
-            FillSound(frame, engine::Ticks::FromMilliseconds(ms), kRate / 10, [=](int i) {
+            FillAudio(frame, engine::Ticks::FromMilliseconds(ms), kRate / 10, [=](int i) {
                 return static_cast<std::int16_t>(click && i < kRate / 500 ? 29'000 : 0);
             });
         });

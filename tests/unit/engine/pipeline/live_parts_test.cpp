@@ -14,7 +14,7 @@ namespace {
 
 using namespace engine;
 
-constexpr MediaKind kSound = MediaKind::Audio;
+constexpr MediaKind kAudio = MediaKind::Audio;
 constexpr MediaKind kPicture = MediaKind::Video;
 
 class Queues : public testing::Test {
@@ -38,43 +38,43 @@ using Times = std::vector<std::int64_t>;
 
 TEST_F(Queues, CountFromTheFirstPicture) {
     CaptureQueues queues(true, true);
-    for (const int ms : {900, 1000, 1100}) Push(queues, kSound, ms);
+    for (const int ms : {900, 1000, 1100}) Push(queues, kAudio, ms);
     EXPECT_FALSE(queues.Start());
     Push(queues, kPicture, 1050);
     queues.Finish(kPicture);
-    queues.Finish(kSound);
+    queues.Finish(kAudio);
     EXPECT_EQ(Rest(queues, kPicture), Times{0});
-    EXPECT_EQ(Rest(queues, kSound), (Times{-150, -50, 50}));
+    EXPECT_EQ(Rest(queues, kAudio), (Times{-150, -50, 50}));
 }
 
 TEST_F(Queues, CountFromTheFirstSoundWhereNoPictureComes) {
     CaptureQueues ended(true, true);
-    Push(ended, kSound, 1000);
+    Push(ended, kAudio, 1000);
     ended.Finish(kPicture);
     ASSERT_TRUE(ended.Start()) << "the picture has ended before it began";
     EXPECT_EQ(ended.Start()->Milliseconds(), 1000);
 
     CaptureQueues silent(true, true);
-    Push(silent, kSound, 1000);
-    Push(silent, kSound, 5900);
+    Push(silent, kAudio, 1000);
+    Push(silent, kAudio, 5900);
     EXPECT_FALSE(silent.Start());
-    Push(silent, kSound, 6000);
+    Push(silent, kAudio, 6000);
     ASSERT_TRUE(silent.Start());
     EXPECT_EQ(silent.Start()->Milliseconds(), 1000);
 }
 
 TEST_F(Queues, GiveUpTheOldestPicturesAndNoSound) {
     CaptureQueues queues(true, true);
-    for (int i = 0; i < 1000; ++i) Push(queues, kSound, i * 100);
+    for (int i = 0; i < 1000; ++i) Push(queues, kAudio, i * 100);
     for (int i = 0; i < 50; ++i) Push(queues, kPicture, i * 100);
     queues.Finish(kPicture);
-    queues.Finish(kSound);
+    queues.Finish(kAudio);
     const Times pictures = Rest(queues, kPicture);
     ASSERT_FALSE(pictures.empty());
     EXPECT_EQ(pictures.back(), 4900) << "the newest is kept";
     EXPECT_EQ(queues.TakeDropped() + static_cast<std::int64_t>(pictures.size()), 50);
     EXPECT_EQ(queues.TakeDropped(), 0);
-    EXPECT_EQ(Rest(queues, kSound).size(), 1000U);
+    EXPECT_EQ(Rest(queues, kAudio).size(), 1000U);
 }
 
 TEST_F(Queues, ASourceLearnsThatItsStreamIsGone) {
@@ -95,10 +95,10 @@ class Writer : public testing::Test {
         interleaver.Push(kind, std::move(packet));
     }
     std::string Next(Interleaver& interleaver) {
-        MediaKind kind = kSound;
+        MediaKind kind = kAudio;
         CodedPacket packet;
         if (!interleaver.Pop(kind, packet)) return "end";
-        return (kind == kSound ? "a" : "v") + std::to_string(packet.dts.Milliseconds());
+        return (kind == kAudio ? "a" : "v") + std::to_string(packet.dts.Milliseconds());
     }
     PacketPool packets_;
 };
@@ -107,8 +107,8 @@ TEST_F(Writer, WaitsForTheFirstSound) {
     Interleaver interleaver(true, true, true, [] { return false; });
     for (int ms = 0; ms <= 3000; ms += 1000) Push(interleaver, kPicture, ms);
     std::thread late([&] {
-        Push(interleaver, kSound, 0);
-        interleaver.Finish(kSound);
+        Push(interleaver, kAudio, 0);
+        interleaver.Finish(kAudio);
         interleaver.Finish(kPicture);
     });
     std::string written;
@@ -120,14 +120,14 @@ TEST_F(Writer, WaitsForTheFirstSound) {
 TEST_F(Writer, WaitsForALiveStreamASecondAtMost) {
     Interleaver interleaver(true, true, true, [] { return false; });
     Push(interleaver, kPicture, 0);
-    for (int ms = 0; ms <= 1500; ms += 100) Push(interleaver, kSound, ms);
+    for (int ms = 0; ms <= 1500; ms += 100) Push(interleaver, kAudio, ms);
     std::string written;
     for (int i = 0; i < 7; ++i) written += Next(interleaver) + " ";
     EXPECT_EQ(written, "a0 v0 a100 a200 a300 a400 a500 ");
     // A picture of a time that has been passed takes its place behind.
     Push(interleaver, kPicture, 450);
     interleaver.Finish(kPicture);
-    interleaver.Finish(kSound);
+    interleaver.Finish(kAudio);
     EXPECT_EQ(Next(interleaver), "v500");
     EXPECT_EQ(Next(interleaver), "a600");
 }
@@ -157,7 +157,7 @@ TEST(Drift, SoundKeepsUpWithTheClockForAnHour) {
     for (const DriftCase& row : kDriftCases) {
         SCOPED_TRACE(row.why);
         FramePool frames;
-        AudioResampler resampler({AV_SAMPLE_FMT_S16, kRate, 1, kRate / 10}, {}, SoundClock::Capture,
+        AudioResampler resampler({AV_SAMPLE_FMT_S16, kRate, 1, kRate / 10}, {}, AudioClock::Capture,
                                  {}, frames);
         std::int64_t written = 0;
         int steepest = 0;
@@ -181,7 +181,7 @@ TEST(Drift, SoundKeepsUpWithTheClockForAnHour) {
             const double jitter_s = row.jitter_ms / 1000 * (random / 2147483648.0 - 1);
             const double stamp_s = sent == 0 ? 0 : std::max(0.0, now_s + jitter_s);
             FrameHandle frame = frames.Get();
-            fake_devices::FillSound(
+            fake_devices::FillAudio(
                 *frame, {std::llround(stamp_s * Ticks::kPerSecond)}, kChunk, [&](int i) {
                     const double phase = static_cast<double>((sent + i) % kPeriod) / kPeriod;
                     return static_cast<std::int16_t>(kAmplitude * std::sin(2 * M_PI * phase));
@@ -218,7 +218,7 @@ TEST(Drift, GapsAreFilledAndOverlapsCut) {
         SCOPED_TRACE(row.why);
         constexpr int kRate = fake_devices::kRate;
         FramePool frames;
-        AudioResampler resampler({AV_SAMPLE_FMT_S16, kRate, 1, 1024}, {}, SoundClock::Capture, {},
+        AudioResampler resampler({AV_SAMPLE_FMT_S16, kRate, 1, 1024}, {}, AudioClock::Capture, {},
                                  frames);
         std::int64_t written = 0;
         std::int64_t silent = 0;
@@ -230,7 +230,7 @@ TEST(Drift, GapsAreFilledAndOverlapsCut) {
         };
         for (const int ms : {0, row.second_ms}) {
             FrameHandle frame = frames.Get();
-            fake_devices::FillSound(*frame, Ticks::FromMilliseconds(ms), kRate / 2,
+            fake_devices::FillAudio(*frame, Ticks::FromMilliseconds(ms), kRate / 2,
                                     [](int) { return std::int16_t{1000}; });
             ASSERT_TRUE(resampler.Push(std::move(frame), sink));
         }

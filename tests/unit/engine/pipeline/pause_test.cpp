@@ -51,13 +51,13 @@ TEST(Pauses, CutSoundToTheSample) {
         }
         FramePool frames;
         const FrameHandle frame = frames.Get();
-        fake_devices::FillSound(*frame, Ticks{1000 * kUnit}, 100,
+        fake_devices::FillAudio(*frame, Ticks{1000 * kUnit}, 100,
                                 [](int i) { return static_cast<std::int16_t>(i); });
         frame->sample_rate = 10'000;
         std::vector<std::int16_t> expected;
         for (const auto& [from, to] : c.kept)
             for (int i = from; i < to; ++i) expected.push_back(static_cast<std::int16_t>(i));
-        ASSERT_EQ(pauses.CutSound(*frame), !expected.empty());
+        ASSERT_EQ(pauses.CutAudio(*frame), !expected.empty());
         const auto* samples = reinterpret_cast<const std::int16_t*>(frame->data[0]);
         EXPECT_EQ(std::vector<std::int16_t>(samples, samples + frame->nb_samples), expected);
         EXPECT_TRUE(expected.empty() || frame->pts == c.time * kUnit) << frame->pts / kUnit;

@@ -1,4 +1,4 @@
-#include "engine/sources/audio/pulse_sound.h"
+#include "engine/sources/audio/pulse_audio.h"
 
 #include <fmt/format.h>
 
@@ -7,9 +7,9 @@
 #include <optional>
 #include <utility>
 
+#include "engine/sources/audio/audio_frames.h"
 #include "engine/sources/audio/pulse_connection.h"
 #include "engine/sources/audio/sample_clock.h"
-#include "engine/sources/audio/sound_frames.h"
 #include "platform/error.h"
 
 namespace engine {
@@ -117,9 +117,9 @@ constexpr Ticks FromMicroseconds(std::uint64_t count) {
     return {static_cast<std::int64_t>(count) * 10};
 }
 
-class PulseSound : public LiveSource {
+class PulseAudioSource : public LiveSource {
   public:
-    PulseSound(const std::string& source_name, FramePool& frames) {
+    PulseAudioSource(const std::string& source_name, FramePool& frames) {
         if (!library_.IsComplete())
             throw CannotOpen(source_name,
                              "the client library of the sound server, libpulse.so.0, is not "
@@ -265,7 +265,7 @@ class PulseSound : public LiveSource {
         timing_.reset(library_.stream_update_timing_info(
             stream_.get(),
             [](pa_stream*, int success, void* self) {
-                static_cast<PulseSound*>(self)->TakeTiming(success != 0);
+                static_cast<PulseAudioSource*>(self)->TakeTiming(success != 0);
             },
             this));
     }
@@ -299,7 +299,7 @@ class PulseSound : public LiveSource {
                                                                         library_.stream_unref};
     std::unique_ptr<pa_operation, decltype(library_.operation_unref)> timing_{
         nullptr, library_.operation_unref};
-    std::optional<SoundFrames> frames_;
+    std::optional<AudioFrames> frames_;
     std::optional<SampleClock> clock_;
     std::atomic<bool> woken_{false};
     bool suspended_ = false;
@@ -311,8 +311,8 @@ class PulseSound : public LiveSource {
 
 }  // namespace
 
-std::unique_ptr<LiveSource> OpenPulseSound(const std::string& source_name, FramePool& frames) {
-    return std::make_unique<PulseSound>(source_name, frames);
+std::unique_ptr<LiveSource> OpenPulseAudio(const std::string& source_name, FramePool& frames) {
+    return std::make_unique<PulseAudioSource>(source_name, frames);
 }
 
 }  // namespace engine

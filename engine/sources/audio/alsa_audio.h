@@ -12,6 +12,6 @@ namespace engine {
 /// comes nearest. Samples that the device loses because nobody fetched them are a gap in the times.
 /// @param pcm  ALSA's name of the device, such as "default" or "hw:CARD=PCH,DEV=0"
 /// Throws platform::Error that names the device.
-std::unique_ptr<LiveSource> OpenAlsaSound(const std::string& pcm, FramePool& frames);
+std::unique_ptr<LiveSource> OpenAlsaAudio(const std::string& pcm, FramePool& frames);
 
 }  // namespace engine

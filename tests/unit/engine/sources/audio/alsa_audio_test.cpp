@@ -1,5 +1,5 @@
 // Sound captured from ALSA devices that need no sound card.
-#include "engine/sources/audio/alsa_sound.h"
+#include "engine/sources/audio/alsa_audio.h"
 
 #include <cstring>
 #include <fstream>
@@ -16,9 +16,9 @@ using test_support::TempFolder;
 using testing::HasSubstr;
 
 // ALSA's configuration is the test's: what is recorded comes from a file.
-class AlsaSound : public testing::Test {
+class AlsaAudioSource : public testing::Test {
   protected:
-    AlsaSound() {
+    AlsaAudioSource() {
         for (std::size_t i = 0; i < samples_.size(); ++i)
             samples_[i] = static_cast<std::int16_t>(i % 16384 + 1);
         std::ofstream(folder_ / "ramp.raw", std::ios::binary)
@@ -36,7 +36,7 @@ class AlsaSound : public testing::Test {
             << "pcm.gone { type hw card 31 }\n";
         setenv("ALSA_CONFIG_PATH", (folder_ / "asound.conf").c_str(), 1);
     }
-    ~AlsaSound() override {
+    ~AlsaAudioSource() override {
         unsetenv("ALSA_CONFIG_PATH");
         unsetenv("PULSE_SERVER");
     }
@@ -46,8 +46,8 @@ class AlsaSound : public testing::Test {
     FramePool frames_;
 };
 
-TEST_F(AlsaSound, GivesTheSamplesInOrder) {
-    const auto source = OpenAlsaSound("ramp", frames_);
+TEST_F(AlsaAudioSource, GivesTheSamplesInOrder) {
+    const auto source = OpenAlsaAudio("ramp", frames_);
     std::vector<std::int16_t> captured;
     FrameHandle frame;
     std::int64_t last_pts = 0;
@@ -67,16 +67,16 @@ TEST_F(AlsaSound, GivesTheSamplesInOrder) {
     EXPECT_TRUE(std::equal(captured.begin(), captured.end(), samples_.begin()));
 }
 
-TEST_F(AlsaSound, AFormatThatFramesLackIsConverted) {
+TEST_F(AlsaAudioSource, AFormatThatFramesLackIsConverted) {
     FrameHandle frame;
-    ASSERT_TRUE(OpenAlsaSound("telephone", frames_)->Read(frame));
+    ASSERT_TRUE(OpenAlsaAudio("telephone", frames_)->Read(frame));
     EXPECT_EQ(frame->format, AV_SAMPLE_FMT_S16);
 }
 
-TEST_F(AlsaSound, WhatCannotBeOpenedIsNamed) {
+TEST_F(AlsaAudioSource, WhatCannotBeOpenedIsNamed) {
     for (const char* device : {"gone", "unheard_of"}) {
         try {
-            OpenAlsaSound(device, frames_);
+            OpenAlsaAudio(device, frames_);
             ADD_FAILURE() << device;
         } catch (const platform::Error& error) {
             EXPECT_THAT(error.description(), HasSubstr("the sound device " + std::string(device) +
@@ -85,13 +85,13 @@ TEST_F(AlsaSound, WhatCannotBeOpenedIsNamed) {
     }
 }
 
-TEST_F(AlsaSound, WakeEndsAReadThatWaits) {
+TEST_F(AlsaAudioSource, WakeEndsAReadThatWaits) {
     // Nobody writes to the pipe, so no sound ever comes.
     const SoundServer server(folder_, "load-module module-pipe-source source_name=mic file=" +
                                           (folder_ / "mic.pipe") + "\n");
     ASSERT_TRUE(server.Runs()) << "pulseaudio is needed, see packages.txt";
     setenv("PULSE_SERVER", server.Address().c_str(), 1);
-    test_support::ExpectWakeToEndReading(*OpenAlsaSound("mic", frames_));
+    test_support::ExpectWakeToEndReading(*OpenAlsaAudio("mic", frames_));
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
-#include "engine/sources/audio/sound_frames.h"
+#include "engine/sources/audio/audio_frames.h"
 
 namespace engine {
 
-FrameHandle SoundFrames::New(int count, Ticks pts) {
+FrameHandle AudioFrames::New(int count, Ticks pts) {
     const auto size =
         static_cast<std::size_t>(count) * static_cast<std::size_t>(format_.BytesPerSample());
     if (size > buffer_size_) {
@@ -23,7 +23,7 @@ FrameHandle SoundFrames::New(int count, Ticks pts) {
     return frame;
 }
 
-FrameHandle SoundFrames::NewSilence(int count, Ticks pts) {
+FrameHandle AudioFrames::NewSilence(int count, Ticks pts) {
     FrameHandle frame = New(count, pts);
     av_samples_set_silence(frame->extended_data, 0, count, format_.channels, format_.samples);
     return frame;

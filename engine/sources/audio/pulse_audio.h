@@ -14,6 +14,6 @@ namespace engine {
 /// failure: the server may not go on with another in its place.
 /// @param source_name  as the server calls it; "" = what it calls the default now
 /// Throws platform::Error that names the device by its description.
-std::unique_ptr<LiveSource> OpenPulseSound(const std::string& source_name, FramePool& frames);
+std::unique_ptr<LiveSource> OpenPulseAudio(const std::string& source_name, FramePool& frames);
 
 }  // namespace engine

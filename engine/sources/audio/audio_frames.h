@@ -16,9 +16,9 @@ struct CapturedFormat {
 };
 
 /// One thread; the frames may go to others.
-class SoundFrames {
+class AudioFrames {
   public:
-    SoundFrames(const CapturedFormat& format, FramePool& frames)
+    AudioFrames(const CapturedFormat& format, FramePool& frames)
         : format_(format), frames_(frames) {}
 
     /// A frame of `count` samples, above 0, for the caller to fill.

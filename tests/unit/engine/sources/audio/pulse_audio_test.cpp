@@ -1,5 +1,5 @@
 // Sound captured from servers that the test starts.
-#include "engine/sources/audio/pulse_sound.h"
+#include "engine/sources/audio/pulse_audio.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,14 +27,14 @@ constexpr Ticks kJitter = Ticks::FromMilliseconds(20);
 constexpr const char* kNoServer = "pulseaudio is needed, see packages.txt";
 
 // A server, which the captures of this process then talk to.
-class PulseSound : public testing::Test {
+class PulseAudioSource : public testing::Test {
   protected:
     void Serve(const std::string& commands) {
         server_.emplace(folder_, commands);
         ASSERT_TRUE(server_->Runs()) << kNoServer;
         setenv("PULSE_SERVER", server_->Address().c_str(), 1);
     }
-    ~PulseSound() override { unsetenv("PULSE_SERVER"); }
+    ~PulseAudioSource() override { unsetenv("PULSE_SERVER"); }
 
     const TempFolder folder_;
     std::optional<SoundServer> server_;
@@ -128,7 +128,7 @@ void WriteFile(const std::string& path, const std::vector<Sample>& samples) {
                static_cast<std::streamsize>(samples.size() * sizeof(Sample)));
 }
 
-TEST_F(PulseSound, GivesEverySampleAsItWasPlayed) {
+TEST_F(PulseAudioSource, GivesEverySampleAsItWasPlayed) {
     for (const FormatCase& each : kFormatCases) {
         SCOPED_TRACE(each.why);
         Serve(NullSink(each.sink));
@@ -148,7 +148,7 @@ TEST_F(PulseSound, GivesEverySampleAsItWasPlayed) {
             WriteFile(file, fine);
         }
 
-        const auto source = OpenPulseSound("n1.monitor", frames_);
+        const auto source = OpenPulseAudio("n1.monitor", frames_);
         FrameHandle frame;
         ASSERT_TRUE(source->Read(frame));  // before that, the server may hold sound back
         const TempFolder player_folder;
@@ -182,9 +182,9 @@ TEST_F(PulseSound, GivesEverySampleAsItWasPlayed) {
     }
 }
 
-TEST_F(PulseSound, TimesAreThoseAtWhichTheSoundIsHeard) {
+TEST_F(PulseAudioSource, TimesAreThoseAtWhichTheSoundIsHeard) {
     Serve(NullSink("format=s16le rate=48000 channels=1"));
-    const auto source = OpenPulseSound("n1.monitor", frames_);
+    const auto source = OpenPulseAudio("n1.monitor", frames_);
     const test_support::BeepPlayer player(server_->Address(), "n1", 30);
     constexpr std::size_t kBeeps = 20;
     std::vector<double> onsets;
@@ -221,15 +221,15 @@ TEST_F(PulseSound, TimesAreThoseAtWhichTheSoundIsHeard) {
     EXPECT_LT(errors[kBeeps / 2], 0.015);
 }
 
-TEST_F(PulseSound, TheDefaultIsWhatTheServerCallsSo) {
+TEST_F(PulseAudioSource, TheDefaultIsWhatTheServerCallsSo) {
     Serve(NullSink("rate=22050") +
           "load-module module-null-sink sink_name=n2 rate=32000\nset-default-source n1.monitor\n");
     FrameHandle frame;
-    ASSERT_TRUE(OpenPulseSound("", frames_)->Read(frame));
+    ASSERT_TRUE(OpenPulseAudio("", frames_)->Read(frame));
     EXPECT_EQ(frame->sample_rate, 22050);
 }
 
-TEST_F(PulseSound, ADeviceThatGoesIsNamedWithWhatHappened) {
+TEST_F(PulseAudioSource, ADeviceThatGoesIsNamedWithWhatHappened) {
     struct Case {
         const char* why;
         std::function<void(SoundServer&)> go;
@@ -247,7 +247,7 @@ TEST_F(PulseSound, ADeviceThatGoesIsNamedWithWhatHappened) {
     for (const Case& each : cases) {
         SCOPED_TRACE(each.why);
         Serve(NullSink() + "load-module module-pipe-source file=" + (folder_ / "mic.pipe") + "\n");
-        const auto source = OpenPulseSound("n1.monitor", frames_);
+        const auto source = OpenPulseAudio("n1.monitor", frames_);
         FrameHandle frame;
         ASSERT_TRUE(source->Read(frame));
         each.go(*server_);
@@ -263,25 +263,25 @@ TEST_F(PulseSound, ADeviceThatGoesIsNamedWithWhatHappened) {
     }
 }
 
-TEST_F(PulseSound, WhatCannotBeOpenedIsNamed) {
+TEST_F(PulseAudioSource, WhatCannotBeOpenedIsNamed) {
     setenv("PULSE_SERVER", "unix:/nonexistent", 1);
-    EXPECT_THAT(ErrorOf([&] { OpenPulseSound("", frames_); }),
+    EXPECT_THAT(ErrorOf([&] { OpenPulseAudio("", frames_); }),
                 HasSubstr("the sound device that is the default: the sound server cannot be "
                           "reached (Connection refused)"));
     Serve(NullSink());
-    EXPECT_THAT(ErrorOf([&] { OpenPulseSound("mic", frames_); }),
+    EXPECT_THAT(ErrorOf([&] { OpenPulseAudio("mic", frames_); }),
                 HasSubstr("the sound device mic: there is no such device now"));
 }
 
-TEST_F(PulseSound, WakeEndsAReadThatWaits) {
+TEST_F(PulseAudioSource, WakeEndsAReadThatWaits) {
     // Nobody writes to the pipe, so no sound ever comes.
     Serve("load-module module-pipe-source source_name=mic file=" + (folder_ / "mic.pipe") + "\n");
-    test_support::ExpectWakeToEndReading(*OpenPulseSound("mic", frames_));
+    test_support::ExpectWakeToEndReading(*OpenPulseAudio("mic", frames_));
 }
 
-TEST_F(PulseSound, ASuspendedSourceGivesSilenceInTime) {
+TEST_F(PulseAudioSource, ASuspendedSourceGivesSilenceInTime) {
     Serve(NullSink("rate=48000"));
-    const auto source = OpenPulseSound("n1.monitor", frames_);
+    const auto source = OpenPulseAudio("n1.monitor", frames_);
     FrameHandle frame;
     ASSERT_TRUE(source->Read(frame));
     const auto read_for = [&](std::int64_t ms) {

@@ -1,4 +1,4 @@
-#include "engine/sources/audio/alsa_sound.h"
+#include "engine/sources/audio/alsa_audio.h"
 
 #include <fmt/format.h>
 #include <poll.h>
@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "engine/sources/audio/alsa_errors.h"
+#include "engine/sources/audio/audio_frames.h"
 #include "engine/sources/audio/sample_clock.h"
-#include "engine/sources/audio/sound_frames.h"
 #include "engine/sources/system/wake_up.h"
 #include "platform/error.h"
 
@@ -104,9 +104,9 @@ void AskForTimes(const PcmPtr& device) {
     snd_pcm_sw_params(device.get(), wanted.get());
 }
 
-class AlsaSound : public LiveSource {
+class AlsaAudioSource : public LiveSource {
   public:
-    AlsaSound(const std::string& pcm, FramePool& frames) : pcm_(pcm), device_(OpenPcm(pcm)) {
+    AlsaAudioSource(const std::string& pcm, FramePool& frames) : pcm_(pcm), device_(OpenPcm(pcm)) {
         std::optional<CapturedFormat> format = Negotiate(device_, pcm_);
         if (!format) {  // ALSA then converts
             device_.reset();
@@ -218,7 +218,7 @@ class AlsaSound : public LiveSource {
 
     std::string pcm_;
     PcmPtr device_;
-    std::optional<SoundFrames> frames_;
+    std::optional<AudioFrames> frames_;
     std::optional<SampleClock> clock_;
     const WakeUp wake_up_;
     std::atomic<bool> woken_{false};
@@ -230,9 +230,9 @@ class AlsaSound : public LiveSource {
 
 }  // namespace
 
-std::unique_ptr<LiveSource> OpenAlsaSound(const std::string& pcm, FramePool& frames) {
+std::unique_ptr<LiveSource> OpenAlsaAudio(const std::string& pcm, FramePool& frames) {
     const SilentAlsaErrors silent;
-    return std::make_unique<AlsaSound>(pcm, frames);
+    return std::make_unique<AlsaAudioSource>(pcm, frames);
 }
 
 }  // namespace engine
