@@ -52,7 +52,7 @@ TelecineRemover::TelecineRemover(const std::optional<TelecinePattern>& told, Fra
     : frames_(frames), told_(told.has_value()), look_ahead_(told ? 1 : kLookAhead), locked_(told_) {
     if (!told) return;
     const int position = (told->first_frame + kFirst) % kCycle;  // of the frame with index 0
-    rhythm_ = {(kCycle - position) % kCycle, told->bottom_first};
+    cadence_ = {(kCycle - position) % kCycle, told->bottom_first};
 }
 
 TelecineRemover::Repeat TelecineRemover::Compare(const AVFrame& frame, const AVFrame* before) {
@@ -77,36 +77,37 @@ TelecineRemover::Repeat TelecineRemover::Compare(const AVFrame& frame, const AVF
     return Repeat::Nothing;
 }
 
-TelecineRemover::Repeat TelecineRemover::Expected(const Rhythm& rhythm, std::int64_t index) const {
-    switch ((index - rhythm.phase + kCycle) % kCycle) {
+TelecineRemover::Repeat TelecineRemover::Expected(const Cadence& cadence,
+                                                  std::int64_t index) const {
+    switch ((index - cadence.phase + kCycle) % kCycle) {
         case kThird:
-            return rhythm.bottom_first ? Repeat::Bottom : Repeat::Top;
+            return cadence.bottom_first ? Repeat::Bottom : Repeat::Top;
         case kFifth:
-            return rhythm.bottom_first ? Repeat::Top : Repeat::Bottom;
+            return cadence.bottom_first ? Repeat::Top : Repeat::Bottom;
         default:
             return Repeat::Nothing;
     }
 }
 
-bool TelecineRemover::Agrees(const Rhythm& rhythm, std::size_t frames, int least_repeats) const {
+bool TelecineRemover::Agrees(const Cadence& cadence, std::size_t frames, int least_repeats) const {
     int repeats = 0;
     for (std::size_t i = 0; i < std::min(frames, pending_.size()); ++i) {
         const Pending& pending = pending_[i];
         if (pending.repeat == Repeat::Unclear) continue;
-        if (pending.repeat != Expected(rhythm, pending.index)) return false;
+        if (pending.repeat != Expected(cadence, pending.index)) return false;
         if (pending.repeat != Repeat::Nothing) ++repeats;
     }
     return repeats >= least_repeats;
 }
 
-void TelecineRemover::FindRhythm() {
-    if (told_ || (locked_ && Agrees(rhythm_, kCycle, 0))) return;
+void TelecineRemover::FindCadence() {
+    if (told_ || (locked_ && Agrees(cadence_, kCycle, 0))) return;
     locked_ = false;
     for (int phase = 0; phase < kCycle && !locked_; ++phase) {
         for (const bool bottom_first : {false, true}) {
-            const Rhythm rhythm{phase, bottom_first};
-            if (locked_ || !Agrees(rhythm, kLookAhead, kLeastRepeatsToLock)) continue;
-            rhythm_ = rhythm;
+            const Cadence cadence{phase, bottom_first};
+            if (locked_ || !Agrees(cadence, kLookAhead, kLeastRepeatsToLock)) continue;
+            cadence_ = cadence;
             locked_ = true;
         }
     }
@@ -133,7 +134,7 @@ bool TelecineRemover::Finish(const FrameSink& next) {
 }
 
 bool TelecineRemover::EmitFront(const FrameSink& next) {
-    FindRhythm();
+    FindCadence();
     Pending front = std::move(pending_.front());
     pending_.pop_front();
     if (front.used) return true;
@@ -142,7 +143,7 @@ bool TelecineRemover::EmitFront(const FrameSink& next) {
     const std::int64_t interval = front.frame->pkt_duration;
     const std::int64_t film_interval = interval * kCycle / (kCycle - 1);
     std::int64_t delay = 0;
-    switch ((front.index - rhythm_.phase + kCycle) % kCycle) {
+    switch ((front.index - cadence_.phase + kCycle) % kCycle) {
         case kSecond:
             delay = interval / 4;
             break;
@@ -151,14 +152,14 @@ bool TelecineRemover::EmitFront(const FrameSink& next) {
                 if (told_) return true;
                 break;
             }
-            FrameHandle woven = Weave(*front.frame, *pending_.front().frame, rhythm_.bottom_first);
+            FrameHandle woven = Weave(*front.frame, *pending_.front().frame, cadence_.bottom_first);
             if (!woven) break;
             front.frame = std::move(woven);
             pending_.front().used = true;
             delay = interval / 2;
             break;
         }
-        case kFourth:  // its first half was not seen: the rhythm was found inside a cycle
+        case kFourth:  // its first half was not seen: the cadence was found inside a cycle
             if (!told_) return next(std::move(front.frame));
             return true;
         case kFifth:

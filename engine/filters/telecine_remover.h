@@ -16,15 +16,15 @@ namespace engine {
 /// Pulldown spreads four film frames A B C D over five video frames: A, B, top of B with bottom of
 /// C, top of C with bottom of D, D (or with top and bottom exchanged). So the third repeats one
 /// field of the frame before it, the fifth the other. Only where two cycles in a row show that
-/// rhythm, with motion to prove it, is C woven from the third and the fourth and are the times
-/// spread evenly; the rhythm is kept through still stretches and given up at the first
-/// contradiction. A rhythm that is told is neither looked for nor given up, and half a film frame
+/// cadence, with motion to prove it, is C woven from the third and the fourth and are the times
+/// spread evenly; the cadence is kept through still stretches and given up at the first
+/// contradiction. A cadence that is told is neither looked for nor given up, and half a film frame
 /// at either end of the video is left out.
 ///
 /// One thread. Frames leave up to ten later, in order.
 class TelecineRemover {
   public:
-    /// @param told  the rhythm, counted from the first frame; none = it is looked for
+    /// @param told  the cadence, counted from the first frame; none = it is looked for
     TelecineRemover(const std::optional<TelecinePattern>& told, FramePool& frames);
 
     /// Times strictly increase. False when the sink wants no more.
@@ -38,7 +38,7 @@ class TelecineRemover {
     // What a frame repeats of the one before it.
     enum class Repeat : std::uint8_t { Nothing, Top, Bottom, Unclear };
 
-    struct Rhythm {
+    struct Cadence {
         int phase = 0;  // frame index modulo 5 of the first repeat
         bool bottom_first = false;
     };
@@ -51,9 +51,9 @@ class TelecineRemover {
     };
 
     static Repeat Compare(const AVFrame& frame, const AVFrame* before);
-    Repeat Expected(const Rhythm& rhythm, std::int64_t index) const;
-    bool Agrees(const Rhythm& rhythm, std::size_t frames, int least_repeats) const;
-    void FindRhythm();
+    Repeat Expected(const Cadence& cadence, std::int64_t index) const;
+    bool Agrees(const Cadence& cadence, std::size_t frames, int least_repeats) const;
+    void FindCadence();
     bool EmitFront(const FrameSink& next);
     FrameHandle Weave(const AVFrame& third, const AVFrame& fourth, bool bottom_first);
 
@@ -64,7 +64,7 @@ class TelecineRemover {
     FrameHandle last_;  // the frame taken last, for comparison
     std::int64_t taken_ = 0;
     bool locked_;
-    Rhythm rhythm_;
+    Cadence cadence_;
     std::optional<std::int64_t> start_;  // of the first film frame, until it has left
     std::size_t buffer_bytes_ = 0;
     AvPtr<AVBufferPool> buffers_;
