@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "engine/base/av/av_error.h"
-#include "engine/filters/fold_down.h"
+#include "engine/filters/downmix.h"
 
 namespace engine {
 namespace {
@@ -21,9 +21,9 @@ constexpr const char* kSubject = "Conversion of the sound failed";
 
 }  // namespace
 
-AudioResampler::AudioResampler(const AudioFrameFormat& format, const FoldDown& fold_down,
+AudioResampler::AudioResampler(const AudioFrameFormat& format, const Downmix& downmix,
                                AudioClock clock, Ticks end, FramePool& frames)
-    : format_(format), fold_down_(fold_down), clock_(clock), end_(end), frames_(frames) {
+    : format_(format), downmix_(downmix), clock_(clock), end_(end), frames_(frames) {
     const int bytes = av_samples_get_buffer_size(nullptr, format.channels, format.frame_samples,
                                                  format.samples, 0);
     CheckAv(bytes, kSubject);
@@ -58,7 +58,7 @@ bool AudioResampler::Open(const AVFrame& frame, const FrameSink& next) {
         CheckAv(swr_set_matrix(resampler_.get(), whole.data(), 1), kSubject);
     }
     if (shape.channels > 2 && format_.channels == 2) {
-        const std::vector<double> gains = FoldDownGains(from, fold_down_);
+        const std::vector<double> gains = DownmixGains(from, downmix_);
         if (!gains.empty())
             CheckAv(swr_set_matrix(resampler_.get(), gains.data(), shape.channels), kSubject);
     }

@@ -23,7 +23,7 @@ enum class AudioClock {
 class AudioResampler {
   public:
     /// @param end  session time at which the sound ends; 0 = with its source
-    AudioResampler(const AudioFrameFormat& format, const FoldDown& fold_down, AudioClock clock,
+    AudioResampler(const AudioFrameFormat& format, const Downmix& downmix, AudioClock clock,
                    Ticks end, FramePool& frames);
 
     /// The frames that `next` gets count samples in pts. False when no more frames are wanted.
@@ -49,7 +49,7 @@ class AudioResampler {
     void NewOutput();
 
     AudioFrameFormat format_;
-    FoldDown fold_down_;
+    Downmix downmix_;
     AudioClock clock_;
     Ticks end_;
     FramePool& frames_;

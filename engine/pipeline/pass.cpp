@@ -51,7 +51,7 @@ Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const L
         const InputPlan& from = plan.audio->input;
         const bool shared = plan.video && plan.video->input == from;
         Feed(audio_.emplace(Chain{MediaKind::Audio}), from, true, shared);
-        resampler_.emplace(audio_encoder_->Format(), plan.audio->fold_down,
+        resampler_.emplace(audio_encoder_->Format(), plan.audio->downmix,
                            from.capture ? AudioClock::Capture : AudioClock::Media, EndOf(from, end),
                            frames_);
     }

@@ -70,12 +70,12 @@ struct TelecinePattern {
 /// By how many decibels channels beside the front ones are lowered where more than two become two;
 /// 144, the whole range of 24-bit sound, leaves them out. The usual levels are those that ITU-R
 /// BS.775 gives for two-channel sound.
-struct FoldDown {
+struct Downmix {
     static constexpr std::int32_t kSilence = 144;
     std::int32_t surround = 3;
     std::int32_t center = 3;
     std::int32_t lfe = kSilence;
-    bool operator==(const FoldDown&) const = default;
+    bool operator==(const Downmix&) const = default;
 };
 
 struct AudioPlan {
@@ -88,7 +88,7 @@ struct AudioPlan {
     platform::VbrMode mode = platform::VbrMode::Constant;
     std::int32_t peak_rate_bps = 0;   // peak mode only
     std::int32_t peak_buffer_ms = 0;  // peak mode only
-    FoldDown fold_down;
+    Downmix downmix;
 };
 
 /// Whether pictures are coded as two fields, and which one is shown first.

@@ -44,18 +44,18 @@ AudioPlan PlanAudio(const AudioSourceRecord& source, const ProfileRecord& profil
     return plan;
 }
 
-FoldDown PlanFoldDown(
+Downmix PlanDownmix(
     const std::vector<std::pair<std::string, platform::AttributeValue>>& attributes) {
-    FoldDown levels;
+    Downmix levels;
     const auto take = [&](const char* name, std::int32_t& level) {
         for (const auto& [attribute, value] : attributes) {
             const std::int32_t* number = std::get_if<std::int32_t>(&value);
             if (attribute != name || number == nullptr) continue;
-            if (*number > 0 || *number < -FoldDown::kSilence)
+            if (*number > 0 || *number < -Downmix::kSilence)
                 RefuseArgument(
                     fmt::format("{} {} is no attenuation: give -a_folddown6to2 numbers from 0 to "
                                 "{} decibels",
-                                name, -std::int64_t{*number}, FoldDown::kSilence));
+                                name, -std::int64_t{*number}, Downmix::kSilence));
             level = -*number;
         }
     };

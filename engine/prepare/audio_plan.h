@@ -16,7 +16,7 @@ AudioPlan PlanAudio(const AudioSourceRecord& source, const ProfileRecord& profil
 
 /// The levels that the attributes SurroundMix, CenterMix and LFEMix give, as numbers from -144 to
 /// 0; an attribute that is absent leaves the usual one. Throws Error (invalid argument).
-FoldDown PlanFoldDown(
+Downmix PlanDownmix(
     const std::vector<std::pair<std::string, platform::AttributeValue>>& attributes);
 
 }  // namespace engine

@@ -107,7 +107,7 @@ EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
     if (audio != nullptr) {
         plan.audio = PlanAudio(*audio, profile);
         if (MayBeSurround(audio->input) && plan.audio->written.format.channels == 2)
-            plan.audio->fold_down = PlanFoldDown(session.attributes);
+            plan.audio->downmix = PlanDownmix(session.attributes);
     }
     std::optional<CameraFormat> camera;
     if (video != nullptr) {

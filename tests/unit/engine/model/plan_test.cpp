@@ -565,7 +565,7 @@ TEST(Plan, AttributesDriveTheFoldDownOfSixChannels) {
         const char* why;
         int channels;
         std::vector<std::pair<const char*, std::int32_t>> attributes;
-        FoldDown levels;
+        Downmix levels;
     };
     const Case cases[] = {
         {"none: the usual", 6, {}, {3, 3, 144}},
@@ -579,7 +579,7 @@ TEST(Plan, AttributesDriveTheFoldDownOfSixChannels) {
         session.engine.media["/home/film.avi"].audio->channels = c.channels;
         session.OpenFilm();
         for (const auto& [name, value] : c.attributes) session.tree.attributes.Add(name, value);
-        EXPECT_EQ(session.Plan().audio->fold_down, c.levels);
+        EXPECT_EQ(session.Plan().audio->downmix, c.levels);
     }
 }
 

@@ -202,16 +202,16 @@ TEST_F(EncodeTable, Sound) {
     }
 }
 
-struct FoldCase {
+struct DownmixCase {
     const char* why;
     const char* sounds;  // gains of FL, FR, FC, LFE, BL and BR in the source
-    FoldDown levels;
+    Downmix levels;
     double heard;  // in the left channel
 };
 
 // Expected: 10^(-dB / 20) of the channel, divided by the sum of all that the left one gets.
 // clang-format off
-const FoldCase kFoldCases[] = {
+const DownmixCase kDownmixCases[] = {
     // why                          the one that sounds                levels           heard
     {"front by the usual levels",   "1*V|0*V|0*V|0*V|0*V|0*V", {},              1 / 2.41589},
     {"right is not left",           "0*V|1*V|0*V|0*V|0*V|0*V", {},              0},
@@ -227,7 +227,7 @@ const FoldCase kFoldCases[] = {
 // clang-format on
 
 TEST_F(EncodeTable, SixChannelsBecomeTwoByTheirLevels) {
-    for (const FoldCase& row : kFoldCases) {
+    for (const DownmixCase& row : kDownmixCases) {
         SCOPED_TRACE(row.why);
         std::string sounds = row.sounds;
         for (std::size_t at = 0; (at = sounds.find('V', at)) != std::string::npos;)
@@ -239,7 +239,7 @@ TEST_F(EncodeTable, SixChannelsBecomeTwoByTheirLevels) {
         plan.audio = session::Audio(source);
         plan.audio->codec = &session::AudioCodec("pcm_s16le");
         plan.audio->format = {1411200, 44100, 2, 16};
-        plan.audio->fold_down = row.levels;
+        plan.audio->downmix = row.levels;
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
         double peak = 0;

@@ -13,6 +13,6 @@ namespace engine {
 /// behind, 3 dB lower) by the plan's attenuations, a gain of 10^(-dB / 20); and all of them lowered
 /// together so far that no sound of the source can overload a channel. Empty for a layout with
 /// other channels.
-std::vector<double> FoldDownGains(const AVChannelLayout& from, const FoldDown& levels);
+std::vector<double> DownmixGains(const AVChannelLayout& from, const Downmix& levels);
 
 }  // namespace engine

@@ -1,4 +1,4 @@
-#include "engine/filters/fold_down.h"
+#include "engine/filters/downmix.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,12 +12,12 @@ struct Gains {
 };
 
 double GainOf(double attenuation) {
-    return attenuation >= FoldDown::kSilence ? 0 : std::pow(10.0, -attenuation / 20);
+    return attenuation >= Downmix::kSilence ? 0 : std::pow(10.0, -attenuation / 20);
 }
 
 }  // namespace
 
-std::vector<double> FoldDownGains(const AVChannelLayout& from, const FoldDown& levels) {
+std::vector<double> DownmixGains(const AVChannelLayout& from, const Downmix& levels) {
     const double centre = GainOf(levels.center);
     const double surround = GainOf(levels.surround);
     const double behind = surround * M_SQRT1_2;
