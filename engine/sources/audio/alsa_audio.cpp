@@ -12,7 +12,7 @@
 #include "engine/sources/audio/alsa_errors.h"
 #include "engine/sources/audio/audio_frames.h"
 #include "engine/sources/audio/sample_clock.h"
-#include "engine/sources/system/wake_up.h"
+#include "engine/sources/system/event_fd.h"
 #include "platform/error.h"
 
 namespace engine {
@@ -220,7 +220,7 @@ class AlsaAudioSource : public LiveSource {
     PcmPtr device_;
     std::optional<AudioFrames> frames_;
     std::optional<SampleClock> clock_;
-    const WakeUp wake_up_;
+    const EventFd wake_up_;
     std::atomic<bool> woken_{false};
     std::int64_t position_ = 0;  // samples read
     std::int64_t observed_ = 0;

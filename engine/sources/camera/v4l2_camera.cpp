@@ -16,7 +16,7 @@
 
 #include "engine/sources/camera/camera_device.h"
 #include "engine/sources/camera/camera_pictures.h"
-#include "engine/sources/system/wake_up.h"
+#include "engine/sources/system/event_fd.h"
 #include "platform/error.h"
 
 namespace engine {
@@ -64,7 +64,7 @@ class V4l2Camera : public LiveSource {
     platform::Error Lost(int error) const;
 
     const CameraDevice device_;
-    const WakeUp wake_up_;
+    const EventFd wake_up_;
     std::atomic<bool> woken_{false};
     std::unique_ptr<CameraPictures> pictures_;
     std::vector<MappedBytes> buffers_;

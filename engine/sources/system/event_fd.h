@@ -7,12 +7,12 @@
 namespace engine {
 
 /// Readable once written, until it is cleared. Any thread.
-class WakeUp {
+class EventFd {
   public:
-    WakeUp() = default;
-    ~WakeUp() { close(descriptor_); }
-    WakeUp(const WakeUp&) = delete;
-    WakeUp& operator=(const WakeUp&) = delete;
+    EventFd() = default;
+    ~EventFd() { close(descriptor_); }
+    EventFd(const EventFd&) = delete;
+    EventFd& operator=(const EventFd&) = delete;
 
     int Descriptor() const { return descriptor_; }  // negative when there is none to be had
     void Write() const { eventfd_write(descriptor_, 1); }
