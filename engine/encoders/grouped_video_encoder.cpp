@@ -56,10 +56,10 @@ struct GroupedVideoEncoder::Frame {
 };
 
 struct GroupedVideoEncoder::Outcome {
-    CodedPacket packet;  // without data when the frame was left out
+    CodedPacket packet;  // without data when the frame was dropped
     std::size_t index = 0;
     codecs::FoundPicture found;
-    Drops drops;
+    DroppedFrames dropped;
 };
 
 struct GroupedVideoEncoder::Work {
@@ -126,7 +126,7 @@ bool GroupedVideoEncoder::Finish(const CodedFrameSink& sink) {
     CodeAlong(lock);
     if (!HandOnUntil(lock, sink, [this] { return groups_.empty(); })) return false;
     if (!last_.data) return true;
-    // The last picture stays for those that were left out after it.
+    // The last picture stays for those that were dropped after it.
     last_.duration = std::max(last_.duration, end_ - last_.pts);
     return sink(std::move(last_));
 }
@@ -379,7 +379,7 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
         picture.inter_cost =
             std::min(picture.inter_cost, codecs::InterCost(Luma(*frame.frame), Luma(*work.past)));
     const codecs::GopRateControl::Decision decision = control.Decide(picture);
-    outcome.drops = {1, static_cast<std::int64_t>(decision.expected_bits / 8)};
+    outcome.dropped = {1, static_cast<std::int64_t>(decision.expected_bits / 8)};
     if (decision.drop) return outcome;
     request.quantiser = decision.quantiser;
     std::optional<CodedPicture> coded = Fitted(work, *frame.frame, request);
@@ -391,7 +391,7 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
     outcome.packet.data = std::move(coded->data);
     outcome.packet.key = coded->key;
     outcome.found = {coded->bits, coded->key ? PictureKind::kI : request.kind};
-    outcome.drops = {};
+    outcome.dropped = {};
     if (!between) {
         work.before_time = time;
         work.past = std::exchange(work.before, std::move(frame.frame));
@@ -426,8 +426,8 @@ std::optional<CodedPicture> GroupedVideoEncoder::Fitted(Work& work, AVFrame& fra
 }
 
 void GroupedVideoEncoder::Note(Group& group, Outcome outcome) {
-    drops_.frames += outcome.drops.frames;
-    drops_.bytes += outcome.drops.bytes;
+    dropped_.frames += outcome.dropped.frames;
+    dropped_.bytes += outcome.dropped.bytes;
     if (!outcome.packet.data) return;
     group.coded.push_back(std::move(outcome.packet));
     if (!rate_.steady) return;
@@ -442,9 +442,9 @@ void GroupedVideoEncoder::EndGroup(Group& group) {
     group.done = true;
 }
 
-Drops GroupedVideoEncoder::TakeDrops() {
+DroppedFrames GroupedVideoEncoder::TakeDroppedFrames() {
     const std::lock_guard lock(mutex_);
-    return std::exchange(drops_, {});
+    return std::exchange(dropped_, {});
 }
 
 std::vector<codecs::FirstPassGop> GroupedVideoEncoder::TakeFirstPass() {

@@ -37,7 +37,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
     /// stay busy.
     bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
     bool Finish(const CodedFrameSink& sink) override;
-    Drops TakeDrops() override;
+    DroppedFrames TakeDroppedFrames() override;
     std::vector<codecs::FirstPassGop> TakeFirstPass() override;
 
   private:
@@ -107,7 +107,7 @@ class GroupedVideoEncoder final : public VideoEncoder {
     std::size_t waiting_ = 0;  // frames of all groups
     Ticks end_;                // of the last frame
     CodedPacket last_;         // is handed on when the next one is known or there is none
-    Drops drops_;
+    DroppedFrames dropped_;
     std::vector<codecs::FirstPassGop> report_;
     std::exception_ptr failure_;
     bool cancelled_ = false;

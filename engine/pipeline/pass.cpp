@@ -284,10 +284,10 @@ void Pass::EncodePicture(Chain& chain) {
     while (wanted && filtered_.Pop(frame)) {
         wanted = video_encoder_->Encode(*frame, to_interleaver);
         frame.reset();
-        statistics_.Dropped(video_encoder_->TakeDrops());
+        statistics_.Dropped(video_encoder_->TakeDroppedFrames());
     }
     video_encoder_->Finish(to_interleaver);
-    statistics_.Dropped(video_encoder_->TakeDrops());
+    statistics_.Dropped(video_encoder_->TakeDroppedFrames());
     first_report_ = video_encoder_->TakeFirstPass();
 }
 

@@ -68,11 +68,11 @@ void RunStatistics::Written(MediaKind kind, const CodedPacket& packet) {
     counters.AddRecent(packet.pts, packet.data->size);
 }
 
-void RunStatistics::Dropped(const Drops& drops) {
+void RunStatistics::Dropped(const DroppedFrames& dropped) {
     const std::lock_guard lock(mutex_);
     Counters& video = counters_[Index(MediaKind::Video)];
-    video.drops.rate_control += drops.frames;
-    video.dropped_bytes += drops.bytes;
+    video.drops.rate_control += dropped.frames;
+    video.dropped_bytes += dropped.bytes;
 }
 
 void RunStatistics::Missed(std::int64_t platform::DropCounts::*why, std::int64_t pictures) {

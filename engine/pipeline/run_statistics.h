@@ -22,7 +22,7 @@ class RunStatistics {
     void BeginPass();
     void Written(MediaKind kind, const CodedPacket& packet);
     /// By the encoder, to keep the rate.
-    void Dropped(const Drops& drops);
+    void Dropped(const DroppedFrames& dropped);
     /// Pictures of a live source; `why` is the count that they belong to.
     void Missed(std::int64_t platform::DropCounts::*why, std::int64_t pictures);
     void FileIs(const FileResult& file);

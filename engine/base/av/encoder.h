@@ -24,8 +24,8 @@ struct CodedPacket {
 /// False = no more packets are wanted.
 using CodedFrameSink = std::function<bool(CodedPacket packet)>;
 
-/// Frames that were left out to keep the rate, and about what they would have taken.
-struct Drops {
+/// Frames that were dropped to keep the rate, and about what they would have taken.
+struct DroppedFrames {
     std::int64_t frames = 0;
     std::int64_t bytes = 0;
 };
@@ -54,7 +54,7 @@ class VideoEncoder {
     /// consumer wants no more. Throws platform::Error.
     virtual bool Encode(AVFrame& frame, const CodedFrameSink& sink) = 0;
     virtual bool Finish(const CodedFrameSink& sink) = 0;
-    virtual Drops TakeDrops() { return {}; }  // since the last call
+    virtual DroppedFrames TakeDroppedFrames() { return {}; }  // since the last call
     /// What the pictures have taken, after Finish.
     virtual std::vector<codecs::FirstPassGop> TakeFirstPass() { return {}; }
 };
