@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "engine/base/av/av_error.h"
-#include "engine/encoders/av_video_effort.h"
+#include "engine/encoders/av_video_preset.h"
 
 namespace engine {
 namespace {
@@ -64,7 +64,7 @@ AvGroupCoder::AvGroupCoder(const VideoPlan& plan, const codecs::RateSettings& ra
     codec_->thread_count = 1;  // groups are what is coded side by side
     if (fields_ != FieldCoding::None)
         codec_->flags |= AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
-    SetEffort(*codec_, plan.performance);
+    ApplyPreset(*codec_, plan.performance);
     CheckAv(avcodec_open2(codec_.get(), encoder, nullptr),
             fmt::format("{} at {}x{}, {} bits per second", subject, plan.width, plan.height,
                         plan.bit_rate_bps));

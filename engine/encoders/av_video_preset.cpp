@@ -1,11 +1,11 @@
-#include "engine/encoders/av_video_effort.h"
+#include "engine/encoders/av_video_preset.h"
 
 #include <iterator>
 
 namespace engine {
 namespace {
 
-struct EffortRow {
+struct PresetRow {
     std::int32_t up_to;
     int mb_decision;
     int trellis;
@@ -14,7 +14,7 @@ struct EffortRow {
 };
 
 // clang-format off
-constexpr EffortRow kEfforts[] = {
+constexpr PresetRow kPresets[] = {
     // up to  macroblock decision  trellis  compare      sub-pixel
     {     19, FF_MB_DECISION_SIMPLE, 0,     FF_CMP_SAD,  2},
     {     60, FF_MB_DECISION_SIMPLE, 0,     FF_CMP_SAD,  8},
@@ -26,9 +26,9 @@ constexpr EffortRow kEfforts[] = {
 
 }  // namespace
 
-void SetEffort(AVCodecContext& codec, std::int32_t performance) {
-    const EffortRow* row = std::begin(kEfforts);
-    while (row + 1 != std::end(kEfforts) && performance > row->up_to) ++row;
+void ApplyPreset(AVCodecContext& codec, std::int32_t performance) {
+    const PresetRow* row = std::begin(kPresets);
+    while (row + 1 != std::end(kPresets) && performance > row->up_to) ++row;
     codec.mb_decision = row->mb_decision;
     codec.trellis = row->trellis;
     codec.me_cmp = row->compare;

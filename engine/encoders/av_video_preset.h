@@ -8,6 +8,6 @@
 namespace engine {
 
 /// @param performance  0 fastest to 100 best
-void SetEffort(AVCodecContext& codec, std::int32_t performance);
+void ApplyPreset(AVCodecContext& codec, std::int32_t performance);
 
 }  // namespace engine
