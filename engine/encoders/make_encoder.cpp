@@ -3,13 +3,13 @@
 #include <utility>
 
 #include "engine/encoders/av_audio_encoder.h"
-#include "engine/encoders/av_group_coder.h"
+#include "engine/encoders/av_gop_coder.h"
 #include "engine/encoders/full_frame_encoder.h"
-#include "engine/encoders/grouped_video_encoder.h"
+#include "engine/encoders/gop_video_encoder.h"
 #include "engine/encoders/pcm_encoder.h"
 #include "engine/encoders/video_header.h"
 #include "engine/encoders/video_rate.h"
-#include "engine/encoders/wmv9_group_coder.h"
+#include "engine/encoders/wmv9_gop_coder.h"
 
 namespace engine {
 
@@ -25,22 +25,22 @@ std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const Enco
     const PictureFormat format{AV_PIX_FMT_YUV420P, plan.width, plan.height};
     if (maker == CodecMaker::Kind::Wmv9) {
         const codecs::wmv9::EncoderSettings settings = Wmv9Settings(plan);
-        header.extra_data = Wmv9GroupCoder(settings, packets).ExtraData();
+        header.extra_data = Wmv9GopCoder(settings, packets).ExtraData();
         header.reordered = settings.b_pictures > 0;
-        return std::make_unique<GroupedVideoEncoder>(
+        return std::make_unique<GopVideoEncoder>(
             plan, rate, pass, format, std::move(header),
             [settings, &packets](double /*bucket_room_bits*/) {
-                return std::make_unique<Wmv9GroupCoder>(settings, packets);
+                return std::make_unique<Wmv9GopCoder>(settings, packets);
             },
             settings.b_pictures);
     }
     // Also finds out whether the encoder takes the plan.
-    header.extra_data = AvGroupCoder(plan, rate, rate.vbv_bits, packets).ExtraData();
-    return std::make_unique<GroupedVideoEncoder>(plan, rate, pass, format, std::move(header),
-                                                 [plan, rate, &packets](double bucket_room_bits) {
-                                                     return std::make_unique<AvGroupCoder>(
-                                                         plan, rate, bucket_room_bits, packets);
-                                                 });
+    header.extra_data = AvGopCoder(plan, rate, rate.vbv_bits, packets).ExtraData();
+    return std::make_unique<GopVideoEncoder>(plan, rate, pass, format, std::move(header),
+                                             [plan, rate, &packets](double bucket_room_bits) {
+                                                 return std::make_unique<AvGopCoder>(
+                                                     plan, rate, bucket_room_bits, packets);
+                                             });
 }
 
 std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, PacketPool& packets) {

@@ -94,8 +94,8 @@ codecs::RateExperience UsualExperience(const VideoPlan& plan) {
     return {CodedFrameRate(plan) / 1000.0, kKeyTexturePerCost, fixed, kDeltaTexture, fixed};
 }
 
-int LongestGroup(const VideoPlan& plan) {
-    constexpr std::int64_t kMemory = 96U << 20U;  // bytes of a group's frames
+int LongestGop(const VideoPlan& plan) {
+    constexpr std::int64_t kMemory = 96U << 20U;  // bytes of a GOP's frames
     constexpr std::int64_t kFewest = 60;
     constexpr std::int64_t kMost = 100;
     constexpr std::int64_t kMostOfOwn = 300;
@@ -106,11 +106,11 @@ int LongestGroup(const VideoPlan& plan) {
 
 bool CodesRows(const VideoPlan& plan) {
     return IsOwn(plan) &&
-           (plan.input.capture || AskedLength(plan) > LengthOf(plan, LongestGroup(plan)));
+           (plan.input.capture || AskedLength(plan) > LengthOf(plan, LongestGop(plan)));
 }
 
-Ticks GroupLength(const VideoPlan& plan) {
-    const Ticks longest = LengthOf(plan, LongestGroup(plan));
+Ticks GopLength(const VideoPlan& plan) {
+    const Ticks longest = LengthOf(plan, LongestGop(plan));
     const Ticks asked = AskedLength(plan);
     if (asked.count <= 0) return longest;
     if (CodesRows(plan)) return asked;

@@ -9,9 +9,9 @@
 
 namespace engine {
 
-/// The most pictures of a group at the expected rate: enough that its key picture is a small part
-/// of it, few enough that several groups fit into memory.
-int LongestGroup(const VideoPlan& plan);
+/// The most pictures of a GOP at the expected rate: enough that its key picture is a small part
+/// of it, few enough that several GOPs fit into memory.
+int LongestGop(const VideoPlan& plan);
 
 /// What the pictures of footage take before anything is known of them.
 codecs::RateExperience UsualExperience(const VideoPlan& plan);
@@ -19,12 +19,12 @@ codecs::RateExperience UsualExperience(const VideoPlan& plan);
 /// In quality mode the one quantiser that the quality stands for.
 codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass);
 
-/// Whether pictures are coded one after the other, their rows side by side, and not groups of them:
-/// what our own encoder does where groups are longer than that, and with what is recorded.
+/// Whether pictures are coded one after the other, their rows side by side, and not GOPs of them:
+/// what our own encoder does where GOPs are longer than that, and with what is recorded.
 bool CodesRows(const VideoPlan& plan);
 
-/// The asked key-frame distance; in as many equal parts as LongestGroup makes necessary, unless
+/// The asked key-frame distance; in as many equal parts as LongestGop makes necessary, unless
 /// rows are coded side by side.
-Ticks GroupLength(const VideoPlan& plan);
+Ticks GopLength(const VideoPlan& plan);
 
 }  // namespace engine

@@ -1,25 +1,25 @@
-// A closed group of pictures through one of libavcodec's encoders.
+// A closed GOP through one of libavcodec's encoders.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
 #include "codecs/common/rate_settings.h"
-#include "engine/encoders/group_coder.h"
+#include "engine/encoders/gop_coder.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {
 
 /// The encoder counts in frames of the nominal rate and makes key frames of its own at scene
 /// changes. A picture that the receiver's buffer does not take is coded again, more coarsely.
-class AvGroupCoder final : public GroupCoder {
+class AvGopCoder final : public GopCoder {
   public:
     /// Throws platform::Error (invalid argument) with the codec named.
-    AvGroupCoder(const VideoPlan& plan, const codecs::RateSettings& rate, double bucket_room_bits,
-                 PacketPool& packets);
+    AvGopCoder(const VideoPlan& plan, const codecs::RateSettings& rate, double bucket_room_bits,
+               PacketPool& packets);
 
     CodedPicture Encode(AVFrame& frame, const PictureRequest& request) override;
-    /// The same for all groups of a plan.
+    /// The same for all GOPs of a plan.
     std::vector<std::uint8_t> ExtraData() const;
 
   private:

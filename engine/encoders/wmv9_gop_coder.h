@@ -1,23 +1,23 @@
-// A closed group of pictures through our own Windows Media Video 9 encoder.
+// A closed GOP through our own Windows Media Video 9 encoder.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
 #include "codecs/wmv9/encoder.h"
-#include "engine/encoders/group_coder.h"
+#include "engine/encoders/gop_coder.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {
 
-/// What the encoder is asked for: pictures between others and groups side by side for files; for
+/// What the encoder is asked for: pictures between others and GOPs side by side for files; for
 /// what is recorded, the rows of one picture side by side and each picture at once. Throws
 /// platform::Error (invalid argument) for a size that the format does not have.
 codecs::wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan);
 
-class Wmv9GroupCoder final : public GroupCoder {
+class Wmv9GopCoder final : public GopCoder {
   public:
-    Wmv9GroupCoder(const codecs::wmv9::EncoderSettings& settings, PacketPool& packets)
+    Wmv9GopCoder(const codecs::wmv9::EncoderSettings& settings, PacketPool& packets)
         : encoder_(settings), packets_(packets) {}
 
     CodedPicture Encode(AVFrame& frame, const PictureRequest& request) override;
@@ -25,7 +25,7 @@ class Wmv9GroupCoder final : public GroupCoder {
     void Forget() override { encoder_.Forget(); }
     bool Recodes() const override { return true; }
     int ChooseBetween(const AVFrame& before, std::span<const AVFrame* const> next) override;
-    /// The same for all groups of a plan.
+    /// The same for all GOPs of a plan.
     std::vector<std::uint8_t> ExtraData() const;
 
   private:

@@ -1,4 +1,4 @@
-#include "engine/encoders/wmv9_group_coder.h"
+#include "engine/encoders/wmv9_gop_coder.h"
 
 #include <fmt/format.h>
 
@@ -56,15 +56,15 @@ wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan) {
     return settings;
 }
 
-CodedPicture Wmv9GroupCoder::Encode(AVFrame& frame, const PictureRequest& request) {
+CodedPicture Wmv9GopCoder::Encode(AVFrame& frame, const PictureRequest& request) {
     return Packed(encoder_.Encode(View(frame), Request(request)));
 }
 
-CodedPicture Wmv9GroupCoder::Recode(AVFrame& frame, const PictureRequest& request) {
+CodedPicture Wmv9GopCoder::Recode(AVFrame& frame, const PictureRequest& request) {
     return Packed(encoder_.Recode(View(frame), Request(request)));
 }
 
-CodedPicture Wmv9GroupCoder::Packed(const wmv9::CodedPicture& coded) {
+CodedPicture Wmv9GopCoder::Packed(const wmv9::CodedPicture& coded) {
     CodedPicture picture;
     picture.data = packets_.Get();
     CheckAv(av_new_packet(picture.data.get(), static_cast<int>(coded.data.size())),
@@ -75,13 +75,13 @@ CodedPicture Wmv9GroupCoder::Packed(const wmv9::CodedPicture& coded) {
     return picture;
 }
 
-int Wmv9GroupCoder::ChooseBetween(const AVFrame& before, std::span<const AVFrame* const> next) {
+int Wmv9GopCoder::ChooseBetween(const AVFrame& before, std::span<const AVFrame* const> next) {
     std::vector<wmv9::PictureView> views;
     for (const AVFrame* frame : next) views.push_back(View(*frame));
     return encoder_.ChooseBPictures(View(before), views);
 }
 
-std::vector<std::uint8_t> Wmv9GroupCoder::ExtraData() const {
+std::vector<std::uint8_t> Wmv9GopCoder::ExtraData() const {
     const auto header = encoder_.SequenceHeader();
     return {header.begin(), header.end()};
 }

@@ -1,4 +1,4 @@
-#include "engine/encoders/grouped_video_encoder.h"
+#include "engine/encoders/gop_video_encoder.h"
 
 #include <algorithm>
 #include <utility>
@@ -25,12 +25,12 @@ std::size_t Workers(const VideoPlan& plan) {
     return std::min<std::size_t>(count, codecs::RateAllocator::kMostAtOnce);
 }
 
-// While one group is coded, the next one comes in: what arrives of two groups in the time of one
-// and is not coded meanwhile is half a group, for each worker but the first.
-std::size_t MostWaiting(std::size_t workers, int group_frames, int between, int ahead) {
+// While one GOP is coded, the next one comes in: what arrives of two GOPs in the time of one
+// and is not coded meanwhile is half a GOP, for each worker but the first.
+std::size_t MostWaiting(std::size_t workers, int gop_frames, int between, int ahead) {
     constexpr std::size_t kSpare = 4;
     return kSpare + static_cast<std::size_t>(2 * between + ahead) +
-           (workers - 1) * static_cast<std::size_t>(group_frames) / 2;
+           (workers - 1) * static_cast<std::size_t>(gop_frames) / 2;
 }
 
 // A picture that is recorded waits for no other; a second pass knows them all, and one
@@ -47,48 +47,47 @@ codecs::LumaPlane Luma(const AVFrame& frame) {
 
 }  // namespace
 
-struct GroupedVideoEncoder::Frame {
+struct GopVideoEncoder::Frame {
     FrameHandle frame;
-    std::size_t index = 0;  // in the group, as shown
+    std::size_t index = 0;  // in the GOP, as shown
     double intra_cost = 0;
     double step_cost = 0;
     bool decided = false;
 };
 
-struct GroupedVideoEncoder::Outcome {
+struct GopVideoEncoder::Outcome {
     CodedPacket packet;  // without data when the frame was dropped
     std::size_t index = 0;
     codecs::FoundPicture found;
     DroppedFrames dropped;
 };
 
-struct GroupedVideoEncoder::Work {
-    Group* group = nullptr;
-    std::unique_ptr<GroupCoder> coder;
+struct GopVideoEncoder::Work {
+    Gop* gop = nullptr;
+    std::unique_ptr<GopCoder> coder;
     std::size_t taken = 0;     // frames
     std::vector<Frame> next;   // as shown, not yet coded
     std::size_t judged = 0;    // of those, their costs are known
     FrameHandle latest;        // that was judged
     FrameHandle past, before;  // the last two that others refer to
     Ticks before_time;
-    bool all = false;  // of the group that are left are in `next`
+    bool all = false;  // of the GOP that are left are in `next`
     std::vector<codecs::GopRateControl::Waiting> waiting;
 };
 
-GroupedVideoEncoder::GroupedVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
-                                         const EncoderPass& pass, PictureFormat format,
-                                         StreamHeader header, GroupCoderMaker make_coder,
-                                         int between)
+GopVideoEncoder::GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
+                                 const EncoderPass& pass, PictureFormat format, StreamHeader header,
+                                 GopCoderMaker make_coder, int between)
     : format_(format),
       header_(std::move(header)),
       make_coder_(std::move(make_coder)),
       between_(between),
       ahead_(Ahead(plan, rate, pass)),
       rate_(rate),
-      group_length_(GroupLength(plan)),
+      gop_length_(GopLength(plan)),
       length_(pass.length),
       workers_(Workers(plan)),
-      most_waiting_(MostWaiting(workers_, LongestGroup(plan), between_, ahead_)),
+      most_waiting_(MostWaiting(workers_, LongestGop(plan), between_, ahead_)),
       few_waiting_(most_waiting_ - std::min(kBurst, most_waiting_ / 2)),
       usual_(UsualExperience(plan)),
       // A second pass knows all about them, and one quantiser needs no knowledge.
@@ -103,7 +102,7 @@ GroupedVideoEncoder::GroupedVideoEncoder(const VideoPlan& plan, const codecs::Ra
     for (std::size_t i = 0; i < workers_; ++i) threads_.emplace_back([this] { WorkAlong(); });
 }
 
-GroupedVideoEncoder::~GroupedVideoEncoder() {
+GopVideoEncoder::~GopVideoEncoder() {
     {
         const std::lock_guard lock(mutex_);
         cancelled_ = true;
@@ -112,7 +111,7 @@ GroupedVideoEncoder::~GroupedVideoEncoder() {
     for (std::thread& thread : threads_) thread.join();
 }
 
-bool GroupedVideoEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
+bool GopVideoEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
     FrameHandle own = frames_.Get();
     av_frame_move_ref(own.get(), &frame);
     if (tries_) Try(*own);
@@ -120,88 +119,87 @@ bool GroupedVideoEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
     return Place(lock, std::move(own), sink);
 }
 
-bool GroupedVideoEncoder::Finish(const CodedFrameSink& sink) {
+bool GopVideoEncoder::Finish(const CodedFrameSink& sink) {
     Lock lock(mutex_);
-    CloseGroup(end_);
+    CloseGop(end_);
     CodeAlong(lock);
-    if (!HandOnUntil(lock, sink, [this] { return groups_.empty(); })) return false;
+    if (!HandOnUntil(lock, sink, [this] { return gops_.empty(); })) return false;
     if (!last_.data) return true;
     // The last picture stays for those that were dropped after it.
     last_.duration = std::max(last_.duration, end_ - last_.pts);
     return sink(std::move(last_));
 }
 
-// Codes the first frame to nowhere, so that the first groups know what they have before them.
-void GroupedVideoEncoder::Try(const AVFrame& frame) {
+// Codes the first frame to nowhere, so that the first GOPs know what they have before them.
+void GopVideoEncoder::Try(const AVFrame& frame) {
     tries_ = false;
-    Group group;
-    group.start = {frame.pts};
+    Gop gop;
+    gop.start = {frame.pts};
     codecs::RateAllocator unknowing(rate_, usual_);
-    group.control.emplace(rate_, unknowing.Open(group_length_.Seconds()));
+    gop.control.emplace(rate_, unknowing.Open(gop_length_.Seconds()));
     Work work;
-    work.group = &group;
+    work.gop = &gop;
     FrameHandle copy = frames_.Get();
     CheckAv(av_frame_ref(copy.get(), &frame), "Encoding of the picture failed");
     Frame tried{.frame = std::move(copy), .intra_cost = codecs::IntraCost(Luma(frame))};
     Code(work, tried, {.kind = PictureKind::kI});
-    allocator_.LearnTrial(group.control->Result());
+    allocator_.LearnTrial(gop.control->Result());
 }
 
-bool GroupedVideoEncoder::Place(Lock& lock, FrameHandle frame, const CodedFrameSink& sink) {
+bool GopVideoEncoder::Place(Lock& lock, FrameHandle frame, const CodedFrameSink& sink) {
     const Ticks time{frame->pts};
-    if (groups_.empty() || groups_.back()->closed ||
-        time - groups_.back()->start >= group_length_) {
-        CloseGroup(time);
+    if (gops_.empty() || gops_.back()->closed || time - gops_.back()->start >= gop_length_) {
+        CloseGop(time);
         CodeAlong(lock);
-        if (!HandOnUntil(lock, sink, [this] { return MayOpenGroup(); })) return false;
-        OpenGroup(time);
+        if (!HandOnUntil(lock, sink, [this] { return MayOpenGop(); })) return false;
+        OpenGop(time);
     }
     if (waiting_ >= most_waiting_ &&
         !HandOnUntil(lock, sink, [this] { return waiting_ <= few_waiting_; }))
         return false;
     end_ = time + Ticks{frame->pkt_duration};
-    groups_.back()->waiting.push_back(std::move(frame));
+    gops_.back()->waiting.push_back(std::move(frame));
     ++waiting_;
     work_.notify_all();
     CodeAlong(lock);
     return HandOn(lock, sink);
 }
 
-void GroupedVideoEncoder::CloseGroup(Ticks end) {
-    if (groups_.empty() || groups_.back()->closed) return;
-    Group& group = *groups_.back();
-    group.length = end - group.start;
-    group.closed = true;
+void GopVideoEncoder::CloseGop(Ticks end) {
+    if (gops_.empty() || gops_.back()->closed) return;
+    Gop& gop = *gops_.back();
+    gop.length = end - gop.start;
+    gop.closed = true;
     work_.notify_all();
 }
 
-bool GroupedVideoEncoder::MayOpenGroup() const {
+bool GopVideoEncoder::MayOpenGop() const {
     const std::int64_t needed = allocator_.Needs();
     std::size_t at_work = 0;
-    for (const std::unique_ptr<Group>& group : groups_) {
-        if (group->done) continue;
-        if (group->index <= needed) return false;
+    for (const std::unique_ptr<Gop>& gop : gops_) {
+        if (gop->done) continue;
+        if (gop->index <= needed) return false;
         ++at_work;
     }
     return at_work < workers_;
 }
 
-void GroupedVideoEncoder::OpenGroup(Ticks start) {
-    auto group = std::make_unique<Group>();
-    group->index = next_index_++;
-    group->start = start;
-    group->length = group_length_;
-    if (length_ > start) group->length = std::min(group->length, length_ - start);
-    group->control.emplace(rate_, allocator_.Open(group->length.Seconds()));
-    groups_.push_back(std::move(group));
+void GopVideoEncoder::OpenGop(Ticks start) {
+    auto gop = std::make_unique<Gop>();
+    gop->index = next_index_++;
+    gop->start = start;
+    gop->length = gop_length_;
+    if (length_ > start) gop->length = std::min(gop->length, length_ - start);
+    gop->control.emplace(rate_, allocator_.Open(gop->length.Seconds()));
+    gops_.push_back(std::move(gop));
 }
 
-// What the oldest group has ready, then the next one's.
-bool GroupedVideoEncoder::HandOn(Lock& lock, const CodedFrameSink& sink) {
+// What the oldest GOP has ready, then the next one's.
+bool GopVideoEncoder::HandOn(Lock& lock, const CodedFrameSink& sink) {
     for (;;) {
         RethrowFailure();
-        if (groups_.empty()) return true;
-        Group& oldest = *groups_.front();
+        if (gops_.empty()) return true;
+        Gop& oldest = *gops_.front();
         if (!oldest.coded.empty()) {
             CodedPacket packet = std::exchange(last_, std::move(oldest.coded.front()));
             oldest.coded.pop_front();
@@ -213,19 +211,19 @@ bool GroupedVideoEncoder::HandOn(Lock& lock, const CodedFrameSink& sink) {
         } else if (oldest.done) {
             if (rate_.steady)
                 report_.push_back({oldest.length.Seconds(), std::move(oldest.pictures)});
-            groups_.pop_front();
+            gops_.pop_front();
         } else {
             return true;
         }
     }
 }
 
-bool GroupedVideoEncoder::MayHandOn() const {
-    return !groups_.empty() && (groups_.front()->done || groups_.front()->coded.size() >= kBurst);
+bool GopVideoEncoder::MayHandOn() const {
+    return !gops_.empty() && (gops_.front()->done || gops_.front()->coded.size() >= kBurst);
 }
 
 template <typename Ready>
-bool GroupedVideoEncoder::HandOnUntil(Lock& lock, const CodedFrameSink& sink, Ready&& ready) {
+bool GopVideoEncoder::HandOnUntil(Lock& lock, const CodedFrameSink& sink, Ready&& ready) {
     for (;;) {
         if (!HandOn(lock, sink)) return false;
         if (ready()) return true;
@@ -233,11 +231,11 @@ bool GroupedVideoEncoder::HandOnUntil(Lock& lock, const CodedFrameSink& sink, Re
     }
 }
 
-void GroupedVideoEncoder::RethrowFailure() const {
+void GopVideoEncoder::RethrowFailure() const {
     if (failure_) std::rethrow_exception(failure_);
 }
 
-void GroupedVideoEncoder::WorkAlong() {
+void GopVideoEncoder::WorkAlong() {
     Work work;
     Lock lock(mutex_);
     try {
@@ -254,56 +252,56 @@ void GroupedVideoEncoder::WorkAlong() {
     }
 }
 
-GroupedVideoEncoder::Group* GroupedVideoEncoder::NextGroup() const {
-    for (const std::unique_ptr<Group>& group : groups_)
-        if (!group->taken) return group.get();
+GopVideoEncoder::Gop* GopVideoEncoder::NextGop() const {
+    for (const std::unique_ptr<Gop>& gop : gops_)
+        if (!gop->taken) return gop.get();
     return nullptr;
 }
 
 // Where there is one worker, the caller's thread does its work.
-void GroupedVideoEncoder::CodeAlong(Lock& lock) {
+void GopVideoEncoder::CodeAlong(Lock& lock) {
     if (!own_work_) return;
     while (HasWork(*own_work_)) CodeNext(lock, *own_work_);
 }
 
-bool GroupedVideoEncoder::HasWork(const Work& work) const {
-    if (work.group == nullptr) return NextGroup() != nullptr;
-    return work.group->closed || work.next.size() + work.group->waiting.size() >= Wanted(work);
+bool GopVideoEncoder::HasWork(const Work& work) const {
+    if (work.gop == nullptr) return NextGop() != nullptr;
+    return work.gop->closed || work.next.size() + work.gop->waiting.size() >= Wanted(work);
 }
 
 // Frames to choose from: before the first picture is coded there is nothing to be between.
-std::size_t GroupedVideoEncoder::Wanted(const Work& work) const {
+std::size_t GopVideoEncoder::Wanted(const Work& work) const {
     const int frames = 1 + ahead_ + (work.before ? between_ : 0);
     return static_cast<std::size_t>(frames);
 }
 
-// A picture that others refer to and those before it, or to the end of a group whose frames are all
+// A picture that others refer to and those before it, or to the end of a GOP whose frames are all
 // coded.
-void GroupedVideoEncoder::CodeNext(Lock& lock, Work& work) {
-    if (work.group == nullptr) {
-        work.group = NextGroup();
-        work.group->taken = true;
+void GopVideoEncoder::CodeNext(Lock& lock, Work& work) {
+    if (work.gop == nullptr) {
+        work.gop = NextGop();
+        work.gop->taken = true;
     }
-    Group& group = *work.group;
-    while (work.next.size() < Wanted(work) && !group.waiting.empty()) {
-        work.next.push_back({std::move(group.waiting.front()), work.taken++});
-        group.waiting.pop_front();
+    Gop& gop = *work.gop;
+    while (work.next.size() < Wanted(work) && !gop.waiting.empty()) {
+        work.next.push_back({std::move(gop.waiting.front()), work.taken++});
+        gop.waiting.pop_front();
         --waiting_;
     }
-    if (work.next.size() == Wanted(work) || (group.closed && !work.next.empty())) {
+    if (work.next.size() == Wanted(work) || (gop.closed && !work.next.empty())) {
         lock.unlock();
         std::vector<Outcome> outcomes = CodeRun(work);
         lock.lock();
-        for (Outcome& outcome : outcomes) Note(group, std::move(outcome));
-    } else if (group.closed) {
-        EndGroup(group);
+        for (Outcome& outcome : outcomes) Note(gop, std::move(outcome));
+    } else if (gop.closed) {
+        EndGop(gop);
         work = {};
     }
     if (waiting_ <= few_waiting_ || MayHandOn()) worked_.notify_one();
 }
 
 // Each beside the one shown before it.
-void GroupedVideoEncoder::Judge(Work& work) const {
+void GopVideoEncoder::Judge(Work& work) const {
     for (; work.judged < work.next.size(); ++work.judged) {
         Frame& frame = work.next[work.judged];
         frame.intra_cost = codecs::IntraCost(Luma(*frame.frame));
@@ -315,7 +313,7 @@ void GroupedVideoEncoder::Judge(Work& work) const {
     }
 }
 
-std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& work) const {
+std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeRun(Work& work) const {
     Judge(work);
     work.all = work.next.size() < Wanted(work);
     std::vector<Outcome> outcomes;
@@ -346,9 +344,9 @@ std::vector<GroupedVideoEncoder::Outcome> GroupedVideoEncoder::CodeRun(Work& wor
     return outcomes;
 }
 
-GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
-                                                       PictureRequest request) const {
-    codecs::GopRateControl& control = *work.group->control;
+GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
+                                               PictureRequest request) const {
+    codecs::GopRateControl& control = *work.gop->control;
     const bool between = request.kind == PictureKind::kB;
     const Ticks time{frame.frame->pts};
     Outcome outcome;
@@ -363,9 +361,9 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
     for (const Frame& other : work.next)
         if (!other.decided)
             work.waiting.push_back(
-                {(Ticks{other.frame->pts} - work.group->start).Seconds(), other.step_cost});
+                {(Ticks{other.frame->pts} - work.gop->start).Seconds(), other.step_cost});
     codecs::GopRateControl::Picture picture;
-    picture.seconds = (outcome.packet.dts - work.group->start).Seconds();
+    picture.seconds = (outcome.packet.dts - work.gop->start).Seconds();
     picture.index = frame.index;
     picture.kind = request.kind;
     picture.intra_cost = frame.intra_cost;
@@ -401,9 +399,9 @@ GroupedVideoEncoder::Outcome GroupedVideoEncoder::Code(Work& work, Frame& frame,
 
 // With `request.quantiser` as coarse as the receiver's buffer demands; nothing when it is too large
 // at every quantiser.
-std::optional<CodedPicture> GroupedVideoEncoder::Fitted(Work& work, AVFrame& frame,
-                                                        PictureRequest& request) const {
-    codecs::GopRateControl& control = *work.group->control;
+std::optional<CodedPicture> GopVideoEncoder::Fitted(Work& work, AVFrame& frame,
+                                                    PictureRequest& request) const {
+    codecs::GopRateControl& control = *work.gop->control;
     if (!work.coder) work.coder = make_coder_(control.VbvRoom());
     CodedPicture coded = work.coder->Encode(frame, request);
     if (!work.coder->Recodes()) return coded;
@@ -425,29 +423,29 @@ std::optional<CodedPicture> GroupedVideoEncoder::Fitted(Work& work, AVFrame& fra
     return coded;
 }
 
-void GroupedVideoEncoder::Note(Group& group, Outcome outcome) {
+void GopVideoEncoder::Note(Gop& gop, Outcome outcome) {
     dropped_.frames += outcome.dropped.frames;
     dropped_.bytes += outcome.dropped.bytes;
     if (!outcome.packet.data) return;
-    group.coded.push_back(std::move(outcome.packet));
+    gop.coded.push_back(std::move(outcome.packet));
     if (!rate_.steady) return;
-    if (group.pictures.size() <= outcome.index) group.pictures.resize(outcome.index + 1);
-    group.pictures[outcome.index] = outcome.found;
+    if (gop.pictures.size() <= outcome.index) gop.pictures.resize(outcome.index + 1);
+    gop.pictures[outcome.index] = outcome.found;
 }
 
-void GroupedVideoEncoder::EndGroup(Group& group) {
-    codecs::GopResult result = group.control->Result();
-    result.seconds = group.length.Seconds();
-    allocator_.Close(group.index, result);
-    group.done = true;
+void GopVideoEncoder::EndGop(Gop& gop) {
+    codecs::GopResult result = gop.control->Result();
+    result.seconds = gop.length.Seconds();
+    allocator_.Close(gop.index, result);
+    gop.done = true;
 }
 
-DroppedFrames GroupedVideoEncoder::TakeDroppedFrames() {
+DroppedFrames GopVideoEncoder::TakeDroppedFrames() {
     const std::lock_guard lock(mutex_);
     return std::exchange(dropped_, {});
 }
 
-std::vector<codecs::FirstPassGop> GroupedVideoEncoder::TakeFirstPass() {
+std::vector<codecs::FirstPassGop> GopVideoEncoder::TakeFirstPass() {
     const std::lock_guard lock(mutex_);
     return std::move(report_);
 }

@@ -1,4 +1,4 @@
-// Parts a stream of pictures in closed groups and codes several of them side by side.
+// Parts a stream of pictures in closed GOPs and codes several of them side by side.
 #pragma once
 
 #include <condition_variable>
@@ -14,21 +14,21 @@
 #include "codecs/common/gop_rate_control.h"
 #include "codecs/common/rate_allocator.h"
 #include "engine/base/av/encoder.h"
-#include "engine/encoders/group_coder.h"
+#include "engine/encoders/gop_coder.h"
 #include "engine/encoders/make_encoder.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {
 
-/// The packets are the same for any number of workers: where groups begin follows from the frames'
-/// times, and what a group is given from groups that are ready whatever the number.
-class GroupedVideoEncoder final : public VideoEncoder {
+/// The packets are the same for any number of workers: where GOPs begin follows from the frames'
+/// times, and what a GOP is given from GOPs that are ready whatever the number.
+class GopVideoEncoder final : public VideoEncoder {
   public:
     /// @param between  the most pictures that may stand between two others, which are coded first
-    GroupedVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
-                        const EncoderPass& pass, PictureFormat format, StreamHeader header,
-                        GroupCoderMaker make_coder, int between = 0);
-    ~GroupedVideoEncoder() override;
+    GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
+                    const EncoderPass& pass, PictureFormat format, StreamHeader header,
+                    GopCoderMaker make_coder, int between = 0);
+    ~GopVideoEncoder() override;
 
     PictureFormat Format() const override { return format_; }
     StreamHeader Header() const override { return header_; }
@@ -41,8 +41,8 @@ class GroupedVideoEncoder final : public VideoEncoder {
     std::vector<codecs::FirstPassGop> TakeFirstPass() override;
 
   private:
-    // Everything in it but `control`, which the group's worker has for itself, is under the lock.
-    struct Group {
+    // Everything in it but `control`, which the GOP's worker has for itself, is under the lock.
+    struct Gop {
         std::int64_t index = 0;
         Ticks start;
         Ticks length;  // expected; once it is closed, what it came to
@@ -54,24 +54,24 @@ class GroupedVideoEncoder final : public VideoEncoder {
         std::vector<codecs::FoundPicture> pictures;  // as shown
         std::optional<codecs::GopRateControl> control;
     };
-    struct Frame;    // one of a group
-    struct Work;     // what a worker has at hand for one group
+    struct Frame;    // one of a GOP
+    struct Work;     // what a worker has at hand for one GOP
     struct Outcome;  // of one frame
 
     using Lock = std::unique_lock<std::mutex>;
     void Try(const AVFrame& frame);
     bool Place(Lock& lock, FrameHandle frame, const CodedFrameSink& sink);
-    void CloseGroup(Ticks end);
-    bool MayOpenGroup() const;
+    void CloseGop(Ticks end);
+    bool MayOpenGop() const;
     bool MayHandOn() const;
-    void OpenGroup(Ticks start);
+    void OpenGop(Ticks start);
     bool HandOn(Lock& lock, const CodedFrameSink& sink);
     template <typename Ready>
     bool HandOnUntil(Lock& lock, const CodedFrameSink& sink, Ready&& ready);
     void RethrowFailure() const;
 
     void WorkAlong();
-    Group* NextGroup() const;
+    Gop* NextGop() const;
     bool HasWork(const Work& work) const;
     void CodeNext(Lock& lock, Work& work);
     void CodeAlong(Lock& lock);
@@ -80,16 +80,16 @@ class GroupedVideoEncoder final : public VideoEncoder {
     std::vector<Outcome> CodeRun(Work& work) const;
     Outcome Code(Work& work, Frame& frame, PictureRequest request) const;
     std::optional<CodedPicture> Fitted(Work& work, AVFrame& frame, PictureRequest& request) const;
-    void Note(Group& group, Outcome outcome);
-    void EndGroup(Group& group);
+    void Note(Gop& gop, Outcome outcome);
+    void EndGop(Gop& gop);
 
     const PictureFormat format_;
     const StreamHeader header_;
-    const GroupCoderMaker make_coder_;
+    const GopCoderMaker make_coder_;
     const int between_;  // the most pictures between two others
     const int ahead_;    // pictures that wait so that what comes is known
     const codecs::RateSettings rate_;
-    const Ticks group_length_;
+    const Ticks gop_length_;
     const Ticks length_;  // of the stream; 0 = unknown
     const std::size_t workers_;
     const std::size_t most_waiting_;  // frames
@@ -102,9 +102,9 @@ class GroupedVideoEncoder final : public VideoEncoder {
     std::condition_variable worked_;  // for the caller's thread
     std::condition_variable work_;    // for the workers
     codecs::RateAllocator allocator_;
-    std::deque<std::unique_ptr<Group>> groups_;  // whose packets have not all been handed on
+    std::deque<std::unique_ptr<Gop>> gops_;  // whose packets have not all been handed on
     std::int64_t next_index_ = 0;
-    std::size_t waiting_ = 0;  // frames of all groups
+    std::size_t waiting_ = 0;  // frames of all GOPs
     Ticks end_;                // of the last frame
     CodedPacket last_;         // is handed on when the next one is known or there is none
     DroppedFrames dropped_;

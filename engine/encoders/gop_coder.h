@@ -1,4 +1,4 @@
-// Codes one closed group of pictures.
+// Codes one closed GOP.
 #pragma once
 
 #include <functional>
@@ -26,11 +26,11 @@ struct PictureRequest {
     bool may_be_key = true;
 };
 
-/// One thread at a time; coders of several groups may work side by side. Its first picture becomes
-/// a key picture, and no other picture refers to one of another group.
-class GroupCoder {
+/// One thread at a time; coders of several GOPs may work side by side. Its first picture becomes
+/// a key picture, and no other picture refers to one of another GOP.
+class GopCoder {
   public:
-    virtual ~GroupCoder() = default;
+    virtual ~GopCoder() = default;
     /// In coding order. Times of the frame are ticks of session time; its own fields are changed,
     /// never its picture. Throws platform::Error.
     virtual CodedPicture Encode(AVFrame& frame, const PictureRequest& request) = 0;
@@ -53,7 +53,7 @@ class GroupCoder {
     }
 };
 
-/// @param bucket_room_bits  what the receiver's buffer takes when the group begins
-using GroupCoderMaker = std::function<std::unique_ptr<GroupCoder>(double bucket_room_bits)>;
+/// @param bucket_room_bits  what the receiver's buffer takes when the GOP begins
+using GopCoderMaker = std::function<std::unique_ptr<GopCoder>(double bucket_room_bits)>;
 
 }  // namespace engine

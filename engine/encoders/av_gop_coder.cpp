@@ -1,4 +1,4 @@
-#include "engine/encoders/av_group_coder.h"
+#include "engine/encoders/av_gop_coder.h"
 
 #include <fmt/format.h>
 
@@ -37,8 +37,8 @@ double Field(std::string_view report, std::string_view name) {
 
 }  // namespace
 
-AvGroupCoder::AvGroupCoder(const VideoPlan& plan, const codecs::RateSettings& rate,
-                           double bucket_room_bits, PacketPool& packets)
+AvGopCoder::AvGopCoder(const VideoPlan& plan, const codecs::RateSettings& rate,
+                       double bucket_room_bits, PacketPool& packets)
     : fields_(plan.fields), packets_(packets) {
     const std::string subject = fmt::format("Video codec {}", plan.codec->name);
     const AVCodec* encoder =
@@ -51,7 +51,7 @@ AvGroupCoder::AvGroupCoder(const VideoPlan& plan, const codecs::RateSettings& ra
     codec_->time_base = TimeBase(CodedFrameRate(plan));
     codec_->framerate = {codec_->time_base.den, codec_->time_base.num};
     codec_->max_b_frames = 0;
-    // Key frames begin groups; the encoder's own count must not add any.
+    // Key frames begin GOPs; the encoder's own count must not add any.
     codec_->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
     codec_->gop_size = std::numeric_limits<int>::max() / 2;
     codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
@@ -61,7 +61,7 @@ AvGroupCoder::AvGroupCoder(const VideoPlan& plan, const codecs::RateSettings& ra
     codec_->qmin = kFinestQuantiser;
     codec_->qmax = kCoarsestQuantiser;
     SetBucket(rate, bucket_room_bits);
-    codec_->thread_count = 1;  // groups are what is coded side by side
+    codec_->thread_count = 1;  // GOPs are what is coded side by side
     if (fields_ != FieldCoding::None)
         codec_->flags |= AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
     ApplyPreset(*codec_, plan.performance);
@@ -70,11 +70,11 @@ AvGroupCoder::AvGroupCoder(const VideoPlan& plan, const codecs::RateSettings& ra
                         plan.bit_rate_bps));
 }
 
-std::vector<std::uint8_t> AvGroupCoder::ExtraData() const {
+std::vector<std::uint8_t> AvGopCoder::ExtraData() const {
     return {codec_->extradata, codec_->extradata + codec_->extradata_size};
 }
 
-void AvGroupCoder::SetBucket(const codecs::RateSettings& rate, double room_bits) {
+void AvGopCoder::SetBucket(const codecs::RateSettings& rate, double room_bits) {
     if (rate.vbv_rate_bps <= 0) return;
     bucket_rate_bps_ = std::llround(rate.vbv_rate_bps);
     codec_->rc_max_rate = bucket_rate_bps_;
@@ -84,7 +84,7 @@ void AvGroupCoder::SetBucket(const codecs::RateSettings& rate, double room_bits)
 
 // Time in frames of the nominal rate; and what the receiver's buffer has drained by since the last
 // frame, when that was longer ago than one.
-std::int64_t AvGroupCoder::EncoderTime(Ticks time) {
+std::int64_t AvGopCoder::EncoderTime(Ticks time) {
     const std::int64_t nominal = av_rescale_q(time.count, kTicksBase, codec_->time_base);
     const std::int64_t pts = frames_ == 0 ? nominal : std::max(nominal, last_pts_ + 1);
     codec_->rc_max_rate = bucket_rate_bps_ * (frames_ == 0 ? 1 : pts - last_pts_);
@@ -94,14 +94,14 @@ std::int64_t AvGroupCoder::EncoderTime(Ticks time) {
 }
 
 // A source that does not say which field is first has the top one first.
-void AvGroupCoder::SetFields(AVFrame& frame) const {
+void AvGopCoder::SetFields(AVFrame& frame) const {
     if (fields_ == FieldCoding::None) return;
     if (fields_ != FieldCoding::AsTheSource || frame.interlaced_frame == 0)
         frame.top_field_first = fields_ == FieldCoding::BottomFirst ? 0 : 1;
     frame.interlaced_frame = 1;
 }
 
-codecs::PictureBits AvGroupCoder::ReportedBits() const {
+codecs::PictureBits AvGopCoder::ReportedBits() const {
     if (codec_->stats_out == nullptr) return {};
     const std::string_view report(codec_->stats_out);
     return codecs::PictureBits::Taken(Field(report, " itex:") + Field(report, " ptex:"),
@@ -109,7 +109,7 @@ codecs::PictureBits AvGroupCoder::ReportedBits() const {
                                       Field(report, " q:") / FF_QP2LAMBDA);
 }
 
-CodedPicture AvGroupCoder::Encode(AVFrame& frame, const PictureRequest& request) {
+CodedPicture AvGopCoder::Encode(AVFrame& frame, const PictureRequest& request) {
     const int whole = std::clamp(static_cast<int>(std::lround(request.quantiser)), kFinestQuantiser,
                                  kCoarsestQuantiser);
     frame.pict_type = frames_ == 0 ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
