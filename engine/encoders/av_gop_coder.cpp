@@ -38,7 +38,7 @@ double Field(std::string_view report, std::string_view name) {
 }  // namespace
 
 AvGopCoder::AvGopCoder(const VideoPlan& plan, const codecs::RateSettings& rate,
-                       double bucket_room_bits, PacketPool& packets)
+                       double vbv_room_bits, PacketPool& packets)
     : fields_(plan.fields), packets_(packets) {
     const std::string subject = fmt::format("Video codec {}", plan.codec->name);
     const AVCodec* encoder =
@@ -60,7 +60,7 @@ AvGopCoder::AvGopCoder(const VideoPlan& plan, const codecs::RateSettings& rate,
     codec_->bit_rate = plan.bit_rate_bps;   // for the encoder's own header
     codec_->qmin = kFinestQuantiser;
     codec_->qmax = kCoarsestQuantiser;
-    SetBucket(rate, bucket_room_bits);
+    SetVbv(rate, vbv_room_bits);
     codec_->thread_count = 1;  // GOPs are what is coded side by side
     if (fields_ != FieldCoding::None)
         codec_->flags |= AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
@@ -74,20 +74,20 @@ std::vector<std::uint8_t> AvGopCoder::ExtraData() const {
     return {codec_->extradata, codec_->extradata + codec_->extradata_size};
 }
 
-void AvGopCoder::SetBucket(const codecs::RateSettings& rate, double room_bits) {
+void AvGopCoder::SetVbv(const codecs::RateSettings& rate, double room_bits) {
     if (rate.vbv_rate_bps <= 0) return;
-    bucket_rate_bps_ = std::llround(rate.vbv_rate_bps);
-    codec_->rc_max_rate = bucket_rate_bps_;
+    vbv_rate_bps_ = std::llround(rate.vbv_rate_bps);
+    codec_->rc_max_rate = vbv_rate_bps_;
     codec_->rc_buffer_size = WholeBits(rate.vbv_bits);
     codec_->rc_initial_buffer_occupancy = WholeBits(std::min(room_bits, rate.vbv_bits));
 }
 
-// Time in frames of the nominal rate; and what the receiver's buffer has drained by since the last
+// Time in frames of the nominal rate; and what the VBV has drained by since the last
 // frame, when that was longer ago than one.
 std::int64_t AvGopCoder::EncoderTime(Ticks time) {
     const std::int64_t nominal = av_rescale_q(time.count, kTicksBase, codec_->time_base);
     const std::int64_t pts = frames_ == 0 ? nominal : std::max(nominal, last_pts_ + 1);
-    codec_->rc_max_rate = bucket_rate_bps_ * (frames_ == 0 ? 1 : pts - last_pts_);
+    codec_->rc_max_rate = vbv_rate_bps_ * (frames_ == 0 ? 1 : pts - last_pts_);
     ++frames_;
     last_pts_ = pts;
     return pts;

@@ -11,11 +11,11 @@
 namespace engine {
 
 /// The encoder counts in frames of the nominal rate and makes key frames of its own at scene
-/// changes. A picture that the receiver's buffer does not take is coded again, more coarsely.
+/// changes. A picture that the VBV does not take is coded again, more coarsely.
 class AvGopCoder final : public GopCoder {
   public:
     /// Throws platform::Error (invalid argument) with the codec named.
-    AvGopCoder(const VideoPlan& plan, const codecs::RateSettings& rate, double bucket_room_bits,
+    AvGopCoder(const VideoPlan& plan, const codecs::RateSettings& rate, double vbv_room_bits,
                PacketPool& packets);
 
     CodedPicture Encode(AVFrame& frame, const PictureRequest& request) override;
@@ -25,13 +25,13 @@ class AvGopCoder final : public GopCoder {
   private:
     std::int64_t EncoderTime(Ticks time);
     void SetFields(AVFrame& frame) const;
-    void SetBucket(const codecs::RateSettings& rate, double room_bits);
+    void SetVbv(const codecs::RateSettings& rate, double room_bits);
     codecs::PictureBits ReportedBits() const;
 
     FieldCoding fields_;
     PacketPool& packets_;
     AvPtr<AVCodecContext> codec_;
-    std::int64_t bucket_rate_bps_ = 0;
+    std::int64_t vbv_rate_bps_ = 0;
     std::int64_t last_pts_ = 0;
     std::int64_t frames_ = 0;
 };

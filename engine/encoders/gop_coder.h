@@ -53,7 +53,7 @@ class GopCoder {
     }
 };
 
-/// @param bucket_room_bits  what the receiver's buffer takes when the GOP begins
-using GopCoderMaker = std::function<std::unique_ptr<GopCoder>(double bucket_room_bits)>;
+/// @param vbv_room_bits  what the VBV takes when the GOP begins
+using GopCoderMaker = std::function<std::unique_ptr<GopCoder>(double vbv_room_bits)>;
 
 }  // namespace engine

@@ -397,7 +397,7 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
     return outcome;
 }
 
-// With `request.quantiser` as coarse as the receiver's buffer demands; nothing when it is too large
+// With `request.quantiser` as coarse as the VBV demands; nothing when it is too large
 // at every quantiser.
 std::optional<CodedPicture> GopVideoEncoder::Fitted(Work& work, AVFrame& frame,
                                                     PictureRequest& request) const {

@@ -29,18 +29,17 @@ std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const Enco
         header.reordered = settings.b_pictures > 0;
         return std::make_unique<GopVideoEncoder>(
             plan, rate, pass, format, std::move(header),
-            [settings, &packets](double /*bucket_room_bits*/) {
+            [settings, &packets](double /*vbv_room_bits*/) {
                 return std::make_unique<Wmv9GopCoder>(settings, packets);
             },
             settings.b_pictures);
     }
     // Also finds out whether the encoder takes the plan.
     header.extra_data = AvGopCoder(plan, rate, rate.vbv_bits, packets).ExtraData();
-    return std::make_unique<GopVideoEncoder>(plan, rate, pass, format, std::move(header),
-                                             [plan, rate, &packets](double bucket_room_bits) {
-                                                 return std::make_unique<AvGopCoder>(
-                                                     plan, rate, bucket_room_bits, packets);
-                                             });
+    return std::make_unique<GopVideoEncoder>(
+        plan, rate, pass, format, std::move(header), [plan, rate, &packets](double vbv_room_bits) {
+            return std::make_unique<AvGopCoder>(plan, rate, vbv_room_bits, packets);
+        });
 }
 
 std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, PacketPool& packets) {

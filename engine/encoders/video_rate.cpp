@@ -27,7 +27,7 @@ double CoarsestQuantiser(std::int32_t sharpness) {
            above * (kCoarsestQuantiser - kSharpestCoarsest) / (100 - kUsualSharpness);
 }
 
-double BucketBits(double rate_bps, std::int32_t buffer_ms) {
+double VbvBits(double rate_bps, std::int32_t buffer_ms) {
     return rate_bps * (buffer_ms > 0 ? buffer_ms : kUsualBufferMs) / 1000;
 }
 
@@ -76,11 +76,11 @@ codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
     if (rate.steady) return rate;
     if (plan.mode == VbrMode::Constant) {
         rate.vbv_rate_bps = plan.bit_rate_bps;
-        rate.vbv_bits = BucketBits(plan.bit_rate_bps, plan.buffer_ms);
+        rate.vbv_bits = VbvBits(plan.bit_rate_bps, plan.buffer_ms);
         rate.may_drop = true;
     } else if (plan.mode == VbrMode::Peak) {
         rate.vbv_rate_bps = std::max(plan.peak_rate_bps, plan.bit_rate_bps);
-        rate.vbv_bits = BucketBits(rate.vbv_rate_bps, plan.peak_buffer_ms);
+        rate.vbv_bits = VbvBits(rate.vbv_rate_bps, plan.peak_buffer_ms);
     }
     KeepToLevel(plan, rate);
     return rate;
