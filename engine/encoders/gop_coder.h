@@ -19,15 +19,15 @@ struct CodedPicture {
 struct PictureRequest {
     codecs::PictureKind kind = codecs::PictureKind::kP;
     double quantiser = 8;
-    // Of a picture between two others: its place from 1 on in a run of so many.
-    int place = 1;
-    int run = 1;
-    /// A predicted one may become a key picture where the scene changes.
-    bool may_be_key = true;
+    // Of a B picture: its number from 1 on among so many consecutive ones.
+    int b_index = 1;
+    int b_count = 1;
+    /// A P picture may become an I picture where the scene changes.
+    bool may_be_i = true;
 };
 
 /// One thread at a time; coders of several GOPs may work side by side. Its first picture becomes
-/// a key picture, and no other picture refers to one of another GOP.
+/// an I picture, and no other picture refers to one of another GOP.
 class GopCoder {
   public:
     virtual ~GopCoder() = default;
@@ -45,10 +45,11 @@ class GopCoder {
     /// As if the picture coded last had not been.
     virtual void Forget() {}
 
-    /// How many of the pictures that come next, the last of which would be predicted, are better
-    /// coded between two others: the first n of them, n below their number.
-    /// @param before  the key or predicted picture before them
-    virtual int ChooseBetween(const AVFrame& /*before*/, std::span<const AVFrame* const> /*next*/) {
+    /// How many of the pictures that come next, the last of which would be a P picture, are better
+    /// coded as B pictures: the first n of them, n below their number.
+    /// @param before  the I or P picture before them
+    virtual int ChooseBPictures(const AVFrame& /*before*/,
+                                std::span<const AVFrame* const> /*next*/) {
         return 0;
     }
 };

@@ -27,9 +27,9 @@ std::size_t Workers(const VideoPlan& plan) {
 
 // While one GOP is coded, the next one comes in: what arrives of two GOPs in the time of one
 // and is not coded meanwhile is half a GOP, for each worker but the first.
-std::size_t MostWaiting(std::size_t workers, int gop_frames, int between, int ahead) {
+std::size_t MostWaiting(std::size_t workers, int gop_frames, int b_pictures, int ahead) {
     constexpr std::size_t kSpare = 4;
-    return kSpare + static_cast<std::size_t>(2 * between + ahead) +
+    return kSpare + static_cast<std::size_t>(2 * b_pictures + ahead) +
            (workers - 1) * static_cast<std::size_t>(gop_frames) / 2;
 }
 
@@ -77,17 +77,17 @@ struct GopVideoEncoder::Work {
 
 GopVideoEncoder::GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
                                  const EncoderPass& pass, PictureFormat format, StreamHeader header,
-                                 GopCoderMaker make_coder, int between)
+                                 GopCoderMaker make_coder, int b_pictures)
     : format_(format),
       header_(std::move(header)),
       make_coder_(std::move(make_coder)),
-      between_(between),
+      b_pictures_(b_pictures),
       ahead_(Ahead(plan, rate, pass)),
       rate_(rate),
       gop_length_(GopLength(plan)),
       length_(pass.length),
       workers_(Workers(plan)),
-      most_waiting_(MostWaiting(workers_, LongestGop(plan), between_, ahead_)),
+      most_waiting_(MostWaiting(workers_, LongestGop(plan), b_pictures_, ahead_)),
       few_waiting_(most_waiting_ - std::min(kBurst, most_waiting_ / 2)),
       usual_(UsualExperience(plan)),
       // A second pass knows all about them, and one quantiser needs no knowledge.
@@ -269,9 +269,9 @@ bool GopVideoEncoder::HasWork(const Work& work) const {
     return work.gop->closed || work.next.size() + work.gop->waiting.size() >= Wanted(work);
 }
 
-// Frames to choose from: before the first picture is coded there is nothing to be between.
+// Frames to choose from: before the first picture is coded there can be no B picture.
 std::size_t GopVideoEncoder::Wanted(const Work& work) const {
-    const int frames = 1 + ahead_ + (work.before ? between_ : 0);
+    const int frames = 1 + ahead_ + (work.before ? b_pictures_ : 0);
     return static_cast<std::size_t>(frames);
 }
 
@@ -290,7 +290,7 @@ void GopVideoEncoder::CodeNext(Lock& lock, Work& work) {
     }
     if (work.next.size() == Wanted(work) || (gop.closed && !work.next.empty())) {
         lock.unlock();
-        std::vector<Outcome> outcomes = CodeRun(work);
+        std::vector<Outcome> outcomes = CodeMiniGop(work);
         lock.lock();
         for (Outcome& outcome : outcomes) Note(gop, std::move(outcome));
     } else if (gop.closed) {
@@ -313,48 +313,49 @@ void GopVideoEncoder::Judge(Work& work) const {
     }
 }
 
-std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeRun(Work& work) const {
+std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) const {
     Judge(work);
     work.all = work.next.size() < Wanted(work);
     std::vector<Outcome> outcomes;
-    std::size_t run = 0;
-    const std::size_t choice = std::min(work.next.size(), static_cast<std::size_t>(between_) + 1);
+    std::size_t b_count = 0;
+    const std::size_t choice =
+        std::min(work.next.size(), static_cast<std::size_t>(b_pictures_) + 1);
     if (work.before && choice > 1) {
         std::vector<const AVFrame*> next;
         for (std::size_t i = 0; i < choice; ++i) next.push_back(work.next[i].frame.get());
-        run = static_cast<std::size_t>(work.coder->ChooseBetween(*work.before, next));
+        b_count = static_cast<std::size_t>(work.coder->ChooseBPictures(*work.before, next));
     }
-    const auto last = work.next.begin() + static_cast<std::ptrdiff_t>(run);
+    const auto last = work.next.begin() + static_cast<std::ptrdiff_t>(b_count);
     const PictureKind kind = work.before ? PictureKind::kP : PictureKind::kI;
     // What stands before it refers to more than it: nobody could start from it.
-    outcomes.push_back(Code(work, *last, {.kind = kind, .may_be_key = run == 0}));
+    outcomes.push_back(Code(work, *last, {.kind = kind, .may_be_i = b_count == 0}));
     if (!outcomes.front().packet.data) {
         // The others find another one to stand before.
         work.next.erase(last);
         --work.judged;
         return outcomes;
     }
-    for (std::size_t i = 0; i < run; ++i)
+    for (std::size_t i = 0; i < b_count; ++i)
         outcomes.push_back(Code(work, work.next[i],
                                 {.kind = PictureKind::kB,
-                                 .place = static_cast<int>(i) + 1,
-                                 .run = static_cast<int>(run)}));
+                                 .b_index = static_cast<int>(i) + 1,
+                                 .b_count = static_cast<int>(b_count)}));
     work.next.erase(work.next.begin(), last + 1);
-    work.judged -= run + 1;
+    work.judged -= b_count + 1;
     return outcomes;
 }
 
 GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
                                                PictureRequest request) const {
     codecs::GopRateControl& control = *work.gop->control;
-    const bool between = request.kind == PictureKind::kB;
+    const bool is_b = request.kind == PictureKind::kB;
     const Ticks time{frame.frame->pts};
     Outcome outcome;
     outcome.index = frame.index;
     outcome.packet.pts = outcome.packet.dts = time;
     outcome.packet.duration = {frame.frame->pkt_duration};
     // What others stand before comes when the picture before them is shown.
-    if (between_ > 0 && !between && work.before) outcome.packet.dts = work.before_time;
+    if (b_pictures_ > 0 && !is_b && work.before) outcome.packet.dts = work.before_time;
 
     frame.decided = true;
     work.waiting.clear();
@@ -373,7 +374,7 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
         picture.last = work.all;
     }
     if (work.before) picture.inter_cost = codecs::InterCost(Luma(*frame.frame), Luma(*work.before));
-    if (between)
+    if (is_b)
         picture.inter_cost =
             std::min(picture.inter_cost, codecs::InterCost(Luma(*frame.frame), Luma(*work.past)));
     const codecs::GopRateControl::Decision decision = control.Decide(picture);
@@ -390,7 +391,7 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
     outcome.packet.key = coded->key;
     outcome.found = {coded->bits, coded->key ? PictureKind::kI : request.kind};
     outcome.dropped = {};
-    if (!between) {
+    if (!is_b) {
         work.before_time = time;
         work.past = std::exchange(work.before, std::move(frame.frame));
     }

@@ -24,15 +24,15 @@ namespace engine {
 /// times, and what a GOP is given from GOPs that are ready whatever the number.
 class GopVideoEncoder final : public VideoEncoder {
   public:
-    /// @param between  the most pictures that may stand between two others, which are coded first
+    /// @param b_pictures  the most consecutive B pictures
     GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
                     const EncoderPass& pass, PictureFormat format, StreamHeader header,
-                    GopCoderMaker make_coder, int between = 0);
+                    GopCoderMaker make_coder, int b_pictures = 0);
     ~GopVideoEncoder() override;
 
     PictureFormat Format() const override { return format_; }
     StreamHeader Header() const override { return header_; }
-    /// With one worker, and no pictures between others, the packet of the frame before follows at
+    /// With one worker, and no B pictures, the packet of the frame before follows at
     /// once; else it may take some frames. Blocks while as many frames wait as the workers need to
     /// stay busy.
     bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
@@ -77,7 +77,7 @@ class GopVideoEncoder final : public VideoEncoder {
     void CodeAlong(Lock& lock);
     std::size_t Wanted(const Work& work) const;
     void Judge(Work& work) const;
-    std::vector<Outcome> CodeRun(Work& work) const;
+    std::vector<Outcome> CodeMiniGop(Work& work) const;
     Outcome Code(Work& work, Frame& frame, PictureRequest request) const;
     std::optional<CodedPicture> Fitted(Work& work, AVFrame& frame, PictureRequest& request) const;
     void Note(Gop& gop, Outcome outcome);
@@ -86,8 +86,8 @@ class GopVideoEncoder final : public VideoEncoder {
     const PictureFormat format_;
     const StreamHeader header_;
     const GopCoderMaker make_coder_;
-    const int between_;  // the most pictures between two others
-    const int ahead_;    // pictures that wait so that what comes is known
+    const int b_pictures_;  // the most consecutive B pictures
+    const int ahead_;       // pictures that wait so that what comes is known
     const codecs::RateSettings rate_;
     const Ticks gop_length_;
     const Ticks length_;  // of the stream; 0 = unknown

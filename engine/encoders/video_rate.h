@@ -9,7 +9,7 @@
 
 namespace engine {
 
-/// The most pictures of a GOP at the expected rate: enough that its key picture is a small part
+/// The most pictures of a GOP at the expected rate: enough that its I picture is a small part
 /// of it, few enough that several GOPs fit into memory.
 int LongestGop(const VideoPlan& plan);
 

@@ -15,8 +15,8 @@ namespace {
 namespace wmv9 = codecs::wmv9;
 
 constexpr std::int32_t kLargestSide = 8192;
-// The level of performance from which pictures stand between others: each costs two searches.
-constexpr std::int32_t kBetweenFrom = 40;
+// The level of performance from which there are B pictures: each costs two searches.
+constexpr std::int32_t kBPicturesFrom = 40;
 
 wmv9::PictureView View(const AVFrame& frame) {
     return {{frame.data[0], frame.data[1], frame.data[2]},
@@ -24,11 +24,11 @@ wmv9::PictureView View(const AVFrame& frame) {
 }
 
 wmv9::PictureRequest Request(const PictureRequest& request) {
-    return {request.kind, request.quantiser, request.place, request.run, request.may_be_key};
+    return {request.kind, request.quantiser, request.b_index, request.b_count, request.may_be_i};
 }
 
-int BetweenFor(const VideoPlan& plan) {
-    return plan.input.capture || plan.simple_profile || plan.performance < kBetweenFrom ? 0 : 1;
+int BPicturesFor(const VideoPlan& plan) {
+    return plan.input.capture || plan.simple_profile || plan.performance < kBPicturesFrom ? 0 : 1;
 }
 
 }  // namespace
@@ -45,7 +45,7 @@ wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan) {
     settings.profile = plan.simple_profile ? wmv9::Profile::Simple : wmv9::Profile::Main;
     settings.adaptive = !plan.simple_profile;
     settings.preset = std::clamp(plan.performance, 0, 100);
-    settings.b_pictures = BetweenFor(plan);
+    settings.b_pictures = BPicturesFor(plan);
     settings.pictures_per_second = CodedFrameRate(plan) / 1000.0;
     settings.rate_bps = plan.bit_rate_bps;
     if (CodesRows(plan))
@@ -75,7 +75,7 @@ CodedPicture Wmv9GopCoder::Packed(const wmv9::CodedPicture& coded) {
     return picture;
 }
 
-int Wmv9GopCoder::ChooseBetween(const AVFrame& before, std::span<const AVFrame* const> next) {
+int Wmv9GopCoder::ChooseBPictures(const AVFrame& before, std::span<const AVFrame* const> next) {
     std::vector<wmv9::PictureView> views;
     for (const AVFrame* frame : next) views.push_back(View(*frame));
     return encoder_.ChooseBPictures(View(before), views);

@@ -10,7 +10,7 @@
 
 namespace engine {
 
-/// What the encoder is asked for: pictures between others and GOPs side by side for files; for
+/// What the encoder is asked for: B pictures and GOPs side by side for files; for
 /// what is recorded, the rows of one picture side by side and each picture at once. Throws
 /// platform::Error (invalid argument) for a size that the format does not have.
 codecs::wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan);
@@ -24,7 +24,7 @@ class Wmv9GopCoder final : public GopCoder {
     CodedPicture Recode(AVFrame& frame, const PictureRequest& request) override;
     void Forget() override { encoder_.Forget(); }
     bool Recodes() const override { return true; }
-    int ChooseBetween(const AVFrame& before, std::span<const AVFrame* const> next) override;
+    int ChooseBPictures(const AVFrame& before, std::span<const AVFrame* const> next) override;
     /// The same for all GOPs of a plan.
     std::vector<std::uint8_t> ExtraData() const;
 
