@@ -44,7 +44,7 @@ struct StreamHeader {
     std::uint32_t peak_rate_bps = 0;   // 0 = the average rate
     std::uint32_t peak_buffer_ms = 0;  // 0 = the buffer window
     std::string conformance;           // device conformance, "" = none
-    /// Pictures may come after one that is shown later: players keep one back.
+    /// Frames may come after one that is shown later: players keep one back.
     bool reordered = false;
 
     MediaKind Kind() const {

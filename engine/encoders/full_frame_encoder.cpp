@@ -48,7 +48,7 @@ FullFrameEncoder::FullFrameEncoder(const VideoPlan& plan, PacketPool& packets)
         av_buffer_pool_init(picture_bytes_ + AV_INPUT_BUFFER_PADDING_SIZE, nullptr)));
 }
 
-PictureFormat FullFrameEncoder::Format() const { return {format_, plan_.width, plan_.height}; }
+VideoFrameFormat FullFrameEncoder::Format() const { return {format_, plan_.width, plan_.height}; }
 
 StreamHeader FullFrameEncoder::Header() const {
     StreamHeader header = VideoStreamHeader(plan_);

@@ -12,7 +12,7 @@ class FullFrameEncoder final : public VideoEncoder {
   public:
     FullFrameEncoder(const VideoPlan& plan, PacketPool& packets);
 
-    PictureFormat Format() const override;
+    VideoFrameFormat Format() const override;
     StreamHeader Header() const override;
     bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
     bool Finish(const CodedFrameSink&) override { return true; }

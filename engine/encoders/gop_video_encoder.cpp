@@ -76,8 +76,8 @@ struct GopVideoEncoder::Work {
 };
 
 GopVideoEncoder::GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
-                                 const EncoderPass& pass, PictureFormat format, StreamHeader header,
-                                 GopCoderMaker make_coder, int b_pictures)
+                                 const EncoderPass& pass, VideoFrameFormat format,
+                                 StreamHeader header, GopCoderMaker make_coder, int b_pictures)
     : format_(format),
       header_(std::move(header)),
       make_coder_(std::move(make_coder)),

@@ -26,11 +26,11 @@ class GopVideoEncoder final : public VideoEncoder {
   public:
     /// @param b_pictures  the most consecutive B pictures
     GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
-                    const EncoderPass& pass, PictureFormat format, StreamHeader header,
+                    const EncoderPass& pass, VideoFrameFormat format, StreamHeader header,
                     GopCoderMaker make_coder, int b_pictures = 0);
     ~GopVideoEncoder() override;
 
-    PictureFormat Format() const override { return format_; }
+    VideoFrameFormat Format() const override { return format_; }
     StreamHeader Header() const override { return header_; }
     /// With one worker, and no B pictures, the packet of the frame before follows at
     /// once; else it may take some frames. Blocks while as many frames wait as the workers need to
@@ -83,7 +83,7 @@ class GopVideoEncoder final : public VideoEncoder {
     void Note(Gop& gop, Outcome outcome);
     void EndGop(Gop& gop);
 
-    const PictureFormat format_;
+    const VideoFrameFormat format_;
     const StreamHeader header_;
     const GopCoderMaker make_coder_;
     const int b_pictures_;  // the most consecutive B pictures

@@ -22,7 +22,7 @@ std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const Enco
         return std::make_unique<FullFrameEncoder>(plan, packets);
     StreamHeader header = VideoStreamHeader(plan);
     const codecs::RateSettings rate = VideoRate(plan, pass);
-    const PictureFormat format{AV_PIX_FMT_YUV420P, plan.width, plan.height};
+    const VideoFrameFormat format{AV_PIX_FMT_YUV420P, plan.width, plan.height};
     if (maker == CodecMaker::Kind::Wmv9) {
         const codecs::wmv9::EncoderSettings settings = Wmv9Settings(plan);
         header.extra_data = Wmv9GopCoder(settings, packets).ExtraData();

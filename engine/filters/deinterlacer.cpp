@@ -12,7 +12,7 @@ constexpr const char* kSubject = "Deinterlacing failed";
 }  // namespace
 
 bool Deinterlacer::Push(FrameHandle frame, const FrameSink& next) {
-    const PictureShape shape = ShapeOf(*frame);
+    const FrameShape shape = ShapeOf(*frame);
     if (shape != shape_) {
         if (!Finish(next)) return false;
         if (shape.width >= kLeastSide && shape.height >= kLeastSide)

@@ -13,7 +13,7 @@ constexpr Ticks kMarkTolerance = Ticks::FromMilliseconds(1);
 
 }  // namespace
 
-VideoFilterChain::VideoFilterChain(const VideoPlan& plan, const PictureFormat& format, Ticks end,
+VideoFilterChain::VideoFilterChain(const VideoPlan& plan, const VideoFrameFormat& format, Ticks end,
                                    double turn, const std::atomic<bool>& stop, FramePool& frames)
     : plan_(plan),
       end_(end),
@@ -86,13 +86,13 @@ bool VideoFilterChain::Emit(FrameHandle frame, const FrameSink& next) {
     if (end_.count > 0)
         frame->pkt_duration = std::min(frame->pkt_duration, end_.count - frame->pts);
     FrameHandle converted = converter_.Convert(std::move(frame));
-    if (plan_.input.capture) shown_ = SamePicture(*converted);
+    if (plan_.input.capture) shown_ = Repeated(*converted);
     return next(std::move(converted));
 }
 
-FrameHandle VideoFilterChain::SamePicture(const AVFrame& picture) {
+FrameHandle VideoFilterChain::Repeated(const AVFrame& shown) {
     FrameHandle frame = frames_.Get();
-    CheckAv(av_frame_ref(frame.get(), &picture), "Repeating the picture failed");
+    CheckAv(av_frame_ref(frame.get(), &shown), "Repeating the picture failed");
     return frame;
 }
 
@@ -100,19 +100,19 @@ bool VideoFilterChain::HoldUntil(Ticks end, const FrameSink& next) {
     if (!shown_) return true;
     const std::int64_t interval = 1000 * Ticks::kPerSecond / CodedFrameRate(plan_);
     if (end.count - shown_->pts < 2 * interval) return true;
-    FrameHandle last = SamePicture(*shown_);
+    FrameHandle last = Repeated(*shown_);
     last->pts = end.count - interval;
     last->pkt_duration = interval;
     return next(std::move(last));
 }
 
-bool VideoFilterChain::Repeat(FrameHandle picture, const FrameSink& next) {
-    const FrameHandle converted = converter_.Convert(std::move(picture));
+bool VideoFilterChain::Repeat(FrameHandle image, const FrameSink& next) {
+    const FrameHandle converted = converter_.Convert(std::move(image));
     const std::int64_t rate = CodedFrameRate(plan_);
     for (std::int64_t i = 0; !stop_; ++i) {
         const std::int64_t time = av_rescale(i, 1000 * Ticks::kPerSecond, rate);
         if (time >= end_.count) break;
-        FrameHandle frame = SamePicture(*converted);
+        FrameHandle frame = Repeated(*converted);
         frame->pts = time;
         frame->pkt_duration =
             std::min(av_rescale(i + 1, 1000 * Ticks::kPerSecond, rate), end_.count) - time;

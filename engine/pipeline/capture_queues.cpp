@@ -7,10 +7,10 @@ namespace engine {
 namespace {
 
 // A second of a moving screen, or what memory allows of it.
-constexpr std::size_t kMostPictures = 30;
-constexpr std::size_t kMostPictureBytes = 128U << 20U;
-constexpr std::size_t kLeastPictures = 2;
-// Longer than a camera needs for its first picture.
+constexpr std::size_t kMostFrames = 30;
+constexpr std::size_t kMostFrameBytes = 128U << 20U;
+constexpr std::size_t kLeastFrames = 2;
+// Longer than a camera needs for its first frame.
 constexpr Ticks kPatience = Ticks::FromMilliseconds(5000);
 
 std::size_t BytesOf(const AVFrame& frame) {
@@ -82,8 +82,8 @@ FrameHandle CaptureQueues::TakeFront(Lane& lane) {
 }
 
 void CaptureQueues::MakeRoom(Lane& lane) {
-    while (lane.frames.size() > kMostPictures ||
-           (lane.frames.size() > kLeastPictures && lane.bytes > kMostPictureBytes)) {
+    while (lane.frames.size() > kMostFrames ||
+           (lane.frames.size() > kLeastFrames && lane.bytes > kMostFrameBytes)) {
         const FrameHandle oldest = TakeFront(lane);
         if (start_ && oldest->pts >= start_->count) ++dropped_;
     }
@@ -92,10 +92,10 @@ void CaptureQueues::MakeRoom(Lane& lane) {
 void CaptureQueues::BeginIfKnown(Ticks now) {
     if (start_) return;
     const Lane& audio = Of(MediaKind::Audio);
-    const Lane& picture = Of(MediaKind::Video);
-    if (picture.first)
-        start_ = picture.first;
-    else if (audio.first && (picture.finished || now - *audio.first >= kPatience))
+    const Lane& video = Of(MediaKind::Video);
+    if (video.first)
+        start_ = video.first;
+    else if (audio.first && (video.finished || now - *audio.first >= kPatience))
         start_ = audio.first;
 }
 

@@ -18,14 +18,14 @@ namespace engine {
 
 /// One capturing thread a stream pushes, one consumer a stream pops; no Push waits.
 ///
-/// The session's time 0 is that of the first picture, or of the first sound where no picture is
+/// The session's time 0 is that of the first frame, or of the first sound where no frame is
 /// recorded or none comes for seconds: a recording begins with what is to be seen, and a sound
 /// server that takes a second to wake costs none of it. Sound is kept however late its consumer is.
-/// Of pictures, the oldest one that waits gives way: what is on the screen last is then always
+/// Of frames, the oldest one that waits gives way: what is on the screen last is then always
 /// recorded, also when nothing changes any more for a long time.
 ///
 /// What is captured during a pause is left out: the session's time stands still, and sound is cut
-/// to the sample. The last picture of a pause is what the screen shows when it ends, and goes on
+/// to the sample. The last frame of a pause is what the screen shows when it ends, and goes on
 /// there.
 class CaptureQueues {
   public:
@@ -47,7 +47,7 @@ class CaptureQueues {
     /// In recorded time; none before the session has begun. Any thread.
     std::optional<Ticks> Start() const;
     Ticks Recorded(Ticks time) const;  // any thread
-    /// Pictures of the session that gave way since the last call. Any thread.
+    /// Frames of the session that gave way since the last call. Any thread.
     std::int64_t TakeDropped();
 
   private:

@@ -61,8 +61,8 @@ Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const L
         Feed(video_.emplace(Chain{MediaKind::Video}), from, false, true);
         const double turn =
             from.capture ? 0 : TurnOf(video_->file->input.reader->Stream(MediaKind::Video));
-        picture_.emplace(*plan.video, video_encoder_->Format(), EndOf(from, end), turn, stop_,
-                         frames_);
+        video_filters_.emplace(*plan.video, video_encoder_->Format(), EndOf(from, end), turn, stop_,
+                               frames_);
     }
     interleaver_ = std::make_unique<Interleaver>(
         plan.audio.has_value(), plan.video.has_value(), plan.IsLive(),
@@ -130,9 +130,9 @@ void Pass::Start(PacketSink* sink) {
         Run(&Pass::ProcessAudio, *audio_);
     }
     if (video_) {
-        Run(video_->device ? &Pass::Capture : &Pass::DecodePicture, *video_);
-        Run(&Pass::FilterPicture, *video_);
-        Run(&Pass::EncodePicture, *video_);
+        Run(video_->device ? &Pass::Capture : &Pass::DecodeVideo, *video_);
+        Run(&Pass::FilterVideo, *video_);
+        Run(&Pass::EncodeVideo, *video_);
     }
     threads_.emplace_back([this, sink] {
         Guard([&] { Write(sink); });
@@ -242,7 +242,7 @@ void Pass::ProcessAudio(Chain& chain) {
     audio_encoder_->Finish(to_interleaver);
 }
 
-void Pass::DecodePicture(Chain& chain) {
+void Pass::DecodeVideo(Chain& chain) {
     const AtExit end([&] {
         decoded_.Finish();
         CancelSource(chain);
@@ -250,7 +250,7 @@ void Pass::DecodePicture(Chain& chain) {
     Drain(chain, [this](FrameHandle frame) { return decoded_.Push(std::move(frame)); });
 }
 
-void Pass::FilterPicture(Chain& chain) {
+void Pass::FilterVideo(Chain& chain) {
     const AtExit end([&] {
         filtered_.Finish();
         if (chain.file)
@@ -260,7 +260,7 @@ void Pass::FilterPicture(Chain& chain) {
     });
     const FrameSink next = [this](FrameHandle frame) { return filtered_.Push(std::move(frame)); };
     const FrameSink filter = [&](FrameHandle frame) {
-        return picture_->Push(std::move(frame), next);
+        return video_filters_->Push(std::move(frame), next);
     };
     bool wanted = true;
     if (chain.file) {
@@ -269,11 +269,11 @@ void Pass::FilterPicture(Chain& chain) {
     } else {
         wanted = Drain(chain, filter);
     }
-    if (!wanted || !picture_->Finish(next)) return;
-    if (chain.device) picture_->HoldUntil(LiveEnd(), next);
+    if (!wanted || !video_filters_->Finish(next)) return;
+    if (chain.device) video_filters_->HoldUntil(LiveEnd(), next);
 }
 
-void Pass::EncodePicture(Chain& chain) {
+void Pass::EncodeVideo(Chain& chain) {
     const AtExit end([&] {
         interleaver_->Finish(chain.kind);
         filtered_.Cancel();

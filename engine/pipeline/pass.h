@@ -101,9 +101,9 @@ class Pass {
     Ticks LiveEnd() const;
     CodedFrameSink ToInterleaver(MediaKind kind);
     void ProcessAudio(Chain& chain);
-    void DecodePicture(Chain& chain);
-    void FilterPicture(Chain& chain);
-    void EncodePicture(Chain& chain);
+    void DecodeVideo(Chain& chain);
+    void FilterVideo(Chain& chain);
+    void EncodeVideo(Chain& chain);
     void Write(PacketSink* sink);
 
     const EncodePlan& plan_;
@@ -116,11 +116,11 @@ class Pass {
     std::unique_ptr<AudioEncoder> audio_encoder_;
     std::unique_ptr<VideoEncoder> video_encoder_;
     std::optional<AudioResampler> resampler_;
-    std::optional<VideoFilterChain> picture_;
+    std::optional<VideoFilterChain> video_filters_;
     std::optional<CaptureQueues> captured_;  // of a live plan
     std::optional<Chain> audio_, video_;
-    BoundedQueue<FrameHandle> decoded_{kDecodedFrames};    // pictures of a file
-    BoundedQueue<FrameHandle> filtered_{kFilteredFrames};  // pictures
+    BoundedQueue<FrameHandle> decoded_{kDecodedFrames};    // frames of a file
+    BoundedQueue<FrameHandle> filtered_{kFilteredFrames};  // frames
     std::unique_ptr<Interleaver> interleaver_;
     PauseGate gate_;
     std::atomic<bool> stop_{false};

@@ -75,12 +75,12 @@ void RunStatistics::Dropped(const DroppedFrames& dropped) {
     video.dropped_bytes += dropped.bytes;
 }
 
-void RunStatistics::Missed(std::int64_t platform::DropCounts::*why, std::int64_t pictures) {
+void RunStatistics::Missed(std::int64_t platform::DropCounts::*why, std::int64_t frames) {
     const std::lock_guard lock(mutex_);
     Counters& video = counters_[Index(MediaKind::Video)];
-    video.drops.*why += pictures;
+    video.drops.*why += frames;
     // About what they would have taken.
-    if (video.samples > 0) video.dropped_bytes += video.bytes / video.samples * pictures;
+    if (video.samples > 0) video.dropped_bytes += video.bytes / video.samples * frames;
 }
 
 void RunStatistics::FileIs(const FileResult& file) {

@@ -12,8 +12,8 @@
 
 namespace engine {
 
-/// Any thread. A stream's sample is a frame of the picture or a packet of the sound; rates of the
-/// sound's samples are in Hz. What is counted is the streams' own bytes, without the container's.
+/// Any thread. A stream's sample is a video frame or an audio packet; rates of the
+/// audio's samples are in Hz. What is counted is the streams' own bytes, without the container's.
 class RunStatistics {
   public:
     explicit RunStatistics(const EncodePlan& plan);
@@ -23,8 +23,8 @@ class RunStatistics {
     void Written(MediaKind kind, const CodedPacket& packet);
     /// By the encoder, to keep the rate.
     void Dropped(const DroppedFrames& dropped);
-    /// Pictures of a live source; `why` is the count that they belong to.
-    void Missed(std::int64_t platform::DropCounts::*why, std::int64_t pictures);
+    /// Frames of a live source; `why` is the count that they belong to.
+    void Missed(std::int64_t platform::DropCounts::*why, std::int64_t frames);
     void FileIs(const FileResult& file);
 
     platform::Currency EncodingTime() const;

@@ -6,14 +6,14 @@
 
 namespace engine {
 
-/// Seconds from picture to picture; 0 = unknown.
+/// Seconds from frame to frame; 0 = unknown.
 struct CameraInterval {
     std::uint32_t numerator = 0;
     std::uint32_t denominator = 1;
     bool operator==(const CameraInterval&) const = default;
 };
 
-/// Pictures in 1000 seconds; 0 = unknown.
+/// Frames in 1000 seconds; 0 = unknown.
 inline std::int32_t RateOf(const CameraInterval& interval) {
     if (interval.numerator == 0) return 0;
     const double seconds = static_cast<double>(interval.numerator) / interval.denominator;
@@ -32,7 +32,7 @@ struct CameraFormat {
 struct CameraRequest {
     std::int32_t width = 0;  // 0 = as suits the other side; of both 0, a usual size
     std::int32_t height = 0;
-    std::int32_t rate = 0;  // pictures in 1000 seconds, above 0
+    std::int32_t rate = 0;  // frames in 1000 seconds, above 0
     bool operator==(const CameraRequest&) const = default;
 };
 

@@ -20,8 +20,8 @@ constexpr std::int64_t kBufferUnit = 16'384;  // bits
 
 struct Level {
     std::string_view name;
-    std::int64_t macroblocks;  // of a picture
-    std::int32_t rate;         // thousandths of a picture per second, of a picture that large
+    std::int64_t macroblocks;  // of a frame
+    std::int32_t rate;         // thousandths of a frame per second, of a frame that large
     std::int64_t bps;
     std::int64_t buffer_units;
     const char* example;
@@ -44,7 +44,7 @@ std::int64_t Macroblocks(const VideoPlan& plan) {
     return along(plan.width) * along(plan.height);
 }
 
-// Smaller pictures may be as many more.
+// Smaller frames may be as many more.
 bool TooFast(const VideoPlan& plan, const Level& level) {
     return Macroblocks(plan) * plan.expected_rate > level.macroblocks * level.rate;
 }

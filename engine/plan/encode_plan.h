@@ -30,28 +30,28 @@ struct CapturePlan {
     std::string id;         // a device's
     std::string name;       // for people
     ScreenArea area;        // of a screen
-    std::int32_t rate = 0;  // pictures in 1000 seconds
+    std::int32_t rate = 0;  // frames in 1000 seconds
     /// Of a screen that the desktop hands out: the screen, once it has. Not known before the plan.
     std::shared_ptr<ScreenShare> share = {};
-    CameraFormat camera = {};  // of a camera: how it is to give its pictures
+    CameraFormat camera = {};  // of a camera: how it is to give its frames
     bool operator==(const CapturePlan&) const = default;
 };
 
-/// A media file, a still picture, or what is captured, and the part of it that is encoded. Marks
-/// count from the file's first timestamp, or from the first picture that is captured.
+/// A media file, a still image, or what is captured, and the part of it that is encoded. Marks
+/// count from the file's first timestamp, or from the first frame that is captured.
 struct InputPlan {
     std::string path;  // the host's own; "" = captured
     std::optional<CapturePlan> capture;
     bool still = false;
     Ticks mark_in;
-    Ticks mark_out;  // 0 = to the end; of a still picture never 0
+    Ticks mark_out;  // 0 = to the end; of a still image never 0
     bool operator==(const InputPlan&) const = default;
 
     /// For people.
     const std::string& Name() const { return capture ? capture->name : path; }
 };
 
-/// What is cut off a picture, in pixels of the upright source.
+/// What is cut off a frame, in pixels of the upright source.
 struct Margins {
     std::int32_t left = 0;
     std::int32_t right = 0;
@@ -91,7 +91,7 @@ struct AudioPlan {
     Downmix downmix;
 };
 
-/// Whether pictures are coded as two fields, and which one is shown first.
+/// Whether frames are coded as two fields, and which one is shown first.
 enum class FieldCoding : std::uint8_t { None, AsTheSource, TopFirst, BottomFirst };
 
 struct VideoPlan {
@@ -101,13 +101,13 @@ struct VideoPlan {
     std::string codec_description;
     platform::VbrMode mode = platform::VbrMode::Constant;
     FieldCoding fields = FieldCoding::None;
-    /// How pixels are laid out that are written uncompressed; otherwise what pictures are turned
+    /// How pixels are laid out that are written uncompressed; otherwise what frames are turned
     /// into on their way to the encoder. Null = as it comes.
     const PixelFormatRow* pixels = nullptr;
-    Margins crop;            // clipped before the picture is scaled
-    std::int32_t width = 0;  // of the coded picture, at least 2
+    Margins crop;            // clipped before the frame is scaled
+    std::int32_t width = 0;  // of the coded frame, at least 2
     std::int32_t height = 0;
-    Ratio pixel_aspect{1, 1};        // of the coded picture
+    Ratio pixel_aspect{1, 1};        // of the coded frame
     std::int32_t rate_ceiling = 0;   // thousandths of a frame per second
     std::int32_t expected_rate = 0;  // the lower of ceiling and source rate, thousandths
     std::int32_t bit_rate_bps = 0;

@@ -20,7 +20,7 @@ struct VideoInfo {
     Ratio frame_rate;  // 0/1 = unknown
     Ratio pixel_aspect{1, 1};
     Ticks duration;      // 0 = unknown
-    bool still = false;  // a single picture (bmp, jpg, png)
+    bool still = false;  // a single image (bmp, jpg, png)
 };
 
 struct MediaFileInfo {

@@ -1,4 +1,4 @@
-// A box of pixels: a part of a screen or of a picture.
+// A box of pixels: a part of a screen or of a frame.
 #pragma once
 
 #include <algorithm>

@@ -60,15 +60,15 @@ DeviceList AlsaDevices(const std::vector<AlsaCapture>& captures) {
     return devices;
 }
 
-bool CapturesPictures(const VideoNode& node) {
+bool CapturesVideo(const VideoNode& node) {
     const bool own_caps = (node.capabilities & V4L2_CAP_DEVICE_CAPS) != 0;
     return ((own_caps ? node.device_caps : node.capabilities) & V4L2_CAP_VIDEO_CAPTURE) != 0;
 }
 
-DeviceList PictureDevices(const std::vector<VideoNode>& nodes, const ScreenFacts& screens) {
+DeviceList VideoDevices(const std::vector<VideoNode>& nodes, const ScreenFacts& screens) {
     DeviceList devices;
     for (const VideoNode& node : nodes)
-        if (CapturesPictures(node))
+        if (CapturesVideo(node))
             devices.push_back(MakeDevice(DeviceKind::Camera, node.path, node.card));
     if (screens.access == ScreenAccess::None) return devices;
     const bool portal = screens.access == ScreenAccess::Portal;
@@ -101,9 +101,9 @@ void Finish(DeviceList& devices) {
 DeviceList MakeDeviceList(const DeviceFacts& facts) {
     DeviceList list = facts.pulse ? PulseDevices(*facts.pulse) : AlsaDevices(facts.captures);
     Finish(list);
-    DeviceList pictures = PictureDevices(facts.nodes, facts.screens);
-    Finish(pictures);
-    std::move(pictures.begin(), pictures.end(), std::back_inserter(list));
+    DeviceList video = VideoDevices(facts.nodes, facts.screens);
+    Finish(video);
+    std::move(video.begin(), video.end(), std::back_inserter(list));
     return list;
 }
 

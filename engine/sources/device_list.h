@@ -19,7 +19,7 @@ namespace engine {
 /// The name that stands for the default audio device, whichever that is.
 inline constexpr const char* kDefaultAudioDevice = "Default_Audio_Device";
 
-/// Nodes that cannot capture a picture are left out.
+/// Nodes that cannot capture a frame are left out.
 DeviceList MakeDeviceList(const DeviceFacts& facts);
 
 platform::SourceType MediumOf(DeviceKind kind);

@@ -1,4 +1,4 @@
-// What the pipeline asks of an encoder: one interface for pictures, one for sound.
+// What the pipeline asks of an encoder: one interface for video, one for audio.
 #pragma once
 
 #include <cstdint>
@@ -30,8 +30,8 @@ struct DroppedFrames {
     std::int64_t bytes = 0;
 };
 
-/// What an encoder wants its pictures to be.
-struct PictureFormat {
+/// What an encoder wants its frames to be.
+struct VideoFrameFormat {
     AVPixelFormat pixels = AV_PIX_FMT_YUV420P;
     int width = 0;
     int height = 0;
@@ -48,14 +48,14 @@ struct AudioFrameFormat {
 class VideoEncoder {
   public:
     virtual ~VideoEncoder() = default;
-    virtual PictureFormat Format() const = 0;
+    virtual VideoFrameFormat Format() const = 0;
     virtual StreamHeader Header() const = 0;
-    /// May change the frame's own fields or move it out, never change its picture. False when the
+    /// May change the frame's own fields or move it out, never change its pixels. False when the
     /// consumer wants no more. Throws platform::Error.
     virtual bool Encode(AVFrame& frame, const CodedFrameSink& sink) = 0;
     virtual bool Finish(const CodedFrameSink& sink) = 0;
     virtual DroppedFrames TakeDroppedFrames() { return {}; }  // since the last call
-    /// What the pictures have taken, after Finish.
+    /// What the frames have taken, after Finish.
     virtual std::vector<codecs::FirstPassGop> TakeFirstPass() { return {}; }
 };
 

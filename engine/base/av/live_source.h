@@ -1,4 +1,4 @@
-// What delivers pictures or sound by itself, at its own pace: a screen, a camera, a sound device.
+// What delivers frames or sound by itself, at its own pace: a screen, a camera, a sound device.
 #pragma once
 
 #include <chrono>
@@ -23,8 +23,8 @@ class LiveSource {
   public:
     virtual ~LiveSource() = default;
 
-    /// Waits for what comes next: a picture, or some samples (packed, `nb_samples` above 0). Its
-    /// pts is when the picture was seen or the first sample was heard, on the capture clock; pts
+    /// Waits for what comes next: a frame, or some samples (packed, `nb_samples` above 0). Its
+    /// pts is when the frame was seen or the first sample was heard, on the capture clock; pts
     /// never decrease. What the frame refers to is its own and stays as it is for as long as it is
     /// held. Size and formats may change from frame to frame. False once woken.
     /// Throws platform::Error when the device fails or is gone; what came before is good.
@@ -33,7 +33,7 @@ class LiveSource {
     /// Ends a Read that waits, and every later one. Any thread.
     virtual void Wake() = 0;
 
-    /// Pictures that were due and could not be had in time, since the last call. Any thread.
+    /// Frames that were due and could not be had in time, since the last call. Any thread.
     virtual std::int64_t TakeMissed() { return 0; }
 };
 

@@ -22,8 +22,8 @@ namespace engine::asf {
 /// end between any two of these leaves a file that still plays. Until then the file is a part
 /// (see PartFile); the name comes last, and what had it before stays until then.
 ///
-/// Of a stream that is reordered, players keep one picture back, and take an object's time for that
-/// of the picture that they show when they get it. So that is what is written: a picture that
+/// Of a stream that is reordered, players keep one frame back, and take an object's time for that
+/// of the frame that they show when they get it. So that is what is written: a frame that
 /// is shown after the ones that follow it has the time of the one that is shown for it.
 ///
 /// After a failed Write every further Write fails with the same error. Finish and Abandon then drop
@@ -57,7 +57,7 @@ class AsfFile final : public PacketSink {
     struct StreamTotals {
         std::uint32_t largest_object = 0;
         std::uint64_t bytes = 0;
-        std::optional<Ticks> kept_back;  // pts of the picture that players hold
+        std::optional<Ticks> kept_back;  // pts of the frame that players hold
     };
     static Ticks Ahead(StreamTotals& stream, Ticks pts);
     void TakePacket(const ClosedPacket& packet);

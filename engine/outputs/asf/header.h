@@ -45,7 +45,7 @@ std::uint32_t PrerollMs(const OutputHeader& header);
 std::uint8_t StreamNumber(std::size_t stream_index);
 
 /// Header Object and the fixed part of the Data Object. Texts are cut at 65534 bytes. Throws
-/// platform::Error (invalid argument) for no stream, more than 127, a picture without size, extra
+/// platform::Error (invalid argument) for no stream, more than 127, a frame without size, extra
 /// data or a number of attributes that its 16-bit count cannot hold.
 std::vector<std::uint8_t> BuildHeader(const OutputHeader& header, const HeaderFacts& facts,
                                       const HeaderNumbers& numbers);

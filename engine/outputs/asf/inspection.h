@@ -20,7 +20,7 @@ struct PacketRun {
 struct Inspection {
     HeaderView header;
     std::uint64_t file_bytes = 0;
-    /// The header's numbers agree with the file, and pictures have an index.
+    /// The header's numbers agree with the file, and frames have an index.
     bool whole = false;
     bool indexed = false;         // something stands behind the data that the header describes
     std::vector<PacketRun> runs;  // up to the last packet of use

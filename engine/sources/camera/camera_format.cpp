@@ -36,7 +36,7 @@ constexpr CameraPixelRow kPixels[] = {
 // clang-format on
 
 constexpr CameraRequest kUsual = {1280, 720, 0};
-// 29.97 pictures a second are as good as 30.
+// 29.97 frames a second are as good as 30.
 constexpr double kRateReached = 0.99;
 constexpr double kSameShape = 0.01;
 

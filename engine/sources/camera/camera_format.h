@@ -1,4 +1,4 @@
-// How a camera gives its pictures: what it offers, and which of that suits a recording best.
+// How a camera gives its frames: what it offers, and which of that suits a recording best.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ struct CameraPixelRow {
     enum class Kind { Colours, Jpeg, Greys };
 
     std::uint32_t code;   // V4L2_PIX_FMT_*
-    const char* av_name;  // libavutil's; "" = each picture is a JPEG file
+    const char* av_name;  // libavutil's; "" = each frame is a JPEG file
     Kind kind;
     bool swapped = false;  // the second and third plane
 };
@@ -58,8 +58,8 @@ class CameraOffers {
 
 /// The format with most of the requested pixels a second. Among those that have all of them: the
 /// requested size, else the smallest larger one of the requested shape, else the smallest larger
-/// one; of one size, raw pictures before JPEG ones; then the rate that is least above the requested
-/// one. Grey pictures are taken from a camera that has no others. None when no format can be
+/// one; of one size, raw frames before JPEG ones; then the rate that is least above the requested
+/// one. Grey frames are taken from a camera that has no others. None when no format can be
 /// recorded.
 std::optional<CameraFormat> ChooseCameraFormat(const CameraOffers& offers, CameraRequest request);
 

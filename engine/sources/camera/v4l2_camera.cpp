@@ -15,17 +15,17 @@
 #include <vector>
 
 #include "engine/sources/camera/camera_device.h"
-#include "engine/sources/camera/camera_pictures.h"
+#include "engine/sources/camera/camera_frames.h"
 #include "engine/sources/system/event_fd.h"
 #include "platform/error.h"
 
 namespace engine {
 namespace {
 
-// What a busy machine may be late by, in pictures.
+// What a busy machine may be late by, in frames.
 constexpr std::uint32_t kBuffers = 8;
 constexpr std::uint32_t kLeastBuffers = 2;
-// Cameras that adapt to the dark take seconds for their first picture.
+// Cameras that adapt to the dark take seconds for their first frame.
 constexpr Ticks kPatience = Ticks::FromMilliseconds(10'000);
 // No driver's clock is as wrong as that by being late or early only.
 constexpr Ticks kLatest = Ticks::FromMilliseconds(5'000);
@@ -66,10 +66,10 @@ class V4l2Camera : public LiveSource {
     const CameraDevice device_;
     const EventFd wake_up_;
     std::atomic<bool> woken_{false};
-    std::unique_ptr<CameraPictures> pictures_;
+    std::unique_ptr<CameraFrameMaker> maker_;
     std::vector<MappedBytes> buffers_;
     bool reading_ = false;
-    std::optional<std::uint32_t> sequence_;  // of the last picture
+    std::optional<std::uint32_t> sequence_;  // of the last frame
     Ticks last_pts_;
     Ticks waits_since_;
     std::atomic<std::int64_t> missed_{0};
@@ -116,7 +116,7 @@ void V4l2Camera::SetFormat(const CameraFormat& format, FramePool& frames) {
     if (set.fmt.pix.pixelformat != format.pixels)
         throw CannotRecordCamera(device_.name(),
                                  "it no longer has the pictures that it had; try again");
-    pictures_ = MakeCameraPictures(set.fmt.pix, frames);
+    maker_ = MakeCameraFrameMaker(set.fmt.pix, frames);
 }
 
 // A camera that cannot be told has a rate of its own.
@@ -160,7 +160,7 @@ platform::Error V4l2Camera::Lost(int error) const {
     return Lost(error == ENODEV ? "it was unplugged" : std::generic_category().message(error));
 }
 
-// False when no picture is there.
+// False when no frame is there.
 bool V4l2Camera::Dequeue(v4l2_buffer& buffer) const {
     buffer = NewBuffer();
     const int error = device_.Request(VIDIOC_DQBUF, buffer);
@@ -194,7 +194,7 @@ void V4l2Camera::Wake() {
     wake_up_.Write();
 }
 
-// Broken pictures are passed over.
+// Broken frames are passed over.
 bool V4l2Camera::Take(FrameHandle& frame) {
     v4l2_buffer buffer{};
     FrameHandle taken;
@@ -203,7 +203,7 @@ bool V4l2Camera::Take(FrameHandle& frame) {
         const Ticks time = TimeOf(buffer);
         const MappedBytes& bytes = buffers_.at(buffer.index);
         if ((buffer.flags & V4L2_BUF_FLAG_ERROR) == 0)
-            taken = pictures_->Make(
+            taken = maker_->Make(
                 {bytes.get(), std::min<std::size_t>(buffer.bytesused, bytes.get_deleter().length)});
         if (const int error = device_.Request(VIDIOC_QBUF, buffer); error != 0) throw Lost(error);
         if (!taken) {
@@ -234,7 +234,7 @@ Ticks V4l2Camera::TimeOf(const v4l2_buffer& buffer) const {
     return sane ? stamped : now;
 }
 
-// Waits for a picture. True when the device says that none will come.
+// Waits for a frame. True when the device says that none will come.
 bool V4l2Camera::WaitFails() const {
     std::array<pollfd, 2> waited{pollfd{device_.descriptor(), POLLIN, 0},
                                  pollfd{wake_up_.Descriptor(), POLLIN, 0}};

@@ -1,4 +1,4 @@
-// A camera of the kernel's video interface as a source of pictures.
+// A camera of the kernel's video interface as a source of frames.
 #pragma once
 
 #include <memory>
@@ -9,12 +9,12 @@
 
 namespace engine {
 
-/// Gives every picture that the camera takes, in the format that it was asked for or what its
+/// Gives every frame that the camera takes, in the format that it was asked for or what its
 /// driver makes of that. Times are the driver's where it counts them on the captures' clock, else
-/// those at which pictures arrived. TakeMissed counts the pictures that the driver had to leave out
+/// those at which frames arrived. TakeMissed counts the frames that the driver had to leave out
 /// and those that came broken.
 /// Throws platform::Error that names the camera and says why it cannot be had. Read throws when it
-/// was unplugged, fails, or gives no picture for ten seconds.
+/// was unplugged, fails, or gives no frame for ten seconds.
 /// @param node    such as "/dev/video0"
 /// @param name    for people
 /// @param frames  outlives the source and its frames

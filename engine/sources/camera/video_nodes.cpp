@@ -52,7 +52,7 @@ std::string FirstLine(const std::string& path) {
 }
 
 // A node that this user may not open. The kernel tells everybody what it is called, and the first
-// node of a camera is the one with the pictures.
+// node of a camera is the one with the frames.
 std::optional<VideoNode> ForbiddenNode(const std::string& path, int number) {
     const std::string facts = "/sys/class/video4linux/video" + std::to_string(number);
     if (FirstLine(facts + "/index") != "0") return std::nullopt;

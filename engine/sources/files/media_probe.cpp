@@ -21,7 +21,7 @@ Ratio PixelAspect(const OpenMedia& media) {
     return {aspect.num, aspect.den};
 }
 
-// A picture that its file turns by a quarter is encoded upright.
+// A frame that its file turns by a quarter is encoded upright.
 bool QuarterTurned(const AVStream& stream) {
     const std::uint8_t* matrix =
         av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);

@@ -8,7 +8,7 @@
 namespace engine {
 
 /// Throws platform::Error: file not found, access denied, invalid data (not a media file, or one
-/// without sound and picture); the description names the file.
+/// without audio and video); the description names the file.
 MediaFileInfo ProbeMediaFile(const std::string& path);
 
 }  // namespace engine

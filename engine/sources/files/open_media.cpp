@@ -12,10 +12,10 @@
 namespace engine {
 namespace {
 
-// Text files, which libavformat would show as pictures of a terminal.
+// Text files, which libavformat would show as frames of a terminal.
 constexpr std::array<std::string_view, 5> kNoMedia = {"tty", "bin", "xbin", "adf", "idf"};
 
-constexpr std::array<AVCodecID, 9> kPictureCodecs = {
+constexpr std::array<AVCodecID, 9> kImageCodecs = {
     AV_CODEC_ID_BMP,   AV_CODEC_ID_MJPEG, AV_CODEC_ID_PNG, AV_CODEC_ID_TIFF,  AV_CODEC_ID_WEBP,
     AV_CODEC_ID_TARGA, AV_CODEC_ID_PPM,   AV_CODEC_ID_PAM, AV_CODEC_ID_JPEGLS};
 
@@ -27,8 +27,8 @@ platform::Error NoMedia(const std::string& path, const char* why) {
 bool IsStill(const AVFormatContext& format, const AVStream& video) {
     const std::string_view name = format.iformat->name;
     const bool image_format = name == "image2" || name.ends_with("_pipe");
-    return image_format && std::find(kPictureCodecs.begin(), kPictureCodecs.end(),
-                                     video.codecpar->codec_id) != kPictureCodecs.end();
+    return image_format && std::find(kImageCodecs.begin(), kImageCodecs.end(),
+                                     video.codecpar->codec_id) != kImageCodecs.end();
 }
 
 bool Usable(const AVStream& stream) {
@@ -67,7 +67,7 @@ Ticks FirstTime(const AVFormatContext& format, std::initializer_list<const AVStr
 OpenMedia OpenMediaFile(const std::string& path, const AVIOInterruptCB* stop) {
     AVFormatContext* raw = CheckAllocated(avformat_alloc_context());
     if (stop != nullptr) raw->interrupt_callback = *stop;
-    // "%d" in a picture's name is part of the name; other demuxers do not know the option.
+    // "%d" in a frame's name is part of the name; other demuxers do not know the option.
     AVDictionary* raw_options = nullptr;
     av_dict_set(&raw_options, "pattern_type", "none", 0);
     // With the scheme named, no other part of a name can be taken for one.

@@ -13,13 +13,13 @@ struct OpenMedia {
     AvPtr<AVFormatContext> format;
     AVStream* audio = nullptr;  // null = the file has none that can be decoded
     AVStream* video = nullptr;  // cover art is no video
-    bool still = false;         // the video is a single picture
+    bool still = false;         // the video is a single image
     /// The first timestamp of the chosen streams, from which marks and session times count.
     Ticks origin;
 };
 
 /// `stop`, when given, ends blocking reads once it is true. Throws platform::Error (file not found,
-/// access denied, invalid data: no media file, or one with neither sound nor picture).
+/// access denied, invalid data: no media file, or one with neither audio nor video).
 OpenMedia OpenMediaFile(const std::string& path, const AVIOInterruptCB* stop = nullptr);
 
 /// Nominal frame rate of a video stream; 0/1 = unknown.

@@ -15,7 +15,7 @@ class AreaFinder {
     /// Throws platform::Error when there is no such area.
     AreaFinder(X11Display& display, const ScreenArea& area);
 
-    /// What the picture is of: the window of the area, or the root window.
+    /// What the frame is of: the window of the area, or the root window.
     xcb_window_t window() const { return window_; }
 
     /// The area inside window(), as it was found last.

@@ -1,4 +1,4 @@
-// The parts of a picture that must be fetched again, joined into few boxes.
+// The parts of a frame that must be fetched again, joined into few boxes.
 #pragma once
 
 #include <vector>

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view kMonitorDevice = "x11:monitor:";
 constexpr std::int32_t kMostPixels = 32767;  // the protocol's largest screen
-constexpr std::int32_t kFewestPixels = 2;    // of a picture that can be coded
+constexpr std::int32_t kFewestPixels = 2;    // of a frame that can be coded
 
 // Takes a number and what stands behind it off the text's front.
 bool TakeNumber(std::string_view& text, std::string_view behind, std::int32_t fewest,

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "engine/base/av/live_source.h"
-#include "engine/sources/screen/picture_pacer.h"
+#include "engine/sources/screen/frame_pacer.h"
 #include "engine/sources/screen/screen_formats.h"
 #include "platform/error.h"
 
@@ -195,7 +195,7 @@ void PipeWireStream::OnFormat(const spa_pod* format) {
     library_.stream_update_params(stream_.get(), wanted.data(), wanted.size());
 }
 
-// The newest picture is what the screen shows; those before it are no longer wanted.
+// The newest frame is what the screen shows; those before it are no longer wanted.
 void PipeWireStream::OnBuffers() {
     while (pw_buffer* buffer = library_.stream_dequeue_buffer(stream_.get())) {
         if (!Show(*buffer)) {
@@ -209,24 +209,24 @@ void PipeWireStream::OnBuffers() {
     }
 }
 
-// False for what carries no picture, such as news of the pointer alone.
+// False for what carries no frame, such as news of the pointer alone.
 bool PipeWireStream::Show(const pw_buffer& buffer) {
     if (buffer.buffer->n_datas == 0) return false;
     const spa_data& data = buffer.buffer->datas[0];
     if (data.data == nullptr || data.chunk->size == 0 ||
         (static_cast<unsigned>(data.chunk->flags) & SPA_CHUNK_FLAG_CORRUPTED) != 0)
         return false;
-    StreamPicture picture;
-    picture.format = PixelsOf(format_.format);
-    picture.buffer = BoxOf(format_.size);
+    StreamFrame shared;
+    shared.format = PixelsOf(format_.format);
+    shared.buffer = BoxOf(format_.size);
     const std::optional<PixelRows> rows =
-        RowsOf(picture.buffer, data.maxsize, data.chunk->offset, data.chunk->stride);
-    if (picture.format == AV_PIX_FMT_NONE || !rows) return false;
-    picture.pixels = static_cast<const std::uint8_t*>(data.data) + rows->offset;
-    picture.stride = rows->stride;
-    picture.shown = ShownPartOf(*buffer.buffer);
-    picture.seen = TimeSeen(StampOf(*buffer.buffer), CaptureNow());
-    picture_ = picture;
+        RowsOf(shared.buffer, data.maxsize, data.chunk->offset, data.chunk->stride);
+    if (shared.format == AV_PIX_FMT_NONE || !rows) return false;
+    shared.pixels = static_cast<const std::uint8_t*>(data.data) + rows->offset;
+    shared.stride = rows->stride;
+    shared.shown = ShownPartOf(*buffer.buffer);
+    shared.seen = TimeSeen(StampOf(*buffer.buffer), CaptureNow());
+    newest_ = shared;
     return true;
 }
 
@@ -239,7 +239,7 @@ std::optional<Ticks> PipeWireStream::TakeNews() {
     const Lock lock(*this);
     news_.Clear();
     if (!std::exchange(came_, false) || held_ == nullptr) return std::nullopt;
-    return picture_.seen;
+    return newest_.seen;
 }
 
 std::optional<PixelBox> PipeWireStream::Size() const {
@@ -253,17 +253,17 @@ std::optional<std::string> PipeWireStream::WhyEnded() const {
     return end_;
 }
 
-bool PipeWireStream::Look(const std::function<void(const StreamPicture&)>& look) const {
+bool PipeWireStream::Look(const std::function<void(const StreamFrame&)>& look) const {
     const Lock lock(*this);
     if (held_ == nullptr) return false;
-    look(picture_);
+    look(newest_);
     return true;
 }
 
-bool PipeWireStream::Take(const std::function<void(const StreamPicture&)>& take) {
+bool PipeWireStream::Take(const std::function<void(const StreamFrame&)>& take) {
     const Lock lock(*this);
     if (held_ == nullptr) return false;
-    take(picture_);
+    take(newest_);
     Release();
     return true;
 }

@@ -1,4 +1,4 @@
-// A stream of pictures from PipeWire.
+// A stream of frames from PipeWire.
 #pragma once
 
 #include <pipewire/pipewire.h>
@@ -18,13 +18,13 @@
 
 namespace engine {
 
-/// A picture as its sender wrote it, in memory that both see.
-struct StreamPicture {
+/// A frame as its sender wrote it, in memory that both see.
+struct StreamFrame {
     const std::uint8_t* pixels = nullptr;  // of the buffer's upper left
     int stride = 0;                        // bytes
     AVPixelFormat format = AV_PIX_FMT_NONE;
     PixelBox buffer;
-    std::optional<PixelBox> shown;  // the part of it that is the picture
+    std::optional<PixelBox> shown;  // the part of it that is the image
     Ticks seen;                     // on the capture clock
 };
 
@@ -34,7 +34,7 @@ class PipeWireStream {
     /// Connects to a node of a server. `library` is complete and outlives this.
     /// Throws platform::Error when it cannot.
     /// @param connection        a descriptor, which belongs to this from now on
-    /// @param rate_thousandths  how many pictures in 1000 seconds are wanted at most
+    /// @param rate_thousandths  how many frames in 1000 seconds are wanted at most
     PipeWireStream(const PipeWireLibrary& library, int connection, std::uint32_t node,
                    std::int32_t rate_thousandths);
     ~PipeWireStream();
@@ -43,18 +43,18 @@ class PipeWireStream {
 
     /// What becomes readable when something comes, and is so until TakeNews.
     int Descriptor() const { return news_.Descriptor(); }
-    /// When the newest picture was seen, if it has come since the last call.
+    /// When the newest frame was seen, if it has come since the last call.
     std::optional<Ticks> TakeNews();
-    /// How large its pictures are, as soon as that is agreed.
+    /// How large its frames are, as soon as that is agreed.
     std::optional<PixelBox> Size() const;
-    /// Nothing while pictures may still come.
+    /// Nothing while frames may still come.
     std::optional<std::string> WhyEnded() const;
 
-    /// Hands out the newest picture, which is there until the call returns and stays the newest.
+    /// Hands out the newest frame, which is there until the call returns and stays the newest.
     /// False when there is none: taken, or withdrawn by its sender.
-    bool Look(const std::function<void(const StreamPicture&)>& look) const;
+    bool Look(const std::function<void(const StreamFrame&)>& look) const;
     /// The same, and gives the memory back to its sender then.
-    bool Take(const std::function<void(const StreamPicture&)>& take);
+    bool Take(const std::function<void(const StreamFrame&)>& take);
 
   private:
     void Connect(std::uint32_t node, std::int32_t rate_thousandths);
@@ -72,7 +72,7 @@ class PipeWireStream {
     // Shared with the loop's thread, under its lock.
     spa_video_info_raw format_{};
     pw_buffer* held_ = nullptr;
-    StreamPicture picture_;
+    StreamFrame newest_;
     bool came_ = false;
     EventFd news_;
     std::optional<std::string> end_;  // why the stream has ended

@@ -12,8 +12,8 @@
 #include <string>
 #include <utility>
 
+#include "engine/sources/screen/frame_pacer.h"
 #include "engine/sources/screen/named_area.h"
-#include "engine/sources/screen/picture_pacer.h"
 #include "engine/sources/screen/pipewire_stream.h"
 #include "engine/sources/screen/portal_session.h"
 #include "engine/sources/screen/screen_formats.h"
@@ -22,10 +22,10 @@
 namespace engine {
 namespace {
 
-// Pictures are agreed upon at once, and the first is drawn then.
+// Frames are agreed upon at once, and the first is drawn then.
 constexpr Ticks kPatience = Ticks::FromMilliseconds(10'000);
-constexpr Ticks kFirstPicturePatience = Ticks::FromMilliseconds(1000);
-// Of rows: what scales pictures reads them in blocks.
+constexpr Ticks kFirstFramePatience = Ticks::FromMilliseconds(1000);
+// Of rows: what scales frames reads them in blocks.
 constexpr std::size_t kAlignment = 64;
 
 class PortalShare : public ScreenShare {
@@ -53,8 +53,8 @@ class PortalShare : public ScreenShare {
     std::int32_t rate() const { return rate_; }
     const ScreenSize& size() const { return size_; }  // when it was handed out
     PipeWireStream& stream() { return *stream_; }
-    PixelBox PartOf(const StreamPicture& picture) const {
-        return engine::PartOf(picture.buffer, picture.shown, area_);
+    PixelBox PartOf(const StreamFrame& shared) const {
+        return engine::PartOf(shared.buffer, shared.shown, area_);
     }
 
     /// Until something comes, the time is over, or woken.
@@ -69,7 +69,7 @@ class PortalShare : public ScreenShare {
         ppoll(waited.data(), waited.size(), &patience, nullptr);
     }
 
-    /// Why no picture comes any more; nothing while some may.
+    /// Why no frame comes any more; nothing while some may.
     std::optional<std::string> WhyLost() {
         if (!session_->IsShared()) return "the desktop shares it no more";
         return stream_->WhyEnded();
@@ -81,17 +81,17 @@ class PortalShare : public ScreenShare {
     }
 
   private:
-    // What is to be seen of a window says only a picture; yet some desktops send none before
+    // What is to be seen of a window says only a frame; yet some desktops send none before
     // something changes.
     PixelBox FirstPart() {
         Ticks deadline = CaptureNow() + kPatience;
         bool agreed = false;
         for (;;) {
             std::optional<PixelBox> part;
-            stream_->Look([&](const StreamPicture& picture) { part = PartOf(picture); });
+            stream_->Look([&](const StreamFrame& shared) { part = PartOf(shared); });
             if (part) return *part;
             const std::optional<PixelBox> size = stream_->Size();
-            if (size && !agreed) deadline = CaptureNow() + kFirstPicturePatience;
+            if (size && !agreed) deadline = CaptureNow() + kFirstFramePatience;
             agreed = size.has_value();
             CheckAwaited();
             if (CaptureNow() < deadline)
@@ -142,14 +142,14 @@ class PortalScreen : public LiveSource {
   public:
     PortalScreen(std::shared_ptr<PortalShare> share, FramePool& frames)
         : share_(std::move(share)), frames_(frames), pacer_(share_->rate()) {
-        pacer_.Came(CaptureNow());  // the first picture has been on the screen since it came
+        pacer_.Came(CaptureNow());  // the first frame has been on the screen since it came
     }
     ~PortalScreen() override { share_->End(); }
 
     bool Read(FrameHandle& frame) override {
         if (ended_) return false;
         try {
-            if (!NextPicture()) {
+            if (!NextFrame()) {
                 End();
                 return false;
             }
@@ -170,7 +170,7 @@ class PortalScreen : public LiveSource {
         share_->End();
     }
 
-    bool NextPicture() {
+    bool NextFrame() {
         while (!share_->IsWoken()) {
             if (const std::optional<Ticks> seen = share_->stream().TakeNews()) pacer_.Came(*seen);
             if (const std::optional<std::string> reason = share_->WhyLost())
@@ -183,7 +183,7 @@ class PortalScreen : public LiveSource {
                 share_->Wait(due.value_or(now + kPatience));
                 continue;
             }
-            if (pacer_.IsWaiting() && !TakePicture()) {
+            if (pacer_.IsWaiting() && !TakeFrame()) {
                 pacer_.Withdraw();
                 if (last_) continue;
                 last_ = Blank();  // a recording begins also where nothing has been drawn yet
@@ -195,23 +195,23 @@ class PortalScreen : public LiveSource {
     }
 
     // False when there is none, or nothing of the recorded part in it.
-    bool TakePicture() {
+    bool TakeFrame() {
         FrameHandle frame;
-        share_->stream().Take([&](const StreamPicture& picture) {
-            const PixelBox part = share_->PartOf(picture);
-            if (!part.IsEmpty()) frame = Copy(picture, part);
+        share_->stream().Take([&](const StreamFrame& shared) {
+            const PixelBox part = share_->PartOf(shared);
+            if (!part.IsEmpty()) frame = Copy(shared, part);
         });
         if (!frame) return false;
         last_ = std::move(frame);
         return true;
     }
 
-    FrameHandle Copy(const StreamPicture& picture, const PixelBox& part) {
-        FrameHandle frame = NewFrame(picture.format, {part.width, part.height});
+    FrameHandle Copy(const StreamFrame& shared, const PixelBox& part) {
+        FrameHandle frame = NewFrame(shared.format, {part.width, part.height});
         const std::ptrdiff_t corner =
-            std::ptrdiff_t{part.y} * picture.stride + std::ptrdiff_t{part.x} * kScreenPixelBytes;
-        av_image_copy_plane(frame->data[0], frame->linesize[0], picture.pixels + corner,
-                            picture.stride, part.width * kScreenPixelBytes, part.height);
+            std::ptrdiff_t{part.y} * shared.stride + std::ptrdiff_t{part.x} * kScreenPixelBytes;
+        av_image_copy_plane(frame->data[0], frame->linesize[0], shared.pixels + corner,
+                            shared.stride, part.width * kScreenPixelBytes, part.height);
         return frame;
     }
 
@@ -244,7 +244,7 @@ class PortalScreen : public LiveSource {
 
     const std::shared_ptr<PortalShare> share_;
     FramePool& frames_;
-    PicturePacer pacer_;
+    FramePacer pacer_;
     AvPtr<AVBufferPool> pool_;
     std::size_t pool_bytes_ = 0;
     FrameHandle last_;

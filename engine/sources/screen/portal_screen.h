@@ -1,4 +1,4 @@
-// The screen of a Wayland session, which its portal hands out, as a source of pictures.
+// The screen of a Wayland session, which its portal hands out, as a source of frames.
 #pragma once
 
 #include <memory>
@@ -10,8 +10,8 @@ namespace engine {
 
 std::unique_ptr<ScreenShare> MakePortalShare();
 
-/// Gives a picture when the desktop sends one and the rate allows it, at least one a second, with
-/// the mouse pointer drawn in where the desktop can do that. Pictures have the size of the shared
+/// Gives a frame when the desktop sends one and the rate allows it, at least one a second, with
+/// the mouse pointer drawn in where the desktop can do that. Frames have the size of the shared
 /// part at their time. The desktop takes its screen back when a read is woken or fails, and
 /// otherwise with the end of the source.
 /// Read throws platform::Error when the screen is shared no more.

@@ -10,9 +10,9 @@ AVPixelFormat PixelsOf(spa_video_format format) {
 
 PixelBox PartOf(const PixelBox& buffer, const std::optional<PixelBox>& shown,
                 const ScreenArea& area) {
-    const PixelBox picture = shown && !shown->IsEmpty() ? Intersection(buffer, *shown) : buffer;
-    if (area.kind != ScreenArea::Kind::Region) return picture;
-    return Intersection(picture, area.region.Moved(picture.x, picture.y));
+    const PixelBox frame = shown && !shown->IsEmpty() ? Intersection(buffer, *shown) : buffer;
+    if (area.kind != ScreenArea::Kind::Region) return frame;
+    return Intersection(frame, area.region.Moved(frame.x, frame.y));
 }
 
 std::optional<PixelRows> RowsOf(const PixelBox& buffer, std::size_t memory_bytes,

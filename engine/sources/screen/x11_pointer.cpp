@@ -7,17 +7,17 @@ namespace engine {
 namespace {
 
 // Colours of the pointer are multiplied with its opacity already.
-std::uint32_t Over(std::uint32_t picture, std::uint32_t argb, const PixelLayout& layout) {
+std::uint32_t Over(std::uint32_t image, std::uint32_t argb, const PixelLayout& layout) {
     const std::uint32_t see_through = 255 - (argb >> 24);
     for (std::size_t i = 0; i < layout.channels.size(); ++i) {
         const auto [shift, bits] = layout.channels[i];
         const std::uint32_t most = (1U << bits) - 1;
-        const std::uint32_t below = (picture >> shift) & most;
+        const std::uint32_t below = (image >> shift) & most;
         const std::uint32_t above = (argb >> (16 - 8 * i)) & 255;
         const std::uint32_t mixed = (above * most + below * see_through + 127) / 255;
-        picture = (picture & ~(most << shift)) | (std::min(mixed, most) << shift);
+        image = (image & ~(most << shift)) | (std::min(mixed, most) << shift);
     }
-    return picture;
+    return image;
 }
 
 template <typename Pixel>

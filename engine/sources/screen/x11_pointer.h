@@ -1,4 +1,4 @@
-// The mouse pointer, which is in no picture that an X server gives away.
+// The mouse pointer, which is in no frame that an X server gives away.
 #pragma once
 
 #include <xcb/xfixes.h>
@@ -26,7 +26,7 @@ class X11Pointer {
     /// What it covers; empty when it is not on this screen.
     const PixelBox& Box() const { return box_; }
 
-    /// Draws it over a picture that shows `shown` of the window.
+    /// Draws it over a frame that shows `shown` of the window.
     void Draw(std::uint8_t* pixels, int stride, const PixelLayout& layout,
               const PixelBox& shown) const;
 

@@ -13,14 +13,14 @@
 #include "engine/sources/screen/area_finder.h"
 #include "engine/sources/screen/named_area.h"
 #include "engine/sources/screen/x11_changes.h"
-#include "engine/sources/screen/x11_pictures.h"
+#include "engine/sources/screen/x11_frames.h"
 #include "engine/sources/screen/x11_pointer.h"
 #include "platform/error.h"
 
 namespace engine {
 namespace {
 
-// A redraw is many operations; a picture of its first is not wanted.
+// A redraw is many operations; a frame of its first is not wanted.
 constexpr Ticks kSettle = Ticks::FromMilliseconds(4);
 constexpr Ticks kAlive = Ticks::FromMilliseconds(1000);
 // A change of size is told within milliseconds; a server that refuses for longer is broken.
@@ -40,15 +40,15 @@ class X11Screen : public LiveSource {
     void HandleEvent(const xcb_generic_event_t& event);
     void FindAgain();
     void TrackPointer(Ticks now);
-    bool NextPicture();
+    bool NextFrame();
     bool Grab(Ticks now);
-    void Deliver(X11Picture& picture, Ticks time);
+    void Deliver(X11Picture& image, Ticks time);
     void CountMissed(Ticks now);
     void WaitUntil(Ticks time, bool events) const;
 
     bool IsWindow() const { return area_.kind == ScreenArea::Kind::Window; }
-    PixelBox PictureBox() const { return {0, 0, pictures_.area().width, pictures_.area().height}; }
-    PixelBox PointerInPicture() const {
+    PixelBox ImageBox() const { return {0, 0, images_.area().width, images_.area().height}; }
+    PixelBox PointerInImage() const {
         return pointer_.Box().Moved(-finder_.Box().x, -finder_.Box().y);
     }
 
@@ -60,7 +60,7 @@ class X11Screen : public LiveSource {
     const Ticks settle_{std::min(kSettle, early_)};
     X11Display display_;
     AreaFinder finder_;
-    X11Pictures pictures_;
+    X11Frames images_;
     X11Pointer pointer_;
     X11Changes changes_;
 
@@ -68,9 +68,9 @@ class X11Screen : public LiveSource {
     bool visible_ = true;
     bool place_changed_ = false;
     bool changed_ = true;  // something on the screen may have
-    bool drawn_ = true;    // something in the picture has, or its pointer
+    bool drawn_ = true;    // something in the frame has, or its pointer
     Ticks changed_at_;     // about when the first change was
-    Ticks allowed_;        // when the rate has room for the next picture
+    Ticks allowed_;        // when the rate has room for the next frame
     Ticks pointer_due_;    // when to look for it again
     Ticks returned_;       // when Read last did
     int refusals_ = 0;     // one after the other
@@ -83,7 +83,7 @@ X11Screen::X11Screen(const ScreenArea& area, std::int32_t rate_thousandths, Fram
       frames_(frames),
       period_{Ticks::kPerSecond * 1000 / rate_thousandths},
       finder_(display_, area),
-      pictures_(display_),
+      images_(display_),
       pointer_(display_, finder_.window()),
       changes_(display_, finder_.window()) {
     xcb_connection_t* server = display_.get();
@@ -114,19 +114,19 @@ void X11Screen::FindAgain() {
     finder_.FindAgain();
     const PixelLayout& layout = LayoutOf(display_, finder_.window());
     if (!IsWindow()) {
-        pictures_.Show(display_.root(), finder_.Box(), layout);
+        images_.Show(display_.root(), finder_.Box(), layout);
     } else {
         const auto state = display_.Await<xcb_get_window_attributes_reply_t>(
             xcb_get_window_attributes(display_.get(), finder_.window()));
         visible_ = state && state->map_state == XCB_MAP_STATE_VIEWABLE;
-        if (!visible_) return;  // the last picture stays until it is there again
+        if (!visible_) return;  // the last frame stays until it is there again
         const auto geometry = display_.Await<xcb_get_geometry_reply_t>(
             xcb_get_geometry(display_.get(), finder_.window()));
         if (pixmap_ != 0) xcb_free_pixmap(display_.get(), pixmap_);
         pixmap_ = xcb_generate_id(display_.get());
         xcb_composite_name_window_pixmap(display_.get(), finder_.window(), pixmap_);
         const int border = geometry ? geometry->border_width : 0;
-        pictures_.Show(pixmap_, finder_.Box().Moved(border, border), layout);
+        images_.Show(pixmap_, finder_.Box().Moved(border, border), layout);
     }
     changed_ = drawn_ = true;
 }
@@ -164,10 +164,10 @@ void X11Screen::HandleEvents(Ticks since) {
 
 void X11Screen::TrackPointer(Ticks now) {
     pointer_due_ = now + period_;
-    const PixelBox before = PointerInPicture();
+    const PixelBox before = PointerInImage();
     if (!pointer_.Track()) return;
-    if (Intersection(before, PictureBox()).IsEmpty() &&
-        Intersection(PointerInPicture(), PictureBox()).IsEmpty())
+    if (Intersection(before, ImageBox()).IsEmpty() &&
+        Intersection(PointerInImage(), ImageBox()).IsEmpty())
         return;
     if (!changed_) changed_at_ = now - settle_;
     changed_ = drawn_ = true;
@@ -181,12 +181,12 @@ bool X11Screen::Grab(Ticks now) {
     for (const PixelBox& box : changes_.Take()) {
         const PixelBox inside = Intersection(box, finder_.Box());
         if (inside.IsEmpty()) continue;
-        pictures_.MarkStale(inside.Moved(-finder_.Box().x, -finder_.Box().y));
+        images_.MarkStale(inside.Moved(-finder_.Box().x, -finder_.Box().y));
         drawn_ = true;
     }
     if (!drawn_ || !visible_) return false;
-    X11Picture* picture = pictures_.Fetch();
-    if (picture == nullptr) {
+    X11Picture* image = images_.Fetch();
+    if (image == nullptr) {
         // The window or the screen has changed its size or is about to say so.
         place_changed_ = changed_ = true;
         if (++refusals_ * period_.count < kPatience.count) return false;
@@ -196,21 +196,21 @@ bool X11Screen::Grab(Ticks now) {
     }
     refusals_ = 0;
     drawn_ = false;
-    Deliver(*picture, allowed_ - period_);
+    Deliver(*image, allowed_ - period_);
     return true;
 }
 
 // Times lie an interval apart at least, so that players of an even rate have a place for each.
-void X11Screen::Deliver(X11Picture& picture, Ticks time) {
-    pointer_.Draw(picture.pixels(), pictures_.stride(), pictures_.layout(), finder_.Box());
-    picture.stale.Add(Intersection(PointerInPicture(), PictureBox()));
+void X11Screen::Deliver(X11Picture& image, Ticks time) {
+    pointer_.Draw(image.pixels(), images_.stride(), images_.layout(), finder_.Box());
+    image.stale.Add(Intersection(PointerInImage(), ImageBox()));
     last_ = frames_.Get();
-    last_->format = pictures_.layout().format;
-    last_->width = pictures_.area().width;
-    last_->height = pictures_.area().height;
-    last_->buf[0] = CheckAllocated(av_buffer_ref(picture.memory.buffer.get()));
-    last_->data[0] = picture.pixels();
-    last_->linesize[0] = pictures_.stride();
+    last_->format = images_.layout().format;
+    last_->width = images_.area().width;
+    last_->height = images_.area().height;
+    last_->buf[0] = CheckAllocated(av_buffer_ref(image.memory.buffer.get()));
+    last_->data[0] = image.pixels();
+    last_->linesize[0] = images_.stride();
     last_->pts = time.count;
 }
 
@@ -221,7 +221,7 @@ void X11Screen::WaitUntil(Ticks time, bool events) const {
 
 bool X11Screen::Read(FrameHandle& frame) {
     try {
-        if (!NextPicture()) return false;
+        if (!NextFrame()) return false;
     } catch (const platform::Error&) {
         // A request that was given up looks like one that failed.
         if (display_.IsWoken()) return false;
@@ -233,7 +233,7 @@ bool X11Screen::Read(FrameHandle& frame) {
     return true;
 }
 
-bool X11Screen::NextPicture() {
+bool X11Screen::NextFrame() {
     HandleEvents(returned_);
     if (changed_ && last_) CountMissed(CaptureNow());
     while (!display_.IsWoken()) {

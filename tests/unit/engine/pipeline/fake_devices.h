@@ -19,7 +19,7 @@ namespace fake_devices {
 inline constexpr int kRate = 44100;
 
 /// A grey picture; `time` is its pts.
-inline void FillPicture(AVFrame& frame, engine::Ticks time, int width, int height, int grey) {
+inline void FillFrame(AVFrame& frame, engine::Ticks time, int width, int height, int grey) {
     frame.format = AV_PIX_FMT_BGR0;
     frame.width = width;
     frame.height = height;
@@ -47,7 +47,7 @@ class Script {
   public:
     void Picture(std::int64_t ms, int grey = 128, int width = 320, int height = 240) {
         Add([=](AVFrame& frame) {
-            FillPicture(frame, engine::Ticks::FromMilliseconds(ms), width, height, grey);
+            FillFrame(frame, engine::Ticks::FromMilliseconds(ms), width, height, grey);
         });
     }
     /// A tenth of a second of silence, which may begin with a click.

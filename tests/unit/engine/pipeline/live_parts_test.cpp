@@ -15,7 +15,7 @@ namespace {
 using namespace engine;
 
 constexpr MediaKind kAudio = MediaKind::Audio;
-constexpr MediaKind kPicture = MediaKind::Video;
+constexpr MediaKind kVideo = MediaKind::Video;
 
 class Queues : public testing::Test {
   protected:
@@ -36,21 +36,21 @@ class Queues : public testing::Test {
 
 using Times = std::vector<std::int64_t>;
 
-TEST_F(Queues, CountFromTheFirstPicture) {
+TEST_F(Queues, CountFromTheFirstFrame) {
     CaptureQueues queues(true, true);
     for (const int ms : {900, 1000, 1100}) Push(queues, kAudio, ms);
     EXPECT_FALSE(queues.Start());
-    Push(queues, kPicture, 1050);
-    queues.Finish(kPicture);
+    Push(queues, kVideo, 1050);
+    queues.Finish(kVideo);
     queues.Finish(kAudio);
-    EXPECT_EQ(Rest(queues, kPicture), Times{0});
+    EXPECT_EQ(Rest(queues, kVideo), Times{0});
     EXPECT_EQ(Rest(queues, kAudio), (Times{-150, -50, 50}));
 }
 
-TEST_F(Queues, CountFromTheFirstSoundWhereNoPictureComes) {
+TEST_F(Queues, CountFromTheFirstSoundWhereNoFrameComes) {
     CaptureQueues ended(true, true);
     Push(ended, kAudio, 1000);
-    ended.Finish(kPicture);
+    ended.Finish(kVideo);
     ASSERT_TRUE(ended.Start()) << "the picture has ended before it began";
     EXPECT_EQ(ended.Start()->Milliseconds(), 1000);
 
@@ -63,13 +63,13 @@ TEST_F(Queues, CountFromTheFirstSoundWhereNoPictureComes) {
     EXPECT_EQ(silent.Start()->Milliseconds(), 1000);
 }
 
-TEST_F(Queues, GiveUpTheOldestPicturesAndNoSound) {
+TEST_F(Queues, GiveUpTheOldestFramesAndNoAudio) {
     CaptureQueues queues(true, true);
     for (int i = 0; i < 1000; ++i) Push(queues, kAudio, i * 100);
-    for (int i = 0; i < 50; ++i) Push(queues, kPicture, i * 100);
-    queues.Finish(kPicture);
+    for (int i = 0; i < 50; ++i) Push(queues, kVideo, i * 100);
+    queues.Finish(kVideo);
     queues.Finish(kAudio);
-    const Times pictures = Rest(queues, kPicture);
+    const Times pictures = Rest(queues, kVideo);
     ASSERT_FALSE(pictures.empty());
     EXPECT_EQ(pictures.back(), 4900) << "the newest is kept";
     EXPECT_EQ(queues.TakeDropped() + static_cast<std::int64_t>(pictures.size()), 50);
@@ -79,11 +79,11 @@ TEST_F(Queues, GiveUpTheOldestPicturesAndNoSound) {
 
 TEST_F(Queues, ASourceLearnsThatItsStreamIsGone) {
     CaptureQueues queues(false, true);
-    EXPECT_TRUE(Push(queues, kPicture, 0));
-    queues.Cancel(kPicture);
-    EXPECT_FALSE(Push(queues, kPicture, 100));
+    EXPECT_TRUE(Push(queues, kVideo, 0));
+    queues.Cancel(kVideo);
+    EXPECT_FALSE(Push(queues, kVideo, 100));
     FrameHandle frame;
-    EXPECT_FALSE(queues.Pop(kPicture, frame));
+    EXPECT_FALSE(queues.Pop(kVideo, frame));
 }
 
 class Writer : public testing::Test {
@@ -105,11 +105,11 @@ class Writer : public testing::Test {
 
 TEST_F(Writer, WaitsForTheFirstSound) {
     Interleaver interleaver(true, true, true, [] { return false; });
-    for (int ms = 0; ms <= 3000; ms += 1000) Push(interleaver, kPicture, ms);
+    for (int ms = 0; ms <= 3000; ms += 1000) Push(interleaver, kVideo, ms);
     std::thread late([&] {
         Push(interleaver, kAudio, 0);
         interleaver.Finish(kAudio);
-        interleaver.Finish(kPicture);
+        interleaver.Finish(kVideo);
     });
     std::string written;
     for (int i = 0; i < 5; ++i) written += Next(interleaver) + " ";
@@ -119,14 +119,14 @@ TEST_F(Writer, WaitsForTheFirstSound) {
 
 TEST_F(Writer, WaitsForALiveStreamASecondAtMost) {
     Interleaver interleaver(true, true, true, [] { return false; });
-    Push(interleaver, kPicture, 0);
+    Push(interleaver, kVideo, 0);
     for (int ms = 0; ms <= 1500; ms += 100) Push(interleaver, kAudio, ms);
     std::string written;
     for (int i = 0; i < 7; ++i) written += Next(interleaver) + " ";
     EXPECT_EQ(written, "a0 v0 a100 a200 a300 a400 a500 ");
     // A picture of a time that has been passed takes its place behind.
-    Push(interleaver, kPicture, 450);
-    interleaver.Finish(kPicture);
+    Push(interleaver, kVideo, 450);
+    interleaver.Finish(kVideo);
     interleaver.Finish(kAudio);
     EXPECT_EQ(Next(interleaver), "v500");
     EXPECT_EQ(Next(interleaver), "a600");

@@ -67,7 +67,7 @@ const StartCase kStartCases[] = {
     {"a mark counts from the first picture", 1000, 1500, 1200, {1.8}},
 };
 
-TEST_F(Live, BeginsWithTheFirstPicture) {
+TEST_F(Live, BeginsWithTheFirstFrame) {
     for (const StartCase& row : kStartCases) {
         SCOPED_TRACE(row.why);
         screen_ = std::make_shared<Script>();
@@ -201,7 +201,7 @@ TEST_F(Live, ARunThatHasStoppedHoldsNoDevice) {
     EXPECT_EQ(open_devices.get_future().get(), 0);
 }
 
-TEST_F(Live, LostPicturesAreCountedByCause) {
+TEST_F(Live, LostFramesAreCountedByCause) {
     for (int ms = 1000; ms < 3000; ms += 100) screen_->Picture(ms);
     screen_->Miss(3);
     const EncodePlan plan = PictureOnly();

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr const char* kPicture = "-f lavfi -i testsrc2=s=320x240:r=25:d=6";
+constexpr const char* kVideo = "-f lavfi -i testsrc2=s=320x240:r=25:d=6";
 constexpr const char* kAudio = "-f lavfi -i sine=440:r=44100:d=6";
 
 /// The decoded frames of one kind ("v" or "a") as the ffmpeg command sees them.
@@ -39,7 +39,7 @@ TEST_P(Codecs, DecodeAsTheSourceInPacketsOfAnySize) {
     const clips::Scratch scratch;
     const std::string source = scratch.Path(std::string("source.") + GetParam().extension);
     clips::Ffmpeg(
-        fmt::format("{} {} {} -shortest {}", kPicture, kAudio, GetParam().arguments, source));
+        fmt::format("{} {} {} -shortest {}", kVideo, kAudio, GetParam().arguments, source));
     const std::string video = DecodedMd5(source, "v");
     const std::string audio = DecodedMd5(source, "a");
     const clips::Clip clip = clips::Demux(source);
@@ -66,7 +66,7 @@ TEST_P(Codecs, SeekLandsOnTheKeyFrameBefore) {
     const clips::Scratch scratch;
     const std::string source = scratch.Path(std::string("source.") + GetParam().extension);
     clips::Ffmpeg(
-        fmt::format("{} {} {} -shortest {}", kPicture, kAudio, GetParam().arguments, source));
+        fmt::format("{} {} {} -shortest {}", kVideo, kAudio, GetParam().arguments, source));
     const clips::Clip clip = clips::Demux(source);
     const std::string path = scratch.Path("written.wmv");
     clips::WriteFile(path, clip, 1400);
@@ -103,7 +103,7 @@ TEST(Reordered, PicturesAreShownAtTheirTimes) {
     const std::string source = scratch.Path("source.mkv");
     // Uneven times: every seventh picture is missing.
     clips::Ffmpeg(fmt::format(
-        "{} -vf \"select='mod(n,7)'\" -fps_mode vfr -c:v mpeg4 -bf 2 -g 24 {}", kPicture, source));
+        "{} -vf \"select='mod(n,7)'\" -fps_mode vfr -c:v mpeg4 -bf 2 -g 24 {}", kVideo, source));
     clips::Clip clip = clips::Demux(source);
     clip.header.streams.at(0).reordered = true;
     std::vector<std::int64_t> expected;

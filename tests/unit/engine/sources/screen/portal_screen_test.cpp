@@ -1,4 +1,4 @@
-#include "engine/sources/screen/picture_pacer.h"
+#include "engine/sources/screen/frame_pacer.h"
 #include "engine/sources/screen/screen_formats.h"
 
 namespace engine {
@@ -6,7 +6,7 @@ namespace {
 
 constexpr Ticks Ms(std::int64_t count) { return Ticks::FromMilliseconds(count); }
 
-TEST(PicturePacer, GivesWhatTheRateHasRoomForAndTheLastOneAgain) {
+TEST(FramePacer, GivesWhatTheRateHasRoomForAndTheLastOneAgain) {
     struct Case {
         const char* why;
         std::vector<std::int64_t> seen;      // milliseconds
@@ -25,7 +25,7 @@ TEST(PicturePacer, GivesWhatTheRateHasRoomForAndTheLastOneAgain) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.why);
-        PicturePacer pacer(10'000);
+        FramePacer pacer(10'000);
         std::vector<std::int64_t> given;
         std::size_t next = 0;
         for (std::int64_t now = 0; now <= 2200; ++now) {
@@ -40,8 +40,8 @@ TEST(PicturePacer, GivesWhatTheRateHasRoomForAndTheLastOneAgain) {
     }
 }
 
-TEST(PicturePacer, AWithdrawnPictureLeavesTheLastOne) {
-    PicturePacer pacer(10'000);
+TEST(FramePacer, AWithdrawnFrameLeavesTheLastOne) {
+    FramePacer pacer(10'000);
     pacer.Came(Ms(0));
     pacer.Withdraw();
     EXPECT_FALSE(pacer.Due());
@@ -52,7 +52,7 @@ TEST(PicturePacer, AWithdrawnPictureLeavesTheLastOne) {
     EXPECT_EQ(pacer.Due(), Ms(1005));
 }
 
-TEST(PicturePacer, TheSendersTimeIsBelievedWhenItCanBe) {
+TEST(FramePacer, TheSendersTimeIsBelievedWhenItCanBe) {
     constexpr std::int64_t kSecond = 1'000'000'000;
     const Ticks now = Ms(50'000);
     EXPECT_EQ(TimeSeen(50 * kSecond - 7'000'000, now), Ms(49'993));

@@ -109,7 +109,7 @@ const PixelBox kDrawn[] = {
     {0, 100, 320, 5}, {40, 40, 200, 150}, {300, 10, 20, 20}, {100, 230, 50, 10},
 };
 
-TEST(X11Screen, EachChangeGivesOnePictureThatStaysAsItIs) {
+TEST(X11Screen, EachChangeGivesOneFrameThatStaysAsItIs) {
     for (const ServerCase& each : kServers) {
         SCOPED_TRACE(each.why);
         Recording recording(each.screen, each.options);
@@ -134,7 +134,7 @@ TEST(X11Screen, EachChangeGivesOnePictureThatStaysAsItIs) {
     }
 }
 
-TEST(X11Screen, WithoutNewsOfChangesThereIsAPictureEachTime) {
+TEST(X11Screen, WithoutNewsOfChangesThereIsAFrameEachTime) {
     for (const char* extension : {"DAMAGE", "XFIXES"}) {
         SCOPED_TRACE(extension);
         Recording recording("320x240x24", {"-extension", extension});
@@ -186,7 +186,7 @@ TEST(X11Screen, AnIdleScreenIsRepeatedEachSecond) {
     EXPECT_TRUE(CanvasOf(*recording.NextChange()) == recording.seen);
 }
 
-TEST(X11Screen, ThePointerIsDrawnOverThePicture) {
+TEST(X11Screen, ThePointerIsDrawnOverTheFrame) {
     for (const ServerCase& each : kServers) {
         SCOPED_TRACE(each.why);
         Recording recording(each.screen, each.options);
@@ -303,7 +303,7 @@ TEST(X11Screen, AChangeOfTheScreensSizeIsFollowed) {
     }
 }
 
-TEST(X11Screen, PicturesKeepToTheRate) {
+TEST(X11Screen, FramesKeepToTheRate) {
     Recording recording;
     recording.Open("", 50000);
     std::atomic<bool> stop = false;

@@ -44,7 +44,7 @@ const ClipCase kClipCases[] = {
 };
 // clang-format on
 
-TEST(Picture, MarginsAreCutOff) {
+TEST(VideoOptions, MarginsAreCutOff) {
     const clips::Folder folder;
     for (const ClipCase& row : kClipCases) {
         SCOPED_TRACE(row.why);
@@ -85,7 +85,7 @@ const FieldCase kFieldCases[] = {
 };
 // clang-format on
 
-TEST(Picture, FieldsBecomeThePicturesOfTheirTime) {
+TEST(VideoOptions, FieldsBecomeThePicturesOfTheirTime) {
     const clips::Folder folder;
     for (const FieldCase& row : kFieldCases) {
         SCOPED_TRACE(row.why);
@@ -116,7 +116,7 @@ TEST(Picture, FieldsBecomeThePicturesOfTheirTime) {
     }
 }
 
-TEST(Picture, PlayersAreToldThePixelsShape) {
+TEST(VideoOptions, PlayersAreToldThePixelsShape) {
     const clips::Folder folder;
     const std::string source = clips::Make(
         "-f lavfi -i testsrc2=s=160x120:r=25 -frames:v 2 -c:v ffv1", folder.Path("source.avi"));
@@ -154,7 +154,7 @@ const PixelCase kPixelCases[] = {
 };
 // clang-format on
 
-TEST(Picture, UncompressedPixelsAreReadAsTheyWereAskedFor) {
+TEST(VideoOptions, UncompressedPixelsAreReadAsTheyWereAskedFor) {
     const clips::Folder folder;
     const std::string source = clips::Make(
         "-f lavfi -i testsrc2=s=164x120:r=25 -frames:v 3 -c:v ffv1", folder.Path("source.avi"));
@@ -174,7 +174,7 @@ TEST(Picture, UncompressedPixelsAreReadAsTheyWereAskedFor) {
     }
 }
 
-TEST(Picture, CodecsGetThePictureThroughTheAskedPixels) {
+TEST(VideoOptions, CodecsGetThePictureThroughTheAskedPixels) {
     const clips::Folder folder;
     const std::string source = clips::Make(
         "-f lavfi -i testsrc2=s=160x120:r=25 -frames:v 3 -c:v ffv1", folder.Path("source.avi"));
@@ -206,7 +206,7 @@ const InterlacedCase kInterlacedCases[] = {
 };
 // clang-format on
 
-TEST(Picture, FieldsAreCodedAsFields) {
+TEST(VideoOptions, FieldsAreCodedAsFields) {
     const clips::Folder folder;
     for (const InterlacedCase& row : kInterlacedCases) {
         SCOPED_TRACE(row.why);
@@ -256,7 +256,7 @@ const PatternCase kPatternCases[] = {
 };
 // clang-format on
 
-TEST(Picture, FilmComesBackByItsPattern) {
+TEST(VideoOptions, FilmComesBackByItsPattern) {
     const clips::Folder folder;
     const std::string film =
         clips::Make("-f lavfi -i testsrc2=s=160x120:r=24000/1001 -frames:v 40 -c:v ffv1",
@@ -311,7 +311,7 @@ const std::pair<AVPixelFormat, std::array<std::size_t, 3>> kPackedFormats[] = {
 };
 // clang-format on
 
-TEST(Picture, AScreensPixelsKeepTheirColours) {
+TEST(VideoOptions, AScreensPixelsKeepTheirColours) {
     constexpr int kWidth = 34;  // no multiple of what vectors take
     constexpr int kHeight = 6;
     FramePool frames;

@@ -1,4 +1,4 @@
-// A chain of libavfilter's filters for the pictures of one stream.
+// A chain of libavfilter's filters for the frames of one stream.
 #pragma once
 
 #include <string>
@@ -8,27 +8,27 @@
 namespace engine {
 
 /// What a chain is built for: another shape needs another chain.
-struct PictureShape {
+struct FrameShape {
     int width = 0;
     int height = 0;
     int format = AV_PIX_FMT_NONE;
     AVColorSpace space = AVCOL_SPC_UNSPECIFIED;
     AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
-    bool operator==(const PictureShape&) const = default;
+    bool operator==(const FrameShape&) const = default;
 };
-PictureShape ShapeOf(const AVFrame& frame);
+FrameShape ShapeOf(const AVFrame& frame);
 
 /// One thread.
-class PictureFilter {
+class FrameFilter {
   public:
     /// @param chain    in libavfilter's language, not empty
     /// @param subject  opens the description of an error, and must outlive the filter
     /// Throws platform::Error.
-    PictureFilter(const std::string& chain, const PictureShape& shape, const char* subject);
+    FrameFilter(const std::string& chain, const FrameShape& shape, const char* subject);
 
     /// Takes what the frame refers to; null ends the stream. Times are ticks.
     void Push(AVFrame* frame);
-    /// False = no picture is ready.
+    /// False = no frame is ready.
     bool Pull(AVFrame& frame);
 
   private:

@@ -1,5 +1,5 @@
 // What becomes of a camera's bytes, against pictures that ffmpeg made of the same source.
-#include "engine/sources/camera/camera_pictures.h"
+#include "engine/sources/camera/camera_frames.h"
 
 #include <gtest/gtest.h>
 #include <linux/videodev2.h>
@@ -22,7 +22,7 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr int kWidth = 62;  // of no great power of two
 constexpr int kHeight = 34;
 
-class CameraPictures : public testing::Test {
+class CameraFrames : public testing::Test {
   protected:
     // The test picture in a pixel format, rows without gaps; "mjpeg" as a JPEG file.
     Bytes Picture(const std::string& pixels) const {
@@ -82,7 +82,7 @@ Bytes WithGaps(const Bytes& dense, const std::vector<std::array<std::size_t, 3>>
     return bytes;
 }
 
-TEST_F(CameraPictures, RawOnesKeepEveryPixel) {
+TEST_F(CameraFrames, RawOnesKeepEveryPixel) {
     struct Case {
         std::uint32_t code;
         const char* ffmpeg;
@@ -107,7 +107,7 @@ TEST_F(CameraPictures, RawOnesKeepEveryPixel) {
         SCOPED_TRACE(c.ffmpeg);
         const Bytes dense = Picture(c.ffmpeg);
         Bytes memory = WithGaps(dense, c.planes);
-        const auto pictures = MakeCameraPictures(Layout(c.code, c.stride), frames_);
+        const auto pictures = MakeCameraFrameMaker(Layout(c.code, c.stride), frames_);
         const FrameHandle frame = pictures->Make(memory);
         ASSERT_TRUE(frame);
         std::fill(memory.begin(), memory.end(), std::uint8_t{0});  // the driver's next picture
@@ -118,7 +118,7 @@ TEST_F(CameraPictures, RawOnesKeepEveryPixel) {
     }
 }
 
-TEST_F(CameraPictures, OfEveryFormatCanBeScaled) {
+TEST_F(CameraFrames, OfEveryFormatCanBeScaled) {
     for (const CameraPixelRow& row : CameraPixels()) {
         if (row.kind != CameraPixelRow::Kind::Jpeg) {
             EXPECT_NE(sws_isSupportedInput(av_get_pix_fmt(row.av_name)), 0) << row.av_name;
@@ -126,19 +126,20 @@ TEST_F(CameraPictures, OfEveryFormatCanBeScaled) {
     }
 }
 
-TEST_F(CameraPictures, YV12HasItsColoursTheOtherWayRound) {
+TEST_F(CameraFrames, YV12HasItsColoursTheOtherWayRound) {
     const Bytes dense = Picture("yuv420p");
     Bytes swapped(dense.begin(), dense.begin() + kWidth * kHeight);
     const auto blue = dense.begin() + kWidth * kHeight;
     const auto red = blue + 31 * 17;
     swapped.insert(swapped.end(), red, dense.end());
     swapped.insert(swapped.end(), blue, red);
-    const auto frame = MakeCameraPictures(Layout(V4L2_PIX_FMT_YVU420, 62), frames_)->Make(swapped);
+    const auto frame =
+        MakeCameraFrameMaker(Layout(V4L2_PIX_FMT_YVU420, 62), frames_)->Make(swapped);
     ASSERT_TRUE(frame);
     EXPECT_EQ(BytesOf(*frame), dense);
 }
 
-TEST_F(CameraPictures, SayHowTheirColoursAreCoded) {
+TEST_F(CameraFrames, SayHowTheirColoursAreCoded) {
     struct Case {
         const char* why;
         std::uint32_t pixels, colours, coding, range;
@@ -162,15 +163,15 @@ TEST_F(CameraPictures, SayHowTheirColoursAreCoded) {
         layout.colorspace = c.colours;
         layout.ycbcr_enc = c.coding;
         layout.quantization = c.range;
-        const auto frame = MakeCameraPictures(layout, frames_)->Make(bytes);
+        const auto frame = MakeCameraFrameMaker(layout, frames_)->Make(bytes);
         ASSERT_TRUE(frame);
         EXPECT_EQ(frame->colorspace, c.space);
         EXPECT_EQ(frame->color_range, c.av_range);
     }
 }
 
-TEST_F(CameraPictures, JpegOnesAreDecodedInTheirRange) {
-    const auto pictures = MakeCameraPictures(Layout(V4L2_PIX_FMT_MJPEG, 0), frames_);
+TEST_F(CameraFrames, JpegOnesAreDecodedInTheirRange) {
+    const auto pictures = MakeCameraFrameMaker(Layout(V4L2_PIX_FMT_MJPEG, 0), frames_);
     const FrameHandle frame = pictures->Make(Picture("mjpeg"));
     ASSERT_TRUE(frame);
     EXPECT_EQ(frame->format, AV_PIX_FMT_YUV422P);
@@ -184,10 +185,10 @@ TEST_F(CameraPictures, JpegOnesAreDecodedInTheirRange) {
     EXPECT_LT(difference / static_cast<double>(decoded.size()), 4);
 }
 
-TEST_F(CameraPictures, BrokenJpegOnesArePassedOverUnlessAllAre) {
+TEST_F(CameraFrames, BrokenJpegOnesArePassedOverUnlessAllAre) {
     const Bytes whole = Picture("mjpeg");
     const Bytes half(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(whole.size() / 2));
-    const auto pictures = MakeCameraPictures(Layout(V4L2_PIX_FMT_MJPEG, 0), frames_);
+    const auto pictures = MakeCameraFrameMaker(Layout(V4L2_PIX_FMT_MJPEG, 0), frames_);
     for (const Bytes& broken : {half, Bytes(1000, 0x55), Bytes()}) {
         EXPECT_FALSE(pictures->Make(broken));
         const FrameHandle next = pictures->Make(whole);

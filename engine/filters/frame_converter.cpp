@@ -1,4 +1,4 @@
-#include "engine/filters/picture_converter.h"
+#include "engine/filters/frame_converter.h"
 
 #include <fmt/format.h>
 
@@ -34,8 +34,8 @@ const char* Upright(double turn) {
 
 }  // namespace
 
-PictureConverter::PictureConverter(const VideoPlan& plan, const PictureFormat& format, double turn,
-                                   FramePool& frames)
+FrameConverter::FrameConverter(const VideoPlan& plan, const VideoFrameFormat& format, double turn,
+                               FramePool& frames)
     : crop_(plan.crop), format_(format), turn_(turn), frames_(frames) {
     if (plan.fields != FieldCoding::None) scaling_ = ":interl=1";
     if (plan.pixels == nullptr) return;
@@ -45,17 +45,17 @@ PictureConverter::PictureConverter(const VideoPlan& plan, const PictureFormat& f
 }
 
 // Only the pixels' format may differ.
-bool PictureConverter::IsInPlace(const PictureShape& shape) const {
+bool FrameConverter::IsInPlace(const FrameShape& shape) const {
     return shape.width == format_.width && shape.height == format_.height &&
            *Upright(turn_) == '\0' && crop_ == Margins{} && through_.empty();
 }
 
-bool PictureConverter::Fits(const PictureShape& shape) const {
+bool FrameConverter::Fits(const FrameShape& shape) const {
     return IsInPlace(shape) && shape.format == format_.pixels && UsesBt601(shape.space) &&
            shape.range != AVCOL_RANGE_JPEG;
 }
 
-std::string PictureConverter::Chain() const {
+std::string FrameConverter::Chain() const {
     std::string chain = Upright(turn_);
     if (crop_ != Margins{})
         chain += fmt::format("crop=w=iw-{}:h=ih-{}:x={}:y={}:exact=1,", crop_.left + crop_.right,
@@ -67,7 +67,7 @@ std::string PictureConverter::Chain() const {
                format_.width, format_.height, scaling_, av_get_pix_fmt_name(format_.pixels));
 }
 
-void PictureConverter::Open(const PictureShape& shape) {
+void FrameConverter::Open(const FrameShape& shape) {
     shape_ = shape;
     filter_.reset();
     rgb_converter_.reset();
@@ -79,8 +79,8 @@ void PictureConverter::Open(const PictureShape& shape) {
         filter_.emplace(Chain(), shape, kSubject);
 }
 
-FrameHandle PictureConverter::Convert(FrameHandle frame) {
-    if (const PictureShape shape = ShapeOf(*frame); shape != shape_) Open(shape);
+FrameHandle FrameConverter::Convert(FrameHandle frame) {
+    if (const FrameShape shape = ShapeOf(*frame); shape != shape_) Open(shape);
     if (rgb_converter_) return rgb_converter_->Convert(*frame);
     if (!filter_) return frame;
     const std::int64_t pts = frame->pts;

@@ -1,4 +1,4 @@
-#include "engine/sources/screen/x11_pictures.h"
+#include "engine/sources/screen/x11_frames.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -27,20 +27,20 @@ void Unmap(void* size, std::uint8_t* memory) {
 }  // namespace
 
 // A box on its way from the server.
-struct X11Pictures::Part {
+struct X11Frames::Part {
     PixelBox box;
     unsigned sequence;            // of the request
     bool shared;                  // the server writes it into memory of ours
     const std::uint8_t* scratch;  // where to, when it must be copied from there
 };
 
-X11Pictures::X11Pictures(X11Display& display) : display_(display), shares_(CanShare()) {}
+X11Frames::X11Frames(X11Display& display) : display_(display), shares_(CanShare()) {}
 
-X11Pictures::~X11Pictures() { DropAll(); }
+X11Frames::~X11Frames() { DropAll(); }
 
 // Memory is shared by handing its descriptor over, which goes through local sockets only, and which
 // servers and proxies may refuse.
-bool X11Pictures::CanShare() {
+bool X11Frames::CanShare() {
     if (!display_.IsLocal() || !display_.Has(xcb_shm_id)) return false;
     const auto version =
         display_.Await<xcb_shm_query_version_reply_t>(xcb_shm_query_version(display_.get()));
@@ -55,14 +55,14 @@ bool X11Pictures::CanShare() {
     return true;
 }
 
-PictureMemory X11Pictures::NewMemory(bool share) {
-    const std::size_t size = PictureBytes() + kPadding;
+ImageMemory X11Frames::NewMemory(bool share) {
+    const std::size_t size = ImageBytes() + kPadding;
     const int descriptor = memfd_create("screen", MFD_CLOEXEC);
     if (descriptor < 0) throw std::bad_alloc();
     void* memory = MAP_FAILED;
     if (ftruncate(descriptor, static_cast<off_t>(size)) == 0)
         memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
-    PictureMemory made;
+    ImageMemory made;
     auto owned = std::make_unique<std::size_t>(size);
     if (memory != MAP_FAILED)
         made.buffer.reset(
@@ -79,18 +79,18 @@ PictureMemory X11Pictures::NewMemory(bool share) {
     return made;
 }
 
-void X11Pictures::Drop(PictureMemory& memory) {
+void X11Frames::Drop(ImageMemory& memory) {
     if (memory.segment != 0) xcb_shm_detach(display_.get(), memory.segment);
     memory = {};
 }
 
-void X11Pictures::DropAll() {
-    for (X11Picture& each : pictures_) Drop(each.memory);
-    pictures_.clear();
+void X11Frames::DropAll() {
+    for (X11Picture& each : images_) Drop(each.memory);
+    images_.clear();
     Drop(scratch_);
 }
 
-void X11Pictures::Show(xcb_drawable_t drawable, const PixelBox& area, const PixelLayout& layout) {
+void X11Frames::Show(xcb_drawable_t drawable, const PixelBox& area, const PixelLayout& layout) {
     drawable_ = drawable;
     const bool same_memory = area.SameSize(area_) && &layout == layout_;
     area_ = area;
@@ -104,55 +104,55 @@ void X11Pictures::Show(xcb_drawable_t drawable, const PixelBox& area, const Pixe
 }
 
 // The server pads rows to whole 32 bits.
-int X11Pictures::StrideOf(std::int32_t width) const { return (width * layout_->bytes + 3) & ~3; }
+int X11Frames::StrideOf(std::int32_t width) const { return (width * layout_->bytes + 3) & ~3; }
 
-std::size_t X11Pictures::PictureBytes() const {
+std::size_t X11Frames::ImageBytes() const {
     return static_cast<std::size_t>(stride_) * static_cast<std::size_t>(area_.height);
 }
 
-void X11Pictures::MarkStale(const PixelBox& box) {
+void X11Frames::MarkStale(const PixelBox& box) {
     const PixelBox inside = AsFetched(Intersection(box, {0, 0, area_.width, area_.height}));
-    for (X11Picture& each : pictures_) each.stale.Add(inside);
+    for (X11Picture& each : images_) each.stale.Add(inside);
 }
 
-// The server can only write rows as they lie in the picture when they are whole. That costs less
+// The server can only write rows as they lie in the frame when they are whole. That costs less
 // than it takes to copy the box from elsewhere, unless it is narrow.
-PixelBox X11Pictures::AsFetched(const PixelBox& box) const {
+PixelBox X11Frames::AsFetched(const PixelBox& box) const {
     if (!shares_ || box.IsEmpty() || kCopyCost * box.width < area_.width) return box;
     return {0, box.y, area_.width, box.height};
 }
 
-X11Picture& X11Pictures::LeastStale() {
+X11Picture& X11Frames::LeastStale() {
     X11Picture* best = nullptr;
     std::int64_t least = std::numeric_limits<std::int64_t>::max();
-    for (X11Picture& each : pictures_) {
+    for (X11Picture& each : images_) {
         const std::int64_t stale = each.stale.Pixels();
         if (av_buffer_get_ref_count(each.memory.buffer.get()) > 1 || stale >= least) continue;
         best = &each;
         least = stale;
     }
     if (best != nullptr) return *best;
-    X11Picture& made = pictures_.emplace_back(X11Picture{NewMemory(shares_), {}});
+    X11Picture& made = images_.emplace_back(X11Picture{NewMemory(shares_), {}});
     made.stale.Add({0, 0, area_.width, area_.height});
     return made;
 }
 
-X11Picture* X11Pictures::Fetch() {
-    X11Picture& picture = LeastStale();
+X11Picture* X11Frames::Fetch() {
+    X11Picture& image = LeastStale();
     std::vector<Part> parts;
     std::size_t scratch_used = 0;
-    for (const PixelBox& box : picture.stale.boxes())
-        parts.push_back(Request(picture, box, scratch_used));
+    for (const PixelBox& box : image.stale.boxes())
+        parts.push_back(Request(image, box, scratch_used));
     bool whole = true;
-    for (const Part& part : parts) whole = Receive(picture, part) && whole;
+    for (const Part& part : parts) whole = Receive(image, part) && whole;
     if (!whole) return nullptr;
-    picture.stale.Clear();
-    return &picture;
+    image.stale.Clear();
+    return &image;
 }
 
-X11Pictures::Part X11Pictures::Request(const X11Picture& picture, const PixelBox& box,
-                                       std::size_t& scratch_used) {
-    const auto ask_shared = [&](const PixelBox& part, const PictureMemory& memory,
+X11Frames::Part X11Frames::Request(const X11Picture& image, const PixelBox& box,
+                                   std::size_t& scratch_used) {
+    const auto ask_shared = [&](const PixelBox& part, const ImageMemory& memory,
                                 std::size_t offset) {
         return xcb_shm_get_image(
                    display_.get(), drawable_, static_cast<std::int16_t>(area_.x + part.x),
@@ -174,20 +174,20 @@ X11Pictures::Part X11Pictures::Request(const X11Picture& picture, const PixelBox
     const std::size_t bytes =
         static_cast<std::size_t>(StrideOf(box.width)) * static_cast<std::size_t>(box.height);
     const PixelBox rows{0, box.y, area_.width, box.height};
-    if (AsFetched(box) == rows || scratch_used + bytes > PictureBytes())
+    if (AsFetched(box) == rows || scratch_used + bytes > ImageBytes())
         return {rows,
-                ask_shared(rows, picture.memory,
+                ask_shared(rows, image.memory,
                            static_cast<std::size_t>(stride_) * static_cast<std::size_t>(box.y)),
                 true, nullptr};
     const std::size_t offset = std::exchange(scratch_used, scratch_used + bytes);
     return {box, ask_shared(box, scratch_, offset), true, scratch_.buffer->data + offset};
 }
 
-bool X11Pictures::Receive(const X11Picture& picture, const Part& part) {
+bool X11Frames::Receive(const X11Picture& image, const Part& part) {
     if (part.shared) {
         const auto reply =
             display_.Await<xcb_shm_get_image_reply_t>(xcb_shm_get_image_cookie_t{part.sequence});
-        if (reply && part.scratch != nullptr) CopyRows(picture, part.box, part.scratch);
+        if (reply && part.scratch != nullptr) CopyRows(image, part.box, part.scratch);
         return reply != nullptr;
     }
     const auto reply = display_.Await<xcb_get_image_reply_t>(xcb_get_image_cookie_t{part.sequence});
@@ -195,16 +195,16 @@ bool X11Pictures::Receive(const X11Picture& picture, const Part& part) {
                        static_cast<std::size_t>(part.box.height);
     if (!reply || static_cast<std::size_t>(xcb_get_image_data_length(reply.get())) < bytes)
         return false;
-    CopyRows(picture, part.box, xcb_get_image_data(reply.get()));
+    CopyRows(image, part.box, xcb_get_image_data(reply.get()));
     return true;
 }
 
-void X11Pictures::CopyRows(const X11Picture& picture, const PixelBox& box,
-                           const std::uint8_t* from) const {
+void X11Frames::CopyRows(const X11Picture& image, const PixelBox& box,
+                         const std::uint8_t* from) const {
     const auto bytes =
         static_cast<std::size_t>(box.width) * static_cast<std::size_t>(layout_->bytes);
     std::uint8_t* to =
-        picture.pixels() + std::ptrdiff_t{box.y} * stride_ + std::ptrdiff_t{box.x} * layout_->bytes;
+        image.pixels() + std::ptrdiff_t{box.y} * stride_ + std::ptrdiff_t{box.x} * layout_->bytes;
     for (std::int32_t row = 0; row < box.height; ++row, to += stride_, from += StrideOf(box.width))
         std::memcpy(to, from, bytes);
 }

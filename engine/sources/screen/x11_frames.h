@@ -1,4 +1,4 @@
-// The pictures that an X server's pixels are fetched into, each used again when nobody holds it.
+// The frames that an X server's pixels are fetched into, each used again when nobody holds it.
 //
 // All show the same area, and each remembers what has changed since it was filled last: only that
 // is fetched when its turn comes. Where memory can be shared with the server, the server writes
@@ -18,37 +18,37 @@
 namespace engine {
 
 /// Memory for pixels, which the server may share.
-struct PictureMemory {
-    AvPtr<AVBufferRef> buffer;  // frames refer to it; alone here when nobody holds the picture
+struct ImageMemory {
+    AvPtr<AVBufferRef> buffer;  // frames refer to it; alone here when nobody holds the frame
     xcb_shm_seg_t segment = 0;  // 0 = not shared
 };
 
 struct X11Picture {
-    PictureMemory memory;
+    ImageMemory memory;
     DamageBoxes stale;
 
     std::uint8_t* pixels() const { return memory.buffer->data; }
 };
 
-/// One thread. What others hold of a picture may outlive this object.
-class X11Pictures {
+/// One thread. What others hold of a frame may outlive this object.
+class X11Frames {
   public:
-    explicit X11Pictures(X11Display& display);
-    ~X11Pictures();
-    X11Pictures(const X11Pictures&) = delete;
-    X11Pictures& operator=(const X11Pictures&) = delete;
+    explicit X11Frames(X11Display& display);
+    ~X11Frames();
+    X11Frames(const X11Frames&) = delete;
+    X11Frames& operator=(const X11Frames&) = delete;
 
-    /// What the pictures are of from now on.
+    /// What the frames are of from now on.
     void Show(xcb_drawable_t drawable, const PixelBox& area, const PixelLayout& layout);
 
     const PixelBox& area() const { return area_; }
     const PixelLayout& layout() const { return *layout_; }
     int stride() const { return stride_; }
 
-    /// This part of the picture has changed.
+    /// This part of the frame has changed.
     void MarkStale(const PixelBox& box);
 
-    /// A picture that nobody holds, brought up to date. Stays valid until Show. Null when the
+    /// A frame that nobody holds, brought up to date. Stays valid until Show. Null when the
     /// server does not give the pixels now, or when the display was woken. Throws platform::Error
     /// when the server is gone.
     X11Picture* Fetch();
@@ -57,16 +57,16 @@ class X11Pictures {
     struct Part;
 
     bool CanShare();
-    PictureMemory NewMemory(bool share);
-    void Drop(PictureMemory& memory);
+    ImageMemory NewMemory(bool share);
+    void Drop(ImageMemory& memory);
     void DropAll();
     int StrideOf(std::int32_t width) const;
-    std::size_t PictureBytes() const;
+    std::size_t ImageBytes() const;
     PixelBox AsFetched(const PixelBox& box) const;
     X11Picture& LeastStale();
-    Part Request(const X11Picture& picture, const PixelBox& box, std::size_t& scratch_used);
-    bool Receive(const X11Picture& picture, const Part& part);
-    void CopyRows(const X11Picture& picture, const PixelBox& box, const std::uint8_t* from) const;
+    Part Request(const X11Picture& image, const PixelBox& box, std::size_t& scratch_used);
+    bool Receive(const X11Picture& image, const Part& part);
+    void CopyRows(const X11Picture& image, const PixelBox& box, const std::uint8_t* from) const;
 
     X11Display& display_;
     bool shares_;
@@ -74,8 +74,8 @@ class X11Pictures {
     PixelBox area_;  // of the drawable
     const PixelLayout* layout_ = nullptr;
     int stride_ = 0;  // bytes
-    PictureMemory scratch_;
-    std::deque<X11Picture> pictures_;
+    ImageMemory scratch_;
+    std::deque<X11Picture> images_;
 };
 
 }  // namespace engine

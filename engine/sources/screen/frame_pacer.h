@@ -1,4 +1,4 @@
-// Which pictures a desktop that sends them at its own times gives to a recording, and when.
+// Which frames a desktop that sends them at its own times gives to a recording, and when.
 #pragma once
 
 #include <algorithm>
@@ -9,30 +9,30 @@
 
 namespace engine {
 
-/// No more pictures than the rate has room for, the newest of those that came meanwhile; while
+/// No more frames than the rate has room for, the newest of those that came meanwhile; while
 /// nothing comes, the last one again each second.
-class PicturePacer {
+class FramePacer {
   public:
-    explicit PicturePacer(std::int32_t rate_thousandths)  // above 0
+    explicit FramePacer(std::int32_t rate_thousandths)  // above 0
         : period_{Ticks::kPerSecond * 1000 / rate_thousandths} {}
 
-    /// A picture came, which takes the place of one that waits.
+    /// A frame came, which takes the place of one that waits.
     void Came(Ticks seen) {
         seen_ = waiting_ ? std::max(seen, seen_) : seen;
         waiting_ = true;
     }
-    /// The picture that waits is there no more.
+    /// The frame that waits is there no more.
     void Withdraw() { waiting_ = false; }
     bool IsWaiting() const { return waiting_; }
 
-    /// When the next picture is to be delivered; none before the first has come.
+    /// When the next frame is to be delivered; none before the first has come.
     std::optional<Ticks> Due() const {
         if (waiting_) return seen_ < allowed_ - early_ ? allowed_ : seen_;
         if (delivered_) return last_ + kAlive;
         return std::nullopt;
     }
 
-    /// The time of the picture that is delivered now, when it is due: the one that waits or, where
+    /// The time of the frame that is delivered now, when it is due: the one that waits or, where
     /// there is none, the last one again. Times lie an interval of the rate apart at least; one
     /// that is early is told a little later than it was seen.
     Ticks Deliver(Ticks now) {
@@ -51,12 +51,12 @@ class PicturePacer {
     Ticks early_{period_.count / 4};
     Ticks allowed_;  // when the rate has room again
     bool waiting_ = false;
-    Ticks seen_;  // of the picture that waits
+    Ticks seen_;  // of the frame that waits
     bool delivered_ = false;
-    Ticks last_;  // when a picture was delivered
+    Ticks last_;  // when a frame was delivered
 };
 
-/// When a picture was seen, by the time that its sender has put on it, if any: nanoseconds of the
+/// When a frame was seen, by the time that its sender has put on it, if any: nanoseconds of the
 /// capture clock. One that cannot be is not believed.
 inline Ticks TimeSeen(std::optional<std::int64_t> stamp_ns, Ticks now) {
     constexpr Ticks kOldest = Ticks::FromMilliseconds(1000);

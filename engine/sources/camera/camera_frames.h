@@ -12,10 +12,10 @@ struct v4l2_pix_format;
 namespace engine {
 
 /// One thread; the frames may go to others.
-class CameraPictures {
+class CameraFrameMaker {
   public:
-    virtual ~CameraPictures() = default;
-    /// A frame that owns its pixels, without times. Null when the picture is not whole: bytes are
+    virtual ~CameraFrameMaker() = default;
+    /// A frame that owns its pixels, without times. Null when the frame is not whole: bytes are
     /// missing, or they are no JPEG file. A camera whose JPEG files are all a little wrong is
     /// forgiven after a few.
     virtual FrameHandle Make(std::span<const std::uint8_t> bytes) = 0;
@@ -23,7 +23,7 @@ class CameraPictures {
 
 /// @param layout  as the driver has set it; its pixel format is one of CameraPixels
 /// @param frames  outlives the object and its frames
-std::unique_ptr<CameraPictures> MakeCameraPictures(const v4l2_pix_format& layout,
-                                                   FramePool& frames);
+std::unique_ptr<CameraFrameMaker> MakeCameraFrameMaker(const v4l2_pix_format& layout,
+                                                       FramePool& frames);
 
 }  // namespace engine

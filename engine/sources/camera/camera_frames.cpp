@@ -1,4 +1,4 @@
-#include "engine/sources/camera/camera_pictures.h"
+#include "engine/sources/camera/camera_frames.h"
 
 #include <linux/videodev2.h>
 
@@ -54,9 +54,9 @@ bool HasFullRange(const v4l2_pix_format& layout) {
     return layout.colorspace == V4L2_COLORSPACE_JPEG;
 }
 
-class RawPictures : public CameraPictures {
+class RawFrameMaker : public CameraFrameMaker {
   public:
-    RawPictures(const v4l2_pix_format& layout, const CameraPixelRow& pixels, FramePool& frames)
+    RawFrameMaker(const v4l2_pix_format& layout, const CameraPixelRow& pixels, FramePool& frames)
         : layout_(layout),
           swapped_(pixels.swapped),
           format_(av_get_pix_fmt(pixels.av_name)),
@@ -65,9 +65,9 @@ class RawPictures : public CameraPictures {
     }
 
     FrameHandle Make(std::span<const std::uint8_t> bytes) override {
-        if (bytes.size() < picture_bytes_) return {};
+        if (bytes.size() < frame_bytes_) return {};
         FrameHandle frame = frames_.Get();
-        frame->buf[0] = memory_.Copy(bytes.first(picture_bytes_)).release();
+        frame->buf[0] = memory_.Copy(bytes.first(frame_bytes_)).release();
         for (std::size_t i = 0; i < planes_.size() && planes_[i].stride > 0; ++i) {
             frame->data[i] = frame->buf[0]->data + planes_[i].begin;
             frame->linesize[i] = planes_[i].stride;
@@ -103,7 +103,7 @@ class RawPictures : public CameraPictures {
             planes_[static_cast<std::size_t>(i)] = plane;
         }
         if (swapped_) std::swap(planes_[1], planes_[2]);
-        picture_bytes_ = static_cast<std::size_t>(begin);
+        frame_bytes_ = static_cast<std::size_t>(begin);
     }
 
     void SetColours(AVFrame& frame) const {
@@ -126,34 +126,34 @@ class RawPictures : public CameraPictures {
     const AVPixelFormat format_;
     FramePool& frames_;
     std::array<Plane, 4> planes_;
-    std::size_t picture_bytes_ = 0;
+    std::size_t frame_bytes_ = 0;
     KeptBytes memory_;
 };
 
-class JpegPictures : public CameraPictures {
+class JpegFrameMaker : public CameraFrameMaker {
   public:
-    explicit JpegPictures(FramePool& frames) : frames_(frames) {
+    explicit JpegFrameMaker(FramePool& frames) : frames_(frames) {
         const AVCodec* codec = avcodec_find_decoder(AV_CODEC_ID_MJPEG);
         if (codec == nullptr) throw AvError(AVERROR_DECODER_NOT_FOUND, "JPEG pictures");
         decoder_.reset(CheckAllocated(avcodec_alloc_context3(codec)));
-        decoder_->thread_count = 1;  // several would hold pictures back
+        decoder_->thread_count = 1;  // several would hold frames back
         decoder_->err_recognition = AV_EF_EXPLODE;
         CheckAv(avcodec_open2(decoder_.get(), codec, nullptr), "JPEG pictures");
         packet_.reset(CheckAllocated(av_packet_alloc()));
     }
 
     FrameHandle Make(std::span<const std::uint8_t> bytes) override {
-        FrameHandle picture;
-        if (!bytes.empty()) picture = Decode(bytes);
-        if (picture)
+        FrameHandle decoded;
+        if (!bytes.empty()) decoded = Decode(bytes);
+        if (decoded)
             broken_ = 0;
         else if (++broken_ == kForgiven)
             decoder_->err_recognition = 0;
-        return picture;
+        return decoded;
     }
 
   private:
-    // Half a second of nothing but broken pictures: that is how this camera writes them.
+    // Half a second of nothing but broken frames: that is how this camera writes them.
     static constexpr int kForgiven = 15;
 
     FrameHandle Decode(std::span<const std::uint8_t> bytes) {
@@ -162,15 +162,15 @@ class JpegPictures : public CameraPictures {
         packet_->size = static_cast<int>(bytes.size());
         avcodec_send_packet(decoder_.get(), packet_.get());
         av_packet_unref(packet_.get());
-        FrameHandle picture;
+        FrameHandle decoded;
         for (FrameHandle next = frames_.Get();
              avcodec_receive_frame(decoder_.get(), next.get()) >= 0; next = frames_.Get())
-            picture = std::move(next);
-        if (picture) SetColours(*picture);
-        return picture;
+            decoded = std::move(next);
+        if (decoded) SetColours(*decoded);
+        return decoded;
     }
 
-    // The range is said beside the format, as for all other pictures.
+    // The range is said beside the format, as for all other frames.
     static void SetColours(AVFrame& frame) {
         struct Row {
             AVPixelFormat full_range, format;
@@ -197,12 +197,12 @@ class JpegPictures : public CameraPictures {
 
 }  // namespace
 
-std::unique_ptr<CameraPictures> MakeCameraPictures(const v4l2_pix_format& layout,
-                                                   FramePool& frames) {
+std::unique_ptr<CameraFrameMaker> MakeCameraFrameMaker(const v4l2_pix_format& layout,
+                                                       FramePool& frames) {
     const CameraPixelRow* pixels = FindCameraPixels(layout.pixelformat);
     if (pixels == nullptr) throw platform::Error(platform::kInvalidData, "Unknown camera pixels");
-    if (pixels->kind == CameraPixelRow::Kind::Jpeg) return std::make_unique<JpegPictures>(frames);
-    return std::make_unique<RawPictures>(layout, *pixels, frames);
+    if (pixels->kind == CameraPixelRow::Kind::Jpeg) return std::make_unique<JpegFrameMaker>(frames);
+    return std::make_unique<RawFrameMaker>(layout, *pixels, frames);
 }
 
 }  // namespace engine

@@ -1,4 +1,4 @@
-#include "engine/filters/picture_filter.h"
+#include "engine/filters/frame_filter.h"
 
 #include <fmt/format.h>
 
@@ -6,12 +6,11 @@
 
 namespace engine {
 
-PictureShape ShapeOf(const AVFrame& frame) {
+FrameShape ShapeOf(const AVFrame& frame) {
     return {frame.width, frame.height, frame.format, frame.colorspace, frame.color_range};
 }
 
-PictureFilter::PictureFilter(const std::string& chain, const PictureShape& shape,
-                             const char* subject)
+FrameFilter::FrameFilter(const std::string& chain, const FrameShape& shape, const char* subject)
     : graph_(CheckAllocated(avfilter_graph_alloc())), subject_(subject) {
     graph_->nb_threads = 1;  // the stages beside this one use the other processors
     const std::string arguments =
@@ -39,11 +38,11 @@ PictureFilter::PictureFilter(const std::string& chain, const PictureShape& shape
     CheckAv(avfilter_graph_config(graph_.get(), nullptr), subject);
 }
 
-void PictureFilter::Push(AVFrame* frame) {
+void FrameFilter::Push(AVFrame* frame) {
     CheckAv(av_buffersrc_add_frame_flags(source_, frame, AV_BUFFERSRC_FLAG_PUSH), subject_);
 }
 
-bool PictureFilter::Pull(AVFrame& frame) {
+bool FrameFilter::Pull(AVFrame& frame) {
     const int got = av_buffersink_get_frame(sink_, &frame);
     if (got == AVERROR(EAGAIN) || got == AVERROR_EOF) return false;
     CheckAv(got, subject_);
