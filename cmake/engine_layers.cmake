@@ -5,7 +5,7 @@ set(ENGINE_LAYERS
     "engine/base"
     "engine/base/av engine/plan"
     "engine/sources/system"
-    "engine/sources engine/sources/files engine/sources/screen engine/sources/audio engine/sources/camera engine/filters engine/encoders engine/outputs/asf"
+    "engine/sources engine/sources/files engine/sources/screen engine/sources/audio engine/sources/camera engine/filters engine/encoders engine/outputs engine/outputs/asf"
     "engine/pipeline"
     "engine/prepare"
     "engine/media"

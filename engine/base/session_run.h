@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "engine/base/stream_header.h"
 #include "platform/encoder.h"
 
 namespace engine {
@@ -19,20 +20,31 @@ struct RunCallbacks {
     std::function<void(std::int32_t number, const std::string& description)> on_error;
 };
 
-/// A run as the encoder object drives it; the contract is EncodingRun's. Destruction stops
-/// gracefully and waits.
+/// What a run has written so far. Any thread.
+class RunFigures {
+  public:
+    virtual ~RunFigures() = default;
+    virtual platform::Currency EncodingTime() const = 0;
+    virtual platform::OutputStats Of(MediaKind kind) const = 0;
+    virtual platform::OutputStats Total() const = 0;
+    virtual platform::FileArchiveStats File() const = 0;
+};
+
+/// One run of a plan. Any thread may stop, pause, resume and ask for figures; the rest belongs to
+/// one thread. Destruction stops gracefully and waits until the outputs are whole.
 class SessionRun {
   public:
     virtual ~SessionRun() = default;
     virtual void Start() = 0;
+    /// Graceful: what has been read is encoded and written. Returns at once. Twice is harmless.
+    /// Stopped in the first of two passes, the second still goes over what the first has read (a
+    /// file without content would help nobody); a stop during the second ends that one too.
     virtual void Stop() = 0;
+    /// Until Resume or Stop nothing is taken in: a file waits, and what a device gives is left out
+    /// of the session, whose time stands still. Both return at once; the state says when it is so.
     virtual void Pause() = 0;
     virtual void Resume() = 0;
-    virtual platform::Currency EncodingTime() const = 0;
-    virtual platform::OutputStats AudioStats() const = 0;
-    virtual platform::OutputStats VideoStats() const = 0;
-    virtual platform::OutputStats TotalStats() const = 0;
-    virtual platform::FileArchiveStats FileStats() const = 0;
+    virtual const RunFigures& Figures() const = 0;
 };
 
 }  // namespace engine

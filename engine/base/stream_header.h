@@ -57,7 +57,7 @@ struct ContentDescription {
 };
 
 struct OutputHeader {
-    std::vector<StreamHeader> streams;  // audio before video; EncodedPacket::stream indexes it
+    std::vector<StreamHeader> streams;  // audio before video; CodedFrame::stream indexes it
     ContentDescription content;
     std::vector<std::pair<std::string, platform::AttributeValue>> attributes;
     std::uint32_t min_packet_bytes = 0;  // 0 = not asked for

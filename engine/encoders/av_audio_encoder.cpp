@@ -9,7 +9,7 @@
 
 namespace engine {
 
-AvAudioEncoder::AvAudioEncoder(const AudioPlan& plan, PacketPool& packets)
+AvAudioEncoder::AvAudioEncoder(const AudioPlan& plan, CodedFramePool& packets)
     : plan_(plan), packets_(packets) {
     const WrittenAudio written = WrittenFor(*plan.codec, plan.mode, plan.format);
     const std::string subject = fmt::format("Audio codec {}", plan.codec->name);
@@ -79,17 +79,18 @@ bool AvAudioEncoder::Send(AVFrame& frame, std::int64_t samples_completed,
     frame.pts = fed_frames_++ * codec_->frame_size;
     CheckAv(avcodec_send_frame(codec_.get(), &frame), subject);
     for (;;) {
-        CodedPacket packet;
-        packet.data = packets_.Get();
-        const int result = avcodec_receive_packet(codec_.get(), packet.data.get());
+        PacketHandle packet = packets_.Get();
+        const int result = avcodec_receive_packet(codec_.get(), packet.get());
         if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return true;
         CheckAv(result, subject);
-        packet.pts = packet.dts = SampleTime(completed_, codec_->sample_rate);
+        CodedFrame coded;
+        coded.pts = coded.dts = SampleTime(completed_, codec_->sample_rate);
         completed_ += samples_completed;
-        packet.duration = SampleTime(completed_, codec_->sample_rate) - packet.pts;
-        packet.key = true;
-        packet.audio_samples = samples_completed;
-        if (!sink(std::move(packet))) return false;
+        coded.duration = SampleTime(completed_, codec_->sample_rate) - coded.pts;
+        coded.key = true;
+        coded.audio_samples = samples_completed;
+        coded.bytes = packets_.Share(std::move(packet));
+        if (!sink(std::move(coded))) return false;
     }
 }
 

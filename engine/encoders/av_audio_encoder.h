@@ -1,6 +1,7 @@
 // Sound through libavcodec's encoder of the standard Windows Media Audio bitstream.
 #pragma once
 
+#include "engine/base/av/coded_frame_pool.h"
 #include "engine/base/av/encoder.h"
 #include "engine/plan/encode_plan.h"
 
@@ -12,7 +13,7 @@ namespace engine {
 /// 0): every sample is heard, at its own time.
 class AvAudioEncoder final : public AudioEncoder {
   public:
-    AvAudioEncoder(const AudioPlan& plan, PacketPool& packets);
+    AvAudioEncoder(const AudioPlan& plan, CodedFramePool& packets);
 
     AudioFrameFormat Format() const override;
     StreamHeader Header() const override;
@@ -24,7 +25,7 @@ class AvAudioEncoder final : public AudioEncoder {
     bool Send(AVFrame& frame, std::int64_t samples_completed, const CodedFrameSink& sink);
 
     AudioPlan plan_;
-    PacketPool& packets_;
+    CodedFramePool& packets_;
     AvPtr<AVCodecContext> codec_;
     AvPtr<AVFrame> silence_;
     std::int64_t fed_frames_ = 0;

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 #include "engine/base/av/av_error.h"
 #include "engine/encoders/av_video_preset.h"
@@ -38,7 +39,7 @@ double Field(std::string_view report, std::string_view name) {
 }  // namespace
 
 AvGopCoder::AvGopCoder(const VideoPlan& plan, const codecs::RateSettings& rate,
-                       double vbv_room_bits, PacketPool& packets)
+                       double vbv_room_bits, CodedFramePool& packets)
     : fields_(plan.fields), packets_(packets) {
     const std::string subject = fmt::format("Video codec {}", plan.codec->name);
     const AVCodec* encoder =
@@ -117,12 +118,12 @@ CodedPicture AvGopCoder::Encode(AVFrame& frame, const PictureRequest& request) {
     SetFields(frame);
     frame.pts = EncoderTime({frame.pts});
     CheckAv(avcodec_send_frame(codec_.get(), &frame), "Encoding of the picture failed");
-    CodedPicture picture;
-    picture.data = packets_.Get();
+    PacketHandle packet = packets_.Get();
     // Without B-frames a picture's packet follows at once.
-    CheckAv(avcodec_receive_packet(codec_.get(), picture.data.get()),
-            "Encoding of the picture failed");
-    picture.key = (picture.data->flags & AV_PKT_FLAG_KEY) != 0;
+    CheckAv(avcodec_receive_packet(codec_.get(), packet.get()), "Encoding of the picture failed");
+    CodedPicture picture;
+    picture.key = (packet->flags & AV_PKT_FLAG_KEY) != 0;
+    picture.bytes = packets_.Share(std::move(packet));
     picture.bits = ReportedBits();
     return picture;
 }

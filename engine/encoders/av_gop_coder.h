@@ -16,7 +16,7 @@ class AvGopCoder final : public GopCoder {
   public:
     /// Throws platform::Error (invalid argument) with the codec named.
     AvGopCoder(const VideoPlan& plan, const codecs::RateSettings& rate, double vbv_room_bits,
-               PacketPool& packets);
+               CodedFramePool& packets);
 
     CodedPicture Encode(AVFrame& frame, const PictureRequest& request) override;
     /// The same for all GOPs of a plan.
@@ -29,7 +29,7 @@ class AvGopCoder final : public GopCoder {
     codecs::PictureBits ReportedBits() const;
 
     FieldCoding fields_;
-    PacketPool& packets_;
+    CodedFramePool& packets_;
     AvPtr<AVCodecContext> codec_;
     std::int64_t vbv_rate_bps_ = 0;
     std::int64_t last_pts_ = 0;

@@ -29,7 +29,7 @@ std::size_t RowBytes(int width, int bits) {
 
 }  // namespace
 
-FullFrameEncoder::FullFrameEncoder(const VideoPlan& plan, PacketPool& packets)
+FullFrameEncoder::FullFrameEncoder(const VideoPlan& plan, CodedFramePool& packets)
     : plan_(plan),
       packets_(packets),
       pixels_(plan.pixels != nullptr ? *plan.pixels : *FindPixelFormat(kRgb24)),
@@ -87,16 +87,17 @@ void FullFrameEncoder::WritePlanes(const AVFrame& frame, std::uint8_t* to) const
 }
 
 bool FullFrameEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
-    CodedPacket packet;
-    packet.data = PacketFromPool(packets_, *buffers_, picture_bytes_);
+    PacketHandle packet = PacketFromPool(packets_, *buffers_, picture_bytes_);
     if (pixels_.four_cc == 0)
-        WriteRows(frame, packet.data->data);
+        WriteRows(frame, packet->data);
     else
-        WritePlanes(frame, packet.data->data);
-    packet.pts = packet.dts = {frame.pts};
-    packet.duration = {frame.pkt_duration};
-    packet.key = true;
-    return sink(std::move(packet));
+        WritePlanes(frame, packet->data);
+    CodedFrame coded;
+    coded.pts = coded.dts = {frame.pts};
+    coded.duration = {frame.pkt_duration};
+    coded.key = true;
+    coded.bytes = packets_.Share(std::move(packet));
+    return sink(std::move(coded));
 }
 
 }  // namespace engine

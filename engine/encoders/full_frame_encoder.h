@@ -3,6 +3,7 @@
 // others, planes or packed rows follow each other from the top.
 #pragma once
 
+#include "engine/base/av/coded_frame_pool.h"
 #include "engine/base/av/encoder.h"
 #include "engine/plan/encode_plan.h"
 
@@ -10,7 +11,7 @@ namespace engine {
 
 class FullFrameEncoder final : public VideoEncoder {
   public:
-    FullFrameEncoder(const VideoPlan& plan, PacketPool& packets);
+    FullFrameEncoder(const VideoPlan& plan, CodedFramePool& packets);
 
     VideoFrameFormat Format() const override;
     StreamHeader Header() const override;
@@ -22,7 +23,7 @@ class FullFrameEncoder final : public VideoEncoder {
     void WritePlanes(const AVFrame& frame, std::uint8_t* to) const;
 
     VideoPlan plan_;
-    PacketPool& packets_;
+    CodedFramePool& packets_;
     PixelFormatRow pixels_;
     AVPixelFormat format_;
     std::size_t row_bytes_;  // of RGB

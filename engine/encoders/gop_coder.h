@@ -6,14 +6,16 @@
 #include <span>
 
 #include "codecs/common/picture_bits.h"
-#include "engine/base/av/av_ptr.h"
+#include "engine/base/av/coded_frame_pool.h"
 
 namespace engine {
 
 struct CodedPicture {
-    PacketHandle data;
+    CodedBytes bytes;
     bool key = false;
-    codecs::PictureBits bits;
+    codecs::PictureBits bits;  // by what they code
+
+    double Size() const { return 8.0 * static_cast<double>(bytes.size()); }  // in bits
 };
 
 struct PictureRequest {

@@ -56,7 +56,7 @@ struct GopVideoEncoder::Frame {
 };
 
 struct GopVideoEncoder::Outcome {
-    CodedPacket packet;  // without data when the frame was dropped
+    CodedFrame coded;  // without bytes when the frame was dropped
     std::size_t index = 0;
     codecs::FoundPicture found;
     DroppedFrames dropped;
@@ -124,7 +124,7 @@ bool GopVideoEncoder::Finish(const CodedFrameSink& sink) {
     CloseGop(end_);
     CodeAlong(lock);
     if (!HandOnUntil(lock, sink, [this] { return gops_.empty(); })) return false;
-    if (!last_.data) return true;
+    if (!last_.bytes) return true;
     // The last picture stays for those that were dropped after it.
     last_.duration = std::max(last_.duration, end_ - last_.pts);
     return sink(std::move(last_));
@@ -201,11 +201,11 @@ bool GopVideoEncoder::HandOn(Lock& lock, const CodedFrameSink& sink) {
         if (gops_.empty()) return true;
         Gop& oldest = *gops_.front();
         if (!oldest.coded.empty()) {
-            CodedPacket packet = std::exchange(last_, std::move(oldest.coded.front()));
+            CodedFrame next = std::exchange(last_, std::move(oldest.coded.front()));
             oldest.coded.pop_front();
-            if (!packet.data) continue;
+            if (!next.bytes) continue;
             lock.unlock();
-            const bool wanted = sink(std::move(packet));
+            const bool wanted = sink(std::move(next));
             lock.lock();
             if (!wanted) return false;
         } else if (oldest.done) {
@@ -329,7 +329,7 @@ std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) c
     const PictureKind kind = work.before ? PictureKind::kP : PictureKind::kI;
     // What stands before it refers to more than it: nobody could start from it.
     outcomes.push_back(Code(work, *last, {.kind = kind, .may_be_i = b_count == 0}));
-    if (!outcomes.front().packet.data) {
+    if (!outcomes.front().coded.bytes) {
         // The others find another one to stand before.
         work.next.erase(last);
         --work.judged;
@@ -352,10 +352,10 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
     const Ticks time{frame.frame->pts};
     Outcome outcome;
     outcome.index = frame.index;
-    outcome.packet.pts = outcome.packet.dts = time;
-    outcome.packet.duration = {frame.frame->pkt_duration};
+    outcome.coded.pts = outcome.coded.dts = time;
+    outcome.coded.duration = {frame.frame->pkt_duration};
     // What others stand before comes when the picture before them is shown.
-    if (b_pictures_ > 0 && !is_b && work.before) outcome.packet.dts = work.before_time;
+    if (b_pictures_ > 0 && !is_b && work.before) outcome.coded.dts = work.before_time;
 
     frame.decided = true;
     work.waiting.clear();
@@ -364,7 +364,7 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
             work.waiting.push_back(
                 {(Ticks{other.frame->pts} - work.gop->start).Seconds(), other.step_cost});
     codecs::GopRateControl::Picture picture;
-    picture.seconds = (outcome.packet.dts - work.gop->start).Seconds();
+    picture.seconds = (outcome.coded.dts - work.gop->start).Seconds();
     picture.index = frame.index;
     picture.kind = request.kind;
     picture.intra_cost = frame.intra_cost;
@@ -386,9 +386,9 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
         control.Dropped();
         return outcome;
     }
-    control.Coded(coded->bits, 8.0 * coded->data->size, request.quantiser, coded->key);
-    outcome.packet.data = std::move(coded->data);
-    outcome.packet.key = coded->key;
+    control.Coded(coded->bits, coded->Size(), request.quantiser, coded->key);
+    outcome.coded.bytes = std::move(coded->bytes);
+    outcome.coded.key = coded->key;
     outcome.found = {coded->bits, coded->key ? PictureKind::kI : request.kind};
     outcome.dropped = {};
     if (!is_b) {
@@ -411,13 +411,13 @@ std::optional<CodedPicture> GopVideoEncoder::Fitted(Work& work, AVFrame& frame,
         request.quantiser = better;
         coded = work.coder->Recode(frame, request);
     }
-    for (int recoded = 0; !control.Fits(8.0 * coded.data->size, request.quantiser); ++recoded) {
+    for (int recoded = 0; !control.Fits(coded.Size(), request.quantiser); ++recoded) {
         if (request.quantiser >= codecs::RateSettings::kMostCoarse) {
             work.coder->Forget();
             return {};
         }
         request.quantiser = recoded < kMostRecoded
-                                ? control.Coarser(request.quantiser, 8.0 * coded.data->size)
+                                ? control.Coarser(request.quantiser, coded.Size())
                                 : codecs::RateSettings::kMostCoarse;
         coded = work.coder->Recode(frame, request);
     }
@@ -427,8 +427,8 @@ std::optional<CodedPicture> GopVideoEncoder::Fitted(Work& work, AVFrame& frame,
 void GopVideoEncoder::Note(Gop& gop, Outcome outcome) {
     dropped_.frames += outcome.dropped.frames;
     dropped_.bytes += outcome.dropped.bytes;
-    if (!outcome.packet.data) return;
-    gop.coded.push_back(std::move(outcome.packet));
+    if (!outcome.coded.bytes) return;
+    gop.coded.push_back(std::move(outcome.coded));
     if (!rate_.steady) return;
     if (gop.pictures.size() <= outcome.index) gop.pictures.resize(outcome.index + 1);
     gop.pictures[outcome.index] = outcome.found;

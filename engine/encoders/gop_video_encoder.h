@@ -50,7 +50,7 @@ class GopVideoEncoder final : public VideoEncoder {
         bool taken = false;  // by a worker
         bool done = false;
         std::deque<FrameHandle> waiting;
-        std::deque<CodedPacket> coded;
+        std::deque<CodedFrame> coded;
         std::vector<codecs::FoundPicture> pictures;  // as shown
         std::optional<codecs::GopRateControl> control;
     };
@@ -106,7 +106,7 @@ class GopVideoEncoder final : public VideoEncoder {
     std::int64_t next_index_ = 0;
     std::size_t waiting_ = 0;  // frames of all GOPs
     Ticks end_;                // of the last frame
-    CodedPacket last_;         // is handed on when the next one is known or there is none
+    CodedFrame last_;          // is handed on when the next one is known or there is none
     DroppedFrames dropped_;
     std::vector<codecs::FirstPassGop> report_;
     std::exception_ptr failure_;

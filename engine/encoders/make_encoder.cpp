@@ -16,7 +16,7 @@ namespace engine {
 using platform::CodecMaker;
 
 std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const EncoderPass& pass,
-                                               PacketPool& packets) {
+                                               CodedFramePool& packets) {
     const CodecMaker::Kind maker = plan.WrittenCodec().maker.kind;
     if (maker == CodecMaker::Kind::FullFrames)
         return std::make_unique<FullFrameEncoder>(plan, packets);
@@ -42,7 +42,7 @@ std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const Enco
         });
 }
 
-std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, PacketPool& packets) {
+std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, CodedFramePool& packets) {
     const WrittenAudio written = WrittenFor(*plan.codec, plan.mode, plan.format);
     if (written.maker.kind == CodecMaker::Kind::Pcm)
         return std::make_unique<PcmEncoder>(plan, packets);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "codecs/common/two_pass_plan.h"
+#include "engine/base/av/coded_frame_pool.h"
 #include "engine/base/av/encoder.h"
 #include "engine/plan/encode_plan.h"
 
@@ -21,7 +22,7 @@ struct EncoderPass {
 /// The pool must outlive the encoder. Throw platform::Error (invalid argument, not implemented)
 /// with the codec named.
 std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const EncoderPass& pass,
-                                               PacketPool& packets);
-std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, PacketPool& packets);
+                                               CodedFramePool& packets);
+std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, CodedFramePool& packets);
 
 }  // namespace engine

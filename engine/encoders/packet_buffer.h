@@ -5,12 +5,13 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "engine/base/av/av_ptr.h"
+#include "engine/base/av/coded_frame_pool.h"
 
 namespace engine {
 
 /// `bytes` plus libavcodec's padding must fit into the pool's buffers.
-inline PacketHandle PacketFromPool(PacketPool& packets, AVBufferPool& buffers, std::size_t bytes) {
+inline PacketHandle PacketFromPool(CodedFramePool& packets, AVBufferPool& buffers,
+                                   std::size_t bytes) {
     PacketHandle packet = packets.Get();
     packet->buf = CheckAllocated(av_buffer_pool_get(&buffers));
     packet->data = packet->buf->data;

@@ -13,7 +13,7 @@ constexpr int kPacketsPerSecond = 20;  // small against a packet of the containe
 
 }  // namespace
 
-PcmEncoder::PcmEncoder(const AudioPlan& plan, PacketPool& packets)
+PcmEncoder::PcmEncoder(const AudioPlan& plan, CodedFramePool& packets)
     : plan_(plan),
       format_(WrittenFor(*plan.codec, plan.mode, plan.format).format),
       packets_(packets),
@@ -43,23 +43,24 @@ StreamHeader PcmEncoder::Header() const {
 bool PcmEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
     const std::size_t values =
         static_cast<std::size_t>(frame.nb_samples) * static_cast<std::size_t>(format_.channels);
-    CodedPacket packet;
-    packet.data = PacketFromPool(packets_, *buffers_,
-                                 static_cast<std::size_t>(frame.nb_samples) * block_bytes_);
-    std::uint8_t* to = packet.data->data;
+    PacketHandle packet = PacketFromPool(packets_, *buffers_,
+                                         static_cast<std::size_t>(frame.nb_samples) * block_bytes_);
+    std::uint8_t* to = packet->data;
     if (format_.bits_per_sample == 24) {
         // The upper three of four bytes of each sample.
         for (const std::uint8_t* from = frame.data[0]; from != frame.data[0] + 4 * values;
              from += 4)
             to = std::copy_n(from + 1, 3, to);
     } else {
-        std::copy_n(frame.data[0], packet.data->size, to);
+        std::copy_n(frame.data[0], packet->size, to);
     }
-    packet.pts = packet.dts = SampleTime(frame.pts, format_.sampling_rate);
-    packet.duration = SampleTime(frame.pts + frame.nb_samples, format_.sampling_rate) - packet.pts;
-    packet.key = true;
-    packet.audio_samples = frame.nb_samples;
-    return sink(std::move(packet));
+    CodedFrame coded;
+    coded.pts = coded.dts = SampleTime(frame.pts, format_.sampling_rate);
+    coded.duration = SampleTime(frame.pts + frame.nb_samples, format_.sampling_rate) - coded.pts;
+    coded.key = true;
+    coded.audio_samples = frame.nb_samples;
+    coded.bytes = packets_.Share(std::move(packet));
+    return sink(std::move(coded));
 }
 
 }  // namespace engine

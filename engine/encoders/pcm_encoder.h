@@ -1,6 +1,7 @@
 // Sound as it is: 8, 16 or 24 bits a sample, channels interleaved.
 #pragma once
 
+#include "engine/base/av/coded_frame_pool.h"
 #include "engine/base/av/encoder.h"
 #include "engine/plan/encode_plan.h"
 
@@ -8,7 +9,7 @@ namespace engine {
 
 class PcmEncoder final : public AudioEncoder {
   public:
-    PcmEncoder(const AudioPlan& plan, PacketPool& packets);
+    PcmEncoder(const AudioPlan& plan, CodedFramePool& packets);
 
     AudioFrameFormat Format() const override;
     StreamHeader Header() const override;
@@ -18,7 +19,7 @@ class PcmEncoder final : public AudioEncoder {
   private:
     AudioPlan plan_;
     AudioFormat format_;
-    PacketPool& packets_;
+    CodedFramePool& packets_;
     std::size_t block_bytes_;
     AvPtr<AVBufferPool> buffers_;
 };

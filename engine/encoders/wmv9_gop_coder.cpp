@@ -3,11 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstring>
 #include <thread>
 
-#include "engine/base/av/av_error.h"
 #include "engine/encoders/video_rate.h"
+#include "platform/error.h"
 
 namespace engine {
 namespace {
@@ -66,10 +65,7 @@ CodedPicture Wmv9GopCoder::Recode(AVFrame& frame, const PictureRequest& request)
 
 CodedPicture Wmv9GopCoder::Packed(const wmv9::CodedPicture& coded) {
     CodedPicture picture;
-    picture.data = packets_.Get();
-    CheckAv(av_new_packet(picture.data.get(), static_cast<int>(coded.data.size())),
-            "Encoding of the picture failed");
-    std::memcpy(picture.data->data, coded.data.data(), coded.data.size());
+    picture.bytes = packets_.Copy(coded.data);
     picture.key = coded.kind == codecs::PictureKind::kI;
     picture.bits = coded.bits;
     return picture;

@@ -17,7 +17,7 @@ codecs::wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan);
 
 class Wmv9GopCoder final : public GopCoder {
   public:
-    Wmv9GopCoder(const codecs::wmv9::EncoderSettings& settings, PacketPool& packets)
+    Wmv9GopCoder(const codecs::wmv9::EncoderSettings& settings, CodedFramePool& packets)
         : encoder_(settings), packets_(packets) {}
 
     CodedPicture Encode(AVFrame& frame, const PictureRequest& request) override;
@@ -32,7 +32,7 @@ class Wmv9GopCoder final : public GopCoder {
     CodedPicture Packed(const codecs::wmv9::CodedPicture& coded);
 
     codecs::wmv9::Encoder encoder_;
-    PacketPool& packets_;
+    CodedFramePool& packets_;
 };
 
 }  // namespace engine

@@ -45,8 +45,8 @@ void Encoder::PrepareToEncode(bool force) {
     EncodePlan plan = MakePlan(session, PlanParts());
     if (plan.LacksScreen()) plan = WithScreen(std::move(session), plan);
     // What was recorded before cannot be had again; what was encoded is encoded anew.
-    if (plan.IsLive()) SetLeftoverAside(plan.output_path);
-    notes_ = LeftoverNotes(plan.output_path);
+    if (plan.IsLive()) SetLeftoverAside(plan.FilePath());
+    notes_ = LeftoverNotes(plan.FilePath());
     if (plan.IsLive()) {
         control_->Make(*parts_, std::move(plan));
         is_made_ = true;

@@ -7,7 +7,8 @@
 namespace engine {
 
 platform::Currency Statistics::EncodingTime() {
-    return control_->Run() == nullptr ? platform::Currency() : control_->Run()->EncodingTime();
+    return control_->Run() == nullptr ? platform::Currency()
+                                      : control_->Run()->Figures().EncodingTime();
 }
 
 platform::OutputStats Statistics::StreamOutputStats(platform::SourceType type, int stream,
@@ -20,18 +21,19 @@ platform::OutputStats Statistics::StreamOutputStats(platform::SourceType type, i
     const bool audio = type == platform::SourceType::Audio;
     if (!control_->RunHas(type))
         RefuseArgument(fmt::format("The session has no {} stream", audio ? "audio" : "video"));
-    return audio ? control_->Run()->AudioStats() : control_->Run()->VideoStats();
+    return control_->Run()->Figures().Of(audio ? MediaKind::Audio : MediaKind::Video);
 }
 
 platform::OutputStats Statistics::WMFOutputStats() {
-    return control_->Run() == nullptr ? platform::OutputStats() : control_->Run()->TotalStats();
+    return control_->Run() == nullptr ? platform::OutputStats()
+                                      : control_->Run()->Figures().Total();
 }
 
 platform::FileArchiveStats Statistics::FileArchiveStats() {
     if (control_->Run() == nullptr)
         throw platform::Error(platform::kFileNotFound,
                               "No file has been written: there was no run yet");
-    return control_->Run()->FileStats();
+    return control_->Run()->Figures().File();
 }
 
 }  // namespace engine

@@ -1,46 +1,76 @@
-// One run of a plan, from the first thread to the finished file.
+// One run of a plan, from the first thread to the finished outputs.
 #pragma once
 
+#include <condition_variable>
 #include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
 
+#include "engine/base/av/coded_frame_pool.h"
 #include "engine/base/session_run.h"
+#include "engine/pipeline/pass.h"
+#include "engine/pipeline/run_outputs.h"
+#include "engine/pipeline/run_parts.h"
+#include "engine/pipeline/run_statistics.h"
 #include "engine/plan/encode_plan.h"
-#include "platform/encoder.h"
+#include "platform/error.h"
 
 namespace engine {
 
-struct LiveParts;
-
-/// Any thread may ask for statistics, stop, pause and resume; the rest belongs to one thread.
-class EncodingRun {
+/// The control thread owns the passes and makes all callbacks; the passes' threads and callers
+/// only leave it word.
+class EncodingRun final : public SessionRun {
   public:
-    /// Opens inputs, encoders and the output. Throws platform::Error; then nothing is left behind.
-    EncodingRun(EncodePlan plan, RunCallbacks callbacks);
-    EncodingRun(EncodePlan plan, RunCallbacks callbacks, LiveParts live);
-    /// Stops gracefully and waits until the file is whole.
-    ~EncodingRun();
+    /// Opens inputs, encoders and outputs. Throws platform::Error; then nothing is left behind.
+    EncodingRun(EncodePlan plan, RunCallbacks callbacks, RunParts parts);
+    ~EncodingRun() override;
     EncodingRun(const EncodingRun&) = delete;
     EncodingRun& operator=(const EncodingRun&) = delete;
 
-    void Start();
-    /// Graceful: what has been read is encoded and written. Returns at once. Twice is harmless.
-    /// Stopped in the first of two passes, the second still goes over what the first has read (a
-    /// file without content would help nobody); a stop during the second ends that one too.
-    void Stop();
-    /// Until Resume or Stop nothing is taken in: a file waits, and what a device gives is left out
-    /// of the session, whose time stands still. Both return at once; the state says when it is so.
-    void Pause();
-    void Resume();
-
-    platform::Currency EncodingTime() const;
-    platform::OutputStats AudioStats() const;
-    platform::OutputStats VideoStats() const;
-    platform::OutputStats TotalStats() const;
-    platform::FileArchiveStats FileStats() const;
+    void Start() override;
+    void Stop() override;
+    void Pause() override { SetPaused(true); }
+    void Resume() override { SetPaused(false); }
+    const RunFigures& Figures() const override { return statistics_; }
 
   private:
-    class Impl;
-    std::unique_ptr<Impl> impl_;
+    void SetPaused(bool paused);
+    void OpenPass(const EncoderPass& pass, Ticks end);
+    void Control();
+    void RunPass(int number);
+    std::string InputNames() const;
+    void HonourLateStops();
+    void Watch();
+    template <typename Body>
+    void Trap(Body&& body);
+    void Note(const platform::Error& error);
+    void Report(const platform::Error& error, const std::string& remains);
+    void Announce(platform::EncoderState state);
+    void AnnounceStopping();
+
+    EncodePlan plan_;
+    RunCallbacks callbacks_;
+    RunParts parts_;
+    RunStatistics statistics_;
+    CodedFramePool packets_;  // outlives the outputs, which may keep frames
+    RunOutputs outputs_;
+    std::unique_ptr<Pass> pass_;
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    int stops_asked_ = 0;
+    bool pause_asked_ = false;
+    bool pass_ended_ = false;
+    std::optional<platform::Error> failure_;
+    std::optional<platform::Error> loss_;  // of a live source
+
+    // The control thread's own.
+    int stops_honoured_ = 0;
+    std::optional<platform::Error> cause_;  // why the run ends before its time
+    bool stopping_ = false;
+    std::thread control_;
 };
 
 }  // namespace engine

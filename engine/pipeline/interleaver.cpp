@@ -19,13 +19,13 @@ Interleaver::Interleaver(bool has_audio, bool has_video, bool live, std::functio
     video_.finished = !has_video;
 }
 
-bool Interleaver::Push(MediaKind kind, CodedPacket packet) {
+bool Interleaver::Push(MediaKind kind, CodedFrame frame) {
     std::unique_lock lock(mutex_);
     Lane& lane = Of(kind);
     freed_.wait(lock, [&] { return cancelled_ || !lane.Full(); });
     if (cancelled_) return false;
-    lane.bytes += static_cast<std::size_t>(packet.data->size);
-    lane.packets.push_back(std::move(packet));
+    lane.bytes += frame.bytes.size();
+    lane.frames.push_back(std::move(frame));
     lane.begun = true;
     if (KnowsNext() || IsFull()) filled_.notify_one();
     return true;
@@ -54,13 +54,13 @@ bool Interleaver::HasWaitedEnough() const {
 }
 
 Interleaver::Lane* Interleaver::Next() {
-    if (audio_.packets.empty() && video_.packets.empty()) return nullptr;
-    if (audio_.packets.empty()) return &video_;
-    if (video_.packets.empty()) return &audio_;
-    return video_.packets.front().dts < audio_.packets.front().dts ? &video_ : &audio_;
+    if (audio_.frames.empty() && video_.frames.empty()) return nullptr;
+    if (audio_.frames.empty()) return &video_;
+    if (video_.frames.empty()) return &audio_;
+    return video_.frames.front().dts < audio_.frames.front().dts ? &video_ : &audio_;
 }
 
-bool Interleaver::Pop(MediaKind& kind, CodedPacket& packet) {
+bool Interleaver::Pop(MediaKind& kind, CodedFrame& frame) {
     std::unique_lock lock(mutex_);
     while (!KnowsNext()) {
         if (!IsFull())
@@ -74,10 +74,10 @@ bool Interleaver::Pop(MediaKind& kind, CodedPacket& packet) {
     if (lane == nullptr) return false;
     const bool was_full = IsFull();
     kind = lane == &audio_ ? MediaKind::Audio : MediaKind::Video;
-    packet = std::move(lane->packets.front());
-    lane->packets.pop_front();
-    lane->bytes -= static_cast<std::size_t>(packet.data->size);
-    packet.dts = last_dts_ = std::max(packet.dts, last_dts_);
+    frame = std::move(lane->frames.front());
+    lane->frames.pop_front();
+    lane->bytes -= frame.bytes.size();
+    frame.dts = last_dts_ = std::max(frame.dts, last_dts_);
     if (was_full) freed_.notify_all();
     return true;
 }

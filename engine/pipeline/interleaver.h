@@ -1,4 +1,4 @@
-// Brings the coded packets of a session's streams into one order of dts.
+// Brings the coded frames of a session's streams into one order of dts.
 #pragma once
 
 #include <condition_variable>
@@ -7,12 +7,12 @@
 #include <functional>
 #include <mutex>
 
-#include "engine/base/av/encoder.h"
+#include "engine/base/coded_frame.h"
 #include "engine/base/stream_header.h"
 
 namespace engine {
 
-/// One encoder a stream pushes, one writer pops. The next packet is known once every stream that
+/// One encoder a stream pushes, one writer pops. The next frame is known once every stream that
 /// has not finished shows its own; a stream that cannot show one (`starved` says so: the input's
 /// reader waits for room in the other stream) is not waited for when the other one is full. In a
 /// session of live sources no stream is waited for longer than a second of the other: a still
@@ -23,28 +23,28 @@ class Interleaver {
     Interleaver(bool has_audio, bool has_video, bool live, std::function<bool()> starved);
 
     /// Blocks while the stream's queue is full. False when the writer has gone.
-    bool Push(MediaKind kind, CodedPacket packet);
+    bool Push(MediaKind kind, CodedFrame frame);
     void Finish(MediaKind kind);
-    /// Dts never decrease: a packet that came too late takes that of the one before it.
+    /// Dts never decrease: a frame that came too late takes that of the one before it.
     /// False when all streams have finished and everything was taken.
-    bool Pop(MediaKind& kind, CodedPacket& packet);
+    bool Pop(MediaKind& kind, CodedFrame& frame);
     void Cancel();  // by the writer
 
   private:
-    static constexpr std::size_t kMaxPackets = 1024;
+    static constexpr std::size_t kMaxFrames = 1024;
     static constexpr std::size_t kMaxBytes = 48U << 20U;
     static constexpr Ticks kLongestWait{Ticks::kPerSecond};
     static constexpr Ticks kLongestStart{6 * Ticks::kPerSecond};
 
     struct Lane {
-        std::deque<CodedPacket> packets;
+        std::deque<CodedFrame> frames;
         std::size_t bytes = 0;
         bool begun = false;
         bool finished = true;
-        bool Full() const { return packets.size() >= kMaxPackets || bytes >= kMaxBytes; }
-        bool Awaited() const { return !finished && packets.empty(); }
+        bool Full() const { return frames.size() >= kMaxFrames || bytes >= kMaxBytes; }
+        bool Awaited() const { return !finished && frames.empty(); }
         bool HasWaited(Ticks time) const {
-            return !packets.empty() && packets.back().dts - packets.front().dts >= time;
+            return !frames.empty() && frames.back().dts - frames.front().dts >= time;
         }
     };
 

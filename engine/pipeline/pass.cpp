@@ -42,9 +42,13 @@ double TurnOf(const AVStream& stream) {
 Pass::FileFeed::FileFeed(MediaKind kind, Input& from, const std::string& path, FramePool& frames)
     : input(from), decoder(from.reader->Stream(kind), from.reader->Start(), path, frames) {}
 
-Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const LiveParts& live,
-           RunStatistics& statistics, Events events)
-    : plan_(plan), live_(live), statistics_(statistics), events_(std::move(events)) {
+Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const RunParts& parts,
+           CodedFramePool& packets, RunStatistics& statistics, Events events)
+    : plan_(plan),
+      parts_(parts),
+      statistics_(statistics),
+      events_(std::move(events)),
+      packets_(packets) {
     if (plan.IsLive()) captured_.emplace(plan.audio.has_value(), plan.video.has_value());
     if (plan.audio) {
         audio_encoder_ = MakeAudioEncoder(*plan.audio, packets_);
@@ -76,7 +80,7 @@ Pass::~Pass() {
 
 void Pass::Feed(Chain& chain, const InputPlan& plan, bool with_audio, bool with_video) {
     if (plan.capture)
-        chain.device = live_.open(*plan.capture, frames_);
+        chain.device = parts_.open_live(*plan.capture, frames_);
     else
         chain.file = std::make_unique<FileFeed>(chain.kind, InputFor(plan, with_audio, with_video),
                                                 plan.path, frames_);
@@ -86,7 +90,7 @@ Pass::Input& Pass::InputFor(const InputPlan& plan, bool with_audio, bool with_vi
     for (const std::unique_ptr<Input>& input : inputs_)
         if (input->reader->Input() == plan) return *input;
     auto input = std::make_unique<Input>();
-    input->reader = std::make_unique<FileReader>(plan, with_audio, with_video, packets_);
+    input->reader = std::make_unique<FileReader>(plan, with_audio, with_video, read_);
     if (!with_audio) input->router.Cancel(MediaKind::Audio);
     if (!with_video) input->router.Cancel(MediaKind::Video);
     inputs_.push_back(std::move(input));
@@ -122,7 +126,7 @@ void Pass::Run(void (Pass::*stage)(Chain&), Chain& chain) {
     threads_.emplace_back([this, stage, &chain] { Guard([&] { (this->*stage)(chain); }); });
 }
 
-void Pass::Start(PacketSink* sink) {
+void Pass::Start(RunOutputs* outputs) {
     for (const std::unique_ptr<Input>& input : inputs_)
         threads_.emplace_back([this, from = input.get()] { Guard([&] { Read(*from); }); });
     if (audio_) {
@@ -134,15 +138,15 @@ void Pass::Start(PacketSink* sink) {
         Run(&Pass::FilterVideo, *video_);
         Run(&Pass::EncodeVideo, *video_);
     }
-    threads_.emplace_back([this, sink] {
-        Guard([&] { Write(sink); });
+    threads_.emplace_back([this, outputs] {
+        Guard([&] { Write(outputs); });
         events_.ended();
     });
 }
 
 void Pass::Stop() {
     std::int64_t running = 0;
-    if (captured_) stopped_at_.compare_exchange_strong(running, live_.now().count);
+    if (captured_) stopped_at_.compare_exchange_strong(running, parts_.now().count);
     stop_ = true;
     gate_.OpenForGood();
     for (const std::unique_ptr<Input>& input : inputs_) input->reader->Stop();
@@ -154,9 +158,9 @@ void Pass::SetPaused(bool paused) {
     if (!captured_)
         gate_.SetClosed(paused);
     else if (paused)
-        captured_->Pause(live_.now());
+        captured_->Pause(parts_.now());
     else
-        captured_->Resume(live_.now());
+        captured_->Resume(parts_.now());
 }
 
 void Pass::Join() {
@@ -218,10 +222,11 @@ Ticks Pass::LiveEnd() const {
 }
 
 CodedFrameSink Pass::ToInterleaver(MediaKind kind) {
-    return [this, kind](CodedPacket packet) {
+    return [this, kind](CodedFrame frame) {
         gate_.Wait();
         yielded_ = true;
-        return interleaver_->Push(kind, std::move(packet));
+        frame.stream = kind == MediaKind::Video && plan_.audio ? 1 : 0;
+        return interleaver_->Push(kind, std::move(frame));
     };
 }
 
@@ -291,23 +296,14 @@ void Pass::EncodeVideo(Chain& chain) {
     first_report_ = video_encoder_->TakeFirstPass();
 }
 
-void Pass::Write(PacketSink* sink) {
+void Pass::Write(RunOutputs* outputs) {
     const AtExit end([&] { interleaver_->Cancel(); });
     MediaKind kind = MediaKind::Audio;
-    CodedPacket packet;
-    while (interleaver_->Pop(kind, packet)) {
-        if (sink != nullptr) {
-            EncodedPacket coded;
-            coded.stream = kind == MediaKind::Video && plan_.audio ? 1 : 0;
-            coded.pts = packet.pts;
-            coded.dts = packet.dts;
-            coded.duration = packet.duration;
-            coded.key = packet.key;
-            coded.bytes = {packet.data->data, static_cast<std::size_t>(packet.data->size)};
-            sink->Write(coded);
-        }
-        statistics_.Written(kind, packet);
-        packet.data.reset();
+    CodedFrame frame;
+    while (interleaver_->Pop(kind, frame)) {
+        if (outputs != nullptr) outputs->Write(frame);
+        statistics_.Written(kind, frame);
+        frame.bytes = {};
     }
 }
 

@@ -12,15 +12,15 @@
 #include <thread>
 #include <vector>
 
-#include "engine/base/packet_sink.h"
 #include "engine/encoders/make_encoder.h"
 #include "engine/filters/audio_resampler.h"
 #include "engine/filters/video_filter_chain.h"
 #include "engine/pipeline/bounded_queue.h"
 #include "engine/pipeline/capture_queues.h"
 #include "engine/pipeline/interleaver.h"
-#include "engine/pipeline/live_parts.h"
 #include "engine/pipeline/pause_gate.h"
+#include "engine/pipeline/run_outputs.h"
+#include "engine/pipeline/run_parts.h"
 #include "engine/pipeline/run_statistics.h"
 #include "engine/plan/encode_plan.h"
 #include "engine/sources/files/file_reader.h"
@@ -38,13 +38,14 @@ class Pass {
         std::function<void(const platform::Error&)> failed;
         /// The same of a live source: what it gave before is good.
         std::function<void(const platform::Error&)> lost;
-        /// From the writer, after the last packet.
+        /// From the writer, after the last frame.
         std::function<void()> ended;
     };
 
-    /// Opens inputs and encoders. `end` cuts all streams, 0 = does not. Throws platform::Error.
-    Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const LiveParts& live,
-         RunStatistics& statistics, Events events);
+    /// Opens inputs and encoders; the pool outlives what the outputs keep. `end` cuts all streams,
+    /// 0 = does not. Throws platform::Error.
+    Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const RunParts& parts,
+         CodedFramePool& packets, RunStatistics& statistics, Events events);
     ~Pass();
     Pass(const Pass&) = delete;
     Pass& operator=(const Pass&) = delete;
@@ -52,8 +53,8 @@ class Pass {
     /// Audio before video.
     std::vector<StreamHeader> Headers() const;
 
-    /// Packets go to `sink` (which must have begun), or nowhere when it is null.
-    void Start(PacketSink* sink);
+    /// Coded frames go to `outputs` (which must have begun), or nowhere when it is null.
+    void Start(RunOutputs* outputs);
     /// What has been read still goes all the way, also of one that is paused. Any thread.
     void Stop();
     /// While it is so, a file is not read on and what devices give is left out. Any thread, one
@@ -104,14 +105,15 @@ class Pass {
     void DecodeVideo(Chain& chain);
     void FilterVideo(Chain& chain);
     void EncodeVideo(Chain& chain);
-    void Write(PacketSink* sink);
+    void Write(RunOutputs* outputs);
 
     const EncodePlan& plan_;
-    const LiveParts& live_;
+    const RunParts& parts_;
     RunStatistics& statistics_;
     Events events_;
     FramePool frames_;
-    PacketPool packets_;
+    PacketPool read_;          // of the inputs
+    CodedFramePool& packets_;  // of the encoders
     std::vector<std::unique_ptr<Input>> inputs_;
     std::unique_ptr<AudioEncoder> audio_encoder_;
     std::unique_ptr<VideoEncoder> video_encoder_;

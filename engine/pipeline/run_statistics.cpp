@@ -58,14 +58,15 @@ std::int64_t RunStatistics::Counters::CurrentRate() const {
     return length > 0 ? PerSecond(bits, {length}) : 0;
 }
 
-void RunStatistics::Written(MediaKind kind, const CodedPacket& packet) {
+void RunStatistics::Written(MediaKind kind, const CodedFrame& frame) {
     const std::lock_guard lock(mutex_);
     Counters& counters = counters_[Index(kind)];
-    counters.bytes += packet.data->size;
+    const auto bytes = static_cast<std::int64_t>(frame.bytes.size());
+    counters.bytes += bytes;
     ++counters.samples;
-    counters.audio_samples += packet.audio_samples;
-    counters.end = std::max(counters.end, packet.pts + packet.duration);
-    counters.AddRecent(packet.pts, packet.data->size);
+    counters.audio_samples += frame.audio_samples;
+    counters.end = std::max(counters.end, frame.pts + frame.duration);
+    counters.AddRecent(frame.pts, bytes);
 }
 
 void RunStatistics::Dropped(const DroppedFrames& dropped) {
@@ -83,7 +84,7 @@ void RunStatistics::Missed(std::int64_t platform::DropCounts::*why, std::int64_t
     if (video.samples > 0) video.dropped_bytes += video.bytes / video.samples * frames;
 }
 
-void RunStatistics::FileIs(const FileResult& file) {
+void RunStatistics::FileIs(const OutputResult& file) {
     const std::lock_guard lock(mutex_);
     file_ = file;
 }

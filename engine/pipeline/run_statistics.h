@@ -6,7 +6,9 @@
 #include <mutex>
 
 #include "engine/base/av/encoder.h"
-#include "engine/base/packet_sink.h"
+#include "engine/base/coded_frame.h"
+#include "engine/base/output_sink.h"
+#include "engine/base/session_run.h"
 #include "engine/plan/encode_plan.h"
 #include "platform/encoder.h"
 
@@ -14,23 +16,23 @@ namespace engine {
 
 /// Any thread. A stream's sample is a video frame or an audio packet; rates of the
 /// audio's samples are in Hz. What is counted is the streams' own bytes, without the container's.
-class RunStatistics {
+class RunStatistics final : public RunFigures {
   public:
     explicit RunStatistics(const EncodePlan& plan);
 
     /// Counts from 0 again.
     void BeginPass();
-    void Written(MediaKind kind, const CodedPacket& packet);
+    void Written(MediaKind kind, const CodedFrame& frame);
     /// By the encoder, to keep the rate.
     void Dropped(const DroppedFrames& dropped);
     /// Frames of a live source; `why` is the count that they belong to.
     void Missed(std::int64_t platform::DropCounts::*why, std::int64_t frames);
-    void FileIs(const FileResult& file);
+    void FileIs(const OutputResult& file);
 
-    platform::Currency EncodingTime() const;
-    platform::OutputStats Of(MediaKind kind) const;
-    platform::OutputStats Total() const;
-    platform::FileArchiveStats File() const;
+    platform::Currency EncodingTime() const override;
+    platform::OutputStats Of(MediaKind kind) const override;
+    platform::OutputStats Total() const override;
+    platform::FileArchiveStats File() const override;
 
     /// Where the streams of the running pass, or one of them, end.
     Ticks End() const;
@@ -65,7 +67,7 @@ class RunStatistics {
     mutable std::mutex mutex_;
     std::array<Expected, 2> expected_;
     std::array<Counters, 2> counters_;
-    FileResult file_;
+    OutputResult file_;
 };
 
 }  // namespace engine

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "engine/base/stream_header.h"
@@ -132,18 +133,32 @@ struct VideoPlan {
     const platform::VideoCodecRow& WrittenCodec() const { return platform::Written(*codec); }
 };
 
+/// A file that holds the whole session.
+struct FileOutput {
+    std::string path;  // the host's own
+};
+
+/// Where the coded streams go.
+using OutputPlan = std::variant<FileOutput>;
+
 struct EncodePlan {
     std::optional<AudioPlan> audio;
     std::optional<VideoPlan> video;
-    int passes = 1;           // 2: all inputs are read twice
-    bool auto_stop = true;    // a file session always ends with its input
-    Ticks media_length;       // of the longer stream; 0 = unknown
-    std::string output_path;  // the host's own
+    int passes = 1;         // 2: all inputs are read twice
+    bool auto_stop = true;  // a file session always ends with its input
+    Ticks media_length;     // of the longer stream; 0 = unknown
+    std::vector<OutputPlan> outputs;
     ContentDescription content;
     std::vector<std::pair<std::string, platform::AttributeValue>> attributes;
     std::uint32_t min_packet_bytes = 0;  // 0 = not asked for
     std::uint32_t max_packet_bytes = 0;
 
+    /// Of the file among the outputs; "" where there is none.
+    std::string FilePath() const {
+        for (const OutputPlan& output : outputs)
+            if (const auto* file = std::get_if<FileOutput>(&output)) return file->path;
+        return {};
+    }
     /// All inputs of a plan are live, or none is.
     bool IsLive() const {
         return (audio && audio->input.capture) || (video && video->input.capture);

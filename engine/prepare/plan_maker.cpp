@@ -115,7 +115,7 @@ EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
         plan.video = PlanVideo(*video, profile, session.video_performance, camera);
     }
     PlanPackets(profile, plan);
-    plan.output_path = CheckedOutput(session.output, group, parts.files);
+    plan.outputs = {FileOutput{CheckedOutput(session.output, group, parts.files)}};
     plan.auto_stop = session.auto_stop;
     plan.content = session.content;
     plan.attributes = session.attributes;

@@ -7,22 +7,14 @@
 
 #include "codecs/common/two_pass_plan.h"
 #include "engine/base/av/av_ptr.h"
+#include "engine/base/coded_frame.h"
 #include "engine/base/stream_header.h"
 #include "engine/base/ticks.h"
 
 namespace engine {
 
-struct CodedPacket {
-    PacketHandle data;
-    Ticks pts;
-    Ticks dts;
-    Ticks duration;
-    bool key = false;
-    std::int64_t audio_samples = 0;  // per channel that the packet adds to the stream
-};
-
-/// False = no more packets are wanted.
-using CodedFrameSink = std::function<bool(CodedPacket packet)>;
+/// False = no more frames are wanted.
+using CodedFrameSink = std::function<bool(CodedFrame frame)>;
 
 /// Frames that were dropped to keep the rate, and about what they would have taken.
 struct DroppedFrames {

@@ -46,28 +46,28 @@ void AsfFile::Begin(const OutputHeader& header) {
     data_begin_ = bytes.size();
 }
 
-void AsfFile::Write(const EncodedPacket& packet) {
+void AsfFile::Write(const CodedFrame& frame) {
     if (failure_) throw platform::Error(*failure_);
-    const auto index = static_cast<std::size_t>(packet.stream);
+    const auto index = static_cast<std::size_t>(frame.stream);
     assert(part_ && index < totals_.size());
     StreamTotals& totals = totals_[index];
     const bool reordered = header_.streams[index].reordered;
     try {
         packetizer_->Add({.stream_number = StreamNumber(index),
                           .video = header_.streams[index].Kind() == MediaKind::Video,
-                          .key = packet.key,
-                          .pts = packet.pts,
-                          .dts = packet.dts,
-                          .duration = packet.duration,
-                          .bytes = packet.bytes,
-                          .ahead = reordered ? Ahead(totals, packet.pts) : Ticks{}});
+                          .key = frame.key,
+                          .pts = frame.pts,
+                          .dts = frame.dts,
+                          .duration = frame.duration,
+                          .bytes = frame.bytes,
+                          .ahead = reordered ? Ahead(totals, frame.pts) : Ticks{}});
     } catch (const platform::Error& error) {
         failure_ = error;
         throw;
     }
-    totals.bytes += packet.bytes.size();
+    totals.bytes += frame.bytes.size();
     totals.largest_object =
-        std::max(totals.largest_object, static_cast<std::uint32_t>(packet.bytes.size()));
+        std::max(totals.largest_object, static_cast<std::uint32_t>(frame.bytes.size()));
 }
 
 Ticks AsfFile::Ahead(StreamTotals& stream, Ticks pts) {
@@ -166,7 +166,7 @@ HeaderNumbers AsfFile::FinalNumbers() const {
     return numbers;
 }
 
-FileResult AsfFile::Result() const {
+OutputResult AsfFile::Result() const {
     return {.bytes = data_begin_ + packets_ * facts_.packet_bytes + index_bytes_,
             .duration = last_.media_end};
 }

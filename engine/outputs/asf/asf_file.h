@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/base/packet_sink.h"
+#include "engine/base/output_sink.h"
 #include "engine/outputs/asf/header.h"
 #include "engine/outputs/asf/packetizer.h"
 #include "engine/outputs/asf/part_file.h"
@@ -30,7 +30,7 @@ namespace engine::asf {
 /// what is cut off, leave out the last open packet, write the index if there is room for it, and
 /// the header in place (which needs no room): the part is whole up to the last packet before the
 /// failure. It keeps its part's name. A part without a packet is not kept.
-class AsfFile final : public PacketSink {
+class AsfFile final : public OutputSink {
   public:
     /// @param path  the host's own; its part is made at Begin
     explicit AsfFile(std::string path);
@@ -40,18 +40,13 @@ class AsfFile final : public PacketSink {
     AsfFile& operator=(const AsfFile&) = delete;
 
     void Begin(const OutputHeader& header) override;
-    void Write(const EncodedPacket& packet) override;
+    void Write(const CodedFrame& frame) override;
     /// Throws what failed in itself only, after it has done all that could be done.
     void Finish() override;
-    /// In place of Finish when the session has failed elsewhere: completes the part as far as that
-    /// is possible, and leaves it a part. Never throws.
-    void Abandon();
-    /// A sentence on what a failed session has left and what to do with it, "" when there is
-    /// nothing; after Finish or Abandon.
-    std::string RemainsText() const;
-
-    /// What stands in the file so far; final after Finish. Same thread as the calls.
-    FileResult Result() const;
+    /// Completes the part as far as that is possible, and leaves it a part.
+    void Abandon() override;
+    std::string RemainsText() const override;
+    OutputResult Result() const override;
 
   private:
     struct StreamTotals {

@@ -60,7 +60,7 @@ TEST_F(EncoderTest, EventsArriveThroughTheLoopInOrder) {
     EXPECT_TRUE(engine.runs.empty()) << "prepare opens nothing";
     encoder->Start();
     EXPECT_EQ(Run().starts, 1);
-    EXPECT_EQ(Run().plan.output_path, "/home/out.wmv");
+    EXPECT_EQ(Run().plan.FilePath(), "/home/out.wmv");
     EXPECT_EQ(encoder->RunState(), EncoderState::Starting);
 
     Run().callbacks.on_state(EncoderState::Running);
@@ -228,11 +228,11 @@ TEST_F(EncoderTest, PreparesAgainOnlyWhenForced) {
     encoder->File().SetLocalFileName("later.wmv");
     encoder->PrepareToEncode(false);
     encoder->Start();
-    EXPECT_EQ(Run().plan.output_path, "/home/out.wmv");
+    EXPECT_EQ(Run().plan.FilePath(), "/home/out.wmv");
     RunThrough();
     loop.RunAll();
     encoder->Start();
-    EXPECT_EQ(Run().plan.output_path, "/home/later.wmv") << "each start needs its own prepare";
+    EXPECT_EQ(Run().plan.FilePath(), "/home/later.wmv") << "each start needs its own prepare";
 }
 
 TEST_F(EncoderTest, IsBusyWhileItRuns) {

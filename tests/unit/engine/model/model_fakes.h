@@ -27,7 +27,7 @@ inline engine::MediaFileInfo FilmInfo(int audio_ms = 10000, int video_ms = 10000
 }
 
 /// Records what it is asked; the test calls `callbacks` in the place of the run's threads.
-struct FakeRun : engine::SessionRun {
+struct FakeRun : engine::SessionRun, engine::RunFigures {
     struct Record {
         engine::EncodePlan plan;
         engine::RunCallbacks callbacks;
@@ -45,11 +45,13 @@ struct FakeRun : engine::SessionRun {
     void Stop() override { ++record->stops; }
     void Pause() override { ++record->pauses; }
     void Resume() override { ++record->resumes; }
+    const engine::RunFigures& Figures() const override { return *this; }
     platform::Currency EncodingTime() const override { return platform::Currency::FromRaw(1234); }
-    platform::OutputStats AudioStats() const override { return record->audio; }
-    platform::OutputStats VideoStats() const override { return {}; }
-    platform::OutputStats TotalStats() const override { return record->audio; }
-    platform::FileArchiveStats FileStats() const override {
+    platform::OutputStats Of(engine::MediaKind kind) const override {
+        return kind == engine::MediaKind::Audio ? record->audio : platform::OutputStats();
+    }
+    platform::OutputStats Total() const override { return record->audio; }
+    platform::FileArchiveStats File() const override {
         return {platform::Currency::FromRaw(4321), {}};
     }
     std::shared_ptr<Record> record;

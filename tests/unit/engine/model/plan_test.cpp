@@ -240,7 +240,7 @@ TEST(Plan, TakesOverWhatTheTreeSays) {
     ASSERT_TRUE(plan.audio && plan.video);
     EXPECT_EQ(plan.passes, 2);
     EXPECT_EQ(plan.media_length, Ticks::FromMilliseconds(9000)) << "the longer stream";
-    EXPECT_EQ(plan.output_path, "/home/out.wmv");
+    EXPECT_EQ(plan.FilePath(), "/home/out.wmv");
     EXPECT_EQ(plan.content.title, "T");
     ASSERT_EQ(plan.attributes.size(), 1U) << "an attribute that is set again is not written twice";
     EXPECT_EQ(plan.attributes[0].second, platform::AttributeValue(-4));

@@ -95,8 +95,8 @@ TEST_F(EncodeTable, Video) {
 
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-        const clips::Contents contents = clips::Decode(plan.output_path);
+        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+        const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_EQ(contents.width, row.width);
         EXPECT_EQ(contents.height, row.height);
         EXPECT_EQ(contents.video_codec, row.encoder);
@@ -145,7 +145,7 @@ TEST_F(EncodeTable, NumberOfWorkersChangesNothing) {
             video.encoder_threads = workers;
             plan.video = video;
             session::Run(plan);
-            const std::string packets = Packets(plan.output_path);
+            const std::string packets = Packets(plan.FilePath());
             if (workers == 1) alone = packets;
             EXPECT_EQ(std::count(packets.begin(), packets.end(), 'K'), 19);
             EXPECT_EQ(packets, alone);
@@ -187,8 +187,8 @@ TEST_F(EncodeTable, Sound) {
 
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-        const clips::Contents contents = clips::Decode(plan.output_path);
+        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+        const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_EQ(contents.audio_codec, row.encoder);
         EXPECT_EQ(contents.sampling_rate, row.format.sampling_rate);
         EXPECT_NEAR(contents.duration, 6.0, 0.02);
@@ -243,7 +243,7 @@ TEST_F(EncodeTable, SixChannelsBecomeTwoByTheirLevels) {
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
         double peak = 0;
-        for (const float sample : clips::Decode(plan.output_path).sound)
+        for (const float sample : clips::Decode(plan.FilePath()).sound)
             peak = std::max(peak, std::fabs(static_cast<double>(sample)));
         EXPECT_NEAR(peak, row.heard, 0.002);
     }
@@ -261,7 +261,7 @@ TEST_F(EncodeTable, WhatIsCountedIsWhatIsInTheFile) {
     const std::string list = clips::OutputOf(
         "ffprobe -v error -show_entries packet=codec_type,size "
         "-of csv=p=0 " +
-        plan.output_path);
+        plan.FilePath());
     std::istringstream lines(list);
     for (std::string line; std::getline(lines, line);) {
         const int stream = line.starts_with("audio") ? 0 : 1;
@@ -275,7 +275,7 @@ TEST_F(EncodeTable, WhatIsCountedIsWhatIsInTheFile) {
     EXPECT_EQ(outcome.total.byte_count.Raw(), bytes[0] + bytes[1]);
     EXPECT_EQ(outcome.total.expected_bit_rate_bps, 464'000);
     EXPECT_EQ(outcome.file.file_size.Raw(),
-              static_cast<std::int64_t>(std::filesystem::file_size(plan.output_path)));
+              static_cast<std::int64_t>(std::filesystem::file_size(plan.FilePath())));
     EXPECT_NEAR(static_cast<double>(outcome.file.file_duration.Raw()), 6000, 2);
 }
 
@@ -305,7 +305,7 @@ TEST_F(EncodeTable, ARateFarTooLowCostsFramesNotBits) {
         plan.video->bit_rate_bps = 15'000;
         plan.video->buffer_ms = 1000;
         const session::Outcome outcome = session::Run(plan);
-        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
+        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
         EXPECT_GT(outcome.video.dropped_sample_count.Raw(), 20);
         EXPECT_GT(outcome.video.dropped_byte_count.Raw(), 0);
         EXPECT_EQ(outcome.video.dropped_sample_count.Raw() + outcome.video.sample_count.Raw(), 150);
@@ -350,7 +350,7 @@ TEST_F(EncodeTable, PerformanceBuysPicture) {
             plan.video->bit_rate_bps = 300'000;
             plan.video->performance = best ? 100 : 0;
             session::Run(plan);
-            psnr[best ? 1 : 0] = clips::Psnr(plan.output_path, source_, "null", "yuv420p");
+            psnr[best ? 1 : 0] = clips::Psnr(plan.FilePath(), source_, "null", "yuv420p");
         }
         EXPECT_GT(psnr[1], psnr[0] + 0.05);
     }
@@ -375,7 +375,7 @@ TEST_F(EncodeTable, TheBufferBoundsEveryStretch) {
             plan.video->buffer_ms = buffer_ms;
             session::Run(plan);
             double& filled = most[buffer_ms > 500 ? 1 : 0];
-            filled = test_support::FullestBucket(plan.output_path, 600'000);
+            filled = test_support::FullestBucket(plan.FilePath(), 600'000);
             EXPECT_LE(filled, 600.0 * buffer_ms);
         }
         // What the buffer allows is used: for a group's own bursts in one pass, for those of the
@@ -425,8 +425,8 @@ TEST_F(EncodeTable, NoBurstOverrunsTheBufferOrThePeak) {
         video.level_rate_bps = row.level_rate_bps;
         video.level_buffer_bits = row.level_rate_bps > 0 ? 100'000 : 0;
         const session::Outcome outcome = session::Run(plan);
-        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-        const double fullest = test_support::FullestBucket(plan.output_path, row.drain_bps);
+        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+        const double fullest = test_support::FullestBucket(plan.FilePath(), row.drain_bps);
         EXPECT_LE(fullest, row.bucket_bits);
         EXPECT_GT(fullest, row.bucket_bits / 2) << "the bursts were none";
         EXPECT_EQ(outcome.video.dropped_sample_count.Raw() + outcome.video.sample_count.Raw(), 200);
@@ -439,7 +439,7 @@ TEST_F(EncodeTable, KeyFramesComeByTime) {
         plan.video = session::Video(source_);
         plan.video->key_frame_distance_ms = distance_ms;
         session::Run(plan);
-        const std::vector<double> keys = clips::Decode(plan.output_path).key_times;
+        const std::vector<double> keys = clips::Decode(plan.FilePath()).key_times;
         ASSERT_FALSE(keys.empty());
         EXPECT_GE(keys.size(), static_cast<std::size_t>(6000 / distance_ms) - 1);
         for (std::size_t i = 1; i < keys.size(); ++i)

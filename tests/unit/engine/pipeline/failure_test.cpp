@@ -64,7 +64,7 @@ TEST_F(Failure, AStopLeavesAWholeFile) {
             std::int64_t last = 0;
             bool second = !row.in_second_pass;
             for (;;) {
-                const std::int64_t now = run.EncodingTime().Raw();
+                const std::int64_t now = run.Figures().EncodingTime().Raw();
                 if (now < last) second = true;
                 last = now;
                 if (second && now >= row.after_ms) break;
@@ -78,8 +78,8 @@ TEST_F(Failure, AStopLeavesAWholeFile) {
         EXPECT_EQ(std::count(outcome.states.begin(), outcome.states.end(), EncoderState::Stopping),
                   1);
         if (row.after_ms == 0) continue;
-        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-        const clips::Contents contents = clips::Decode(plan.output_path);
+        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+        const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_NEAR(contents.duration,
                     static_cast<double>(outcome.file.file_duration.Raw()) / 1000.0, 0.005);
         EXPECT_EQ(static_cast<std::int64_t>(contents.pictures.size()),
@@ -91,12 +91,12 @@ TEST_F(Failure, AStopLeavesAWholeFile) {
 TEST_F(Failure, ARunThatIsThrownAwayEndsByItself) {
     EncodePlan plan = Both(source_);
     {
-        EncodingRun run(plan, {});
+        EncodingRun run(plan, {}, session::Parts());
         run.Start();
     }
-    const clips::Contents contents = clips::Decode(plan.output_path);
+    const clips::Contents contents = clips::Decode(plan.FilePath());
     EXPECT_EQ(contents.width, 320);
-    { const EncodingRun never_started(plan, {}); }
+    { const EncodingRun never_started(plan, {}, session::Parts()); }
 }
 
 // Damage in the middle costs what it hits; the rest is kept in its place.
@@ -114,8 +114,8 @@ TEST_F(Failure, ABrokenMiddleIsPassedOver) {
         EncodePlan plan = Both(broken);
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-        const clips::Contents contents = clips::Decode(plan.output_path);
+        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+        const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_GT(contents.pictures.size(), 400U);
         EXPECT_NEAR(contents.duration, 20.0, 0.3);
     }
@@ -128,7 +128,7 @@ TEST_F(Failure, ACutFileGivesWhatItHas) {
     EncodePlan plan = Both(cut);
     const session::Outcome outcome = session::Run(plan);
     EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-    EXPECT_NEAR(clips::Decode(plan.output_path).duration, 10.0, 1.0);
+    EXPECT_NEAR(clips::Decode(plan.FilePath()).duration, 10.0, 1.0);
 }
 
 struct RefusedCase {
@@ -163,14 +163,14 @@ TEST_F(Failure, WhatIsNoMediaIsRefusedByName) {
 
 TEST_F(Failure, AnOutputThatCannotBeMadeThrowsAndLeavesNothing) {
     EncodePlan plan = Both(source_);
-    plan.output_path = folder_->Path("no/such/folder.wmv");
-    EXPECT_THROW(EncodingRun(plan, {}), platform::Error);
+    plan.outputs = {FileOutput{folder_->Path("no/such/folder.wmv")}};
+    EXPECT_THROW(EncodingRun(plan, {}, session::Parts()), platform::Error);
     plan = Both(source_);
-    plan.output_path = folder_->Path("never.wmv");
+    plan.outputs = {FileOutput{folder_->Path("never.wmv")}};
     plan.audio->input.path = folder_->Path("absent.wav");
-    EXPECT_THROW(EncodingRun(plan, {}), platform::Error);
-    EXPECT_FALSE(std::filesystem::exists(plan.output_path));
-    EXPECT_FALSE(std::filesystem::exists(plan.output_path + ".part"));
+    EXPECT_THROW(EncodingRun(plan, {}, session::Parts()), platform::Error);
+    EXPECT_FALSE(std::filesystem::exists(plan.FilePath()));
+    EXPECT_FALSE(std::filesystem::exists(plan.FilePath() + ".part"));
 }
 
 TEST_F(Failure, ADiskThatFillsIsSaidAndWhatIsWrittenPlays) {
@@ -184,14 +184,14 @@ TEST_F(Failure, ADiskThatFillsIsSaidAndWhatIsWrittenPlays) {
     EXPECT_EQ(outcome.errors[0], platform::kDiskFull);
     EXPECT_EQ(outcome.states, (std::vector{EncoderState::Starting, EncoderState::Running,
                                            EncoderState::Stopping, EncoderState::Stopped}));
-    const std::string part = plan.output_path + ".part";
+    const std::string part = plan.FilePath() + ".part";
     EXPECT_NE(outcome.error_text.find(part), std::string::npos) << outcome.error_text;
     EXPECT_EQ(clips::DecodeMessages(part), "");
     EXPECT_GT(clips::Decode(part).pictures.size(), 50U);
 
-    plan.output_path = "/dev/full";
+    plan.outputs = {FileOutput{"/dev/full"}};
     try {
-        const EncodingRun run(plan, {});
+        const EncodingRun run(plan, {}, session::Parts());
         ADD_FAILURE() << "no error";
     } catch (const platform::Error& error) {
         EXPECT_EQ(error.unsigned_number(), platform::kDiskFull) << error.description();

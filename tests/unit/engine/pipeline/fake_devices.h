@@ -11,12 +11,14 @@
 #include <optional>
 #include <utility>
 
-#include "engine/pipeline/live_parts.h"
+#include "engine/pipeline/run_parts.h"
 #include "platform/error.h"
+#include "unit/engine/filters/audio_frames.h"
 
 namespace fake_devices {
 
-inline constexpr int kRate = 44100;
+using audio_frames::FillAudio;
+using audio_frames::kRate;
 
 /// A grey picture; `time` is its pts.
 inline void FillFrame(AVFrame& frame, engine::Ticks time, int width, int height, int grey) {
@@ -26,19 +28,6 @@ inline void FillFrame(AVFrame& frame, engine::Ticks time, int width, int height,
     if (av_frame_get_buffer(&frame, 0) < 0) throw std::bad_alloc();
     std::fill_n(frame.data[0], static_cast<std::size_t>(frame.linesize[0] * height),
                 static_cast<std::uint8_t>(grey));
-    frame.pts = time.count;
-}
-
-/// Samples of one channel of 16 bits.
-template <typename Sample>
-void FillAudio(AVFrame& frame, engine::Ticks time, int samples, Sample&& sample) {
-    frame.format = AV_SAMPLE_FMT_S16;
-    frame.sample_rate = kRate;
-    frame.nb_samples = samples;
-    av_channel_layout_default(&frame.ch_layout, 1);
-    if (av_frame_get_buffer(&frame, 0) < 0) throw std::bad_alloc();
-    auto* out = reinterpret_cast<std::int16_t*>(frame.data[0]);
-    for (int i = 0; i < samples; ++i) out[i] = sample(i);
     frame.pts = time.count;
 }
 
@@ -129,7 +118,7 @@ class Device : public engine::LiveSource {
     engine::FramePool& pool_;
 };
 
-/// What LiveParts opens sources with.
+/// What RunParts opens sources with.
 inline auto Opening(std::shared_ptr<Script> screen, std::shared_ptr<Script> microphone) {
     return [=](const engine::CapturePlan& plan, engine::FramePool& frames) {
         const bool is_screen = plan.kind == engine::DeviceKind::Screen;

@@ -5,6 +5,7 @@
 #include <future>
 #include <thread>
 
+#include "engine/outputs/make_output.h"
 #include "support/clips.h"
 #include "unit/engine/pipeline/fake_devices.h"
 #include "unit/engine/pipeline/session.h"
@@ -28,8 +29,8 @@ class Live : public testing::Test {
         return plan;
     }
     /// @param end_ms  on the capture clock: when the stop comes
-    LiveParts Parts(std::int64_t end_ms) {
-        return {fake_devices::Opening(screen_, microphone_),
+    RunParts Parts(std::int64_t end_ms) {
+        return {MakeOutput, fake_devices::Opening(screen_, microphone_),
                 [end_ms] { return Ticks::FromMilliseconds(end_ms); }};
     }
     session::Outcome Record(const EncodePlan& plan, std::int64_t end_ms) {
@@ -81,8 +82,8 @@ TEST_F(Live, BeginsWithTheFirstFrame) {
             input->mark_in = Ticks::FromMilliseconds(row.mark_in_ms);
         const session::Outcome outcome = Record(plan, 5000);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-        const clips::Contents contents = clips::Decode(plan.output_path);
+        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+        const clips::Contents contents = clips::Decode(plan.FilePath());
         for (const std::vector<double>& found :
              {clips::Flashes(contents), clips::Clicks(contents)}) {
             ASSERT_EQ(found.size(), row.events.size());
@@ -102,7 +103,7 @@ TEST_F(Live, AStillScreenIsAsLongAsItWasRecorded) {
         EncodePlan plan = PictureOnly();
         const session::Outcome outcome = Record(plan, 6000);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-        const clips::Contents contents = clips::Decode(plan.output_path);
+        const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_NEAR(contents.duration, 5.0, 0.01);
         EXPECT_EQ(contents.pictures.size(), static_cast<std::size_t>(pictures) + 1);
     }
@@ -115,11 +116,11 @@ TEST_F(Live, AStillScreenHoldsNoSoundBack) {
     session::Run(
         plan,
         [&](EncodingRun& run) {
-            while (run.EncodingTime().Raw() < 6000) std::this_thread::yield();
+            while (run.Figures().EncodingTime().Raw() < 6000) std::this_thread::yield();
             run.Stop();
         },
         Parts(9000));
-    EXPECT_NEAR(clips::Decode(plan.output_path).duration, 8, 0.1);
+    EXPECT_NEAR(clips::Decode(plan.FilePath()).duration, 8, 0.1);
 }
 
 TEST_F(Live, TheScreenMayChangeItsSize) {
@@ -128,8 +129,8 @@ TEST_F(Live, TheScreenMayChangeItsSize) {
     screen_->Picture(2000, kBlack, 200, 301);
     EncodePlan plan = PictureOnly();
     Record(plan, 2500);
-    EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-    const clips::Contents contents = clips::Decode(plan.output_path);
+    EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+    const clips::Contents contents = clips::Decode(plan.FilePath());
     EXPECT_EQ(contents.width, 320);
     ASSERT_EQ(contents.pictures.size(), 4U);
     EXPECT_GT(contents.pictures[1].luma, 200);
@@ -160,10 +161,10 @@ TEST_F(Live, ADeviceThatGoesLeavesAWholeFile) {
         ASSERT_EQ(outcome.errors.size(), 1U);
         EXPECT_EQ(outcome.errors[0], platform::kFileNotFound);
         EXPECT_NE(outcome.error_text.find("The device X is gone"), std::string::npos);
-        EXPECT_NE(outcome.error_text.find(plan.output_path), std::string::npos);
-        EXPECT_FALSE(std::filesystem::exists(plan.output_path + ".part"));
-        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-        EXPECT_NEAR(clips::Decode(plan.output_path).duration, 3, 0.15);
+        EXPECT_NE(outcome.error_text.find(plan.FilePath()), std::string::npos);
+        EXPECT_FALSE(std::filesystem::exists(plan.FilePath() + ".part"));
+        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+        EXPECT_NEAR(clips::Decode(plan.FilePath()).duration, 3, 0.15);
     }
 }
 
@@ -173,17 +174,18 @@ TEST_F(Live, ADeviceThatGivesNothingLeavesNothing) {
     const session::Outcome outcome = session::Run(plan, {}, Parts(1000));
     ASSERT_EQ(outcome.errors.size(), 1U);
     EXPECT_EQ(outcome.error_text, "The screen is gone");
-    EXPECT_FALSE(std::filesystem::exists(plan.output_path));
-    EXPECT_FALSE(std::filesystem::exists(plan.output_path + ".part"));
+    EXPECT_FALSE(std::filesystem::exists(plan.FilePath()));
+    EXPECT_FALSE(std::filesystem::exists(plan.FilePath() + ".part"));
 }
 
 TEST_F(Live, ADeviceThatCannotBeOpenedLeavesNothing) {
     const EncodePlan plan = PictureOnly();
-    const LiveParts parts{[](const CapturePlan&, FramePool&) -> std::unique_ptr<LiveSource> {
-        throw platform::Error(platform::kFileNotFound, "There is no screen");
-    }};
+    const RunParts parts{MakeOutput,
+                         [](const CapturePlan&, FramePool&) -> std::unique_ptr<LiveSource> {
+                             throw platform::Error(platform::kFileNotFound, "There is no screen");
+                         }};
     EXPECT_THROW(EncodingRun(plan, {}, parts), platform::Error);
-    EXPECT_FALSE(std::filesystem::exists(plan.output_path + ".part"));
+    EXPECT_FALSE(std::filesystem::exists(plan.FilePath() + ".part"));
 }
 
 TEST_F(Live, ARunThatHasStoppedHoldsNoDevice) {

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <numeric>
 
+#include "engine/outputs/make_output.h"
 #include "engine/pipeline/pauses.h"
 #include "support/clips.h"
 #include "unit/engine/pipeline/fake_devices.h"
@@ -67,7 +68,7 @@ TEST(Pauses, CutSoundToTheSample) {
 // A run whose states can be waited for.
 class WatchedRun {
   public:
-    explicit WatchedRun(const EncodePlan& plan, const LiveParts& live = {}) {
+    explicit WatchedRun(const EncodePlan& plan, const RunParts& parts = session::Parts()) {
         RunCallbacks callbacks;
         callbacks.on_state = [this](EncoderState state) {
             const std::lock_guard lock(mutex_);
@@ -75,8 +76,7 @@ class WatchedRun {
             changed_.notify_all();
         };
         callbacks.on_error = [](std::int32_t, const std::string& text) { ADD_FAILURE() << text; };
-        run_ = live.open ? std::make_unique<EncodingRun>(plan, std::move(callbacks), live)
-                         : std::make_unique<EncodingRun>(plan, std::move(callbacks));
+        run_ = std::make_unique<EncodingRun>(plan, std::move(callbacks), parts);
         run_->Start();
     }
     void Until(EncoderState state) {
@@ -117,8 +117,8 @@ class Pausing : public testing::Test {
         plan.video = session::Screen();
         return plan;
     }
-    LiveParts Parts() {
-        return {fake_devices::Opening(screen_, microphone_),
+    RunParts Parts() {
+        return {MakeOutput, fake_devices::Opening(screen_, microphone_),
                 [this] { return Ticks::FromMilliseconds(now_ms_); }};
     }
     /// What is captured up to `ms`, all of it taken; the clock then stands there. Sound comes in
@@ -174,8 +174,8 @@ TEST_F(Pausing, LeavesNoGapAndKeepsPictureAndSoundTogether) {
     RecordTo(9000);
     run.Stop();
 
-    EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-    const clips::Contents contents = clips::Decode(plan.output_path);
+    EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+    const clips::Contents contents = clips::Decode(plan.FilePath());
     // 2550 to 4050 and 6130 to 7980 are left out; the screen had turned bright in the first.
     const std::vector<double> flashes = {1.0, 1.55, 2.7, 4.25};
     const std::vector<double> clicks = {1.0, 2.7, 4.25};
@@ -208,8 +208,8 @@ TEST_F(Pausing, ARecordingMayEndPaused) {
             run.Stop();
         else
             run.Destroy();
-        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-        EXPECT_NEAR(clips::Decode(plan.output_path).duration, 2, 0.05);
+        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+        EXPECT_NEAR(clips::Decode(plan.FilePath()).duration, 2, 0.05);
         EXPECT_EQ(run.Taken().back(), EncoderState::Stopped);
     }
 }
@@ -220,16 +220,16 @@ TEST_F(Pausing, AFileWaitsAndGoesOn) {
         SCOPED_TRACE(passes);
         const EncodePlan plan = OfFilm(film, passes);
         EncodePlan other = plan;
-        other.output_path = folder_.Path("other.wmv");
+        other.outputs = {FileOutput{folder_.Path("other.wmv")}};
         WatchedRun run(plan);
         run.Pause();
         session::Run(other);  // as long as this one would have taken
         EXPECT_EQ(run.Taken().back(), EncoderState::Paused);
-        EXPECT_LT((*run).EncodingTime().Raw(), 20'000);
+        EXPECT_LT((*run).Figures().EncodingTime().Raw(), 20'000);
         run.Resume();
         run.Until(EncoderState::Stopped);
-        const clips::Contents contents = clips::Decode(plan.output_path);
-        const clips::Contents expected = clips::Decode(other.output_path);
+        const clips::Contents contents = clips::Decode(plan.FilePath());
+        const clips::Contents expected = clips::Decode(other.FilePath());
         EXPECT_EQ(contents.pictures.size(), expected.pictures.size());
         EXPECT_EQ(contents.sound.size(), expected.sound.size());
     }
@@ -241,15 +241,15 @@ TEST_F(Pausing, AFileMayEndPaused) {
         SCOPED_TRACE(stopped);
         const EncodePlan plan = OfFilm(film, 1);
         WatchedRun run(plan);
-        while ((*run).EncodingTime().Raw() < 1000) std::this_thread::yield();
+        while ((*run).Figures().EncodingTime().Raw() < 1000) std::this_thread::yield();
         run.Pause();
         if (stopped)
             run.Stop();
         else
             run.Destroy();
         EXPECT_EQ(run.Taken().back(), EncoderState::Stopped);
-        EXPECT_EQ(clips::DecodeMessages(plan.output_path), "");
-        EXPECT_GE(clips::Decode(plan.output_path).duration, 1);
+        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+        EXPECT_GE(clips::Decode(plan.FilePath()).duration, 1);
     }
 }
 

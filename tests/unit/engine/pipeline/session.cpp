@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "engine/outputs/make_output.h"
 #include "engine/sources/files/media_probe.h"
 
 namespace session {
@@ -98,12 +99,14 @@ AudioPlan Audio(const std::string& path) {
 
 EncodePlan Plan(const std::string& output) {
     EncodePlan plan;
-    plan.output_path = output;
+    plan.outputs = {FileOutput{output}};
     return plan;
 }
 
+RunParts Parts() { return {MakeOutput}; }
+
 Outcome Run(EncodePlan plan, const std::function<void(EncodingRun&)>& meanwhile,
-            const LiveParts& live) {
+            const RunParts& parts) {
     Outcome outcome;
     std::mutex mutex;
     std::condition_variable changed;
@@ -121,17 +124,17 @@ Outcome Run(EncodePlan plan, const std::function<void(EncodingRun&)>& meanwhile,
         outcome.errors.push_back(static_cast<std::uint32_t>(number));
         outcome.error_text = description;
     };
-    EncodingRun run(std::move(plan), std::move(callbacks), live);
+    EncodingRun run(std::move(plan), std::move(callbacks), parts);
     run.Start();
     if (meanwhile) meanwhile(run);
     {
         std::unique_lock lock(mutex);
         changed.wait(lock, [&] { return stopped; });
     }
-    outcome.audio = run.AudioStats();
-    outcome.video = run.VideoStats();
-    outcome.total = run.TotalStats();
-    outcome.file = run.FileStats();
+    outcome.audio = run.Figures().Of(MediaKind::Audio);
+    outcome.video = run.Figures().Of(MediaKind::Video);
+    outcome.total = run.Figures().Total();
+    outcome.file = run.Figures().File();
     return outcome;
 }
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "engine/pipeline/encoding_run.h"
-#include "engine/pipeline/live_parts.h"
+#include "engine/pipeline/run_parts.h"
 #include "engine/plan/encode_plan.h"
 
 namespace session {
@@ -27,6 +27,9 @@ engine::VideoPlan Screen();
 engine::AudioPlan Microphone();
 engine::EncodePlan Plan(const std::string& output);
 
+/// Outputs as a plan asks for them, and no device.
+engine::RunParts Parts();
+
 struct Outcome {
     std::vector<platform::EncoderState> states;
     std::vector<std::uint32_t> errors;
@@ -38,6 +41,6 @@ struct Outcome {
 /// Runs until Stopped. `meanwhile`, when given, is called once the run is started.
 Outcome Run(engine::EncodePlan plan,
             const std::function<void(engine::EncodingRun&)>& meanwhile = {},
-            const engine::LiveParts& live = {});
+            const engine::RunParts& parts = Parts());
 
 }  // namespace session

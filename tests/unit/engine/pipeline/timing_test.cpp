@@ -61,7 +61,7 @@ TEST(Timing, SoundAndPictureStayTogether) {
         }
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-        const clips::Contents contents = clips::Decode(plan.output_path);
+        const clips::Contents contents = clips::Decode(plan.FilePath());
         const std::vector<double> flashes = clips::Flashes(contents);
         const std::vector<double> clicks = clips::Clicks(contents);
         ASSERT_EQ(flashes.size(), row.events.size());
@@ -104,7 +104,7 @@ TEST(Timing, StreamsEndEachByItself) {
         plan.video = session::Video(source);
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-        const clips::Contents contents = clips::Decode(plan.output_path);
+        const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_EQ(contents.pictures.size(), row.frames);
         EXPECT_NEAR(contents.duration, std::max(row.sound, row.picture), 0.05);
         EXPECT_NEAR(static_cast<double>(contents.sound.size()) / 44100, row.sound, 0.1);
@@ -121,7 +121,7 @@ TEST(Timing, SoundAndPictureOfTwoFiles) {
     plan.audio = session::Audio(sound);
     plan.video = session::Video(picture);
     session::Run(plan);
-    const clips::Contents contents = clips::Decode(plan.output_path);
+    const clips::Contents contents = clips::Decode(plan.FilePath());
     const std::vector<double> flashes = clips::Flashes(contents);
     const std::vector<double> clicks = clips::Clicks(contents);
     ASSERT_EQ(flashes.size(), 5U);
@@ -139,7 +139,7 @@ TEST(Timing, AGapInTheSoundIsKept) {
     EncodePlan plan = session::Plan(folder.Path("out.wma"));
     plan.audio = session::Audio(source);
     session::Run(plan);
-    const std::vector<double> clicks = clips::Clicks(clips::Decode(plan.output_path));
+    const std::vector<double> clicks = clips::Clicks(clips::Decode(plan.FilePath()));
     ASSERT_EQ(clicks.size(), 5U);
     for (std::size_t i = 0; i < clicks.size(); ++i)
         EXPECT_NEAR(clicks[i], static_cast<double>(2 * i), 0.010);
@@ -160,7 +160,7 @@ TEST(Timing, AStillPictureLastsToItsMark) {
         plan.video->rate_ceiling = plan.video->expected_rate = 10000;
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-        const clips::Contents contents = clips::Decode(plan.output_path);
+        const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_EQ(contents.pictures.size(), 24U);
         EXPECT_NEAR(contents.duration, 2.35, 0.001);
     }
@@ -194,7 +194,7 @@ TEST(Timing, OnlyTelecinedFilmIsRestored) {
             plan.video->bit_rate_bps = 3'000'000;
             plan.video->remove_telecine = restore;
             session::Run(plan);
-            const clips::Contents contents = clips::Decode(plan.output_path);
+            const clips::Contents contents = clips::Decode(plan.FilePath());
             const std::size_t frames = restore ? row.frames_with : row.frames_without;
             ASSERT_NEAR(static_cast<double>(contents.pictures.size()), static_cast<double>(frames),
                         1);

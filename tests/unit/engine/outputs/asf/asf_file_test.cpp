@@ -124,7 +124,7 @@ TEST(AsfFile, LessThanASecondIsEverOnTheWay) {
         sink.Begin(clip.header);
         for (std::size_t i = 0; i < clip.frames.size(); i += static_cast<std::size_t>(row.every)) {
             const clips::Frame& frame = clip.frames[i];
-            sink.Write(clips::AsPacket(frame));
+            sink.Write(clips::Coded(frame));
             if (i % 10 != 0) continue;
             // What a killed process would leave at this moment.
             const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wmv.part"));
@@ -245,10 +245,10 @@ TEST(AsfFile, FullDiskLeavesAWholePartAndWhatWasThere) {
         const FileSizeLimit disk(row.room);
         std::uint32_t failed = 0;
         for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i)
-            failed = ErrorOf([&] { sink.Write(clips::AsPacket(clip.frames[i])); }, path);
+            failed = ErrorOf([&] { sink.Write(clips::Coded(clip.frames[i])); }, path);
         EXPECT_EQ(failed, row.write);
         if (failed != 0) {
-            EXPECT_EQ(ErrorOf([&] { sink.Write(clips::AsPacket(clip.frames[0])); }, path), failed);
+            EXPECT_EQ(ErrorOf([&] { sink.Write(clips::Coded(clip.frames[0])); }, path), failed);
         }
         EXPECT_EQ(ErrorOf([&] { sink.Finish(); }, path), row.finish);
         EXPECT_TRUE(asf_reader::FileBytes(path) == before) << "the older file is touched";
@@ -467,7 +467,7 @@ TEST(PartFile, AFolderThatGoesAwayIsSaid) {
         for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i) {
             if (i == (at_the_end ? clip.frames.size() - 1 : 50))
                 std::filesystem::remove_all(scratch.Path("gone"));
-            failed = ErrorOf([&] { sink.Write(clips::AsPacket(clip.frames[i])); }, path);
+            failed = ErrorOf([&] { sink.Write(clips::Coded(clip.frames[i])); }, path);
         }
         const std::uint32_t finished = ErrorOf([&] { sink.Finish(); }, path);
         EXPECT_EQ(failed != 0 ? failed : finished, platform::kPathNotFound);

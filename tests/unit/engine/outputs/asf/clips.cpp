@@ -171,13 +171,16 @@ Clip Demux(const std::string& path) {
     return clip;
 }
 
-engine::EncodedPacket AsPacket(const Frame& frame) {
-    return {frame.stream, frame.pts, frame.dts, frame.duration, frame.key, frame.bytes};
+engine::CodedFrame Coded(const Frame& frame) {
+    static class Owner final : public engine::CodedBytesOwner {
+        void TakeBack() noexcept override {}
+    } owner;
+    return {frame.stream, frame.pts, frame.dts, frame.duration, frame.key, 0, {owner, frame.bytes}};
 }
 
-void WriteAll(engine::PacketSink& sink, const Clip& clip) {
+void WriteAll(engine::OutputSink& sink, const Clip& clip) {
     sink.Begin(clip.header);
-    for (const Frame& frame : clip.frames) sink.Write(AsPacket(frame));
+    for (const Frame& frame : clip.frames) sink.Write(Coded(frame));
 }
 
 void WriteFile(const std::string& path, Clip clip, std::uint32_t packet_bytes) {

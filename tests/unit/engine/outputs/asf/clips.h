@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/base/packet_sink.h"
+#include "engine/base/output_sink.h"
 #include "support/commands.h"
 
 namespace clips {
@@ -38,11 +38,11 @@ std::string Ffmpeg(const std::string& arguments);
 Clip Demux(const std::string& path);
 
 /// Begin and every frame, without Finish.
-void WriteAll(engine::PacketSink& sink, const Clip& clip);
+void WriteAll(engine::OutputSink& sink, const Clip& clip);
 /// A finished file of packets of this size.
 void WriteFile(const std::string& path, Clip clip, std::uint32_t packet_bytes);
 
-engine::EncodedPacket AsPacket(const Frame& frame);
+engine::CodedFrame Coded(const Frame& frame);
 
 struct ReadBack {
     int stream = 0;

@@ -167,7 +167,7 @@ TEST(Packets, NeedNoHeapWhileTheyFlow) {
     AsfFile file(scratch.Path("a.wmv"));
     file.Begin(clip.header);
     const std::size_t before = Allocations();
-    for (const clips::Frame& frame : clip.frames) file.Write(clips::AsPacket(frame));
+    for (const clips::Frame& frame : clip.frames) file.Write(clips::Coded(frame));
     EXPECT_EQ(Allocations(), before);
 }
 

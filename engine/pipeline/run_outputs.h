@@ -1,0 +1,36 @@
+// All outputs of a run as one: each gets every frame.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/base/output_sink.h"
+#include "engine/pipeline/run_parts.h"
+#include "engine/pipeline/run_statistics.h"
+#include "engine/plan/encode_plan.h"
+
+namespace engine {
+
+/// One thread at a time, in the order of OutputSink. The statistics are told what the file holds.
+class RunOutputs {
+  public:
+    RunOutputs(const EncodePlan& plan, const RunParts& parts, RunStatistics& statistics);
+
+    /// Throws what the first output that cannot begin throws; then the others are abandoned.
+    void Begin(const OutputHeader& header);
+    void Write(const CodedFrame& frame);
+    /// Finishes every output, also when one fails, and throws what failed first.
+    void Finish();
+    void Abandon();
+    std::string RemainsText() const;
+
+  private:
+    void TellStatistics();
+
+    std::vector<std::unique_ptr<OutputSink>> sinks_;
+    const OutputSink* file_ = nullptr;  // of those
+    RunStatistics& statistics_;
+};
+
+}  // namespace engine
