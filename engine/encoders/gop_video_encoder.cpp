@@ -246,7 +246,7 @@ void GopVideoEncoder::WorkAlong() {
         }
     } catch (...) {
         if (!lock.owns_lock()) lock.lock();
-        failure_ = std::current_exception();
+        if (!failure_) failure_ = std::current_exception();  // others may only follow from it
         work_.notify_all();
         worked_.notify_one();
     }

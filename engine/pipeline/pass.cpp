@@ -118,8 +118,8 @@ void Pass::Guard(Body&& body) {
 }
 
 void Pass::Fail(const platform::Error& error) {
+    events_.failed(error);  // before the stop, which may make others fail
     Stop();
-    events_.failed(error);
 }
 
 void Pass::Run(void (Pass::*stage)(Chain&), Chain& chain) {
