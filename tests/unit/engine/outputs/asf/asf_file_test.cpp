@@ -411,7 +411,7 @@ TEST(PartFile, NothingForeignGetsTheName) {
             for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i) {
                 if (i == (at_the_end ? clip.frames.size() - 1 : 50)) row.exchange(folder);
                 failed =
-                    ErrorOf([&] { sink.Write(clips::AsPacket(clip.frames[i])); }, "a.wmv.part");
+                    ErrorOf([&] { sink.Write(clips::Coded(clip.frames[i])); }, "a.wmv.part");
             }
             const std::uint32_t finished = ErrorOf([&] { sink.Finish(); }, "a.wmv.part");
             EXPECT_EQ(failed != 0 ? failed : finished, platform::kFileNotFound);
