@@ -1,4 +1,4 @@
-"""Raw clips for encoders to be compared on: of media files, and two that are generated."""
+"""Raw clips for encoders to be compared on: of media files, and generated ones."""
 
 import json
 import math
@@ -102,7 +102,46 @@ def fades(folder, frames):
     return _make("fades", folder, frames, ["-filter_complex", graph])
 
 
-GENERATED = {"text": text, "fades": fades}
+# A camera over a still of fine detail, 352x288; n counts the frames. Noise is a new one in each frame.
+STILL = (f"mandelbrot=1280x720:{RATE}:start_scale=0.02:maxiter=400,trim=end_frame=1,gblur=0.7,loop=-1:1,"
+         "setpts=N/FR/TB,format=yuv444p")
+CAMERA = {
+    # name      what the camera does, and its noise
+    "noise":  "crop=352:288:460:200,noise=all_seed=1:alls=20:allf=t",
+    "grain":  "crop=352:288:x='400+1.6*n':y=210,noise=all_seed=2:alls=10:allf=t+u",
+    "pan":    "crop=352:288:x='300+3.3*n':y='150+1.4*n'",
+    "zoom":   f"zoompan=z='1+0.012*mod(on,120)':x='iw/2-iw/zoom/2':y='ih/2-ih/zoom/2':d=1:s=1280x720:fps={RATE},"
+              "crop=352:288,noise=all_seed=3:alls=3:allf=t",
+    "shake":  "crop=352:288:x='460+9*sin(1.7*n)+5*sin(0.61*n)':y='210+7*sin(2.3*n)+4*cos(0.83*n)',"
+              "noise=all_seed=4:alls=4:allf=t",
+}
+
+
+def camera(name):
+    return lambda folder, frames: _make(name, folder, frames, ["-filter_complex", f"{STILL},{CAMERA[name]}"])
+
+
+def animation(folder, frames):
+    """Smooth colours behind a turning card of sharp edges, 352x288."""
+    graph = (f"gradients=352x288:{RATE}:seed=4:n=5:speed=0.02[ground];"
+             f"testsrc2=160x120:{RATE},format=yuva444p,rotate=a=0.05*n:ow=200:oh=200:c=none[card];"
+             "[ground][card]overlay=x='20+mod(4*n,200)':y='40+30*sin(n/5)'")
+    return _make("animation", folder, frames, ["-filter_complex", graph])
+
+
+def cuts(folder, frames):
+    """A scene of its own every half second, 352x288: still, moving and noisy ones in turn."""
+    kinds = ["noise", "pan", "zoom", "shake"]
+    length = RATE // 2
+    graph = "".join(
+        f"{STILL},hue=h={50 * i},{CAMERA[kinds[i % len(kinds)]]},trim=end_frame={length},setpts=N/FR/TB[scene{i}];"
+        for i in range(math.ceil(frames / length)))
+    scenes = "".join(f"[scene{i}]" for i in range(math.ceil(frames / length)))
+    return _make("cuts", folder, frames, ["-filter_complex", f"{graph}{scenes}concat={math.ceil(frames / length)},fps={RATE}"])
+
+
+GENERATED = {"text": text, "fades": fades, **{name: camera(name) for name in CAMERA}, "animation": animation,
+             "cuts": cuts}
 
 
 def make(what, folder, frames):
