@@ -72,12 +72,12 @@ class Encoder {
     /// As if the picture coded last had not been.
     void Forget();
 
-    /// What a decoder shows of the picture coded last.
+    /// What a decoder shows of the picture coded last; until the next call.
     PictureView Reconstruction() const;
 
     /// How many of the pictures that come next, the last of which would be a P picture, are better
     /// coded as B pictures: the first n of them, n below their number. `before` is the source of
-    /// the I or P picture before them.
+    /// the I or P picture before them. Afterwards the picture coded last cannot be coded again.
     int ChooseBPictures(const PictureView& before, std::span<const PictureView> next);
 
   private:

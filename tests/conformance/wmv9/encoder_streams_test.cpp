@@ -86,6 +86,35 @@ TEST_P(EncoderStreamsAt, Decode) {
     }
 }
 
+// What the encoder tries while it chooses leaves no trace in the stream.
+TEST_P(EncoderStreamsAt, DecodeWithTheBPicturesThatTheEncoderChooses) {
+    constexpr int kPictures = 24;
+    const EncoderSettings settings{
+        .width = 64, .height = 48, .preset = GetParam(), .b_pictures = 1, .adaptive = true};
+    for (const Content content : {Content::Texture, Content::Noise, Content::Flat, Content::Fade}) {
+        std::vector<PlanarPicture> pictures;
+        for (int i = 0; i < kPictures; ++i)
+            pictures.push_back(MakePicture(content, settings.width, settings.height, i, 1));
+        Encoder encoder(settings);
+        StreamCheck check({settings.width, settings.height, encoder.SequenceHeader()});
+        const auto code = [&](std::size_t place, PictureRequest request) {
+            const CodedPicture coded = encoder.Encode(pictures[place].View(), request);
+            check.Take(coded.data, encoder.Reconstruction(), static_cast<int>(place),
+                       fmt::format("content {}, picture {}", static_cast<int>(content), place));
+        };
+        code(0, {.kind = PictureKind::kI});
+        for (std::size_t before = 0; before + 2 < pictures.size();) {
+            const PictureView next[] = {pictures[before + 1].View(), pictures[before + 2].View()};
+            const int b_pictures = encoder.ChooseBPictures(pictures[before].View(), next);
+            const std::size_t anchor = before + 1 + (b_pictures > 0 ? 1 : 0);
+            code(anchor, {.kind = PictureKind::kP, .may_be_i = b_pictures == 0});
+            if (b_pictures > 0) code(before + 1, {.kind = PictureKind::kB});
+            before = anchor;
+        }
+        EXPECT_EQ(check.Finish(), "");
+    }
+}
+
 // Of each kind of picture, with blocks that are as large as they get, and with the usual ones.
 TEST(EncoderStreams, OfEveryQuantiserDecode) {
     for (const double quantiser : AllQuantisers()) {
