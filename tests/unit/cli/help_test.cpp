@@ -26,44 +26,6 @@ TEST(Help, HasItsLinesAndNoOthers) {
     EXPECT_EQ(help.back(), "NOTE: The maximum string length for each one is 255.    ");
 }
 
-// Every run of empty lines, told by its length and the line behind it.
-TEST(Help, EmptyLinesStandAtTheirPlaces) {
-    const Lines expected = {
-        "2 Usage for I/O and statistics.",
-        "1 [-wme] <Windows Media Encoder session file>",
-        "2 Usage for profiles.",
-        "1 [-profile] <profile code>",
-        "1 Codes and basic descriptions for the predefined profiles:",
-        "1 Audio-only:",
-        "1 Video-only:",
-        "1 Screen Capture:",
-        "1     scrn10:  Profile_Screen Capture",
-        "1     scrn15:  Profile_Screen Capture",
-        "1     scrn24:  Profile_Screen Capture",
-        "1     scrn30:  Profile_Screen Capture",
-        "1 [-loadprofile] <profile file name>",
-        "2 Usage for audio settings.",
-        "1 [-a_codec] <codec index>",
-        "1     <bit rate>_<sampling rate>_<channels>",
-        "1     Q<quality>_<sampling rate>_<channels>",
-        "1     <bit rate>_<sampling rate>_<channels>_<bits per sample>",
-        "1     Q100_<sampling rate>_<channels>_<bits per sample>",
-        "4 Usage for video settings.",
-        "1 [-v_codec] <codec index>",
-        "1 [-title] <string>",
-    };
-    Lines found;
-    int run = 0;
-    for (const std::string& line : Help()) {
-        if (!line.empty() && run > 0) found.push_back(std::to_string(run) + " " + line);
-        run = line.empty() ? run + 1 : 0;
-    }
-    EXPECT_EQ(found, expected);
-    const Lines help = Help();
-    const auto profiles = std::find(help.begin(), help.end(), "Usage for profiles.");
-    EXPECT_EQ(profiles[3], "") << "the heading, two lines, then the gap";
-}
-
 // The names of the values, the numbers of modes and filters and the profiles stand in the command
 // reference, which a test compares with this text.
 TEST(Help, OptionsStandInTheirOrder) {
@@ -81,49 +43,6 @@ TEST(Help, OptionsStandInTheirOrder) {
               "-v_profile -duration -saveprofile -devices -v_codecs -videoonly -pixelratio "
               "-pixelformat -maxpacket -minpacket "
               "-title -author -copyright -description -rating ");
-}
-
-struct ListCase {
-    const char* option;  // the list is searched behind this line
-    Lines lines;
-};
-
-TEST(Help, ListsAreToTheLetter) {
-    const ListCase cases[] = {
-        {"[-a_codec] <codec index>",
-         {"    Specify codec index:", "    WMA9STD: Windows Media Audio 9 (default).",
-          "    WMA9PRO: Windows Media Audio 9 Professional",
-          "    WMSP9:   Windows Media Audio 9 Voice",
-          "    WMA9LSL:  Windows Media Audio 9 Lossless; -a_mode 2 required",
-          "    PCM: No compression"}},
-        {"[-v_codec] <codec index>",
-         {"    Specify codec index:", "       WMV7: Windows Media Video 7.",
-          "       WMV8: Windows Media Video 8.1.", "       WMV9: Windows Media Video 9 (default).",
-          "       WMS9: Windows Media Video Screen 9.", "       MP41: ISO MPEG-4 Video v1",
-          "       UNCOMP: Full frames (uncompressed)"}},
-        {"[-pixelformat] <format>",
-         {"    I420", "    IYUV", "    RGB24", "    RGB32", "    RGB555", "    RGB565", "    RGB8",
-          "    UYVY", "    YUY2", "    YV12", "    YVU9", "    YVYU"}},
-        {"[-v_preproc] <filter number>", {"    Default: 0: None."}},
-        {"[-v_bitrate] <bit rate>", {"    Default: 250000 bps."}},
-        {"[-v_buffer] <buffer>", {"    Default: 5000 msec."}},
-        {"[-v_framerate] <rate>", {"    Default: 30 fps."}},
-        {"[-v_keydist] <time>", {"    Default: 10 seconds."}},
-        {"[-v_peakbuffer] <peak buffer>", {"    Default: 5000 msec."}},
-        {"[-a_peakbuffer] <peak buffer>", {"    Default: 3000 msec."}},
-        {"[-a_setting] <setting>", {"    The default is 64_44_2."}},
-    };
-    const Lines help = Help();
-    for (const ListCase& row : cases) {
-        SCOPED_TRACE(row.option);
-        // The entry ends where the next option line begins.
-        const auto entry = std::find(help.begin(), help.end(), row.option);
-        ASSERT_NE(entry, help.end());
-        const auto end = std::find_if(entry + 1, help.end(), [](const std::string& line) {
-            return !line.empty() && line.front() == '[';
-        });
-        EXPECT_NE(std::search(entry, end, row.lines.begin(), row.lines.end()), end);
-    }
 }
 
 TEST(Help, ShowHelpChmRunsTheViewerWithoutWaiting) {
