@@ -207,6 +207,17 @@ TEST_F(ConsoleProgram, AClosedOutputIsNotTakenForAnotherDescriptor) {
               "Initializing Codecs...\nCannot write the output: it is closed. Open it first.\n");
 }
 
+TEST_F(ConsoleProgram, ALineMayHaveAMebibyte) {
+    const std::string longest = "say " + std::string((1U << 20U) - 5, 'x') + "\n";
+    std::ofstream(folder_ / "in") << longest << longest << "xx" << longest << "say x\n";
+    const FileDescriptor in(::open((folder_ / "in").c_str(), O_RDONLY));
+    const FileDescriptor null(::open("/dev/null", O_RDWR));
+    const FileDescriptor err(::open((folder_ / "err").c_str(), O_CREAT | O_RDWR, 0600));
+    EXPECT_EQ(Run({"-"}, {in.Number(), null.Number(), err.Number()}), 2);
+    EXPECT_EQ(commands_.size(), 2U);
+    EXPECT_THAT(Err(), HasSubstr("The input has a line of more than a mebibyte"));
+}
+
 /// A terminal whose other end the test holds; what the program writes is collected.
 class TerminalProgram : public ConsoleProgram {
   protected:
