@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/outputs/asf/credible_times.h"
+
 namespace engine::asf {
 
 void DataWalk::Add(const PacketFacts& packet) {
@@ -31,8 +33,8 @@ void DataWalk::Take(const PayloadFacts& payload) {
 void DataWalk::Complete(const PayloadFacts& payload, Stream& stream) {
     stream.open = false;
     const std::int64_t shown_ms = payload.pts_ms;
-    if (stream.last_ms >= 0 && shown_ms > stream.last_ms)
-        stream.length_ms = shown_ms - stream.last_ms;
+    const std::int64_t step_ms = stream.last_ms < 0 ? 0 : shown_ms - stream.last_ms;
+    if (step_ms > 0 && step_ms <= kLeapMs) stream.length_ms = step_ms;
     stream.last_ms = std::max(stream.last_ms, shown_ms);
     if (videos_[payload.stream] && payload.key) {
         ++totals_.key_frames;

@@ -4,6 +4,7 @@
 
 #include "engine/outputs/asf/byte_reader.h"
 #include "engine/outputs/asf/guids.h"
+#include "engine/outputs/asf/stream_format.h"
 #include "platform/error.h"
 
 namespace engine::asf {
@@ -12,6 +13,7 @@ namespace {
 constexpr std::size_t kHeaderChildren = 30;     // where they begin
 constexpr std::size_t kExtensionChildren = 22;  // where they begin in the extension's body
 constexpr std::size_t kExtendedStreamFixed = 64;
+constexpr std::uint64_t kMostPrerollMs = 3'600'000;
 constexpr std::uint32_t kMostPacketBytes = 16U << 20;
 
 [[noreturn]] void Refuse(const char* reason) {
@@ -62,15 +64,19 @@ class HeaderReader {
             ReadChildren(body + kExtensionChildren, end);
         } else if (id == guid::kExtendedStream) {
             ReadExtendedStream(body, end);
+        } else if (id == guid::kMetadata) {
+            if (const char* fault = FaultOfMetadata(Part(body, end))) Refuse(fault);
         }
     }
 
     void ReadStream(std::size_t body, std::size_t end) {
+        if (const char* fault = FaultOfStream(Part(body, end))) Refuse(fault);
         ByteReader in(Part(body, end));
         const Guid type = in.Id();
         in.Skip(32);  // error correction's kind, time offset, lengths
         const std::uint8_t number = in.U16() & 0x7FU;
-        if (in.Failed() || number == 0) Refuse("its header describes a stream without a number");
+        if (number == 0) Refuse("its header describes a stream without a number");
+        if (view_.streams[number]) Refuse("its header describes a stream twice");
         view_.streams.set(number);
         view_.videos.set(number, type == guid::kVideoStream);
     }
@@ -103,6 +109,7 @@ class HeaderReader {
         view_.play_duration = in.U64();
         in.U64();  // send duration
         view_.preroll_ms = in.U64();
+        if (view_.preroll_ms > kMostPrerollMs) Refuse("its header states an impossible preroll");
         view_.flags = in.U32();
         view_.packet_bytes = in.U32();
         const bool one_size = view_.packet_bytes == in.U32();

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "engine/outputs/asf/byte_reader.h"
+#include "engine/outputs/asf/credible_times.h"
 #include "engine/outputs/asf/guids.h"
 #include "platform/error.h"
 
@@ -13,6 +14,7 @@ namespace engine::asf {
 namespace {
 
 constexpr std::uint64_t kMostHeaderBytes = 256ULL << 20;
+constexpr int kMostPasses = 8;
 
 class Inspector {
   public:
@@ -21,9 +23,7 @@ class Inspector {
     Inspection Run() {
         result_.file_bytes = file_.Bytes();
         ReadHeader();
-        result_.walk = DataWalk(result_.header.videos);
         WalkPackets();
-        DropUselessTail();
         Judge();
         return std::move(result_);
     }
@@ -68,27 +68,64 @@ class Inspector {
                header.data_size == kDataHeaderBytes + header.packets * PacketBytes();
     }
 
+    // What a packet is believed for may itself be left out, so what is left is walked again until
+    // all of it is believed.
     void WalkPackets() {
         std::uint64_t count = (result_.file_bytes - Data()) / PacketBytes();
         // A header of a file that is still to be finished says 0.
-        const bool stated = StatesItsData() && result_.header.packets > 0;
-        if (stated) count = std::min(count, result_.header.packets);
+        stated_ = StatesItsData() && result_.header.packets > 0;
+        if (stated_) count = std::min(count, result_.header.packets);
+        std::vector<PacketRun> from = {{0, count}};
+        for (int pass = 0; WalkOnce(from); ++pass) {
+            if (pass == kMostPasses) RefuseData("its times contradict each other");
+            from = result_.runs;
+        }
+        result_.damaged_packets = 0;
+        std::uint64_t end = 0;
+        for (const PacketRun& run : result_.runs) {
+            result_.damaged_packets += run.first - end;
+            end = run.first + run.count;
+        }
+    }
+
+    // True: packets were left out on which others leant.
+    bool WalkOnce(const std::vector<PacketRun>& from) {
+        result_.walk = DataWalk(result_.header.videos);
+        result_.runs.clear();
+        CredibleTimes times(result_.header.preroll_ms);
+        std::uint64_t readable = 0;
+        std::uint64_t place = 0;
+        PacketFacts packet;
+        PacketFacts next;
+        const auto take = [&](const PacketFacts* following) {
+            if (!times.Take(packet, following)) return;
+            result_.walk.Add(packet);
+            if (result_.runs.empty() ||
+                result_.runs.back().first + result_.runs.back().count != place)
+                result_.runs.push_back({place, 0});
+            ++result_.runs.back().count;
+        };
+        ForEachReadable(from, next, [&](std::uint64_t its_place) {
+            if (readable++ > 0) take(&next);
+            std::swap(packet, next);
+            place = its_place;
+        });
+        if (readable > 0) take(nullptr);
+        DropUselessTail();
+        return times.LeantOnNext() && result_.walk.Totals().packets < readable;
+    }
+
+    template <typename Step>
+    void ForEachReadable(const std::vector<PacketRun>& from, PacketFacts& facts, const Step& step) {
         std::vector<std::uint8_t> bytes;
-        PacketFacts facts;
-        std::uint64_t unreadable = 0;
-        for (std::uint64_t i = 0; i < count; ++i) {
-            Read(Data() + i * PacketBytes(), PacketBytes(), bytes);
-            if (ReadPacket(bytes, result_.header.streams, facts)) {
-                result_.damaged_packets += std::exchange(unreadable, 0);
-                result_.walk.Add(facts);
-                if (result_.runs.empty() ||
-                    result_.runs.back().first + result_.runs.back().count != i)
-                    result_.runs.push_back({i, 0});
-                ++result_.runs.back().count;
-            } else if (!stated && ByteReader(bytes).Id() == guid::kSimpleIndex) {
-                break;
-            } else {
-                ++unreadable;  // the tail's, unless a packet follows
+        for (const PacketRun& run : from) {
+            for (std::uint64_t i = run.first; i < run.first + run.count; ++i) {
+                Read(Data() + i * PacketBytes(), PacketBytes(), bytes);
+                if (ReadPacket(bytes, result_.header.streams, facts)) {
+                    step(i);
+                } else if (!stated_ && ByteReader(bytes).Id() == guid::kSimpleIndex) {
+                    return;
+                }
             }
         }
     }
@@ -121,6 +158,7 @@ class Inspector {
     }
 
     const InputFile& file_;
+    bool stated_ = false;  // the header says where the data end
     Inspection result_;
 };
 

@@ -282,6 +282,86 @@ TEST(Repair, DamagedPacketsAreLeftOutAndTheRestIsKept) {
     EXPECT_NEAR(static_cast<double>(header.play_duration) / 1e7, 11.0, 0.2);
 }
 
+TEST(Repair, TimesThatLeapAreNoLength) {
+    const clips::Scratch scratch;
+    const Written written = Write(scratch, 6000);
+    const asf_reader::File whole =
+        asf_reader::Read({written.finished.begin(), written.finished.end()});
+    const std::size_t packets = (written.recording.size() - written.data) / kPacketBytes;
+    const asf_reader::MediaObject& object = whole.objects[whole.objects.size() / 2];
+    Bytes time;
+    for (int shift = 0; shift < 32; shift += 8)
+        time.push_back(static_cast<std::uint8_t>(object.presentation_ms >> shift));
+    const std::string path = scratch.Path("leap.wmv");
+    for (const int byte : {2, 3}) {
+        Bytes bytes = written.recording;
+        const auto packet = bytes.begin() + static_cast<std::ptrdiff_t>(
+                                                written.data + object.first_packet * kPacketBytes);
+        const auto place = std::search(packet, packet + kPacketBytes, time.begin(), time.end());
+        ASSERT_NE(place, packet + kPacketBytes);
+        place[byte] ^= 0x20;  // 35 minutes, 6 days
+        WriteBytes(path, bytes, bytes.size());
+        EXPECT_THAT(Repair(path), HasSubstr("1 damaged packet")) << byte;
+        const asf_reader::Header header = asf_reader::ReadHeader(asf_reader::FileBytes(path));
+        EXPECT_EQ(header.packets, packets - 1);
+        EXPECT_NEAR(static_cast<double>(header.play_duration) / 1e7, 11.0, 0.3);
+    }
+
+    // Pictures that really lie apart are kept.
+    clips::Clip slides = clips::MadeUp(6000);
+    slides.header.min_packet_bytes = slides.header.max_packet_bytes = kPacketBytes;
+    for (clips::Frame& frame : slides.frames)
+        for (Ticks* each : {&frame.pts, &frame.dts}) each->count *= 200;
+    {
+        AsfFile sink(scratch.Path("slides.wmv"));
+        clips::WriteAll(sink, slides);
+    }
+    const std::string part = scratch.Path("slides.wmv.part");
+    EXPECT_THAT(Repair(part), testing::Not(HasSubstr("damaged")));
+    const std::string slides_path = scratch.Path("slides.wmv");
+    EXPECT_GT(asf_reader::ReadHeader(asf_reader::FileBytes(slides_path)).play_duration,
+              1'150ULL * 10'000'000);
+}
+
+TEST(Repair, ADamagedDescriptionOfAStreamIsRefused) {
+    const clips::Scratch scratch;
+    const Written written = Write(scratch, 1000);
+    const Bytes audio_kind = {0x40, 0x9E, 0x69, 0xF8, 0x4D, 0x5B};
+    const Bytes video_kind = {0xC0, 0xEF, 0x19, 0xBC, 0x4D, 0x5B};
+    constexpr std::ptrdiff_t kLengths = 40;  // from the kind
+    constexpr std::ptrdiff_t kFormat = 54;
+    struct Row {
+        const char* why;
+        const Bytes& kind;
+        std::ptrdiff_t place;
+        std::uint8_t flipped;
+        const char* said;
+    };
+    const Row rows[] = {
+        {"the kind of the audio", audio_kind, 9, 0x10, "of a kind"},
+        {"the kind of the video", video_kind, 0, 0x01, "of a kind"},
+        {"the length of the audio's format", audio_kind, kLengths, 0xFF, "cut"},
+        {"the length of the video's format", video_kind, kLengths + 1, 0x10, "cut"},
+        {"channels", audio_kind, kFormat + 3, 0x80, "audio is damaged"},
+        {"samples a second", audio_kind, kFormat + 7, 0x01, "audio is damaged"},
+        {"the bitmap's width", video_kind, kFormat + 11 + 6, 0x40, "video is damaged"},
+        {"the bitmap's height", video_kind, kFormat + 11 + 10, 0x40, "video is damaged"},
+        {"the codec's name", video_kind, kFormat + 11 + 16, 0x80, "video is damaged"},
+        {"the bitmap's length", video_kind, kFormat + 11, 0x08, "video is cut"},
+    };
+    const std::string path = scratch.Path("x.wmv");
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        Bytes bytes = written.recording;
+        const auto kind = std::search(bytes.begin(), bytes.end(), row.kind.begin(), row.kind.end());
+        ASSERT_NE(kind, bytes.end());
+        kind[row.place] ^= row.flipped;
+        WriteBytes(path, bytes, bytes.size());
+        EXPECT_EQ(ErrorOf(path, row.said), platform::kInvalidData);
+        ExpectUntouched(path, bytes);
+    }
+}
+
 TEST(Repair, FilesOfAnotherWriter) {
     const clips::Scratch scratch;
     const std::string source =
