@@ -146,7 +146,7 @@ std::string FoundText(const std::string& path, const Inspection& found) {
 
 /// The name that `path` has in the end, and what there is to say about it.
 std::string Publish(const std::string& path, std::string& lines) {
-    const std::string target = TargetOfPart(path);
+    std::string target = TargetOfPart(path);
     if (target.empty()) return path;
     if (::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0)
         return target;
