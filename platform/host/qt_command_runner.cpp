@@ -18,6 +18,16 @@ QString BlankTrouble(const QString& command) {
     return {};
 }
 
+/// Parts as sentences, one behind the other.
+QString Joined(QStringList parts) {
+    for (QString& part : parts) {
+        part = part.simplified();
+        if (!part.isEmpty() && part.back().isLetterOrNumber()) part += QLatin1Char('.');
+    }
+    parts.removeAll(QString());
+    return parts.join(QLatin1Char(' '));
+}
+
 QString StillInForce(const CommandReport& report) {
     QStringList words;
     for (const std::string& word : report.carried_over) words << QString::fromStdString(word);
@@ -92,10 +102,8 @@ void CommandRunner::ShowFailure(const CommandReport& report) {
     if (report.last.end == CommandEnd::Refused) parts << BlankTrouble(given_);
     parts << QString::fromStdString(report.hint);
     if (report.last.end == CommandEnd::Refused) parts << StillInForce(report);
-    parts.removeAll(QString());
-    const QString text =
-        parts.isEmpty() ? Text("The command was refused.") : parts.join(QLatin1String("  "));
-    message_.ShowError(text.simplified(), given_);
+    const QString text = Joined(parts);
+    message_.ShowError(text.isEmpty() ? Text("The command was refused.") : text, given_);
 }
 
 void CommandRunner::ShowCarriedOver() {

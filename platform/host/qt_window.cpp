@@ -1,5 +1,6 @@
 #include "platform/host/qt_window.h"
 
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
@@ -32,6 +33,16 @@ QMessageBox::Icon BoxIcon(MessageIcon icon) {
             return QMessageBox::Information;
     }
     return QMessageBox::NoIcon;
+}
+
+/// The toolkit takes a plain widget for a mere filling, also where it is a program's window.
+struct InterfaceOfWindow : QAccessibleWidget {
+    explicit InterfaceOfWindow(QWidget* window) : QAccessibleWidget(window, QAccessible::Window) {}
+};
+
+QAccessibleInterface* FindInterface(const QString& /*class_name*/, QObject* object) {
+    auto* const window = dynamic_cast<QtWindow*>(object);
+    return window == nullptr ? nullptr : std::make_unique<InterfaceOfWindow>(window).release();
 }
 
 }  // namespace
@@ -82,6 +93,7 @@ QtWindow::QtWindow(std::string arguments)
       expected_rate_label_(expected_rate_, tr("Expected bit rate"), false),
       current_rate_label_(current_rate_, tr("Current bit rate"), false) {
     NameAndExplain();
+    QAccessible::installFactory(FindInterface);
 
     command_caption_.setText(tr("&Command:"));
     command_caption_.setBuddy(&command_);
@@ -275,6 +287,7 @@ void QtWindow::Stop() {
     if (form_ == nullptr) return;
     second_pass_.BeforeStop();
     runner_.HaltQueue();
+    time_left_.clear();  // the ticks that would keep it right have ended
     form_->cmdStop_Click();
 }
 

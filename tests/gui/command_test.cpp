@@ -85,7 +85,7 @@ TEST_F(Commands, AFailureStandsInTheMessageLineUntilTheNextGo) {
     PressGo();
     EXPECT_EQ(Message(), "");
     Refuse("Invalid parameter: -bogus", "Did you mean -profile?");
-    EXPECT_EQ(Message(), "Invalid parameter: -bogus Did you mean -profile?");
+    EXPECT_EQ(Message(), "Invalid parameter: -bogus. Did you mean -profile?");
     EXPECT_TRUE(Line().HasError());
     const auto& label = *Line().findChild<QLabel*>(QStringLiteral("message"));
     EXPECT_NE(label.palette().color(QPalette::WindowText),
@@ -105,7 +105,7 @@ TEST_F(Commands, AFailureStandsInTheMessageLineUntilTheNextGo) {
     report.last.end = CommandEnd::Failed;
     report.last.error = {platform::kDiskFull, "the disk is full"};
     form_.listener->OnCommandEnd(report);
-    EXPECT_EQ(Message(), "the disk is full");
+    EXPECT_EQ(Message(), "the disk is full.");
 }
 
 TEST_F(Commands, BlanksThatMakeEmptyWordsAreNamed) {
@@ -133,7 +133,7 @@ TEST_F(Commands, WhatIsStillInForceIsNamed) {
     EXPECT_THAT(Message(), HasSubstr("New session"));
     EXPECT_FALSE(Line().HasError());
     Refuse("two sources");
-    EXPECT_THAT(Message(), HasSubstr("two sources Still in force: -audioonly"));
+    EXPECT_THAT(Message(), HasSubstr("two sources. Still in force: -audioonly"));
     window().findChild<QAction*>(QStringLiteral("newSession"))->trigger();
     EXPECT_EQ(Message(), "");
 }
@@ -187,7 +187,8 @@ TEST_F(Commands, TheTimeThatIsLeftStandsBesideThePercentage) {
     window().Timer1().SetInterval(20);
     window().Timer1().SetEnabled(true);
     RunUntil([&] { return left.text().endsWith(QLatin1String(" left")); });
-    form_.listener->OnStateChange(EncoderState::Stopped);
+    window().Timer1().SetEnabled(false);
+    Find<QPushButton>("cmdStop").click();
     EXPECT_EQ(left.text(), "");
 }
 

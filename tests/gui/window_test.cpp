@@ -146,6 +146,7 @@ TEST_F(Window, EveryControlHasAnAccessibleName) {
         EXPECT_FALSE(spoken->text(QAccessible::Name).isEmpty())
             << widget->objectName().toStdString();
     }
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&window())->role(), QAccessible::Window);
     window().lblStatus().SetCaption("  Done.");
     EXPECT_EQ(Find<QLabel>("lblStatus").accessibleName(), "Status: Done.");
     window().Label1().SetCaption("Elapsed time: \r\n12 secs");
