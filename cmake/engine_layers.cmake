@@ -1,11 +1,11 @@
-# The engine's folders from the ground up. A room links, and so includes, rooms of its own folder, of
-# the lines above its own, and of folders within its own; folders of one line stand side by side and
-# do not know each other.
+# The engine's folders from the ground up, as expressions. A room links, and so includes, rooms of
+# its own folder, of the lines above its own, and of folders within its own; folders of one line
+# stand side by side and do not know each other.
 set(ENGINE_LAYERS
     "engine/base"
     "engine/base/av engine/plan"
     "engine/sources/system"
-    "engine/sources engine/sources/files engine/sources/screen engine/sources/audio engine/sources/camera engine/filters engine/encoders engine/outputs engine/outputs/asf"
+    "engine/sources engine/sources/[a-z]+ engine/filters engine/encoders engine/outputs engine/outputs/[a-z]+"
     "engine/pipeline"
     "engine/prepare"
     "engine/media"
@@ -21,10 +21,12 @@ function(_engine_rank folder result)
     set(rank 0)
     foreach(line IN LISTS ENGINE_LAYERS)
         string(REPLACE " " ";" folders "${line}")
-        if(folder IN_LIST folders)
-            set(${result} ${rank} PARENT_SCOPE)
-            return()
-        endif()
+        foreach(known IN LISTS folders)
+            if(folder MATCHES "^${known}$")
+                set(${result} ${rank} PARENT_SCOPE)
+                return()
+            endif()
+        endforeach()
         math(EXPR rank "${rank} + 1")
     endforeach()
     message(FATAL_ERROR "${folder} has no place in cmake/engine_layers.cmake")
