@@ -143,8 +143,7 @@ TranscodeResult EncodingRun::Transcode() {
                           trap.Report());
         return TranscodeResult::NotPrepared;
     }
-    for (const std::string& note : encoder.TakeNotes())
-        if (notes_told_.insert(note).second) pane_.OutputInfo(note);
+    TellNotes(encoder);
 
     g_encodeError = 0;
     window_.Timer1().SetInterval(1000);
@@ -163,6 +162,11 @@ TranscodeResult EncodingRun::Transcode() {
     }
     g_dtStart = clock_();
     return TranscodeResult::Started;
+}
+
+void EncodingRun::TellNotes(platform::WMEncoder& encoder) {
+    for (const std::string& note : encoder.TakeNotes())
+        if (notes_told_.insert(note).second) pane_.OutputInfo(note);
 }
 
 void EncodingRun::g_objEncoder_OnStateChange(platform::EncoderState state) {
@@ -202,6 +206,7 @@ void EncodingRun::OnStopped() {
     window_.cmdGo().SetCaption("&Go");
     window_.Timer1().SetEnabled(false);
     const std::uint64_t session = session_number_;
+    if (session_.g_objEncoder) TellNotes(*session_.g_objEncoder);
     if (g_encodeError == 0) {
         pane_.OutputInfo("======== Encoding Completed ========\r\n");
         // Nobody else prints the report, so that a run has one.

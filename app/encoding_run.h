@@ -81,6 +81,7 @@ class EncodingRun {
     void g_objEncoder_OnError(std::int32_t number, const std::string& description);
     void OnRunning();
     void OnStopped();
+    void TellNotes(platform::WMEncoder& encoder);
     RunEnd HowItEnded() const;
     void ReleaseEncoder();
     void StopEncoder(platform::WMEncoder& encoder);

@@ -402,8 +402,8 @@ class WMEncoder {
 
     /// Checks the whole session and readies it. `force` prepares again when prepared already.
     virtual void PrepareToEncode(bool force) = 0;
-    /// What the last preparation found that a person should know, a line each; none when asked
-    /// again.
+    /// What the last preparation, and the run since, found that a person should know, a line each;
+    /// none when asked again.
     virtual std::vector<std::string> TakeNotes() = 0;
     /// Returns at once; states and errors follow as events. Prepares first when that has not been
     /// done, and then fails with prepare's error. A paused encoder goes on.

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "engine/base/stream_header.h"
 #include "platform/encoder.h"
@@ -13,8 +14,9 @@ namespace engine {
 /// Called from the run's own threads, one call at a time: Starting, Running, (EndPreprocess and
 /// Running again for a second pass), Stopping, Stopped; Paused and Running as asked. An error comes
 /// once the pass has come to its end and the file is closed, since it says what is left of it;
-/// before Stopping, unless the run was stopping already. A live source that fails ends the run as a
-/// stop does: the file is whole and has its name. Nothing is called after Stopped.
+/// before Stopping, unless the run was stopping already. A live source that fails, or a file that was
+/// cut off, ends the run as a stop does: the output is whole and has its name. Nothing is called after
+/// Stopped.
 struct RunCallbacks {
     std::function<void(platform::EncoderState)> on_state;
     std::function<void(std::int32_t number, const std::string& description)> on_error;
@@ -44,6 +46,8 @@ class SessionRun {
     /// of the session, whose time stands still. Both return at once; the state says when it is so.
     virtual void Pause() = 0;
     virtual void Resume() = 0;
+    /// Lines about what was met on the way, each once.
+    virtual std::vector<std::string> TakeNotes() { return {}; }
     virtual const RunFigures& Figures() const = 0;
 };
 

@@ -22,8 +22,9 @@ constexpr const char* kSubject = "Conversion of the sound failed";
 }  // namespace
 
 AudioResampler::AudioResampler(const AudioFrameFormat& format, const Downmix& downmix,
-                               AudioClock clock, Ticks end, FramePool& frames)
-    : format_(format), downmix_(downmix), clock_(clock), end_(end), frames_(frames) {
+                               AudioClock clock, Ticks end, const std::atomic<bool>& stop,
+                               FramePool& frames)
+    : format_(format), downmix_(downmix), clock_(clock), end_(end), stop_(stop), frames_(frames) {
     const int bytes = av_samples_get_buffer_size(nullptr, format.channels, format.frame_samples,
                                                  format.samples, 0);
     CheckAv(bytes, kSubject);
@@ -141,6 +142,7 @@ bool AudioResampler::FeedSilence(std::int64_t samples, const FrameSink& next) {
         samples = std::min(
             samples, av_rescale(end_.count, shape_.sampling_rate, Ticks::kPerSecond) - Reached());
     while (samples > 0) {
+        if (stop_ && clock_ == AudioClock::Media) return false;
         const int count = static_cast<int>(std::min<std::int64_t>(samples, shape_.sampling_rate));
         CheckAv(swr_inject_silence(resampler_.get(), count), kSubject);
         fed_ += count;

@@ -2,6 +2,7 @@
 // silence, overlaps cut, resampled and mixed to the encoder's format, in frames of its size.
 #pragma once
 
+#include <atomic>
 #include <optional>
 
 #include "engine/base/av/av_ptr.h"
@@ -22,9 +23,10 @@ enum class AudioClock {
 /// One thread. Sound starts at session time 0: what comes later is led in by silence.
 class AudioResampler {
   public:
-    /// @param end  session time at which the sound ends; 0 = with its source
+    /// @param end   session time at which the sound ends; 0 = with its source
+    /// @param stop  once true, no gap of a file is filled any more; must outlive this object
     AudioResampler(const AudioFrameFormat& format, const Downmix& downmix, AudioClock clock,
-                   Ticks end, FramePool& frames);
+                   Ticks end, const std::atomic<bool>& stop, FramePool& frames);
 
     /// The frames that `next` gets count samples in pts. False when no more frames are wanted.
     bool Push(FrameHandle frame, const FrameSink& next);
@@ -52,6 +54,7 @@ class AudioResampler {
     Downmix downmix_;
     AudioClock clock_;
     Ticks end_;
+    const std::atomic<bool>& stop_;
     FramePool& frames_;
     AvPtr<AVBufferPool> buffers_;
     AvPtr<SwrContext> resampler_;

@@ -94,4 +94,10 @@ void Encoder::Start() {
     control_->Start();
 }
 
+std::vector<std::string> Encoder::TakeNotes() {
+    std::vector<std::string> notes = std::exchange(notes_, {});
+    for (std::string& note : control_->TakeNotes()) notes.push_back(std::move(note));
+    return notes;
+}
+
 }  // namespace engine

@@ -71,6 +71,10 @@ void RunControl::Close() {
     state_ = EncoderState::Stopped;
 }
 
+std::vector<std::string> RunControl::TakeNotes() {
+    return run_ ? run_->TakeNotes() : std::vector<std::string>();
+}
+
 // The listener may do anything, also drop the encoder: nothing of it is touched after the call.
 void RunControl::Deliver(EncoderState state) {
     state_ = state;

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "engine/object_model/engine_parts.h"
 #include "platform/event_loop.h"
@@ -33,6 +34,9 @@ class RunControl : public std::enable_shared_from_this<RunControl> {
     bool Resume();
     /// No event comes any more; a run is stopped gracefully and waited for.
     void Close();
+
+    /// Lines about what the run has met, each once.
+    std::vector<std::string> TakeNotes();
 
     /// The run that goes on or was the last; null before the first.
     const SessionRun* Run() const { return run_.get(); }

@@ -9,20 +9,12 @@ namespace engine {
 
 using platform::EncoderState;
 
-namespace {
-
-// Errors of one stream's every frame would otherwise fill the terminal; what matters is thrown.
-void SilenceFfmpeg() { av_log_set_level(AV_LOG_QUIET); }
-
-}  // namespace
-
 EncodingRun::EncodingRun(EncodePlan plan, RunCallbacks callbacks, RunParts parts)
     : plan_(std::move(plan)),
       callbacks_(std::move(callbacks)),
       parts_(std::move(parts)),
       statistics_(plan_),
       outputs_(plan_, parts_, statistics_) {
-    SilenceFfmpeg();
     OpenPass({1, plan_.passes, plan_.media_length, {}}, {});
     OutputHeader header;
     header.streams = pass_->Headers();
@@ -49,6 +41,11 @@ void EncodingRun::Stop() {
     changed_.notify_all();
 }
 
+std::vector<std::string> EncodingRun::TakeNotes() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(notes_, {});
+}
+
 void EncodingRun::SetPaused(bool paused) {
     const std::lock_guard lock(mutex_);
     if (stops_asked_ > 0) return;
@@ -65,6 +62,10 @@ void EncodingRun::OpenPass(const EncoderPass& pass, Ticks end) {
     events.lost = [this](const platform::Error& error) {
         const std::lock_guard lock(mutex_);
         if (!loss_) loss_ = error;
+    };
+    events.noted = [this](const std::string& note) {
+        const std::lock_guard lock(mutex_);
+        if (noted_.insert(note).second) notes_.push_back(note);  // each pass says it
     };
     events.ended = [this] {
         const std::lock_guard lock(mutex_);
@@ -93,7 +94,7 @@ void EncodingRun::Control() {
         if (cause_)
             Report(*cause_, outputs_.RemainsText());
         else if (loss_)
-            Report(*loss_, fmt::format("What was recorded until then is in \"{}\", which is "
+            Report(*loss_, fmt::format("What was encoded until then is in \"{}\", which is "
                                        "whole.",
                                        plan_.FilePath()));
         AnnounceStopping();

@@ -5,8 +5,10 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "engine/base/av/coded_frame_pool.h"
 #include "engine/base/session_run.h"
@@ -33,6 +35,7 @@ class EncodingRun final : public SessionRun {
     void Stop() override;
     void Pause() override { SetPaused(true); }
     void Resume() override { SetPaused(false); }
+    std::vector<std::string> TakeNotes() override;
     const RunFigures& Figures() const override { return statistics_; }
 
   private:
@@ -64,7 +67,9 @@ class EncodingRun final : public SessionRun {
     bool pause_asked_ = false;
     bool pass_ended_ = false;
     std::optional<platform::Error> failure_;
-    std::optional<platform::Error> loss_;  // of a live source
+    std::optional<platform::Error> loss_;  // of a source that ended before its time
+    std::vector<std::string> notes_;
+    std::set<std::string> noted_;
 
     // The control thread's own.
     int stops_honoured_ = 0;

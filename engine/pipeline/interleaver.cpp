@@ -10,11 +10,12 @@ namespace {
 // How often a writer with a full and an empty stream looks whether the empty one can still fill:
 // nothing wakes it when the input's reader comes to a halt.
 constexpr std::chrono::milliseconds kStarvedCheck{5};
+constexpr std::chrono::seconds kLongestWaitOnClock{1};
 
 }  // namespace
 
 Interleaver::Interleaver(bool has_audio, bool has_video, bool live, std::function<bool()> starved)
-    : live_(live), starved_(std::move(starved)) {
+    : live_(live), starved_(std::move(starved)), idle_since_(Clock::now()) {
     audio_.finished = !has_audio;
     video_.finished = !has_video;
 }
@@ -25,8 +26,7 @@ bool Interleaver::Push(MediaKind kind, CodedFrame frame) {
     freed_.wait(lock, [&] { return cancelled_ || !lane.Full(); });
     if (cancelled_) return false;
     lane.bytes += frame.bytes.size();
-    lane.frames.push_back(std::move(frame));
-    lane.begun = true;
+    lane.frames.push_back({std::move(frame), Clock::now()});
     if (KnowsNext() || IsFull()) filled_.notify_one();
     return true;
 }
@@ -43,26 +43,46 @@ void Interleaver::Cancel() {
     freed_.notify_all();
 }
 
-bool Interleaver::KnowsNext() const {
-    if (!audio_.Awaited() && !video_.Awaited()) return true;
-    return live_ && (IsFull() || HasWaitedEnough());
+bool Interleaver::Lane::HasWaited(Clock::time_point now) const {
+    if (frames.empty()) return false;
+    return frames.back().frame.dts - frames.front().frame.dts >= kLongestWait ||
+           now - frames.front().since >= kLongestWaitOnClock;
 }
 
-bool Interleaver::HasWaitedEnough() const {
-    return audio_.HasWaited(kLongestWait) ||
-           video_.HasWaited(audio_.begun ? kLongestWait : kLongestStart);
+bool Interleaver::KnowsNext() const {
+    if (!audio_.Awaited() && !video_.Awaited()) return true;
+    if (!live_) return false;
+    const Clock::time_point now = Clock::now();
+    return IsFull() || audio_.HasWaited(now) || video_.HasWaited(now);
+}
+
+// The time at which the oldest frame has waited long enough, or at which nothing has come for long.
+Interleaver::Clock::time_point Interleaver::WaitsUntil() const {
+    Clock::time_point since = Clock::time_point::max();
+    for (const Lane* lane : {&audio_, &video_})
+        if (!lane->frames.empty()) since = std::min(since, lane->frames.front().since);
+    return (since == Clock::time_point::max() ? idle_since_ : since) + kLongestWaitOnClock;
 }
 
 Interleaver::Lane* Interleaver::Next() {
     if (audio_.frames.empty() && video_.frames.empty()) return nullptr;
     if (audio_.frames.empty()) return &video_;
     if (video_.frames.empty()) return &audio_;
-    return video_.frames.front().dts < audio_.frames.front().dts ? &video_ : &audio_;
+    return video_.frames.front().frame.dts < audio_.frames.front().frame.dts ? &video_ : &audio_;
 }
 
-bool Interleaver::Pop(MediaKind& kind, CodedFrame& frame) {
+Interleaver::Popped Interleaver::Pop(MediaKind& kind, CodedFrame& frame) {
     std::unique_lock lock(mutex_);
     while (!KnowsNext()) {
+        if (live_) {
+            filled_.wait_until(lock, WaitsUntil());
+            const Clock::time_point now = Clock::now();
+            if (!audio_.frames.empty() || !video_.frames.empty() || KnowsNext() ||
+                now - idle_since_ < kLongestWaitOnClock)
+                continue;
+            idle_since_ = now;
+            return Popped::Nothing;
+        }
         if (!IsFull())
             filled_.wait(lock);
         else if (starved_())
@@ -71,15 +91,16 @@ bool Interleaver::Pop(MediaKind& kind, CodedFrame& frame) {
             filled_.wait_for(lock, kStarvedCheck);
     }
     Lane* lane = Next();
-    if (lane == nullptr) return false;
+    if (lane == nullptr) return Popped::End;
+    idle_since_ = Clock::now();
     const bool was_full = IsFull();
     kind = lane == &audio_ ? MediaKind::Audio : MediaKind::Video;
-    frame = std::move(lane->frames.front());
+    frame = std::move(lane->frames.front().frame);
     lane->frames.pop_front();
     lane->bytes -= frame.bytes.size();
     frame.dts = last_dts_ = std::max(frame.dts, last_dts_);
     if (was_full) freed_.notify_all();
-    return true;
+    return Popped::Frame;
 }
 
 }  // namespace engine

@@ -1,8 +1,10 @@
 // Brings the coded frames of a session's streams into one order of dts.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -15,9 +17,9 @@ namespace engine {
 /// One encoder a stream pushes, one writer pops. The next frame is known once every stream that
 /// has not finished shows its own; a stream that cannot show one (`starved` says so: the input's
 /// reader waits for room in the other stream) is not waited for when the other one is full. In a
-/// session of live sources no stream is waited for longer than a second of the other: a still
-/// screen has nothing to say, and what was heard meanwhile must reach the disk. Only the first
-/// sound is waited for longer: a sound server may have to wake its device.
+/// session of live sources no frame waits for longer than a second, of its own time or on the
+/// clock: a still screen has nothing to say, a sound server may have to wake its device, and what
+/// was captured meanwhile must reach the disk.
 class Interleaver {
   public:
     Interleaver(bool has_audio, bool has_video, bool live, std::function<bool()> starved);
@@ -25,32 +27,38 @@ class Interleaver {
     /// Blocks while the stream's queue is full. False when the writer has gone.
     bool Push(MediaKind kind, CodedFrame frame);
     void Finish(MediaKind kind);
+    enum class Popped : std::uint8_t {
+        Frame,
+        Nothing,  // of live sources, for a second
+        End       // all streams have finished and everything was taken
+    };
     /// Dts never decrease: a frame that came too late takes that of the one before it.
-    /// False when all streams have finished and everything was taken.
-    bool Pop(MediaKind& kind, CodedFrame& frame);
+    Popped Pop(MediaKind& kind, CodedFrame& frame);
     void Cancel();  // by the writer
 
   private:
     static constexpr std::size_t kMaxFrames = 1024;
     static constexpr std::size_t kMaxBytes = 48U << 20U;
     static constexpr Ticks kLongestWait{Ticks::kPerSecond};
-    static constexpr Ticks kLongestStart{6 * Ticks::kPerSecond};
 
+    using Clock = std::chrono::steady_clock;
+
+    struct Waiting {
+        CodedFrame frame;
+        Clock::time_point since;
+    };
     struct Lane {
-        std::deque<CodedFrame> frames;
+        std::deque<Waiting> frames;
         std::size_t bytes = 0;
-        bool begun = false;
         bool finished = true;
         bool Full() const { return frames.size() >= kMaxFrames || bytes >= kMaxBytes; }
         bool Awaited() const { return !finished && frames.empty(); }
-        bool HasWaited(Ticks time) const {
-            return !frames.empty() && frames.back().dts - frames.front().dts >= time;
-        }
+        bool HasWaited(Clock::time_point now) const;
     };
 
     Lane& Of(MediaKind kind) { return kind == MediaKind::Audio ? audio_ : video_; }
     bool KnowsNext() const;
-    bool HasWaitedEnough() const;
+    Clock::time_point WaitsUntil() const;
     bool IsFull() const { return audio_.Full() || video_.Full(); }
     Lane* Next();
 
@@ -60,6 +68,7 @@ class Interleaver {
     bool live_;
     std::function<bool()> starved_;
     Ticks last_dts_;
+    Clock::time_point idle_since_;
     bool cancelled_ = false;
 };
 

@@ -57,7 +57,7 @@ Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const R
         Feed(audio_.emplace(Chain{MediaKind::Audio}), from, true, shared);
         resampler_.emplace(audio_encoder_->Format(), plan.audio->downmix,
                            from.capture ? AudioClock::Capture : AudioClock::Media, EndOf(from, end),
-                           frames_);
+                           stop_, frames_);
     }
     if (plan.video) {
         video_encoder_ = MakeVideoEncoder(*plan.video, number, packets_);
@@ -168,7 +168,11 @@ void Pass::Join() {
     threads_.clear();
 }
 
-void Pass::Read(Input& input) { input.reader->Run(input.router); }
+void Pass::Read(Input& input) {
+    input.reader->Run(input.router);
+    const std::string leap = input.reader->LeapText();
+    if (!leap.empty()) events_.noted(leap);
+}
 
 void Pass::Capture(Chain& chain) {
     const AtExit end([&] { captured_->Finish(chain.kind); });
@@ -188,13 +192,22 @@ void Pass::Capture(Chain& chain) {
     }
 }
 
+// A file that ends too early is lost as a device is: what it gave is good, and is kept.
+void Pass::JudgeEnd(const FileFeed& file, MediaKind kind) {
+    if (stop_) return;
+    const std::string text = file.input.reader->CutOffText(kind, file.decoder.End());
+    if (!text.empty()) events_.lost({platform::kInvalidData, text});
+}
+
 // Hands on all that the stream's source gives. False when no more is wanted.
 bool Pass::Drain(Chain& chain, const FrameSink& next) {
     if (chain.file) {
         PacketHandle packet;
         while (chain.file->input.router.Pop(chain.kind, packet))
             if (!chain.file->decoder.Decode(packet.get(), next)) return false;
-        return chain.file->decoder.Decode(nullptr, next);
+        if (!chain.file->decoder.Decode(nullptr, next)) return false;
+        JudgeEnd(*chain.file, chain.kind);
+        return true;
     }
     const bool audio = chain.kind == MediaKind::Audio;
     const InputPlan& input = audio ? plan_.audio->input : plan_.video->input;
@@ -300,7 +313,13 @@ void Pass::Write(RunOutputs* outputs) {
     const AtExit end([&] { interleaver_->Cancel(); });
     MediaKind kind = MediaKind::Audio;
     CodedFrame frame;
-    while (interleaver_->Pop(kind, frame)) {
+    for (;;) {
+        const Interleaver::Popped popped = interleaver_->Pop(kind, frame);
+        if (popped == Interleaver::Popped::End) return;
+        if (popped == Interleaver::Popped::Nothing) {
+            if (outputs != nullptr) outputs->Flush();
+            continue;
+        }
         if (outputs != nullptr) outputs->Write(frame);
         statistics_.Written(kind, frame);
         frame.bytes = {};

@@ -36,8 +36,10 @@ class Pass {
     struct Events {
         /// From any of the pass's threads; the pass then ends by itself as after Stop.
         std::function<void(const platform::Error&)> failed;
-        /// The same of a live source: what it gave before is good.
+        /// The same of a source that ends before its time: what it gave before is good.
         std::function<void(const platform::Error&)> lost;
+        /// A line about what was read.
+        std::function<void(const std::string&)> noted;
         /// From the writer, after the last frame.
         std::function<void()> ended;
     };
@@ -97,6 +99,7 @@ class Pass {
 
     void Read(Input& input);
     void Capture(Chain& chain);
+    void JudgeEnd(const FileFeed& file, MediaKind kind);
     bool Drain(Chain& chain, const FrameSink& next);
     void CancelSource(Chain& chain);
     Ticks LiveEnd() const;

@@ -29,6 +29,11 @@ void RunOutputs::Write(const CodedFrame& frame) {
     TellStatistics();
 }
 
+void RunOutputs::Flush() {
+    for (const auto& sink : sinks_) sink->Flush();
+    TellStatistics();
+}
+
 void RunOutputs::Finish() {
     platform::ErrorTrap trap;
     for (const auto& sink : sinks_) trap([&] { sink->Finish(); });

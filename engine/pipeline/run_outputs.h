@@ -20,6 +20,7 @@ class RunOutputs {
     /// Throws what the first output that cannot begin throws; then the others are abandoned.
     void Begin(const OutputHeader& header);
     void Write(const CodedFrame& frame);
+    void Flush();
     /// Finishes every output, also when one fails, and throws what failed first.
     void Finish();
     void Abandon();

@@ -70,6 +70,16 @@ void AsfFile::Write(const CodedFrame& frame) {
         std::max(totals.largest_object, static_cast<std::uint32_t>(frame.bytes.size()));
 }
 
+void AsfFile::Flush() {
+    if (failure_) throw platform::Error(*failure_);
+    try {
+        packetizer_->Flush();
+    } catch (const platform::Error& error) {
+        failure_ = error;
+        throw;
+    }
+}
+
 Ticks AsfFile::Ahead(StreamTotals& stream, Ticks pts) {
     const Ticks kept_back = stream.kept_back.value_or(pts);
     if (pts < kept_back) return {};  // shown at once

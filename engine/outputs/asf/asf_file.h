@@ -41,6 +41,7 @@ class AsfFile final : public OutputSink {
 
     void Begin(const OutputHeader& header) override;
     void Write(const CodedFrame& frame) override;
+    void Flush() override;
     /// Throws what failed in itself only, after it has done all that could be done.
     void Finish() override;
     /// Completes the part as far as that is possible, and leaves it a part.

@@ -8,7 +8,8 @@
 namespace engine::asf {
 namespace {
 constexpr std::int64_t kIntervalMs = 1000;
-constexpr std::size_t kEntriesAhead = 14'400;  // four hours before the table ever grows
+constexpr std::size_t kEntriesAhead = 14'400;    // four hours before the table ever grows
+constexpr std::size_t kMostEntries = 4'294'967;  // then the times of packets begin anew
 }  // namespace
 
 SimpleIndex::SimpleIndex() { entries_.reserve(kEntriesAhead); }
@@ -23,7 +24,8 @@ void SimpleIndex::Add(const KeyFrameSpan& key_frame) {
 }
 
 void SimpleIndex::FillBefore(std::int64_t pts_ms) {
-    while (static_cast<std::int64_t>(entries_.size()) * kIntervalMs < pts_ms)
+    while (entries_.size() < kMostEntries &&
+           static_cast<std::int64_t>(entries_.size()) * kIntervalMs < pts_ms)
         entries_.push_back(latest_);
 }
 

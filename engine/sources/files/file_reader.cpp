@@ -2,10 +2,17 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 #include "engine/base/av/av_error.h"
+#include "engine/sources/files/av_times.h"
+#include "engine/sources/files/cut_off.h"
+#include "engine/sources/files/stated_size.h"
 
 namespace engine {
 namespace {
@@ -14,10 +21,6 @@ namespace {
 // from its beginning. Some: sound decoders need packets before the first whole one. More: a file
 // without an index is entered anywhere.
 constexpr Ticks kLeadIns[] = {Ticks::FromMilliseconds(500), Ticks::FromMilliseconds(12'000)};
-// Timestamps that go back by more, or (in formats that splice streams) leap forward by more, are a
-// new count; smaller steps are a stream's own.
-constexpr Ticks kLeapBack = Ticks::FromMilliseconds(-500);
-constexpr Ticks kLeapForward = Ticks::FromMilliseconds(10'000);
 constexpr int kMostBrokenReads = 1000;  // in a row
 constexpr std::size_t kMostReadAhead = 4096;
 
@@ -32,16 +35,27 @@ FileReader::FileReader(InputPlan input, bool want_audio, bool want_video, Packet
       packets_(packets),
       interrupt_{Interrupted, &stop_} {
     Open();
+    BeginTimes(media_.origin);
     if (input_.mark_in.count <= 0 || media_.still) return;
     for (const Ticks lead_in : kLeadIns) {
-        if (SeekBeforeStart(lead_in) && CanDecodeStart()) return;
+        if (SeekBeforeStart(lead_in) && CanDecodeStart()) {
+            BeginTimes(Start());
+            return;
+        }
         read_ahead_.clear();
         Open();
     }
 }
 
+void FileReader::BeginTimes(Ticks begin) {
+    const bool is_spliced = (media_.format->iformat->flags & AVFMT_TS_DISCONT) != 0;
+    times_.emplace(media_.origin, begin, media_.Length(), is_spliced);
+}
+
 void FileReader::Open() {
     media_ = OpenMediaFile(input_.path, &interrupt_);
+    ended_ = false;
+    unwanted_end_ = {};
     for (const MediaKind kind : {MediaKind::Audio, MediaKind::Video}) {
         if (!Wants(kind)) continue;
         AVStream* stream = kind == MediaKind::Audio ? media_.audio : media_.video;
@@ -50,6 +64,10 @@ void FileReader::Open() {
                                   fmt::format("{}: it holds no {}", input_.path,
                                               kind == MediaKind::Audio ? "sound" : "picture"));
         stream->discard = AVDISCARD_DEFAULT;
+        // Where only the length of all streams is stated, all tell whether the file is as long.
+        if (stream->duration > 0 || media_.StatedLength(*stream).count == 0) continue;
+        for (AVStream* other : {media_.audio, media_.video})
+            if (other != nullptr) other->discard = AVDISCARD_DEFAULT;
     }
 }
 
@@ -81,7 +99,7 @@ bool FileReader::CanDecodeStart() {
         bool& open = &stream == media_.audio ? audio_open : video_open;
         const std::int64_t time = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
         if (open && time != AV_NOPTS_VALUE && (packet->flags & AV_PKT_FLAG_KEY) != 0) {
-            if (Ticks{av_rescale_q(time, stream.time_base, kTicksBase)} > Start()) return false;
+            if (TicksOf(time, stream.time_base) > Start()) return false;
             open = false;
         }
         read_ahead_.push_back(std::move(packet));
@@ -96,11 +114,19 @@ bool FileReader::ReadPacket(PacketHandle& packet) {
             const AVStream* stream = media_.format->streams[packet->stream_index];
             if ((want_audio_ && stream == media_.audio) || (want_video_ && stream == media_.video))
                 return true;
+            NoteUnwanted(*packet);
             av_packet_unref(packet.get());
-        } else if (result == AVERROR_EOF || result == AVERROR_EXIT) {
+        } else if (result == AVERROR_EOF) {
+            ended_ = true;
             return false;
-        } else if (result == AVERROR_INVALIDDATA || result == AVERROR(EAGAIN)) {
-            if (++broken > kMostBrokenReads) return false;
+        } else if (result == AVERROR_EXIT) {
+            return false;
+        } else if (result == AVERROR_INVALIDDATA || result == AVERROR(EAGAIN) ||
+                   result == AVERROR(EPERM)) {
+            if (++broken > kMostBrokenReads) {
+                ended_ = true;
+                return false;
+            }
         } else {
             throw AvError(result, fmt::format("Reading {} failed", input_.path));
         }
@@ -108,30 +134,59 @@ bool FileReader::ReadPacket(PacketHandle& packet) {
     return false;
 }
 
-void FileReader::RepairTimes(AVPacket& packet) {
+void FileReader::NoteUnwanted(const AVPacket& packet) {
     const AVStream& stream = *media_.format->streams[packet.stream_index];
-    StreamClock& clock = &stream == media_.audio ? audio_clock_ : video_clock_;
-    const std::int64_t stamp = packet.dts != AV_NOPTS_VALUE ? packet.dts : packet.pts;
-    if (stamp != AV_NOPTS_VALUE) {
-        Ticks time = Ticks{av_rescale_q(stamp, stream.time_base, kTicksBase)} + shift_;
-        if (clock.started) {
-            const Ticks leap = time - clock.next;
-            const bool splices = (media_.format->iformat->flags & AVFMT_TS_DISCONT) != 0;
-            if (leap < kLeapBack || (splices && leap > kLeapForward)) {
-                shift_ = shift_ - leap;
-                time = clock.next;
-            }
-        }
-        clock.started = true;
-        clock.next = time + Ticks{av_rescale_q(packet.duration, stream.time_base, kTicksBase)};
-    }
-    const std::int64_t shift = av_rescale_q(shift_.count, kTicksBase, stream.time_base);
-    if (packet.pts != AV_NOPTS_VALUE) packet.pts += shift;
-    if (packet.dts != AV_NOPTS_VALUE) packet.dts += shift;
+    if (packet.pts == AV_NOPTS_VALUE) return;
+    const Ticks time = TicksOf(packet.pts, stream.time_base);
+    unwanted_end_ = std::max(unwanted_end_, time - media_.origin);
+}
+
+void FileReader::CorrectTimes(AVPacket& packet) {
+    const AVStream& stream = *media_.format->streams[packet.stream_index];
+    const auto ticks = [&](std::int64_t time) {
+        return time == AV_NOPTS_VALUE ? std::optional<Ticks>() : TicksOf(time, stream.time_base);
+    };
+    const PacketTimes before{ticks(packet.pts), ticks(packet.dts),
+                             ticks(packet.duration).value_or(Ticks{})};
+    PacketTimes after = before;
+    times_->Correct(&stream == media_.audio ? MediaKind::Audio : MediaKind::Video, after);
+    // What is right stays as it is, to the last digit of its own count.
+    const auto correct = [&](std::int64_t& time, std::optional<Ticks> was,
+                             std::optional<Ticks> is) {
+        if (was == is) return;
+        time = is ? av_rescale_q(is->count, kTicksBase, stream.time_base) : AV_NOPTS_VALUE;
+    };
+    correct(packet.pts, before.pts, after.pts);
+    correct(packet.dts, before.dts, after.dts);
+    if (after.duration != before.duration) packet.duration = 0;
+}
+
+std::string FileReader::LeapText() const {
+    const std::optional<SourceTimes::Leap>& leap = times_->FirstLeap();
+    if (!leap) return {};
+    return fmt::format(
+        "{}: its times leap by {:.1f} seconds at {:.1f} seconds; they go on as if the "
+        "leap were not there",
+        input_.path, leap->by.Seconds(), leap->at.Seconds());
+}
+
+std::string FileReader::CutOffText(MediaKind kind, Ticks decoded) const {
+    if (!ended_ || media_.still) return {};
+    const AVStream& stream = Stream(kind);
+    SourceEnd end;
+    end.decoded = decoded + input_.mark_in;
+    end.read = times_->Last(kind) - media_.origin;
+    end.whole = stream.duration > 0 ? end.decoded : std::max(end.decoded, unwanted_end_);
+    end.stated = media_.StatedLength(stream);
+    std::error_code error;
+    const std::uint64_t bytes = std::filesystem::file_size(input_.path, error);
+    if (!error) end.bytes = bytes;
+    if (!error) end.stated_bytes = StatedBytes(input_.path).value_or(0);
+    return engine::CutOffText(input_.path, end);
 }
 
 void FileReader::Route(PacketHandle packet, PacketRouter& router) {
-    RepairTimes(*packet);
+    CorrectTimes(*packet);
     const bool audio = media_.format->streams[packet->stream_index] == media_.audio;
     router.Push(audio ? MediaKind::Audio : MediaKind::Video, std::move(packet));
 }

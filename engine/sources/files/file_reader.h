@@ -2,6 +2,8 @@
 #pragma once
 
 #include <atomic>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "engine/base/av/av_ptr.h"
@@ -9,6 +11,7 @@
 #include "engine/plan/encode_plan.h"
 #include "engine/sources/files/open_media.h"
 #include "engine/sources/files/packet_router.h"
+#include "engine/sources/files/source_times.h"
 
 namespace engine {
 
@@ -33,18 +36,22 @@ class FileReader {
     void Run(PacketRouter& router);
     void Stop() { stop_ = true; }
 
+    // After Run, or once the router has nothing more.
+    /// @param decoded  session time up to which frames of the stream came
+    /// What to say of a file that was read to its end and has come to it too early; "" = nothing.
+    std::string CutOffText(MediaKind kind, Ticks decoded) const;
+    /// What to say of times that leapt and were counted on; "" = nothing.
+    std::string LeapText() const;
+
   private:
     void Open();
     bool SeekBeforeStart(Ticks lead_in);
     bool CanDecodeStart();
     bool ReadPacket(PacketHandle& packet);
-    void RepairTimes(AVPacket& packet);
+    void BeginTimes(Ticks begin);
+    void CorrectTimes(AVPacket& packet);
+    void NoteUnwanted(const AVPacket& packet);
     void Route(PacketHandle packet, PacketRouter& router);
-
-    struct StreamClock {
-        bool started = false;
-        Ticks next;  // where the next packet is expected
-    };
 
     InputPlan input_;
     bool want_audio_;
@@ -54,8 +61,9 @@ class FileReader {
     AVIOInterruptCB interrupt_;
     OpenMedia media_;
     std::vector<PacketHandle> read_ahead_;
-    StreamClock audio_clock_, video_clock_;
-    Ticks shift_;  // added to all times since the last jump
+    std::optional<SourceTimes> times_;
+    Ticks unwanted_end_;  // of the packets of other streams
+    std::atomic<bool> ended_{false};
 };
 
 }  // namespace engine

@@ -3,15 +3,15 @@
 #include <cmath>
 #include <utility>
 
+#include "engine/sources/files/av_times.h"
 #include "engine/sources/files/open_media.h"
 
 namespace engine {
 namespace {
 
 Ticks DurationOf(const OpenMedia& media, const AVStream& stream) {
-    if (stream.duration > 0) return {av_rescale_q(stream.duration, stream.time_base, kTicksBase)};
-    if (media.format->duration <= 0) return {};
-    return {media.format->duration * (Ticks::kPerSecond / AV_TIME_BASE)};
+    if (stream.duration <= 0) return media.Length();
+    return TicksOf(stream.duration, stream.time_base);
 }
 
 Ratio PixelAspect(const OpenMedia& media) {

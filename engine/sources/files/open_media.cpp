@@ -1,13 +1,18 @@
 #include "engine/sources/files/open_media.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <limits>
+#include <cerrno>
+#include <filesystem>
+#include <optional>
 #include <string_view>
+#include <system_error>
 
 #include "engine/base/av/av_error.h"
+#include "engine/sources/files/av_times.h"
 
 namespace engine {
 namespace {
@@ -51,20 +56,51 @@ AVStream* Choose(AVFormatContext& format, AVMediaType type) {
 }
 
 Ticks FirstTime(const AVFormatContext& format, std::initializer_list<const AVStream*> streams) {
-    std::int64_t first = std::numeric_limits<std::int64_t>::max();
+    std::optional<Ticks> first;
     for (const AVStream* stream : streams) {
         if (stream == nullptr || stream->start_time == AV_NOPTS_VALUE) continue;
-        first = std::min(first, av_rescale_q(stream->start_time, stream->time_base, kTicksBase));
+        const Ticks start = TicksOf(stream->start_time, stream->time_base);
+        first = first ? std::min(*first, start) : start;
     }
-    if (first != std::numeric_limits<std::int64_t>::max()) return {first};
-    return {format.start_time == AV_NOPTS_VALUE
-                ? 0
-                : format.start_time * (Ticks::kPerSecond / AV_TIME_BASE)};
+    if (first) return *first;
+    return format.start_time == AV_NOPTS_VALUE ? Ticks{}
+                                               : TicksOf(format.start_time, AV_TIME_BASE_Q);
+}
+
+// A pipe would be used up by the first look at it, and waiting for its writer cannot be stopped.
+void RefuseWhatIsNoFile(const std::string& path) {
+    namespace fs = std::filesystem;
+    std::error_code none;
+    const fs::file_status there = fs::status(path, none);
+    if (fs::is_fifo(there) || fs::is_socket(there) || fs::is_character_file(there))
+        throw platform::Error(
+            platform::kInvalidArgument,
+            fmt::format("{}: it is a pipe or a device; write what it gives to a file and name that",
+                        path));
+}
+
+// Demuxers say "not permitted" of what they cannot make sense of.
+void CheckOpened(int code, const std::string& path) {
+    const bool denied = code == AVERROR(EPERM) || code == AVERROR(EACCES);
+    if (denied && ::access(path.c_str(), R_OK) == 0) code = AVERROR_INVALIDDATA;
+    CheckAv(code, path);
 }
 
 }  // namespace
 
+Ticks OpenMedia::Length() const {
+    return format->duration > 0 ? TicksOf(format->duration, AV_TIME_BASE_Q) : Ticks{};
+}
+
+Ticks OpenMedia::StatedLength(const AVStream& stream) const {
+    if (format->duration_estimation_method != AVFMT_DURATION_FROM_STREAM) return {};
+    if (stream.duration <= 0) return Length();
+    return TicksOf(stream.duration, stream.time_base);
+}
+
 OpenMedia OpenMediaFile(const std::string& path, const AVIOInterruptCB* stop) {
+    av_log_set_level(AV_LOG_QUIET);  // what matters is thrown, and no terminal is filled with more
+    RefuseWhatIsNoFile(path);
     AVFormatContext* raw = CheckAllocated(avformat_alloc_context());
     if (stop != nullptr) raw->interrupt_callback = *stop;
     // "%d" in a frame's name is part of the name; other demuxers do not know the option.
@@ -73,14 +109,14 @@ OpenMedia OpenMediaFile(const std::string& path, const AVIOInterruptCB* stop) {
     // With the scheme named, no other part of a name can be taken for one.
     const int opened = avformat_open_input(&raw, ("file:" + path).c_str(), nullptr, &raw_options);
     const AvPtr<AVDictionary> options(raw_options);
-    CheckAv(opened, path);
+    CheckOpened(opened, path);
 
     OpenMedia media;
     media.format.reset(raw);
     AVFormatContext& format = *media.format;
     if (std::find(kNoMedia.begin(), kNoMedia.end(), format.iformat->name) != kNoMedia.end())
         throw NoMedia(path, "it is a text file");
-    CheckAv(avformat_find_stream_info(&format, nullptr), path);
+    CheckOpened(avformat_find_stream_info(&format, nullptr), path);
     media.audio = Choose(format, AVMEDIA_TYPE_AUDIO);
     media.video = Choose(format, AVMEDIA_TYPE_VIDEO);
     if (media.audio == nullptr && media.video == nullptr)

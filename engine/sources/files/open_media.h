@@ -16,6 +16,11 @@ struct OpenMedia {
     bool still = false;         // the video is a single image
     /// The first timestamp of the chosen streams, from which marks and session times count.
     Ticks origin;
+
+    /// How long the file is, as its container states it or its size lets expect; 0 = unknown.
+    Ticks Length() const;
+    /// How long a stream is, or all of them together, as the container states it; 0 = it does not.
+    Ticks StatedLength(const AVStream& stream) const;
 };
 
 /// `stop`, when given, ends blocking reads once it is true. Throws platform::Error (file not found,

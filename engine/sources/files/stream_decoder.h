@@ -20,6 +20,8 @@ class StreamDecoder {
     /// Decodes a packet, null for the frames that are left at the end. What cannot be decoded is
     /// passed over. False when the sink wants no more.
     bool Decode(const AVPacket* packet, const FrameSink& sink);
+    /// Session time at which the last frame ended.
+    Ticks End() const { return last_end_; }
 
   private:
     void SetTimes(AVFrame& frame);

@@ -2,12 +2,15 @@
 #include "engine/filters/audio_resampler.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdlib>
 
 #include "unit/engine/filters/audio_frames.h"
 
 namespace {
+
+const std::atomic<bool> kNoStop{false};
 
 using namespace engine;
 
@@ -37,7 +40,7 @@ TEST(Drift, SoundKeepsUpWithTheClockForAnHour) {
         SCOPED_TRACE(row.why);
         FramePool frames;
         AudioResampler resampler({AV_SAMPLE_FMT_S16, kRate, 1, kRate / 10}, {}, AudioClock::Capture,
-                                 {}, frames);
+                                 {}, kNoStop, frames);
         std::int64_t written = 0;
         int steepest = 0;
         int last = 0;
@@ -98,7 +101,7 @@ TEST(Drift, GapsAreFilledAndOverlapsCut) {
         constexpr int kRate = audio_frames::kRate;
         FramePool frames;
         AudioResampler resampler({AV_SAMPLE_FMT_S16, kRate, 1, 1024}, {}, AudioClock::Capture, {},
-                                 frames);
+                                 kNoStop, frames);
         std::int64_t written = 0;
         std::int64_t silent = 0;
         const FrameSink sink = [&](FrameHandle frame) {

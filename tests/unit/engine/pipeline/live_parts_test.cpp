@@ -93,23 +93,22 @@ class Writer : public testing::Test {
     std::string Next(Interleaver& interleaver) {
         MediaKind kind = kAudio;
         CodedFrame frame;
-        if (!interleaver.Pop(kind, frame)) return "end";
+        const Interleaver::Popped popped = interleaver.Pop(kind, frame);
+        if (popped == Interleaver::Popped::End) return "end";
+        if (popped == Interleaver::Popped::Nothing) return "nothing";
         return (kind == kAudio ? "a" : "v") + std::to_string(frame.dts.Milliseconds());
     }
 };
 
-TEST_F(Writer, WaitsForTheFirstSound) {
+// A sound server may take seconds to wake its device, or never do.
+TEST_F(Writer, LetsNoFrameWaitForSoundThatDoesNotCome) {
     Interleaver interleaver(true, true, true, [] { return false; });
-    for (int ms = 0; ms <= 3000; ms += 1000) Push(interleaver, kVideo, ms);
-    std::thread late([&] {
-        Push(interleaver, kAudio, 0);
-        interleaver.Finish(kAudio);
-        interleaver.Finish(kVideo);
-    });
-    std::string written;
-    for (int i = 0; i < 5; ++i) written += Next(interleaver) + " ";
-    late.join();
-    EXPECT_EQ(written, "a0 v0 v1000 v2000 v3000 ");
+    Push(interleaver, kVideo, 0);
+    EXPECT_EQ(Next(interleaver), "v0");
+    EXPECT_EQ(Next(interleaver), "nothing");
+    Push(interleaver, kAudio, 0);
+    Push(interleaver, kVideo, 40);
+    EXPECT_EQ(Next(interleaver), "a0");
 }
 
 TEST_F(Writer, WaitsForALiveStreamASecondAtMost) {

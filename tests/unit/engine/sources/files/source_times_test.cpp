@@ -1,0 +1,104 @@
+// Which leaps of a source's times are counted on as if they were not there.
+#include "engine/sources/files/source_times.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace engine {
+namespace {
+
+constexpr MediaKind kA = MediaKind::Audio;
+constexpr MediaKind kV = MediaKind::Video;
+constexpr std::int64_t kHour = 3'600'000;
+constexpr std::int64_t kYears = 4'000'000'000'000'000;
+
+struct Step {
+    MediaKind kind;
+    std::int64_t dts_ms;
+    std::int64_t expected_ms;
+    std::int64_t duration_ms = 1000;
+};
+
+struct TimesCase {
+    const char* name;
+    std::int64_t length_ms;  // as stated; 0 = not at all
+    bool is_spliced;
+    std::vector<Step> steps;
+    std::int64_t leap_ms;  // told of; 0 = none
+};
+void PrintTo(const TimesCase& row, std::ostream* out) { *out << row.name; }
+
+Ticks Ms(std::int64_t ms) { return Ticks::FromMilliseconds(ms); }
+
+class SourceTimesTable : public testing::TestWithParam<TimesCase> {};
+
+TEST_P(SourceTimesTable, CountsOn) {
+    const TimesCase& row = GetParam();
+    SourceTimes times({}, {}, Ms(row.length_ms), row.is_spliced);
+    for (const Step& step : row.steps) {
+        const Ticks stamp = std::abs(step.dts_ms) >= kYears
+                                ? Ticks{std::numeric_limits<std::int64_t>::max() - 1}
+                                : Ms(step.dts_ms);
+        PacketTimes packet{stamp, stamp, Ms(step.duration_ms)};
+        times.Correct(step.kind, packet);
+        EXPECT_EQ(packet.dts->Milliseconds(), step.expected_ms) << "stamp " << step.dts_ms;
+        EXPECT_EQ(packet.pts, packet.dts);
+    }
+    ASSERT_EQ(times.FirstLeap().has_value(), row.leap_ms != 0);
+    if (row.leap_ms == 0 || std::abs(row.leap_ms) >= kYears) return;
+    EXPECT_EQ(times.FirstLeap()->by.Milliseconds(), row.leap_ms);
+}
+
+// clang-format off
+const TimesCase kCases[] = {
+    {"goes_on", 4000, false, {{kA, 0, 0}, {kV, 0, 0}, {kA, 1000, 1000}, {kV, 1040, 1040}}, 0},
+    {"gap_that_the_length_explains", 2 * kHour, false, {{kA, 0, 0}, {kA, kHour, kHour}}, 0},
+    {"gap_beyond_the_length", 4000, false, {{kA, 0, 0}, {kA, kHour, 1000}, {kA, kHour + 1000, 2000}}, kHour - 1000},
+    {"gap_of_days_whatever_the_length_says", kYears, false, {{kA, 0, 0}, {kA, 25 * kHour, 1000}}, 25 * kHour - 1000},
+    {"gap_where_the_other_stream_is_too", 0, false, {{kA, 0, 0}, {kV, 0, 0}, {kA, 9000, 9000}, {kA, 18'000, 18'000}, {kV, 19'000, 19'000}}, 0},
+    {"one_broken_stamp_and_back", 9000, false, {{kA, 0, 0}, {kA, kHour, 1000}, {kA, 2000, 2000}, {kA, 3000, 3000}}, kHour - 1000},
+    {"years", 9000, false, {{kV, 0, 0}, {kV, kYears, 1000}, {kV, 2000, 2000}}, kYears},
+    {"first_time_of_years_in_one_stream", 9000, false, {{kA, 0, 0}, {kV, kYears, 0}, {kA, 1000, 1000}, {kV, kYears, 1000}}, kYears},
+    {"splice_leads_both_streams_by_the_same", 0, true,
+     {{kA, 0, 0}, {kV, 40, 40}, {kA, 50'040, 1000}, {kV, 50'080, 1040}, {kA, 51'040, 2000}}, 49'040},
+    {"splice_back", 0, true, {{kA, 90'000, 0}, {kA, 91'000, 1000}, {kA, 0, 2000}}, 90'000},
+    {"length_of_a_packet_that_leads_nowhere", 4000, false, {{kV, 0, 0, kYears / 1000}, {kV, 40, 40, 40}}, 0},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(Cases, SourceTimesTable, testing::ValuesIn(kCases),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(SourceTimes, LeavesTheSeekedStartAlone) {
+    SourceTimes times({}, Ms(600'000), {}, false);
+    PacketTimes packet{Ms(599'500), Ms(599'500), Ms(20)};
+    times.Correct(kV, packet);
+    EXPECT_EQ(packet.dts, Ms(599'500));
+    EXPECT_FALSE(times.FirstLeap());
+}
+
+TEST(SourceTimes, DropsATimeOfShowingFarFromTheDecodingTime) {
+    SourceTimes times({}, {}, Ms(9000), false);
+    PacketTimes packet{Ms(kHour), Ms(0), Ms(40)};
+    times.Correct(kV, packet);
+    EXPECT_EQ(packet.dts, Ms(0));
+    EXPECT_FALSE(packet.pts);
+}
+
+TEST(SourceTimes, TakesLateDecodingTimesForNoLeap) {
+    SourceTimes times({}, {}, Ms(9000), false);
+    PacketTimes shown{Ms(2000), {}, Ms(1000)};
+    times.Correct(kV, shown);
+    PacketTimes both{Ms(3000), Ms(1000), Ms(1000)};
+    times.Correct(kV, both);
+    EXPECT_EQ(both.dts, Ms(1000));
+    EXPECT_FALSE(times.FirstLeap());
+}
+
+}  // namespace
+}  // namespace engine
