@@ -1,5 +1,7 @@
 #include "app/explain_command.h"
 
+#include <fmt/format.h>
+
 #include <memory>
 #include <utility>
 
@@ -7,6 +9,7 @@
 #include "app/statistics_report.h"
 #include "cli/parameter_parser.h"
 #include "cli/value_readers.h"
+#include "platform/error.h"
 #include "session/directory_mode.h"
 #include "session/encoder_setup.h"
 #include "session/explain.h"
@@ -20,6 +23,11 @@ namespace {
 using session::ExplainLine;
 using session::ReadOnlyFiles;
 
+class NoPane final : public platform::OutputPane {
+  public:
+    void OutputInfo(const std::string& /*text*/) override {}
+};
+
 /// Explains each session that is handed to it, as if it ran.
 class Explanation final : public session::FileRun {
   public:
@@ -31,7 +39,8 @@ class Explanation final : public session::FileRun {
           settings_(settings),
           origin_(std::move(origin)),
           files_(std::move(files)),
-          pane_(pane) {}
+          pane_(pane),
+          had_profile_(state.g_objProfile != nullptr) {}
 
     void PrepareSession() override {
         state_.g_objEncoder = factory_.MakeEncoder();
@@ -39,6 +48,8 @@ class Explanation final : public session::FileRun {
     }
 
     session::FileRunEnd RunToEnd() override {
+        if (IsRefused()) return session::FileRunEnd::NotStarted;
+        if (had_profile_) origin_.fresh_profile = FreshProfile();
         session::ExplainSession(state_, settings_, origin_, pane_);
         for (const ReadOnlyFiles::Write& write : files_->TakeWrites()) {
             const bool is_folder = write.kind == ReadOnlyFiles::Write::Kind::Folder;
@@ -46,7 +57,8 @@ class Explanation final : public session::FileRun {
                 ExplainLine(is_folder ? "writes.Folder" : "writes.ConfigurationFile", write.path));
         }
         if (!profile_file_.empty())
-            pane_.OutputInfo(ExplainLine("writes.ProfileFile", profile_file_));
+            pane_.OutputInfo(
+                ExplainLine("writes.ProfileFile", files_->GetAbsolutePathName(profile_file_)));
         const std::string output = state_.g_objEncoder->File().LocalFileName();
         if (!output.empty()) {
             const std::string path = files_->GetAbsolutePathName(output);
@@ -61,17 +73,47 @@ class Explanation final : public session::FileRun {
     /// The set-up would save a profile by itself; here it is only named.
     void TakeProfileFile() {
         if (settings_.saveprofile.empty()) return;
-        profile_file_ = files_->GetAbsolutePathName(std::exchange(settings_.saveprofile, {}));
+        profile_file_ = std::exchange(settings_.saveprofile, {});
     }
 
   private:
+    /// What the run would refuse, in its words.
+    bool IsRefused() {
+        platform::ErrorTrap trap;
+        if (!profile_file_.empty())
+            trap([&] { state_.g_objProfile->CheckSaveToFile(profile_file_); });
+        if (trap.HasError()) {
+            pane_.OutputInfo(fmt::format("Invalid profile: 0x{:X} {}", trap.UnsignedNumber(),
+                                         trap.Description()));
+            return true;
+        }
+        trap([&] { state_.g_objEncoder->CheckToEncode(*files_); });
+        // Past its end a file is encoded to the end.
+        if (!trap.HasError() || trap.UnsignedNumber() == platform::kEndMarkPastEnd) return false;
+        pane_.OutputInfo(fmt::format("Prepare to encode failed with error {} {}", trap.Number(),
+                                     trap.Description()));
+        return true;
+    }
+
+    std::shared_ptr<platform::WMEncProfile2> FreshProfile() {
+        platform::SessionState state = state_;
+        state.g_objEncoder = factory_.MakeEncoder();
+        state.g_objProfile = nullptr;
+        state.ClearSources();
+        cli::EncodeSettings settings = settings_;
+        NoPane pane;
+        session::EncoderSetup setup(state, settings, pane, factory_);
+        return setup.SetupEncoder() ? state.g_objProfile : nullptr;
+    }
+
     platform::Factory& factory_;
     platform::SessionState& state_;
     cli::EncodeSettings& settings_;
     session::CommandOrigin origin_;
     std::shared_ptr<ReadOnlyFiles> files_;
     platform::OutputPane& pane_;
-    std::string profile_file_;
+    const bool had_profile_;    // of earlier commands
+    std::string profile_file_;  // as typed
 };
 
 }  // namespace
@@ -102,8 +144,7 @@ bool ExplainCommand::Explain(const std::vector<std::string>& words) {
         return walk.DoDirectoryModeEncoding() && !walk.AnyFailed();
     }
     if (!encoder_setup.SetupEncoder()) return false;
-    explanation.RunToEnd();
-    return true;
+    return explanation.RunToEnd() == session::FileRunEnd::Completed;
 }
 
 }  // namespace app

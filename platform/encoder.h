@@ -17,6 +17,8 @@
 
 namespace platform {
 
+class FileSystem;
+
 enum class SourceType : std::int32_t { Audio = 1, Video = 2, Script = 4, FileTransfer = 8 };
 
 enum class EncoderState : std::int32_t {
@@ -264,6 +266,8 @@ class WMEncProfile2 {
 
     virtual void LoadFromFile(const std::string& path) = 0;
     virtual void SaveToFile(const std::string& path) = 0;
+    /// Throws what SaveToFile would before it writes; writes nothing.
+    virtual void CheckSaveToFile(const std::string& /*path*/) const {}
     /// Takes over everything that `profile` (a source group's) holds.
     virtual void LoadFromIWMProfile(const WMEncProfile2& profile) = 0;
 };
@@ -402,6 +406,9 @@ class WMEncoder {
 
     /// Checks the whole session and readies it. `force` prepares again when prepared already.
     virtual void PrepareToEncode(bool force) = 0;
+    /// Throws what PrepareToEncode would of the session as it stands, with `files` for what is there
+    /// already. Opens no device, asks nobody and readies nothing.
+    virtual void CheckToEncode(FileSystem& /*files*/) {}
     /// What the last preparation, and the run since, found that a person should know, a line each;
     /// none when asked again.
     virtual std::vector<std::string> TakeNotes() = 0;

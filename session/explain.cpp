@@ -186,10 +186,32 @@ class Explainer {
     }
 
     template <typename Value>
-    void Write(std::string_view name, const Value& value, const Deciders& deciders) {
+    void Write(std::string_view name, const Value& value, const Deciders& deciders,
+               bool kept = false) {
         std::string line = ExplainLine(name, ValueText(value));
-        if (IsCarriedOver(deciders)) line += " (carried over)";
+        if (kept || IsCarriedOver(deciders)) line += " (carried over)";
         pane_.OutputInfo(line);
+    }
+
+    /// A mode that the command would not have found in a new profile.
+    template <typename Mode>
+    bool IsKept(const platform::WMEncProfile2& profile, Mode&& mode) const {
+        return origin_.fresh_profile && mode(*origin_.fresh_profile) != mode(profile);
+    }
+
+    void WriteVbrMode(std::string_view name, const platform::WMEncProfile2& profile,
+                      SourceType type, const Deciders& deciders) {
+        const auto mode = [type](const platform::WMEncProfile2& of) { return of.VBRMode(type, 0); };
+        Write(name, ModeText(mode(profile)), deciders, IsKept(profile, mode));
+    }
+
+    void WriteFrameMode(std::string_view name, const platform::WMEncProfile2& profile,
+                        bool (platform::WMEncProfile2::*property)(int) const,
+                        const Deciders& deciders) {
+        const auto mode = [property](const platform::WMEncProfile2& of) {
+            return (of.*property)(0);
+        };
+        Write(name, mode(profile), deciders, IsKept(profile, mode));
     }
 
     /// Unless nothing ever set it.
@@ -242,8 +264,8 @@ class Explainer {
     }
 
     void AudioStream(platform::WMEncProfile2& profile, WMEncAudience& audience) {
-        Write("profile.AudioVBRMode", ModeText(profile.VBRMode(SourceType::Audio, 0)),
-              {"-a_mode", "-profile", "-loadprofile"});
+        WriteVbrMode("profile.AudioVBRMode", profile, SourceType::Audio,
+                     {"-a_mode", "-profile", "-loadprofile"});
         Write("audience.AudioCodec", profile.EnumAudioCodec(audience.AudioCodec(0)),
               {"-a_codec", "-profile", "-loadprofile"});
         for (const AudienceRow& row : kAudioAudience)
@@ -251,10 +273,12 @@ class Explainer {
     }
 
     void VideoStream(platform::WMEncProfile2& profile, WMEncAudience& audience) {
-        Write("profile.VideoVBRMode", ModeText(profile.VBRMode(SourceType::Video, 0)),
-              {"-v_mode", "-profile", "-loadprofile"});
-        Write("profile.NonSquarePixelMode", profile.NonSquarePixelMode(0), {"-pixelratio"});
-        Write("profile.InterlaceMode", profile.InterlaceMode(0), {"-v_preproc", "-profile"});
+        WriteVbrMode("profile.VideoVBRMode", profile, SourceType::Video,
+                     {"-v_mode", "-profile", "-loadprofile"});
+        WriteFrameMode("profile.NonSquarePixelMode", profile,
+                       &platform::WMEncProfile2::NonSquarePixelMode, {"-pixelratio"});
+        WriteFrameMode("profile.InterlaceMode", profile, &platform::WMEncProfile2::InterlaceMode,
+                       {"-v_preproc", "-profile"});
         Write("audience.VideoCodec", profile.EnumVideoCodec(audience.VideoCodec(0)),
               {"-v_codec", "-profile", "-loadprofile"});
         for (const AudienceRow& row : kVideoAudience)

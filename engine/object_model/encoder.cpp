@@ -55,6 +55,10 @@ void Encoder::PrepareToEncode(bool force) {
     }
 }
 
+void Encoder::CheckToEncode(platform::FileSystem& files) {
+    MakePlan(tree_.Record(), {files, parts_->camera_format});
+}
+
 // The person is asked when all else is right.
 EncodePlan Encoder::WithScreen(SessionRecord session, const EncodePlan& plan) {
     const CapturePlan& wanted = *plan.video->input.capture;

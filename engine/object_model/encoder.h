@@ -49,6 +49,7 @@ class Encoder : public platform::WMEncoder {
     /// desktop that hands out its screen asks the person first; until the answer is there, the loop
     /// runs, the state is Starting, and Stop ends it with an Error.
     void PrepareToEncode(bool force) override;
+    void CheckToEncode(platform::FileSystem& files) override;
     std::vector<std::string> TakeNotes() override;
     /// Uses up what was prepared: the start after a run prepares anew. Throws Error (busy) while a
     /// run goes on that is not paused, and what opening inputs, encoders and the output throws.

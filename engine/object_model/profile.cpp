@@ -152,7 +152,7 @@ void Profile::LoadFromFile(const std::string& path) {
                                       path));
 }
 
-void Profile::SaveToFile(const std::string& path) {
+void Profile::CheckSaveToFile(const std::string& path) const {
     throw platform::Error(
         platform::kNotImplemented,
         fmt::format("The profile cannot be saved as {}: writing profile files is not possible yet",

@@ -49,9 +49,10 @@ class Profile : public platform::WMEncProfile2 {
     std::int32_t MaxPacketSize() const override { return state_->max_packet_bytes; }
     void SetMaxPacketSize(std::int32_t bytes) override;
 
-    /// Profile files are not read or written: both throw Error (not implemented).
+    /// Profile files are not read or written: all throw Error (not implemented).
     void LoadFromFile(const std::string& path) override;
-    void SaveToFile(const std::string& path) override;
+    void SaveToFile(const std::string& path) override { CheckSaveToFile(path); }
+    void CheckSaveToFile(const std::string& path) const override;
     void LoadFromIWMProfile(const platform::WMEncProfile2& profile) override;
 
   private:

@@ -61,10 +61,9 @@ TEST(ConsoleModes, AnExplanationSaysAllAndWritesNothing) {
     const TempFolder folder;
     const std::string clip = folder / "clip.avi";
     MakeClip(clip, 1);
-    const CommandResult result =
-        Console({"--explain", "-input", clip, "-output", folder / "new/out.wmv", "-profile",
-                 "av100", "-time", "100", "end", "-title", "A\nday", "-saveprofile",
-                 folder / "p.prx", "-s_config", folder / "cfg/job"});
+    const CommandResult result = Console(
+        {"--explain", "-input", clip, "-output", folder / "new/out.wmv", "-profile", "av100",
+         "-time", "100", "end", "-title", "A\nday", "-s_config", folder / "cfg/job"});
     EXPECT_EQ(result.status, 0) << result.out;
     for (const std::string& line :
          {std::string("session.ContentType = audio and video\n"), "video.Input = " + clip + "\n",
@@ -74,7 +73,6 @@ TEST(ConsoleModes, AnExplanationSaysAllAndWritesNothing) {
           std::string("display.Title = A\\x0Aday\n"), std::string("encoder.AutoStop = true\n"),
           "writes.Folder = " + (folder / "new") + "\n",
           "writes.ConfigurationFile = " + (folder / "cfg/job.weu") + "\n",
-          "writes.ProfileFile = " + (folder / "p.prx") + "\n",
           "writes.OutputFile = " + (folder / "new/out.wmv") + "\n"})
         EXPECT_THAT(result.out, HasSubstr(line));
     EXPECT_THAT(result.out, Not(HasSubstr("carried over")));
@@ -99,6 +97,42 @@ TEST(ConsoleModes, AnExplanationMarksWhatEarlierCommandsLeftAndLeavesNothingItse
     // The second explanation starts from the same settings as the first.
     EXPECT_THAT(result.out, HasSubstr("audience.VideoWidth = 160 (carried over)\n"));
     EXPECT_THAT(result.out, Not(HasSubstr("display.Author = me (carried over)")));
+}
+
+TEST(ConsoleModes, AModeThatTheProfileKeepsIsCarriedOver) {
+    const TempFolder folder;
+    const std::string clip = folder / "clip.avi";
+    MakeClip(clip, 1);
+    const CommandResult result =
+        Feed(folder, "-",
+             "-input " + clip + " -profile avq97vbr -silent -output " + (folder / "a.wmv") +
+                 "\n--explain -profile av100 -output " + (folder / "b.wmv") +
+                 "\n--explain -profile avq97vbr -output " + (folder / "b.wmv") + "\n");
+    EXPECT_EQ(result.status, 0) << result.out;
+    EXPECT_THAT(result.out, HasSubstr("profile.VideoVBRMode = quality (carried over)\n"));
+    EXPECT_THAT(result.out, HasSubstr("profile.VideoVBRMode = quality\n"));
+    EXPECT_THAT(result.out, HasSubstr("profile.InterlaceMode = false\n"));
+}
+
+TEST(ConsoleModes, AnExplanationRefusesWhatTheRunWould) {
+    const TempFolder folder;
+    const std::string clip = folder / "clip.avi";
+    MakeClip(clip, 1);
+    const std::vector<std::vector<std::string>> commands = {
+        {"-input", clip, "-profile", "av100"},
+        {"-input", clip, "-output", clip, "-profile", "av100"},
+        {"-input", clip, "-output", folder / "a.wmv", "-v_clip", "900", "0", "0", "0"},
+        {"-input", clip, "-output", folder / "a.wmv", "-broadcast"},
+        {"-input", clip, "-output", folder / "a.wmv", "-saveprofile", folder / "p.prx"},
+    };
+    for (std::vector<std::string> words : commands) {
+        const CommandResult run = Console(words);
+        words.insert(words.begin(), "--explain");
+        const CommandResult explained = Console(words);
+        EXPECT_EQ(run.status, 1) << run.out;
+        EXPECT_EQ(explained.status, 1) << explained.out;
+        EXPECT_EQ(explained.out, run.out);
+    }
 }
 
 TEST(ConsoleModes, AFolderIsExplainedFileByFile) {
@@ -136,7 +170,11 @@ TEST(ConsoleModes, JsonEndsInAWholeReportHoweverACommandEnds) {
          0,
          0},
         {"listed", {"-devices"}, "shown", 0, 0},
-        {"explained", {"--explain", "-input", clip, "-profile", "av100"}, "shown", 0, 0},
+        {"explained",
+         {"--explain", "-input", clip, "-output", folder / "e.wmv", "-profile", "av100"},
+         "shown",
+         0,
+         0},
         {"unknown word", {"-n\xC3\xBC\"\\\x01\xFF", "x"}, "refused", 1, 0},
         {"value past the end", {"-silent", "-output"}, "refused", 1, 0x8002000B},
         {"no such file", {"-input", folder / "no.avi", "-silent"}, "refused", 1, 0x80070002},
