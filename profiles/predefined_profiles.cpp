@@ -27,7 +27,7 @@ struct Extras {
     bool inverse_telecine = false;
 };
 
-struct Sound {
+struct Audio {
     std::int32_t channels;  // 0 = the profile has no audio
     std::int32_t sampling_rate;
     std::int32_t bit_rate;
@@ -35,12 +35,12 @@ struct Sound {
 
 struct PredefinedProfile {
     std::string_view code;
-    Sound audio;
+    Audio audio;
     VideoAudience video;  // no codec = the profile has no video
     Extras extras = {};
 };
 
-constexpr Sound kNoAudio = {0, 0, 0};
+constexpr Audio kNoAudio = {0, 0, 0};
 constexpr VideoAudience kNoVideo = {"", 0, 0, 0, 0, 0, 0, 0};
 
 constexpr Extras kTwoPass = {.audio_two_passes = true, .video_two_passes = true};

@@ -30,7 +30,7 @@ struct KeyRule {
 
 // Profile keys that record the sound of the default device along with the screen.
 // clang-format off
-constexpr KeyRule kScreenWithSound[] = {
+constexpr KeyRule kScreenWithAudio[] = {
     // text      whole
     {"scrnab",   false},
     {"scrn10a",  true},
@@ -155,10 +155,10 @@ void EncoderSetup::OpenScreen(const std::string& profile_key, ErrorTrap& trap) {
         if (state_.g_objSrcVid) state_.g_objSrcVid->SetInput(kScreenInput, kScreenScheme);
     });
 
-    const bool with_sound =
-        std::any_of(std::begin(kScreenWithSound), std::end(kScreenWithSound),
+    const bool with_audio =
+        std::any_of(std::begin(kScreenWithAudio), std::end(kScreenWithAudio),
                     [&](const KeyRule& rule) { return Matches(rule, profile_key); });
-    if (with_sound) AddSource(SourceType::Audio, kDefaultAudioDevice, kDeviceScheme, trap);
+    if (with_audio) AddSource(SourceType::Audio, kDefaultAudioDevice, kDeviceScheme, trap);
 }
 
 // The source stands in the session's state even when its input cannot be opened.

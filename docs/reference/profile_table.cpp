@@ -36,12 +36,12 @@ std::string Thousandths(std::int32_t number) {
     return platform::NumberText(static_cast<double>(number) / 1000);
 }
 
-std::string Sound(const platform::WMEncAudience& audience) {
+std::string AudioText(const platform::WMEncAudience& audience) {
     return fmt::format("{} bps, {} Hz, {}", audience.AudioBitrate(0), audience.AudioSamplingRate(0),
                        audience.AudioChannels(0) == 1 ? "mono" : "stereo");
 }
 
-std::string Picture(const platform::WMEncAudience& audience) {
+std::string VideoText(const platform::WMEncAudience& audience) {
     const platform::VideoCodecRow& codec =
         platform::kVideoCodecs[static_cast<std::size_t>(audience.VideoCodec(0))];
     const std::string size =
@@ -90,11 +90,11 @@ std::string ProfileTable() {
         settings.profile = code;
         if (!profiles::SetupPredefinedProfile(session, settings, pane, *audience))
             throw std::runtime_error("no profile has the code " + code);
-        const bool has_sound = audience->AudioSamplingRate(0) != 0;
-        const bool has_picture = audience->VideoBitrate(0) != 0;
+        const bool has_audio = audience->AudioSamplingRate(0) != 0;
+        const bool has_video = audience->VideoBitrate(0) != 0;
         table += fmt::format("| `{}` | {} | {} | {} | {} |\n", code, name,
-                             has_sound ? Sound(*audience) : "none",
-                             has_picture ? Picture(*audience) : "none",
+                             has_audio ? AudioText(*audience) : "none",
+                             has_video ? VideoText(*audience) : "none",
                              Mode(*session.g_objProfile, *audience, session));
     }
     return table;

@@ -12,10 +12,10 @@ struct WholeSession : Session {
 };
 
 const Lines kFile = {"AutoSetFileSource(/home/a.avi)"};
-const Lines kFileSound = {"AddSource(audio)", "Audio.SetInput(/home/a.avi)"};
-const Lines kFilePicture = {"AddSource(video)", "Video.SetInput(/home/a.avi)"};
+const Lines kFileAudio = {"AddSource(audio)", "Audio.SetInput(/home/a.avi)"};
+const Lines kFileVideo = {"AddSource(video)", "Video.SetInput(/home/a.avi)"};
 const Lines kScreen = {"AddSource(video)", "Video.SetInput(screencap1, screencap)"};
-const Lines kScreenWithSound = {"AddSource(video)", "Video.SetInput(screencap1, screencap)",
+const Lines kScreenWithAudio = {"AddSource(video)", "Video.SetInput(screencap1, screencap)",
                                 "AddSource(audio)", "Audio.SetInput(Default_Audio_Device, device)"};
 const Lines kUsualRate = {"Video.CaptureRate=30000"};
 const Lines kFifteen = {"Video.CaptureRate=15000"};
@@ -51,13 +51,13 @@ constexpr int kKept = 99;  // the content kind of the session before
 const InputCase kInputCases[] = {
     // why, settings, calls, content kind, audio only, video only
     {"a file's own sources", FileWith(""), kFile, 17},
-    {"an audio profile takes the sound alone", FileWith("A64"), kFileSound, 1, true, false},
-    {"one letter is an audio profile too", FileWith("a"), kFileSound, 1, true, false},
-    {"a video profile takes the picture alone", FileWith("v100"), kFilePicture, 16, false, true},
+    {"an audio profile takes the sound alone", FileWith("A64"), kFileAudio, 1, true, false},
+    {"one letter is an audio profile too", FileWith("a"), kFileAudio, 1, true, false},
+    {"a video profile takes the picture alone", FileWith("v100"), kFileVideo, 16, false, true},
     {"a profile of both takes both", FileWith("AV100"), kFile, 17},
-    {"sound alone outweighs picture alone", FileOnly(true, true), kFileSound, 1, true, true},
+    {"sound alone outweighs picture alone", FileOnly(true, true), kFileAudio, 1, true, true},
     {"the flag of an earlier command stays", FileOnly(false, true, "av100"),
-     kFilePicture, 16, false, true},
+     kFileVideo, 16, false, true},
     {"no input at all", NoInputWith(""), {}, kKept},
     {"an audio profile without a file sets no flag", NoInputWith("a64"), {}, kKept},
     {"an audio device", Set(&Settings::adevice, 0),
@@ -69,10 +69,10 @@ const InputCase kInputCases[] = {
      Set(&Settings::input, "a.avi", &Settings::adevice, 7), kFile, 17},
     {"the screen", NoInputWith("scrn"), kScreen + kUsualRate, 16},
     {"a whole key without sound", NoInputWith("scrn15"), kScreen + kFifteen, 16},
-    {"a whole key with sound", NoInputWith("SCRN15A"), kScreenWithSound + kFifteen, 17},
+    {"a whole key with sound", NoInputWith("SCRN15A"), kScreenWithAudio + kFifteen, 17},
     {"more than a whole key has none", NoInputWith("scrn15ab"), kScreen + kFifteen, 16},
-    {"a beginning with sound", NoInputWith("scrnaxyz"), kScreenWithSound + kUsualRate, 17},
-    {"both beginnings fit, one source is added", NoInputWith("scrnab"), kScreenWithSound + kUsualRate,
+    {"a beginning with sound", NoInputWith("scrnaxyz"), kScreenWithAudio + kUsualRate, 17},
+    {"both beginnings fit, one source is added", NoInputWith("scrnab"), kScreenWithAudio + kUsualRate,
      17},
     {"a rate that was asked for outweighs the code's",
      Set(&Settings::profile, "scrn15", &Settings::v_framerate, 12'500.0F),
