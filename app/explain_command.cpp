@@ -68,6 +68,7 @@ class Explanation final : public session::FileRun {
         return session::FileRunEnd::Completed;
     }
 
+    void HandleEvents() override {}
     bool WalkCancelled() const override { return false; }
 
     /// The set-up would save a profile by itself; here it is only named.
@@ -83,15 +84,17 @@ class Explanation final : public session::FileRun {
         if (!profile_file_.empty())
             trap([&] { state_.g_objProfile->CheckSaveToFile(profile_file_); });
         if (trap.HasError()) {
-            pane_.OutputInfo(fmt::format("Invalid profile: 0x{:X} {}", trap.UnsignedNumber(),
-                                         trap.Description()));
+            pane_.OutputError(fmt::format("Invalid profile: 0x{:X} {}", trap.UnsignedNumber(),
+                                          trap.Description()),
+                              trap.Report());
             return true;
         }
         trap([&] { state_.g_objEncoder->CheckToEncode(*files_); });
         // Past its end a file is encoded to the end.
         if (!trap.HasError() || trap.UnsignedNumber() == platform::kEndMarkPastEnd) return false;
-        pane_.OutputInfo(fmt::format("Prepare to encode failed with error {} {}", trap.Number(),
-                                     trap.Description()));
+        pane_.OutputError(fmt::format("Prepare to encode failed with error {} {}", trap.Number(),
+                                      trap.Description()),
+                          trap.Report());
         return true;
     }
 

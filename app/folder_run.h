@@ -45,6 +45,7 @@ class FolderRun final : public session::FileRun {
     void FinishFile() override { log_.EndFile(); }
     /// What it returns means nothing when another command has taken the session over.
     session::FileRunEnd RunToEnd() override;
+    void HandleEvents() override;
     bool WalkCancelled() const override { return walks_ <= cancelled_walks_; }
 
   private:

@@ -34,15 +34,22 @@ std::optional<std::vector<std::string>> ReadConfigFile(platform::FileSystem& fil
     return platform::Split(line, ' ');
 }
 
-void WriteConfigFile(platform::FileSystem& files, CommandActions& actions, const std::string& name,
-                     const std::string& text) {
+bool WriteConfigFile(platform::FileSystem& files, platform::OutputPane& pane,
+                     CommandActions& actions, const std::string& name, const std::string& text,
+                     const std::string& input) {
     std::string path = files.GetAbsolutePathName(name);
     if (!HasExtension(path)) path += kExtension;
+    if (!input.empty() && files.IsSame(path, input)) {
+        pane.OutputError(
+            fmt::format("Configuration file {} is the input: give -s_config another name", path));
+        return false;
+    }
     actions.CreateOutputFolder(files.GetParentFolderName(path));
     const std::shared_ptr<platform::TextStream> stream =
         files.OpenTextFile(path, platform::OpenMode::Writing, true);
     stream->Write(text);
     stream->Close();
+    return true;
 }
 
 }  // namespace cli

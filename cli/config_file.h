@@ -19,8 +19,10 @@ std::optional<std::vector<std::string>> ReadConfigFile(platform::FileSystem& fil
                                                        const std::string& name);
 
 /// Writes `text` as the file's whole content, without a line end. A name that does not end in
-/// ".weu" (in any case) gets it; the folder is made when it is missing. Throws platform::Error.
-void WriteConfigFile(platform::FileSystem& files, CommandActions& actions, const std::string& name,
-                     const std::string& text);
+/// ".weu" (in any case) gets it; the folder is made when it is missing. False, after one line on
+/// the pane, when that file is the `input`. Throws platform::Error.
+bool WriteConfigFile(platform::FileSystem& files, platform::OutputPane& pane,
+                     CommandActions& actions, const std::string& name, const std::string& text,
+                     const std::string& input);
 
 }  // namespace cli

@@ -42,7 +42,9 @@ constexpr Option kOptions[] = {
                   "pictures too (10 seconds, or the `-duration` of the command). Of a folder, the "
                   "files ending in .avi, .wav, .mpg, .mpeg, .vob, .wmv, .wma, .mp3 and .asf are "
                   "encoded one after another, and those of its sub-folders into sub-folders of the "
-                  "output. As the whole command, `-input FILE` shows what the file holds instead.",
+                  "output: what is there when the command begins, each real folder once, however "
+                  "many links lead to it, and no pipe, socket or device. As the whole command, "
+                  "`-input FILE` shows what the file holds instead.",
               .example = "-input film.avi -output film.wmv",
               .errors = "`Error: 0x80070002 - …` when there is no such file, `Error: 0x8007000D - "
                         "…` when it is no media file"}},
@@ -84,7 +86,8 @@ constexpr Option kOptions[] = {
               .fallback = "none; a run needs one",
               .effect = "What is written. Folders on the way are made. In a folder that exists, "
                         "the file takes the input's name. A name without an extension gets .wmv, "
-                        "or .wma without a picture. A file that is there already is replaced.",
+                        "or .wma without a picture. A file that is there already is replaced, but "
+                        "none that the same command encodes.",
               .example = "-input film.avi -output converted/film",
               .errors = "the output is the input; there is no output; `Error: No output directory "
                         "specified` for a folder as input"}},
@@ -163,7 +166,8 @@ constexpr Option kOptions[] = {
                         "of the command itself count for more, wherever they stand.",
               .example = "-config job.weu -input film.avi -output film.wmv",
               .errors =
-                  "`Configuration file … is empty`; files that name each other more than 16 deep"}},
+                  "`Configuration file … is empty`; a pipe; a line of more than a mebibyte; files "
+                  "that name each other more than 16 deep"}},
     {.name = "-s_config",
      .values = {kSaveName},
      .help = "[-s_config] <output configuration file>\n"
@@ -171,8 +175,9 @@ constexpr Option kOptions[] = {
              "    The command is then encoded as usual. The extension is .weu.\n",
      .note = {.accepts = "a file name; .weu is added when it is missing",
               .fallback = "none",
-              .effect = "Saves the words of this command, but for itself and a file name behind "
-                        "`-config`, and then runs it.",
+              .effect =
+                  "Saves the words of this command, but for itself and a file name behind "
+                  "`-config`, and then runs it. The file may be neither the input nor a pipe.",
               .example = "-input film.avi -output film.wmv -profile av100 -s_config saved",
               .errors = kText}},
     {.name = "-help",

@@ -74,10 +74,10 @@ ParameterParser::Outcome ParameterParser::Parse(const std::vector<std::string>& 
         return ShowInputInfo(call);
     }
     if (!MainPass(call)) return Outcome::Refused;
-    if (!call.save_name.empty()) {
-        WriteConfigFile(*state_.g_objFSO, actions_, call.save_name, call.text_to_save);
-    }
-    return Outcome::Accepted;
+    const bool saved =
+        call.save_name.empty() || WriteConfigFile(*state_.g_objFSO, pane_, actions_, call.save_name,
+                                                  call.text_to_save, settings_.input);
+    return saved ? Outcome::Accepted : Outcome::Refused;
 }
 
 // A nested call leaves arg_index at the word count of its file, and this pass goes on from there:

@@ -5,8 +5,10 @@
 // takes a path accepts all these spellings; every path that it returns is the host's own.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,6 +39,13 @@ struct SpecialFolder {
     std::string name;   // "Windows"
 };
 
+/// The same for all names of one file or folder, and for no other.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t number = 0;
+    auto operator<=>(const FileIdentity&) const = default;
+};
+
 class FileSystem {
   public:
     virtual ~FileSystem() = default;
@@ -44,6 +53,9 @@ class FileSystem {
     virtual std::string Separator() const = 0;
     /// The complete host path of `path`; it need not exist. Never fails.
     virtual std::string GetAbsolutePathName(const std::string& path) = 0;
+    /// A name that leads to just the host's own `path` (absolute), also while that does not exist:
+    /// for names that come from a listing and may hold what separates in a typed one.
+    virtual std::string NameOf(const std::string& path) { return path; }
     /// Everything before the last component ("" for a root).
     virtual std::string GetParentFolderName(const std::string& path) = 0;
     /// Last component without its extension ("x.y.avi" gives "x.y").
@@ -57,9 +69,17 @@ class FileSystem {
     virtual void CreateFolder(const std::string& path) = 0;
     /// Throws Error (path not found, access denied).
     virtual Folder GetFolder(const std::string& path) = 0;
+    /// What the name leads to, links followed; nothing when that does not exist.
+    virtual std::optional<FileIdentity> Identify(const std::string& path) = 0;
     /// Whether both names lead to the same existing file or folder, links followed.
-    virtual bool IsSame(const std::string& path, const std::string& other) = 0;
-    /// Writing replaces the content. Throws Error (file not found, path not found, access denied).
+    bool IsSame(const std::string& path, const std::string& other) {
+        const std::optional<FileIdentity> identity = Identify(path);
+        return identity && identity == Identify(other);
+    }
+    /// Whether the name leads to what is neither file nor folder: a pipe, a socket, a device.
+    virtual bool IsSpecialFile(const std::string& path) = 0;
+    /// Never waits. Writing replaces the content. Throws Error (file not found, path not found,
+    /// access denied, invalid argument for a pipe or a socket).
     virtual std::shared_ptr<TextStream> OpenTextFile(const std::string& path, OpenMode mode,
                                                      bool create) = 0;
     virtual SpecialFolder GetSpecialFolder(SpecialFolderKind kind) = 0;

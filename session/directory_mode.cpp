@@ -28,14 +28,6 @@ std::optional<std::string> MediaBaseName(const std::string& file) {
     return file.substr(0, dot);
 }
 
-/// Whether one of the paths leads to the same file or folder; letter case and links count as the
-/// file system has them.
-bool Contains(platform::FileSystem& files, const std::vector<std::string>& paths,
-              const std::string& path) {
-    return std::any_of(paths.begin(), paths.end(),
-                       [&](const std::string& other) { return files.IsSame(path, other); });
-}
-
 }  // namespace
 
 DirectoryMode::DirectoryMode(platform::SessionState& state, cli::EncodeSettings& settings,
@@ -49,53 +41,78 @@ bool DirectoryMode::DoDirectoryModeEncoding() {
         return false;
     }
     auto& files = *state_.g_objFSO;
-    Walk walk{state_.g_objFSO, files.GetAbsolutePathName(settings_.output), {}, {}};
-    EncodeFilesInFolder(walk, files.GetAbsolutePathName(settings_.input), walk.output_root);
+    Walk walk{state_.g_objFSO, files.GetAbsolutePathName(settings_.output), {}, {}, {}, {}};
+    ListFolder(walk, files.NameOf(files.GetAbsolutePathName(settings_.input)),
+               files.NameOf(walk.output_root));
+    for (const ListedFolder& folder : walk.folders) {
+        if (run_.WalkCancelled()) break;
+        if (!folder.skipped_name.empty())
+            pane_.OutputInfo("Skipping: " + folder.skipped_name);
+        else
+            EncodeFilesInFolder(walk, folder);
+    }
     return true;
 }
 
-void DirectoryMode::EncodeFilesInFolder(Walk& walk, const std::string& input_folder,
-                                        const std::string& output_folder) {
-    pane_.OutputInfo("============== Encoding Files in Folder ============== " + input_folder);
+void DirectoryMode::ListFolder(Walk& walk, const std::string& input_folder,
+                               const std::string& output_folder) {
     auto& files = *walk.files;
+    if (const auto identity = files.Identify(input_folder)) walk.listed.insert(*identity);
+    ListedFolder listed{{}, input_folder, output_folder, {}, {}};
     platform::Folder folder;
     try {
         folder = files.GetFolder(input_folder);
     } catch (const platform::Error& error) {
-        Fail(error);
-        return;
+        listed.error = error;
     }
-
-    for (const std::string& file : folder.files) {
+    for (std::string& file : folder.files) {
         const std::string path = PathInFolder(files, input_folder, file);
-        const std::optional<std::string> base_name = MediaBaseName(file);
-        if (!base_name || Contains(files, walk.written, path)) {
-            pane_.OutputInfo("Skipping: " + file);
-            continue;
+        Input input{std::move(file), std::nullopt};
+        if (!files.IsSpecialFile(path)) input.base_name = MediaBaseName(input.name);
+        if (input.base_name) {
+            if (const auto identity = files.Identify(path)) walk.inputs.insert(*identity);
         }
-        settings_.input = path;
-        settings_.output = PathInFolder(files, output_folder, *base_name + settings_.outputstring);
-        EncodeFile(walk, file);
-        if (run_.WalkCancelled()) return;
+        listed.files.push_back(std::move(input));
     }
+    walk.folders.push_back(std::move(listed));
 
-    walk.open_folders.push_back(input_folder);
     for (const std::string& sub_folder : folder.sub_folders) {
+        run_.HandleEvents();
+        if (run_.WalkCancelled()) return;
         const std::string path = PathInFolder(files, input_folder, sub_folder);
-        // What this or an earlier walk has put there is no input, and a link that leads back up
-        // would be walked for ever.
-        if (files.IsSame(path, walk.output_root) || Contains(files, walk.open_folders, path)) {
-            pane_.OutputInfo("Skipping: " + sub_folder);
+        const auto identity = files.Identify(path);
+        // What an earlier walk has put there is no input.
+        if (identity && (walk.listed.contains(*identity) ||
+                         identity == files.Identify(files.NameOf(walk.output_root))))
+            walk.folders.emplace_back().skipped_name = sub_folder;
+        else
+            ListFolder(walk, path, PathInFolder(files, output_folder, sub_folder));
+    }
+}
+
+void DirectoryMode::EncodeFilesInFolder(Walk& walk, const ListedFolder& folder) {
+    auto& files = *walk.files;
+    pane_.OutputInfo("============== Encoding Files in Folder ============== " +
+                     files.GetAbsolutePathName(folder.input));
+    if (folder.error) Fail(*folder.error);
+    for (const Input& input : folder.files) {
+        run_.HandleEvents();
+        if (run_.WalkCancelled()) return;
+        if (!input.base_name) {
+            pane_.OutputInfo("Skipping: " + input.name);
             continue;
         }
-        EncodeFilesInFolder(walk, path, PathInFolder(files, output_folder, sub_folder));
-        if (run_.WalkCancelled()) return;
+        settings_.input = PathInFolder(files, folder.input, input.name);
+        settings_.output =
+            PathInFolder(files, folder.output, *input.base_name + settings_.outputstring);
+        EncodeFile(walk, input.name);
     }
-    walk.open_folders.pop_back();
 }
 
 void DirectoryMode::EncodeFile(Walk& walk, const std::string& file) {
-    pane_.OutputInfo(fmt::format("============== Input {} {}", settings_.input, settings_.output));
+    pane_.OutputInfo(fmt::format("============== Input {} {}",
+                                 walk.files->GetAbsolutePathName(settings_.input),
+                                 walk.files->GetAbsolutePathName(settings_.output)));
     settings_.output += '.';  // the set-up adds the extension after it, once it knows the sources
     try {
         run_.PrepareSession();
@@ -113,17 +130,27 @@ void DirectoryMode::EncodeFile(Walk& walk, const std::string& file) {
 
 void DirectoryMode::RunFile(Walk& walk, const std::string& file) {
     auto& files = *walk.files;
-    const std::string output = files.GetAbsolutePathName(settings_.output);
-    if (files.FileExists(output) && Contains(files, walk.written, output)) {
+    const std::string path = files.GetAbsolutePathName(settings_.output);
+    const auto there = files.Identify(settings_.output);
+    if (there && walk.inputs.contains(*there)) {
+        pane_.OutputError(
+            fmt::format("Skipping: {}, since {} is an input of this walk", file, path));
+        any_failed_ = true;
+        return;
+    }
+    if (there && walk.written.contains(*there)) {
         const std::string reason =
-            fmt::format("Skipping: {}, since this walk has already written {}", file, output);
+            fmt::format("Skipping: {}, since this walk has already written {}", file, path);
         pane_.OutputInfo(reason);
         run_.PassOver(reason);
         return;
     }
+    const std::string output = settings_.output;
     const FileRunEnd end = run_.RunToEnd();
     if (run_.WalkCancelled()) return;
-    if (end != FileRunEnd::NotStarted) walk.written.push_back(output);
+    if (end != FileRunEnd::NotStarted) {
+        if (const auto written = files.Identify(output)) walk.written.insert(*written);
+    }
     if (end != FileRunEnd::Completed) any_failed_ = true;
 }
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,25 +23,42 @@ class DirectoryMode {
                   platform::OutputPane& pane, EncoderSetup& encoder_setup, FileRun& run);
 
     /// Walks the folder of the -input setting into that of -output and returns when the walk has
-    /// ended. False when there is no -output; files that fail are said line by line and do not end
-    /// the walk. The two settings hold the last file's names afterwards. May be entered again from
-    /// within FileRun::RunToEnd by a command that takes over.
+    /// ended. What there is to read is listed before anything is written: no input of the walk is
+    /// written over, and no output is read. A folder that several links lead to is walked once.
+    /// False when there is no -output; files that fail are said line by line and do not end the
+    /// walk. The two settings hold the last file's names afterwards. May be entered again from
+    /// within FileRun::RunToEnd and HandleEvents by a command that takes over.
     bool DoDirectoryModeEncoding();
 
     /// Whether a file or a folder of the walk that was started last could not be encoded.
     bool AnyFailed() const { return any_failed_; }
 
   private:
-    /// What one walk has to remember; the absolute paths of folders and files.
+    struct Input {
+        std::string name;                      // in its folder
+        std::optional<std::string> base_name;  // none: it is skipped
+    };
+    /// One folder on the way, in the order of the walk.
+    struct ListedFolder {
+        std::string skipped_name;  // empty: it is walked, and the rest says how
+        std::string input;
+        std::string output;
+        std::vector<Input> files;
+        std::optional<platform::Error> error;  // instead of files
+    };
     struct Walk {
         std::shared_ptr<platform::FileSystem> files;
         std::string output_root;
-        std::vector<std::string> open_folders;  // from the input's root to the one being walked
-        std::vector<std::string> written;       // outputs, also incomplete ones
+        std::vector<ListedFolder> folders;
+        std::set<platform::FileIdentity> listed;  // of `folders`
+        std::set<platform::FileIdentity> inputs;
+        std::set<platform::FileIdentity> written;  // outputs, also incomplete ones
     };
 
-    void EncodeFilesInFolder(Walk& walk, const std::string& input_folder,
-                             const std::string& output_folder);
+    /// Both return early once the walk is cancelled.
+    void ListFolder(Walk& walk, const std::string& input_folder, const std::string& output_folder);
+    void EncodeFilesInFolder(Walk& walk, const ListedFolder& folder);
+
     void EncodeFile(Walk& walk, const std::string& file);
     void RunFile(Walk& walk, const std::string& file);
     void TearDownSession();

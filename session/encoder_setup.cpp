@@ -139,7 +139,7 @@ bool EncoderSetup::OpenDevice(SourceType type, std::int32_t number, ErrorTrap& t
     if (!name) return true;  // the collected error is reported with the others
     if (name->empty()) {
         pane_.OutputError(fmt::format("Error: Invalid {} device number specified",
-                                     type == SourceType::Audio ? "audio" : "video"));
+                                      type == SourceType::Audio ? "audio" : "video"));
         return false;
     }
     AddSource(type, *name, kDeviceScheme, trap);

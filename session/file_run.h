@@ -16,8 +16,8 @@ class FileRun {
   public:
     virtual ~FileRun() = default;
 
-    /// A file begins: puts a fresh encoder, its events connected, into the session's state and clears the source
-    /// group and the sources, as the start of a command does.
+    /// A file begins: puts a fresh encoder, its events connected, into the session's state and
+    /// clears the source group and the sources, as the start of a command does.
     virtual void PrepareSession() = 0;
 
     /// Encodes the session that was set up and returns when it has stopped; the window stays
@@ -29,6 +29,9 @@ class FileRun {
     virtual void PassOver(const std::string& /*reason*/) {}
     /// The file at hand is over, whatever came of it.
     virtual void FinishFile() {}
+
+    /// Lets in what has happened to the window meanwhile: the walk may be over after it.
+    virtual void HandleEvents() = 0;
 
     /// Whether the walk is over: Stop was pressed, or another command took the session over.
     /// Directory mode then leaves the session and the settings as they are, since they may belong

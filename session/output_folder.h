@@ -7,11 +7,13 @@
 
 namespace session {
 
-/// Makes the folder, with the parents that are missing; one that exists is left as it is. Throws
+/// Makes the folder, the host's own path, with the parents that are missing; one that exists is
+/// left as it is. Throws
 /// platform::Error (access denied, path not found, file exists) that names the folder.
 void CreateOutputFolder(platform::FileSystem& files, const std::string& path);
 
-/// The name of `file` in `folder`, with the host's separator between them.
+/// A name of the `file` in `folder`, with the host's separator between them. No character of
+/// `file` separates.
 std::string PathInFolder(platform::FileSystem& files, const std::string& folder,
                          const std::string& file);
 

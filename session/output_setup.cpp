@@ -60,7 +60,8 @@ void OutputSetup::SetupOutputFile() {
         const bool has_video = state_.g_objSrcGrp->SourceCount(platform::SourceType::Video) > 0;
         output += has_video ? kVideoExtension : kAudioExtension;
     }
-    CreateOutputFolder(files, files.GetParentFolderName(files.GetAbsolutePathName(output)));
+    CreateOutputFolder(files,
+                       files.GetParentFolderName(files.NameOf(files.GetAbsolutePathName(output))));
     state_.g_objEncoder->File().SetLocalFileName(output);
 }
 

@@ -1,9 +1,16 @@
 #include "session/read_only_files.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
 #include "platform/error.h"
 
 namespace session {
 namespace {
+
+// No disk has it.
+constexpr std::uint64_t kPretendedDevice = std::numeric_limits<std::uint64_t>::max();
 
 class ForgetfulStream final : public platform::TextStream {
   public:
@@ -53,11 +60,14 @@ platform::Folder ReadOnlyFiles::GetFolder(const std::string& path) {
     return files_->GetFolder(path);
 }
 
-bool ReadOnlyFiles::IsSame(const std::string& path, const std::string& other) {
+std::optional<platform::FileIdentity> ReadOnlyFiles::Identify(const std::string& path) {
+    if (const auto identity = files_->Identify(path)) return identity;
     const std::string absolute = GetAbsolutePathName(path);
-    const bool pretended = pretended_files_.contains(absolute) || folders_.contains(absolute);
-    if (pretended && absolute == GetAbsolutePathName(other)) return true;
-    return files_->IsSame(path, other);
+    if (!pretended_files_.contains(absolute) && !folders_.contains(absolute)) return std::nullopt;
+    auto found = std::find(identified_.begin(), identified_.end(), absolute);
+    if (found == identified_.end()) found = identified_.insert(found, absolute);
+    return platform::FileIdentity{kPretendedDevice,
+                                  static_cast<std::uint64_t>(found - identified_.begin())};
 }
 
 std::shared_ptr<platform::TextStream> ReadOnlyFiles::OpenTextFile(const std::string& path,

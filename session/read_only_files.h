@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -29,6 +30,7 @@ class ReadOnlyFiles final : public platform::FileSystem {
 
     std::string Separator() const override { return files_->Separator(); }
     std::string GetAbsolutePathName(const std::string& path) override;
+    std::string NameOf(const std::string& path) override { return files_->NameOf(path); }
     std::string GetParentFolderName(const std::string& path) override;
     std::string GetBaseName(const std::string& path) override;
     std::string GetExtensionName(const std::string& path) override;
@@ -37,7 +39,8 @@ class ReadOnlyFiles final : public platform::FileSystem {
     /// Never fails: whether a folder could be made shows only when it is.
     void CreateFolder(const std::string& path) override;
     platform::Folder GetFolder(const std::string& path) override;
-    bool IsSame(const std::string& path, const std::string& other) override;
+    std::optional<platform::FileIdentity> Identify(const std::string& path) override;
+    bool IsSpecialFile(const std::string& path) override { return files_->IsSpecialFile(path); }
     /// What is written to a stream opened for writing is forgotten.
     std::shared_ptr<platform::TextStream> OpenTextFile(const std::string& path,
                                                        platform::OpenMode mode,
@@ -49,6 +52,7 @@ class ReadOnlyFiles final : public platform::FileSystem {
     std::vector<Write> writes_;
     std::set<std::string> folders_;          // that would be there by now
     std::set<std::string> pretended_files_;  // the same
+    std::vector<std::string> identified_;    // of both, those that were asked for: their numbers
 };
 
 }  // namespace session

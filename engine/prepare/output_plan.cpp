@@ -25,20 +25,21 @@ std::string CheckedOutput(const std::string& name, const SourceGroupRecord& grou
                           platform::FileSystem& files) {
     if (name.empty()) RefuseArgument("There is no output: give -output a file");
     std::string path = files.GetAbsolutePathName(name);
-    if (files.FolderExists(path))
+    const std::string exact_name = files.NameOf(path);
+    if (files.FolderExists(exact_name))
         RefuseArgument(fmt::format("The output {} is a folder: give -output a file", path));
-    const std::string folder = files.GetParentFolderName(path);
-    if (!folder.empty() && !files.FolderExists(folder))
+    const std::string folder = files.GetParentFolderName(exact_name);
+    if (!folder.empty() && !files.FolderExists(files.NameOf(folder)))
         throw platform::Error(platform::kPathNotFound,
                               fmt::format("The folder {} of the output {} does not exist: make it "
                                           "or give -output another",
                                           folder, path));
     const auto refuse_input = [&](const SourceInput& input) {
-        if (input.IsFile() && files.IsSame(input.host_path, path))
+        if (input.IsFile() && files.IsSame(input.host_path, exact_name))
             RefuseArgument(fmt::format("The output {} is the input {}: give -output another name",
                                        path, input.host_path));
         const std::string part = PartName(OutputTarget(path));
-        if (input.IsFile() && files.IsSame(input.host_path, part))
+        if (input.IsFile() && files.IsSame(input.host_path, files.NameOf(part)))
             RefuseArgument(
                 fmt::format("The output {} grows as {}, which is the input: give -output "
                             "another name or rename the input",

@@ -54,6 +54,20 @@ std::string PosixFileSystem::GetAbsolutePathName(const std::string& path) {
     return names_.AbsolutePath(path);
 }
 
+std::string PosixFileSystem::NameOf(const std::string& path) {
+    if (path.find('\\') == std::string::npos || !StartsWith(path, "/")) return path;
+    std::string uri = "file://";
+    for (const char c : path) {
+        if (c == '\\')
+            uri += "%5C";
+        else if (c == '%')
+            uri += "%25";
+        else
+            uri += c;
+    }
+    return uri;
+}
+
 std::string PosixFileSystem::GetParentFolderName(const std::string& path) {
     const std::string name = names_.HostName(path);
     const std::size_t slash = name.rfind('/');
@@ -116,10 +130,15 @@ Folder PosixFileSystem::GetFolder(const std::string& path) {
     return folder;
 }
 
-bool PosixFileSystem::IsSame(const std::string& path, const std::string& other) {
-    const auto first = Inspect(names_.HostName(path));
-    const auto second = Inspect(names_.HostName(other));
-    return first && second && first->st_dev == second->st_dev && first->st_ino == second->st_ino;
+std::optional<FileIdentity> PosixFileSystem::Identify(const std::string& path) {
+    const auto info = Inspect(names_.HostName(path));
+    if (!info) return std::nullopt;
+    return FileIdentity{info->st_dev, info->st_ino};
+}
+
+bool PosixFileSystem::IsSpecialFile(const std::string& path) {
+    const auto info = Inspect(names_.HostName(path));
+    return info && !S_ISREG(info->st_mode) && !S_ISDIR(info->st_mode);
 }
 
 std::shared_ptr<TextStream> PosixFileSystem::OpenTextFile(const std::string& path, OpenMode mode,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/file_system.h"
@@ -16,6 +17,8 @@ class PosixFileSystem : public FileSystem {
 
     std::string Separator() const override;
     std::string GetAbsolutePathName(const std::string& path) override;
+    /// A file:// URI where the path holds a backslash.
+    std::string NameOf(const std::string& path) override;
     std::string GetParentFolderName(const std::string& path) override;
     std::string GetBaseName(const std::string& path) override;
     std::string GetExtensionName(const std::string& path) override;
@@ -24,7 +27,8 @@ class PosixFileSystem : public FileSystem {
     void CreateFolder(const std::string& path) override;
     /// A link to a folder that holds the listed one is left out: following it would never end.
     Folder GetFolder(const std::string& path) override;
-    bool IsSame(const std::string& path, const std::string& other) override;
+    std::optional<FileIdentity> Identify(const std::string& path) override;
+    bool IsSpecialFile(const std::string& path) override;
     std::shared_ptr<TextStream> OpenTextFile(const std::string& path, OpenMode mode,
                                              bool create) override;
     /// The Windows folders keep their names on drive C; the temporary folder is the host's.

@@ -83,14 +83,25 @@ bool ParentExists(const std::string& path) {
     return ::stat(path.substr(0, slash).c_str(), &info) == 0;
 }
 
+/// A socket cannot be opened at all, a pipe that nobody reads not for writing.
+bool IsPipeOrSocket(const FileDescriptor& file, int open_error) {
+    if (!file.IsOpen()) return open_error == ENXIO;
+    struct stat info {};
+    return ::fstat(file.Number(), &info) == 0 && (S_ISFIFO(info.st_mode) || S_ISSOCK(info.st_mode));
+}
+
 }  // namespace
 
 std::shared_ptr<TextStream> OpenText(const std::string& path, OpenMode mode, bool create,
                                      const LocaleText& encoding) {
     const int access = mode == OpenMode::Reading ? O_RDONLY : O_WRONLY | O_TRUNC;
-    FileDescriptor file(::open(path.c_str(), access | (create ? O_CREAT : 0) | O_CLOEXEC, 0666));
+    const int flags = access | (create ? O_CREAT : 0) | O_NONBLOCK | O_CLOEXEC;
+    FileDescriptor file(::open(path.c_str(), flags, 0666));
+    const int code = errno;
+    if (IsPipeOrSocket(file, code))
+        throw Error(kInvalidArgument,
+                    "Cannot open " + path + ": it is a pipe or a socket. Name a text file.");
     if (!file.IsOpen()) {
-        const int code = errno;
         if (code == ENOENT && !ParentExists(path))
             throw Error(kPathNotFound, "Cannot open the file " + path +
                                            ": its folder does not exist. Check the path.");

@@ -1,4 +1,6 @@
 // The console's ways to be driven by programs: commands from the input, explanations, JSON.
+#include <sys/stat.h>
+
 #include <csignal>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -246,6 +248,26 @@ TEST(ConsoleModes, JsonNumbersTheCommandsOfTheInputAndTheFilesOfAFolder) {
     EXPECT_EQ(reports[1]["files_failed"], 1);
     EXPECT_EQ(files[folder / "in/good.avi"]["state"], "completed");
     EXPECT_EQ(files[folder / "in/bad.avi"]["error"]["number"], 0x8007000D);
+}
+
+TEST(ConsoleModes, AWalkLosesNoFileAndWaitsForNone) {
+    const TempFolder folder;
+    const std::string in = folder / "in";
+    std::filesystem::create_directories(folder / "in/s\\t");
+    MakeClip(folder / "in/a.avi", 1);
+    std::filesystem::copy_file(folder / "in/a.avi", folder / "in/s\\t/b\\c%5C.avi");
+    std::filesystem::copy_file(folder / "in/a.avi", folder / "in/a.wmv");
+    ASSERT_EQ(::mkfifo((in + "/pipe.avi").c_str(), 0600), 0);
+    std::filesystem::create_directory_symlink("s\\t", folder / "in/link");
+
+    const CommandResult result =
+        Console({"-input", in, "-output", in, "-profile", "av100", "-silent"});
+    EXPECT_EQ(result.status, 2) << result.out << result.err;
+    for (const char* line :
+         {"Skipping: pipe.avi\n", "Skipping: a.avi, since ", "Skipping: a.wmv, since "})
+        EXPECT_THAT(result.out, HasSubstr(line));
+    EXPECT_EQ(std::filesystem::file_size(in + "/a.wmv"), std::filesystem::file_size(in + "/a.avi"));
+    EXPECT_EQ(DecodeMessages(in + "/s\\t/b\\c%5C.wmv"), "");
 }
 
 TEST(ConsoleModes, ASignalEndsInAReportOfTheStop) {

@@ -1,8 +1,10 @@
 // Files and folders in memory.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -81,13 +83,16 @@ class FakeFileSystem : public platform::FileSystem {
         return folder;
     }
     /// `links` (path to target) are followed, whole paths only.
-    bool IsSame(const std::string& path, const std::string& other) override {
-        const auto resolve = [this](const std::string& name) {
-            const auto link = links.find(GetAbsolutePathName(name));
-            return link == links.end() ? GetAbsolutePathName(name) : link->second;
-        };
-        const std::string first = resolve(path);
-        return first == resolve(other) && (folders.contains(first) || files.contains(first));
+    std::optional<platform::FileIdentity> Identify(const std::string& path) override {
+        const std::string full = GetAbsolutePathName(path);
+        const auto link = links.find(full);
+        const std::string& target = link == links.end() ? full : link->second;
+        if (!folders.contains(target) && !files.contains(target)) return std::nullopt;
+        return platform::FileIdentity{
+            1, identities.try_emplace(target, identities.size()).first->second};
+    }
+    bool IsSpecialFile(const std::string& path) override {
+        return special_files.contains(GetAbsolutePathName(path));
     }
     std::shared_ptr<platform::TextStream> OpenTextFile(const std::string& path,
                                                        platform::OpenMode mode,
@@ -114,6 +119,7 @@ class FakeFileSystem : public platform::FileSystem {
     std::map<std::string, std::string> files;  // path to content
     std::set<std::string> folders;
     std::map<std::string, std::string> links;
+    std::set<std::string> special_files;  // those of `files` that are none
 
   private:
     class Stream : public platform::TextStream {
@@ -138,6 +144,7 @@ class FakeFileSystem : public platform::FileSystem {
     static std::string Name(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
     std::vector<std::string> file_order, folder_order;
+    std::map<std::string, std::uint64_t> identities;  // of what was asked for
 };
 
 }  // namespace test_support

@@ -235,6 +235,12 @@ TEST(ConfigFiles, NothingIsWrittenForARefusedCommand) {
     ParserBench bench;
     EXPECT_FALSE(bench.Run("-s_config new -silent -v_width x"));
     EXPECT_FALSE(bench.files->FileExists("new.weu"));
+    bench.pane.lines.clear();
+    bench.files->AddFile("/home/film.weu", "film");
+    EXPECT_FALSE(bench.Run("-s_config film -input film.weu -output b.wmv"));
+    EXPECT_EQ(bench.pane.lines, Lines{"Configuration file /home/film.weu is the input: give "
+                                      "-s_config another name"});
+    EXPECT_EQ(bench.files->files["/home/film.weu"], "film");
 }
 
 TEST(ConfigFiles, ErrorsOfTheFileSystemPassThrough) {

@@ -32,11 +32,15 @@ class FakeRun : public session::FileRun {
         if (on_run) on_run();
         return end;
     }
+    void HandleEvents() override {
+        if (on_events) on_events();
+    }
     bool WalkCancelled() const override { return cancelled; }
 
     Lines runs;
     std::map<std::string, FileRunEnd> ends;
     std::function<void()> on_run;
+    std::function<void()> on_events;
     bool cancelled = false;
     bool clean = true;  // every file began without sources
 
@@ -66,11 +70,12 @@ struct Walker {
 
 struct TreeCase {
     const char* why;
-    Lines tree;                                // files; a name that ends in "/" is a folder
+    Lines tree;                                // files; what ends in "/" is a folder, in "|" a pipe
     std::map<std::string, std::string> links;  // also listed as folders
     const char* output;
     Lines runs;
     Lines lines;
+    bool failed = false;
 };
 
 // clang-format off
@@ -98,16 +103,29 @@ const TreeCase kTreeCases[] = {
      {"/in/a.avi > /in/out/a.wmv", "/in/s/b.avi > /in/out/s/b.wmv"}, {"Skipping: out"}},
     {"nor reached through a link", {"/in/a.avi", "/out/old.avi"}, {{"/in/link", "/out"}}, "/out",
      {"/in/a.avi > /out/a.wmv"}, {"Skipping: link"}},
-    {"into its own folder, the outputs of before are no input",
-     {"/in/a.avi", "/in/a.wmv", "/in/s/b.avi"}, {}, "/in",
-     {"/in/a.avi > /in/a.wmv", "/in/s/b.avi > /in/s/b.wmv"}, {"Skipping: a.wmv"}},
-    {"into the folder above, where the mirrored tree meets the input's",
+    {"into its own folder, no input is written over, read or still to read",
+     {"/in/b.wmv", "/in/a.avi", "/in/a.wmv", "/in/b.avi", "/in/s/b.avi"}, {}, "/in",
+     {"/in/s/b.avi > /in/s/b.wmv"},
+     {"Skipping: b.wmv, since /in/b.wmv is an input of this walk",
+      "Skipping: a.avi, since /in/a.wmv is an input of this walk",
+      "Skipping: a.wmv, since /in/a.wmv is an input of this walk",
+      "Skipping: b.avi, since /in/b.wmv is an input of this walk"}, true},
+    {"nor one of another folder, or under another name",
+     {"/in/a.avi", "/in/b.avi", "/in/s/a.wmv", "/out/b.wmv"},
+     {{"/out/a.wmv", "/in/s/a.wmv"}, {"/in/s/old.wmv", "/out/b.wmv"}}, "/out",
+     {"/in/s/a.wmv > /out/s/a.wmv", "/in/s/old.wmv > /out/s/old.wmv"},
+     {"Skipping: a.avi, since /out/a.wmv is an input of this walk",
+      "Skipping: b.avi, since /out/b.wmv is an input of this walk"}, true},
+    {"an output is no input, also where the mirrored tree meets the input's",
      {"/in/in/x/a.avi", "/in/x/b.avi"}, {}, "/",
-     {"/in/in/x/a.avi > /in/x/a.wmv", "/in/x/b.avi > /x/b.wmv"}, {"Skipping: a.wmv"}},
+     {"/in/in/x/a.avi > /in/x/a.wmv", "/in/x/b.avi > /x/b.wmv"}, {}},
     {"links that lead back up", {"/in/s/a.avi"}, {{"/in/s/self", "/in/s"}, {"/in/s/top", "/in"}},
      "/out", {"/in/s/a.avi > /out/s/a.wmv"}, {"Skipping: self", "Skipping: top"}},
-    {"the same folder beside, not above, is another one", {"/in/s/a.avi"}, {{"/in/t", "/in/s"}},
-     "/out", {"/in/s/a.avi > /out/s/a.wmv"}, {}},
+    {"a folder with two names is walked once", {"/in/s/a.avi"},
+     {{"/in/s/t", "/in/t"}, {"/in/t", "/in/s"}}, "/out", {"/in/s/a.avi > /out/s/a.wmv"},
+     {"Skipping: t"}},
+    {"a pipe is not opened", {"/in/a.avi|", "/in/b.avi"}, {}, "/out", {"/in/b.avi > /out/b.wmv"},
+     {"Skipping: a.avi"}},
 };
 // clang-format on
 
@@ -120,18 +138,27 @@ TEST(DirectoryMode, Trees) {
         for (const std::string& path : each.tree) {
             if (path.back() == '/') {
                 files.AddFolder(path.substr(0, path.size() - 1));
+            } else if (path.back() == '|') {
+                files.AddFile(path.substr(0, path.size() - 1));
+                files.special_files.insert(path.substr(0, path.size() - 1));
             } else {
                 files.AddFile(path);
             }
         }
-        for (const auto& [path, target] : each.links)
-            if (!files.FileExists(path)) files.AddFolder(path);
+        for (const auto& [path, target] : each.links) {
+            if (files.FileExists(path)) continue;
+            if (files.FileExists(target)) {
+                files.AddFile(path);
+            } else {
+                files.AddFolder(path);
+            }
+        }
         files.links = each.links;
         walker.session.settings.output = each.output;
         EXPECT_TRUE(walker.Go());
         EXPECT_EQ(walker.run.runs, each.runs);
         EXPECT_EQ(walker.OtherLines(), each.lines);
-        EXPECT_FALSE(walker.mode.AnyFailed());
+        EXPECT_EQ(walker.mode.AnyFailed(), each.failed);
         EXPECT_TRUE(walker.run.clean);
     }
 }
@@ -231,6 +258,19 @@ TEST(DirectoryMode, StopEndsTheWalkInEveryFolder) {
     EXPECT_TRUE(walker.Go());
     EXPECT_THAT(walker.run.runs, ElementsAre("/in/s/t/a.avi > /out/s/t/a.wmv"));
     EXPECT_THAT(walker.session.pane.lines, Not(Contains(kFolderLine + std::string("/in/v"))));
+}
+
+TEST(DirectoryMode, StopEndsAWalkWithoutMedia) {
+    for (const int moment : {1, 2, 4}) {  // while folders are listed, and after it
+        Walker walker;
+        for (const char* name : {"/in/s/a.txt", "/in/s/b.txt", "/in/s/c.txt", "/in/t/d.txt"})
+            walker.session.files().AddFile(name);
+        int left = moment;
+        walker.run.on_events = [&] { walker.run.cancelled = --left <= 0; };
+        EXPECT_TRUE(walker.Go());
+        EXPECT_EQ(left, 0);
+        EXPECT_THAT(walker.session.pane.lines, Not(Contains("Skipping: b.txt"))) << moment;
+    }
 }
 
 TEST(DirectoryMode, LeavesASessionThatAnotherCommandTookOver) {

@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -87,6 +89,29 @@ TEST_F(PosixFiles, FailuresHavePublishedNumbersAndNames) {
     EXPECT_EQ(Failure([&] { files.GetFolder("C:\\file"); }, "file"), platform::kPathNotFound);
     const auto full = files.OpenTextFile("/dev/full", OpenMode::Writing, false);
     EXPECT_EQ(Failure([&] { full->Write("x"); }, "/dev/full"), platform::kDiskFull);
+}
+
+TEST_F(PosixFiles, PipesAreRefusedWithoutWaiting) {
+    PosixFileSystem files = With("UTF-8");
+    const std::string pipe = folder_ / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const OpenMode mode : {OpenMode::Reading, OpenMode::Writing})
+        EXPECT_EQ(Failure([&] { files.OpenTextFile(pipe, mode, true); }, pipe),
+                  platform::kInvalidArgument);
+    Put("file", "x");
+    EXPECT_TRUE(files.IsSpecialFile("C:\\pipe"));
+    EXPECT_FALSE(files.IsSpecialFile("C:\\file"));
+    EXPECT_FALSE(files.IsSpecialFile("C:\\"));
+    EXPECT_FALSE(files.IsSpecialFile("C:\\none"));
+}
+
+TEST_F(PosixFiles, AHostPathHasANameThatKeepsItsBackslashes) {
+    PosixFileSystem files = With("UTF-8");
+    for (const char* name : {"plain", "50%41", "od\\d 100%/a\\b%5C.avi", "C:\\x"}) {
+        const std::string path = folder_ / name;
+        EXPECT_EQ(files.GetAbsolutePathName(files.NameOf(path)), path);
+    }
+    EXPECT_EQ(files.NameOf("/a b%20"), "/a b%20");
 }
 
 TEST_F(PosixFiles, LinesEndEitherWayAndTheLastNeedsNone) {
