@@ -106,7 +106,7 @@ ParameterParser::Outcome ParameterParser::ReadConfig(Call& call) {
     platform::FileSystem& files = *state_.g_objFSO;
     if (call.depth == kDeepestNesting) {
         pane_.OutputError(fmt::format("Configuration file {} is nested more than {} deep",
-                                     files.GetAbsolutePathName(call.load_name), kDeepestNesting));
+                                      files.GetAbsolutePathName(call.load_name), kDeepestNesting));
         return Outcome::Refused;
     }
     const std::optional<std::vector<std::string>> words =

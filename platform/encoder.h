@@ -406,8 +406,8 @@ class WMEncoder {
 
     /// Checks the whole session and readies it. `force` prepares again when prepared already.
     virtual void PrepareToEncode(bool force) = 0;
-    /// Throws what PrepareToEncode would of the session as it stands, with `files` for what is there
-    /// already. Opens no device, asks nobody and readies nothing.
+    /// Throws what PrepareToEncode would of the session as it stands, with `files` for what is
+    /// there already. Opens no device, asks nobody and readies nothing.
     virtual void CheckToEncode(FileSystem& /*files*/) {}
     /// What the last preparation, and the run since, found that a person should know, a line each;
     /// none when asked again.

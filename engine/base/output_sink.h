@@ -17,8 +17,8 @@ struct OutputResult {
     Ticks duration;  // end of the last coded frame
 };
 
-/// Calls come from one thread at a time, in the order Begin, Write and Flush ..., then Finish or Abandon. A
-/// sink that is destroyed before either leaves what it has written playable.
+/// Calls come from one thread at a time, in the order Begin, Write and Flush ..., then Finish or
+/// Abandon. A sink that is destroyed before either leaves what it has written playable.
 class OutputSink {
   public:
     virtual ~OutputSink() = default;
@@ -27,8 +27,8 @@ class OutputSink {
     /// Dts of all streams together do not decrease. The sink may keep a copy of the frame, which
     /// holds its bytes. Throws platform::Error.
     virtual void Write(const CodedFrame& frame) = 0;
-    /// What was written is to reach the disk or the listeners now: nothing may come for long. Throws
-    /// platform::Error.
+    /// What was written is to reach the disk or the listeners now: nothing may come for long.
+    /// Throws platform::Error.
     virtual void Flush() {}
     /// Completes the output. Throws platform::Error.
     virtual void Finish() = 0;

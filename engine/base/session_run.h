@@ -14,9 +14,9 @@ namespace engine {
 /// Called from the run's own threads, one call at a time: Starting, Running, (EndPreprocess and
 /// Running again for a second pass), Stopping, Stopped; Paused and Running as asked. An error comes
 /// once the pass has come to its end and the file is closed, since it says what is left of it;
-/// before Stopping, unless the run was stopping already. A live source that fails, or a file that was
-/// cut off, ends the run as a stop does: the output is whole and has its name. Nothing is called after
-/// Stopped.
+/// before Stopping, unless the run was stopping already. A live source that fails, or a file that
+/// was cut off, ends the run as a stop does: the output is whole and has its name. Nothing is
+/// called after Stopped.
 struct RunCallbacks {
     std::function<void(platform::EncoderState)> on_state;
     std::function<void(std::int32_t number, const std::string& description)> on_error;

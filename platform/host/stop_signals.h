@@ -10,8 +10,8 @@
 
 namespace platform::host {
 
-/// From now on a closed pipe, and a file that has grown to the limit that was set for files, show as
-/// failed writes.
+/// From now on a closed pipe, and a file that has grown to the limit that was set for files, show
+/// as failed writes.
 void LetWritesFail();
 
 /// Takes over SIGINT, SIGTERM and SIGHUP for its lifetime, but for those that the process was

@@ -12,8 +12,8 @@
 #include "clips.h"
 #include "engine/outputs/asf/asf_file.h"
 #include "engine/outputs/asf/packet_size.h"
-#include "engine/outputs/asf/repair.h"
 #include "engine/outputs/asf/part_name.h"
+#include "engine/outputs/asf/repair.h"
 #include "platform/error.h"
 #include "support/asf_reader.h"
 #include "support/commands.h"
@@ -410,8 +410,7 @@ TEST(PartFile, NothingForeignGetsTheName) {
             std::uint32_t failed = 0;
             for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i) {
                 if (i == (at_the_end ? clip.frames.size() - 1 : 50)) row.exchange(folder);
-                failed =
-                    ErrorOf([&] { sink.Write(clips::Coded(clip.frames[i])); }, "a.wmv.part");
+                failed = ErrorOf([&] { sink.Write(clips::Coded(clip.frames[i])); }, "a.wmv.part");
             }
             const std::uint32_t finished = ErrorOf([&] { sink.Finish(); }, "a.wmv.part");
             EXPECT_EQ(failed != 0 ? failed : finished, platform::kFileNotFound);
