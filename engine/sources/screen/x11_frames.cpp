@@ -85,7 +85,7 @@ void X11Frames::Drop(ImageMemory& memory) {
 }
 
 void X11Frames::DropAll() {
-    for (X11Picture& each : images_) Drop(each.memory);
+    for (X11Image& each : images_) Drop(each.memory);
     images_.clear();
     Drop(scratch_);
 }
@@ -112,7 +112,7 @@ std::size_t X11Frames::ImageBytes() const {
 
 void X11Frames::MarkStale(const PixelBox& box) {
     const PixelBox inside = AsFetched(Intersection(box, {0, 0, area_.width, area_.height}));
-    for (X11Picture& each : images_) each.stale.Add(inside);
+    for (X11Image& each : images_) each.stale.Add(inside);
 }
 
 // The server can only write rows as they lie in the frame when they are whole. That costs less
@@ -122,23 +122,23 @@ PixelBox X11Frames::AsFetched(const PixelBox& box) const {
     return {0, box.y, area_.width, box.height};
 }
 
-X11Picture& X11Frames::LeastStale() {
-    X11Picture* best = nullptr;
+X11Image& X11Frames::LeastStale() {
+    X11Image* best = nullptr;
     std::int64_t least = std::numeric_limits<std::int64_t>::max();
-    for (X11Picture& each : images_) {
+    for (X11Image& each : images_) {
         const std::int64_t stale = each.stale.Pixels();
         if (av_buffer_get_ref_count(each.memory.buffer.get()) > 1 || stale >= least) continue;
         best = &each;
         least = stale;
     }
     if (best != nullptr) return *best;
-    X11Picture& made = images_.emplace_back(X11Picture{NewMemory(shares_), {}});
+    X11Image& made = images_.emplace_back(X11Image{NewMemory(shares_), {}});
     made.stale.Add({0, 0, area_.width, area_.height});
     return made;
 }
 
-X11Picture* X11Frames::Fetch() {
-    X11Picture& image = LeastStale();
+X11Image* X11Frames::Fetch() {
+    X11Image& image = LeastStale();
     std::vector<Part> parts;
     std::size_t scratch_used = 0;
     for (const PixelBox& box : image.stale.boxes())
@@ -150,7 +150,7 @@ X11Picture* X11Frames::Fetch() {
     return &image;
 }
 
-X11Frames::Part X11Frames::Request(const X11Picture& image, const PixelBox& box,
+X11Frames::Part X11Frames::Request(const X11Image& image, const PixelBox& box,
                                    std::size_t& scratch_used) {
     const auto ask_shared = [&](const PixelBox& part, const ImageMemory& memory,
                                 std::size_t offset) {
@@ -183,7 +183,7 @@ X11Frames::Part X11Frames::Request(const X11Picture& image, const PixelBox& box,
     return {box, ask_shared(box, scratch_, offset), true, scratch_.buffer->data + offset};
 }
 
-bool X11Frames::Receive(const X11Picture& image, const Part& part) {
+bool X11Frames::Receive(const X11Image& image, const Part& part) {
     if (part.shared) {
         const auto reply =
             display_.Await<xcb_shm_get_image_reply_t>(xcb_shm_get_image_cookie_t{part.sequence});
@@ -199,7 +199,7 @@ bool X11Frames::Receive(const X11Picture& image, const Part& part) {
     return true;
 }
 
-void X11Frames::CopyRows(const X11Picture& image, const PixelBox& box,
+void X11Frames::CopyRows(const X11Image& image, const PixelBox& box,
                          const std::uint8_t* from) const {
     const auto bytes =
         static_cast<std::size_t>(box.width) * static_cast<std::size_t>(layout_->bytes);

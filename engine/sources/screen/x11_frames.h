@@ -23,7 +23,7 @@ struct ImageMemory {
     xcb_shm_seg_t segment = 0;  // 0 = not shared
 };
 
-struct X11Picture {
+struct X11Image {
     ImageMemory memory;
     DamageBoxes stale;
 
@@ -51,7 +51,7 @@ class X11Frames {
     /// A frame that nobody holds, brought up to date. Stays valid until Show. Null when the
     /// server does not give the pixels now, or when the display was woken. Throws platform::Error
     /// when the server is gone.
-    X11Picture* Fetch();
+    X11Image* Fetch();
 
   private:
     struct Part;
@@ -63,10 +63,10 @@ class X11Frames {
     int StrideOf(std::int32_t width) const;
     std::size_t ImageBytes() const;
     PixelBox AsFetched(const PixelBox& box) const;
-    X11Picture& LeastStale();
-    Part Request(const X11Picture& image, const PixelBox& box, std::size_t& scratch_used);
-    bool Receive(const X11Picture& image, const Part& part);
-    void CopyRows(const X11Picture& image, const PixelBox& box, const std::uint8_t* from) const;
+    X11Image& LeastStale();
+    Part Request(const X11Image& image, const PixelBox& box, std::size_t& scratch_used);
+    bool Receive(const X11Image& image, const Part& part);
+    void CopyRows(const X11Image& image, const PixelBox& box, const std::uint8_t* from) const;
 
     X11Display& display_;
     bool shares_;
@@ -75,7 +75,7 @@ class X11Frames {
     const PixelLayout* layout_ = nullptr;
     int stride_ = 0;  // bytes
     ImageMemory scratch_;
-    std::deque<X11Picture> images_;
+    std::deque<X11Image> images_;
 };
 
 }  // namespace engine

@@ -42,7 +42,7 @@ class X11Screen : public LiveSource {
     void TrackPointer(Ticks now);
     bool NextFrame();
     bool Grab(Ticks now);
-    void Deliver(X11Picture& image, Ticks time);
+    void Deliver(X11Image& image, Ticks time);
     void CountMissed(Ticks now);
     void WaitUntil(Ticks time, bool events) const;
 
@@ -185,7 +185,7 @@ bool X11Screen::Grab(Ticks now) {
         drawn_ = true;
     }
     if (!drawn_ || !visible_) return false;
-    X11Picture* image = images_.Fetch();
+    X11Image* image = images_.Fetch();
     if (image == nullptr) {
         // The window or the screen has changed its size or is about to say so.
         place_changed_ = changed_ = true;
@@ -201,7 +201,7 @@ bool X11Screen::Grab(Ticks now) {
 }
 
 // Times lie an interval apart at least, so that players of an even rate have a place for each.
-void X11Screen::Deliver(X11Picture& image, Ticks time) {
+void X11Screen::Deliver(X11Image& image, Ticks time) {
     pointer_.Draw(image.pixels(), images_.stride(), images_.layout(), finder_.Box());
     image.stale.Add(Intersection(PointerInImage(), ImageBox()));
     last_ = frames_.Get();

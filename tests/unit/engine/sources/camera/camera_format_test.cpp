@@ -89,7 +89,7 @@ TEST(CameraFormat, SuitsTheRequestBest) {
         {"the smallest when none has the shape", kWebcam, {500, 200, 30'000}, {kYuyv, 640, 360, Every(30)}},
         {"the largest when all are too small", kWebcam, {3840, 2160, 30'000}, {kJpeg, 1920, 1080, Every(30)}},
         {"the fastest when all are too slow", kWebcam, {640, 480, 60'000}, {kYuyv, 640, 480, Every(30)}},
-        {"no size wished", kWebcam, {0, 0, 30'000}, {kJpeg, 1280, 720, Every(30)}},
+        {"no size asked for", kWebcam, {0, 0, 30'000}, {kJpeg, 1280, 720, Every(30)}},
         {"a width only", kWebcam, {640, 0, 30'000}, {kYuyv, 640, 360, Every(30)}},
         {"a height only", kWebcam, {0, 480, 30'000}, {kJpeg, 1280, 720, Every(30)}},
         {"half the size loses to half the rate", {Of(kYuyv, 320, 240, {30}), Of(kYuyv, 640, 480, {15})}, {640, 480, 30'000}, {kYuyv, 640, 480, Every(15)}},
