@@ -117,10 +117,14 @@ constexpr const VideoCodecRow* FindVideoCodec(std::uint32_t four_cc) {
 
 /// The codec that is written when `row` is asked for: itself, or the one that stands in for it.
 constexpr const AudioCodecRow& Written(const AudioCodecRow& row) {
-    return row.maker.kind == CodecMaker::Kind::StandIn ? *FindAudioCodec(row.maker.name) : row;
+    if (row.maker.kind != CodecMaker::Kind::StandIn) return row;
+    const AudioCodecRow* stand_in = FindAudioCodec(row.maker.name);
+    return stand_in != nullptr ? *stand_in : row;
 }
 constexpr const VideoCodecRow& Written(const VideoCodecRow& row) {
-    return row.maker.kind == CodecMaker::Kind::StandIn ? *FindVideoCodec(row.maker.name) : row;
+    if (row.maker.kind != CodecMaker::Kind::StandIn) return row;
+    const VideoCodecRow* stand_in = FindVideoCodec(row.maker.name);
+    return stand_in != nullptr ? *stand_in : row;
 }
 
 /// How many codecs a mode lists: those up to the last that has it, since places hold in all modes.

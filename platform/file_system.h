@@ -5,11 +5,11 @@
 // takes a path accepts all these spellings; every path that it returns is the host's own.
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace platform {
@@ -43,7 +43,10 @@ struct SpecialFolder {
 struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t number = 0;
-    auto operator<=>(const FileIdentity&) const = default;
+    bool operator==(const FileIdentity&) const = default;
+    friend bool operator<(const FileIdentity& a, const FileIdentity& b) {
+        return std::tie(a.device, a.number) < std::tie(b.device, b.number);
+    }
 };
 
 class FileSystem {

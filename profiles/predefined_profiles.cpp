@@ -111,6 +111,7 @@ void SetSources(const Extras& extras, const platform::SessionState& state) {
 
 std::vector<ProfileSummary> PredefinedProfiles() {
     std::vector<ProfileSummary> summaries;
+    summaries.reserve(kPredefinedProfiles.size());
     for (const PredefinedProfile& row : kPredefinedProfiles)
         summaries.push_back(
             {row.code, row.video.width, row.video.height, row.video.bit_rate, row.audio.bit_rate});

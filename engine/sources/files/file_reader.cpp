@@ -176,7 +176,11 @@ std::string FileReader::CutOffText(MediaKind kind, Ticks decoded) const {
     SourceEnd end;
     end.decoded = decoded + input_.mark_in;
     end.read = times_->Last(kind) - media_.origin;
-    end.whole = stream.duration > 0 ? end.decoded : std::max(end.decoded, unwanted_end_);
+    end.whole = end.decoded;
+    if (stream.duration <= 0)
+        end.whole = std::max({end.decoded, unwanted_end_,
+                              times_->Last(MediaKind::Audio) - media_.origin,
+                              times_->Last(MediaKind::Video) - media_.origin});
     end.stated = media_.StatedLength(stream);
     std::error_code error;
     const std::uint64_t bytes = std::filesystem::file_size(input_.path, error);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "engine/base/av/av_error.h"
+#include "engine/sources/files/av_times.h"
 #include "engine/sources/files/open_media.h"
 
 namespace engine {
@@ -83,11 +84,11 @@ void StreamDecoder::SetTimes(AVFrame& frame) {
         if (frame.sample_rate > 0)
             duration = {av_rescale(frame.nb_samples, Ticks::kPerSecond, frame.sample_rate)};
     } else if (frame.pkt_duration > 0) {
-        duration = {av_rescale_q(frame.pkt_duration, time_base_, kTicksBase)};
+        duration = TicksOf(frame.pkt_duration, time_base_);
     }
     Ticks time = last_end_;
     if (frame.best_effort_timestamp != AV_NOPTS_VALUE)
-        time = Ticks{av_rescale_q(frame.best_effort_timestamp, time_base_, kTicksBase)} - start_;
+        time = TicksOf(frame.best_effort_timestamp, time_base_) - start_;
     if (started_ && time <= last_) time = std::max(last_end_, last_ + Ticks{1});
     started_ = true;
     last_ = time;
