@@ -52,6 +52,7 @@ std::vector<CommandWord> OptionWords() {
 template <typename Table>
 std::vector<CommandWord> CodecWords(const Table& codecs) {
     std::vector<CommandWord> words;
+    words.reserve(codecs.size());
     for (const auto& codec : codecs)
         words.push_back({std::string(codec.short_name), std::string(codec.name)});
     return words;
@@ -65,10 +66,12 @@ std::vector<CommandWord> ProfileWords() {
         if (profile.width > 0)
             note = fmt::format("{}x{}, {}", profile.width, profile.height, note);
         else if (profile.video_bps > 0)
-            note = "the screen, " + note;
-        words.push_back({std::string(profile.code), note + (profile.video_bps == 0 ? ", sound alone"
-                                                            : profile.audio_bps == 0 ? ", no sound"
-                                                                                     : "")});
+            note.insert(0, "the screen, ");
+        if (profile.video_bps == 0)
+            note += ", sound alone";
+        else if (profile.audio_bps == 0)
+            note += ", no sound";
+        words.push_back({std::string(profile.code), note});
     }
     return words;
 }
