@@ -18,14 +18,12 @@ class CodedBytesOwner {
     CodedBytesOwner() = default;
     CodedBytesOwner(const CodedBytesOwner&) = delete;
     CodedBytesOwner& operator=(const CodedBytesOwner&) = delete;
+    virtual ~CodedBytesOwner() = default;
 
     void Hold() noexcept { holders_.fetch_add(1, std::memory_order_relaxed); }
     void LetGo() noexcept {
         if (holders_.fetch_sub(1, std::memory_order_acq_rel) == 1) TakeBack();
     }
-
-  protected:
-    ~CodedBytesOwner() = default;
 
   private:
     virtual void TakeBack() noexcept = 0;
