@@ -5,7 +5,7 @@
 namespace engine {
 namespace {
 
-constexpr std::uint32_t kBufferMs = 3000;  // a player's usual window for sound
+constexpr std::uint32_t kBufferMs = 3000;  // a player's usual window for audio
 
 }  // namespace
 

@@ -1,4 +1,4 @@
-// Sound through libavcodec's encoder of the standard Windows Media Audio bitstream.
+// Audio through libavcodec's encoder of the standard Windows Media Audio bitstream.
 #pragma once
 
 #include "engine/base/av/coded_frame_pool.h"
@@ -7,9 +7,9 @@
 
 namespace engine {
 
-/// The bitstream overlaps frames: a packet completes the sound of the frame before, and decoders
-/// swallow the sound of a stream's first two packets. So the encoder is given a frame of silence
-/// first and last, and packets carry the time of the sound that they complete (the first two, time
+/// The bitstream overlaps frames: a packet completes the audio of the frame before, and decoders
+/// swallow the audio of a stream's first two packets. So the encoder is given a frame of silence
+/// first and last, and packets carry the time of the audio that they complete (the first two, time
 /// 0): every sample is heard, at its own time.
 class AvAudioEncoder final : public AudioEncoder {
   public:

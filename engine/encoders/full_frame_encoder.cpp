@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::uint32_t kRgb24 = 0xE436EB7D;
 // The mark by which FFmpeg's container formats tell their decoder that rows run upward; readers
-// that go by the picture's positive height do not look at it.
+// that go by a positive height do not look at it.
 constexpr std::string_view kBottomUpMark("BottomUp\0", 9);
 
 // Red-green-blue rows are padded to four bytes.
@@ -35,17 +35,17 @@ FullFrameEncoder::FullFrameEncoder(const VideoPlan& plan, CodedFramePool& packet
       pixels_(plan.pixels != nullptr ? *plan.pixels : *FindPixelFormat(kRgb24)),
       format_(av_get_pix_fmt(pixels_.av_name)),
       row_bytes_(RowBytes(plan.width, pixels_.bits)),
-      picture_bytes_(row_bytes_ * static_cast<std::size_t>(plan.height)) {
-    if (picture_bytes_ > static_cast<std::size_t>(std::numeric_limits<int>::max()) / 2)
+      frame_bytes_(row_bytes_ * static_cast<std::size_t>(plan.height)) {
+    if (frame_bytes_ > static_cast<std::size_t>(std::numeric_limits<int>::max()) / 2)
         throw platform::Error(platform::kInvalidArgument,
                               "The picture is too large to be written uncompressed; choose a "
                               "smaller size");
     if (pixels_.four_cc != 0)
-        picture_bytes_ = static_cast<std::size_t>(
+        frame_bytes_ = static_cast<std::size_t>(
             CheckAv(av_image_get_buffer_size(format_, plan.width, plan.height, 1),
                     "Uncompressed pictures"));
-    buffers_.reset(CheckAllocated(
-        av_buffer_pool_init(picture_bytes_ + AV_INPUT_BUFFER_PADDING_SIZE, nullptr)));
+    buffers_.reset(
+        CheckAllocated(av_buffer_pool_init(frame_bytes_ + AV_INPUT_BUFFER_PADDING_SIZE, nullptr)));
 }
 
 VideoFrameFormat FullFrameEncoder::Format() const { return {format_, plan_.width, plan_.height}; }
@@ -58,9 +58,9 @@ StreamHeader FullFrameEncoder::Header() const {
     if (pixels_.four_cc == 0) header.extra_data.assign(kBottomUpMark.begin(), kBottomUpMark.end());
     header.variable_rate = false;
     header.codec_description = fmt::format("{} bits a pixel", pixels_.bits);
-    // Nothing is left out to meet a rate: it is what the pictures take.
+    // Nothing is left out to meet a rate: it is what the frames take.
     header.average_rate_bps = static_cast<std::uint32_t>(std::min<std::uint64_t>(
-        picture_bytes_ * 8 * static_cast<std::uint64_t>(CodedFrameRate(plan_)) / 1000,
+        frame_bytes_ * 8 * static_cast<std::uint64_t>(CodedFrameRate(plan_)) / 1000,
         std::numeric_limits<std::uint32_t>::max()));
     return header;
 }
@@ -81,13 +81,13 @@ void FullFrameEncoder::WritePlanes(const AVFrame& frame, std::uint8_t* to) const
                                             frame.data[3]};
     if (pixels_.four_cc == platform::FourCC("YV12") || pixels_.four_cc == platform::FourCC("YVU9"))
         std::swap(data[1], data[2]);
-    CheckAv(av_image_copy_to_buffer(to, static_cast<int>(picture_bytes_), data.data(),
-                                    frame.linesize, format_, plan_.width, plan_.height, 1),
+    CheckAv(av_image_copy_to_buffer(to, static_cast<int>(frame_bytes_), data.data(), frame.linesize,
+                                    format_, plan_.width, plan_.height, 1),
             "Uncompressed pictures");
 }
 
 bool FullFrameEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
-    PacketHandle packet = PacketFromPool(packets_, *buffers_, picture_bytes_);
+    PacketHandle packet = PacketFromPool(packets_, *buffers_, frame_bytes_);
     if (pixels_.four_cc == 0)
         WriteRows(frame, packet->data);
     else

@@ -1,4 +1,4 @@
-// Uncompressed pictures. RGB has rows from the bottom up and padded to four bytes, as a
+// Uncompressed frames. RGB has rows from the bottom up and padded to four bytes, as a
 // device-independent bitmap has them, 24 bits a pixel unless another format is asked for; of the
 // others, planes or packed rows follow each other from the top.
 #pragma once
@@ -27,7 +27,7 @@ class FullFrameEncoder final : public VideoEncoder {
     PixelFormatRow pixels_;
     AVPixelFormat format_;
     std::size_t row_bytes_;  // of RGB
-    std::size_t picture_bytes_;
+    std::size_t frame_bytes_;
     AvPtr<AVBufferPool> buffers_;
 };
 

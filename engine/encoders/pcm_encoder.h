@@ -1,4 +1,4 @@
-// Sound as it is: 8, 16 or 24 bits a sample, channels interleaved.
+// Audio as it is: 8, 16 or 24 bits a sample, channels interleaved.
 #pragma once
 
 #include "engine/base/av/coded_frame_pool.h"

@@ -187,7 +187,7 @@ bool AudioResampler::Convert(const std::uint8_t** data, int samples, const Frame
     }
 }
 
-// To the resampler no sound is one thing, the end of all sound (null) another.
+// To the resampler no samples are one thing, the end of all samples (null) another.
 bool AudioResampler::Fetch(const FrameSink& next) {
     static constexpr std::uint8_t kNothing[AV_INPUT_BUFFER_PADDING_SIZE] = {};
     std::array<const std::uint8_t*, kMaxInputPlanes> none{};

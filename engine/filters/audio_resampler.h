@@ -1,4 +1,4 @@
-// From decoded sound to the sound of the session: cut at the marks to the sample, gaps filled with
+// From decoded audio to the audio of the session: cut at the marks to the sample, gaps filled with
 // silence, overlaps cut, resampled and mixed to the encoder's format, in frames of its size.
 #pragma once
 
@@ -13,17 +13,17 @@
 
 namespace engine {
 
-/// What the timestamps of sound mean.
+/// What the timestamps of audio mean.
 enum class AudioClock {
     Media,   // a file's: the samples are right, and a difference of less than 20 ms is jitter
     Capture  // when a device heard it: the device's own clock is made to follow it by resampling,
              // and a difference of more than 50 ms is a gap or an overlap
 };
 
-/// One thread. Sound starts at session time 0: what comes later is led in by silence.
+/// One thread. Audio starts at session time 0: what comes later is led in by silence.
 class AudioResampler {
   public:
-    /// @param end   session time at which the sound ends; 0 = with its source
+    /// @param end   session time at which the audio ends; 0 = with its source
     /// @param stop  once true, no gap of a file is filled any more; must outlive this object
     AudioResampler(const AudioFrameFormat& format, const Downmix& downmix, AudioClock clock,
                    Ticks end, const std::atomic<bool>& stop, FramePool& frames);

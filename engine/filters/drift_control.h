@@ -1,4 +1,4 @@
-// How much faster or slower sound is played so that a device's clock keeps up with the session's.
+// How much faster or slower audio is played so that a device's clock keeps up with the session's.
 #pragma once
 
 #include <algorithm>
@@ -12,10 +12,10 @@ class DriftControl {
   public:
     static constexpr double kMostCorrection = 0.004;  // of the speed
 
-    /// @param late_s     by how much the sound comes later than its place in the session: seconds,
+    /// @param late_s     by how much the audio comes later than its place in the session: seconds,
     ///                   below 0 = earlier
     /// @param elapsed_s  seconds since the last call
-    /// The part by which the sound is to be lengthened, below 0 = shortened.
+    /// The part by which the audio is to be lengthened, below 0 = shortened.
     double Update(double late_s, double elapsed_s) {
         const double lasting = lasting_ + kRate * kRate * late_s * elapsed_s;
         const double correction = 2 * kRate * late_s + lasting;

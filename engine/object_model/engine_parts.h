@@ -34,7 +34,7 @@ struct EngineParts {
     std::function<std::string()> screen_choice = {};
     /// For the screen of a desktop that hands it out; throws platform::Error.
     std::function<std::unique_ptr<ScreenShare>()> make_share = {};
-    /// How a camera gives pictures that suit the request. Throws platform::Error.
+    /// How a camera gives frames that suit the request. Throws platform::Error.
     std::function<CameraFormat(const Device& camera, const CameraRequest& request)> camera_format =
         {};
 };

@@ -1,4 +1,4 @@
-// The source plug-ins: what captures sound, cameras and screens, with the devices of each.
+// The source plug-ins: what captures audio, cameras and screens, with the devices of each.
 #pragma once
 
 #include <memory>

@@ -18,13 +18,13 @@ namespace engine {
 
 /// One capturing thread a stream pushes, one consumer a stream pops; no Push waits.
 ///
-/// The session's time 0 is that of the first frame, or of the first sound where no frame is
+/// The session's time 0 is that of the first frame, or of the first audio where no frame is
 /// recorded or none comes for seconds: a recording begins with what is to be seen, and a sound
-/// server that takes a second to wake costs none of it. Sound is kept however late its consumer is.
+/// server that takes a second to wake costs none of it. Audio is kept however late its consumer is.
 /// Of frames, the oldest one that waits gives way: what is on the screen last is then always
 /// recorded, also when nothing changes any more for a long time.
 ///
-/// What is captured during a pause is left out: the session's time stands still, and sound is cut
+/// What is captured during a pause is left out: the session's time stands still, and audio is cut
 /// to the sample. The last frame of a pause is what the screen shows when it ends, and goes on
 /// there.
 class CaptureQueues {

@@ -243,7 +243,7 @@ CodedFrameSink Pass::ToInterleaver(MediaKind kind) {
     };
 }
 
-// Sound is little work: one thread does all of it.
+// Audio is little work: one thread does all of it.
 void Pass::ProcessAudio(Chain& chain) {
     const AtExit end([&] {
         interleaver_->Finish(chain.kind);

@@ -17,7 +17,7 @@ class Pauses {
 
     Ticks Recorded(Ticks time) const;
     bool Covers(Ticks time) const;
-    /// Takes out of packed sound what was heard during pauses, to the sample; its pts becomes
+    /// Takes out of packed audio what was heard during pauses, to the sample; its pts becomes
     /// recorded time. False when nothing is left. Throws platform::Error.
     bool CutAudio(AVFrame& frame) const;
 

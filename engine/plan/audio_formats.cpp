@@ -19,7 +19,7 @@ std::int32_t Kilobits(std::int32_t bps) {
     return static_cast<std::int32_t>(platform::RoundHalfToEven(bps / 1000.0));
 }
 
-bool SameSound(const AudioFormat& a, const AudioFormat& b) {
+bool SameAudio(const AudioFormat& a, const AudioFormat& b) {
     return a.sampling_rate == b.sampling_rate && a.channels == b.channels &&
            a.bits_per_sample == b.bits_per_sample;
 }
@@ -33,7 +33,7 @@ std::string FormatOffer(const AudioCodecRow& row, VbrMode mode, const AudioForma
         if (near.empty())
             std::copy_if(formats.begin(), formats.end(), std::back_inserter(near), fits);
     };
-    gather([&](const AudioFormat& format) { return SameSound(format, wanted); });
+    gather([&](const AudioFormat& format) { return SameAudio(format, wanted); });
     gather([&](const AudioFormat& format) {
         return format.sampling_rate == wanted.sampling_rate && format.channels == wanted.channels;
     });
@@ -80,7 +80,7 @@ std::optional<AudioFormat> FindAudioFormat(const AudioCodecRow& row, VbrMode mod
         if (std::find(formats.begin(), formats.end(), wanted) != formats.end()) return wanted;
     if (mode == VbrMode::Quality) return std::nullopt;
     const auto nearly = std::find_if(listed.begin(), listed.end(), [&](const AudioFormat& format) {
-        return SameSound(format, wanted) && Kilobits(format.value) == Kilobits(wanted.value);
+        return SameAudio(format, wanted) && Kilobits(format.value) == Kilobits(wanted.value);
     });
     if (nearly == listed.end()) return std::nullopt;
     return *nearly;

@@ -12,7 +12,7 @@ namespace engine {
 struct PulseSource {
     std::string name;            // unique at the server
     std::string description;     // for people, may be empty or shared by several
-    std::string monitored_sink;  // "" = a real input, else the output whose sound it carries
+    std::string monitored_sink;  // "" = a real input, else the output whose audio it carries
 };
 
 struct PulseFacts {

@@ -69,8 +69,8 @@ struct TelecinePattern {
 };
 
 /// By how many decibels channels beside the front ones are lowered where more than two become two;
-/// 144, the whole range of 24-bit sound, leaves them out. The usual levels are those that ITU-R
-/// BS.775 gives for two-channel sound.
+/// 144, the whole range of 24-bit audio, leaves them out. The usual levels are those that ITU-R
+/// BS.775 gives for two-channel audio.
 struct Downmix {
     static constexpr std::int32_t kSilence = 144;
     std::int32_t surround = 3;

@@ -12,7 +12,7 @@ namespace engine {
 /// What a plan's maker asks of the machine.
 struct PrepareParts {
     platform::FileSystem& files;
-    /// How a camera gives pictures that suit the request. Throws Error that names it.
+    /// How a camera gives frames that suit the request. Throws Error that names it.
     std::function<CameraFormat(const Device& camera, const CameraRequest& request)> camera_format;
 };
 

@@ -22,13 +22,13 @@ using platform::VbrMode;
 constexpr PeakNames kPeakNames = {"video", "VideoPeakBitrate", "VideoBufferMax", "-v_peakbitrate",
                                   5000};
 
-// Of a camera that has no rate as low as the one that was asked for, pictures are left out.
+// Of a camera that has no rate as low as the one that was asked for, frames are dropped.
 bool IsTooFast(const VideoSourceRecord& source, const std::optional<CameraFormat>& camera) {
     return camera && RateOf(camera->interval) > source.capture_rate;
 }
 
-// What is known of the picture before the first one is there.
-VideoInfo PictureOf(const VideoSourceRecord& source, const std::optional<CameraFormat>& camera) {
+// What is known of the video before its first frame is there.
+VideoInfo VideoOf(const VideoSourceRecord& source, const std::optional<CameraFormat>& camera) {
     const SourceInput& opened = source.input;
     if (!opened.capture) return *opened.media->video;
     VideoInfo info;
@@ -115,7 +115,7 @@ CameraRequest PlanCameraRequest(const VideoSourceRecord& source, const ProfileRe
 VideoPlan PlanVideo(const VideoSourceRecord& source, const ProfileRecord& profile,
                     std::int32_t performance, const std::optional<CameraFormat>& camera) {
     const VideoSettings& video = profile.audiences.front().video;
-    const VideoInfo info = PictureOf(source, camera);
+    const VideoInfo info = VideoOf(source, camera);
     VideoPlan plan;
     plan.codec = &platform::kVideoCodecs[static_cast<std::size_t>(video.codec)];
     plan.mode = profile.video_mode;

@@ -13,7 +13,7 @@ namespace engine {
 CameraRequest PlanCameraRequest(const VideoSourceRecord& source, const ProfileRecord& profile);
 
 /// The stream without its input. Throws Error (invalid argument, not implemented).
-/// @param camera  how the source gives its pictures when it is a camera
+/// @param camera  how the source gives its frames when it is a camera
 VideoPlan PlanVideo(const VideoSourceRecord& source, const ProfileRecord& profile,
                     std::int32_t performance, const std::optional<CameraFormat>& camera);
 

@@ -1,6 +1,6 @@
 // The capture devices in the order in which they are numbered, and how a name finds its device.
 //
-// Sound comes first, then cameras, then screens. Within sound: the default device, then the real
+// Audio comes first, then cameras, then screens. Within audio: the default device, then the real
 // inputs, then the monitors of outputs (that of the default output first), each by its id, so that
 // neither plugging in nor a restart of the server reorders the rest. Where no sound server answers,
 // ALSA's default and then the cards' devices in the cards' order. Cameras stand by the number of

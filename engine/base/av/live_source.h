@@ -1,4 +1,4 @@
-// What delivers frames or sound by itself, at its own pace: a screen, a camera, a sound device.
+// What delivers frames or audio by itself, at its own pace: a screen, a camera, an audio device.
 #pragma once
 
 #include <chrono>

@@ -11,7 +11,7 @@ bool IsNear(std::int64_t a, std::int64_t b) { return a - b <= kLeapMs && b - a <
 
 bool HasTime(const PayloadFacts& payload) { return payload.object_bytes != 0; }
 
-/// Pictures may lie far apart, so that one that comes later confirms a leap ahead; a leap back is
+/// Frames may lie far apart, so that one that comes later confirms a leap ahead; a leap back is
 /// confirmed by its neighbourhood alone.
 bool Confirms(const PacketFacts& next, std::int64_t time, bool ahead) {
     return std::any_of(next.payloads.begin(), next.payloads.end(), [&](const PayloadFacts& other) {

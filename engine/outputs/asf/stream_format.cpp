@@ -44,7 +44,7 @@ const char* FaultOfAudio(ByteReader in, std::size_t bytes) {
     return possible ? nullptr : "its header's description of the audio is damaged";
 }
 
-/// A name of four characters, or one of the small numbers of uncompressed pictures.
+/// A name of four characters, or one of the small numbers of uncompressed frames.
 bool IsCodecName(std::uint32_t four_cc) {
     if (four_cc <= 3) return true;
     for (int shift = 0; shift < 32; shift += 8) {

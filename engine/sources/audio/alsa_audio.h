@@ -1,4 +1,4 @@
-// Sound from an ALSA device, for machines without a sound server.
+// Audio from an ALSA device, for machines without a sound server.
 #pragma once
 
 #include <memory>

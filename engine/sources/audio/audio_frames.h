@@ -1,4 +1,4 @@
-// Frames for captured sound, their samples in buffers that are used again.
+// Frames for captured audio, their samples in buffers that are used again.
 #pragma once
 
 #include "engine/base/av/av_ptr.h"

@@ -21,7 +21,7 @@ constexpr milliseconds kOpeningPatience{5000};
 // Also what times of a monitor may be late by: the server keeps back as much as its output could
 // still take back, and does not count it.
 constexpr milliseconds kFragment{10};
-// Silence stays behind, so that sound that comes back finds its place free.
+// Silence stays behind, so that audio that comes back finds its place free.
 constexpr Ticks kSilenceDelay = Ticks::FromMilliseconds(60);
 constexpr Ticks kTimingInterval = Ticks::FromMilliseconds(50);
 constexpr Ticks kFirstTimingInterval = Ticks::FromMilliseconds(10);

@@ -1,4 +1,4 @@
-// Sound from a source of the PulseAudio server, or of PipeWire's in its place.
+// Audio from a source of the PulseAudio server, or of PipeWire's in its place.
 #pragma once
 
 #include <memory>

@@ -1,4 +1,4 @@
-// When the samples of a sound device were heard, out of observations that jitter.
+// When the samples of an audio device were heard, out of observations that jitter.
 #pragma once
 
 #include <cstdint>

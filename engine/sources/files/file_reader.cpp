@@ -18,7 +18,7 @@ namespace engine {
 namespace {
 
 // How far before the begin mark a key frame is looked for, in turn; after that the file is decoded
-// from its beginning. Some: sound decoders need packets before the first whole one. More: a file
+// from its beginning. Some: audio decoders need packets before the first whole one. More: a file
 // without an index is entered anywhere.
 constexpr Ticks kLeadIns[] = {Ticks::FromMilliseconds(500), Ticks::FromMilliseconds(12'000)};
 constexpr int kMostBrokenReads = 1000;  // in a row
@@ -178,9 +178,9 @@ std::string FileReader::CutOffText(MediaKind kind, Ticks decoded) const {
     end.read = times_->Last(kind) - media_.origin;
     end.whole = end.decoded;
     if (stream.duration <= 0)
-        end.whole = std::max({end.decoded, unwanted_end_,
-                              times_->Last(MediaKind::Audio) - media_.origin,
-                              times_->Last(MediaKind::Video) - media_.origin});
+        end.whole =
+            std::max({end.decoded, unwanted_end_, times_->Last(MediaKind::Audio) - media_.origin,
+                      times_->Last(MediaKind::Video) - media_.origin});
     end.stated = media_.StatedLength(stream);
     std::error_code error;
     const std::uint64_t bytes = std::filesystem::file_size(input_.path, error);
