@@ -1,7 +1,6 @@
 #include "platform/host/console_loop.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
 
 #include <algorithm>
 #include <array>
@@ -36,15 +35,14 @@ bool ConsoleTimer::TakeTick(Clock::time_point now) {
     return true;
 }
 
-ConsoleLoop::ConsoleLoop() : wake_up_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+ConsoleLoop::ConsoleLoop() {
     if (!wake_up_.IsOpen()) throw SystemError("Cannot start the event loop", errno);
 }
 
 void ConsoleLoop::Post(std::function<void()> task) {
     const std::lock_guard lock(mutex_);
     tasks_.push_back(std::move(task));
-    // Fails only when the counter is full, and then it is readable as it should be.
-    static_cast<void>(::eventfd_write(wake_up_.Number(), 1));
+    wake_up_.Write();
 }
 
 void ConsoleLoop::RunUntil(const std::function<bool()>& done) {
@@ -59,8 +57,7 @@ void ConsoleLoop::Watch(int descriptor, std::function<void()> handler) {
 std::function<void()> ConsoleLoop::TakeTask() {
     const std::lock_guard lock(mutex_);
     if (tasks_.empty()) {
-        eventfd_t count = 0;
-        static_cast<void>(::eventfd_read(wake_up_.Number(), &count));
+        wake_up_.Clear();
         return {};
     }
     std::function<void()> task = std::move(tasks_.front());
@@ -79,7 +76,7 @@ void ConsoleLoop::HandleOne() {
     }
     if (on_idle_) on_idle_();
 
-    std::array<pollfd, 2> sources{{{wake_up_.Number(), POLLIN, 0}, {watched_, POLLIN, 0}}};
+    std::array<pollfd, 2> sources{{{wake_up_.Descriptor(), POLLIN, 0}, {watched_, POLLIN, 0}}};
     int timeout = -1;
     if (const auto next = timer_.NextTick()) {
         const auto wait =

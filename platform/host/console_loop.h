@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "platform/event_loop.h"
-#include "platform/posix/file_descriptor.h"
+#include "platform/posix/event_fd.h"
 #include "platform/widgets.h"
 
 namespace platform::host {
@@ -59,7 +59,7 @@ class ConsoleLoop : public EventLoop {
 
     std::mutex mutex_;
     std::deque<std::function<void()>> tasks_;  // under mutex_
-    FileDescriptor wake_up_;                   // readable while tasks may be waiting
+    EventFd wake_up_;                          // readable while tasks may be waiting
     ConsoleTimer timer_;
     std::function<void()> on_tick_;
     std::function<void()> on_idle_;

@@ -3,50 +3,49 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <iterator>
 #include <system_error>
 
 namespace platform {
 
 namespace {
 
-struct KnownError {
-    int code;
-    ErrorNumber number;
-    const char* reason;
-    const char* advice;
-};
-
 // clang-format off
-constexpr KnownError kKnownErrors[] = {
-    // code       number                reason                                       advice
-    {ENOENT,       kFileNotFound,       "it does not exist",                         "check the name"},
+constexpr SystemErrorRow kEverywhere[] = {
+    // code        number               reason                                        advice
+    {ENOENT,       kFileNotFound,       "it does not exist",                          "check the name"},
     {ENOTDIR,      kPathNotFound,       "a part of its path is a file, not a folder", "check the path"},
-    {ELOOP,        kPathNotFound,       "its links lead in a circle",                "check the path"},
-    {ENAMETOOLONG, kInvalidArgument,    "the name is too long",                      "choose a shorter one"},
-    {EACCES,       kAccessDenied,       "access is denied",                          "check the permissions"},
-    {EPERM,        kAccessDenied,       "access is denied",                          "check the permissions"},
-    {EROFS,        kAccessDenied,       "the file system can only be read",          "choose another folder"},
-    {EISDIR,       kAccessDenied,       "it is a folder",                            "name a file"},
-    {ETXTBSY,      kAccessDenied,       "the program is running",                    "end it first"},
-    {EEXIST,       kFileExists,         "it exists already",                         "choose another name"},
-    {ENOSPC,       kDiskFull,           "the disk is full",                          "make room or choose another disk"},
-    {EDQUOT,       kDiskFull,           "the quota is used up",                      "make room or choose another disk"},
-    {EFBIG,        kDiskFull,           "the file would be larger than allowed",     "choose another disk"},
-    {EBADF,        kInvalidArgument,    "it is closed",                              "open it first"},
-    {EBUSY,        kBusy,               "it is in use",                              "try again when it is free"},
-    {ENODEV,       kDeviceNotConnected, "it is not connected",                       "connect it"},
+    {ELOOP,        kPathNotFound,       "its links lead in a circle",                 "check the path"},
+    {ENAMETOOLONG, kInvalidArgument,    "its name is too long",                       "choose a shorter one"},
+    {EACCES,       kAccessDenied,       "access is denied",                           "check the permissions"},
+    {EPERM,        kAccessDenied,       "access is denied",                           "check the permissions"},
+    {EROFS,        kAccessDenied,       "the disk is read-only",                      "choose another disk"},
+    {EISDIR,       kAccessDenied,       "it is a folder",                             "name a file"},
+    {ETXTBSY,      kAccessDenied,       "the program is running",                     "end it first"},
+    {EEXIST,       kFileExists,         "it exists already",                          "choose another name"},
+    {ENOSPC,       kDiskFull,           "the disk is full",                           "make room or choose another disk"},
+    {EDQUOT,       kDiskFull,           "the disk quota is used up",                  "make room or choose another disk"},
+    {EFBIG,        kDiskFull,           "the disk takes no larger file",              "choose another disk"},
+    {EBADF,        kInvalidArgument,    "it is closed",                               "open it first"},
+    {EINVAL,       kInvalidArgument,    "a setting is out of range",                  ""},
+    {EBUSY,        kBusy,               "it is in use",                               "try again when it is free"},
+    {ENODEV,       kDeviceNotConnected, "it is not connected",                        "connect it"},
 };
 // clang-format on
 
+const SystemErrorRow* Find(int code, std::span<const SystemErrorRow> rows) {
+    const auto row = std::ranges::find(rows, code, &SystemErrorRow::code);
+    return row == rows.end() ? nullptr : &*row;
+}
+
 }  // namespace
 
-SystemCause CauseOf(int code) {
-    const auto* known = std::find_if(std::begin(kKnownErrors), std::end(kKnownErrors),
-                                     [&](const KnownError& error) { return error.code == code; });
-    if (known == std::end(kKnownErrors))
-        return {kUnspecified, std::generic_category().message(code), ""};
-    return {known->number, known->reason, known->advice};
+std::string SystemCause::Text() const { return advice.empty() ? reason : reason + "; " + advice; }
+
+SystemCause CauseOf(int code, std::span<const SystemErrorRow> here) {
+    const SystemErrorRow* row = Find(code, here);
+    if (row == nullptr) row = Find(code, kEverywhere);
+    if (row == nullptr) return {kUnspecified, std::generic_category().message(code), ""};
+    return {row->number, row->reason, row->advice};
 }
 
 Error SystemError(const std::string& action, int code) {

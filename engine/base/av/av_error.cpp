@@ -6,9 +6,13 @@
 #include <cerrno>
 
 #include "engine/base/av/av_ptr.h"
+#include "platform/posix/system_error.h"
 
 namespace engine {
 namespace {
+
+// FFmpeg's own codes are made of four letters and lie far beyond.
+constexpr int kMostErrno = 4096;
 
 struct ErrorRow {
     int code;
@@ -19,19 +23,10 @@ struct ErrorRow {
 // clang-format off
 constexpr ErrorRow kErrors[] = {
     // FFmpeg's code               number                      what it says
-    {AVERROR(ENOENT),              platform::kFileNotFound,    "the file was not found"},
-    {AVERROR(ENOTDIR),             platform::kPathNotFound,    "the path was not found"},
-    {AVERROR(EACCES),              platform::kAccessDenied,    "access was denied"},
-    {AVERROR(EPERM),               platform::kAccessDenied,    "access was denied"},
-    {AVERROR(EISDIR),              platform::kAccessDenied,    "it is a folder; name a file"},
-    {AVERROR(ENOSPC),              platform::kDiskFull,        "the disk is full"},
-    {AVERROR(EDQUOT),              platform::kDiskFull,        "the disk quota is used up"},
     {AVERROR_INVALIDDATA,          platform::kInvalidData,     "the data cannot be read; the file is damaged or of an unknown kind"},
     {AVERROR_EOF,                  platform::kInvalidData,     "the file ends too early"},
     {AVERROR_DECODER_NOT_FOUND,    platform::kInvalidData,     "there is no decoder for it"},
     {AVERROR_ENCODER_NOT_FOUND,    platform::kNotImplemented,  "there is no such encoder in the installed FFmpeg"},
-    {AVERROR(EINVAL),              platform::kInvalidArgument, "a setting is out of range"},
-    {AVERROR(EBUSY),               platform::kBusy,            "it is in use"},
 };
 // clang-format on
 
@@ -40,6 +35,10 @@ constexpr ErrorRow kErrors[] = {
 platform::Error AvError(int code, const std::string& subject) {
     for (const ErrorRow& row : kErrors) {
         if (row.code == code) return {row.number, fmt::format("{}: {}", subject, row.text)};
+    }
+    if (code > -kMostErrno) {
+        const platform::SystemCause cause = platform::CauseOf(AVUNERROR(code));
+        return {cause.number, fmt::format("{}: {}", subject, cause.Text())};
     }
     std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
     av_strerror(code, text.data(), text.size());

@@ -9,52 +9,38 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "engine/outputs/asf/byte_reader.h"
 #include "engine/outputs/asf/file_identity.h"
 #include "engine/outputs/asf/guids.h"
 #include "platform/error.h"
+#include "platform/posix/system_error.h"
 
 namespace engine::asf {
 namespace {
 
-struct CauseRow {
-    int cause;
-    platform::ErrorNumber number;
-    const char* what;
-};
+constexpr const char* kChooseWritable = "choose a place that may be written to";
 
 // clang-format off
-constexpr CauseRow kCauses[] = {
-    // errno        number                      what is said
-    {ENOSPC,        platform::kDiskFull,        "the disk is full; make room or choose another disk"},
-    {EFBIG,         platform::kDiskFull,        "the disk takes no larger file; choose another disk"},
-    {EDQUOT,        platform::kDiskFull,        "the disk quota is used up; make room or choose another disk"},
-    {ENOENT,        platform::kPathNotFound,    "its folder does not exist; make the folder or choose another"},
-    {ENOTDIR,       platform::kPathNotFound,    "its folder is no folder; choose another"},
-    {ENAMETOOLONG,  platform::kInvalidArgument, "its name is too long; choose a shorter one"},
-    {EACCES,        platform::kAccessDenied,    "access is denied; choose a place that may be written to"},
-    {EPERM,         platform::kAccessDenied,    "access is denied; choose a place that may be written to"},
-    {EROFS,         platform::kAccessDenied,    "the disk is read-only; choose another disk"},
-    {EISDIR,        platform::kAccessDenied,    "a folder has this name; choose another name"},
-    {ELOOP,         platform::kPathNotFound,    "its links lead in a circle; choose another name"},
-    {ENXIO,         platform::kInvalidArgument, "a FIFO or a socket has this name, and its begin is written last; choose a file"},
-    {EWOULDBLOCK,   platform::kBusy,            "another run is writing it; wait for its end or choose another name"},
+constexpr platform::SystemErrorRow kOfAnOutput[] = {
+    // errno      number                      reason                                                     advice
+    {ENOENT,      platform::kPathNotFound,    "its folder does not exist",                               "make the folder or choose another"},
+    {ENOTDIR,     platform::kPathNotFound,    "its folder is no folder",                                 "choose another"},
+    {EACCES,      platform::kAccessDenied,    "access is denied",                                        kChooseWritable},
+    {EPERM,       platform::kAccessDenied,    "access is denied",                                        kChooseWritable},
+    {EISDIR,      platform::kAccessDenied,    "a folder has this name",                                  "choose another name"},
+    {ENXIO,       platform::kInvalidArgument, "a FIFO or a socket has this name, and its begin is written last", "choose a file"},
+    {EWOULDBLOCK, platform::kBusy,            "another run is writing it",                               "wait for its end or choose another name"},
 };
 // clang-format on
 
 }  // namespace
 
 void FailToWrite(const std::string& called, int cause) {
-    for (const CauseRow& row : kCauses)
-        if (row.cause == cause)
-            throw platform::Error(row.number,
-                                  fmt::format("Cannot write \"{}\": {}", called, row.what));
-    throw platform::Error(
-        platform::kUnspecified,
-        fmt::format("Cannot write \"{}\": {}", called, std::generic_category().message(cause)));
+    const platform::SystemCause known = platform::CauseOf(cause, kOfAnOutput);
+    throw platform::Error(known.number,
+                          fmt::format("Cannot write \"{}\": {}", called, known.Text()));
 }
 
 HostFile::HostFile(std::string path, std::string called, Before before)

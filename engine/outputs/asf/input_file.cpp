@@ -6,11 +6,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <system_error>
 #include <utility>
 
 #include "engine/outputs/asf/file_identity.h"
 #include "platform/error.h"
+#include "platform/posix/system_error.h"
 
 namespace engine::asf {
 namespace {
@@ -20,29 +20,17 @@ namespace {
     throw platform::Error(number, fmt::format("Cannot repair \"{}\": {}", path, reason));
 }
 
-struct CauseRow {
-    int cause;
-    platform::ErrorNumber number;
-    const char* reason;
-};
-
 // clang-format off
-constexpr CauseRow kCauses[] = {
-    // errno        number                      what is said
-    {ENOENT,        platform::kFileNotFound,    "it does not exist; check the name"},
-    {ENOTDIR,       platform::kPathNotFound,    "its folder is no folder; check the name"},
-    {ELOOP,         platform::kInvalidArgument, "it is a symbolic link; name the file that it leads to"},
-    {ENXIO,         platform::kInvalidArgument, "it is no file; name a file"},
-    {EACCES,        platform::kAccessDenied,    "it cannot be read; check its permissions"},
-    {EPERM,         platform::kAccessDenied,    "it cannot be read; check its permissions"},
-    {ENAMETOOLONG,  platform::kInvalidArgument, "its name is too long; check the name"},
+constexpr platform::SystemErrorRow kOfAPart[] = {
+    // errno  number                      reason                   advice
+    {ELOOP,   platform::kInvalidArgument, "it is a symbolic link", "name the file that it leads to"},
+    {ENXIO,   platform::kInvalidArgument, "it is no file",         "name a file"},
 };
 // clang-format on
 
-[[noreturn]] void RefuseFor(int cause, const std::string& path) {
-    for (const CauseRow& row : kCauses)
-        if (row.cause == cause) Refuse(row.number, path, row.reason);
-    Refuse(platform::kUnspecified, path, std::generic_category().message(cause));
+[[noreturn]] void RefuseFor(int code, const std::string& path) {
+    const platform::SystemCause cause = platform::CauseOf(code, kOfAPart);
+    Refuse(cause.number, path, cause.Text());
 }
 
 }  // namespace

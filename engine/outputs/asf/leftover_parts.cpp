@@ -13,6 +13,7 @@
 #include <system_error>
 
 #include "engine/outputs/asf/part_name.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace engine {
 namespace {
@@ -25,29 +26,15 @@ constexpr std::size_t kMostNotes = 3;
 constexpr std::array<unsigned char, 16> kBeginning = {
     0x30, 0x26, 0xB2, 0x75, 0x8E, 0x66, 0xCF, 0x11, 0xA6, 0xD9, 0x00, 0xAA, 0x00, 0x62, 0xCE, 0x6C};
 
-class Descriptor {
-  public:
-    explicit Descriptor(const fs::path& path)
-        : number_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW)) {}
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int number() const { return number_; }
-
-  private:
-    int number_;
-};
-
 // Who writes a part holds its lock, which goes with the process.
 bool IsLeftover(const fs::path& path) {
-    const Descriptor file(path);
+    const platform::FileDescriptor file(
+        ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     struct stat facts {};
-    if (::fstat(file.number(), &facts) != 0 || !S_ISREG(facts.st_mode)) return false;
-    if (::flock(file.number(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
+    if (::fstat(file.Number(), &facts) != 0 || !S_ISREG(facts.st_mode)) return false;
+    if (::flock(file.Number(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
     std::array<unsigned char, kBeginning.size()> beginning{};
-    return ::read(file.number(), beginning.data(), beginning.size()) ==
+    return ::read(file.Number(), beginning.data(), beginning.size()) ==
                static_cast<ssize_t>(beginning.size()) &&
            beginning == kBeginning;
 }

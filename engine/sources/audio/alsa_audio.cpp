@@ -12,8 +12,8 @@
 #include "engine/sources/audio/alsa_errors.h"
 #include "engine/sources/audio/audio_frames.h"
 #include "engine/sources/audio/sample_clock.h"
-#include "engine/sources/system/event_fd.h"
 #include "platform/error.h"
+#include "platform/posix/event_fd.h"
 
 namespace engine {
 namespace {
@@ -220,7 +220,7 @@ class AlsaAudioSource : public LiveSource {
     PcmPtr device_;
     std::optional<AudioFrames> frames_;
     std::optional<SampleClock> clock_;
-    const EventFd wake_up_;
+    const platform::EventFd wake_up_;
     std::atomic<bool> woken_{false};
     std::int64_t position_ = 0;  // samples read
     std::int64_t observed_ = 0;

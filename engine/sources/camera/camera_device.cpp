@@ -8,8 +8,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
 #include <utility>
+
+#include "platform/posix/system_error.h"
 
 namespace engine {
 namespace {
@@ -18,29 +19,21 @@ namespace {
 constexpr std::uint32_t kMostEntries = 500;
 constexpr std::uint32_t kMostPixels = 16384;  // of a side
 
-struct CauseRow {
-    int error;
-    std::uint32_t number;
-    const char* reason;
-};
-
-constexpr const char* kUnplugged =
-    "it is not connected any more; connect it, or choose another of the list of devices";
-constexpr const char* kForbidden =
-    "this user may not use it; add the user to the group \"video\" and log in anew";
-constexpr const char* kCrowded =
-    "its USB connection has too little room for its pictures; connect it elsewhere, or take other "
-    "cameras off";
+constexpr const char* kUnplugged = "it is not connected any more";
+constexpr const char* kPlugIn = "connect it, or choose another of the list of devices";
+constexpr const char* kForbidden = "this user may not use it";
+constexpr const char* kJoin = "add the user to the group \"video\" and log in anew";
 
 // clang-format off
-constexpr CauseRow kCauses[] = {
-    {EBUSY,  platform::kBusy,               "another program uses it; close that program"},
-    {EACCES, platform::kAccessDenied,       kForbidden},
-    {EPERM,  platform::kAccessDenied,       kForbidden},
-    {ENODEV, platform::kDeviceNotConnected, kUnplugged},
-    {ENOENT, platform::kDeviceNotConnected, kUnplugged},
-    {ENXIO,  platform::kDeviceNotConnected, kUnplugged},
-    {ENOSPC, platform::kBusy,               kCrowded},
+constexpr platform::SystemErrorRow kOfACamera[] = {
+    // errno  number                         reason                                                    advice
+    {EBUSY,   platform::kBusy,               "another program uses it",                                "close that program"},
+    {EACCES,  platform::kAccessDenied,       kForbidden,                                               kJoin},
+    {EPERM,   platform::kAccessDenied,       kForbidden,                                               kJoin},
+    {ENODEV,  platform::kDeviceNotConnected, kUnplugged,                                               kPlugIn},
+    {ENOENT,  platform::kDeviceNotConnected, kUnplugged,                                               kPlugIn},
+    {ENXIO,   platform::kDeviceNotConnected, kUnplugged,                                               kPlugIn},
+    {ENOSPC,  platform::kBusy,               "its USB connection has too little room for its pictures", "connect it elsewhere, or take other cameras off"},
 };
 // clang-format on
 
@@ -70,22 +63,18 @@ platform::Error CannotRecordCamera(const std::string& name, const std::string& r
 }
 
 platform::Error CannotRecordCamera(const std::string& name, int error) {
-    for (const CauseRow& row : kCauses)
-        if (row.error == error)
-            return {row.number, CannotRecordCamera(name, row.reason).description()};
-    return CannotRecordCamera(name, std::generic_category().message(error));
+    const platform::SystemCause cause = platform::CauseOf(error, kOfACamera);
+    return {cause.number, CannotRecordCamera(name, cause.Text()).description()};
 }
 
 CameraDevice::CameraDevice(const std::string& node, std::string name)
     : name_(std::move(name)), descriptor_(open(node.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC)) {
-    if (descriptor_ < 0) throw CannotRecordCamera(name_, errno);
+    if (!descriptor_.IsOpen()) throw CannotRecordCamera(name_, errno);
 }
-
-CameraDevice::~CameraDevice() { close(descriptor_); }
 
 int CameraDevice::RequestWith(unsigned long request, void* argument) const {
     for (;;) {
-        if (ioctl(descriptor_, request, argument) >= 0) return 0;
+        if (ioctl(descriptor_.Number(), request, argument) >= 0) return 0;
         if (errno != EINTR) return errno;
     }
 }

@@ -8,6 +8,7 @@
 
 #include "engine/sources/camera/camera_format.h"
 #include "platform/error.h"
+#include "platform/posix/file_descriptor.h"
 
 struct v4l2_pix_format;
 
@@ -25,12 +26,9 @@ class CameraDevice : public CameraOffers {
     /// @param name  for people
     /// Throws platform::Error that says why the camera cannot be had.
     CameraDevice(const std::string& node, std::string name);
-    ~CameraDevice() override;
-    CameraDevice(const CameraDevice&) = delete;
-    CameraDevice& operator=(const CameraDevice&) = delete;
 
     const std::string& name() const { return name_; }
-    int descriptor() const { return descriptor_; }
+    int descriptor() const { return descriptor_.Number(); }
 
     /// One of the interface's VIDIOC_ requests, repeated when a signal comes in between.
     /// 0, or what errno says.
@@ -54,7 +52,7 @@ class CameraDevice : public CameraOffers {
                                          std::int32_t height) const;
 
     const std::string name_;
-    const int descriptor_;
+    const platform::FileDescriptor descriptor_;
 };
 
 /// What CameraDevice::Choose says about the camera now.

@@ -16,8 +16,8 @@
 
 #include "engine/sources/camera/camera_device.h"
 #include "engine/sources/camera/camera_frames.h"
-#include "engine/sources/system/event_fd.h"
 #include "platform/error.h"
+#include "platform/posix/event_fd.h"
 
 namespace engine {
 namespace {
@@ -64,7 +64,7 @@ class V4l2Camera : public LiveSource {
     platform::Error Lost(int error) const;
 
     const CameraDevice device_;
-    const EventFd wake_up_;
+    const platform::EventFd wake_up_;
     std::atomic<bool> woken_{false};
     std::unique_ptr<CameraFrameMaker> maker_;
     std::vector<MappedBytes> buffers_;

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <linux/videodev2.h>
 #include <sys/ioctl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -15,32 +14,29 @@
 #include <string>
 #include <string_view>
 
+#include "platform/posix/file_descriptor.h"
+
 namespace engine {
 namespace {
 
 class NodeDescriptor {
   public:
     explicit NodeDescriptor(const std::string& path)
-        : number_(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC)),
-          forbidden_(number_ < 0 && (errno == EACCES || errno == EPERM)) {}
-    ~NodeDescriptor() {
-        if (number_ >= 0) close(number_);
-    }
-    NodeDescriptor(const NodeDescriptor&) = delete;
-    NodeDescriptor& operator=(const NodeDescriptor&) = delete;
+        : descriptor_(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC)),
+          forbidden_(!descriptor_.IsOpen() && (errno == EACCES || errno == EPERM)) {}
 
     bool IsForbidden() const { return forbidden_; }
     bool Query(v4l2_capability& answer) const {
-        if (number_ < 0) return false;
+        if (!descriptor_.IsOpen()) return false;
         int result = -1;
         do {
-            result = ioctl(number_, VIDIOC_QUERYCAP, &answer);
+            result = ioctl(descriptor_.Number(), VIDIOC_QUERYCAP, &answer);
         } while (result < 0 && errno == EINTR);
         return result == 0;
     }
 
   private:
-    int number_;
+    platform::FileDescriptor descriptor_;
     bool forbidden_;
 };
 

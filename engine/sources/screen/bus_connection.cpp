@@ -41,7 +41,7 @@ BusLibrary::BusLibrary() : LoadedLibrary("libsystemd.so.0") {
     Load(message_exit_container, "sd_bus_message_exit_container");
 }
 
-BusConnection::BusConnection(const BusLibrary& library, const EventFd& wake_up)
+BusConnection::BusConnection(const BusLibrary& library, const platform::EventFd& wake_up)
     : library_(library), wake_up_(wake_up), bus_(nullptr, library.flush_close_unref) {
     sd_bus* bus = nullptr;
     if (library_.open_user(&bus) < 0) return;

@@ -10,8 +10,8 @@
 #include <optional>
 #include <string>
 
-#include "engine/sources/system/event_fd.h"
 #include "engine/sources/system/loaded_library.h"
+#include "platform/posix/event_fd.h"
 
 namespace engine {
 
@@ -60,7 +60,7 @@ class BusConnection {
 
     /// `library` is complete and outlives this, as does `wake_up`, which ends every wait. Waits
     /// some seconds for a bus that does not answer.
-    BusConnection(const BusLibrary& library, const EventFd& wake_up);
+    BusConnection(const BusLibrary& library, const platform::EventFd& wake_up);
 
     /// Whether there is a bus; then alone may anything else be called.
     bool IsOpen() const { return bus_ != nullptr; }
@@ -96,7 +96,7 @@ class BusConnection {
     };
 
     const BusLibrary& library_;
-    const EventFd& wake_up_;
+    const platform::EventFd& wake_up_;
     std::unique_ptr<sd_bus, decltype(&sd_bus_flush_close_unref)> bus_;
     std::list<Listener> listeners_;  // each stays where it is
 };

@@ -14,7 +14,7 @@
 #include "engine/base/ticks.h"
 #include "engine/plan/pixel_box.h"
 #include "engine/sources/screen/pipewire_library.h"
-#include "engine/sources/system/event_fd.h"
+#include "platform/posix/event_fd.h"
 
 namespace engine {
 
@@ -74,7 +74,7 @@ class PipeWireStream {
     pw_buffer* held_ = nullptr;
     StreamFrame newest_;
     bool came_ = false;
-    EventFd news_;
+    platform::EventFd news_;
     std::optional<std::string> end_;  // why the stream has ended
     spa_hook listener_{};
     // Destroyed first: they still call back then.

@@ -129,7 +129,7 @@ class PortalShare : public ScreenShare {
     }
 
     const PipeWireLibrary library_;
-    EventFd wake_up_;
+    platform::EventFd wake_up_;
     std::atomic<bool> woken_{false};
     ScreenArea area_;
     std::int32_t rate_ = 0;

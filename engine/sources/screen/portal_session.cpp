@@ -40,7 +40,7 @@ platform::Error CannotShare(const std::string& reason) {
 
 }  // namespace
 
-PortalSession::PortalSession(const EventFd& wake_up) : wake_up_(wake_up) {
+PortalSession::PortalSession(const platform::EventFd& wake_up) : wake_up_(wake_up) {
     if (!library_.IsComplete())
         throw CannotShare("libsystemd.so.0 is missing, install libsystemd0");
     bus_.emplace(library_, wake_up);

@@ -16,7 +16,7 @@ namespace engine {
 class PortalSession {
   public:
     /// What the wake-up ends is given up: `wake_up` outlives this.
-    explicit PortalSession(const EventFd& wake_up);
+    explicit PortalSession(const platform::EventFd& wake_up);
     /// Takes the screen back; a question that is still open disappears.
     ~PortalSession();
     PortalSession(const PortalSession&) = delete;
@@ -52,7 +52,7 @@ class PortalSession {
     Clock::time_point Soon() const;
 
     const BusLibrary library_;
-    const EventFd& wake_up_;
+    const platform::EventFd& wake_up_;
     std::optional<BusConnection> bus_;
     std::string session_;  // its path
     std::string request_;  // the path of the one that is open

@@ -2,7 +2,6 @@
 
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +10,7 @@
 
 #include "engine/sources/screen/x11_display.h"
 #include "platform/error.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace engine {
 namespace {
@@ -30,12 +30,10 @@ bool WaylandAnswers() {
     address.sun_family = AF_UNIX;
     if (path.size() >= sizeof address.sun_path) return false;
     std::memcpy(address.sun_path, path.c_str(), path.size());
-    const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (connection < 0) return false;
-    const bool answers =
-        connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    close(connection);
-    return answers;
+    const platform::FileDescriptor connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return connection.IsOpen() &&
+           connect(connection.Number(), reinterpret_cast<const sockaddr*>(&address),
+                   sizeof address) == 0;
 }
 
 }  // namespace

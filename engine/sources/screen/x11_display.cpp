@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <xcb/randr.h>
@@ -54,13 +53,10 @@ X11Display::X11Display() {
     xcb_screen_iterator_t screen = xcb_setup_roots_iterator(xcb_get_setup(get()));
     for (; screen.rem > 1 && number > 0; --number) xcb_screen_next(&screen);
     screen_ = screen.data;
-    wake_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (wake_ < 0)
+    if (!wake_.IsOpen())
         throw platform::Error(platform::kUnspecified,
                               "The screen cannot be opened: too many files are open");
 }
-
-X11Display::~X11Display() { close(wake_); }
 
 bool X11Display::Has(xcb_extension_t& extension) const {
     const xcb_query_extension_reply_t* reply = xcb_get_extension_data(get(), &extension);
@@ -121,15 +117,13 @@ std::vector<Monitor> X11Display::Monitors() const {
 
 void X11Display::Wake() {
     woken_ = true;
-    constexpr std::uint64_t kOne = 1;
-    // Fails only when it is signalled already.
-    [[maybe_unused]] const ssize_t written = write(wake_, &kOne, sizeof kOne);
+    wake_.Write();
 }
 
 void X11Display::Wait(std::chrono::nanoseconds time, bool events) const {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
     const timespec limit{seconds.count(), (time - seconds).count()};
-    std::array<pollfd, 2> states{pollfd{wake_, POLLIN, 0},
+    std::array<pollfd, 2> states{pollfd{wake_.Descriptor(), POLLIN, 0},
                                  pollfd{xcb_get_file_descriptor(get()), POLLIN, 0}};
     xcb_flush(get());
     ppoll(states.data(), events ? 2 : 1, &limit, nullptr);
@@ -145,7 +139,7 @@ void* X11Display::AwaitReply(unsigned sequence) const {
             CheckAlive();
             return reply;
         }
-        std::array<pollfd, 2> states{pollfd{wake_, POLLIN, 0},
+        std::array<pollfd, 2> states{pollfd{wake_.Descriptor(), POLLIN, 0},
                                      pollfd{xcb_get_file_descriptor(get()), POLLIN, 0}};
         poll(states.data(), states.size(), -1);
         if (states[0].revents != 0) return nullptr;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "engine/plan/pixel_box.h"
+#include "platform/posix/event_fd.h"
 
 namespace engine {
 
@@ -37,7 +38,6 @@ class X11Display {
     /// Connects to the server that the variable DISPLAY names.
     /// Throws platform::Error when none answers.
     X11Display();
-    ~X11Display();
     X11Display(const X11Display&) = delete;
     X11Display& operator=(const X11Display&) = delete;
 
@@ -84,7 +84,7 @@ class X11Display {
 
     std::unique_ptr<xcb_connection_t, Disconnect> connection_;
     const xcb_screen_t* screen_ = nullptr;
-    int wake_ = -1;  // readable once woken
+    const platform::EventFd wake_;  // readable once woken
     std::atomic<bool> woken_ = false;
 };
 
