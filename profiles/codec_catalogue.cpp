@@ -1,18 +1,8 @@
 #include "profiles/codec_catalogue.h"
 
-#include <algorithm>
 #include <string>
 
-#include "platform/text.h"
-
 namespace profiles {
-
-std::optional<std::uint32_t> FindPixelFormat(std::string_view name) {
-    const auto row =
-        std::ranges::find(kPixelFormats, platform::UpperCase(name), &PixelFormatRow::name);
-    if (row == kPixelFormats.end()) return std::nullopt;
-    return row->value;
-}
 
 std::string_view ModeCaption(platform::VbrMode mode) {
     switch (mode) {

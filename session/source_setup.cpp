@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "platform/error.h"
-#include "profiles/codec_catalogue.h"
+#include "platform/pixel_format_table.h"
 
 namespace session {
 namespace {
@@ -109,8 +109,8 @@ bool SourceSetup::SetupVideoSource() {
         if (mode.notice != nullptr) pane_.OutputInfo(mode.notice);
     }
 
-    if (const auto format = profiles::FindPixelFormat(settings_.pixelformat))
-        source.SetPixelFormat(*format);
+    if (const auto* format = platform::FindPixelFormat(settings_.pixelformat))
+        source.SetPixelFormat(format->code);
 
     if (settings_.pixelratio.x) source.SetPixelAspectRatioX(*settings_.pixelratio.x);
     if (settings_.pixelratio.y) source.SetPixelAspectRatioY(*settings_.pixelratio.y);

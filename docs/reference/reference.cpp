@@ -8,8 +8,8 @@
 #include "docs/reference/help_entries.h"
 #include "docs/reference/profile_table.h"
 #include "engine/plan/audio_formats.h"
+#include "platform/pixel_format_table.h"
 #include "platform/text.h"
-#include "profiles/codec_catalogue.h"
 
 namespace reference {
 namespace {
@@ -185,7 +185,7 @@ std::string FormatTables() {
 
 std::string PixelFormatList() {
     std::string names;
-    for (const profiles::PixelFormatRow& row : profiles::kPixelFormats)
+    for (const platform::PixelFormatRow& row : platform::kPixelFormats)
         names += fmt::format("{}{}", names.empty() ? "" : ", ", row.name);
     return "## Pixel formats\n\n" + names + "\n";
 }

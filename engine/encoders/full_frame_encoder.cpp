@@ -13,6 +13,7 @@
 #include "engine/encoders/packet_buffer.h"
 #include "engine/encoders/video_header.h"
 #include "platform/error.h"
+#include "platform/pixel_format_table.h"
 
 namespace engine {
 namespace {
@@ -32,7 +33,7 @@ std::size_t RowBytes(int width, int bits) {
 FullFrameEncoder::FullFrameEncoder(const VideoPlan& plan, CodedFramePool& packets)
     : plan_(plan),
       packets_(packets),
-      pixels_(plan.pixels != nullptr ? *plan.pixels : *FindPixelFormat(kRgb24)),
+      pixels_(plan.pixels != nullptr ? *plan.pixels : *platform::FindPixelFormat(kRgb24)),
       format_(av_get_pix_fmt(pixels_.av_name)),
       row_bytes_(RowBytes(plan.width, pixels_.bits)),
       frame_bytes_(row_bytes_ * static_cast<std::size_t>(plan.height)) {

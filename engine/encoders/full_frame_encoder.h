@@ -24,7 +24,7 @@ class FullFrameEncoder final : public VideoEncoder {
 
     VideoPlan plan_;
     CodedFramePool& packets_;
-    PixelFormatRow pixels_;
+    platform::PixelFormatRow pixels_;
     AVPixelFormat format_;
     std::size_t row_bytes_;  // of RGB
     std::size_t frame_bytes_;

@@ -45,7 +45,7 @@ void KeepToLevel(const VideoPlan& plan, codecs::RateSettings& rate) {
     rate.vbv_bits = std::min(rate.vbv_bits, buffer);
 }
 
-bool IsOwn(const VideoPlan& plan) {
+bool IsWmv9(const VideoPlan& plan) {
     return plan.WrittenCodec().maker.kind == platform::CodecMaker::Kind::Wmv9;
 }
 
@@ -63,7 +63,7 @@ Ticks AskedLength(const VideoPlan& plan) {
 codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
     codecs::RateSettings rate;
     rate.rate_bps = plan.bit_rate_bps;
-    if (IsOwn(plan)) rate.halves_up_to = kHalvesUpTo;
+    if (IsWmv9(plan)) rate.halves_up_to = kHalvesUpTo;
     if (plan.mode == VbrMode::Quality) {
         rate.finest = rate.coarsest = rate.Coded(QualityQuantiser(plan.quality));
         KeepToLevel(plan, rate);
@@ -101,11 +101,11 @@ int LongestGop(const VideoPlan& plan) {
     constexpr std::int64_t kMostOfOwn = 300;
     const std::int64_t frame_bytes = std::int64_t{plan.width} * plan.height * 3 / 2;
     return static_cast<int>(
-        std::clamp(kMemory / frame_bytes, kFewest, IsOwn(plan) ? kMostOfOwn : kMost));
+        std::clamp(kMemory / frame_bytes, kFewest, IsWmv9(plan) ? kMostOfOwn : kMost));
 }
 
 bool CodesRows(const VideoPlan& plan) {
-    return IsOwn(plan) &&
+    return IsWmv9(plan) &&
            (plan.input.capture || AskedLength(plan) > LengthOf(plan, LongestGop(plan)));
 }
 

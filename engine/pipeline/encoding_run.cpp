@@ -94,9 +94,8 @@ void EncodingRun::Control() {
         if (cause_)
             Report(*cause_, outputs_.RemainsText());
         else if (loss_)
-            Report(*loss_,
-                   fmt::format("What was {} until then is in \"{}\", which is whole.",
-                               plan_.IsLive() ? "recorded" : "encoded", plan_.FilePath()));
+            Report(*loss_, fmt::format("What was {} until then is in \"{}\", which is whole.",
+                                       plan_.IsLive() ? "recorded" : "encoded", plan_.FilePath()));
         AnnounceStopping();
     }
     Announce(EncoderState::Stopped);

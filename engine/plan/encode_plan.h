@@ -12,11 +12,11 @@
 #include "engine/base/ticks.h"
 #include "engine/plan/camera_format.h"
 #include "engine/plan/device.h"
-#include "engine/plan/pixel_formats.h"
 #include "engine/plan/screen_area.h"
 #include "engine/plan/screen_share.h"
 #include "engine/plan/written_audio.h"
 #include "platform/codec_table.h"
+#include "platform/pixel_format_table.h"
 
 namespace engine {
 
@@ -104,7 +104,7 @@ struct VideoPlan {
     FieldCoding fields = FieldCoding::None;
     /// How pixels are laid out that are written uncompressed; otherwise what frames are turned
     /// into on their way to the encoder. Null = as it comes.
-    const PixelFormatRow* pixels = nullptr;
+    const platform::PixelFormatRow* pixels = nullptr;
     Margins crop;            // clipped before the frame is scaled
     std::int32_t width = 0;  // of the coded frame, at least 2
     std::int32_t height = 0;

@@ -12,6 +12,7 @@
 #include "engine/prepare/frame_size.h"
 #include "engine/prepare/peak_plan.h"
 #include "engine/prepare/preprocessing.h"
+#include "platform/pixel_format_table.h"
 #include "platform/text.h"
 
 namespace engine {
@@ -55,8 +56,8 @@ std::int32_t ExpectedRate(std::int32_t ceiling, const Ratio& source) {
 
 void PlanPixels(const VideoSourceRecord& source, VideoPlan& plan) {
     if (source.pixel_format == 0) return;
-    plan.pixels = FindPixelFormat(source.pixel_format);
-    if (plan.pixels == nullptr)
+    plan.pixels = platform::FindPixelFormat(source.pixel_format);
+    if (plan.pixels == nullptr || *plan.pixels->av_name == '\0')
         RefuseArgument(
             fmt::format("Pictures cannot be turned into the pixel format {:08X} (one with a "
                         "palette, or unknown): give -pixelformat another",

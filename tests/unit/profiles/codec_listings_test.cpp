@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/object_model/engine_factory.h"
+#include "platform/pixel_format_table.h"
 #include "profiles/codec_catalogue.h"
 #include "profiles/custom_audio.h"
 #include "unit/profiles/profile_session.h"
@@ -37,10 +38,10 @@ TEST(CodecCatalogue, UnknownNamesFallBackSilently) {
 }
 
 TEST(CodecCatalogue, PixelFormatsAreFoundInAnyCase) {
-    EXPECT_EQ(FindPixelFormat("yuy2"), 0x32595559U);
-    EXPECT_EQ(FindPixelFormat("Rgb555"), 0xE436EB7CU);
-    EXPECT_EQ(FindPixelFormat("RGB8"), 0xE436EB7AU);
-    EXPECT_EQ(FindPixelFormat("RGB"), std::nullopt);
+    EXPECT_EQ(platform::FindPixelFormat("yuy2")->code, 0x32595559U);
+    EXPECT_EQ(platform::FindPixelFormat("Rgb555")->code, 0xE436EB7CU);
+    EXPECT_EQ(platform::FindPixelFormat("RGB8")->code, 0xE436EB7AU);
+    EXPECT_EQ(platform::FindPixelFormat("RGB"), nullptr);
 }
 
 TEST(CodecListings, CodecsOutsideTheCatalogueTakeNoNumber) {

@@ -155,7 +155,7 @@ TEST(VideoOptions, UncompressedPixelsAreReadAsTheyWereAskedFor) {
     const std::string source = clips::Make(
         "-f lavfi -i testsrc2=s=164x120:r=25 -frames:v 3 -c:v ffv1", folder.Path("source.avi"));
     for (const PixelCase& row : kPixelCases) {
-        const PixelFormatRow* pixels = FindPixelFormat(row.format);
+        const platform::PixelFormatRow* pixels = platform::FindPixelFormat(row.format);
         ASSERT_NE(pixels, nullptr);
         SCOPED_TRACE(pixels->name);
         EncodePlan plan = session::Plan(folder.Path("out.wmv"));
@@ -178,7 +178,7 @@ TEST(VideoOptions, CodecsGetThePictureThroughTheAskedPixels) {
     plan.video = session::Video(source);
     plan.video->mode = platform::VbrMode::Quality;
     plan.video->quality = 100;
-    plan.video->pixels = FindPixelFormat(0xE436EB7C);
+    plan.video->pixels = platform::FindPixelFormat(0xE436EB7C);
     const session::Outcome outcome = session::Run(plan);
     EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
     const double same = clips::Psnr(plan.FilePath(), source, "format=rgb555le", "yuv420p");
