@@ -33,13 +33,15 @@ class Explanation final : public session::FileRun {
   public:
     Explanation(platform::Factory& factory, platform::SessionState& state,
                 cli::EncodeSettings& settings, session::CommandOrigin origin,
-                std::shared_ptr<ReadOnlyFiles> files, platform::OutputPane& pane)
+                std::shared_ptr<ReadOnlyFiles> files, platform::OutputPane& pane,
+                FolderRun& folder_run)
         : factory_(factory),
           state_(state),
           settings_(settings),
           origin_(std::move(origin)),
           files_(std::move(files)),
           pane_(pane),
+          folder_run_(folder_run),
           had_profile_(state.g_objProfile != nullptr) {}
 
     void PrepareSession() override {
@@ -68,8 +70,8 @@ class Explanation final : public session::FileRun {
         return session::FileRunEnd::Completed;
     }
 
-    void HandleEvents() override {}
-    bool WalkCancelled() const override { return false; }
+    void HandleEvents() override { folder_run_.HandleEvents(); }
+    bool WalkCancelled() const override { return folder_run_.WalkCancelled(); }
 
     /// The set-up would save a profile by itself; here it is only named.
     void TakeProfileFile() {
@@ -115,6 +117,7 @@ class Explanation final : public session::FileRun {
     session::CommandOrigin origin_;
     std::shared_ptr<ReadOnlyFiles> files_;
     platform::OutputPane& pane_;
+    FolderRun& folder_run_;
     const bool had_profile_;    // of earlier commands
     std::string profile_file_;  // as typed
 };
@@ -139,12 +142,13 @@ bool ExplainCommand::Explain(const std::vector<std::string>& words) {
     if (!parser.ParseParameters(words)) return !parser.Refused();
 
     Explanation explanation(factory_, session_, settings_, {before, parser.TypedOptions()}, files,
-                            pane_);
+                            pane_, folder_run_);
     explanation.TakeProfileFile();
     session::EncoderSetup encoder_setup(session_, settings_, pane_, factory_);
     if (!settings_.input.empty() && files->FolderExists(settings_.input)) {
-        session::DirectoryMode walk(session_, settings_, pane_, encoder_setup, explanation);
-        return walk.DoDirectoryModeEncoding() && !walk.AnyFailed();
+        const FolderRun::Walk walk(folder_run_);
+        session::DirectoryMode mode(session_, settings_, pane_, encoder_setup, explanation);
+        return mode.DoDirectoryModeEncoding() && !mode.AnyFailed();
     }
     if (!encoder_setup.SetupEncoder()) return false;
     return explanation.RunToEnd() == session::FileRunEnd::Completed;

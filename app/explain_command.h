@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/folder_run.h"
 #include "app/info_pane.h"
 #include "cli/encode_settings.h"
 #include "platform/factory.h"
@@ -22,18 +23,26 @@ class ExplainCommand {
   public:
     /// Settings and session are those that the command would start from.
     ExplainCommand(platform::FormWindow& window, platform::Factory& factory, InfoPane& pane,
-                   const cli::EncodeSettings& settings, const platform::SessionState& session)
-        : window_(window), factory_(factory), pane_(pane), settings_(settings), session_(session) {}
+                   FolderRun& folder_run, const cli::EncodeSettings& settings,
+                   const platform::SessionState& session)
+        : window_(window),
+          factory_(factory),
+          pane_(pane),
+          folder_run_(folder_run),
+          settings_(settings),
+          session_(session) {}
 
-    /// A folder is walked, its files explained one after the other; what stands alone in a command
-    /// (a listing, the description of a file) is shown. False when the command would be refused or,
-    /// of a folder, any file. Throws platform::Error where the command itself would end in one.
+    /// A folder is walked as one that is encoded, its files explained one after the other; what
+    /// stands alone in a command (a listing, the description of a file) is shown. False when the
+    /// command would be refused or, of a folder, any file. Throws platform::Error where the command
+    /// itself would end in one.
     bool Explain(const std::vector<std::string>& words);
 
   private:
     platform::FormWindow& window_;
     platform::Factory& factory_;
     InfoPane& pane_;
+    FolderRun& folder_run_;
     cli::EncodeSettings settings_;
     platform::SessionState session_;
 };

@@ -41,7 +41,6 @@ class FolderRun final : public session::FileRun {
         log_.BeginFile();
         run_.NewSession();
     }
-    void PassOver(const std::string& reason) override { log_.PassOver(reason); }
     void FinishFile() override { log_.EndFile(); }
     /// What it returns means nothing when another command has taken the session over.
     session::FileRunEnd RunToEnd() override;

@@ -103,10 +103,10 @@ bool frmMain::NewSession() {
 }
 
 void frmMain::cmdStop_Click() {
-    if (!session_.g_objEncoder) return;
+    if (!session_.g_objEncoder && !folder_run_.IsWalking()) return;
     run_log_.NoteStop();
     folder_run_.CancelWalks();
-    run_.Stop();
+    if (session_.g_objEncoder) run_.Stop();
     window_.Timer1().SetEnabled(false);
     window_.lblStatus().SetCaption("Stopped by user.");
 }
@@ -207,7 +207,7 @@ void frmMain::RunWords(const std::vector<std::string>& words) {
 
 ExitStatus frmMain::RunSession(const std::vector<std::string>& words) {
     if (!words.empty() && words.front() == kExplainWord) {
-        ExplainCommand command(window_, factory_, pane_, settings_, session_);
+        ExplainCommand command(window_, factory_, pane_, folder_run_, settings_, session_);
         return command.Explain({words.begin() + 1, words.end()}) ? ExitStatus::Done
                                                                  : ExitStatus::Refused;
     }

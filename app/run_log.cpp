@@ -71,18 +71,13 @@ void RunLog::BeginFile() {
     command_.last.input = settings_.input;
 }
 
-void RunLog::PassOver(const std::string& reason) {
-    command_.last.end = CommandEnd::Shown;
-    command_.last.error = {0, reason};
-}
-
 void RunLog::EndFile() {
     if (!in_file_) return;
     in_file_ = false;
     if (command_.last.end == CommandEnd::Refused) command_.last.error = last_error_;
     const CommandEnd end = command_.last.end;
     const bool failed = end == CommandEnd::Failed || end == CommandEnd::Refused;
-    if (end != CommandEnd::Shown) ++(failed ? command_.files_failed : command_.files_completed);
+    ++(failed ? command_.files_failed : command_.files_completed);
     if (listener_ != nullptr) listener_->OnFileEnd(command_.last);
 }
 

@@ -43,11 +43,10 @@ class RunLog {
     void EndRun(const RunEnd& end);
 
     // A folder's files, one after the other. Their ends are told to the listener; a file without a
-    // run of its own was passed over, or refused by the last error that it had.
+    // run of its own was refused by the last error that it had.
     void BeginFolder() { command_.is_folder = true; }
     bool IsOfFolder() const { return command_.is_folder; }
     void BeginFile();
-    void PassOver(const std::string& reason);
     void EndFile();
 
     // For the listener.

@@ -1,5 +1,6 @@
 #include "cli/config_file.h"
 
+#include <algorithm>
 #include <memory>
 #include <string_view>
 
@@ -36,10 +37,13 @@ std::optional<std::vector<std::string>> ReadConfigFile(platform::FileSystem& fil
 
 bool WriteConfigFile(platform::FileSystem& files, platform::OutputPane& pane,
                      CommandActions& actions, const std::string& name, const std::string& text,
-                     const std::string& input) {
+                     std::span<const std::string> inputs) {
     std::string path = files.GetAbsolutePathName(name);
     if (!HasExtension(path)) path += kExtension;
-    if (!input.empty() && files.IsSame(path, input)) {
+    const auto is_input = [&](const std::string& input) {
+        return !input.empty() && files.IsSame(path, input);
+    };
+    if (std::any_of(inputs.begin(), inputs.end(), is_input)) {
         pane.OutputError(
             fmt::format("Configuration file {} is the input: give -s_config another name", path));
         return false;

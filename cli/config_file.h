@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,9 +21,9 @@ std::optional<std::vector<std::string>> ReadConfigFile(platform::FileSystem& fil
 
 /// Writes `text` as the file's whole content, without a line end. A name that does not end in
 /// ".weu" (in any case) gets it; the folder is made when it is missing. False, after one line on
-/// the pane, when that file is the `input`. Throws platform::Error.
+/// the pane, when that file is one of the `inputs`. Throws platform::Error.
 bool WriteConfigFile(platform::FileSystem& files, platform::OutputPane& pane,
                      CommandActions& actions, const std::string& name, const std::string& text,
-                     const std::string& input);
+                     std::span<const std::string> inputs);
 
 }  // namespace cli

@@ -19,6 +19,7 @@ namespace {
 constexpr int kDeepestNesting = 16;
 constexpr std::string_view kSaveWord = "-s_config";
 constexpr std::string_view kLoadWord = "-config";
+constexpr std::string_view kInputWord = "-input";
 
 bool Accepts(const TextRule& rule, const std::string& text) {
     return std::find(rule.accepted.begin(), rule.accepted.end(), text) != rule.accepted.end();
@@ -37,7 +38,8 @@ bool HasOptionalValue(const std::vector<std::string>& words, std::size_t index) 
 
 struct ParameterParser::Call {
     const std::vector<std::string>& words;
-    int depth;                        // 0 for the command itself
+    const Call* outer;                // whose "-config" has led to these words, or null
+    int depth = outer == nullptr ? 0 : outer->depth + 1;
     std::string text_to_save = {};    // what "-s_config" writes
     std::string save_name = {};       // from "-s_config"
     std::string load_name = {};       // from "-config", the last that the pre-pass read
@@ -53,14 +55,15 @@ bool ParameterParser::ParseParameters(const std::vector<std::string>& words) {
     settings_.duration_typed = false;
     typed_options_.clear();
     outcome_ = Outcome::Refused;  // what it is when an error ends the parse
-    outcome_ = Parse(words, 0);
+    outcome_ = Parse(words, nullptr);
     return outcome_ == Outcome::Accepted;
 }
 
 bool ParameterParser::Refused() const { return outcome_ == Outcome::Refused; }
 
-ParameterParser::Outcome ParameterParser::Parse(const std::vector<std::string>& words, int depth) {
-    Call call{words, depth};
+ParameterParser::Outcome ParameterParser::Parse(const std::vector<std::string>& words,
+                                                const Call* outer) {
+    Call call{words, outer};
     const Outcome files_read = PrePass(call);
     if (files_read != Outcome::Accepted) return files_read;
     if (words.size() == 1) {
@@ -70,14 +73,25 @@ ParameterParser::Outcome ParameterParser::Parse(const std::vector<std::string>& 
             return Outcome::Shown;
         }
     }
-    if (words.size() == 2 && platform::LowerCase(words.front()) == "-input") {
+    if (words.size() == 2 && platform::LowerCase(words.front()) == kInputWord) {
         return ShowInputInfo(call);
     }
     if (!MainPass(call)) return Outcome::Refused;
-    const bool saved =
-        call.save_name.empty() || WriteConfigFile(*state_.g_objFSO, pane_, actions_, call.save_name,
-                                                  call.text_to_save, settings_.input);
-    return saved ? Outcome::Accepted : Outcome::Refused;
+    return Save(call) ? Outcome::Accepted : Outcome::Refused;
+}
+
+// A configuration file saves before the words around it are taken, so theirs are looked at, too.
+bool ParameterParser::Save(const Call& call) {
+    if (call.save_name.empty()) return true;
+    std::vector<std::string> inputs{settings_.input};
+    for (const Call* outer = call.outer; outer != nullptr; outer = outer->outer) {
+        for (std::size_t i = 1; i < outer->words.size(); ++i) {
+            if (platform::LowerCase(outer->words[i - 1]) == kInputWord)
+                inputs.push_back(outer->words[i]);
+        }
+    }
+    return WriteConfigFile(*state_.g_objFSO, pane_, actions_, call.save_name, call.text_to_save,
+                           inputs);
 }
 
 // A nested call leaves arg_index at the word count of its file, and this pass goes on from there:
@@ -111,7 +125,7 @@ ParameterParser::Outcome ParameterParser::ReadConfig(Call& call) {
     }
     const std::optional<std::vector<std::string>> words =
         ReadConfigFile(files, pane_, call.load_name);
-    return words ? Parse(*words, call.depth + 1) : Outcome::Refused;
+    return words ? Parse(*words, &call) : Outcome::Refused;
 }
 
 ParameterParser::Outcome ParameterParser::ShowInputInfo(const Call& call) {

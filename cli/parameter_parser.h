@@ -47,10 +47,11 @@ class ParameterParser {
     enum class Outcome { Accepted, Shown, Refused };
     struct Call;  // one run through the five steps: the command's, or a configuration file's
 
-    Outcome Parse(const std::vector<std::string>& words, int depth);
+    Outcome Parse(const std::vector<std::string>& words, const Call* outer);
     Outcome PrePass(Call& call);
     Outcome ReadConfig(Call& call);
     Outcome ShowInputInfo(const Call& call);
+    bool Save(const Call& call);
     bool MainPass(Call& call);
     // Each takes the word after arg_index, moves arg_index onto it, and on failure has written why.
     bool TakeValue(const OptionValue& value, std::size_t option_index, Call& call);

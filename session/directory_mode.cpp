@@ -132,17 +132,13 @@ void DirectoryMode::RunFile(Walk& walk, const std::string& file) {
     auto& files = *walk.files;
     const std::string path = files.GetAbsolutePathName(settings_.output);
     const auto there = files.Identify(settings_.output);
-    if (there && walk.inputs.contains(*there)) {
+    const bool is_input = there && walk.inputs.contains(*there);
+    if (is_input || (there && walk.written.contains(*there))) {
         pane_.OutputError(
-            fmt::format("Skipping: {}, since {} is an input of this walk", file, path));
+            is_input
+                ? fmt::format("Skipping: {}, since {} is an input of this walk", file, path)
+                : fmt::format("Skipping: {}, since this walk has already written {}", file, path));
         any_failed_ = true;
-        return;
-    }
-    if (there && walk.written.contains(*there)) {
-        const std::string reason =
-            fmt::format("Skipping: {}, since this walk has already written {}", file, path);
-        pane_.OutputInfo(reason);
-        run_.PassOver(reason);
         return;
     }
     const std::string output = settings_.output;

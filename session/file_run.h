@@ -1,8 +1,6 @@
 // The run of one file as directory mode sees it; the form stands behind it.
 #pragma once
 
-#include <string>
-
 namespace session {
 
 enum class FileRunEnd {
@@ -25,8 +23,6 @@ class FileRun {
     /// failure, the report of a success.
     virtual FileRunEnd RunToEnd() = 0;
 
-    /// The file at hand is not encoded, and need not be; the pane has the reason already.
-    virtual void PassOver(const std::string& /*reason*/) {}
     /// The file at hand is over, whatever came of it.
     virtual void FinishFile() {}
 

@@ -502,7 +502,7 @@ TEST_F(FolderTest, AFilesEndHasItsOwnErrorAndNoneOfItsNeighbours) {
                        (file.error ? " " + file.error->description : ""));
     EXPECT_THAT(ends,
                 ElementsAre("/home/in/a.avi 1", "/home/in/b.avi 3 broken",
-                            "/home/in/a.mpg 0 Skipping: a.mpg, since this walk has already written "
+                            "/home/in/a.mpg 3 Skipping: a.mpg, since this walk has already written "
                             "/home/out/a.wmv",
                             "/home/in/below/c.avi 1"));
     EXPECT_EQ(listener.files.at(1).error->number, platform::kInvalidData);
@@ -547,6 +547,16 @@ TEST_F(FolderTest, StopEndsTheFileAndTheWalk) {
     next = 0;
     Go(kFolder);
     EXPECT_EQ(Started(), 5) << "the next walk is not stopped";
+}
+
+TEST_F(FolderTest, AnExplanationIsStoppedToo) {
+    const std::string explain = std::string("--explain ") + kFolder;
+    window.loop.Post([this] { form.cmdStop_Click(); });
+    Go(explain);
+    EXPECT_THAT(Inputs(), IsEmpty());
+    EXPECT_FALSE(form.IsBusy());
+    Go(explain);
+    EXPECT_EQ(Inputs().size(), 3U) << "the next one is not";
 }
 
 TEST_F(FolderTest, AnotherGoEndsTheWalkAndKeepsItsOwnSession) {

@@ -237,10 +237,16 @@ TEST(ConfigFiles, NothingIsWrittenForARefusedCommand) {
     EXPECT_FALSE(bench.files->FileExists("new.weu"));
     bench.pane.lines.clear();
     bench.files->AddFile("/home/film.weu", "film");
-    EXPECT_FALSE(bench.Run("-s_config film -input film.weu -output b.wmv"));
-    EXPECT_EQ(bench.pane.lines, Lines{"Configuration file /home/film.weu is the input: give "
-                                      "-s_config another name"});
-    EXPECT_EQ(bench.files->files["/home/film.weu"], "film");
+    bench.files->AddFile("/home/job.weu", "-silent -s_config film");
+    for (const char* const command : {"-s_config film -input film.weu -output b.wmv",
+                                      "-config job.weu -INPUT film.weu -output b.wmv"}) {
+        EXPECT_FALSE(bench.Run(command)) << command;
+        EXPECT_EQ(bench.pane.lines, Lines{"Configuration file /home/film.weu is the input: give "
+                                          "-s_config another name"});
+        EXPECT_EQ(bench.files->files["/home/film.weu"], "film");
+        bench.settings = cli::kNothingGiven;
+        bench.pane.lines.clear();
+    }
 }
 
 TEST(ConfigFiles, ErrorsOfTheFileSystemPassThrough) {
