@@ -53,7 +53,7 @@ def main():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     if file_limit >= 0:
         resource.setrlimit(resource.RLIMIT_FSIZE, (file_limit, file_limit))
-    for ignored in (signal.SIGXFSZ, signal.SIGPIPE):  # by Python
+    for ignored in (signal.SIGXFSZ, signal.SIGPIPE, signal.SIGINT):  # by Python, by a shell in the background
         signal.signal(ignored, signal.SIG_DFL)
     os.set_inheritable(ready, False)
     os.execv(command[0], command)

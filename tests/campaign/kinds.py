@@ -39,7 +39,7 @@ def mutated(rng, case, clip_folder, folder):
 def cut(rng, case, clip_folder, folder):
     name = rng.choice([name for name in clips.NAMES if not name.startswith("still")])
     path = _put(clip_folder, name, folder)
-    os.truncate(path, int(path.stat().st_size * rng.uniform(0.3, 0.8)))
+    os.truncate(path, int(path.stat().st_size * rng.uniform(0.15, 0.4)))
     case.words = ["-input", f"in/{name}", *_output(rng)]
     case.seconds, case.cut = clips.SECONDS, name in clips.STATES_LENGTH
 

@@ -15,7 +15,8 @@ def _run(words):
 
 def decoded(path):
     """What a decoder complains of, and how many seconds the file plays."""
-    done = _run(["ffmpeg", "-v", "error", "-nostdin", "-progress", "pipe:1", "-i", f"file:{path}", "-f", "null", "-"])
+    done = _run(["ffmpeg", "-v", "error", "-nostdin", "-progress", "pipe:1", "-i", f"file:{path}",
+                 "-enc_time_base", "-1", "-f", "null", "-"])
     if done is None:
         return f"not decoded in {TIMEOUT} s", float("inf")
     times = re.findall(rb"out_time_us=(\d+)", done.stdout)
