@@ -12,7 +12,7 @@
 #include "end_to_end/console_run.h"
 #include "support/beep_player.h"
 #include "support/clips.h"
-#include "support/sound_server.h"
+#include "support/pulse_server.h"
 #include "support/x_server.h"
 #include "unit/engine/sources/screen/painter.h"
 
@@ -40,9 +40,9 @@ int Claps() {
 }
 
 // By how much each flash came after its beep.
-std::vector<double> Clap(const XServer& screen, const SoundServer& sound, int claps) {
+std::vector<double> Clap(const XServer& screen, const PulseServer& server, int claps) {
     Painter painter(screen.display());
-    const BeepPlayer beeps(sound.Address(), "speaker", 100);
+    const BeepPlayer beeps(server.Address(), "speaker", 100);
     std::vector<double> delays;
     for (std::size_t next = 0; static_cast<int>(delays.size()) < claps;) {
         const std::vector<double> heard = beeps.Heard();
@@ -63,19 +63,19 @@ std::vector<double> Clap(const XServer& screen, const SoundServer& sound, int cl
 TEST(Clap, FlashAndBeepStayTogether) {
     const TempFolder folder;
     const XServer screen("320x240x24");
-    const SoundServer sound(folder, "load-module module-null-sink sink_name=speaker\n");
-    ASSERT_TRUE(sound.Runs());
+    const PulseServer server(folder, "load-module module-null-sink sink_name=speaker\n");
+    ASSERT_TRUE(server.Runs());
     const std::string file = folder / "clap.wmv";
     const TempFolder output;
     BackgroundCommand program(
         {"env", "-u", "WAYLAND_DISPLAY", "DISPLAY=" + screen.display(),
-         "PULSE_SERVER=" + sound.Address(), TESSIVO_CONSOLE, "-profile", "scrna", "-output", file},
+         "PULSE_SERVER=" + server.Address(), TESSIVO_CONSOLE, "-profile", "scrna", "-output", file},
         output.path());
     ASSERT_TRUE(Eventually([&] {
         std::error_code absent;
         return std::filesystem::file_size(file + ".part", absent) > 10'000 && !absent;
     })) << "the recording has begun";
-    const std::vector<double> delays = Clap(screen, sound, Claps());
+    const std::vector<double> delays = Clap(screen, server, Claps());
     program.Signal(SIGTERM);
     EXPECT_EQ(program.Wait().status, 130);
 

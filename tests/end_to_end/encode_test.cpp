@@ -136,7 +136,7 @@ TEST_F(Encode, ASegmentStartsAndEndsAtItsMarks) {
     EXPECT_NEAR(ProbeNumber(file, "v:0", "nb_read_packets"), 60, 1);
 }
 
-TEST_F(Encode, DisplayInformationAndFoldDownReachTheFile) {
+TEST_F(Encode, DisplayInformationAndTheDownmixReachTheFile) {
     const std::string file = Out("info.wmv");
     const CommandResult result =
         Console({"-input",          Clip(),      "-output",    file,

@@ -129,9 +129,9 @@ TEST(Messages, EachRefusedCommandEndsWithItsStatusAndItsLine) {
          "Invalid bits per sample 17\n"},
         {"no number in a format", {"-input", clip, "-output", out, "-a_setting", "Qx_44_2"},
          kRefused, "Invalid format x expecting integer value\n"},
-        {"uncompressed picture only", {"-input", clip, "-output", out, "-v_codec", "UNCOMP"},
+        {"uncompressed video only", {"-input", clip, "-output", out, "-v_codec", "UNCOMP"},
          kRefused, "Audio codec must be uncompressed when using uncompressed video codec\n"},
-        {"uncompressed sound only", {"-input", clip, "-output", out, "-a_codec", "PCM"}, kRefused,
+        {"uncompressed audio only", {"-input", clip, "-output", out, "-a_codec", "PCM"}, kRefused,
          "Video codec must be uncompressed when using uncompressed audio codec\n"},
 
         // run
@@ -264,8 +264,8 @@ TEST(Messages, TheReportHasItsLabelsAndTheStatusItsSteps) {
     const Case kCases[] = {
         {"both streams", {"-profile", "av100"}, {audio, video, overall}, 2, 2, "1 \\ 1"},
         {"two passes", {"-profile", "av100_2p"}, {audio, video, overall}, 2, 2, "1 \\ 2"},
-        {"sound alone", {"-profile", "a64"}, {audio, overall}, 1, 1, "1 \\ 1"},
-        {"picture alone", {"-profile", "v20"}, {video, overall}, 1, 1, "1 \\ 1"},
+        {"audio alone", {"-profile", "a64"}, {audio, overall}, 1, 1, "1 \\ 1"},
+        {"video alone", {"-profile", "v20"}, {video, overall}, 1, 1, "1 \\ 1"},
         {"a quality has no expected rate", {"-v_mode", "2"}, {audio, video, overall}, 2, 1,
          "1 \\ 1"},
     };

@@ -9,7 +9,7 @@
 #include <map>
 
 #include "end_to_end/console_run.h"
-#include "support/sound_server.h"
+#include "support/pulse_server.h"
 #include "support/x_server.h"
 
 namespace test_support {
@@ -22,7 +22,7 @@ class Record : public testing::Test {
                                           "-u",
                                           "WAYLAND_DISPLAY",
                                           "DISPLAY=" + screen_.display(),
-                                          "PULSE_SERVER=" + sound_.Address(),
+                                          "PULSE_SERVER=" + server_.Address(),
                                           TESSIVO_CONSOLE};
         words.insert(words.end(), more.begin(), more.end());
         return words;
@@ -38,11 +38,11 @@ class Record : public testing::Test {
 
     TempFolder folder_;
     XServer screen_{"320x240x24"};
-    SoundServer sound_{folder_, "load-module module-null-sink sink_name=speaker\n"};
+    PulseServer server_{folder_, "load-module module-null-sink sink_name=speaker\n"};
 };
 
 TEST_F(Record, TheScreenWithItsSoundForSomeSeconds) {
-    ASSERT_TRUE(sound_.Runs());
+    ASSERT_TRUE(server_.Runs());
     const std::string file = folder_ / "out.wmv";
     const CommandResult result =
         RunCommand(Words({"-profile", "scrna", "-duration", "3", "-output", file}));
@@ -71,7 +71,7 @@ TEST_F(Record, ASinkThatGoesEndsTheRecordingAndTheFileIsWhole) {
     BackgroundCommand program(Words({"-profile", "scrna", "-duration", "60", "-output", file}),
                               folder_.path());
     ASSERT_TRUE(Grows(file));
-    sound_.Kill();
+    server_.Kill();
     const CommandResult result = program.Wait();
     EXPECT_EQ(result.status, 2) << result.out << result.err;
     EXPECT_THAT(result.out,

@@ -98,22 +98,22 @@ Contents Decode(const std::string& file) {
     }
     const AvPtr<AVPacket> packet(av_packet_alloc());
     const AvPtr<AVFrame> frame(av_frame_alloc());
-    double last_step = 0;  // between pictures, seconds
+    double last_step = 0;  // between frames, seconds
     const auto drain = [&](std::size_t i, const AVPacket* input) {
         if (!codecs[i] || avcodec_send_packet(codecs[i].get(), input) < 0) return;
         while (avcodec_receive_frame(codecs[i].get(), frame.get()) >= 0) {
             if (codecs[i]->codec_type == AVMEDIA_TYPE_AUDIO) {
                 for (int s = 0; s < frame->nb_samples; ++s)
-                    contents.sound.push_back(Sample(*frame, s));
+                    contents.audio.push_back(Sample(*frame, s));
                 continue;
             }
             const double unit = av_q2d(raw->streams[i]->time_base);
             double time = static_cast<double>(frame->best_effort_timestamp) * unit;
-            // The last of pictures that were reordered: no packet comes that brings it its time.
+            // The last of frames that were reordered: no packet comes that brings it its time.
             if (frame->best_effort_timestamp == AV_NOPTS_VALUE)
-                time = contents.pictures.back().time + last_step;
-            if (!contents.pictures.empty()) last_step = time - contents.pictures.back().time;
-            contents.pictures.push_back({time, MeanLuma(*frame)});
+                time = contents.frames.back().time + last_step;
+            if (!contents.frames.empty()) last_step = time - contents.frames.back().time;
+            contents.frames.push_back({time, MeanLuma(*frame)});
             if (frame->key_frame != 0) contents.key_times.push_back(time);
         }
     };
@@ -145,9 +145,9 @@ std::vector<double> Flashes(const Contents& contents) {
     constexpr int kBright = 120;
     std::vector<double> times;
     bool bright = false;
-    for (const Picture& picture : contents.pictures) {
-        if (picture.luma > kBright && !bright) times.push_back(picture.time);
-        bright = picture.luma > kBright;
+    for (const SeenFrame& seen : contents.frames) {
+        if (seen.luma > kBright && !bright) times.push_back(seen.time);
+        bright = seen.luma > kBright;
     }
     return times;
 }
@@ -155,8 +155,8 @@ std::vector<double> Flashes(const Contents& contents) {
 std::vector<double> Clicks(const Contents& contents) {
     constexpr float kLoud = 0.25F;
     std::vector<double> times;
-    for (std::size_t i = 0; i < contents.sound.size(); ++i) {
-        if (std::fabs(contents.sound[i]) < kLoud) continue;
+    for (std::size_t i = 0; i < contents.audio.size(); ++i) {
+        if (std::fabs(contents.audio[i]) < kLoud) continue;
         times.push_back(static_cast<double>(i) / contents.sampling_rate);
         i += static_cast<std::size_t>(contents.sampling_rate / 2);  // over its echo
     }

@@ -21,7 +21,7 @@ std::string OutputOf(const std::string& command);
 
 using test_support::DecodeMessages;
 
-struct Picture {
+struct SeenFrame {
     double time = 0;  // seconds
     int luma = 0;     // mean
 };
@@ -29,10 +29,10 @@ struct Picture {
 struct Contents {
     int width = 0;
     int height = 0;
-    std::vector<Picture> pictures;
+    std::vector<SeenFrame> frames;
     std::vector<double> key_times;
     int sampling_rate = 0;
-    std::vector<float> sound;  // first channel, from time 0
+    std::vector<float> audio;  // first channel, from time 0
     std::string video_codec, audio_codec;
     double duration = 0;  // as the container says it
 };
@@ -44,7 +44,7 @@ Contents Decode(const std::string& file);
 double Psnr(const std::string& file, const std::string& reference, const std::string& filter,
             const std::string& pixels);
 
-/// Times at which a dark picture turns bright, and at which silence is broken.
+/// Times at which dark frames turn bright, and at which silence is broken.
 std::vector<double> Flashes(const Contents& contents);
 std::vector<double> Clicks(const Contents& contents);
 

@@ -8,7 +8,7 @@
 namespace test_support {
 namespace {
 
-// Whether pictures of Windows Media Video 9 may stand between others: bits 25 to 27 of its sequence
+// Whether Windows Media Video 9 may have B pictures: bits 25 to 27 of its sequence
 // header say how many.
 bool IsReordered(const asf_reader::StreamProperties& stream) {
     return stream.four_cc == "WMV3" && (stream.extra_data.at(3) >> 4 & 7) != 0;

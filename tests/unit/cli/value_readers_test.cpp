@@ -1,6 +1,6 @@
 #include "cli/value_readers.h"
 
-#include "platform/error.h"
+#include "support/error_of.h"
 #include "support/fake_host.h"
 
 namespace cli_tests {
@@ -120,13 +120,8 @@ TEST(ValueReaders, MissingLastWord) {
     EXPECT_EQ(pane.Take(), Lines{kNoValue});
     EXPECT_EQ(readers.ReadFloat({"-Opt"}, 0, 1), -1.0F);
     EXPECT_EQ(pane.Take(), Lines{kNoValue});
-    try {
-        readers.ReadString({"-Opt"}, 0, 1);
-        ADD_FAILURE() << "no error";
-    } catch (const platform::Error& error) {
-        EXPECT_EQ(error.unsigned_number(), 0x8002000BU);
-        EXPECT_NE(error.description().find("-Opt"), std::string::npos);
-    }
+    EXPECT_EQ(test_support::ErrorNumber([&] { readers.ReadString({"-Opt"}, 0, 1); }, {"-Opt"}),
+              platform::kElementNotFound);
     EXPECT_EQ(pane.Take(), Lines{});
 }
 

@@ -2,6 +2,7 @@
 
 #include "session/output_folder.h"
 #include "session_test.h"
+#include "support/error_of.h"
 
 namespace {
 
@@ -169,13 +170,8 @@ TEST(OutputSetup, WritesDisplayInformation) {
 TEST(OutputFolder, FailsWithTheFolderThatCannotBeMade) {
     Session session;
     session.files().AddFile("/out/taken");
-    try {
-        session::CreateOutputFolder(session.files(), "/out/taken/inner");
-        FAIL() << "a file was taken for a folder";
-    } catch (const platform::Error& error) {
-        EXPECT_EQ(error.unsigned_number(), platform::kFileExists);
-        EXPECT_THAT(error.description(), testing::HasSubstr("/out/taken"));
-    }
+    const auto create = [&] { session::CreateOutputFolder(session.files(), "/out/taken/inner"); };
+    EXPECT_EQ(test_support::ErrorNumber(create, {"/out/taken"}), platform::kFileExists);
 }
 
 // Another process may make the folder between the look and the making.

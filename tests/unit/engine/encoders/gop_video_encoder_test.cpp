@@ -7,7 +7,7 @@
 #include "engine/encoders/video_header.h"
 #include "engine/encoders/video_rate.h"
 #include "platform/codec_table.h"
-#include "platform/error.h"
+#include "support/error_of.h"
 
 namespace {
 
@@ -80,12 +80,8 @@ TEST(GopVideoEncoder, TheFirstFailureIsTheOneThatIsSaid) {
         EXPECT_EQ(error.description(), "the first failure");
     }
     failures.second_noted.get_future().wait();
-    try {
-        encoder.Finish(sink);
-        ADD_FAILURE() << "no failure";
-    } catch (const platform::Error& error) {
-        EXPECT_EQ(error.description(), "the first failure");
-    }
+    EXPECT_EQ(test_support::ErrorOf([&] { encoder.Finish(sink); }).description(),
+              "the first failure");
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ const DriftCase kDriftCases[] = {
 };
 
 // At a low rate, so that the hour is over in a second.
-TEST(Drift, SoundKeepsUpWithTheClockForAnHour) {
+TEST(Drift, AudioKeepsUpWithTheClockForAnHour) {
     constexpr int kRate = 8000;
     constexpr int kChunk = kRate / 50;
     constexpr double kHour = 3600;

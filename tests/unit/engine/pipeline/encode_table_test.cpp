@@ -100,11 +100,11 @@ TEST_F(EncodeTable, Video) {
         EXPECT_EQ(contents.width, row.width);
         EXPECT_EQ(contents.height, row.height);
         EXPECT_EQ(contents.video_codec, row.encoder);
-        ASSERT_EQ(contents.pictures.size(), static_cast<std::size_t>(row.frames));
+        ASSERT_EQ(contents.frames.size(), static_cast<std::size_t>(row.frames));
         EXPECT_EQ(outcome.video.sample_count.Raw(), row.frames);
         const double frame = 1000.0 / std::min(row.fps, 25000);
         EXPECT_NEAR(contents.duration, 6.0, frame);
-        EXPECT_NEAR(contents.pictures.back().time, 6.0 - frame, frame / 2);
+        EXPECT_NEAR(contents.frames.back().time, 6.0 - frame, frame / 2);
         if (row.within > 0) {
             const double rate = static_cast<double>(outcome.video.byte_count.Raw()) * 8 / 6.0;
             EXPECT_NEAR(rate, row.bit_rate, row.bit_rate * row.within);
@@ -153,7 +153,7 @@ TEST_F(EncodeTable, NumberOfWorkersChangesNothing) {
     }
 }
 
-struct SoundCase {
+struct AudioCase {
     const char* why;
     const char* encoder;
     VbrMode mode;
@@ -163,7 +163,7 @@ struct SoundCase {
 };
 
 // clang-format off
-const SoundCase kSoundCases[] = {
+const AudioCase kAudioCases[] = {
     // why                          encoder      mode               format                     written rate
     {"the usual",                   "wmav2",     VbrMode::Constant, {64040, 44100, 2, 16},     64040, 2},
     {"low, mono",                   "wmav2",     VbrMode::Constant, {32000, 22050, 1, 16},     32000, 1},
@@ -175,8 +175,8 @@ const SoundCase kSoundCases[] = {
 };
 // clang-format on
 
-TEST_F(EncodeTable, Sound) {
-    for (const SoundCase& row : kSoundCases) {
+TEST_F(EncodeTable, Audio) {
+    for (const AudioCase& row : kAudioCases) {
         SCOPED_TRACE(testing::Message() << row.encoder << ", " << row.why);
         EncodePlan plan = session::Plan(folder_->Path("out.wma"));
         AudioPlan audio = session::Audio(source_);
@@ -193,18 +193,18 @@ TEST_F(EncodeTable, Sound) {
         EXPECT_EQ(contents.sampling_rate, row.format.sampling_rate);
         EXPECT_NEAR(contents.duration, 6.0, 0.02);
         // Coded sound ends with a whole frame.
-        EXPECT_GE(static_cast<double>(contents.sound.size()), 5.999 * row.format.sampling_rate);
+        EXPECT_GE(static_cast<double>(contents.audio.size()), 5.999 * row.format.sampling_rate);
         EXPECT_NEAR(outcome.audio.average_bit_rate_bps, row.rate_written, row.rate_written * 0.03);
         EXPECT_NEAR(outcome.audio.average_sample_rate, row.format.sampling_rate, 2);
         float loudest = 0;
-        for (const float sample : contents.sound) loudest = std::max(loudest, std::fabs(sample));
+        for (const float sample : contents.audio) loudest = std::max(loudest, std::fabs(sample));
         EXPECT_NEAR(loudest, 0.125, 0.03);
     }
 }
 
 struct DownmixCase {
     const char* why;
-    const char* sounds;  // gains of FL, FR, FC, LFE, BL and BR in the source
+    const char* channels;  // gains of FL, FR, FC, LFE, BL and BR in the source
     Downmix levels;
     double heard;  // in the left channel
 };
@@ -229,11 +229,11 @@ const DownmixCase kDownmixCases[] = {
 TEST_F(EncodeTable, SixChannelsBecomeTwoByTheirLevels) {
     for (const DownmixCase& row : kDownmixCases) {
         SCOPED_TRACE(row.why);
-        std::string sounds = row.sounds;
-        for (std::size_t at = 0; (at = sounds.find('V', at)) != std::string::npos;)
-            sounds.replace(at, 1, "sin(2764.6*t)");
+        std::string channels = row.channels;
+        for (std::size_t at = 0; (at = channels.find('V', at)) != std::string::npos;)
+            channels.replace(at, 1, "sin(2764.6*t)");
         const std::string source = clips::Make(
-            "-f lavfi -i \"aevalsrc='" + sounds + "':c=5.1:s=44100:d=0.5\" -c:a pcm_s16le",
+            "-f lavfi -i \"aevalsrc='" + channels + "':c=5.1:s=44100:d=0.5\" -c:a pcm_s16le",
             folder_->Path("six.wav"));
         EncodePlan plan = session::Plan(folder_->Path("two.wma"));
         plan.audio = session::Audio(source);
@@ -243,7 +243,7 @@ TEST_F(EncodeTable, SixChannelsBecomeTwoByTheirLevels) {
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
         double peak = 0;
-        for (const float sample : clips::Decode(plan.FilePath()).sound)
+        for (const float sample : clips::Decode(plan.FilePath()).audio)
             peak = std::max(peak, std::fabs(static_cast<double>(sample)));
         EXPECT_NEAR(peak, row.heard, 0.002);
     }
@@ -309,7 +309,7 @@ TEST_F(EncodeTable, ARateFarTooLowCostsFramesNotBits) {
         EXPECT_GT(outcome.video.dropped_sample_count.Raw(), 20);
         EXPECT_GT(outcome.video.dropped_byte_count.Raw(), 0);
         EXPECT_EQ(outcome.video.dropped_sample_count.Raw() + outcome.video.sample_count.Raw(), 150);
-        // One picture may fill the buffer once.
+        // One frame may fill the buffer once.
         EXPECT_LT(static_cast<double>(outcome.video.byte_count.Raw()) * 8,
                   15'000 * 6 * 1.1 + 60'000);
     }
@@ -336,8 +336,8 @@ TEST_F(EncodeTable, TheRateGoesByTimeNotByFrames) {
     }
 }
 
-// At the same rate, what better choices give shows in the picture.
-TEST_F(EncodeTable, PerformanceBuysPicture) {
+// At the same rate, what better choices give shows in the frames.
+TEST_F(EncodeTable, PerformanceBuysQuality) {
     for (const char* encoder : {"wmv2", "mpeg4"}) {
         SCOPED_TRACE(encoder);
         double psnr[2] = {};
@@ -384,7 +384,7 @@ TEST_F(EncodeTable, TheBufferBoundsEveryStretch) {
     }
 }
 
-// Of our own encoder in every mode that has one, with pictures between others, after stills.
+// Of our own encoder in every mode that has one, with B pictures, after stills.
 TEST_F(EncodeTable, NoBurstOverrunsTheBufferOrThePeak) {
     const std::string bursts = clips::Make(
         "-f lavfi -i color=gray:s=160x120:r=25,noise=alls=90:allf=t:enable='gt(mod(t\\,4)\\,3)' "
@@ -416,7 +416,7 @@ TEST_F(EncodeTable, NoBurstOverrunsTheBufferOrThePeak) {
         VideoPlan& video = *plan.video;
         video.codec = &session::VideoCodec("wmv3");
         video.mode = row.mode;
-        video.performance = 40;  // with pictures between others
+        video.performance = 40;  // with B pictures
         video.bit_rate_bps = 100'000;
         video.buffer_ms = 1000;
         video.peak_rate_bps = 200'000;

@@ -8,6 +8,7 @@
 
 #include "engine/sources/files/media_probe.h"
 #include "support/clips.h"
+#include "support/error_of.h"
 #include "support/file_size_limit.h"
 #include "unit/engine/pipeline/session.h"
 
@@ -15,6 +16,7 @@ namespace {
 
 using namespace engine;
 using platform::EncoderState;
+using test_support::ErrorNumber;
 
 class Failure : public testing::Test {
   protected:
@@ -83,7 +85,7 @@ TEST_F(Failure, AStopLeavesAWholeFile) {
         const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_NEAR(contents.duration,
                     static_cast<double>(outcome.file.file_duration.Raw()) / 1000.0, 0.005);
-        EXPECT_EQ(static_cast<std::int64_t>(contents.pictures.size()),
+        EXPECT_EQ(static_cast<std::int64_t>(contents.frames.size()),
                   outcome.video.sample_count.Raw());
         EXPECT_GE(contents.duration, 1.9);
     }
@@ -117,7 +119,7 @@ TEST_F(Failure, ABrokenMiddleIsPassedOver) {
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
         EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
         const clips::Contents contents = clips::Decode(plan.FilePath());
-        EXPECT_GT(contents.pictures.size(), 400U);
+        EXPECT_GT(contents.frames.size(), 400U);
         EXPECT_NEAR(contents.duration, 20.0, 0.3);
     }
 }
@@ -152,13 +154,7 @@ TEST_F(Failure, WhatIsNoMediaIsRefusedByName) {
     };
     for (const RefusedCase& row : rows) {
         SCOPED_TRACE(row.why);
-        try {
-            ProbeMediaFile(row.path);
-            ADD_FAILURE() << "was taken";
-        } catch (const platform::Error& error) {
-            EXPECT_EQ(error.unsigned_number(), row.number) << error.description();
-            EXPECT_NE(error.description().find(row.path), std::string::npos);
-        }
+        EXPECT_EQ(ErrorNumber([&] { ProbeMediaFile(row.path); }, {row.path}), row.number);
     }
 }
 
@@ -188,15 +184,10 @@ TEST_F(Failure, ADiskThatFillsIsSaidAndWhatIsWrittenPlays) {
     const std::string part = plan.FilePath() + ".part";
     EXPECT_NE(outcome.error_text.find(part), std::string::npos) << outcome.error_text;
     EXPECT_EQ(clips::DecodeMessages(part), "");
-    EXPECT_GT(clips::Decode(part).pictures.size(), 50U);
+    EXPECT_GT(clips::Decode(part).frames.size(), 50U);
 
     plan.outputs = {FileOutput{"/dev/full"}};
-    try {
-        const EncodingRun run(plan, {}, session::Parts());
-        ADD_FAILURE() << "no error";
-    } catch (const platform::Error& error) {
-        EXPECT_EQ(error.unsigned_number(), platform::kDiskFull) << error.description();
-    }
+    EXPECT_EQ(ErrorNumber([&] { EncodingRun(plan, {}, session::Parts()); }), platform::kDiskFull);
 }
 
 TEST_F(Failure, MarksBeyondEverythingAreSaid) {

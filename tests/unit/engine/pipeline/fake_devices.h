@@ -20,7 +20,7 @@ namespace fake_devices {
 using audio_frames::FillAudio;
 using audio_frames::kRate;
 
-/// A grey picture; `time` is its pts.
+/// A grey frame; `time` is its pts.
 inline void FillFrame(AVFrame& frame, engine::Ticks time, int width, int height, int grey) {
     frame.format = AV_PIX_FMT_BGR0;
     frame.width = width;
@@ -34,13 +34,13 @@ inline void FillFrame(AVFrame& frame, engine::Ticks time, int width, int height,
 /// What a source is to give; shared by the test and the source.
 class Script {
   public:
-    void Picture(std::int64_t ms, int grey = 128, int width = 320, int height = 240) {
+    void Frame(std::int64_t ms, int grey = 128, int width = 320, int height = 240) {
         Add([=](AVFrame& frame) {
             FillFrame(frame, engine::Ticks::FromMilliseconds(ms), width, height, grey);
         });
     }
     /// A tenth of a second of silence, which may begin with a click.
-    void Sound(std::int64_t ms, bool click = false) {
+    void Audio(std::int64_t ms, bool click = false) {
         Add([=](AVFrame& frame) {
             FillAudio(frame, engine::Ticks::FromMilliseconds(ms), kRate / 10, [=](int i) {
                 return static_cast<std::int16_t>(click && i < kRate / 500 ? 29'000 : 0);
@@ -52,9 +52,9 @@ class Script {
         failure_ = error;
         changed_.notify_all();
     }
-    void Miss(std::int64_t pictures) {
+    void Miss(std::int64_t frames) {
         const std::lock_guard lock(mutex_);
-        missed_ += pictures;
+        missed_ += frames;
     }
     /// Until the source was asked for more than it has been given.
     void WaitUntilTaken() {

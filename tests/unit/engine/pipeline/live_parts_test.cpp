@@ -44,11 +44,11 @@ TEST_F(Queues, CountFromTheFirstFrame) {
     EXPECT_EQ(Rest(queues, kAudio), (Times{-150, -50, 50}));
 }
 
-TEST_F(Queues, CountFromTheFirstSoundWhereNoFrameComes) {
+TEST_F(Queues, CountFromTheFirstAudioWhereNoFrameComes) {
     CaptureQueues ended(true, true);
     Push(ended, kAudio, 1000);
     ended.Finish(kVideo);
-    ASSERT_TRUE(ended.Start()) << "the picture has ended before it began";
+    ASSERT_TRUE(ended.Start()) << "the video has ended before it began";
     EXPECT_EQ(ended.Start()->Milliseconds(), 1000);
 
     CaptureQueues silent(true, true);
@@ -66,10 +66,10 @@ TEST_F(Queues, GiveUpTheOldestFramesAndNoAudio) {
     for (int i = 0; i < 50; ++i) Push(queues, kVideo, i * 100);
     queues.Finish(kVideo);
     queues.Finish(kAudio);
-    const Times pictures = Rest(queues, kVideo);
-    ASSERT_FALSE(pictures.empty());
-    EXPECT_EQ(pictures.back(), 4900) << "the newest is kept";
-    EXPECT_EQ(queues.TakeDropped() + static_cast<std::int64_t>(pictures.size()), 50);
+    const Times frames = Rest(queues, kVideo);
+    ASSERT_FALSE(frames.empty());
+    EXPECT_EQ(frames.back(), 4900) << "the newest is kept";
+    EXPECT_EQ(queues.TakeDropped() + static_cast<std::int64_t>(frames.size()), 50);
     EXPECT_EQ(queues.TakeDropped(), 0);
     EXPECT_EQ(Rest(queues, kAudio).size(), 1000U);
 }
@@ -101,7 +101,7 @@ class Writer : public testing::Test {
 };
 
 // A sound server may take seconds to wake its device, or never do.
-TEST_F(Writer, LetsNoFrameWaitForSoundThatDoesNotCome) {
+TEST_F(Writer, LetsNoFrameWaitForAudioThatDoesNotCome) {
     Interleaver interleaver(true, true, true, [] { return false; });
     Push(interleaver, kVideo, 0);
     EXPECT_EQ(Next(interleaver), "v0");
@@ -118,7 +118,7 @@ TEST_F(Writer, WaitsForALiveStreamASecondAtMost) {
     std::string written;
     for (int i = 0; i < 7; ++i) written += Next(interleaver) + " ";
     EXPECT_EQ(written, "a0 v0 a100 a200 a300 a400 a500 ");
-    // A picture of a time that has been passed takes its place behind.
+    // A frame of a time that has been passed takes its place behind.
     Push(interleaver, kVideo, 450);
     interleaver.Finish(kVideo);
     interleaver.Finish(kAudio);

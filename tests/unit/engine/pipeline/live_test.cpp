@@ -19,11 +19,11 @@ using fake_devices::Script;
 class Live : public testing::Test {
   protected:
     EncodePlan Both() {
-        EncodePlan plan = PictureOnly();
+        EncodePlan plan = VideoOnly();
         plan.audio = session::Microphone();
         return plan;
     }
-    EncodePlan PictureOnly() {
+    EncodePlan VideoOnly() {
         EncodePlan plan = session::Plan(folder_.Path("out.wmv"));
         plan.video = session::Screen();
         return plan;
@@ -54,18 +54,18 @@ constexpr int kWhite = 255;
 
 struct StartCase {
     const char* why;
-    int picture_ms, sound_ms;  // when each starts
+    int video_ms, audio_ms;  // when each starts
     int mark_in_ms;
     std::vector<double> events;
 };
 
 // Each source goes on until 5 s; there is a flash and a click at 2 s and at 4 s.
 const StartCase kStartCases[] = {
-    // why                                     picture  sound  mark  events
+    // why                                     video    audio  mark  events
     {"together", 1000, 1000, 0, {1, 3}},
-    {"the sound starts later", 1000, 1500, 0, {1, 3}},
-    {"the picture starts later", 1800, 1000, 0, {0.2, 2.2}},
-    {"a mark counts from the first picture", 1000, 1500, 1200, {1.8}},
+    {"the audio starts later", 1000, 1500, 0, {1, 3}},
+    {"the video starts later", 1800, 1000, 0, {0.2, 2.2}},
+    {"a mark counts from the first frame", 1000, 1500, 1200, {1.8}},
 };
 
 TEST_F(Live, BeginsWithTheFirstFrame) {
@@ -73,10 +73,10 @@ TEST_F(Live, BeginsWithTheFirstFrame) {
         SCOPED_TRACE(row.why);
         screen_ = std::make_shared<Script>();
         microphone_ = std::make_shared<Script>();
-        for (int ms = row.picture_ms; ms < 5000; ms += 200)
-            screen_->Picture(ms, ms == 2000 || ms == 4000 ? kWhite : kBlack);
-        for (int ms = row.sound_ms; ms < 5000; ms += 100)
-            microphone_->Sound(ms, ms == 2000 || ms == 4000);
+        for (int ms = row.video_ms; ms < 5000; ms += 200)
+            screen_->Frame(ms, ms == 2000 || ms == 4000 ? kWhite : kBlack);
+        for (int ms = row.audio_ms; ms < 5000; ms += 100)
+            microphone_->Audio(ms, ms == 2000 || ms == 4000);
         EncodePlan plan = Both();
         for (InputPlan* input : {&plan.audio->input, &plan.video->input})
             input->mark_in = Ticks::FromMilliseconds(row.mark_in_ms);
@@ -90,28 +90,28 @@ TEST_F(Live, BeginsWithTheFirstFrame) {
             for (std::size_t i = 0; i < found.size(); ++i)
                 EXPECT_NEAR(found[i], row.events[i], 0.02);
         }
-        const double start_s = (row.picture_ms + row.mark_in_ms) / 1000.0;
+        const double start_s = (row.video_ms + row.mark_in_ms) / 1000.0;
         EXPECT_NEAR(contents.duration, 5 - start_s, 0.15);
         EXPECT_EQ(outcome.video.dropped_sample_count.Raw(), 0);
     }
 }
 
 TEST_F(Live, AStillScreenIsAsLongAsItWasRecorded) {
-    for (const int pictures : {1, 2}) {
+    for (const int frames : {1, 2}) {
         screen_ = std::make_shared<Script>();
-        for (int i = 0; i < pictures; ++i) screen_->Picture(1000 + i * 700);
-        EncodePlan plan = PictureOnly();
+        for (int i = 0; i < frames; ++i) screen_->Frame(1000 + i * 700);
+        EncodePlan plan = VideoOnly();
         const session::Outcome outcome = Record(plan, 6000);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
         const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_NEAR(contents.duration, 5.0, 0.01);
-        EXPECT_EQ(contents.pictures.size(), static_cast<std::size_t>(pictures) + 1);
+        EXPECT_EQ(contents.frames.size(), static_cast<std::size_t>(frames) + 1);
     }
 }
 
-TEST_F(Live, AStillScreenHoldsNoSoundBack) {
-    screen_->Picture(1000);
-    for (int ms = 1000; ms < 9000; ms += 100) microphone_->Sound(ms);
+TEST_F(Live, AStillScreenHoldsNoAudioBack) {
+    screen_->Frame(1000);
+    for (int ms = 1000; ms < 9000; ms += 100) microphone_->Audio(ms);
     EncodePlan plan = Both();
     session::Run(
         plan,
@@ -124,37 +124,37 @@ TEST_F(Live, AStillScreenHoldsNoSoundBack) {
 }
 
 TEST_F(Live, TheScreenMayChangeItsSize) {
-    screen_->Picture(1000, kBlack, 320, 240);
-    screen_->Picture(1500, kWhite, 640, 400);
-    screen_->Picture(2000, kBlack, 200, 301);
-    EncodePlan plan = PictureOnly();
+    screen_->Frame(1000, kBlack, 320, 240);
+    screen_->Frame(1500, kWhite, 640, 400);
+    screen_->Frame(2000, kBlack, 200, 301);
+    EncodePlan plan = VideoOnly();
     Record(plan, 2500);
     EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
     const clips::Contents contents = clips::Decode(plan.FilePath());
     EXPECT_EQ(contents.width, 320);
-    ASSERT_EQ(contents.pictures.size(), 4U);
-    EXPECT_GT(contents.pictures[1].luma, 200);
-    EXPECT_LT(contents.pictures[2].luma, 40);
+    ASSERT_EQ(contents.frames.size(), 4U);
+    EXPECT_GT(contents.frames[1].luma, 200);
+    EXPECT_LT(contents.frames[2].luma, 40);
 }
 
 TEST_F(Live, ADeviceThatGoesLeavesAWholeFile) {
     struct Case {
         const char* why;
-        bool picture;  // is what goes
+        bool video;  // is what goes
     };
-    for (const Case& row : {Case{"the sound", false}, Case{"the picture", true}}) {
+    for (const Case& row : {Case{"the audio", false}, Case{"the video", true}}) {
         SCOPED_TRACE(row.why);
         screen_ = std::make_shared<Script>();
         microphone_ = std::make_shared<Script>();
-        for (int ms = 1000; ms < 4000; ms += 200) screen_->Picture(ms);
-        for (int ms = 1000; ms < 4000; ms += 100) microphone_->Sound(ms);
+        for (int ms = 1000; ms < 4000; ms += 200) screen_->Frame(ms);
+        for (int ms = 1000; ms < 4000; ms += 100) microphone_->Audio(ms);
         const EncodePlan plan = Both();
         const session::Outcome outcome = session::Run(
             plan,
             [&](EncodingRun&) {
                 screen_->WaitUntilTaken();
                 microphone_->WaitUntilTaken();
-                (row.picture ? screen_ : microphone_)
+                (row.video ? screen_ : microphone_)
                     ->Fail({platform::kFileNotFound, "The device X is gone: plug it in again"});
             },
             Parts(4000));
@@ -170,7 +170,7 @@ TEST_F(Live, ADeviceThatGoesLeavesAWholeFile) {
 
 TEST_F(Live, ADeviceThatGivesNothingLeavesNothing) {
     screen_->Fail({platform::kFileNotFound, "The screen is gone"});
-    const EncodePlan plan = PictureOnly();
+    const EncodePlan plan = VideoOnly();
     const session::Outcome outcome = session::Run(plan, {}, Parts(1000));
     ASSERT_EQ(outcome.errors.size(), 1U);
     EXPECT_EQ(outcome.error_text, "The screen is gone");
@@ -179,7 +179,7 @@ TEST_F(Live, ADeviceThatGivesNothingLeavesNothing) {
 }
 
 TEST_F(Live, ADeviceThatCannotBeOpenedLeavesNothing) {
-    const EncodePlan plan = PictureOnly();
+    const EncodePlan plan = VideoOnly();
     const RunParts parts{MakeOutput,
                          [](const CapturePlan&, FramePool&) -> std::unique_ptr<LiveSource> {
                              throw platform::Error(platform::kFileNotFound, "There is no screen");
@@ -189,13 +189,13 @@ TEST_F(Live, ADeviceThatCannotBeOpenedLeavesNothing) {
 }
 
 TEST_F(Live, ARunThatHasStoppedHoldsNoDevice) {
-    screen_->Picture(1000);
+    screen_->Frame(1000);
     std::promise<int> open_devices;
     RunCallbacks callbacks;
     callbacks.on_state = [&](platform::EncoderState state) {
         if (state == platform::EncoderState::Stopped) open_devices.set_value(screen_->open_devices);
     };
-    EncodingRun run(PictureOnly(), std::move(callbacks), Parts(2000));
+    EncodingRun run(VideoOnly(), std::move(callbacks), Parts(2000));
     EXPECT_EQ(screen_->open_devices, 1);
     run.Start();
     screen_->WaitUntilTaken();
@@ -204,9 +204,9 @@ TEST_F(Live, ARunThatHasStoppedHoldsNoDevice) {
 }
 
 TEST_F(Live, LostFramesAreCountedByCause) {
-    for (int ms = 1000; ms < 3000; ms += 100) screen_->Picture(ms);
+    for (int ms = 1000; ms < 3000; ms += 100) screen_->Frame(ms);
     screen_->Miss(3);
-    const EncodePlan plan = PictureOnly();
+    const EncodePlan plan = VideoOnly();
     const session::Outcome outcome = Record(plan, 3000);
     EXPECT_EQ(outcome.video.drops.capture_late, 3);
     EXPECT_EQ(outcome.video.drops.encoder_late, 0);

@@ -28,7 +28,7 @@ struct CutCase {
 };
 
 // A hundred samples of a tenth of a millisecond each, heard from 1000 on.
-TEST(Pauses, CutSoundToTheSample) {
+TEST(Pauses, CutAudioToTheSample) {
     const CutCase cases[] = {
         // why, pauses, time, kept
         {"none", {}, 1000, {{0, 100}}},
@@ -125,9 +125,9 @@ class Pausing : public testing::Test {
     /// tenths of a second, each once it is over.
     void RecordTo(int ms) {
         for (; heard_ms_ + 100 <= ms; heard_ms_ += 100)
-            microphone_->Sound(heard_ms_, Contains(clicks_, heard_ms_));
+            microphone_->Audio(heard_ms_, Contains(clicks_, heard_ms_));
         for (; seen_ms_ < ms; seen_ms_ += 200)
-            screen_->Picture(seen_ms_, Contains(bright_, seen_ms_) ? 255 : 0);
+            screen_->Frame(seen_ms_, Contains(bright_, seen_ms_) ? 255 : 0);
         screen_->WaitUntilTaken();
         microphone_->WaitUntilTaken();
         now_ms_ = ms;
@@ -158,7 +158,7 @@ class Pausing : public testing::Test {
     std::atomic<std::int64_t> now_ms_ = 1000;
 };
 
-TEST_F(Pausing, LeavesNoGapAndKeepsPictureAndSoundTogether) {
+TEST_F(Pausing, LeavesNoGapAndKeepsVideoAndAudioTogether) {
     clicks_ = {2000, 3500, 5200, 8600};
     bright_ = {2000, 3800, 4000, 5200, 8600};
     const EncodePlan plan = Recording();
@@ -230,8 +230,8 @@ TEST_F(Pausing, AFileWaitsAndGoesOn) {
         run.Until(EncoderState::Stopped);
         const clips::Contents contents = clips::Decode(plan.FilePath());
         const clips::Contents expected = clips::Decode(other.FilePath());
-        EXPECT_EQ(contents.pictures.size(), expected.pictures.size());
-        EXPECT_EQ(contents.sound.size(), expected.sound.size());
+        EXPECT_EQ(contents.frames.size(), expected.frames.size());
+        EXPECT_EQ(contents.audio.size(), expected.audio.size());
     }
 }
 

@@ -21,7 +21,7 @@ const platform::AudioCodecRow& AudioCodec(std::string_view av_name);
 engine::VideoPlan Video(const std::string& path);
 /// 64 kbit/s Windows Media Audio, 44100 Hz stereo.
 engine::AudioPlan Audio(const std::string& path);
-/// A screen that is recorded: 320x240, 10 pictures a second, 400 kbit/s, one worker.
+/// A screen that is recorded: 320x240, 10 frames a second, 400 kbit/s, one worker.
 engine::VideoPlan Screen();
 /// The same sound from a microphone.
 engine::AudioPlan Microphone();

@@ -1,4 +1,4 @@
-// What happens when in a source happens then in the file: sound and picture together, cut at the
+// What happens when in a source happens then in the file: audio and video together, cut at the
 // marks, of any length, still or telecined.
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 using namespace engine;
 
-// A white picture and a click at each even second.
+// A white frame and a click at each even second.
 std::string FlashAndClick(const clips::Folder& folder, const char* coding, const char* name) {
     return clips::Make(
         std::string("-f lavfi -i \"color=black:s=160x120:r=25,geq=lum='if(lt(mod(N,50),1),235,16)':"
@@ -33,11 +33,11 @@ struct SyncCase {
 
 // clang-format off
 const SyncCase kSyncCases[] = {
-    // why                            source's coding                                 name     sound        format                   marks       events
-    {"as it is, coded sound",         "-c:v mpeg4 -g 10 -q:v 3 -c:a pcm_s16le",        "a.avi", "wmav2",     {64000, 44100, 2, 16},   0, 0,       {0, 2, 4, 6, 8}},
+    // why                            source's coding                                 name     audio        format                   marks       events
+    {"as it is, coded audio",         "-c:v mpeg4 -g 10 -q:v 3 -c:a pcm_s16le",        "a.avi", "wmav2",     {64000, 44100, 2, 16},   0, 0,       {0, 2, 4, 6, 8}},
     {"as it is, PCM",                 "-c:v mpeg4 -g 10 -q:v 3 -c:a pcm_s16le",        "a.avi", "pcm_s16le", {1411200, 44100, 2, 16}, 0, 0,       {0, 2, 4, 6, 8}},
     {"resampled, short frames",       "-c:v mpeg4 -g 10 -q:v 3 -c:a pcm_s16le",        "a.avi", "wmav2",     {32000, 16000, 1, 16},   0, 0,       {0, 2, 4, 6, 8}},
-    {"B-frames and a sound's delay",  "-c:v mpeg4 -bf 2 -g 50 -q:v 3 -c:a aac",        "b.mp4", "wmav2",     {64000, 44100, 2, 16},   0, 0,       {0, 2, 4, 6, 8}},
+    {"B-frames, delayed audio",      "-c:v mpeg4 -bf 2 -g 50 -q:v 3 -c:a aac",        "b.mp4", "wmav2",     {64000, 44100, 2, 16},   0, 0,       {0, 2, 4, 6, 8}},
     {"times that start elsewhere",    "-c:v mpeg2video -bf 2 -q:v 3 -c:a mp2",         "c.ts",  "wmav2",     {64000, 44100, 2, 16},   0, 0,       {0, 2, 4, 6, 8}},
     {"marks between key frames",      "-c:v mpeg4 -g 100 -q:v 3 -c:a pcm_s16le",       "d.avi", "wmav2",     {64000, 44100, 2, 16},   1000, 6500, {1, 3, 5}},
     {"marks, delays, few key frames", "-c:v mpeg4 -bf 2 -g 100 -q:v 3 -c:a aac",       "e.mp4", "pcm_s16le", {1411200, 44100, 2, 16}, 3000, 7000, {1, 3}},
@@ -45,7 +45,7 @@ const SyncCase kSyncCases[] = {
 };
 // clang-format on
 
-TEST(Timing, SoundAndPictureStayTogether) {
+TEST(Timing, AudioAndVideoStayTogether) {
     const clips::Folder folder;
     for (const SyncCase& row : kSyncCases) {
         SCOPED_TRACE(row.why);
@@ -67,7 +67,7 @@ TEST(Timing, SoundAndPictureStayTogether) {
         ASSERT_EQ(flashes.size(), row.events.size());
         ASSERT_EQ(clicks.size(), row.events.size());
         for (std::size_t i = 0; i < row.events.size(); ++i) {
-            // A source's own containers may set sound and picture up to a frame apart.
+            // A source's own containers may set audio and video up to a frame apart.
             EXPECT_NEAR(flashes[i], row.events[i], 0.035);
             EXPECT_NEAR(clicks[i], row.events[i], 0.035);
             EXPECT_NEAR(flashes[i] - flashes[0], row.events[i] - row.events[0], 0.003);
@@ -81,16 +81,16 @@ TEST(Timing, SoundAndPictureStayTogether) {
 struct LengthCase {
     const char* why;
     const char* source;  // of one file with both streams
-    double sound, picture;
+    double audio, video;
     std::size_t frames;
 };
 
 // clang-format off
 const LengthCase kLengthCases[] = {
-    // why                         source                                                                                                   sound picture frames
-    {"sound goes on longer",       "-f lavfi -i testsrc2=s=160x120:r=25:d=2 -f lavfi -i sine=d=8 -c:v mpeg4 -c:a pcm_s16le",                8,    2,      50},
-    {"picture goes on longer",     "-f lavfi -i testsrc2=s=160x120:r=25:d=8 -f lavfi -i sine=d=2 -c:v mpeg4 -c:a pcm_s16le",                2,    8,      200},
-    {"one picture, much sound",    "-f lavfi -i testsrc2=s=160x120:r=25:d=0.04 -f lavfi -i sine=d=400 -c:v mpeg4 -c:a pcm_s16le",           400,  0.04,   1},
+    // why                         source                                                                                                   audio video frames
+    {"audio goes on longer",       "-f lavfi -i testsrc2=s=160x120:r=25:d=2 -f lavfi -i sine=d=8 -c:v mpeg4 -c:a pcm_s16le",                8,    2,      50},
+    {"video goes on longer",       "-f lavfi -i testsrc2=s=160x120:r=25:d=8 -f lavfi -i sine=d=2 -c:v mpeg4 -c:a pcm_s16le",                2,    8,      200},
+    {"one frame, much audio",    "-f lavfi -i testsrc2=s=160x120:r=25:d=0.04 -f lavfi -i sine=d=400 -c:v mpeg4 -c:a pcm_s16le",           400,  0.04,   1},
 };
 // clang-format on
 
@@ -105,21 +105,21 @@ TEST(Timing, StreamsEndEachByItself) {
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
         const clips::Contents contents = clips::Decode(plan.FilePath());
-        EXPECT_EQ(contents.pictures.size(), row.frames);
-        EXPECT_NEAR(contents.duration, std::max(row.sound, row.picture), 0.05);
-        EXPECT_NEAR(static_cast<double>(contents.sound.size()) / 44100, row.sound, 0.1);
+        EXPECT_EQ(contents.frames.size(), row.frames);
+        EXPECT_NEAR(contents.duration, std::max(row.audio, row.video), 0.05);
+        EXPECT_NEAR(static_cast<double>(contents.audio.size()) / 44100, row.audio, 0.1);
     }
 }
 
-TEST(Timing, SoundAndPictureOfTwoFiles) {
+TEST(Timing, AudioAndVideoOfTwoFiles) {
     const clips::Folder folder;
     const std::string both = FlashAndClick(folder, "-c:v mpeg4 -g 10 -c:a pcm_s16le", "a.avi");
-    const std::string sound = clips::Make("-i " + both + " -vn", folder.Path("sound.wav"));
-    const std::string picture =
-        clips::Make("-i " + both + " -an -c:v copy", folder.Path("picture.avi"));
+    const std::string audio = clips::Make("-i " + both + " -vn", folder.Path("audio.wav"));
+    const std::string video =
+        clips::Make("-i " + both + " -an -c:v copy", folder.Path("video.avi"));
     EncodePlan plan = session::Plan(folder.Path("out.wmv"));
-    plan.audio = session::Audio(sound);
-    plan.video = session::Video(picture);
+    plan.audio = session::Audio(audio);
+    plan.video = session::Video(video);
     session::Run(plan);
     const clips::Contents contents = clips::Decode(plan.FilePath());
     const std::vector<double> flashes = clips::Flashes(contents);
@@ -129,8 +129,8 @@ TEST(Timing, SoundAndPictureOfTwoFiles) {
     for (std::size_t i = 0; i < 5; ++i) EXPECT_NEAR(clicks[i], flashes[i], 0.010);
 }
 
-// A hole in the sound is silence of its length, not sound that moves up.
-TEST(Timing, AGapInTheSoundIsKept) {
+// A hole in the audio is silence of its length, not audio that moves up.
+TEST(Timing, AGapInTheAudioIsKept) {
     const clips::Folder folder;
     const std::string source = clips::Make(
         "-f lavfi -i \"aevalsrc='if(lt(mod(t,2),0.002),0.9,0)':s=44100:d=9\" -af "
@@ -161,7 +161,7 @@ TEST(Timing, AStillPictureLastsToItsMark) {
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
         const clips::Contents contents = clips::Decode(plan.FilePath());
-        EXPECT_EQ(contents.pictures.size(), 24U);
+        EXPECT_EQ(contents.frames.size(), 24U);
         EXPECT_NEAR(contents.duration, 2.35, 0.001);
     }
 }
@@ -196,13 +196,12 @@ TEST(Timing, OnlyTelecinedFilmIsRestored) {
             session::Run(plan);
             const clips::Contents contents = clips::Decode(plan.FilePath());
             const std::size_t frames = restore ? row.frames_with : row.frames_without;
-            ASSERT_NEAR(static_cast<double>(contents.pictures.size()), static_cast<double>(frames),
+            ASSERT_NEAR(static_cast<double>(contents.frames.size()), static_cast<double>(frames),
                         1);
             EXPECT_NEAR(contents.duration, 5.0, 0.05);
             const double interval = 5.0 / static_cast<double>(frames);
-            for (std::size_t i = 12; i + 12 < contents.pictures.size(); ++i)
-                EXPECT_NEAR(contents.pictures[i].time - contents.pictures[i - 1].time, interval,
-                            0.003);
+            for (std::size_t i = 12; i + 12 < contents.frames.size(); ++i)
+                EXPECT_NEAR(contents.frames[i].time - contents.frames[i - 1].time, interval, 0.003);
         }
     }
 }

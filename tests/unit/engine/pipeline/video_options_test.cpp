@@ -1,4 +1,4 @@
-// What the picture options make of a picture, measured against pictures that ffmpeg made.
+// What the video options make of frames, measured against those that ffmpeg made.
 #include <gtest/gtest.h>
 
 #include "support/clips.h"
@@ -12,7 +12,7 @@ double LumaPsnr(const std::string& file, const std::string& reference, const std
     return clips::Psnr(file, reference, filter, "gray");
 }
 
-// The source's whole picture, uncompressed.
+// The source's whole frame, uncompressed.
 VideoPlan Uncompressed(const std::string& source) {
     VideoPlan video = session::Video(source);
     video.codec = &session::VideoCodec("rawvideo");
@@ -36,7 +36,7 @@ const ClipCase kClipCases[] = {
     {"odd ones",                 "a.avi",   "-c:v ffv1",                            {11, 30, 7, 14}, 279, 219, "crop=279:219:11:7:exact=1"},
     {"one",                      "a.avi",   "-c:v ffv1",                            {0, 0, 0, 20},   320, 220, "crop=320:220:0:0"},
     {"before the scaling",       "a.avi",   "-c:v ffv1",                            {10, 30, 6, 14}, 140, 110, "crop=280:220:10:6,scale=140:110:flags=bicubic"},
-    {"of the upright picture",   "t.mp4",   "-c:v mpeg4 -q:v 2",                    {10, 30, 6, 14}, 200, 300, "crop=200:300:10:6"},
+    {"of the upright frame",   "t.mp4",   "-c:v mpeg4 -q:v 2",                    {10, 30, 6, 14}, 200, 300, "crop=200:300:10:6"},
 };
 // clang-format on
 
@@ -57,7 +57,7 @@ TEST(VideoOptions, MarginsAreCutOff) {
         plan.video->height = row.height;
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-        EXPECT_EQ(clips::Decode(plan.FilePath()).pictures.size(), 5U);
+        EXPECT_EQ(clips::Decode(plan.FilePath()).frames.size(), 5U);
         EXPECT_GT(LumaPsnr(plan.FilePath(), source, row.same), 40);
     }
 }
@@ -65,7 +65,7 @@ TEST(VideoOptions, MarginsAreCutOff) {
 struct FieldCase {
     const char* why;
     const char* name;
-    const char* made;  // of 50 pictures a second
+    const char* made;  // of 50 frames a second
     bool progressive = false;
 };
 
@@ -81,7 +81,7 @@ const FieldCase kFieldCases[] = {
 };
 // clang-format on
 
-TEST(VideoOptions, FieldsBecomeThePicturesOfTheirTime) {
+TEST(VideoOptions, FieldsBecomeTheFramesOfTheirTime) {
     const clips::Folder folder;
     for (const FieldCase& row : kFieldCases) {
         SCOPED_TRACE(row.why);
@@ -99,10 +99,10 @@ TEST(VideoOptions, FieldsBecomeThePicturesOfTheirTime) {
             const session::Outcome outcome = session::Run(plan);
             EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
             const clips::Contents contents = clips::Decode(plan.FilePath());
-            ASSERT_EQ(contents.pictures.size(), 25U);
+            ASSERT_EQ(contents.frames.size(), 25U);
             EXPECT_EQ(contents.height, 120);
             for (std::size_t i = 0; i < 25; ++i)
-                EXPECT_NEAR(contents.pictures[i].time, static_cast<double>(i) / 25, 0.002);
+                EXPECT_NEAR(contents.frames[i].time, static_cast<double>(i) / 25, 0.002);
             const double psnr = LumaPsnr(plan.FilePath(), whole, "null");
             if (deinterlace || row.progressive)
                 EXPECT_GT(psnr, 40);
@@ -170,7 +170,7 @@ TEST(VideoOptions, UncompressedPixelsAreReadAsTheyWereAskedFor) {
     }
 }
 
-TEST(VideoOptions, CodecsGetThePictureThroughTheAskedPixels) {
+TEST(VideoOptions, CodecsGetTheFrameThroughTheAskedPixels) {
     const clips::Folder folder;
     const std::string source = clips::Make(
         "-f lavfi -i testsrc2=s=160x120:r=25 -frames:v 3 -c:v ffv1", folder.Path("source.avi"));
@@ -189,7 +189,7 @@ TEST(VideoOptions, CodecsGetThePictureThroughTheAskedPixels) {
 struct InterlacedCase {
     const char* why;
     FieldCoding fields;
-    const char* source;  // of 50 pictures a second
+    const char* source;  // of 50 frames a second
     bool top_first;
 };
 
@@ -271,10 +271,10 @@ TEST(VideoOptions, FilmComesBackByItsPattern) {
         const session::Outcome outcome = session::Run(plan);
         EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
         const clips::Contents contents = clips::Decode(plan.FilePath());
-        ASSERT_EQ(contents.pictures.size(), static_cast<std::size_t>(row.film));
-        EXPECT_EQ(contents.pictures.front().time, 0);
-        for (std::size_t i = 2; i < contents.pictures.size(); ++i)
-            EXPECT_NEAR(contents.pictures[i].time - contents.pictures[i - 1].time, 1001.0 / 24000,
+        ASSERT_EQ(contents.frames.size(), static_cast<std::size_t>(row.film));
+        EXPECT_EQ(contents.frames.front().time, 0);
+        for (std::size_t i = 2; i < contents.frames.size(); ++i)
+            EXPECT_NEAR(contents.frames[i].time - contents.frames[i - 1].time, 1001.0 / 24000,
                         0.002);
         EXPECT_GT(
             LumaPsnr(plan.FilePath(), film, "trim=start_frame=" + std::to_string(row.film_skipped)),

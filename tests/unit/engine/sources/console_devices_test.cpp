@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "support/sound_server.h"
+#include "support/pulse_server.h"
 #include "support/x_server.h"
 
 namespace test_support {
@@ -83,7 +83,7 @@ TEST(ConsoleDevices, NumbersOfTheListingSelectTheSameDevices) {
     for (const ServerCase& each : kServerCases) {
         SCOPED_TRACE(each.why);
         const TempFolder folder;
-        const SoundServer server(folder, Sinks(folder) + each.defaults);
+        const PulseServer server(folder, Sinks(folder) + each.defaults);
         ASSERT_TRUE(server.Runs()) << "pulseaudio is needed, see packages.txt";
         const Environment environment = Private(folder);
 

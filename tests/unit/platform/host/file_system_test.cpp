@@ -5,9 +5,9 @@
 #include <fstream>
 #include <iterator>
 
-#include "platform/error.h"
 #include "platform/host/posix_file_system.h"
 #include "support/commands.h"
+#include "support/error_of.h"
 
 namespace {
 
@@ -16,6 +16,7 @@ using platform::OpenMode;
 using platform::host::LocaleText;
 using platform::host::PathNames;
 using platform::host::PosixFileSystem;
+using test_support::ErrorNumber;
 using testing::HasSubstr;
 using testing::UnorderedElementsAre;
 
@@ -30,16 +31,6 @@ class PosixFiles : public testing::Test {
     }
     PosixFileSystem With(const std::string& encoding) const {
         return {PathNames(folder_.path().string()), LocaleText(encoding)};
-    }
-    /// The number of the error that `step` throws; its text must name `name`. 0 without one.
-    static std::uint32_t Failure(const std::function<void()>& step, const std::string& name) {
-        try {
-            step();
-        } catch (const platform::Error& error) {
-            EXPECT_THAT(error.description(), HasSubstr(name));
-            return error.unsigned_number();
-        }
-        return 0;
     }
 
     test_support::TempFolder folder_;
@@ -75,20 +66,22 @@ TEST_F(PosixFiles, FailuresHavePublishedNumbersAndNames) {
     const auto open = [&](const std::string& name, OpenMode mode, bool create) {
         return [&files, name, mode, create] { files.OpenTextFile(name, mode, create); };
     };
-    EXPECT_EQ(Failure(open("C:\\no.weu", OpenMode::Reading, false), folder_ / "no.weu"),
+    EXPECT_EQ(ErrorNumber(open("C:\\no.weu", OpenMode::Reading, false), {folder_ / "no.weu"}),
               platform::kFileNotFound);
-    EXPECT_EQ(Failure(open("C:\\no\\a.weu", OpenMode::Writing, true), folder_ / "no/a.weu"),
+    EXPECT_EQ(ErrorNumber(open("C:\\no\\a.weu", OpenMode::Writing, true), {folder_ / "no/a.weu"}),
               platform::kPathNotFound);
-    EXPECT_EQ(Failure(open("C:\\file\\a", OpenMode::Reading, false), "file/a"),
+    EXPECT_EQ(ErrorNumber(open("C:\\file\\a", OpenMode::Reading, false), {"file/a"}),
               platform::kPathNotFound);
-    EXPECT_EQ(Failure(open("C:", OpenMode::Writing, true), folder_.path().string()),
+    EXPECT_EQ(ErrorNumber(open("C:", OpenMode::Writing, true), {folder_.path().string()}),
               platform::kAccessDenied);
-    EXPECT_EQ(Failure([&] { files.CreateFolder("C:\\file"); }, "file"), platform::kFileExists);
-    EXPECT_EQ(Failure([&] { files.CreateFolder("C:\\a\\b"); }, "a/b"), platform::kPathNotFound);
-    EXPECT_EQ(Failure([&] { files.GetFolder("C:\\none"); }, "none"), platform::kPathNotFound);
-    EXPECT_EQ(Failure([&] { files.GetFolder("C:\\file"); }, "file"), platform::kPathNotFound);
+    EXPECT_EQ(ErrorNumber([&] { files.CreateFolder("C:\\file"); }, {"file"}),
+              platform::kFileExists);
+    EXPECT_EQ(ErrorNumber([&] { files.CreateFolder("C:\\a\\b"); }, {"a/b"}),
+              platform::kPathNotFound);
+    EXPECT_EQ(ErrorNumber([&] { files.GetFolder("C:\\none"); }, {"none"}), platform::kPathNotFound);
+    EXPECT_EQ(ErrorNumber([&] { files.GetFolder("C:\\file"); }, {"file"}), platform::kPathNotFound);
     const auto full = files.OpenTextFile("/dev/full", OpenMode::Writing, false);
-    EXPECT_EQ(Failure([&] { full->Write("x"); }, "/dev/full"), platform::kDiskFull);
+    EXPECT_EQ(ErrorNumber([&] { full->Write("x"); }, {"/dev/full"}), platform::kDiskFull);
 }
 
 TEST_F(PosixFiles, PipesAreRefusedWithoutWaiting) {
@@ -96,7 +89,7 @@ TEST_F(PosixFiles, PipesAreRefusedWithoutWaiting) {
     const std::string pipe = folder_ / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     for (const OpenMode mode : {OpenMode::Reading, OpenMode::Writing})
-        EXPECT_EQ(Failure([&] { files.OpenTextFile(pipe, mode, true); }, pipe),
+        EXPECT_EQ(ErrorNumber([&] { files.OpenTextFile(pipe, mode, true); }, {pipe}),
                   platform::kInvalidArgument);
     Put("file", "x");
     EXPECT_TRUE(files.IsSpecialFile("C:\\pipe"));
@@ -127,9 +120,9 @@ TEST_F(PosixFiles, LinesEndEitherWayAndTheLastNeedsNone) {
 
     Put("empty.weu", "");
     const auto empty = files.OpenTextFile("C:empty.weu", OpenMode::Reading, false);
-    EXPECT_EQ(Failure([&] { empty->ReadLine(); }, "empty.weu"), platform::kInvalidData);
+    EXPECT_EQ(ErrorNumber([&] { empty->ReadLine(); }, {"empty.weu"}), platform::kInvalidData);
     const auto endless = files.OpenTextFile("/dev/zero", OpenMode::Reading, false);
-    EXPECT_EQ(Failure([&] { endless->ReadLine(); }, "/dev/zero"), platform::kInvalidData);
+    EXPECT_EQ(ErrorNumber([&] { endless->ReadLine(); }, {"/dev/zero"}), platform::kInvalidData);
 }
 
 TEST_F(PosixFiles, WritingReplacesTheContent) {

@@ -5,10 +5,10 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/error.h"
 #include "platform/host/media_info_reader.h"
 #include "platform/host/posix_shell.h"
 #include "support/commands.h"
+#include "support/error_of.h"
 
 namespace {
 
@@ -17,18 +17,9 @@ using platform::host::MediaInfoReader;
 using platform::host::PathNames;
 using platform::host::PosixShell;
 using platform::host::SplitCommand;
+using test_support::ErrorNumber;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-std::uint32_t Failure(const std::function<void()>& step, const std::string& name) {
-    try {
-        step();
-    } catch (const platform::Error& error) {
-        EXPECT_THAT(error.description(), HasSubstr(name));
-        return error.unsigned_number();
-    }
-    return 0;
-}
 
 TEST(Shell, QuotationMarksHoldBlanks) {
     EXPECT_THAT(SplitCommand("  viewer \"C:\\program files\\a.chm\" \"\" b\"c d\"e "),
@@ -53,12 +44,12 @@ TEST(Shell, WhatCannotBeStartedIsNamed) {
     const auto run = [&](const std::string& command) {
         return [&shell, command] { shell.Run(command, WindowStyle::ShownWithoutFocus, false); };
     };
-    EXPECT_EQ(Failure(run("C:\\Windows\\hh.exe \"C:\\a b.chm\""), "/nowhere/Windows/hh.exe"),
+    EXPECT_EQ(ErrorNumber(run("C:\\Windows\\hh.exe \"C:\\a b.chm\""), {"/nowhere/Windows/hh.exe"}),
               platform::kFileNotFound);
-    EXPECT_EQ(Failure(run("no-such-program-here"), "no-such-program-here"),
+    EXPECT_EQ(ErrorNumber(run("no-such-program-here"), {"no-such-program-here"}),
               platform::kFileNotFound);
-    EXPECT_EQ(Failure(run("/etc"), "/etc"), platform::kAccessDenied);
-    EXPECT_EQ(Failure(run("   "), "program"), platform::kInvalidArgument);
+    EXPECT_EQ(ErrorNumber(run("/etc"), {"/etc"}), platform::kAccessDenied);
+    EXPECT_EQ(ErrorNumber(run("   "), {"program"}), platform::kInvalidArgument);
 }
 
 class MediaInfoOfFiles : public testing::Test {
@@ -92,11 +83,11 @@ TEST_F(MediaInfoOfFiles, WhatIsNoMediaIsNamed) {
     std::ofstream(folder_ / "notes.txt") << "nothing to see\n";
     EXPECT_EQ(About("notes.txt").FrameRate(), 0);
     EXPECT_EQ(About("missing.avi").FrameRate(), 0);
-    EXPECT_EQ(Failure([&] { About("notes.txt").Description(); }, "notes.txt"),
+    EXPECT_EQ(ErrorNumber([&] { About("notes.txt").Description(); }, {"notes.txt"}),
               platform::kInvalidData);
-    EXPECT_EQ(Failure([&] { About("missing.avi").Description(); }, "missing.avi"),
+    EXPECT_EQ(ErrorNumber([&] { About("missing.avi").Description(); }, {"missing.avi"}),
               platform::kFileNotFound);
-    EXPECT_EQ(Failure([&] { About("").Description(); }, folder_.path().string()),
+    EXPECT_EQ(ErrorNumber([&] { About("").Description(); }, {folder_.path().string()}),
               platform::kInvalidData);
 }
 

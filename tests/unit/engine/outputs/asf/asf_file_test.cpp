@@ -14,23 +14,15 @@
 #include "engine/outputs/asf/packet_size.h"
 #include "engine/outputs/asf/part_name.h"
 #include "engine/outputs/asf/repair.h"
-#include "platform/error.h"
 #include "support/asf_reader.h"
 #include "support/commands.h"
+#include "support/error_of.h"
 #include "support/file_size_limit.h"
 
 namespace engine::asf {
 namespace {
 
-std::uint32_t ErrorOf(const std::function<void()>& step, const std::string& named) {
-    try {
-        step();
-    } catch (const platform::Error& error) {
-        EXPECT_THAT(error.description(), testing::HasSubstr(named));
-        return error.unsigned_number();
-    }
-    return 0;
-}
+using test_support::ErrorNumber;
 
 TEST(AsfFile, FinishedHeaderHoldsWhatWasWritten) {
     const clips::Scratch scratch;
@@ -74,7 +66,7 @@ TEST(AsfFile, RateThatNobodyStatedIsMeasured) {
     EXPECT_EQ(h.streams[0].average_bytes, 8005U) << "the decoder's set-up is not touched";
 }
 
-TEST(AsfFile, SoundOrPictureAlone) {
+TEST(AsfFile, AudioOrVideoAlone) {
     const clips::Clip both = clips::MadeUp(3000);
     for (const int kept : {0, 1}) {
         SCOPED_TRACE(kept);
@@ -200,14 +192,15 @@ TEST(AsfFile, NamesTheFileThatCannotBeMade) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.why);
         AsfFile sink(row.path);
-        EXPECT_EQ(ErrorOf([&] { sink.Begin(clips::MadeUp(0).header); }, row.path), row.number);
+        EXPECT_EQ(ErrorNumber([&] { sink.Begin(clips::MadeUp(0).header); }, {row.path}),
+                  row.number);
         sink.Finish();  // nothing to complete
     }
     clips::Clip clip = clips::MadeUp(0);
     clip.header.min_packet_bytes = 2000;
     clip.header.max_packet_bytes = 1000;
     AsfFile sink(scratch.Path("refused.wmv"));
-    EXPECT_EQ(ErrorOf([&] { sink.Begin(clip.header); }, "2000"), platform::kInvalidArgument);
+    EXPECT_EQ(ErrorNumber([&] { sink.Begin(clip.header); }, {"2000"}), platform::kInvalidArgument);
     EXPECT_FALSE(std::filesystem::exists(scratch.Path("refused.wmv")));
 }
 
@@ -245,12 +238,13 @@ TEST(AsfFile, FullDiskLeavesAWholePartAndWhatWasThere) {
         const FileSizeLimit disk(row.room);
         std::uint32_t failed = 0;
         for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i)
-            failed = ErrorOf([&] { sink.Write(clips::Coded(clip.frames[i])); }, path);
+            failed = ErrorNumber([&] { sink.Write(clips::Coded(clip.frames[i])); }, {path});
         EXPECT_EQ(failed, row.write);
         if (failed != 0) {
-            EXPECT_EQ(ErrorOf([&] { sink.Write(clips::Coded(clip.frames[0])); }, path), failed);
+            EXPECT_EQ(ErrorNumber([&] { sink.Write(clips::Coded(clip.frames[0])); }, {path}),
+                      failed);
         }
-        EXPECT_EQ(ErrorOf([&] { sink.Finish(); }, path), row.finish);
+        EXPECT_EQ(ErrorNumber([&] { sink.Finish(); }, {path}), row.finish);
         EXPECT_TRUE(asf_reader::FileBytes(path) == before) << "the older file is touched";
         const std::string part = path + ".part";
         EXPECT_EQ(std::filesystem::exists(part), row.packets > 0);
@@ -287,7 +281,7 @@ TEST(PartFile, TakesItsNameOnlyWhenItIsWhole) {
         clips::WriteAll(sink, clip);
         EXPECT_TRUE(asf_reader::FileBytes(path) == older);
         AsfFile second(path);
-        EXPECT_EQ(ErrorOf([&] { second.Begin(clip.header); }, path), platform::kBusy);
+        EXPECT_EQ(ErrorNumber([&] { second.Begin(clip.header); }, {path}), platform::kBusy);
         sink.Finish();
         EXPECT_FALSE(fs::exists(part));
         EXPECT_EQ(asf_reader::ReadFile(path).header.play_duration / 10'000'000, 7U);
@@ -328,7 +322,7 @@ TEST(PartFile, ALinkLeadsToTheFileThatIsWritten) {
     }
     fs::create_symlink("circle.wmv", scratch.Path("circle.wmv"));
     AsfFile sink(scratch.Path("circle.wmv"));
-    EXPECT_EQ(ErrorOf([&] { sink.Begin(clip.header); }, "circle"), platform::kPathNotFound);
+    EXPECT_EQ(ErrorNumber([&] { sink.Begin(clip.header); }, {"circle"}), platform::kPathNotFound);
 }
 
 TEST(PartFile, WhatIsNoPartIsLeftAlone) {
@@ -358,7 +352,7 @@ TEST(PartFile, WhatIsNoPartIsLeftAlone) {
         const std::uintmax_t size = type == fs::file_type::regular ? fs::file_size(part) : 0;
         {
             AsfFile sink(path);
-            EXPECT_EQ(ErrorOf([&] { sink.Begin(clip.header); }, part), platform::kFileExists);
+            EXPECT_EQ(ErrorNumber([&] { sink.Begin(clip.header); }, {part}), platform::kFileExists);
         }
         EXPECT_EQ(fs::symlink_status(part).type(), type);
         EXPECT_EQ(type == fs::file_type::regular ? fs::file_size(part) : 0, size);
@@ -373,7 +367,8 @@ TEST(PartFile, WhatIsNoPartIsLeftAlone) {
         ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
         const int reader = is_read ? open(path.c_str(), O_RDONLY | O_NONBLOCK) : -1;
         AsfFile sink(path);
-        EXPECT_EQ(ErrorOf([&] { sink.Begin(clip.header); }, "FIFO"), platform::kInvalidArgument);
+        EXPECT_EQ(ErrorNumber([&] { sink.Begin(clip.header); }, {"FIFO"}),
+                  platform::kInvalidArgument);
         if (is_read) close(reader);
     }
 }
@@ -410,9 +405,10 @@ TEST(PartFile, NothingForeignGetsTheName) {
             std::uint32_t failed = 0;
             for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i) {
                 if (i == (at_the_end ? clip.frames.size() - 1 : 50)) row.exchange(folder);
-                failed = ErrorOf([&] { sink.Write(clips::Coded(clip.frames[i])); }, "a.wmv.part");
+                failed =
+                    ErrorNumber([&] { sink.Write(clips::Coded(clip.frames[i])); }, {"a.wmv.part"});
             }
-            const std::uint32_t finished = ErrorOf([&] { sink.Finish(); }, "a.wmv.part");
+            const std::uint32_t finished = ErrorNumber([&] { sink.Finish(); }, {"a.wmv.part"});
             EXPECT_EQ(failed != 0 ? failed : finished, platform::kFileNotFound);
             EXPECT_FALSE(fs::exists(folder + "/a.wmv"));
             EXPECT_EQ(sink.RemainsText(), "");
@@ -433,7 +429,7 @@ TEST(PartFile, NamesOfEveryLength) {
         {
             AsfFile sink(path);
             if (length > 255) {
-                EXPECT_EQ(ErrorOf([&] { sink.Begin(clip.header); }, path),
+                EXPECT_EQ(ErrorNumber([&] { sink.Begin(clip.header); }, {path}),
                           platform::kInvalidArgument);
                 continue;
             }
@@ -466,9 +462,9 @@ TEST(PartFile, AFolderThatGoesAwayIsSaid) {
         for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i) {
             if (i == (at_the_end ? clip.frames.size() - 1 : 50))
                 std::filesystem::remove_all(scratch.Path("gone"));
-            failed = ErrorOf([&] { sink.Write(clips::Coded(clip.frames[i])); }, path);
+            failed = ErrorNumber([&] { sink.Write(clips::Coded(clip.frames[i])); }, {path});
         }
-        const std::uint32_t finished = ErrorOf([&] { sink.Finish(); }, path);
+        const std::uint32_t finished = ErrorNumber([&] { sink.Finish(); }, {path});
         EXPECT_EQ(failed != 0 ? failed : finished, platform::kPathNotFound);
         EXPECT_EQ(sink.RemainsText(), "");
     }

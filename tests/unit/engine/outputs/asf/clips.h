@@ -27,7 +27,7 @@ struct Scratch : test_support::TempFolder {
     std::string Path(const std::string& name) const { return *this / name; }
 };
 
-/// Sound (64 kbit/s) and pictures (300 kbit/s, 25 a second, a key frame every 2 s) of patterned
+/// Sound (64 kbit/s) and frames (300 kbit/s, 25 a second, a key frame every 2 s) of patterned
 /// bytes that no decoder would take.
 Clip MadeUp(int milliseconds);
 

@@ -19,11 +19,11 @@ std::string DecodedMd5(const std::string& path, const char* kind) {
     return clips::Ffmpeg(fmt::format("-i {} -map 0:{} -fps_mode passthrough -f md5 -", path, kind));
 }
 
-std::vector<clips::Frame> Pictures(const clips::Clip& clip) {
-    std::vector<clips::Frame> pictures;
+std::vector<clips::Frame> VideoFrames(const clips::Clip& clip) {
+    std::vector<clips::Frame> frames;
     for (const clips::Frame& frame : clip.frames)
-        if (frame.stream == 1) pictures.push_back(frame);
-    return pictures;
+        if (frame.stream == 1) frames.push_back(frame);
+    return frames;
 }
 
 struct CodecRow {
@@ -70,11 +70,11 @@ TEST_P(Codecs, SeekLandsOnTheKeyFrameBefore) {
     const clips::Clip clip = clips::Demux(source);
     const std::string path = scratch.Path("written.wmv");
     clips::WriteFile(path, clip, 1400);
-    const std::vector<clips::Frame> pictures = Pictures(clip);
+    const std::vector<clips::Frame> frames = VideoFrames(clip);
     for (int second = 0; second < 6; ++second) {
         SCOPED_TRACE(second);
-        const clips::Frame* expected = &pictures.front();
-        for (const clips::Frame& frame : pictures)
+        const clips::Frame* expected = &frames.front();
+        for (const clips::Frame& frame : frames)
             if (frame.key && frame.pts.Milliseconds() <= second * 1000) expected = &frame;
         std::vector<clips::ReadBack> read = clips::ReadWithLibavformat(path, second * 1000, 50);
         const auto first =
@@ -85,7 +85,7 @@ TEST_P(Codecs, SeekLandsOnTheKeyFrameBefore) {
     }
 }
 
-// When players show the pictures, in milliseconds.
+// When players show the frames, in milliseconds.
 std::vector<std::int64_t> ShownAt(const std::string& path) {
     std::istringstream lines(
         test_support::RunCommand({"ffprobe", "-v", "error", "-select_streams", "v", "-show_frames",
@@ -98,10 +98,10 @@ std::vector<std::int64_t> ShownAt(const std::string& path) {
     return times;
 }
 
-TEST(Reordered, PicturesAreShownAtTheirTimes) {
+TEST(Reordered, FramesAreShownAtTheirTimes) {
     const clips::Scratch scratch;
     const std::string source = scratch.Path("source.mkv");
-    // Uneven times: every seventh picture is missing.
+    // Uneven times: every seventh frame is missing.
     clips::Ffmpeg(fmt::format(
         "{} -vf \"select='mod(n,7)'\" -fps_mode vfr -c:v mpeg4 -bf 2 -g 24 {}", kVideo, source));
     clips::Clip clip = clips::Demux(source);

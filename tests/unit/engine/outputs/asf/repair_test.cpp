@@ -12,9 +12,9 @@
 #include "engine/outputs/asf/asf_file.h"
 #include "engine/outputs/asf/packet_reader.h"
 #include "engine/outputs/asf/repair.h"
-#include "platform/error.h"
 #include "support/asf_reader.h"
 #include "support/commands.h"
+#include "support/error_of.h"
 #include "support/file_size_limit.h"
 
 namespace engine::asf {
@@ -32,14 +32,8 @@ void WriteBytes(const std::string& path, const Bytes& bytes, std::size_t count) 
 }
 
 /// 0 when it is repaired.
-std::uint32_t ErrorOf(const std::string& path, const std::string& named) {
-    try {
-        Repair(path);
-    } catch (const platform::Error& error) {
-        EXPECT_THAT(error.description(), HasSubstr(named));
-        return error.unsigned_number();
-    }
-    return 0;
+std::uint32_t RepairError(const std::string& path, const std::string& named) {
+    return test_support::ErrorNumber([&] { Repair(path); }, {named});
 }
 
 void ExpectUntouched(const std::string& path, const Bytes& before) {
@@ -74,7 +68,7 @@ void ExpectRepaired(const std::string& path, const Bytes& data_of_cut) {
     std::size_t packets = 0;
     for (const asf_reader::MediaObject& object : cut.objects)
         packets = std::max(packets, object.last_packet + 1);
-    ASSERT_EQ(ErrorOf(path, ""), 0U);
+    ASSERT_EQ(RepairError(path, ""), 0U);
     EXPECT_FALSE(fs::exists(path + ".repair"));
     const asf_reader::File file = asf_reader::ReadFile(path);  // checks all sizes and counts
     EXPECT_EQ(file.header.flags, 2U);
@@ -171,17 +165,17 @@ TEST(Repair, WhatItCannotSaveStaysAsItIs) {
         SCOPED_TRACE(row.why);
         WriteBytes(path, row.bytes, row.length);
         const Bytes before = asf_reader::FileBytes(path);
-        EXPECT_EQ(ErrorOf(path, row.said), row.number);
-        EXPECT_EQ(ErrorOf(path, path), row.number);
+        EXPECT_EQ(RepairError(path, row.said), row.number);
+        EXPECT_EQ(RepairError(path, path), row.number);
         ExpectUntouched(path, before);
     }
-    EXPECT_EQ(ErrorOf(scratch.Path("absent.wmv"), "absent"), platform::kFileNotFound);
-    EXPECT_EQ(ErrorOf(scratch.Path("."), "no file"), platform::kInvalidArgument);
+    EXPECT_EQ(RepairError(scratch.Path("absent.wmv"), "absent"), platform::kFileNotFound);
+    EXPECT_EQ(RepairError(scratch.Path("."), "no file"), platform::kInvalidArgument);
 
     WriteBytes(path, written.recording, written.recording.size());
     {
         const FileSizeLimit disk(written.data + 2 * kPacketBytes);
-        EXPECT_EQ(ErrorOf(path, path), platform::kDiskFull);
+        EXPECT_EQ(RepairError(path, path), platform::kDiskFull);
     }
     ExpectUntouched(path, written.recording);
 }
@@ -193,12 +187,12 @@ TEST(Repair, OnlyAFileItselfIsRepaired) {
     const std::string link = scratch.Path("link.wmv.part");
     WriteBytes(file, written.recording, written.recording.size());
     fs::create_symlink(file, link);
-    EXPECT_EQ(ErrorOf(link, "symbolic link"), platform::kInvalidArgument);
+    EXPECT_EQ(RepairError(link, "symbolic link"), platform::kInvalidArgument);
     EXPECT_TRUE(fs::is_symlink(link));
     ExpectUntouched(file, written.recording);
     const std::string fifo = scratch.Path("fifo.wmv.part");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    EXPECT_EQ(ErrorOf(fifo, "no file"), platform::kInvalidArgument);
+    EXPECT_EQ(RepairError(fifo, "no file"), platform::kInvalidArgument);
 }
 
 TEST(Repair, WhatHasTheNameOfTheCopyStays) {
@@ -210,7 +204,7 @@ TEST(Repair, WhatHasTheNameOfTheCopyStays) {
     fs::create_symlink(scratch.Path("nothing"), part + "-1.repair");
     WriteBytes(part, written.recording, written.recording.size());
     fs::permissions(part, fs::perms(0640));
-    EXPECT_EQ(ErrorOf(part, ""), 0U);
+    EXPECT_EQ(RepairError(part, ""), 0U);
     EXPECT_EQ(asf_reader::ReadFile(scratch.Path("x.wmv")).header.flags, 2U);
     EXPECT_EQ(fs::status(scratch.Path("x.wmv")).permissions(), fs::perms(0640));
     EXPECT_TRUE(asf_reader::FileBytes(part + ".repair") == older);
@@ -224,7 +218,7 @@ TEST(Repair, NamesOfEveryLength) {
     for (std::size_t length = 244; length <= 255; ++length) {
         const std::string path = scratch.Path(std::string(length - 4, 'n') + ".wmv");
         WriteBytes(path, written.recording, written.recording.size());
-        EXPECT_EQ(ErrorOf(path, ""), 0U) << length;
+        EXPECT_EQ(RepairError(path, ""), 0U) << length;
         EXPECT_EQ(asf_reader::ReadFile(path).header.flags, 2U);
     }
 }
@@ -264,7 +258,7 @@ TEST(Repair, APartTakesItsNameWhenThatIsFree) {
     }
     AsfFile running(path);
     clips::WriteAll(running, clips::MadeUp(1000));
-    EXPECT_EQ(ErrorOf(part, part), platform::kBusy);
+    EXPECT_EQ(RepairError(part, part), platform::kBusy);
 }
 
 TEST(Repair, DamagedPacketsAreLeftOutAndTheRestIsKept) {
@@ -307,7 +301,7 @@ TEST(Repair, TimesThatLeapAreNoLength) {
         EXPECT_NEAR(static_cast<double>(header.play_duration) / 1e7, 11.0, 0.3);
     }
 
-    // Pictures that really lie apart are kept.
+    // Frames that really lie apart are kept.
     clips::Clip slides = clips::MadeUp(6000);
     slides.header.min_packet_bytes = slides.header.max_packet_bytes = kPacketBytes;
     for (clips::Frame& frame : slides.frames)
@@ -357,7 +351,7 @@ TEST(Repair, ADamagedDescriptionOfAStreamIsRefused) {
         ASSERT_NE(kind, bytes.end());
         kind[row.place] ^= row.flipped;
         WriteBytes(path, bytes, bytes.size());
-        EXPECT_EQ(ErrorOf(path, row.said), platform::kInvalidData);
+        EXPECT_EQ(RepairError(path, row.said), platform::kInvalidData);
         ExpectUntouched(path, bytes);
     }
 }
@@ -395,7 +389,7 @@ TEST(Repair, FilesOfAnotherWriter) {
         WriteBytes(path, bytes,
                    static_cast<std::size_t>(static_cast<double>(bytes.size()) * row.kept));
         const std::vector<clips::ReadBack> before = clips::ReadWithLibavformat(path);
-        ASSERT_EQ(ErrorOf(path, ""), 0U);
+        ASSERT_EQ(RepairError(path, ""), 0U);
         const std::vector<clips::ReadBack> after = clips::ReadWithLibavformat(path);
         EXPECT_EQ(test_support::DecodeMessages(path), "");
         // The reader may still find frames in the packet that is cut; no others may be missing.

@@ -4,14 +4,14 @@
 #include <cstring>
 #include <fstream>
 
-#include "platform/error.h"
-#include "support/sound_server.h"
+#include "support/error_of.h"
+#include "support/pulse_server.h"
 #include "unit/engine/sources/audio/reading.h"
 
 namespace engine {
 namespace {
 
-using test_support::SoundServer;
+using test_support::PulseServer;
 using test_support::TempFolder;
 using testing::HasSubstr;
 
@@ -74,20 +74,14 @@ TEST_F(AlsaAudioSource, AFormatThatFramesLackIsConverted) {
 }
 
 TEST_F(AlsaAudioSource, WhatCannotBeOpenedIsNamed) {
-    for (const char* device : {"gone", "unheard_of"}) {
-        try {
-            OpenAlsaAudio(device, frames_);
-            ADD_FAILURE() << device;
-        } catch (const platform::Error& error) {
-            EXPECT_THAT(error.description(), HasSubstr("the sound device " + std::string(device) +
-                                                       ": there is no such device now"));
-        }
-    }
+    for (const std::string device : {"gone", "unheard_of"})
+        EXPECT_THAT(test_support::ErrorOf([&] { OpenAlsaAudio(device, frames_); }).description(),
+                    HasSubstr("the sound device " + device + ": there is no such device now"));
 }
 
 TEST_F(AlsaAudioSource, WakeEndsAReadThatWaits) {
     // Nobody writes to the pipe, so no sound ever comes.
-    const SoundServer server(folder_, "load-module module-pipe-source source_name=mic file=" +
+    const PulseServer server(folder_, "load-module module-pipe-source source_name=mic file=" +
                                           (folder_ / "mic.pipe") + "\n");
     ASSERT_TRUE(server.Runs()) << "pulseaudio is needed, see packages.txt";
     setenv("PULSE_SERVER", server.Address().c_str(), 1);

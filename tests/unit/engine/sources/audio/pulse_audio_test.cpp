@@ -8,16 +8,17 @@
 #include <random>
 #include <span>
 
-#include "platform/error.h"
 #include "support/beep_player.h"
-#include "support/sound_server.h"
+#include "support/error_of.h"
+#include "support/pulse_server.h"
 #include "unit/engine/sources/audio/reading.h"
 
 namespace engine {
 namespace {
 
 using test_support::BackgroundCommand;
-using test_support::SoundServer;
+using test_support::ErrorOf;
+using test_support::PulseServer;
 using test_support::TempFolder;
 using testing::HasSubstr;
 
@@ -37,22 +38,13 @@ class PulseAudioSource : public testing::Test {
     ~PulseAudioSource() override { unsetenv("PULSE_SERVER"); }
 
     const TempFolder folder_;
-    std::optional<SoundServer> server_;
+    std::optional<PulseServer> server_;
     FramePool frames_;
 };
 
 std::string NullSink(const std::string& arguments = "") {
     return "load-module module-null-sink sink_name=n1 sink_properties=device.description=Hall " +
            arguments + "\n";
-}
-
-std::string ErrorOf(const std::function<void()>& step) {
-    try {
-        step();
-    } catch (const platform::Error& error) {
-        return error.description();
-    }
-    return "none";
 }
 
 struct FormatCase {
@@ -232,16 +224,16 @@ TEST_F(PulseAudioSource, TheDefaultIsWhatTheServerCallsSo) {
 TEST_F(PulseAudioSource, ADeviceThatGoesIsNamedWithWhatHappened) {
     struct Case {
         const char* why;
-        std::function<void(SoundServer&)> go;
+        std::function<void(PulseServer&)> go;
         const char* reason;
     };
     const Case cases[] = {
         {"unplugged while another is there to go on with",
-         [](SoundServer& server) {
+         [](PulseServer& server) {
              server.Control({"unload-module", "module-null-sink"});
          },
          "it was removed, or the sound server took it away"},
-        {"the server crashes", [](SoundServer& server) { server.Kill(); },
+        {"the server crashes", [](PulseServer& server) { server.Kill(); },
          "the sound server ended or closed the connection"},
     };
     for (const Case& each : cases) {
@@ -258,18 +250,18 @@ TEST_F(PulseAudioSource, ADeviceThatGoesIsNamedWithWhatHappened) {
         const std::string expected =
             "The sound device Monitor of Hall cannot be recorded any more: " +
             std::string(each.reason) + ".";
-        EXPECT_EQ(ErrorOf(read_on), expected);
-        EXPECT_EQ(ErrorOf(read_on), expected) << "it stays gone";
+        EXPECT_EQ(ErrorOf(read_on).description(), expected);
+        EXPECT_EQ(ErrorOf(read_on).description(), expected) << "it stays gone";
     }
 }
 
 TEST_F(PulseAudioSource, WhatCannotBeOpenedIsNamed) {
     setenv("PULSE_SERVER", "unix:/nonexistent", 1);
-    EXPECT_THAT(ErrorOf([&] { OpenPulseAudio("", frames_); }),
+    EXPECT_THAT(ErrorOf([&] { OpenPulseAudio("", frames_); }).description(),
                 HasSubstr("the sound device that is the default: the sound server cannot be "
                           "reached (Connection refused)"));
     Serve(NullSink());
-    EXPECT_THAT(ErrorOf([&] { OpenPulseAudio("mic", frames_); }),
+    EXPECT_THAT(ErrorOf([&] { OpenPulseAudio("mic", frames_); }).description(),
                 HasSubstr("the sound device mic: there is no such device now"));
 }
 

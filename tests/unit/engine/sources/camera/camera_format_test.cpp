@@ -62,7 +62,7 @@ class Offers : public CameraOffers {
     std::vector<Offer> offers_;
 };
 
-// A usual webcam: raw pictures are slow where they are large.
+// A usual webcam: raw frames are slow where they are large.
 const std::vector<Offer> kWebcam = {
     Of(kJpeg, 640, 480, {30, 15}), Of(kJpeg, 1280, 720, {30}),    Of(kJpeg, 1920, 1080, {30, 5}),
     Of(kYuyv, 320, 180, {30}),     Of(kYuyv, 640, 360, {30, 24}), Of(kYuyv, 640, 480, {30, 15}),
@@ -81,8 +81,8 @@ struct Case {
 TEST(CameraFormat, SuitsTheRequestBest) {
     // clang-format off
     const Case cases[] = {
-        {"raw pictures of the size", kWebcam, {640, 480, 30'000}, {kYuyv, 640, 480, Every(30)}},
-        {"JPEG pictures where raw ones are slow", kWebcam, {1280, 720, 30'000}, {kJpeg, 1280, 720, Every(30)}},
+        {"raw frames of the size", kWebcam, {640, 480, 30'000}, {kYuyv, 640, 480, Every(30)}},
+        {"JPEG frames where raw ones are slow", kWebcam, {1280, 720, 30'000}, {kJpeg, 1280, 720, Every(30)}},
         {"raw ones where slow is enough", kWebcam, {1280, 720, 10'000}, {kYuyv, 1280, 720, Every(10)}},
         {"the next rate above", kWebcam, {640, 360, 20'000}, {kYuyv, 640, 360, Every(24)}},
         {"a smaller size scaled from one of its shape", kWebcam, {320, 240, 30'000}, {kYuyv, 640, 480, Every(30)}},

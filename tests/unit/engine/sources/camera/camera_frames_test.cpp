@@ -1,4 +1,4 @@
-// What becomes of a camera's bytes, against pictures that ffmpeg made of the same source.
+// What becomes of a camera's bytes, against frames that ffmpeg made of the same source.
 #include "engine/sources/camera/camera_frames.h"
 
 #include <gtest/gtest.h>
@@ -24,8 +24,8 @@ constexpr int kHeight = 34;
 
 class CameraFrames : public testing::Test {
   protected:
-    // The test picture in a pixel format, rows without gaps; "mjpeg" as a JPEG file.
-    Bytes Picture(const std::string& pixels) const {
+    // The test pattern in a pixel format, rows without gaps; "mjpeg" as a JPEG file.
+    Bytes Pattern(const std::string& pixels) const {
         const std::string file = folder_ / pixels;
         std::vector<std::string> words = {
             "-f",
@@ -69,7 +69,7 @@ class CameraFrames : public testing::Test {
     FramePool frames_;
 };
 
-// A driver's rows are longer than the picture is wide: put the gaps in, in every plane.
+// A driver's rows are longer than the frame is wide: put the gaps in, in every plane.
 Bytes WithGaps(const Bytes& dense, const std::vector<std::array<std::size_t, 3>>& planes) {
     Bytes bytes;
     auto from = dense.begin();
@@ -105,16 +105,16 @@ TEST_F(CameraFrames, RawOnesKeepEveryPixel) {
     // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.ffmpeg);
-        const Bytes dense = Picture(c.ffmpeg);
+        const Bytes dense = Pattern(c.ffmpeg);
         Bytes memory = WithGaps(dense, c.planes);
-        const auto pictures = MakeCameraFrameMaker(Layout(c.code, c.stride), frames_);
-        const FrameHandle frame = pictures->Make(memory);
+        const auto maker = MakeCameraFrameMaker(Layout(c.code, c.stride), frames_);
+        const FrameHandle frame = maker->Make(memory);
         ASSERT_TRUE(frame);
-        std::fill(memory.begin(), memory.end(), std::uint8_t{0});  // the driver's next picture
+        std::fill(memory.begin(), memory.end(), std::uint8_t{0});  // the driver's next frame
         EXPECT_EQ(frame->format, c.format);
         EXPECT_EQ(BytesOf(*frame), dense);
         memory.pop_back();
-        EXPECT_FALSE(pictures->Make(memory)) << "a byte is missing";
+        EXPECT_FALSE(maker->Make(memory)) << "a byte is missing";
     }
 }
 
@@ -127,7 +127,7 @@ TEST_F(CameraFrames, OfEveryFormatCanBeScaled) {
 }
 
 TEST_F(CameraFrames, YV12HasItsColoursTheOtherWayRound) {
-    const Bytes dense = Picture("yuv420p");
+    const Bytes dense = Pattern("yuv420p");
     Bytes swapped(dense.begin(), dense.begin() + kWidth * kHeight);
     const auto blue = dense.begin() + kWidth * kHeight;
     const auto red = blue + 31 * 17;
@@ -171,12 +171,12 @@ TEST_F(CameraFrames, SayHowTheirColoursAreCoded) {
 }
 
 TEST_F(CameraFrames, JpegOnesAreDecodedInTheirRange) {
-    const auto pictures = MakeCameraFrameMaker(Layout(V4L2_PIX_FMT_MJPEG, 0), frames_);
-    const FrameHandle frame = pictures->Make(Picture("mjpeg"));
+    const auto maker = MakeCameraFrameMaker(Layout(V4L2_PIX_FMT_MJPEG, 0), frames_);
+    const FrameHandle frame = maker->Make(Pattern("mjpeg"));
     ASSERT_TRUE(frame);
     EXPECT_EQ(frame->format, AV_PIX_FMT_YUV422P);
     EXPECT_EQ(frame->color_range, AVCOL_RANGE_JPEG);
-    const Bytes expected = Picture("yuvj422p");
+    const Bytes expected = Pattern("yuvj422p");
     const Bytes decoded = BytesOf(*frame);
     ASSERT_EQ(decoded.size(), expected.size());
     double difference = 0;
@@ -186,17 +186,17 @@ TEST_F(CameraFrames, JpegOnesAreDecodedInTheirRange) {
 }
 
 TEST_F(CameraFrames, BrokenJpegOnesArePassedOverUnlessAllAre) {
-    const Bytes whole = Picture("mjpeg");
+    const Bytes whole = Pattern("mjpeg");
     const Bytes half(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(whole.size() / 2));
-    const auto pictures = MakeCameraFrameMaker(Layout(V4L2_PIX_FMT_MJPEG, 0), frames_);
+    const auto maker = MakeCameraFrameMaker(Layout(V4L2_PIX_FMT_MJPEG, 0), frames_);
     for (const Bytes& broken : {half, Bytes(1000, 0x55), Bytes()}) {
-        EXPECT_FALSE(pictures->Make(broken));
-        const FrameHandle next = pictures->Make(whole);
+        EXPECT_FALSE(maker->Make(broken));
+        const FrameHandle next = maker->Make(whole);
         ASSERT_TRUE(next);
         EXPECT_EQ(next->width, kWidth);
     }
     FrameHandle forgiven;
-    for (int i = 0; i < 100 && !forgiven; ++i) forgiven = pictures->Make(half);
+    for (int i = 0; i < 100 && !forgiven; ++i) forgiven = maker->Make(half);
     EXPECT_TRUE(forgiven);
 }
 

@@ -10,7 +10,7 @@ TEST(FramePacer, GivesWhatTheRateHasRoomForAndTheLastOneAgain) {
     struct Case {
         const char* why;
         std::vector<std::int64_t> seen;      // milliseconds
-        std::vector<std::int64_t> expected;  // times of the pictures within 2.2 seconds
+        std::vector<std::int64_t> expected;  // times of the frames within 2.2 seconds
     };
     const Case cases[] = {
         {"nothing before the first", {}, {}},
@@ -121,7 +121,7 @@ TEST(ScreenFormats, RowsAreTakenOnlyWhereTheyAre) {
         {"a byte too few", 4 * 8 * 3 - 1, 0, 32, {}},
         {"starts too late", 4 * 8 * 3, 1, 32, {}},
         {"starts behind the end", 8, 100, 32, {}},
-        {"rows shorter than the picture", 1000, 0, 28, {}},
+        {"rows shorter than the frame", 1000, 0, 28, {}},
         {"upside down", 1000, 0, -32, {}},
     };
     for (const Case& c : cases) {

@@ -1,8 +1,8 @@
-// What names a part of a screen, how large it is, and how changed parts of pictures are joined.
+// What names a part of a screen, how large it is, and how changed parts of frames are joined.
 #include "engine/sources/screen/named_area.h"
 
 #include "engine/sources/screen/damage_boxes.h"
-#include "platform/error.h"
+#include "support/error_of.h"
 #include "support/x_server.h"
 #include "unit/engine/sources/screen/painter.h"
 
@@ -10,17 +10,9 @@ namespace engine {
 namespace {
 
 using Kind = ScreenArea::Kind;
+using test_support::ErrorOf;
 using test_support::Painter;
 using test_support::XServer;
-
-std::string ErrorOf(const std::function<void()>& act) {
-    try {
-        act();
-    } catch (const platform::Error& error) {
-        return error.description();
-    }
-    return "no error";
-}
 
 TEST(ScreenAreas, AreNamedByTexts) {
     struct Case {
@@ -42,7 +34,7 @@ TEST(ScreenAreas, AreNamedByTexts) {
           "region:640x480+1+-2", "region:640x480-1+2", "region:0x480+1+2", "region:1x480+1+2",
           "region:640x480+1+2 ", "region:640x480+1+99999999999", "monitor:", "monitor:-1",
           "monitor:1x", "monitor:left", "window:", "windows:a", "Region:640x480+10+20"})
-        EXPECT_THAT(ErrorOf([&] { ParseScreenArea(text); }),
+        EXPECT_THAT(ErrorOf([&] { ParseScreenArea(text); }).description(),
                     testing::HasSubstr("region:WxH+X+Y, monitor:N or window:TITLE"))
             << text;
 }
@@ -51,7 +43,9 @@ TEST(ScreenAreas, AreTheDevicesOfTheList) {
     EXPECT_TRUE(AreaOfDevice("x11") == ScreenArea{});
     EXPECT_TRUE(AreaOfDevice("x11:monitor:DP-1") == (ScreenArea{Kind::Monitor, {}, 0, "DP-1"}));
     for (const char* id : {"portal", "x11:", "x11:monitor:", "/dev/video0"})
-        EXPECT_THAT(ErrorOf([&] { AreaOfDevice(id); }), testing::HasSubstr("-devices")) << id;
+        EXPECT_THAT(ErrorOf([&] { AreaOfDevice(id); }).description(),
+                    testing::HasSubstr("-devices"))
+            << id;
 }
 
 TEST(ScreenAreas, HaveTheSizeThatTheyHaveOnTheScreen) {
@@ -101,14 +95,16 @@ TEST(ScreenAreas, HaveTheSizeThatTheyHaveOnTheScreen) {
          "No open window has the title \"notes\": minimised ones cannot be recorded"},
     };
     for (const Refusal& each : refusals)
-        EXPECT_EQ(ErrorOf([&] { SizeNow(ParseScreenArea(each.text)); }), each.error);
-    EXPECT_EQ(ErrorOf([] { SizeNow(AreaOfDevice("x11:monitor:up")); }),
+        EXPECT_EQ(ErrorOf([&] { SizeNow(ParseScreenArea(each.text)); }).description(), each.error);
+    EXPECT_EQ(ErrorOf([] { SizeNow(AreaOfDevice("x11:monitor:up")); }).description(),
               "There is no monitor up: -devices lists those that there are");
 
     setenv("DISPLAY", "", 1);
-    EXPECT_THAT(ErrorOf([] { SizeNow({}); }), testing::HasSubstr("DISPLAY is not set"));
+    EXPECT_THAT(ErrorOf([] { SizeNow({}); }).description(),
+                testing::HasSubstr("DISPLAY is not set"));
     setenv("DISPLAY", (server.display() + "99").c_str(), 1);
-    EXPECT_THAT(ErrorOf([] { SizeNow({}); }), testing::HasSubstr("no X server answers at"));
+    EXPECT_THAT(ErrorOf([] { SizeNow({}); }).description(),
+                testing::HasSubstr("no X server answers at"));
 }
 
 TEST(DamageBoxes, AreFewAndCoverAllThatWasAdded) {

@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "engine/sources/screen/named_area.h"
-#include "platform/error.h"
+#include "support/error_of.h"
 #include "support/x_server.h"
 #include "unit/engine/sources/screen/painter.h"
 
@@ -15,6 +15,7 @@ namespace engine {
 namespace {
 
 using test_support::Canvas;
+using test_support::ErrorOf;
 using test_support::Painter;
 using test_support::XServer;
 
@@ -76,6 +77,15 @@ class Recording {
                 return frame;
             }
         }
+    }
+
+    // What ends the reading, in words.
+    std::string ErrorOfReading() const {
+        return ErrorOf([&] {
+                   for (FrameHandle frame; source->Read(frame);) {
+                   }
+               })
+            .description();
     }
 
     XServer server;
@@ -163,12 +173,8 @@ TEST(X11Screen, WhatCannotBeRecordedIsRefused) {
     for (const Case& each : cases) {
         Recording recording(each.screen, each.options);
         recording.painter.Open({10, 10, 50, 50}, "Notes", 0);
-        try {
-            recording.Open(each.area);
-            ADD_FAILURE() << each.error;
-        } catch (const platform::Error& error) {
-            EXPECT_THAT(error.description(), testing::HasSubstr(each.error));
-        }
+        EXPECT_THAT(ErrorOf([&] { recording.Open(each.area); }).description(),
+                    testing::HasSubstr(each.error));
     }
 }
 
@@ -269,20 +275,14 @@ TEST(X11Screen, AWindowIsRecordedUnderOthersAndInItsOwnSize) {
 
     recording.painter.Show(window, false);
     const FrameHandle hidden = recording.Next();
-    EXPECT_TRUE(CanvasOf(*hidden) == larger) << "the last picture stays";
+    EXPECT_TRUE(CanvasOf(*hidden) == larger) << "the last frame stays";
     recording.painter.Show(window, true);
     recording.painter.Fill(window, {0, 0, 111, 85}, 14);
     larger.Fill({0, 0, 111, 85}, 14);
     EXPECT_TRUE(CanvasOf(*recording.NextChange()) == larger);
 
     recording.painter.Close(window);
-    try {
-        for (FrameHandle frame; recording.source->Read(frame);) {
-        }
-        FAIL() << "woken by nobody";
-    } catch (const platform::Error& error) {
-        EXPECT_EQ(error.description(), "The window \"Note\" was closed");
-    }
+    EXPECT_EQ(recording.ErrorOfReading(), "The window \"Note\" was closed");
 }
 
 TEST(X11Screen, AChangeOfTheScreensSizeIsFollowed) {
@@ -364,13 +364,7 @@ TEST(X11Screen, AServerThatGoesIsAnError) {
     recording.Open();
     recording.Next();
     std::thread killing([&] { recording.server.Kill(); });
-    std::string said;
-    try {
-        for (FrameHandle frame; recording.source->Read(frame);) {
-        }
-    } catch (const platform::Error& error) {
-        said = error.description();
-    }
+    const std::string said = recording.ErrorOfReading();
     killing.join();
     EXPECT_EQ(said, "The X server at \"" + recording.server.display() + "\" is gone");
     EXPECT_THROW(OpenX11Screen({}, 30000, recording.frames), platform::Error);

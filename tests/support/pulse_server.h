@@ -1,4 +1,4 @@
-// A sound server of a test's own.
+// A PulseAudio server of a test's own.
 #pragma once
 
 #include "support/commands.h"
@@ -6,10 +6,10 @@
 
 namespace test_support {
 
-class SoundServer {
+class PulseServer {
   public:
     /// Starts pulseaudio with these lines of its command language, and waits until it answers.
-    SoundServer(const TempFolder& folder, const std::string& commands);
+    PulseServer(const TempFolder& folder, const std::string& commands);
 
     bool Runs() const { return runs_; }
     /// For PULSE_SERVER.

@@ -1,11 +1,11 @@
-#include "support/sound_server.h"
+#include "support/pulse_server.h"
 
 #include <csignal>
 #include <fstream>
 
 namespace test_support {
 
-SoundServer::SoundServer(const TempFolder& folder, const std::string& commands)
+PulseServer::PulseServer(const TempFolder& folder, const std::string& commands)
     : socket_(folder / "pulse.sock") {
     std::ofstream(folder / "server.pa")
         << commands << "load-module module-native-protocol-unix socket=" << socket_ << "\n";
@@ -18,12 +18,12 @@ SoundServer::SoundServer(const TempFolder& folder, const std::string& commands)
     runs_ = Eventually([&] { return Control({"info"}).status == 0; });
 }
 
-CommandResult SoundServer::Control(std::vector<std::string> words) const {
+CommandResult PulseServer::Control(std::vector<std::string> words) const {
     words.insert(words.begin(), "pactl");
     return RunCommand(words, {{"PULSE_SERVER", Address()}});
 }
 
-void SoundServer::Kill() {
+void PulseServer::Kill() {
     server_->Signal(SIGKILL);
     server_->Wait();
 }

@@ -1,12 +1,13 @@
 #include "engine/object_model/profile.h"
 #include "engine/prepare/plan_maker.h"
-#include "unit/engine/model/model_fakes.h"
+#include "unit/engine/object_model/fake_engine.h"
 
 namespace engine {
 namespace {
 
 using platform::SourceType;
 using platform::VbrMode;
+using test_support::ErrorNumber;
 using test_support::ErrorOf;
 using test_support::FakeEngine;
 using test_support::FilmInfo;
@@ -64,8 +65,7 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
          [](Session& s) {
              s.profile.SetContentType(platform::kContentAudio);
              const auto source = s.group->AddSource(SourceType::Audio);
-             EXPECT_EQ(ErrorOf([&] { source->SetInput("gone.avi"); })
-                 .unsigned_number(), platform::kFileNotFound);
+             EXPECT_EQ(ErrorNumber([&] { source->SetInput("gone.avi"); }), platform::kFileNotFound);
          }, kEmpty},
         {"screen beside a file", kInvalid, {"film.avi", "screencap1"},
          [](Session& s) {
@@ -134,7 +134,7 @@ TEST(Plan, RefusesEachContradictionNamingBothSides) {
          }},
         {"a margin beyond the last row", kInvalid, {"top and bottom", "0 and 16000", "480"},
          [](Session& s) { s.Video().SetCroppingBottomMargin(16000); }},
-        {"a fold-down level that lowers nothing", kInvalid,
+        {"a downmix level that lowers nothing", kInvalid,
          {"CenterMix", "145", "0 to 144", "-a_folddown6to2"},
          [](Session& s) {
              s.engine.media["/home/film.avi"].audio->channels = 6;
@@ -260,7 +260,7 @@ TEST(Plan, TakesOverWhatTheTreeSays) {
 }
 
 // A session that is set up again starts from the codec and the mode that the last one left.
-TEST(Plan, SoundIsJudgedByTheLastCodecAndMode) {
+TEST(Plan, AudioIsJudgedByTheLastCodecAndMode) {
     const struct {
         const char* why;
         std::function<void(Session&)> set_up;
@@ -360,7 +360,7 @@ TEST(Plan, StillPictureLastsToItsEndMarkElseItsDuration) {
     }
 }
 
-TEST(Plan, PictureSize) {
+TEST(Plan, FrameSize) {
     struct Case {
         const char* why;
         int source_width, source_height;
@@ -444,7 +444,7 @@ TEST(Plan, DeviceConformance) {
         {"the smallest level that holds it",  "SP",    2, 176, 144, 15,    96, kConstant, {"SP@LL"}},
         {"by its rate",                       "SP",    2, 176, 144, 15,   200, kConstant, {"SP@ML"}},
         {"by its size",                       "MP",    2, 640, 480, 15,   200, kConstant, {"MP@ML"}},
-        {"small pictures may be more",        "MP",    2, 176, 144, 29,   200, kConstant, {"MP@LL"}},
+        {"small frames may be more",        "MP",    2, 176, 144, 29,   200, kConstant, {"MP@LL"}},
         {"a level by name",                   "MP@HL", 2, 176, 144, 15,    96, kConstant, {"MP@HL"}},
         {"a quality may take all",            "SP",    2, 176, 144, 15,    96, VbrMode::Quality, {"SP@ML"}},
         {"too large",                         "SP",    2, 640, 480, 15,   200, kConstant,
@@ -560,7 +560,7 @@ TEST(Plan, FieldsAreCodedWhereTheCodecHasThem) {
     }
 }
 
-TEST(Plan, AttributesDriveTheFoldDownOfSixChannels) {
+TEST(Plan, AttributesDriveTheDownmixOfSixChannels) {
     struct Case {
         const char* why;
         int channels;

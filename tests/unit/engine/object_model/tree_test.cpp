@@ -1,6 +1,6 @@
 #include "engine/object_model/encoder.h"
 #include "engine/object_model/profile.h"
-#include "unit/engine/model/model_fakes.h"
+#include "unit/engine/object_model/fake_engine.h"
 
 namespace engine {
 namespace {
@@ -8,6 +8,7 @@ namespace {
 using platform::FourCC;
 using platform::SourceType;
 using platform::VbrMode;
+using test_support::ErrorNumber;
 using test_support::ErrorOf;
 
 constexpr VbrMode kModes[] = {VbrMode::Constant, VbrMode::Peak, VbrMode::Quality, VbrMode::BitRate};
@@ -51,9 +52,8 @@ TEST(Profile, ListsTheFormatsOfItsMode) {
     EXPECT_EQ(profile.EnumAudioFormat(2, 1, rate, channels, bits), 100);
     EXPECT_EQ(std::tuple(rate, channels, bits), std::tuple(44100, 2, 24));
     EXPECT_EQ(profile.AudioFormatCount(4), 0) << "PCM has no quality mode";
-    EXPECT_EQ(
-        ErrorOf([&] { profile.EnumAudioFormat(2, 11, rate, channels, bits); }).unsigned_number(),
-        platform::kInvalidArgument);
+    EXPECT_EQ(ErrorNumber([&] { profile.EnumAudioFormat(2, 11, rate, channels, bits); }),
+              platform::kInvalidArgument);
 }
 
 TEST(Profile, AGroupKeepsItsOwnCopy) {
@@ -89,8 +89,7 @@ TEST(Profile, AudiencesFollowTheirProfileAndOutliveIt) {
     test_support::FillProfile(loaded);
     profile->LoadFromIWMProfile(loaded);
     EXPECT_EQ(first->VideoBitrate(0), 300'000);
-    EXPECT_EQ(ErrorOf([&] { second->VideoBitrate(0); }).unsigned_number(),
-              platform::kInvalidArgument);
+    EXPECT_EQ(ErrorNumber([&] { second->VideoBitrate(0); }), platform::kInvalidArgument);
     profile.reset();
     EXPECT_EQ(first->VideoBitrate(0), 300'000);
 }
@@ -182,14 +181,12 @@ TEST(Sources, TakeTheStreamsThatTheFileHas) {
     EXPECT_EQ(no_picture.unsigned_number(), platform::kInvalidData);
     EXPECT_THAT(no_picture.description(), testing::HasSubstr("/home/song.mp3 has no picture"));
     EXPECT_EQ(video->Input(), "");
-    EXPECT_EQ(ErrorOf([&] { group.AutoSetFileSource("gone.avi"); }).unsigned_number(),
-              platform::kFileNotFound);
+    EXPECT_EQ(ErrorNumber([&] { group.AutoSetFileSource("gone.avi"); }), platform::kFileNotFound);
 
     video->SetInput("screencap1", "screencap");
     EXPECT_EQ(video->Scheme(), "screencap");
     EXPECT_EQ(video->Duration(), 0);
-    EXPECT_EQ(ErrorOf([&] { video->SetInput("x", "tape"); }).unsigned_number(),
-              platform::kInvalidArgument);
+    EXPECT_EQ(ErrorNumber([&] { video->SetInput("x", "tape"); }), platform::kInvalidArgument);
     video->SetInput("a.jpg");
     EXPECT_EQ(video->Duration(), 10000) << "a still picture lasts its StillDuration";
     video->SetStillDuration(2000);

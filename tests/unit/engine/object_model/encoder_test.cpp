@@ -1,12 +1,13 @@
 #include "engine/object_model/encoder.h"
 #include "engine/object_model/profile.h"
-#include "unit/engine/model/model_fakes.h"
+#include "unit/engine/object_model/fake_engine.h"
 
 namespace engine {
 namespace {
 
 using platform::EncoderState;
 using platform::SourceType;
+using test_support::ErrorNumber;
 using test_support::ErrorOf;
 using test_support::FakeEngine;
 using test_support::FakeEventLoop;
@@ -90,7 +91,7 @@ TEST_F(EncoderTest, WhatIsRecordedIsOpenedByPrepare) {
     EXPECT_TRUE(engine.runs.front()->destroyed) << "a device can be opened by one only";
     EXPECT_EQ(encoder->RunState(), EncoderState::Stopped);
     engine.on_make_run = [] { throw platform::Error(platform::kBusy, "Microphone"); };
-    EXPECT_EQ(ErrorOf([&] { encoder->PrepareToEncode(true); }).unsigned_number(), platform::kBusy);
+    EXPECT_EQ(ErrorNumber([&] { encoder->PrepareToEncode(true); }), platform::kBusy);
     EXPECT_TRUE(engine.runs.back()->destroyed);
     engine.on_make_run = nullptr;
     encoder->Start();
@@ -148,16 +149,15 @@ TEST_F(EncoderTest, AScreenIsAskedForOnceAndStopIsAnAnswer) {
         profile.SetContentType(platform::kContentVideo);
         group->SetProfile(profile);
 
-        EXPECT_EQ(ErrorOf([&] { asking.PrepareToEncode(true); }).unsigned_number(),
-                  platform::kInvalidArgument);
+        EXPECT_EQ(ErrorNumber([&] { asking.PrepareToEncode(true); }), platform::kInvalidArgument);
         EXPECT_TRUE(desktop.shares.empty()) << "nobody is asked for what cannot be anyway";
         asking.File().SetLocalFileName("out.wmv");
         waiting.on_wait = [&] {
             EXPECT_EQ(asking.RunState(), EncoderState::Starting);
-            EXPECT_EQ(ErrorOf([&] { asking.Start(); }).unsigned_number(), platform::kBusy);
+            EXPECT_EQ(ErrorNumber([&] { asking.Start(); }), platform::kBusy);
             c.person(asking, *desktop.shares.back());
         };
-        EXPECT_EQ(ErrorOf([&] { asking.PrepareToEncode(true); }).unsigned_number(), c.number);
+        EXPECT_EQ(ErrorNumber([&] { asking.PrepareToEncode(true); }), c.number);
         EXPECT_EQ(asking.RunState(), EncoderState::Stopped);
         ASSERT_EQ(desktop.runs.size(), c.number == 0 ? 1U : 0U);
         if (c.number != 0) continue;
@@ -237,22 +237,22 @@ TEST_F(EncoderTest, PreparesAgainOnlyWhenForced) {
 
 TEST_F(EncoderTest, IsBusyWhileItRuns) {
     encoder->Start();
-    EXPECT_EQ(ErrorOf([&] { encoder->Start(); }).unsigned_number(), platform::kBusy);
-    EXPECT_EQ(ErrorOf([&] { encoder->PrepareToEncode(true); }).unsigned_number(), platform::kBusy);
+    EXPECT_EQ(ErrorNumber([&] { encoder->Start(); }), platform::kBusy);
+    EXPECT_EQ(ErrorNumber([&] { encoder->PrepareToEncode(true); }), platform::kBusy);
     EXPECT_EQ(engine.runs.size(), 1U);
 }
 
 TEST_F(EncoderTest, AFailedStartLeavesNothingRunning) {
     const auto fail = [] { throw platform::Error(platform::kAccessDenied, "out.wmv"); };
     engine.on_make_run = fail;
-    EXPECT_EQ(ErrorOf([&] { encoder->Start(); }).unsigned_number(), platform::kAccessDenied);
+    EXPECT_EQ(ErrorNumber([&] { encoder->Start(); }), platform::kAccessDenied);
     EXPECT_EQ(encoder->RunState(), EncoderState::Stopped);
     engine.on_make_run = nullptr;
     engine.on_start = [&] {
         Run().callbacks.on_state(EncoderState::Starting);
         fail();
     };
-    EXPECT_EQ(ErrorOf([&] { encoder->Start(); }).unsigned_number(), platform::kAccessDenied);
+    EXPECT_EQ(ErrorNumber([&] { encoder->Start(); }), platform::kAccessDenied);
     loop.RunAll();
     EXPECT_TRUE(listener.log.empty()) << "events of a run that failed to start are dropped";
     EXPECT_EQ(encoder->RunState(), EncoderState::Stopped);
@@ -268,13 +268,13 @@ TEST_F(EncoderTest, StartLetsAPausedRunGoOn) {
     EXPECT_EQ(Run().pauses, 1);
     Run().callbacks.on_state(EncoderState::Paused);
     loop.RunAll();
-    EXPECT_EQ(ErrorOf([&] { encoder->PrepareToEncode(true); }).unsigned_number(), platform::kBusy);
+    EXPECT_EQ(ErrorNumber([&] { encoder->PrepareToEncode(true); }), platform::kBusy);
     encoder->Start();
     encoder->Start();
     EXPECT_EQ(Run().resumes, 1) << "the second comes before its state";
     Run().callbacks.on_state(EncoderState::Running);
     loop.RunAll();
-    EXPECT_EQ(ErrorOf([&] { encoder->Start(); }).unsigned_number(), platform::kBusy);
+    EXPECT_EQ(ErrorNumber([&] { encoder->Start(); }), platform::kBusy);
     encoder->Pause();
     encoder->Stop();
     RunThrough();
@@ -299,8 +299,7 @@ TEST_F(EncoderTest, StatisticsAreTheLastRuns) {
     platform::WMEncStatistics& statistics = encoder->Statistics();
     EXPECT_EQ(statistics.EncodingTime().Raw(), 0);
     EXPECT_EQ(statistics.StreamOutputStats(SourceType::Audio, 0, 0).average_bit_rate_bps, 0);
-    EXPECT_EQ(ErrorOf([&] { statistics.FileArchiveStats(); }).unsigned_number(),
-              platform::kFileNotFound);
+    EXPECT_EQ(ErrorNumber([&] { statistics.FileArchiveStats(); }), platform::kFileNotFound);
 
     encoder->SourceGroupCollection().Item(0)->Profile()->SetContentType(platform::kContentAudio);
     encoder->Start();
@@ -313,9 +312,8 @@ TEST_F(EncoderTest, StatisticsAreTheLastRuns) {
     for (const auto& [type, stream, output] :
          {std::tuple(SourceType::Video, 0, 0), std::tuple(SourceType::Audio, 1, 0),
           std::tuple(SourceType::Audio, 0, 1), std::tuple(SourceType::Script, 0, 0)})
-        EXPECT_EQ(
-            ErrorOf([&] { statistics.StreamOutputStats(type, stream, output); }).unsigned_number(),
-            platform::kInvalidArgument);
+        EXPECT_EQ(ErrorNumber([&] { statistics.StreamOutputStats(type, stream, output); }),
+                  platform::kInvalidArgument);
 }
 
 }  // namespace
