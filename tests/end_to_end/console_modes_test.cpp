@@ -41,10 +41,15 @@ CommandResult Feed(const TempFolder& folder, const std::string& words, const std
         {"sh", "-c", std::string(TESSIVO_CONSOLE) + " " + words + " < " + (folder / "lines")});
 }
 
-TEST(ConsoleModes, LinesOfTheInputCarryOverAndTheWorstStatusCounts) {
+class ConsoleModes : public testing::Test {
+  protected:
+    ConsoleModes() { MakeClip(clip, 1); }
+
     const TempFolder folder;
     const std::string clip = folder / "clip.avi";
-    MakeClip(clip, 1);
+};
+
+TEST_F(ConsoleModes, LinesOfTheInputCarryOverAndTheWorstStatusCounts) {
     const std::string first = "-input " + clip + " -profile av100 -output ";
     const CommandResult result =
         Feed(folder, "-",
@@ -59,10 +64,7 @@ TEST(ConsoleModes, LinesOfTheInputCarryOverAndTheWorstStatusCounts) {
     EXPECT_EQ(ProbeNumber(folder / "b.wmv", "v:0", "width"), 320);
 }
 
-TEST(ConsoleModes, AnExplanationSaysAllAndWritesNothing) {
-    const TempFolder folder;
-    const std::string clip = folder / "clip.avi";
-    MakeClip(clip, 1);
+TEST_F(ConsoleModes, AnExplanationSaysAllAndWritesNothing) {
     const CommandResult result = Console(
         {"--explain", "-input", clip, "-output", folder / "new/out.wmv", "-profile", "av100",
          "-time", "100", "end", "-title", "A\nday", "-s_config", folder / "cfg/job"});
@@ -82,10 +84,7 @@ TEST(ConsoleModes, AnExplanationSaysAllAndWritesNothing) {
     EXPECT_EQ(std::distance(begin(files), end(files)), 1) << "more than the clip";
 }
 
-TEST(ConsoleModes, AnExplanationMarksWhatEarlierCommandsLeftAndLeavesNothingItself) {
-    const TempFolder folder;
-    const std::string clip = folder / "clip.avi";
-    MakeClip(clip, 1);
+TEST_F(ConsoleModes, AnExplanationMarksWhatEarlierCommandsLeftAndLeavesNothingItself) {
     const CommandResult result =
         Feed(folder, "-",
              "-input " + clip + " -profile av100 -silent -v_width 160 -output " +
@@ -101,10 +100,7 @@ TEST(ConsoleModes, AnExplanationMarksWhatEarlierCommandsLeftAndLeavesNothingItse
     EXPECT_THAT(result.out, Not(HasSubstr("display.Author = me (carried over)")));
 }
 
-TEST(ConsoleModes, AModeThatTheProfileKeepsIsCarriedOver) {
-    const TempFolder folder;
-    const std::string clip = folder / "clip.avi";
-    MakeClip(clip, 1);
+TEST_F(ConsoleModes, AModeThatTheProfileKeepsIsCarriedOver) {
     const CommandResult result =
         Feed(folder, "-",
              "-input " + clip + " -profile avq97vbr -silent -output " + (folder / "a.wmv") +
@@ -116,10 +112,7 @@ TEST(ConsoleModes, AModeThatTheProfileKeepsIsCarriedOver) {
     EXPECT_THAT(result.out, HasSubstr("profile.InterlaceMode = false\n"));
 }
 
-TEST(ConsoleModes, AnExplanationRefusesWhatTheRunWould) {
-    const TempFolder folder;
-    const std::string clip = folder / "clip.avi";
-    MakeClip(clip, 1);
+TEST_F(ConsoleModes, AnExplanationRefusesWhatTheRunWould) {
     const std::vector<std::vector<std::string>> commands = {
         {"-input", clip, "-profile", "av100"},
         {"-input", clip, "-output", clip, "-profile", "av100"},
@@ -137,10 +130,9 @@ TEST(ConsoleModes, AnExplanationRefusesWhatTheRunWould) {
     }
 }
 
-TEST(ConsoleModes, AFolderIsExplainedFileByFile) {
-    const TempFolder folder;
+TEST_F(ConsoleModes, AFolderIsExplainedFileByFile) {
     std::filesystem::create_directories(folder / "in/sub");
-    MakeClip(folder / "in/a.avi", 1);
+    std::filesystem::copy_file(clip, folder / "in/a.avi");
     std::filesystem::copy_file(folder / "in/a.avi", folder / "in/sub/b.avi");
     const CommandResult result = Console(
         {"--explain", "-input", folder / "in", "-output", folder / "out", "-profile", "av100"});
@@ -150,10 +142,7 @@ TEST(ConsoleModes, AFolderIsExplainedFileByFile) {
     EXPECT_FALSE(std::filesystem::exists(folder / "out"));
 }
 
-TEST(ConsoleModes, JsonEndsInAWholeReportHoweverACommandEnds) {
-    const TempFolder folder;
-    const std::string clip = folder / "clip.avi";
-    MakeClip(clip, 1);
+TEST_F(ConsoleModes, JsonEndsInAWholeReportHoweverACommandEnds) {
     std::filesystem::create_directories(folder / "in");
     std::filesystem::copy_file(clip, folder / "in/good.avi");
     std::ofstream(folder / "in/bad.avi") << "no media\n";
@@ -164,19 +153,12 @@ TEST(ConsoleModes, JsonEndsInAWholeReportHoweverACommandEnds) {
         int status;
         std::uint32_t number;  // of the error; 0 = none
     };
+    // clang-format off
     const Case kCases[] = {
         // why, words, state, status, error number
-        {"encoded",
-         {"-input", clip, "-profile", "av100", "-output", folder / "a.wmv"},
-         "completed",
-         0,
-         0},
+        {"encoded", {"-input", clip, "-profile", "av100", "-output", folder / "a.wmv"}, "completed", 0, 0},
         {"listed", {"-devices"}, "shown", 0, 0},
-        {"explained",
-         {"--explain", "-input", clip, "-output", folder / "e.wmv", "-profile", "av100"},
-         "shown",
-         0,
-         0},
+        {"explained", {"--explain", "-input", clip, "-output", folder / "e.wmv", "-profile", "av100"}, "shown", 0, 0},
         {"unknown word", {"-n\xC3\xBC\"\\\x01\xFF", "x"}, "refused", 1, 0},
         {"value past the end", {"-silent", "-output"}, "refused", 1, 0x8002000B},
         {"no such file", {"-input", folder / "no.avi", "-silent"}, "refused", 1, 0x80070002},
@@ -185,12 +167,9 @@ TEST(ConsoleModes, JsonEndsInAWholeReportHoweverACommandEnds) {
         {"whole, so nothing to repair", {"--repair", folder / "a.wmv"}, "completed", 0, 0},
         {"nothing to repair from", {"--repair", clip}, "refused", 1, 0x8007000D},
         {"repair of no file", {"--repair"}, "refused", 1, 0x80070057},
-        {"a folder's bad file",
-         {"-input", folder / "in", "-profile", "av100", "-output", folder / "out"},
-         "failed",
-         2,
-         0},
+        {"a folder's bad file", {"-input", folder / "in", "-profile", "av100", "-output", folder / "out"}, "failed", 2, 0},
     };
+    // clang-format on
     for (const Case& each : kCases) {
         SCOPED_TRACE(each.why);
         std::vector<std::string> words = each.words;
@@ -210,10 +189,7 @@ TEST(ConsoleModes, JsonEndsInAWholeReportHoweverACommandEnds) {
     }
 }
 
-TEST(ConsoleModes, TheReportHasTheFilesFigures) {
-    const TempFolder folder;
-    const std::string clip = folder / "clip.avi";
-    MakeClip(clip, 1);
+TEST_F(ConsoleModes, TheReportHasTheFilesFigures) {
     const CommandResult result =
         Console({"--json", "-input", clip, "-profile", "av100", "-output", folder / "a.wmv"});
     const Json report = Objects(result.out).back();
@@ -226,10 +202,9 @@ TEST(ConsoleModes, TheReportHasTheFilesFigures) {
     EXPECT_THAT(result.err, HasSubstr("======== Encoding Completed ========\n"));
 }
 
-TEST(ConsoleModes, JsonNumbersTheCommandsOfTheInputAndTheFilesOfAFolder) {
-    const TempFolder folder;
+TEST_F(ConsoleModes, JsonNumbersTheCommandsOfTheInputAndTheFilesOfAFolder) {
     std::filesystem::create_directories(folder / "in");
-    MakeClip(folder / "in/good.avi", 1);
+    std::filesystem::copy_file(clip, folder / "in/good.avi");
     std::ofstream(folder / "in/bad.avi") << "no media\n";
     const CommandResult result = Feed(folder, "--json -",
                                       "-v_codecs\n-profile av100 -input " + (folder / "in") +
@@ -250,11 +225,10 @@ TEST(ConsoleModes, JsonNumbersTheCommandsOfTheInputAndTheFilesOfAFolder) {
     EXPECT_EQ(files[folder / "in/bad.avi"]["error"]["number"], 0x8007000D);
 }
 
-TEST(ConsoleModes, AWalkLosesNoFileAndWaitsForNone) {
-    const TempFolder folder;
+TEST_F(ConsoleModes, AWalkLosesNoFileAndWaitsForNone) {
     const std::string in = folder / "in";
     std::filesystem::create_directories(folder / "in/s\\t");
-    MakeClip(folder / "in/a.avi", 1);
+    std::filesystem::copy_file(clip, folder / "in/a.avi");
     std::filesystem::copy_file(folder / "in/a.avi", folder / "in/s\\t/b\\c%5C.avi");
     std::filesystem::copy_file(folder / "in/a.avi", folder / "in/a.wmv");
     ASSERT_EQ(::mkfifo((in + "/pipe.avi").c_str(), 0600), 0);
@@ -270,20 +244,18 @@ TEST(ConsoleModes, AWalkLosesNoFileAndWaitsForNone) {
     EXPECT_EQ(DecodeMessages(in + "/s\\t/b\\c%5C.wmv"), "");
 }
 
-TEST(ConsoleModes, ASignalEndsInAReportOfTheStop) {
-    const TempFolder folder;
-    const std::string clip = folder / "clip.avi";
-    MakeClip(clip, 4, "640x480");
-    Ffmpeg({"-stream_loop", "149", "-i", clip, "-c", "copy", folder / "long.avi"});
+TEST_F(ConsoleModes, ASignalEndsInAReportOfTheStop) {
+    Ffmpeg({"-stream_loop", "599", "-i", clip, "-c", "copy", folder / "long.avi"});
     const std::string out = folder / "a.wmv";
     // The signal comes when an object tells of something that has been encoded.
-    const CommandResult result = RunCommand(
-        {"sh", "-c",
-         "mkfifo " + (folder / "pipe") + "; " + TESSIVO_CONSOLE + " --json -input " +
-             (folder / "long.avi") + " -profile av350 -output " + out + " > " + (folder / "pipe") +
-             " & { while read -r line; do echo \"$line\"; case $line in "
-             "*'\"seconds\":0.0'*);; *) break;; esac; done; kill -TERM $!; cat; } < " +
-             (folder / "pipe") + "; wait $!"});
+    const CommandResult result =
+        RunCommand({"sh", "-c",
+                    "mkfifo " + (folder / "pipe") + "; " + TESSIVO_CONSOLE + " --json -input " +
+                        (folder / "long.avi") + " -profile av350 -v_performance 0 -output " + out +
+                        " > " + (folder / "pipe") +
+                        " & { while read -r line; do echo \"$line\"; case $line in "
+                        "*'\"seconds\":0.0'*);; *) break;; esac; done; kill -TERM $!; cat; } < " +
+                        (folder / "pipe") + "; wait $!"});
     EXPECT_EQ(result.status, 130) << result.err;
     const std::vector<Json> objects = Objects(result.out);
     ASSERT_FALSE(objects.empty());

@@ -27,6 +27,13 @@ double ReportFigure(const std::string& pane, const std::string& label, int occur
     return std::nan("");
 }
 
+int CountOf(const std::string& text, const std::string& part) {
+    int count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
+}
+
 void MakeClip(const std::string& path, int seconds, const std::string& size, int rate, bool audio,
               bool video) {
     const std::string length = std::to_string(seconds);

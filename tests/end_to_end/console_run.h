@@ -16,7 +16,10 @@ CommandResult Console(const std::vector<std::string>& words,
 /// counted): digits without their commas. NaN when there is none.
 double ReportFigure(const std::string& pane, const std::string& label, int occurrence = 0);
 
-/// A clip of moving picture (noise over a test pattern) and a tone, as AVI.
+/// How often `part` stands in the text.
+int CountOf(const std::string& text, const std::string& part);
+
+/// A clip of moving frames (noise over a test pattern) and a tone, as AVI.
 /// @param seconds  length; both streams have it to the frame
 void MakeClip(const std::string& path, int seconds, const std::string& size = "320x240",
               int rate = 30, bool audio = true, bool video = true);

@@ -6,6 +6,7 @@
 
 #include "end_to_end/console_run.h"
 #include "support/asf_reader.h"
+#include "support/row_name.h"
 
 namespace test_support {
 namespace {
@@ -43,54 +44,75 @@ void ExpectReportAgrees(const std::string& pane, const std::string& file) {
     EXPECT_NEAR(ReportFigure(pane, "File duration:"), ProbeNumber(file, "", "duration"), 0.51);
 }
 
-TEST_F(Encode, EveryPredefinedProfileThatIsNotAScreens) {
-    struct Case {
-        const char* code;
-        int width, height;  // 0 = no video
-        int channels;       // 0 = no audio
-        int sampling_rate;
-    };
-    const Case kCases[] = {
-        // code      width height ch  Hz
-        {"av20", 160, 120, 1, 8000},      {"av32", 176, 144, 1, 11025},
-        {"av100", 320, 240, 1, 16000},    {"av225", 320, 240, 2, 32000},
-        {"av350", 320, 240, 2, 32000},    {"av450", 320, 240, 2, 44100},
-        {"av700", 320, 240, 2, 44100},    {"av1400", 320, 240, 2, 44100},
-        {"av350pal", 384, 288, 2, 32000}, {"av700pal", 384, 288, 2, 44100},
-        {"av100_2p", 320, 240, 1, 16000}, {"av350_2p", 320, 240, 2, 32000},
-        {"av600vbr", 320, 240, 2, 44100}, {"avq97vbr", 320, 240, 2, 44100},
-        {"a20_1", 0, 0, 1, 22050},        {"a20_2", 0, 0, 2, 22050},
-        {"a32", 0, 0, 2, 32000},          {"a48", 0, 0, 2, 32000},
-        {"a64", 0, 0, 2, 44100},          {"a96", 0, 0, 2, 44100},
-        {"a128", 0, 0, 2, 44100},         {"v20", 176, 144, 0, 0},
-        {"v32", 240, 176, 0, 0},
-    };
-    for (const Case& each : kCases) {
-        SCOPED_TRACE(each.code);
-        const std::string file = Out(std::string(each.code) + (each.width > 0 ? ".wmv" : ".wma"));
-        const CommandResult result = Console(
-            {"-input", Clip(), "-output", file, "-profile", each.code, "-v_performance", "0"});
-        ASSERT_EQ(result.status, 0) << result.out << result.err;
-        EXPECT_EQ(DecodeMessages(file), "");
-        EXPECT_NEAR(ProbeNumber(file, "", "duration"), kSeconds, 0.1);
-        if (each.width > 0) {
-            EXPECT_EQ(ProbeNumber(file, "v:0", "width"), each.width);
-            EXPECT_EQ(ProbeNumber(file, "v:0", "height"), each.height);
-            // A profile's rate rises to the source's; what the bit rate cannot hold is dropped.
-            EXPECT_EQ(ProbeNumber(file, "v:0", "nb_read_packets") +
-                          ReportFigure(result.out, "Dropped frame count:"),
-                      kSeconds * 30);
-        } else {
-            EXPECT_TRUE(Probe(file, "v:0").empty());
-        }
-        if (each.channels > 0) {
-            EXPECT_EQ(ProbeNumber(file, "a:0", "channels"), each.channels);
-            EXPECT_EQ(ProbeNumber(file, "a:0", "sample_rate"), each.sampling_rate);
-        } else {
-            EXPECT_TRUE(Probe(file, "a:0").empty());
-        }
-        ExpectReportAgrees(result.out, file);
+struct ProfileCase {
+    const char* why;    // its code
+    int width, height;  // 0 = no video
+    int channels;       // 0 = no audio
+    int sampling_rate;
+};
+
+// clang-format off
+const ProfileCase kProfiles[] = {
+    // code      size      channels, Hz
+    {"av20",     160, 120, 1, 8000},
+    {"av32",     176, 144, 1, 11025},
+    {"av100",    320, 240, 1, 16000},
+    {"av225",    320, 240, 2, 32000},
+    {"av350",    320, 240, 2, 32000},
+    {"av450",    320, 240, 2, 44100},
+    {"av700",    320, 240, 2, 44100},
+    {"av1400",   320, 240, 2, 44100},
+    {"av350pal", 384, 288, 2, 32000},
+    {"av700pal", 384, 288, 2, 44100},
+    {"av100_2p", 320, 240, 1, 16000},
+    {"av350_2p", 320, 240, 2, 32000},
+    {"av600vbr", 320, 240, 2, 44100},
+    {"avq97vbr", 320, 240, 2, 44100},
+    {"a20_1",    0,   0,   1, 22050},
+    {"a20_2",    0,   0,   2, 22050},
+    {"a32",      0,   0,   2, 32000},
+    {"a48",      0,   0,   2, 32000},
+    {"a64",      0,   0,   2, 44100},
+    {"a96",      0,   0,   2, 44100},
+    {"a128",     0,   0,   2, 44100},
+    {"v20",      176, 144, 0, 0},
+    {"v32",      240, 176, 0, 0},
+};
+// clang-format on
+
+// Every one that is not a screen's.
+class PredefinedProfiles : public testing::TestWithParam<ProfileCase> {};
+INSTANTIATE_TEST_SUITE_P(Rows, PredefinedProfiles, testing::ValuesIn(kProfiles), NameOfRow());
+
+TEST_P(PredefinedProfiles, EncodeWhatTheirCodesSay) {
+    const ProfileCase& each = GetParam();
+    constexpr int kShort = 2;  // seconds
+    const TempFolder folder;
+    const std::string clip = folder / "clip.avi";
+    MakeClip(clip, kShort);
+    const std::string file = folder / (each.width > 0 ? "out.wmv" : "out.wma");
+    const CommandResult result =
+        Console({"-input", clip, "-output", file, "-profile", each.why, "-v_performance", "0"});
+    ASSERT_EQ(result.status, 0) << result.out << result.err;
+    EXPECT_EQ(DecodeMessages(file), "");
+    EXPECT_NEAR(ProbeNumber(file, "", "duration"), kShort, 0.1);
+    if (each.width > 0) {
+        EXPECT_EQ(ProbeNumber(file, "v:0", "width"), each.width);
+        EXPECT_EQ(ProbeNumber(file, "v:0", "height"), each.height);
+        // A profile's rate rises to the source's; what the bit rate cannot hold is dropped.
+        EXPECT_EQ(ProbeNumber(file, "v:0", "nb_read_packets") +
+                      ReportFigure(result.out, "Dropped frame count:"),
+                  kShort * 30);
+    } else {
+        EXPECT_TRUE(Probe(file, "v:0").empty());
     }
+    if (each.channels > 0) {
+        EXPECT_EQ(ProbeNumber(file, "a:0", "channels"), each.channels);
+        EXPECT_EQ(ProbeNumber(file, "a:0", "sample_rate"), each.sampling_rate);
+    } else {
+        EXPECT_TRUE(Probe(file, "a:0").empty());
+    }
+    ExpectReportAgrees(result.out, file);
 }
 
 TEST_F(Encode, CustomProfileInEveryMode) {

@@ -72,7 +72,7 @@ TEST(SameText, WindowConsoleAndRememberedForm) {
     const TempFolder folder;
     std::filesystem::create_directory(folder / "in");
     const std::string clip = folder / "in/clip.avi";
-    MakeClip(clip, 2);
+    MakeClip(clip, 2, "160x120", 10);
     const std::string files = "-input " + clip + " -output " + (folder / "o.wmv");
     const std::string kCommands[] = {
         files + " -profile av350",

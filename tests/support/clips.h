@@ -1,6 +1,9 @@
 // Clips made by the ffmpeg command when a test asks for them, and what is heard and seen in a file.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -47,5 +50,19 @@ double Psnr(const std::string& file, const std::string& reference, const std::st
 /// Times at which dark frames turn bright, and at which silence is broken.
 std::vector<double> Flashes(const Contents& contents);
 std::vector<double> Clicks(const Contents& contents);
+
+/// A suite that encodes one clip, made of `Suite::kSource` before its first test.
+template <typename Suite>
+class WithSource : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        folder_ = std::make_unique<Folder>();
+        source_ = Make(Suite::kSource, folder_->Path("source.avi"));
+    }
+    static void TearDownTestSuite() { folder_.reset(); }
+
+    inline static std::unique_ptr<Folder> folder_;
+    inline static std::string source_;
+};
 
 }  // namespace clips

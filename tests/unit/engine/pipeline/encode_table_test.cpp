@@ -1,38 +1,17 @@
 // Every encoder in every rate-control mode: what is written decodes without a word, has the asked
 // shape, length and rate, and is counted as it is.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <sstream>
 
-#include "support/clips.h"
-#include "support/leaky_bucket.h"
-#include "unit/engine/pipeline/session.h"
+#include "support/row_name.h"
+#include "unit/engine/pipeline/encode_table.h"
 
 namespace {
 
 using namespace engine;
 using platform::EncoderState;
 using platform::VbrMode;
-
-// A moving picture with enough detail that no rate below is too much for it, and a tone.
-class EncodeTable : public testing::Test {
-  protected:
-    static void SetUpTestSuite() {
-        folder_ = std::make_unique<clips::Folder>();
-        source_ = clips::Make(
-            "-f lavfi -i testsrc2=s=320x240:r=25,noise=alls=12:allf=t -f lavfi -i "
-            "sine=440:r=44100 -t 6 -c:v mpeg4 -q:v 2 -c:a pcm_s16le",
-            folder_->Path("source.avi"));
-    }
-    static void TearDownTestSuite() { folder_.reset(); }
-
-    static std::unique_ptr<clips::Folder> folder_;
-    static std::string source_;
-};
-std::unique_ptr<clips::Folder> EncodeTable::folder_;
-std::string EncodeTable::source_;
 
 struct VideoCase {
     const char* why;
@@ -48,109 +27,73 @@ struct VideoCase {
 
 // clang-format off
 const VideoCase kVideoCases[] = {
-    // why                             encoder    mode              passes rate     size      fps    within frames
-    {"constant rate",                  "wmv1",     VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
-    {"constant rate",                  "wmv2",     VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
-    {"constant rate",                  "wmv3",     VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
-    {"constant rate",                  "mpeg4",    VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
-    {"two passes",                     "wmv1",     VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
-    {"two passes",                     "wmv2",     VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
-    {"two passes",                     "wmv3",     VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.02,  150},
-    {"two passes",                     "mpeg4",    VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
-    {"quality",                        "wmv1",     VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
-    {"quality",                        "wmv2",     VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
-    {"quality",                        "wmv3",     VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
-    {"quality",                        "mpeg4",    VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
-    {"bit-rate VBR in one pass",       "wmv2",     VbrMode::BitRate,  1,   500'000, 320, 240, 30000, 0.10,  150},
-    {"bit-rate VBR in two",            "wmv3",     VbrMode::BitRate,  2,   500'000, 320, 240, 30000, 0.02,  150},
-    {"bit-rate VBR in two",            "wmv2",     VbrMode::BitRate,  2,   500'000, 320, 240, 30000, 0.05,  150},
-    {"peak VBR",                       "wmv2",     VbrMode::Peak,     1,   500'000, 320, 240, 30000, 0.10,  150},
-    {"peak VBR in two passes",         "wmv3",     VbrMode::Peak,     2,   500'000, 320, 240, 30000, 0.02,  150},
-    {"peak VBR in two passes",         "mpeg4",    VbrMode::Peak,     2,   500'000, 320, 240, 30000, 0.05,  150},
-    {"uncompressed, rows padded",      "rawvideo", VbrMode::Constant, 1,   0,       161, 59,  30000, 0,     150},
-    {"odd height, other shape",        "wmv2",     VbrMode::Constant, 1,   200'000, 162, 121, 30000, 0.10,  150},
-    {"odd width where it is possible", "mpeg4",    VbrMode::Constant, 1,   200'000, 161, 121, 30000, 0.10,  150},
-    {"frames above the ceiling go",    "wmv2",     VbrMode::Constant, 1,   300'000, 320, 240, 10000, 0.10,   60},
-    {"uneven part of the rate",        "wmv2",     VbrMode::Constant, 1,   300'000, 320, 240, 15000, 0.10,   90},
+    // why                                  encoder    mode              passes rate     size      fps    within frames
+    {"wmv1 constant rate",                   "wmv1",    VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"wmv2 constant rate",                   "wmv2",    VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"wmv3 constant rate",                   "wmv3",    VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"mpeg4 constant rate",                  "mpeg4",   VbrMode::Constant, 1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"wmv1 two passes",                      "wmv1",    VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
+    {"wmv2 two passes",                      "wmv2",    VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
+    {"wmv3 two passes",                      "wmv3",    VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.02,  150},
+    {"mpeg4 two passes",                     "mpeg4",   VbrMode::Constant, 2,   400'000, 320, 240, 30000, 0.05,  150},
+    {"wmv1 quality",                         "wmv1",    VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
+    {"wmv2 quality",                         "wmv2",    VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
+    {"wmv3 quality",                         "wmv3",    VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
+    {"mpeg4 quality",                        "mpeg4",   VbrMode::Quality,  1,   0,       320, 240, 30000, 0,     150},
+    {"wmv2 bit-rate VBR in one pass",        "wmv2",    VbrMode::BitRate,  1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"wmv3 bit-rate VBR in two",             "wmv3",    VbrMode::BitRate,  2,   500'000, 320, 240, 30000, 0.02,  150},
+    {"wmv2 bit-rate VBR in two",             "wmv2",    VbrMode::BitRate,  2,   500'000, 320, 240, 30000, 0.05,  150},
+    {"wmv2 peak VBR",                        "wmv2",    VbrMode::Peak,     1,   500'000, 320, 240, 30000, 0.10,  150},
+    {"wmv3 peak VBR in two passes",          "wmv3",    VbrMode::Peak,     2,   500'000, 320, 240, 30000, 0.02,  150},
+    {"mpeg4 peak VBR in two passes",         "mpeg4",   VbrMode::Peak,     2,   500'000, 320, 240, 30000, 0.05,  150},
+    {"raw uncompressed, rows padded",        "rawvideo", VbrMode::Constant, 1,   0,       161, 59,  30000, 0,     150},
+    {"wmv2 odd height, other shape",         "wmv2",    VbrMode::Constant, 1,   200'000, 162, 121, 30000, 0.10,  150},
+    {"mpeg4 odd width where it is possible", "mpeg4",   VbrMode::Constant, 1,   200'000, 161, 121, 30000, 0.10,  150},
+    {"wmv2 frames above the ceiling go",     "wmv2",    VbrMode::Constant, 1,   300'000, 320, 240, 10000, 0.10,   60},
+    {"wmv2 uneven part of the rate",         "wmv2",    VbrMode::Constant, 1,   300'000, 320, 240, 15000, 0.10,   90},
 };
 // clang-format on
 
-TEST_F(EncodeTable, Video) {
-    for (const VideoCase& row : kVideoCases) {
-        SCOPED_TRACE(testing::Message() << row.encoder << ", " << row.why);
-        EncodePlan plan = session::Plan(folder_->Path("out.wmv"));
-        plan.passes = row.passes;
-        VideoPlan video = session::Video(source_);
-        video.codec = &session::VideoCodec(row.encoder);
-        video.mode = row.mode;
-        video.width = row.width;
-        video.height = row.height;
-        video.rate_ceiling = row.fps;
-        video.expected_rate = std::min(row.fps, 25000);
-        video.bit_rate_bps = row.bit_rate;
-        video.performance = 20;
-        video.peak_rate_bps = row.bit_rate * 2;
-        video.peak_buffer_ms = 2000;
-        plan.video = video;
+class VideoTable : public EncodeTable, public testing::WithParamInterface<VideoCase> {};
+INSTANTIATE_TEST_SUITE_P(Rows, VideoTable, testing::ValuesIn(kVideoCases),
+                         test_support::NameOfRow());
 
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
-        const clips::Contents contents = clips::Decode(plan.FilePath());
-        EXPECT_EQ(contents.width, row.width);
-        EXPECT_EQ(contents.height, row.height);
-        EXPECT_EQ(contents.video_codec, row.encoder);
-        ASSERT_EQ(contents.frames.size(), static_cast<std::size_t>(row.frames));
-        EXPECT_EQ(outcome.video.sample_count.Raw(), row.frames);
-        const double frame = 1000.0 / std::min(row.fps, 25000);
-        EXPECT_NEAR(contents.duration, 6.0, frame);
-        EXPECT_NEAR(contents.frames.back().time, 6.0 - frame, frame / 2);
-        if (row.within > 0) {
-            const double rate = static_cast<double>(outcome.video.byte_count.Raw()) * 8 / 6.0;
-            EXPECT_NEAR(rate, row.bit_rate, row.bit_rate * row.within);
-            EXPECT_EQ(outcome.video.expected_bit_rate_bps, row.bit_rate);
-        }
-        EXPECT_NEAR(outcome.video.average_sample_rate, row.frames * 1000 / 6.0,
-                    row.frames * 1000 / 6.0 / 50);
+TEST_P(VideoTable, IsWrittenAsAskedAndCounted) {
+    const VideoCase& row = GetParam();
+    EncodePlan plan = session::Plan(folder_->Path("out.wmv"));
+    plan.passes = row.passes;
+    VideoPlan video = session::Video(source_);
+    video.codec = &session::VideoCodec(row.encoder);
+    video.mode = row.mode;
+    video.width = row.width;
+    video.height = row.height;
+    video.rate_ceiling = row.fps;
+    video.expected_rate = std::min(row.fps, 25000);
+    video.bit_rate_bps = row.bit_rate;
+    video.performance = 20;
+    video.peak_rate_bps = row.bit_rate * 2;
+    video.peak_buffer_ms = 2000;
+    plan.video = video;
+
+    const session::Outcome outcome = session::Run(plan);
+    EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+    EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+    const clips::Contents contents = clips::Decode(plan.FilePath());
+    EXPECT_EQ(contents.width, row.width);
+    EXPECT_EQ(contents.height, row.height);
+    EXPECT_EQ(contents.video_codec, row.encoder);
+    ASSERT_EQ(contents.frames.size(), static_cast<std::size_t>(row.frames));
+    EXPECT_EQ(outcome.video.sample_count.Raw(), row.frames);
+    const double frame = 1000.0 / std::min(row.fps, 25000);
+    EXPECT_NEAR(contents.duration, kSeconds, frame);
+    EXPECT_NEAR(contents.frames.back().time, kSeconds - frame, frame / 2);
+    if (row.within > 0) {
+        const double rate = static_cast<double>(outcome.video.byte_count.Raw()) * 8 / kSeconds;
+        EXPECT_NEAR(rate, row.bit_rate, row.bit_rate * row.within);
+        EXPECT_EQ(outcome.video.expected_bit_rate_bps, row.bit_rate);
     }
-}
-
-// The coded packets, their times and flags, without the file around them.
-std::string Packets(const std::string& file) {
-    return clips::OutputOf(
-        "ffprobe -v error -show_packets -show_data_hash md5 -select_streams v "
-        "-show_entries packet=pts,dts,size,flags,data_hash -of csv " +
-        file);
-}
-
-TEST_F(EncodeTable, NumberOfWorkersChangesNothing) {
-    struct Case {
-        const char* encoder;
-        VbrMode mode;
-    };
-    for (const auto& [encoder, mode] :
-         {Case{"wmv2", VbrMode::Constant}, Case{"wmv2", VbrMode::BitRate},
-          Case{"wmv3", VbrMode::Constant}, Case{"wmv3", VbrMode::BitRate}}) {
-        SCOPED_TRACE(encoder);
-        std::string alone;
-        for (const int workers : {1, 5}) {
-            SCOPED_TRACE(workers);
-            EncodePlan plan = session::Plan(folder_->Path("workers.wmv"));
-            plan.passes = mode == VbrMode::BitRate ? 2 : 1;
-            VideoPlan video = session::Video(source_);
-            video.codec = &session::VideoCodec(encoder);
-            video.mode = mode;
-            video.performance = 40;
-            video.key_frame_distance_ms = 300;  // eight frames a group
-            video.encoder_threads = workers;
-            plan.video = video;
-            session::Run(plan);
-            const std::string packets = Packets(plan.FilePath());
-            if (workers == 1) alone = packets;
-            EXPECT_EQ(std::count(packets.begin(), packets.end(), 'K'), 19);
-            EXPECT_EQ(packets, alone);
-        }
-    }
+    EXPECT_NEAR(outcome.video.average_sample_rate, row.frames * 1000 / kSeconds,
+                row.frames * 1000 / kSeconds / 50);
 }
 
 struct AudioCase {
@@ -175,31 +118,34 @@ const AudioCase kAudioCases[] = {
 };
 // clang-format on
 
-TEST_F(EncodeTable, Audio) {
-    for (const AudioCase& row : kAudioCases) {
-        SCOPED_TRACE(testing::Message() << row.encoder << ", " << row.why);
-        EncodePlan plan = session::Plan(folder_->Path("out.wma"));
-        AudioPlan audio = session::Audio(source_);
-        audio.codec = &session::AudioCodec(row.encoder);
-        audio.mode = row.mode;
-        audio.format = row.format;
-        plan.audio = audio;
+class AudioTable : public EncodeTable, public testing::WithParamInterface<AudioCase> {};
+INSTANTIATE_TEST_SUITE_P(Rows, AudioTable, testing::ValuesIn(kAudioCases),
+                         test_support::NameOfRow());
 
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
-        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
-        const clips::Contents contents = clips::Decode(plan.FilePath());
-        EXPECT_EQ(contents.audio_codec, row.encoder);
-        EXPECT_EQ(contents.sampling_rate, row.format.sampling_rate);
-        EXPECT_NEAR(contents.duration, 6.0, 0.02);
-        // Coded sound ends with a whole frame.
-        EXPECT_GE(static_cast<double>(contents.audio.size()), 5.999 * row.format.sampling_rate);
-        EXPECT_NEAR(outcome.audio.average_bit_rate_bps, row.rate_written, row.rate_written * 0.03);
-        EXPECT_NEAR(outcome.audio.average_sample_rate, row.format.sampling_rate, 2);
-        float loudest = 0;
-        for (const float sample : contents.audio) loudest = std::max(loudest, std::fabs(sample));
-        EXPECT_NEAR(loudest, 0.125, 0.03);
-    }
+TEST_P(AudioTable, IsWrittenAsAskedAndCounted) {
+    const AudioCase& row = GetParam();
+    EncodePlan plan = session::Plan(folder_->Path("out.wma"));
+    AudioPlan audio = session::Audio(source_);
+    audio.codec = &session::AudioCodec(row.encoder);
+    audio.mode = row.mode;
+    audio.format = row.format;
+    plan.audio = audio;
+
+    const session::Outcome outcome = session::Run(plan);
+    EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+    EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+    const clips::Contents contents = clips::Decode(plan.FilePath());
+    EXPECT_EQ(contents.audio_codec, row.encoder);
+    EXPECT_EQ(contents.sampling_rate, row.format.sampling_rate);
+    EXPECT_NEAR(contents.duration, kSeconds, 0.02);
+    // Coded sound ends with a whole frame.
+    EXPECT_GE(static_cast<double>(contents.audio.size()),
+              0.9998 * kSeconds * row.format.sampling_rate);
+    EXPECT_NEAR(outcome.audio.average_bit_rate_bps, row.rate_written, row.rate_written * 0.03);
+    EXPECT_NEAR(outcome.audio.average_sample_rate, row.format.sampling_rate, 2);
+    float loudest = 0;
+    for (const float sample : contents.audio) loudest = std::max(loudest, std::fabs(sample));
+    EXPECT_NEAR(loudest, 0.125, 0.03);
 }
 
 struct DownmixCase {
@@ -276,7 +222,7 @@ TEST_F(EncodeTable, WhatIsCountedIsWhatIsInTheFile) {
     EXPECT_EQ(outcome.total.expected_bit_rate_bps, 464'000);
     EXPECT_EQ(outcome.file.file_size.Raw(),
               static_cast<std::int64_t>(std::filesystem::file_size(plan.FilePath())));
-    EXPECT_NEAR(static_cast<double>(outcome.file.file_duration.Raw()), 6000, 2);
+    EXPECT_NEAR(static_cast<double>(outcome.file.file_duration.Raw()), kSeconds * 1000, 2);
 }
 
 TEST_F(EncodeTable, TwoPassesCountTwice) {
@@ -288,162 +234,45 @@ TEST_F(EncodeTable, TwoPassesCountTwice) {
     EXPECT_EQ(outcome.states, (std::vector{EncoderState::Starting, EncoderState::Running,
                                            EncoderState::EndPreprocess, EncoderState::Running,
                                            EncoderState::Stopping, EncoderState::Stopped}));
-    EXPECT_EQ(outcome.video.sample_count.Raw(), 150);
+    EXPECT_EQ(outcome.video.sample_count.Raw(), kFrames);
 }
 
-const std::pair<const char*, int> kEncodersInPasses[] = {
-    {"wmv2", 1}, {"wmv2", 2}, {"wmv3", 1}, {"wmv3", 2}};
-
-// The encoder drops what it cannot afford rather than break the rate.
-TEST_F(EncodeTable, ARateFarTooLowCostsFramesNotBits) {
-    for (const auto& [encoder, passes] : kEncodersInPasses) {
-        SCOPED_TRACE(testing::Message() << encoder << " in " << passes);
-        EncodePlan plan = session::Plan(folder_->Path("low.wmv"));
-        plan.passes = passes;
-        plan.video = session::Video(source_);
-        plan.video->codec = &session::VideoCodec(encoder);
-        plan.video->bit_rate_bps = 15'000;
-        plan.video->buffer_ms = 1000;
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
-        EXPECT_GT(outcome.video.dropped_sample_count.Raw(), 20);
-        EXPECT_GT(outcome.video.dropped_byte_count.Raw(), 0);
-        EXPECT_EQ(outcome.video.dropped_sample_count.Raw() + outcome.video.sample_count.Raw(), 150);
-        // One frame may fill the buffer once.
-        EXPECT_LT(static_cast<double>(outcome.video.byte_count.Raw()) * 8,
-                  15'000 * 6 * 1.1 + 60'000);
-    }
+// The coded packets, their times and flags, without the file around them.
+std::string Packets(const std::string& file) {
+    return clips::OutputOf(
+        "ffprobe -v error -show_packets -show_data_hash md5 -select_streams v "
+        "-show_entries packet=pts,dts,size,flags,data_hash -of csv " +
+        file);
 }
 
-// The header says 25 frames a second, the clip has about four.
-TEST_F(EncodeTable, TheRateGoesByTimeNotByFrames) {
-    const std::string sparse =
-        clips::Make("-stream_loop 4 -i " + source_ +
-                        " -an -vf \"select=not(mod(n\\,6))\" -vsync vfr -r 25 -enc_time_base 1/25 "
-                        "-c:v mpeg4 -q:v 2",
-                    folder_->Path("sparse.mkv"));
-    for (const auto& [encoder, passes] : kEncodersInPasses) {
-        SCOPED_TRACE(testing::Message() << encoder << " in " << passes);
-        EncodePlan plan = session::Plan(folder_->Path("sparse.wmv"));
-        plan.passes = passes;
-        plan.video = session::Video(sparse);
-        plan.video->codec = &session::VideoCodec(encoder);
-        plan.video->expected_rate = 25000;
-        plan.video->performance = 20;
-        plan.video->bit_rate_bps = 200'000;
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_NEAR(outcome.video.average_bit_rate_bps, 200'000, 20'000);
-    }
-}
-
-// At the same rate, what better choices give shows in the frames.
-TEST_F(EncodeTable, PerformanceBuysQuality) {
-    for (const char* encoder : {"wmv2", "mpeg4"}) {
-        SCOPED_TRACE(encoder);
-        double psnr[2] = {};
-        for (const bool best : {false, true}) {
-            EncodePlan plan = session::Plan(folder_->Path("out.wmv"));
-            plan.video = session::Video(source_);
-            plan.video->codec = &session::VideoCodec(encoder);
-            plan.video->mode = VbrMode::BitRate;
-            plan.passes = 2;  // the same rate to a hair
-            plan.video->bit_rate_bps = 300'000;
-            plan.video->performance = best ? 100 : 0;
-            session::Run(plan);
-            psnr[best ? 1 : 0] = clips::Psnr(plan.FilePath(), source_, "null", "yuv420p");
-        }
-        EXPECT_GT(psnr[1], psnr[0] + 0.05);
-    }
-}
-
-TEST_F(EncodeTable, TheBufferBoundsEveryStretch) {
-    const std::string bursts = clips::Make(
-        "-f lavfi -i testsrc2=s=320x240:r=25,noise=alls=40:allf=t:enable='gt(mod(t\\,4)\\,3)' "
-        "-t 8 -c:v mpeg4 -q:v 2",
-        folder_->Path("bursts.avi"));
-    for (const auto& [encoder, passes] : kEncodersInPasses) {
-        double most[2] = {};
-        for (const int buffer_ms : {500, 3000}) {
-            SCOPED_TRACE(testing::Message()
-                         << encoder << ", " << passes << " passes, " << buffer_ms << " ms");
-            EncodePlan plan = session::Plan(folder_->Path("out.wmv"));
-            plan.passes = passes;
-            plan.video = session::Video(bursts);
-            plan.video->codec = &session::VideoCodec(encoder);
-            plan.video->performance = 0;
-            plan.video->bit_rate_bps = 600'000;
-            plan.video->buffer_ms = buffer_ms;
-            session::Run(plan);
-            double& filled = most[buffer_ms > 500 ? 1 : 0];
-            filled = test_support::FullestBucket(plan.FilePath(), 600'000);
-            EXPECT_LE(filled, 600.0 * buffer_ms);
-        }
-        // What the buffer allows is used: for a group's own bursts in one pass, for those of the
-        // whole in two.
-        EXPECT_GT(most[1], most[0] * (passes == 1 ? 1.2 : 1.8));
-    }
-}
-
-// Of our own encoder in every mode that has one, with B pictures, after stills.
-TEST_F(EncodeTable, NoBurstOverrunsTheBufferOrThePeak) {
-    const std::string bursts = clips::Make(
-        "-f lavfi -i color=gray:s=160x120:r=25,noise=alls=90:allf=t:enable='gt(mod(t\\,4)\\,3)' "
-        "-t 8 -c:v mpeg4 -q:v 2",
-        folder_->Path("noise.avi"));
+TEST_F(EncodeTable, NumberOfWorkersChangesNothing) {
     struct Case {
-        const char* why;
+        const char* encoder;
         VbrMode mode;
-        int passes;
-        int key_distance_ms;
-        double drain_bps, bucket_bits;
-        std::int64_t level_rate_bps;
     };
-    // clang-format off
-    const Case cases[] = {
-        // why                        mode               passes keys  drain    bucket   level
-        {"constant",                  VbrMode::Constant, 1,     8000, 100'000, 100'000, 0},
-        {"constant, many keys",       VbrMode::Constant, 1,      1000, 100'000, 100'000, 0},
-        {"constant, planned",         VbrMode::Constant, 2,     8000, 100'000, 100'000, 0},
-        {"peak",                      VbrMode::Peak,     2,     2000, 200'000, 100'000, 0},
-        {"a device with a quality",   VbrMode::Quality,  1,     2000, 125'000, 100'000, 125'000},
-    };
-    // clang-format on
-    for (const Case& row : cases) {
-        SCOPED_TRACE(row.why);
-        EncodePlan plan = session::Plan(folder_->Path("bursts.wmv"));
-        plan.passes = row.passes;
-        plan.video = session::Video(bursts);
-        VideoPlan& video = *plan.video;
-        video.codec = &session::VideoCodec("wmv3");
-        video.mode = row.mode;
-        video.performance = 40;  // with B pictures
-        video.bit_rate_bps = 100'000;
-        video.buffer_ms = 1000;
-        video.peak_rate_bps = 200'000;
-        video.peak_buffer_ms = 500;
-        video.key_frame_distance_ms = row.key_distance_ms;
-        video.level_rate_bps = row.level_rate_bps;
-        video.level_buffer_bits = row.level_rate_bps > 0 ? 100'000 : 0;
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
-        const double fullest = test_support::FullestBucket(plan.FilePath(), row.drain_bps);
-        EXPECT_LE(fullest, row.bucket_bits);
-        EXPECT_GT(fullest, row.bucket_bits / 2) << "the bursts were none";
-        EXPECT_EQ(outcome.video.dropped_sample_count.Raw() + outcome.video.sample_count.Raw(), 200);
-    }
-}
-
-TEST_F(EncodeTable, KeyFramesComeByTime) {
-    for (const int distance_ms : {500, 2000}) {
-        EncodePlan plan = session::Plan(folder_->Path("keys.wmv"));
-        plan.video = session::Video(source_);
-        plan.video->key_frame_distance_ms = distance_ms;
-        session::Run(plan);
-        const std::vector<double> keys = clips::Decode(plan.FilePath()).key_times;
-        ASSERT_FALSE(keys.empty());
-        EXPECT_GE(keys.size(), static_cast<std::size_t>(6000 / distance_ms) - 1);
-        for (std::size_t i = 1; i < keys.size(); ++i)
-            EXPECT_LE(keys[i] - keys[i - 1], distance_ms / 1000.0 + 0.041);
+    for (const auto& [encoder, mode] :
+         {Case{"wmv2", VbrMode::Constant}, Case{"wmv2", VbrMode::BitRate},
+          Case{"wmv3", VbrMode::Constant}, Case{"wmv3", VbrMode::BitRate}}) {
+        SCOPED_TRACE(encoder);
+        std::string alone;
+        for (const int workers : {1, 5}) {
+            SCOPED_TRACE(workers);
+            EncodePlan plan = session::Plan(folder_->Path("workers.wmv"));
+            plan.passes = mode == VbrMode::BitRate ? 2 : 1;
+            VideoPlan video = session::Video(source_);
+            video.codec = &session::VideoCodec(encoder);
+            video.mode = mode;
+            video.performance = 40;
+            video.key_frame_distance_ms = 300;  // eight frames a GOP
+            video.encoder_threads = workers;
+            video.input.mark_out = Ticks::FromMilliseconds(2400);
+            plan.video = video;
+            session::Run(plan);
+            const std::string packets = Packets(plan.FilePath());
+            if (workers == 1) alone = packets;
+            EXPECT_EQ(std::count(packets.begin(), packets.end(), 'K'), 8);
+            EXPECT_EQ(packets, alone);
+        }
     }
 }
 

@@ -18,29 +18,20 @@ using namespace engine;
 using platform::EncoderState;
 using test_support::ErrorNumber;
 
-class Failure : public testing::Test {
-  protected:
-    static void SetUpTestSuite() {
-        folder_ = std::make_unique<clips::Folder>();
-        source_ = clips::Make(
-            "-f lavfi -i testsrc2=s=320x240:r=25 -f lavfi -i sine=440:r=44100 -t 20 -c:v mpeg4 "
-            "-q:v 5 -g 25 -c:a pcm_s16le",
-            folder_->Path("source.avi"));
-    }
-    static void TearDownTestSuite() { folder_.reset(); }
+class Failure : public clips::WithSource<Failure> {
+  public:
+    static constexpr char kSource[] =
+        "-f lavfi -i testsrc2=s=320x240:r=25 -f lavfi -i sine=440:r=44100 -t 20 -c:v mpeg4 -q:v 5 "
+        "-g 25 -c:a pcm_s16le";
 
+  protected:
     static EncodePlan Both(const std::string& source) {
         EncodePlan plan = session::Plan(folder_->Path("out.wmv"));
         plan.audio = session::Audio(source);
         plan.video = session::Video(source);
         return plan;
     }
-
-    static std::unique_ptr<clips::Folder> folder_;
-    static std::string source_;
 };
-std::unique_ptr<clips::Folder> Failure::folder_;
-std::string Failure::source_;
 
 // The moment is a media time: the stop comes once so much has been written.
 struct StopCase {

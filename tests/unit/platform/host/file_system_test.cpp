@@ -17,7 +17,6 @@ using platform::host::LocaleText;
 using platform::host::PathNames;
 using platform::host::PosixFileSystem;
 using test_support::ErrorNumber;
-using testing::HasSubstr;
 using testing::UnorderedElementsAre;
 
 class PosixFiles : public testing::Test {
