@@ -1,4 +1,5 @@
-// Every line that the program can print, as a user of the console gets it, with the exit status.
+// What a user of the console reads, with the exit status: a line from each room of the program,
+// whose own tests have the others.
 #include <algorithm>
 #include <fstream>
 
@@ -88,17 +89,9 @@ TEST(Messages, EachRefusedCommandEndsWithItsStatusAndItsLine) {
         {"profile code", encode + Words{"-profile", "av5x"}, "No predefined profile found.\n"},
         {"profile file", encode + Words{"-loadprofile", folder / "no.prx"}, "Invalid profile: 0x"},
         {"audio mode", encode + Words{"-a_mode", "7"}, "Invalid -a_mode <mode_number>\n"},
-        {"video mode", encode + Words{"-v_mode", "5"}, "Invalid -v_mode <mode_number>\n"},
         {"audio rate", encode + Words{"-a_setting", "50_44_2"}, "Invalid audio bit rate 50000\n"},
-        {"sampling rate", encode + Words{"-a_setting", "64_45_2"}, "Invalid audio sample rate 45000\n"},
-        {"channels", encode + Words{"-a_setting", "64_44_3"}, "Invalid audio channels 3\n"},
-        {"bits", encode + Words{"-a_setting", "64_44_2_17"}, "Invalid bits per sample 17\n"},
-        {"no number in a format", encode + Words{"-a_setting", "Qx_44_2"},
-         "Invalid format x expecting integer value\n"},
         {"uncompressed video only", encode + Words{"-v_codec", "UNCOMP"},
          "Audio codec must be uncompressed when using uncompressed video codec\n"},
-        {"uncompressed audio only", encode + Words{"-a_codec", "PCM"},
-         "Video codec must be uncompressed when using uncompressed audio codec\n"},
 
         // run
         {"output that is the input", {"-input", clip, "-output", clip, "-silent"},
@@ -125,63 +118,27 @@ TEST(Messages, EachRefusedCommandEndsWithItsStatusAndItsLine) {
 
 TEST(Messages, AFilterThatOnlyDeinterlacesSaysHowTheSizeIsSet) {
     const TempFolder folder;
-    const std::string clip = MakeSmallClip(folder);
-    for (const char* filter : {"2", "3", "4"}) {
-        const CommandResult result =
-            Console({"-input", clip, "-output", folder / "out.wmv", "-v_preproc", filter});
-        EXPECT_EQ(CountLines(result.out,
-                             "Preprocessing mode not supported. Use -height and -width to adjust "
-                             "video size.\n"),
-                  1)
-            << result.out;
-    }
+    const CommandResult result = Console(
+        {"-input", MakeSmallClip(folder), "-output", folder / "out.wmv", "-v_preproc", "2"});
+    EXPECT_EQ(CountLines(result.out,
+                         "Preprocessing mode not supported. Use -height and -width to adjust "
+                         "video size.\n"),
+              1)
+        << result.out;
 }
 
-TEST(Messages, PerformanceOutsideItsSetIsRefusedWithoutALine) {
-    const CommandResult result = Console({"-v_performance", "50", "-silent"});
-    EXPECT_EQ(result.status, kRefused);
-    EXPECT_EQ(result.out, "");
-}
-
-TEST(Messages, ListingsHaveTheirHeadingsCaptionsAndColumns) {
-    struct Case {
-        const char* word;
-        std::vector<std::string> lines;
+TEST(Messages, ListingsComeFromTheEncoder) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"-devices", "audio device:\n"},
+        {"-a_codecs", "\t[5] PCM : PCM\n"},
+        {"-v_codecs", "\t[6] UNCOMP : Full frames (uncompressed)\n"},
+        {"-a_formats",
+         "\t\tQ100_44_2_16            Q100            44                  2         16\n"},
     };
-    const std::string rule = "\t\t" + std::string(84, '-') + "\n";
-    const std::vector<std::string> captions = {
-        "CBR Mode :\n", "Peak Bit Rate-Based VBR Audio Mode :\n",
-        "Quality-Based VBR Audio Mode :\n", "Bit Rate-Based VBR Audio Mode :\n"};
-    // clang-format off
-    const Case kCases[] = {
-        {"-devices",  {"audio device:\n", "video device:\n"}},
-        {"-a_codecs", {"\nAudio Codecs: \n", "\t[1] WMA9STD : Windows Media Audio 9",
-                       "\t[2] WMA9PRO : Windows Media Audio 9 Professional",
-                       "\t[3] WMA9LSL : Windows Media Audio 9 Lossless",
-                       "\t[4] WMSP9 : Windows Media Audio 9 Voice", "\t[5] PCM : PCM\n"}},
-        {"-v_codecs", {"\nVideo Codecs: \n", "\t[1] WMV7 : Windows Media Video 7",
-                       "\t[2] WMV8 : Windows Media Video 8", "\t[3] WMV9 : Windows Media Video 9",
-                       "\t[4] WMS9 : Windows Media Video 9 Screen",
-                       "\t[5] MP41 : ISO MPEG-4 Video v1\n",
-                       "\t[6] UNCOMP : Full frames (uncompressed)\n"}},
-        {"-a_formats", {"\nAudio Codecs: \n", rule,
-                        "\t\tArgument                Bitrate         Sampling rate       Channel\n",
-                        "\t\tArgument                Bitrate         Sampling rate       Channel   "
-                        "BitsPerSample\n",
-                        "\t\tArgument                Quality         Sampling rate       Channel\n",
-                        "\t\tArgument                Quality         Sampling rate       Channel   "
-                        "BitsPerSample\n",
-                        "\t\t64_44_2                 64              44                  2\n",
-                        "\t\tQ75_44_2                Q75             44                  2\n",
-                        "\t\tQ100_44_2_16            Q100            44                  2         16\n"}},
-    };
-    // clang-format on
-    for (const Case& each : kCases) {
-        SCOPED_TRACE(each.word);
-        const CommandResult result = Console({each.word});
+    for (const auto& [word, line] : rows) {
+        const CommandResult result = Console({word});
         EXPECT_EQ(result.status, kDone) << result.err;
-        ExpectLines(result.out, each.lines);
-        if (std::string(each.word) != "-devices") ExpectLines(result.out, captions);
+        EXPECT_GE(CountLines(result.out, line), 1) << word;
         EXPECT_EQ(result.err, "Initializing Codecs...\n");
     }
 }
@@ -201,50 +158,20 @@ TEST(Messages, AFileAloneIsDescribed) {
     ExpectLines(result.out, {"General\n", "Video\n", "Audio\n"});
 }
 
-TEST(Messages, TheReportHasItsLabelsAndTheStatusItsSteps) {
+TEST(Messages, TheStatusSaysItsStepsAndPasses) {
     const TempFolder folder;
     const std::string clip = MakeSmallClip(folder);
-    // clang-format off
-    const std::vector<std::string> audio = {
-        "Audio :\n", "\tAverage bit rate:     \t\t", "\tExpected sample rate: \t",
-        "\tAverage sample rate:  \t", "\tDropped byte count:   \t0 bytes\n",
-        "\tDropped sample rate:  \t0.0\n", "\tTotal bytes:          \t\t"};
-    const std::vector<std::string> video = {
-        "Video :\n", "\tAverage bit rate: \t\t", "\tExpected fps: \t\t10\n",
-        "\tDropped frame count: \t0\n", "\tTotal coded frames: \t20\n",
-        "\tAverage sample rate: \t", "\tDropped bytes: \t\t0 bytes\n", "\tTotal bytes: \t\t"};
-    const std::vector<std::string> overall = {
-        "======== Encoding Completed ========\n\n\n", "Overall:\n", "\tEncoding time: \t\t",
-        "\tAverage bit rate: \t\t", "\tFile size: \t\t\t", "\tFile duration: \t\t2 seconds \n"};
-
-    struct Case {
-        const char* why;
-        std::vector<std::string> options;
-        std::vector<std::vector<std::string>> blocks;
-        int codec_lines;
-        int expected_rate_lines;
-        const char* passes;
-    };
-    const Case kCases[] = {
-        {"both streams", {"-profile", "av100"}, {audio, video, overall}, 2, 2, "1 \\ 1"},
-        {"two passes", {"-profile", "av100_2p"}, {audio, video, overall}, 2, 2, "1 \\ 2"},
-        {"audio alone", {"-profile", "a64"}, {audio, overall}, 1, 1, "1 \\ 1"},
-        {"video alone", {"-profile", "v20"}, {video, overall}, 1, 1, "1 \\ 1"},
-        {"a quality has no expected rate", {"-v_mode", "2"}, {audio, video, overall}, 2, 1,
-         "1 \\ 1"},
-    };
-    // clang-format on
-    for (const Case& each : kCases) {
-        SCOPED_TRACE(each.why);
+    const std::pair<const char*, const char*> rows[] = {{"av100", "1 \\ 1"},
+                                                        {"av100_2p", "1 \\ 2"}};
+    for (const auto& [profile, passes] : rows) {
+        SCOPED_TRACE(profile);
         const CommandResult result =
-            Console(Words{"-input", clip, "-output", folder / "out"} + each.options);
+            Console({"-input", clip, "-output", folder / "out", "-profile", profile});
         ASSERT_EQ(result.status, kDone) << result.out << result.err;
-        for (const auto& block : each.blocks) ExpectLines(result.out, block);
-        EXPECT_EQ(CountLines(result.out, "\tCodec: \t\t\tWindows Media "), each.codec_lines);
-        EXPECT_EQ(CountLines(result.out, "\tExpected bit rate: \t\t"), each.expected_rate_lines);
-        ExpectLines(result.err,
-                    {"Initializing Codecs...\n",
-                     std::string("  Running... Pass:  ") + each.passes + "\n", "  Done.\n"});
+        EXPECT_EQ(CountLines(result.out, "\tCodec: \t\t\tWindows Media "), 2);
+        EXPECT_EQ(CountLines(result.out, "\tTotal coded frames: \t20\n"), 1);
+        ExpectLines(result.err, {"Initializing Codecs...\n",
+                                 std::string("  Running... Pass:  ") + passes + "\n", "  Done.\n"});
     }
 }
 

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr int kFailed = 2;
 constexpr int kKilled = 128 + SIGKILL;
-constexpr int kMediaFiles = 90;  // each kind under each name
+constexpr int kMediaFiles = 90;
 constexpr int kBrokenFiles = 10;
 constexpr int kOtherFiles = 20;  // of no accepted extension
 constexpr int kKills = 10;

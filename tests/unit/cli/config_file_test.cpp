@@ -16,10 +16,10 @@ struct SavedCase {
 };
 
 TEST(ConfigFiles, TheSavedTextFollowsTheSharedIndex) {
+    // clang-format off
     const SavedCase cases[] = {
         // 0-3 copied, 4 skips 5, end.
-        {"no file read", "-", "-input a.avi -output b.wmv -s_config new",
-         "-input a.avi -output b.wmv "},
+        {"no file read", "-", "-input a.avi -output b.wmv -s_config new", "-input a.avi -output b.wmv "},
         // 0 skips 1, 2-3 copied.
         {"the name to save stands first", "-", "-s_config new -input a.avi", "-input a.avi "},
         // 0 copied, 1 is the file's name; the file leaves 9, so the pass goes on at 10: the end.
@@ -40,16 +40,15 @@ TEST(ConfigFiles, TheSavedTextFollowsTheSharedIndex) {
          "-input a.avi -output b.wmv -config "},
         // 0 copied, 1 is the file's name; the file leaves 3, the pass goes on at 4: 3, "-s_config",
         // is not seen, so 4, its name, is copied.
-        {"the word -s_config itself passed over", "-title t -silent",
-         "-config job -audioonly -s_config new", "-config new "},
+        {"the word -s_config itself passed over", "-title t -silent", "-config job -audioonly -s_config new", "-config new "},
         // 0-3 copied, 4 skips 5, 6 copied, 7 is the file's name; the file leaves 8, end.
         {"-config last", "-title t -author a -rating r -verbose 1",
          "-input a.avi -output b.wmv -s_config new -config job",
          "-input a.avi -output b.wmv -config "},
         // 0-3 are words like all others here, and "-S_CONFIG" saves in the main pass.
-        {"upper case is copied and saves", "-", "-input a.avi -S_CONFIG new",
-         "-input a.avi -S_CONFIG new "},
+        {"upper case is copied and saves", "-", "-input a.avi -S_CONFIG new", "-input a.avi -S_CONFIG new "},
     };
+    // clang-format on
     for (const SavedCase& row : cases) {
         SCOPED_TRACE(row.why);
         ParserBench bench;
@@ -180,16 +179,12 @@ TEST(ConfigFiles, TheFirstLineIsACommand) {
         {"blanks around", "  -title t  ", true, false, {}, {.silent = true, .title = "t"}, {}},
         {"further lines", "-title t\n-author a\n", true, false, {}, {.silent = true, .title = "t"}, {}},
         {"line end of another system", "-title t\r\n", true, false, {}, {.silent = true, .title = "t"}, {}},
-        {"two blanks inside", "-title t  -author a", false, true, {"Invalid parameter: "},
-         {.title = "t"}, {}},
-        {"blanks only", "   \n-title t", false, true, {"Configuration file /home/job is empty"}, {},
-         {}},
-        {"empty first line", "\n-title t", false, true, {"Configuration file /home/job is empty"},
-         {}, {}},
+        {"two blanks inside", "-title t  -author a", false, true, {"Invalid parameter: "}, {.title = "t"}, {}},
+        {"blanks only", "   \n-title t", false, true, {"Configuration file /home/job is empty"}, {}, {}},
+        {"empty first line", "\n-title t", false, true, {"Configuration file /home/job is empty"}, {}, {}},
         {"a listing word alone", "-devices", false, false, {}, {}, {"ListDevices"}},
         {"an input alone", "-input a.avi", false, false, {}, {.input = "a.avi"}, {"PrintFileInfo"}},
-        {"refused value", "-v_width x", false, true,
-         {"Expect integer value for parameter -v_width"}, {}, {}},
+        {"refused value", "-v_width x", false, true, {"Expect integer value for parameter -v_width"}, {}, {}},
     };
     // clang-format on
     for (const ContentCase& row : cases) {

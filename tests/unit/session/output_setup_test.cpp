@@ -98,8 +98,7 @@ TEST(OutputSetup, BroadcastsAndPushes) {
 // clang-format off
 const SettingsCase kTimeCases[] = {
     // why, settings, calls
-    {"a start alone", Set(&Settings::time, cli::TimeSettings{1000, {}}),
-     {"Audio.MarkIn=1000", "Video.MarkIn=1000"}},
+    {"a start alone", Set(&Settings::time, cli::TimeSettings{1000, {}}), {"Audio.MarkIn=1000", "Video.MarkIn=1000"}},
     {"to the end of the file", Set(&Settings::time, cli::TimeSettings{0, 0}),
      {"Audio.MarkIn=0", "Video.MarkIn=0", "Audio.MarkOut=0", "Video.MarkOut=0"}},
     {"a device with its duration", Set(&Settings::device_input, true, &Settings::duration, 5), {}},
@@ -148,8 +147,7 @@ const SettingsCase kDisplayCases[] = {
     {"coefficients are negated", Set(&Settings::a_folddown6to2, cli::FoldDownSettings{10, 3, 0}),
      {"Attributes.Add(SurroundMix, -10)", "Attributes.Add(CenterMix, -3)",
       "Attributes.Add(LFEMix, 0)"}},
-    {"the first coefficient alone decides",
-     Set(&Settings::a_folddown6to2, cli::FoldDownSettings{{}, 3, 3}), {}},
+    {"the first coefficient alone decides", Set(&Settings::a_folddown6to2, cli::FoldDownSettings{{}, 3, 3}), {}},
     {"a command was refused in the middle of the three",
      Set(&Settings::a_folddown6to2, cli::FoldDownSettings{10, {}, {}}),
      {"Attributes.Add(SurroundMix, -10)", "Attributes.Add(CenterMix, 1)",

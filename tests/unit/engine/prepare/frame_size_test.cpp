@@ -24,10 +24,8 @@ constexpr Margins kCut = {80, 100, 5, 15};
 const SizeCase kSizeCases[] = {
     // why, source, its pixels, codec, asked, non-square, coded, its pixels, cut off, and more
     {"the source's", 640, 480, {1, 1}, 1, 0, 0, false, 640, 480, {1, 1}},
-    {"odd width where it must be even", 641, 481, {1, 1}, 1, 0, 0, false, 640, 481, {1, 1}, {},
-     {0, 1, 0, 0}},
-    {"odd sides where they must be even", 641, 481, {1, 1}, 2, 0, 0, false, 640, 480, {1, 1}, {},
-     {0, 1, 0, 1}},
+    {"odd width where it must be even", 641, 481, {1, 1}, 1, 0, 0, false, 640, 481, {1, 1}, {}, {0, 1, 0, 0}},
+    {"odd sides where they must be even", 641, 481, {1, 1}, 2, 0, 0, false, 640, 480, {1, 1}, {}, {0, 1, 0, 1}},
     {"an odd size that was asked for", 640, 480, {1, 1}, 2, 321, 201, false, 320, 200, {1, 1}},
     {"odd size elsewhere", 641, 481, {1, 1}, 4, 0, 0, false, 641, 481, {1, 1}},
     {"asked", 640, 480, {1, 1}, 1, 320, 200, false, 320, 200, {1, 1}},

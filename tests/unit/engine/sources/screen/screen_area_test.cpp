@@ -84,16 +84,16 @@ TEST(ScreenAreas, HaveTheSizeThatTheyHaveOnTheScreen) {
         const char* text;
         const char* error;
     };
+    // clang-format off
     const Refusal refusals[] = {
-        {"region:21x30+300+210",
-         "The region 21x30+300+210 of the screen is not inside it: the screen is 320x240"},
+        {"region:21x30+300+210", "The region 21x30+300+210 of the screen is not inside it: the screen is 320x240"},
         {"region:20x30+400+0",
          "The region 20x30+400+0 of the screen is outside the screen, which "
          "is 320x240"},
         {"monitor:2", "There is no monitor 2: there are 2, counted from 0"},
-        {"window:notes",
-         "No open window has the title \"notes\": minimised ones cannot be recorded"},
+        {"window:notes", "No open window has the title \"notes\": minimised ones cannot be recorded"},
     };
+    // clang-format on
     for (const Refusal& each : refusals)
         EXPECT_EQ(ErrorOf([&] { SizeNow(ParseScreenArea(each.text)); }).description(), each.error);
     EXPECT_EQ(ErrorOf([] { SizeNow(AreaOfDevice("x11:monitor:up")); }).description(),
@@ -115,19 +115,15 @@ TEST(DamageBoxes, AreFewAndCoverAllThatWasAdded) {
     };
     std::vector<PixelBox> corners;
     for (int i = 0; i < 40; ++i) corners.push_back({i % 8 * 1000, i / 8 * 1000, 3, 4});
+    // clang-format off
     const Case cases[] = {
         {"nothing", {{5, 5, 0, 10}}, 0, 0},
-        {"lines of text next to each other",
-         {{0, 0, 500, 16}, {0, 16, 300, 16}, {0, 32, 9, 9}},
-         1,
-         1},
+        {"lines of text next to each other", {{0, 0, 500, 16}, {0, 16, 300, 16}, {0, 32, 9, 9}}, 1, 1},
         {"far from each other", {{0, 0, 10, 10}, {1000, 900, 10, 10}}, 2, 2},
-        {"one between makes one of both",
-         {{0, 0, 100, 100}, {180, 0, 100, 100}, {90, 0, 100, 100}},
-         1,
-         1},
+        {"one between makes one of both", {{0, 0, 100, 100}, {180, 0, 100, 100}, {90, 0, 100, 100}}, 1, 1},
         {"too many are joined at any price", corners, 2, DamageBoxes::kMost},
     };
+    // clang-format on
     for (const Case& each : cases) {
         SCOPED_TRACE(each.why);
         DamageBoxes boxes;
