@@ -38,7 +38,7 @@ bool HasOptionalValue(const std::vector<std::string>& words, std::size_t index) 
 
 struct ParameterParser::Call {
     const std::vector<std::string>& words;
-    const Call* outer;                // whose "-config" has led to these words, or null
+    const Call* outer;  // whose "-config" has led to these words, or null
     int depth = outer == nullptr ? 0 : outer->depth + 1;
     std::string text_to_save = {};    // what "-s_config" writes
     std::string save_name = {};       // from "-s_config"
