@@ -18,7 +18,7 @@
 namespace engine {
 namespace {
 
-constexpr std::uint32_t kRgb24 = 0xE436EB7D;
+constexpr platform::PixelFormatRow kRgb24 = *platform::FindPixelFormat(0xE436EB7D);
 // The mark by which FFmpeg's container formats tell their decoder that rows run upward; readers
 // that go by a positive height do not look at it.
 constexpr std::string_view kBottomUpMark("BottomUp\0", 9);
@@ -33,7 +33,7 @@ std::size_t RowBytes(int width, int bits) {
 FullFrameEncoder::FullFrameEncoder(const VideoPlan& plan, CodedFramePool& packets)
     : plan_(plan),
       packets_(packets),
-      pixels_(plan.pixels != nullptr ? *plan.pixels : *platform::FindPixelFormat(kRgb24)),
+      pixels_(plan.pixels != nullptr ? *plan.pixels : kRgb24),
       format_(av_get_pix_fmt(pixels_.av_name)),
       row_bytes_(RowBytes(plan.width, pixels_.bits)),
       frame_bytes_(row_bytes_ * static_cast<std::size_t>(plan.height)) {
