@@ -30,6 +30,9 @@ class EncodingRun::Events final : public platform::WMEncoderEvents {
     void OnError(std::int32_t number, const std::string& description) override {
         run_.g_objEncoder_OnError(number, description);
     }
+    void OnNotice(const std::string& text) override {
+        if (run_.on_notice_) run_.on_notice_(text);
+    }
 
   private:
     EncodingRun& run_;

@@ -71,6 +71,10 @@ class EncodingRun {
     void OnState(std::function<void(platform::EncoderState)> handler) {
         on_state_ = std::move(handler);
     }
+    /// Called with what the session's encoder has the person know.
+    void OnNotice(std::function<void(const std::string&)> handler) {
+        on_notice_ = std::move(handler);
+    }
     /// Counts the sessions, so that one who waits can tell its own from the next.
     std::uint64_t SessionNumber() const { return session_number_; }
 
@@ -106,6 +110,7 @@ class EncodingRun {
     std::string encode_error_text_;  // its description
     std::function<void(const RunEnd&)> on_end_;
     std::function<void(platform::EncoderState)> on_state_;
+    std::function<void(const std::string&)> on_notice_;
     WallTime g_dtStart;
     WallTime g_dtEnd;
     bool running_ = false;

@@ -36,6 +36,7 @@ frmMain::frmMain(platform::FormWindow& window, platform::Factory& factory, WallC
       parser_(settings_, readers_, pane_, actions_, session_) {
     pane_.OnError([this](const platform::ErrorReport& error) { run_log_.NoteError(error); });
     run_.OnState([this](platform::EncoderState state) { run_log_.TellState(state); });
+    run_.OnNotice([this](const std::string& text) { run_log_.TellNotice(text); });
     run_.OnEnd([this](const RunEnd& end) {
         run_log_.EndRun(end);
         if (!folder_run_.IsWalking()) run_log_.EndCommand(Status());

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "platform/error.h"
 
 namespace app {
@@ -28,6 +30,13 @@ void RunLog::BeginCommand() {
 }
 
 void RunLog::NoteError(const platform::ErrorReport& error) { last_error_ = error; }
+
+void RunLog::TellNotice(const std::string& text) {
+    std::vector<std::string>& told = command_.notices;
+    if (std::find(told.begin(), told.end(), text) != told.end()) return;
+    told.push_back(text);
+    if (listener_ != nullptr) listener_->OnNotice(text);
+}
 
 void RunLog::EndRun(const RunEnd& end) {
     platform::FileReport& report = command_.last;

@@ -37,6 +37,8 @@ class RunLog {
     void NoteCarriedOver(std::vector<std::string> options) {
         command_.carried_over = std::move(options);
     }
+    /// Kept for the report and told to the listener, once a command.
+    void TellNotice(const std::string& text);
     void NoteHint(std::string hint) { command_.hint = std::move(hint); }
 
     /// The session's run has come to its stopped state.

@@ -380,6 +380,9 @@ class WMEncoderEvents {
     virtual void OnStateChange(EncoderState state) = 0;
     /// A failure while running; the run then ends and the stopped state follows.
     virtual void OnError(std::int32_t number, const std::string& description) = 0;
+    /// A sentence that the person should know while all goes well: from within PrepareToEncode, or
+    /// before the stopped state.
+    virtual void OnNotice(const std::string& /*text*/) {}
 };
 
 class WMEncoder {

@@ -45,6 +45,8 @@ struct CommandReport {
     int files_failed = 0;
     /// Options of earlier commands that this one used too, with their values.
     std::vector<std::string> carried_over;
+    /// What the person should know although all went well, a sentence each.
+    std::vector<std::string> notices;
     /// What may help the person whose command was refused; "" where nothing comes to mind.
     std::string hint;
 };
@@ -72,6 +74,8 @@ class RunListener {
     /// The session's encoder is in a new state, which the form has shown already. Stopped also when
     /// the session lets go of an encoder that still runs.
     virtual void OnStateChange(EncoderState /*state*/) {}
+    /// One more of the running command's notices.
+    virtual void OnNotice(const std::string& /*text*/) {}
     /// A command that encoded something has come to its end, a folder with all its files.
     virtual void OnCommandEnd(const CommandReport& /*report*/) {}
     /// A command has ended in an error before anything was encoded.

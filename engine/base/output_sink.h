@@ -38,6 +38,8 @@ class OutputSink {
 
     /// What has been written so far; final after Finish.
     virtual OutputResult Result() const = 0;
+    /// A sentence on what Finish did beside completing the output, "" when there is nothing.
+    virtual std::string NoticeText() const { return {}; }
     /// A sentence on what a failed session has left and what to do with it, "" when there is
     /// nothing; after Finish or Abandon.
     virtual std::string RemainsText() const { return {}; }

@@ -20,6 +20,7 @@ namespace engine {
 struct RunCallbacks {
     std::function<void(platform::EncoderState)> on_state;
     std::function<void(std::int32_t number, const std::string& description)> on_error;
+    std::function<void(const std::string& text)> on_notice;  // what finishing a file has led to
 };
 
 /// What a run has written so far. Any thread.

@@ -47,12 +47,14 @@ void Encoder::PrepareToEncode(bool force) {
     // What was recorded before cannot be had again; what was encoded is encoded anew.
     if (plan.IsLive()) SetLeftoverAside(plan.FilePath());
     notes_ = LeftoverNotes(plan.FilePath());
+    const std::vector<std::string> notices = plan.notices;
     if (plan.IsLive()) {
         control_->Make(*parts_, std::move(plan));
         is_made_ = true;
     } else {
         prepared_ = std::move(plan);
     }
+    for (const std::string& notice : notices) control_->DeliverNotice(notice);
 }
 
 void Encoder::CheckToEncode(platform::FileSystem& files) {

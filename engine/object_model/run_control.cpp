@@ -30,6 +30,8 @@ void RunControl::Make(const EngineParts& parts, EncodePlan plan) {
         Posting([](RunControl& self, std::int32_t number, const std::string& description) {
             self.DeliverError(number, description);
         });
+    callbacks.on_notice =
+        Posting([](RunControl& self, const std::string& text) { self.DeliverNotice(text); });
     run_ = parts.make_run(std::move(plan), std::move(callbacks));
 }
 
@@ -83,6 +85,10 @@ void RunControl::Deliver(EncoderState state) {
 
 void RunControl::DeliverError(std::int32_t number, const std::string& description) {
     if (events_ != nullptr) events_->OnError(number, description);
+}
+
+void RunControl::DeliverNotice(const std::string& text) {
+    if (events_ != nullptr) events_->OnNotice(text);
 }
 
 }  // namespace engine

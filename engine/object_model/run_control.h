@@ -20,6 +20,7 @@ class RunControl : public std::enable_shared_from_this<RunControl> {
     bool IsRunning() const { return state_ != platform::EncoderState::Stopped; }
     platform::EncoderState State() const { return state_; }
     void SetEvents(platform::WMEncoderEvents* events) { events_ = events; }
+    void DeliverNotice(const std::string& text);
 
     /// Forgets the run before and makes one of the plan, which opens its inputs and its output.
     /// Throws what making it throws.

@@ -91,6 +91,8 @@ void EncodingRun::Control() {
     } else {
         if (!loss_) AnnounceStopping();
         Trap([&] { outputs_.Finish(); });
+        if (callbacks_.on_notice)
+            for (const std::string& notice : outputs_.Notices()) callbacks_.on_notice(notice);
         if (cause_)
             Report(*cause_, outputs_.RemainsText());
         else if (loss_)

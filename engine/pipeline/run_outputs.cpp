@@ -1,5 +1,6 @@
 #include "engine/pipeline/run_outputs.h"
 
+#include <utility>
 #include <variant>
 
 #include "platform/error.h"
@@ -54,6 +55,14 @@ std::string RunOutputs::RemainsText() const {
         text += remains;
     }
     return text;
+}
+
+std::vector<std::string> RunOutputs::Notices() const {
+    std::vector<std::string> notices;
+    for (const auto& sink : sinks_)
+        if (std::string notice = sink->NoticeText(); !notice.empty())
+            notices.push_back(std::move(notice));
+    return notices;
 }
 
 void RunOutputs::TellStatistics() {

@@ -25,6 +25,8 @@ class RunOutputs {
     void Finish();
     void Abandon();
     std::string RemainsText() const;
+    /// Of each output that has one.
+    std::vector<std::string> Notices() const;
 
   private:
     void TellStatistics();

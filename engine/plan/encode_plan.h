@@ -136,6 +136,9 @@ struct VideoPlan {
 /// A file that holds the whole session.
 struct FileOutput {
     std::string path;  // the host's own
+    /// A file that has the name already is renamed, not replaced: what was recorded cannot be had
+    /// again.
+    bool keeps_existing = false;
 };
 
 /// Where the coded streams go.
@@ -152,6 +155,7 @@ struct EncodePlan {
     std::vector<std::pair<std::string, platform::AttributeValue>> attributes;
     std::uint32_t min_packet_bytes = 0;  // 0 = not asked for
     std::uint32_t max_packet_bytes = 0;
+    std::vector<std::string> notices;  // what the person should know of it, a sentence each
 
     /// Of the file among the outputs; "" where there is none.
     std::string FilePath() const {

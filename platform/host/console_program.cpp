@@ -85,7 +85,7 @@ class LineReader {
     bool at_end_ = false;
 };
 
-class ConsoleRun {
+class ConsoleRun : private RunListener {
   public:
     ConsoleRun(const ConsoleCall& call, EngineMakers makers, const FormMaker& make_form,
                const ConsoleStreams& streams)
@@ -107,6 +107,7 @@ class ConsoleRun {
         form_->Form_Load();
         // The first tick would run a command by itself; here commands come from words only.
         window_.Timer1().SetEnabled(false);
+        form_->SetRunListener(this);
         if (call_.json) ReportAsJson();
     }
 
@@ -140,6 +141,11 @@ class ConsoleRun {
     /// Where a program that runs this one reads what came of its commands.
     ConsoleOutput& Results() { return call_.json ? json_output_ : output_; }
 
+    void OnFileEnd(const FileReport& report) override {
+        if (call_.json) json_.OnFileEnd(report);
+    }
+    void OnNotice(const std::string& text) override { output_.WriteNote(text); }
+
     void Run(const std::vector<std::string>& words) {
         if (call_.json) json_.BeginCommand();
         form_->RunCommand(words);
@@ -154,7 +160,6 @@ class ConsoleRun {
 
     void ReportAsJson() {
         output_.HideProgress();
-        form_->SetRunListener(&json_);
         window_.OnIdle([this](bool ticked) {
             if (!form_->IsBusy()) return;
             const RunProgress progress = form_->Progress();

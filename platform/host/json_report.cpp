@@ -152,6 +152,7 @@ void JsonReport::WriteReport(const CommandReport& report, ExitStatus status) {
         object["files_completed"] = report.files_completed;
         object["files_failed"] = report.files_failed;
     }
+    object["notices"] = report.notices;
     object["exit_status"] = Number(status);
     Write(output_, object);
 }

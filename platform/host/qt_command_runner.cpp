@@ -46,7 +46,8 @@ CommandRunner::CommandRunner(QWidget& window, CommandEdit& command, CommandQueue
       message_(message),
       clear_figures_(std::move(clear_figures)),
       question_(window) {
-    watch.OnBegin([this] { ShowCarriedOver(); });
+    watch.OnBegin([this] { ShowNotes(); });
+    watch.OnNotices([this] { ShowNotes(); });
     watch.OnEnd([this](const CommandReport& report) {
         ShowFailure(report);
         next_call_.Post();
@@ -106,8 +107,12 @@ void CommandRunner::ShowFailure(const CommandReport& report) {
     message_.ShowError(text.isEmpty() ? Text("The command was refused.") : text, given_);
 }
 
-void CommandRunner::ShowCarriedOver() {
-    const QString note = StillInForce(form_->Report());
+void CommandRunner::ShowNotes() {
+    const CommandReport report = form_->Report();
+    QStringList notes;
+    for (const std::string& notice : report.notices) notes << QString::fromStdString(notice);
+    notes << StillInForce(report);
+    const QString note = Joined(notes);
     if (!note.isEmpty()) message_.ShowNote(note, given_);
 }
 

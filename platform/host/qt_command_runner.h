@@ -36,7 +36,7 @@ class CommandRunner {
     bool WouldReplaceTheRun() const;
     void Start(const std::function<void()>& go);
     void ShowFailure(const CommandReport& report);
-    void ShowCarriedOver();
+    void ShowNotes();
     void RunNext();
 
     CommandEdit& command_;

@@ -42,6 +42,10 @@ void RunWatch::OnStateChange(EncoderState state) {
     for (const auto& handler : on_phase_) handler();
 }
 
+void RunWatch::OnNotice(const std::string& /*text*/) {
+    for (const auto& handler : on_notices_) handler();
+}
+
 void RunWatch::OnCommandEnd(const CommandReport& report) {
     for (const auto& handler : on_end_) handler(report);
 }

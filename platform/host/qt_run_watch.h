@@ -37,8 +37,12 @@ class RunWatch : public RunListener {
         on_refused_.push_back(std::move(handler));
     }
 
+    /// The running command has one more notice.
+    void OnNotices(std::function<void()> handler) { on_notices_.push_back(std::move(handler)); }
+
     void OnFileEnd(const FileReport& /*report*/) override {}
     void OnStateChange(EncoderState state) override;
+    void OnNotice(const std::string& text) override;
     void OnCommandEnd(const CommandReport& report) override;
     void OnCommandRefused(const CommandReport& report) override;
 
@@ -48,6 +52,7 @@ class RunWatch : public RunListener {
     bool is_capture_ = false;
     std::vector<std::function<void()>> on_begin_;
     std::vector<std::function<void()>> on_phase_;
+    std::vector<std::function<void()>> on_notices_;
     std::vector<std::function<void(const CommandReport&)>> on_end_;
     std::vector<std::function<void(const CommandReport&)>> on_refused_;
 };

@@ -138,6 +138,18 @@ TEST_F(Commands, WhatIsStillInForceIsNamed) {
     EXPECT_EQ(Message(), "");
 }
 
+TEST_F(Commands, NoticesOfTheRunStandTogether) {
+    Type("-input b.avi");
+    PressGo();
+    form_.report.notices = {"The pixels are not square."};
+    form_.listener->OnNotice(form_.report.notices.back());
+    EXPECT_EQ(Message(), "The pixels are not square.");
+    form_.report.carried_over = {"-audioonly"};
+    form_.listener->OnStateChange(EncoderState::Running);
+    EXPECT_THAT(Message(), HasSubstr("not square. Still in force: -audioonly"));
+    EXPECT_FALSE(Line().HasError());
+}
+
 TEST_F(Commands, FiguresOfTheRunBeforeAreCleared) {
     const auto fill = [this] {
         window().pb1().SetValue(100);

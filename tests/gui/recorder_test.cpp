@@ -320,13 +320,10 @@ TEST_F(Recorder, WhatNobodyWatchedIsNotified) {
         form_.progress.input = "";
         Deliver(EncoderState::Running);
         Deliver(EncoderState::Stopped);
-        form_.listener->OnCommandEnd(
-            {{CommandEnd::Completed, "", "/v/last.wmv", 0, {}, {}, 0, {}, {}},
-             false,
-             0,
-             0,
-             {},
-             {}});
+        platform::CommandReport next;
+        next.last.end = CommandEnd::Completed;
+        next.last.output = "/v/last.wmv";
+        form_.listener->OnCommandEnd(next);
         const std::string last = "last.wmv is recorded|/v/last.wmv";
         RunUntil([&] { return !service.shown.empty() && service.shown.back() == last; });
         service.shown.pop_back();
