@@ -10,7 +10,7 @@ namespace {
 // One for each kind of output: a kind that lacks its maker does not build.
 struct Maker {
     std::unique_ptr<OutputSink> operator()(const FileOutput& file) const {
-        return std::make_unique<asf::AsfFile>(file.path);
+        return std::make_unique<asf::AsfFile>(file.path, file.keeps_existing);
     }
 };
 

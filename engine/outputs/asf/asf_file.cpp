@@ -10,7 +10,8 @@
 
 namespace engine::asf {
 
-AsfFile::AsfFile(std::string path) : path_(std::move(path)) {}
+AsfFile::AsfFile(std::string path, bool keeps_existing)
+    : path_(std::move(path)), keeps_existing_(keeps_existing) {}
 
 AsfFile::~AsfFile() {
     if (part_ && !done_ && packets_ == 0) part_->Discard();
@@ -101,7 +102,12 @@ void AsfFile::Finish() {
     platform::ErrorTrap trap;
     Complete(trap);
     if (!failure_ && !trap.HasError()) {
-        trap([&] { part_->Publish(); });
+        trap([&] {
+            if (keeps_existing_)
+                set_aside_ = part_->PublishBeside();
+            else
+                part_->Publish();
+        });
     } else if (packets_ == 0) {
         part_->Discard();
     }
@@ -140,6 +146,11 @@ void AsfFile::AppendIndexes() {
         part_->File().CutTo(data_begin_ + packets_ * facts_.packet_bytes);
         if (!failure_) throw;  // else the caller knows of the full disk already
     }
+}
+
+std::string AsfFile::NoticeText() const {
+    if (set_aside_.empty()) return {};
+    return fmt::format("\"{}\" was there already; that file is \"{}\" now.", path_, set_aside_);
 }
 
 std::string AsfFile::RemainsText() const {

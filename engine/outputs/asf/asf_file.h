@@ -33,7 +33,8 @@ namespace engine::asf {
 class AsfFile final : public OutputSink {
   public:
     /// @param path  the host's own; its part is made at Begin
-    explicit AsfFile(std::string path);
+    /// @param keeps_existing  a file that has the name in the end is renamed, not replaced
+    explicit AsfFile(std::string path, bool keeps_existing = false);
     /// Without Finish or Abandon the part is left as a killed process leaves it.
     ~AsfFile() override;
     AsfFile(const AsfFile&) = delete;
@@ -46,6 +47,7 @@ class AsfFile final : public OutputSink {
     void Finish() override;
     /// Completes the part as far as that is possible, and leaves it a part.
     void Abandon() override;
+    std::string NoticeText() const override;
     std::string RemainsText() const override;
     OutputResult Result() const override;
 
@@ -62,6 +64,8 @@ class AsfFile final : public OutputSink {
     HeaderNumbers FinalNumbers() const;
 
     std::string path_;
+    bool keeps_existing_;
+    std::string set_aside_;  // the new name of a file that had ours, "" = there was none
     OutputHeader header_;
     HeaderFacts facts_;
     std::optional<PartFile> part_;

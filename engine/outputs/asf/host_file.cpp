@@ -13,6 +13,7 @@
 
 #include "engine/outputs/asf/byte_reader.h"
 #include "engine/outputs/asf/file_identity.h"
+#include "engine/outputs/asf/free_name.h"
 #include "engine/outputs/asf/guids.h"
 #include "platform/error.h"
 #include "platform/posix/system_error.h"
@@ -147,6 +148,13 @@ void HostFile::Rename(const std::string& path) {
     RequireName();
     if (::rename(path_.c_str(), path.c_str()) != 0) FailToWrite(called_, errno);
     path_ = path;
+}
+
+bool HostFile::RenameToFree(const std::string& path) {
+    RequireName();
+    if (!RenameUnlessTaken(path_, path)) return false;
+    path_ = path;
+    return true;
 }
 
 void HostFile::SetPermissions(unsigned mode) {

@@ -42,6 +42,8 @@ class HostFile {
     void RequireName() const;
     /// The file's new name; one that is there is replaced. Requires the old one.
     void Rename(const std::string& path);
+    /// The same, unless something has the new name: then nothing happens, and the answer is false.
+    bool RenameToFree(const std::string& path);
     void SetPermissions(unsigned mode);
 
     const std::string& path() const { return path_; }

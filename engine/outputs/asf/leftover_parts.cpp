@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "engine/outputs/asf/free_name.h"
 #include "engine/outputs/asf/part_name.h"
 #include "platform/posix/file_descriptor.h"
 
@@ -78,17 +79,8 @@ void SetLeftoverAside(const std::string& output_path) {
     const fs::path target = OutputTarget(output_path);
     const std::string leftover = PartName(target);
     if (!IsLeftover(leftover)) return;
-    for (int number = 1;; ++number) {
-        fs::path name = target.stem();
-        name += "-" + std::to_string(number);
-        name += target.extension();
-        const fs::path beside = target.parent_path() / name;
-        const std::string part = PartName(beside.string());
-        std::error_code error;
-        if (fs::exists(beside, error) || fs::exists(part, error)) continue;
-        fs::rename(leftover, part, error);
-        return;
-    }
+    std::error_code stays;
+    fs::rename(leftover, PartName(FreeNameBeside(target.string())), stays);
 }
 
 }  // namespace engine

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "engine/outputs/asf/free_name.h"
 #include "engine/outputs/asf/part_name.h"
 
 namespace engine::asf {
@@ -24,29 +25,43 @@ PartFile::PartFile(const std::string& path) : target_(OutputTarget(path)) {
 }
 
 void PartFile::Append(std::span<const std::uint8_t> bytes) {
-    if (path_ != target_) file_->RequireName();
+    if (!IsInPlace()) file_->RequireName();
     file_->Append(bytes);
 }
 
 void PartFile::Publish() {
     file_->Sync();
-    if (path_ != target_) {
+    if (!IsInPlace()) {
         file_->Rename(target_);
         path_ = target_;
     }
     file_.reset();
 }
 
+// Renaming the other file belongs here and not to the start: a recording that comes to nothing
+// leaves it under its name, and one that comes up meanwhile is kept too. Between the two renames
+// nothing has the name, and the part, which is whole, waits under its own for a repair to find it.
+std::string PartFile::PublishBeside() {
+    file_->Sync();
+    std::string aside;
+    if (!IsInPlace()) {
+        while (!file_->RenameToFree(target_)) aside = SetAside(target_);
+        path_ = target_;
+    }
+    file_.reset();
+    return aside;
+}
+
 void PartFile::Discard() {
     std::error_code none;
     // A file of this name that is another's by now stays.
-    if (path_ != target_ && file_ && file_->HasName()) std::filesystem::remove(path_, none);
+    if (!IsInPlace() && file_ && file_->HasName()) std::filesystem::remove(path_, none);
     file_.reset();
     discarded_ = true;
 }
 
 std::string PartFile::Remains() const {
-    const bool left = !discarded_ && path_ != target_ && file_ && file_->HasName();
+    const bool left = !discarded_ && !IsInPlace() && file_ && file_->HasName();
     return left ? path_ : std::string();
 }
 

@@ -26,6 +26,9 @@ class PartFile {
     void Append(std::span<const std::uint8_t> bytes);
     /// Gives the file its name, atomically replacing one that has it. Nothing else may follow.
     void Publish();
+    /// The same, but a file that has the name gets a free one beside it ("a.wmv" becomes
+    /// "a-1.wmv"), which is returned; "" when none had it.
+    std::string PublishBeside();
     /// Removes the part. Never fails; nothing else may follow.
     void Discard();
 
@@ -33,6 +36,8 @@ class PartFile {
     std::string Remains() const;
 
   private:
+    bool IsInPlace() const { return path_ == target_; }
+
     std::string target_;
     std::string path_;  // of the part
     std::optional<HostFile> file_;

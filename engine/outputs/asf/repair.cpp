@@ -1,10 +1,7 @@
 #include "engine/outputs/asf/repair.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <span>
 #include <system_error>
@@ -13,6 +10,7 @@
 
 #include "engine/outputs/asf/byte_reader.h"
 #include "engine/outputs/asf/byte_writer.h"
+#include "engine/outputs/asf/free_name.h"
 #include "engine/outputs/asf/header.h"
 #include "engine/outputs/asf/host_file.h"
 #include "engine/outputs/asf/inspection.h"
@@ -148,16 +146,9 @@ std::string FoundText(const std::string& path, const Inspection& found) {
 std::string Publish(const std::string& path, std::string& lines) {
     std::string target = TargetOfPart(path);
     if (target.empty()) return path;
-    if (::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0)
-        return target;
-    std::error_code none;
-    if (errno == EEXIST || fs::exists(fs::symlink_status(target, none))) {
-        lines += fmt::format("{} exists, so the file stays {}\n", target, path);
-        return path;
-    }
-    // A file system that knows no such rename.
-    if (::rename(path.c_str(), target.c_str()) != 0) FailToWrite(target, errno);
-    return target;
+    if (RenameUnlessTaken(path, target)) return target;
+    lines += fmt::format("{} exists, so the file stays {}\n", target, path);
+    return path;
 }
 
 /// A name beside the file that nothing has.
