@@ -7,16 +7,12 @@
 #include <utility>
 
 #include "engine/base/av/av_error.h"
+#include "engine/filters/colours.h"
 
 namespace engine {
 namespace {
 
 constexpr const char* kSubject = "Conversion of the picture failed";
-
-bool UsesBt601(AVColorSpace space) {
-    return space == AVCOL_SPC_UNSPECIFIED || space == AVCOL_SPC_SMPTE170M ||
-           space == AVCOL_SPC_BT470BG;
-}
 
 const char* Upright(double turn) {
     const long quarters = std::lround(turn / 90.0) % 4;
@@ -36,7 +32,11 @@ const char* Upright(double turn) {
 
 FrameConverter::FrameConverter(const VideoPlan& plan, const VideoFrameFormat& format, double turn,
                                FramePool& frames)
-    : crop_(plan.crop), format_(format), turn_(turn), frames_(frames) {
+    : crop_(plan.crop),
+      format_(format),
+      matrix_(AssumedMatrix(format.width, format.height)),
+      turn_(turn),
+      frames_(frames) {
     if (plan.fields != FieldCoding::None) scaling_ = ":interl=1";
     if (plan.pixels == nullptr) return;
     const AVPixelFormat through = av_get_pix_fmt(plan.pixels->av_name);
@@ -51,20 +51,22 @@ bool FrameConverter::IsInPlace(const FrameShape& shape) const {
 }
 
 bool FrameConverter::Fits(const FrameShape& shape) const {
-    return IsInPlace(shape) && shape.format == format_.pixels && UsesBt601(shape.space) &&
-           shape.range != AVCOL_RANGE_JPEG;
+    return IsInPlace(shape) && shape.format == format_.pixels && HasColoursOf(shape, matrix_);
 }
 
-std::string FrameConverter::Chain() const {
+std::string FrameConverter::Chain(const FrameShape& shape) const {
     std::string chain = Upright(turn_);
     if (crop_ != Margins{})
         chain += fmt::format("crop=w=iw-{}:h=ih-{}:x={}:y={}:exact=1,", crop_.left + crop_.right,
                              crop_.top + crop_.bottom, crop_.left, crop_.top);
-    return chain + through_ +
-           fmt::format(
-               "scale=w={}:h={}{}:flags=bicubic:out_color_matrix=bt601:out_range=tv,"
-               "format=pix_fmts={}",
-               format_.width, format_.height, scaling_, av_get_pix_fmt_name(format_.pixels));
+    const std::string size =
+        fmt::format("scale=w={}:h={}{}:flags=bicubic", format_.width, format_.height, scaling_);
+    const std::string gamut = GamutChain(shape);
+    const bool smaller = shape.width > format_.width && shape.height > format_.height;
+    if (!gamut.empty() && smaller) chain += size + ',';  // fewer pixels to compute
+    return chain + gamut + through_ + size +
+           fmt::format(":out_color_matrix={}:out_range=tv,format=pix_fmts={}", MatrixName(matrix_),
+                       av_get_pix_fmt_name(format_.pixels));
 }
 
 void FrameConverter::Open(const FrameShape& shape) {
@@ -74,12 +76,13 @@ void FrameConverter::Open(const FrameShape& shape) {
     const bool has_fields = *scaling_ != '\0';
     if (IsInPlace(shape) && format_.pixels == AV_PIX_FMT_YUV420P && !has_fields &&
         shape.range != AVCOL_RANGE_MPEG && RgbConverter::Takes(shape.format))
-        rgb_converter_.emplace(shape.width, shape.height, frames_);
+        rgb_converter_.emplace(shape.width, shape.height, matrix_, frames_);
     else if (!Fits(shape))
-        filter_.emplace(Chain(), shape, kSubject);
+        filter_.emplace(Chain(shape), shape, kSubject);
 }
 
 FrameHandle FrameConverter::Convert(FrameHandle frame) {
+    CompleteColours(*frame);
     if (const FrameShape shape = ShapeOf(*frame); shape != shape_) Open(shape);
     if (rgb_converter_) return rgb_converter_->Convert(*frame);
     if (!filter_) return frame;

@@ -1,5 +1,5 @@
-// Turns decoded frames into what an encoder wants: upright, clipped, size, pixel format,
-// limited-range BT.601 colours.
+// Turns decoded frames into what an encoder wants: upright, clipped, size, pixel format, and the
+// colours that players expect of the size.
 #pragma once
 
 #include <optional>
@@ -28,12 +28,13 @@ class FrameConverter {
     bool IsInPlace(const FrameShape& shape) const;
     bool Fits(const FrameShape& shape) const;
     void Open(const FrameShape& shape);
-    std::string Chain() const;
+    std::string Chain(const FrameShape& shape) const;
 
     Margins crop_;
     std::string through_;  // a filter, or none
     const char* scaling_ = "";
     VideoFrameFormat format_;
+    AVColorSpace matrix_;
     double turn_;
     FramePool& frames_;
     FrameShape shape_;

@@ -7,7 +7,8 @@
 namespace engine {
 
 FrameShape ShapeOf(const AVFrame& frame) {
-    return {frame.width, frame.height, frame.format, frame.colorspace, frame.color_range};
+    return {frame.width,       frame.height,          frame.format,   frame.colorspace,
+            frame.color_range, frame.color_primaries, frame.color_trc};
 }
 
 FrameFilter::FrameFilter(const std::string& chain, const FrameShape& shape, const char* subject)

@@ -14,6 +14,8 @@ struct FrameShape {
     int format = AV_PIX_FMT_NONE;
     AVColorSpace space = AVCOL_SPC_UNSPECIFIED;
     AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
+    AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
+    AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
     bool operator==(const FrameShape&) const = default;
 };
 FrameShape ShapeOf(const AVFrame& frame);

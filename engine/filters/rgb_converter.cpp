@@ -1,8 +1,9 @@
 #include "engine/filters/rgb_converter.h"
 
-#include <libyuv/convert.h>
+#include <algorithm>
 
 #include "engine/base/av/av_error.h"
+#include "engine/filters/rgb_rows.h"
 
 namespace engine {
 namespace {
@@ -10,40 +11,37 @@ namespace {
 // What the encoders' and converters' fastest code wants.
 constexpr int kRowAlignment = 64;
 
-using Conversion = int (*)(const std::uint8_t*, int, std::uint8_t*, int, std::uint8_t*, int,
-                           std::uint8_t*, int, int, int);
-
-struct ConversionRow {
+struct LayoutRow {
     AVPixelFormat pixels;
-    Conversion convert;
+    RgbLayout layout;
 };
 
-// The library names the bytes from the highest of a number, FFmpeg from the first in memory.
 // clang-format off
-constexpr ConversionRow kConversions[] = {
-    // FFmpeg's           the library's
-    {AV_PIX_FMT_BGR0, libyuv::ARGBToI420},
-    {AV_PIX_FMT_BGRA, libyuv::ARGBToI420},
-    {AV_PIX_FMT_RGB0, libyuv::ABGRToI420},
-    {AV_PIX_FMT_RGBA, libyuv::ABGRToI420},
-    {AV_PIX_FMT_0RGB, libyuv::BGRAToI420},
-    {AV_PIX_FMT_ARGB, libyuv::BGRAToI420},
-    {AV_PIX_FMT_0BGR, libyuv::RGBAToI420},
-    {AV_PIX_FMT_ABGR, libyuv::RGBAToI420},
+constexpr LayoutRow kLayouts[] = {
+    // pixels           blank first, red first
+    {AV_PIX_FMT_BGR0, {false, false}},
+    {AV_PIX_FMT_BGRA, {false, false}},
+    {AV_PIX_FMT_RGB0, {false, true}},
+    {AV_PIX_FMT_RGBA, {false, true}},
+    {AV_PIX_FMT_0RGB, {true,  true}},
+    {AV_PIX_FMT_ARGB, {true,  true}},
+    {AV_PIX_FMT_0BGR, {true,  false}},
+    {AV_PIX_FMT_ABGR, {true,  false}},
 };
 // clang-format on
 
-const ConversionRow* RowOf(int pixels) {
-    for (const ConversionRow& row : kConversions)
+const LayoutRow* RowOf(int pixels) {
+    for (const LayoutRow& row : kLayouts)
         if (row.pixels == pixels) return &row;
     return nullptr;
 }
 
 }  // namespace
 
-RgbConverter::RgbConverter(int width, int height, FramePool& frames)
+RgbConverter::RgbConverter(int width, int height, AVColorSpace matrix, FramePool& frames)
     : width_(width),
       height_(height),
+      matrix_(matrix),
       frames_(frames),
       stride_((width + kRowAlignment - 1) / kRowAlignment * kRowAlignment) {
     const auto luma = static_cast<std::size_t>(stride_) * static_cast<std::size_t>(height);
@@ -63,7 +61,7 @@ FrameHandle RgbConverter::Convert(const AVFrame& frame) {
     converted->width = width_;
     converted->height = height_;
     converted->color_range = AVCOL_RANGE_MPEG;
-    converted->colorspace = AVCOL_SPC_SMPTE170M;
+    converted->colorspace = matrix_;
     std::uint8_t* luma = converted->buf[0]->data;
     std::uint8_t* blue = luma + std::ptrdiff_t{stride_} * height_;
     std::uint8_t* red = blue + std::ptrdiff_t{stride_ / 2} * ((height_ + 1) / 2);
@@ -72,9 +70,18 @@ FrameHandle RgbConverter::Convert(const AVFrame& frame) {
     converted->data[2] = red;
     converted->linesize[0] = stride_;
     converted->linesize[1] = converted->linesize[2] = stride_ / 2;
-    RowOf(frame.format)
-        ->convert(frame.data[0], frame.linesize[0], luma, stride_, blue, stride_ / 2, red,
-                  stride_ / 2, width_, height_);
+    const RgbLayout& layout = RowOf(frame.format)->layout;
+    const RgbWeights weights = matrix_ == AVCOL_SPC_BT709 ? WeightsOf(0.2126, 0.0722, layout)
+                                                          : WeightsOf(0.299, 0.114, layout);
+    const auto row = [&](int y) {
+        return frame.data[0] + std::ptrdiff_t{frame.linesize[0]} * std::min(y, height_ - 1);
+    };
+    for (int y = 0; y < height_; ++y)
+        ConvertLuma(row(y), width_, layout, weights, luma + std::ptrdiff_t{stride_} * y);
+    for (int y = 0; y < height_; y += 2) {
+        const std::ptrdiff_t place = std::ptrdiff_t{stride_ / 2} * (y / 2);
+        ConvertChroma(row(y), row(y + 1), width_, layout, weights, blue + place, red + place);
+    }
     return converted;
 }
 

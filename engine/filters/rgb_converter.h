@@ -6,10 +6,11 @@
 
 namespace engine {
 
-/// One thread. From packed RGB of 32 bits a pixel to 4:2:0 of the same size, BT.601, limited range.
+/// One thread. From packed RGB of 32 bits a pixel to 4:2:0 of the same size, limited range.
 class RgbConverter {
   public:
-    RgbConverter(int width, int height, FramePool& frames);
+    /// @param matrix  BT.601 or BT.709
+    RgbConverter(int width, int height, AVColorSpace matrix, FramePool& frames);
 
     static bool Takes(int pixels);
 
@@ -19,6 +20,7 @@ class RgbConverter {
   private:
     int width_;
     int height_;
+    AVColorSpace matrix_;
     FramePool& frames_;
     int stride_;  // bytes of a row of luma; chroma has half
     AvPtr<AVBufferPool> buffers_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "engine/base/ticks.h"
 #include "engine/plan/encode_plan.h"
@@ -19,8 +20,9 @@ struct VideoInfo {
     int height = 0;
     Ratio frame_rate;  // 0/1 = unknown
     Ratio pixel_aspect{1, 1};
-    Ticks duration;      // 0 = unknown
-    bool still = false;  // a single image (bmp, jpg, png)
+    Ticks duration;        // 0 = unknown
+    bool still = false;    // a single image (bmp, jpg, png)
+    std::string hdr = {};  // how brightness beyond the usual is coded; "" = there is none
 };
 
 struct MediaFileInfo {

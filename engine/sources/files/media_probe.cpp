@@ -21,6 +21,12 @@ Ratio PixelAspect(const OpenMedia& media) {
     return {aspect.num, aspect.den};
 }
 
+std::string HdrName(AVColorTransferCharacteristic transfer) {
+    if (transfer == AVCOL_TRC_SMPTE2084) return "PQ";
+    if (transfer == AVCOL_TRC_ARIB_STD_B67) return "HLG";
+    return {};
+}
+
 // A frame that its file turns by a quarter is encoded upright.
 bool QuarterTurned(const AVStream& stream) {
     const std::uint8_t* matrix =
@@ -52,6 +58,7 @@ MediaFileInfo ProbeMediaFile(const std::string& path) {
             std::swap(video.pixel_aspect.numerator, video.pixel_aspect.denominator);
         }
         video.still = media.still;
+        video.hdr = HdrName(codec.color_trc);
         if (!media.still) {
             video.frame_rate = NominalFrameRate(*media.video);
             video.duration = DurationOf(media, *media.video);
