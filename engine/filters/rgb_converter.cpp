@@ -73,14 +73,14 @@ FrameHandle RgbConverter::Convert(const AVFrame& frame) {
     const RgbLayout& layout = RowOf(frame.format)->layout;
     const RgbWeights weights = matrix_ == AVCOL_SPC_BT709 ? WeightsOf(0.2126, 0.0722, layout)
                                                           : WeightsOf(0.299, 0.114, layout);
-    const auto row = [&](int y) {
-        return frame.data[0] + std::ptrdiff_t{frame.linesize[0]} * std::min(y, height_ - 1);
-    };
-    for (int y = 0; y < height_; ++y)
-        ConvertLuma(row(y), width_, layout, weights, luma + std::ptrdiff_t{stride_} * y);
     for (int y = 0; y < height_; y += 2) {
-        const std::ptrdiff_t place = std::ptrdiff_t{stride_ / 2} * (y / 2);
-        ConvertChroma(row(y), row(y + 1), width_, layout, weights, blue + place, red + place);
+        const int next = std::min(y + 1, height_ - 1);
+        const std::ptrdiff_t chroma = std::ptrdiff_t{stride_ / 2} * (y / 2);
+        ConvertRows(frame.data[0] + std::ptrdiff_t{frame.linesize[0]} * y,
+                    frame.data[0] + std::ptrdiff_t{frame.linesize[0]} * next, width_, layout,
+                    weights,
+                    {luma + std::ptrdiff_t{stride_} * y, luma + std::ptrdiff_t{stride_} * next,
+                     blue + chroma, red + chroma});
     }
     return converted;
 }

@@ -12,7 +12,6 @@
 #include <cstddef>
 #include <initializer_list>
 
-// Products are rounded with seven bits behind the point, and sums of them fit sixteen bits.
 HWY_BEFORE_NAMESPACE();
 namespace engine::HWY_NAMESPACE {
 namespace {
@@ -21,91 +20,94 @@ namespace {
 #if HWY_TARGET < HWY_EMU128 && !HWY_HAVE_SCALABLE
 namespace hn = hwy::HWY_NAMESPACE;
 
-using Words = hn::CappedTag<std::int16_t, 16>;
-using UnsignedWords = hn::RebindToUnsigned<Words>;
-using HalfBytes = hn::Rebind<std::uint8_t, Words>;   // one for each word
-using Bytes = hn::Repartition<std::uint8_t, Words>;  // two for each word
+// A vector of bytes is taken as words of two neighbours each.
+using Bytes = hn::CappedTag<std::uint8_t, 32>;
+using Pairs = hn::Repartition<std::uint16_t, Bytes>;
+using Words = hn::RebindToSigned<Pairs>;
+using HalfBytes = hn::Rebind<std::uint8_t, Words>;
 
+// Products are rounded with seven bits behind the point, and sums of them fit sixteen bits.
 constexpr int kFraction = 7;
 constexpr std::int16_t kHalf = 1 << (kFraction - 1);
 constexpr std::int16_t kBlack = (16 << kFraction) + kHalf;
 constexpr std::int16_t kNoColour = (128 << kFraction) + kHalf;
 
-template <class Vector>
-struct Three {
-    Vector first, second, third;
+struct Neighbours {
+    hn::Vec<Pairs> left, right;
 };
 
-template <class D>
-HWY_INLINE Three<hn::Vec<D>> LoadThree(D bytes, const std::uint8_t* pixels, bool blank_first) {
-    hn::Vec<D> v0, v1, v2, v3;
-    hn::LoadInterleaved4(bytes, pixels, v0, v1, v2, v3);
-    if (blank_first) return {v1, v2, v3};
-    return {v0, v1, v2};
+HWY_INLINE Neighbours Parted(hn::Vec<Bytes> bytes) {
+    const auto pairs = hn::BitCast(Pairs(), bytes);
+    return {hn::And(pairs, hn::Set(Pairs(), 0xFF)), hn::ShiftRight<8>(pairs)};
 }
 
-HWY_INLINE hn::Vec<HalfBytes> Weighted(const Three<hn::Vec<Words>>& scaled,
-                                       const RgbWeights::Three& weights, std::int16_t offset) {
+struct Pixels {
+    Neighbours first, second, third;
+};
+
+HWY_INLINE Pixels LoadPixels(const std::uint8_t* pixels, bool blank_first) {
+    hn::Vec<Bytes> v0, v1, v2, v3;
+    hn::LoadInterleaved4(Bytes(), pixels, v0, v1, v2, v3);
+    if (blank_first) return {Parted(v1), Parted(v2), Parted(v3)};
+    return {Parted(v0), Parted(v1), Parted(v2)};
+}
+
+// Of values that come with seven bits behind the point.
+HWY_INLINE hn::Vec<Words> Weighted(hn::Vec<Pairs> first, hn::Vec<Pairs> second,
+                                   hn::Vec<Pairs> third, const RgbWeights::Three& weights,
+                                   std::int16_t offset) {
     const Words words;
-    const auto part = [&](hn::Vec<Words> value, std::int16_t weight) {
-        return hn::MulFixedPoint15(value, hn::Set(words, weight));
+    const auto part = [&](hn::Vec<Pairs> value, std::int16_t weight) {
+        return hn::MulFixedPoint15(hn::BitCast(words, value), hn::Set(words, weight));
     };
-    const auto sum =
-        hn::Add(hn::Add(part(scaled.first, weights[0]), part(scaled.second, weights[1])),
-                hn::Add(part(scaled.third, weights[2]), hn::Set(words, offset)));
-    return hn::DemoteTo(HalfBytes(), hn::ShiftRight<kFraction>(sum));
+    const auto sum = hn::Add(hn::Add(part(first, weights[0]), part(second, weights[1])),
+                             hn::Add(part(third, weights[2]), hn::Set(words, offset)));
+    return hn::ShiftRight<kFraction>(sum);
 }
 
-int LumaRow(const std::uint8_t* pixels, int width, bool blank_first,
-            const RgbWeights::Three& weights, std::uint8_t* luma) {
-    const Words words;
-    const HalfBytes bytes;
-    const int lanes = static_cast<int>(hn::Lanes(words));
-    const auto scaled = [&](hn::Vec<HalfBytes> value) {
-        return hn::ShiftLeft<kFraction>(hn::PromoteTo(words, value));
+HWY_INLINE void StoreLuma(const Pixels& pixels, const RgbWeights::Three& weights,
+                          std::uint8_t* to) {
+    const auto luma = [&](hn::Vec<Pairs> Neighbours::*side) {
+        return hn::BitCast(Pairs(),
+                           Weighted(hn::ShiftLeft<kFraction>(pixels.first.*side),
+                                    hn::ShiftLeft<kFraction>(pixels.second.*side),
+                                    hn::ShiftLeft<kFraction>(pixels.third.*side), weights, kBlack));
+    };
+    const auto both = hn::Or(luma(&Neighbours::left), hn::ShiftLeft<8>(luma(&Neighbours::right)));
+    hn::StoreU(hn::BitCast(Bytes(), both), Bytes(), to);
+}
+
+// Returns how many pixels are done.
+int SimdRows(const std::uint8_t* above, const std::uint8_t* below, int width, bool blank_first,
+             const RgbWeights& weights, const YuvRows& rows) {
+    const int step = static_cast<int>(hn::Lanes(Bytes()));
+    const auto mean = [](const Neighbours& upper, const Neighbours& lower) {
+        const auto sum =
+            hn::Add(hn::Add(upper.left, upper.right), hn::Add(lower.left, lower.right));
+        return hn::ShiftLeft<kFraction - 2>(sum);
     };
     int x = 0;
-    for (; x + lanes <= width; x += lanes) {
-        const auto rgb = LoadThree(bytes, pixels + std::ptrdiff_t{x} * kRgbPixelBytes, blank_first);
-        hn::StoreU(
-            Weighted({scaled(rgb.first), scaled(rgb.second), scaled(rgb.third)}, weights, kBlack),
-            bytes, luma + x);
-    }
-    return x;
-}
-
-// Of two neighbours each.
-HWY_INLINE hn::Vec<UnsignedWords> PairSums(hn::Vec<Bytes> bytes) {
-    const UnsignedWords words;
-    const auto pairs = hn::BitCast(words, bytes);
-    return hn::Add(hn::And(pairs, hn::Set(words, 0xFF)), hn::ShiftRight<8>(pairs));
-}
-
-int ChromaRow(const std::uint8_t* above, const std::uint8_t* below, int width, bool blank_first,
-              const RgbWeights& weights, std::uint8_t* blue, std::uint8_t* red) {
-    const Bytes bytes;
-    const int pixels = static_cast<int>(hn::Lanes(bytes));
-    const auto scaled = [](hn::Vec<Bytes> upper, hn::Vec<Bytes> lower) {
-        const auto sum = hn::Add(PairSums(upper), PairSums(lower));  // of four
-        return hn::BitCast(Words(), hn::ShiftLeft<kFraction - 2>(sum));
-    };
-    int x = 0;
-    for (; x + pixels <= width; x += pixels) {
+    for (; x + step <= width; x += step) {
         const std::ptrdiff_t place = std::ptrdiff_t{x} * kRgbPixelBytes;
-        const auto upper = LoadThree(bytes, above + place, blank_first);
-        const auto lower = LoadThree(bytes, below + place, blank_first);
-        const Three<hn::Vec<Words>> sums = {scaled(upper.first, lower.first),
-                                            scaled(upper.second, lower.second),
-                                            scaled(upper.third, lower.third)};
-        hn::StoreU(Weighted(sums, weights.blue, kNoColour), HalfBytes(), blue + x / 2);
-        hn::StoreU(Weighted(sums, weights.red, kNoColour), HalfBytes(), red + x / 2);
+        const Pixels upper = LoadPixels(above + place, blank_first);
+        const Pixels lower = LoadPixels(below + place, blank_first);
+        StoreLuma(upper, weights.luma, rows.above + x);
+        StoreLuma(lower, weights.luma, rows.below + x);
+        const auto first = mean(upper.first, lower.first);
+        const auto second = mean(upper.second, lower.second);
+        const auto third = mean(upper.third, lower.third);
+        const auto store = [&](const RgbWeights::Three& chroma, std::uint8_t* to) {
+            hn::StoreU(hn::DemoteTo(HalfBytes(), Weighted(first, second, third, chroma, kNoColour)),
+                       HalfBytes(), to + x / 2);
+        };
+        store(weights.blue, rows.blue);
+        store(weights.red, rows.red);
     }
     return x;
 }
 #else
-int LumaRow(const std::uint8_t*, int, bool, const RgbWeights::Three&, std::uint8_t*) { return 0; }
-int ChromaRow(const std::uint8_t*, const std::uint8_t*, int, bool, const RgbWeights&, std::uint8_t*,
-              std::uint8_t*) {
+int SimdRows(const std::uint8_t* /*above*/, const std::uint8_t* /*below*/, int /*width*/,
+             bool /*blank_first*/, const RgbWeights& /*weights*/, const YuvRows& /*rows*/) {
     return 0;
 }
 #endif
@@ -118,8 +120,7 @@ HWY_AFTER_NAMESPACE();
 namespace engine {
 namespace {
 
-HWY_EXPORT(LumaRow);
-HWY_EXPORT(ChromaRow);
+HWY_EXPORT(SimdRows);
 
 constexpr int kOne = 1 << 15;
 
@@ -129,7 +130,7 @@ std::uint8_t Weighted(const std::array<int, 3>& quarters, const RgbWeights::Thre
                       int offset) {
     int sum = 4 * kOne * offset + 2 * kOne;
     for (std::size_t i = 0; i < quarters.size(); ++i) sum += quarters[i] * weights[i];
-    return static_cast<std::uint8_t>(sum >> 17);
+    return static_cast<std::uint8_t>(sum / (4 * kOne));
 }
 
 std::array<int, 3> Quarters(std::initializer_list<const std::uint8_t*> pixels, bool blank_first) {
@@ -157,28 +158,26 @@ RgbWeights WeightsOf(double red, double blue, const RgbLayout& layout) {
     return weights;
 }
 
-void ConvertLuma(const std::uint8_t* pixels, int width, const RgbLayout& layout,
-                 const RgbWeights& weights, std::uint8_t* luma) {
-    int x = HWY_DYNAMIC_DISPATCH(LumaRow)(pixels, width, layout.blank_first, weights.luma, luma);
-    for (; x < width; ++x) {
-        const std::uint8_t* pixel = pixels + std::ptrdiff_t{x} * kRgbPixelBytes;
-        luma[x] =
-            Weighted(Quarters({pixel, pixel, pixel, pixel}, layout.blank_first), weights.luma, 16);
+void ConvertRows(const std::uint8_t* above, const std::uint8_t* below, int width,
+                 const RgbLayout& layout, const RgbWeights& weights, const YuvRows& rows) {
+    const bool blank_first = layout.blank_first;
+    const int done =
+        HWY_DYNAMIC_DISPATCH(SimdRows)(above, below, width, blank_first, weights, rows);
+    const auto luma = [&](const std::uint8_t* pixel) {
+        return Weighted(Quarters({pixel, pixel, pixel, pixel}, blank_first), weights.luma, 16);
+    };
+    for (int x = done; x < width; ++x) {
+        const std::ptrdiff_t place = std::ptrdiff_t{x} * kRgbPixelBytes;
+        rows.above[x] = luma(above + place);
+        rows.below[x] = luma(below + place);
     }
-}
-
-void ConvertChroma(const std::uint8_t* above, const std::uint8_t* below, int width,
-                   const RgbLayout& layout, const RgbWeights& weights, std::uint8_t* blue,
-                   std::uint8_t* red) {
-    int x = HWY_DYNAMIC_DISPATCH(ChromaRow)(above, below, width, layout.blank_first, weights, blue,
-                                            red);
-    for (; x < width; x += 2) {
+    for (int x = done; x < width; x += 2) {
         const std::ptrdiff_t left = std::ptrdiff_t{x} * kRgbPixelBytes;
         const std::ptrdiff_t right = std::ptrdiff_t{std::min(x + 1, width - 1)} * kRgbPixelBytes;
-        const auto quarters = Quarters({above + left, above + right, below + left, below + right},
-                                       layout.blank_first);
-        blue[x / 2] = Weighted(quarters, weights.blue, 128);
-        red[x / 2] = Weighted(quarters, weights.red, 128);
+        const auto quarters =
+            Quarters({above + left, above + right, below + left, below + right}, blank_first);
+        rows.blue[x / 2] = Weighted(quarters, weights.blue, 128);
+        rows.red[x / 2] = Weighted(quarters, weights.red, 128);
     }
 }
 

@@ -26,13 +26,16 @@ struct RgbWeights {
 /// 0.299 and 0.114 (ITU-R BT.601) or 0.2126 and 0.0722 (BT.709).
 RgbWeights WeightsOf(double red, double blue, const RgbLayout& layout);
 
-/// A row of the picture's luma.
-void ConvertLuma(const std::uint8_t* pixels, int width, const RgbLayout& layout,
-                 const RgbWeights& weights, std::uint8_t* luma);
+/// Where two rows of a picture go.
+struct YuvRows {
+    std::uint8_t* above;  // luma
+    std::uint8_t* below;
+    std::uint8_t* blue;  // chroma of both, half as wide (rounded up)
+    std::uint8_t* red;
+};
 
-/// A row of chroma, half as wide (rounded up), from two of the picture, which may be the same.
-void ConvertChroma(const std::uint8_t* above, const std::uint8_t* below, int width,
-                   const RgbLayout& layout, const RgbWeights& weights, std::uint8_t* blue,
-                   std::uint8_t* red);
+/// Two rows of the picture, which may be the same one twice.
+void ConvertRows(const std::uint8_t* above, const std::uint8_t* below, int width,
+                 const RgbLayout& layout, const RgbWeights& weights, const YuvRows& rows);
 
 }  // namespace engine

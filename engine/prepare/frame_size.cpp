@@ -1,6 +1,7 @@
 #include "engine/prepare/frame_size.h"
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 
 #include <fmt/format.h>
@@ -12,10 +13,15 @@ namespace engine {
 namespace {
 
 constexpr std::int32_t kLeastSide = 2;
+constexpr std::int64_t kMostAspect = 65'535;  // some players keep 16 bits of either number
 
 Ratio Reduced(std::int64_t numerator, std::int64_t denominator) {
     const std::int64_t divisor = std::gcd(numerator, denominator);
-    return {numerator / divisor, denominator / divisor};
+    Ratio ratio = {numerator / divisor, denominator / divisor};
+    while (std::max(ratio.numerator, ratio.denominator) > kMostAspect)
+        ratio = {std::max<std::int64_t>(ratio.numerator / 2, 1),
+                 std::max<std::int64_t>(ratio.denominator / 2, 1)};
+    return ratio;
 }
 
 Ratio SourcePixelAspect(const VideoSourceRecord& source, const VideoInfo& info) {
@@ -38,6 +44,11 @@ std::int32_t Clipped(const char* sides, std::int32_t side, std::int32_t before,
         fmt::format("The {} margins {} and {} leave nothing of the source's {} pixels: lower "
                     "-v_clip",
                     sides, before, after, side));
+}
+
+// What rounding to whole or even pixels takes off a size that has the shape is none of the pixels'.
+bool HasShape(const VideoPlan& plan, double shape) {
+    return std::abs(plan.width - shape * plan.height) < 2;
 }
 
 // A size that follows from the source loses a column or row; one that was asked for, a pixel.
@@ -68,6 +79,7 @@ void PlanSize(const VideoSourceRecord& source, const VideoInfo& info, const Prof
     const Ratio aspect = SourcePixelAspect(source, info);
     const bool source_size = video.width == 0 && video.height == 0;
     const bool square = !source_size && !profile.non_square_pixels;
+    const bool follows = video.width == 0 || video.height == 0;
     const double stretch =
         square ? static_cast<double>(aspect.numerator) / static_cast<double>(aspect.denominator)
                : 1.0;
@@ -81,9 +93,22 @@ void PlanSize(const VideoSourceRecord& source, const VideoInfo& info, const Prof
     plan.height = std::max(plan.height, kLeastSide);
     if (source_size)
         plan.pixel_aspect = aspect;
-    else if (!square)
+    else if (!square || !(follows || HasShape(plan, shape)))
         plan.pixel_aspect = Reduced(aspect.numerator * width * plan.height,
                                     aspect.denominator * height * plan.width);
+}
+
+std::string PixelShapeNotice(const VideoSourceRecord& source, const ProfileRecord& profile,
+                             const VideoPlan& plan) {
+    const VideoSettings& video = profile.audiences.front().video;
+    const bool asked_shape = source.pixel_aspect_x != 0 || source.pixel_aspect_y != 0;
+    const bool asked_size = video.width != 0 && video.height != 0;
+    const bool square = plan.pixel_aspect.numerator == plan.pixel_aspect.denominator;
+    if (square || asked_shape || !asked_size) return {};
+    return fmt::format(
+        "The picture keeps its shape in {}x{} by pixels that are not square; -v_height 0 gives "
+        "square ones.",
+        plan.width, plan.height);
 }
 
 }  // namespace engine

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
 #include "engine/plan/value_checks.h"
 #include "engine/prepare/audio_plan.h"
+#include "engine/prepare/frame_size.h"
 #include "engine/prepare/input_plans.h"
 #include "engine/prepare/output_plan.h"
 #include "engine/prepare/video_plan.h"
@@ -94,6 +96,17 @@ void CheckCaptures(const EncodePlan& plan) {
                         video ? video->input.Name() : audio->input.Name()));
 }
 
+void AddNotices(const VideoSourceRecord& source, const ProfileRecord& profile, EncodePlan& plan) {
+    if (plan.LacksScreen()) return;  // its picture has no size yet
+    std::string shape = PixelShapeNotice(source, profile, *plan.video);
+    if (!shape.empty()) plan.notices.push_back(std::move(shape));
+    if (source.input.IsFile() && !source.input.media->video->hdr.empty())
+        plan.notices.push_back(
+            fmt::format("{} is HDR ({}); its brightness is mapped to the range that every screen "
+                        "shows, for these formats have no other.",
+                        source.input.input, source.input.media->video->hdr));
+}
+
 }  // namespace
 
 EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
@@ -115,7 +128,7 @@ EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
         plan.video = PlanVideo(*video, profile, session.video_performance, camera);
     }
     PlanPackets(profile, plan);
-    plan.outputs = {FileOutput{CheckedOutput(session.output, group, parts.files)}};
+    const std::string output = CheckedOutput(session.output, group, parts.files);
     plan.auto_stop = session.auto_stop;
     plan.content = session.content;
     plan.attributes = session.attributes;
@@ -132,6 +145,8 @@ EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
         if (camera) plan.video->input.capture->camera = *camera;
     }
     CheckCaptures(plan);
+    plan.outputs = {FileOutput{output, plan.IsLive()}};
+    if (video != nullptr) AddNotices(*video, profile, plan);
     return plan;
 }
 

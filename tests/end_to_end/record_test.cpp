@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <fstream>
 #include <map>
 
 #include "end_to_end/console_run.h"
@@ -102,6 +103,19 @@ TEST_F(Record, AKilledRecordingIsNamedByTheNextStart) {
     EXPECT_EQ(Console({"--repair", part}).status, 0);
     EXPECT_EQ(DecodeMessages(folder_ / "out-1.wmv"), "");
     EXPECT_GT(ProbeNumber(folder_ / "out-1.wmv", "", "duration"), 1);
+}
+
+TEST_F(Record, TheFileOfARecordingBeforeIsKept) {
+    const std::string file = folder_ / "out.wmv";
+    const std::string kept = folder_ / "out-1.wmv";
+    std::ofstream(file) << "recorded before";
+    const CommandResult result = RunCommand(Words(
+        {"--json", "-profile", "scrn", "-v_width", "160", "-duration", "1", "-output", file}));
+    EXPECT_EQ(result.status, 0) << result.out << result.err;
+    EXPECT_EQ(DecodeMessages(file), "");
+    EXPECT_EQ(std::filesystem::file_size(kept), std::string("recorded before").size());
+    EXPECT_THAT(result.err, testing::ContainsRegex("\n\"" + file + "\".*" + kept));
+    EXPECT_THAT(result.out, testing::ContainsRegex("\"notices\":\\[\".*out.wmv.*out-1.wmv.*\"\\]"));
 }
 
 // What a compositor has: a socket that takes connections.

@@ -26,14 +26,17 @@ const SizeCase kSizeCases[] = {
     {"the source's", 640, 480, {1, 1}, 1, 0, 0, false, 640, 480, {1, 1}},
     {"odd width where it must be even", 641, 481, {1, 1}, 1, 0, 0, false, 640, 481, {1, 1}, {}, {0, 1, 0, 0}},
     {"odd sides where they must be even", 641, 481, {1, 1}, 2, 0, 0, false, 640, 480, {1, 1}, {}, {0, 1, 0, 1}},
-    {"an odd size that was asked for", 640, 480, {1, 1}, 2, 321, 201, false, 320, 200, {1, 1}},
+    {"an odd size that was asked for", 640, 480, {1, 1}, 2, 321, 201, false, 320, 200, {5, 6}},
     {"odd size elsewhere", 641, 481, {1, 1}, 4, 0, 0, false, 641, 481, {1, 1}},
-    {"asked", 640, 480, {1, 1}, 1, 320, 200, false, 320, 200, {1, 1}},
+    {"a wide picture in a narrow size", 1920, 1080, {1, 1}, 1, 320, 240, false, 320, 240, {4, 3}},
+    {"a narrow one in a wide size", 640, 480, {1, 1}, 1, 640, 360, false, 640, 360, {3, 4}},
+    {"off by a rounded pixel only", 1920, 1080, {1, 1}, 1, 854, 480, false, 854, 480, {1, 1}},
+    {"more than 16 bits", 1919, 1079, {1, 1}, 4, 321, 241, false, 321, 241, {57809, 43294}},
     {"height follows", 640, 480, {1, 1}, 1, 320, 0, false, 320, 240, {1, 1}},
     {"width follows", 640, 360, {1, 1}, 1, 0, 180, false, 320, 180, {1, 1}},
     {"pixels keep their shape", 720, 576, {16, 15}, 1, 0, 0, false, 720, 576, {16, 15}},
     {"the shown shape counts", 720, 576, {16, 15}, 1, 0, 288, false, 384, 288, {1, 1}},
-    {"asked sizes are square", 720, 576, {16, 15}, 1, 384, 288, false, 384, 288, {1, 1}},
+    {"asked sizes of the shown shape are square", 720, 576, {16, 15}, 1, 384, 288, false, 384, 288, {1, 1}},
     {"unless they need not be", 720, 576, {16, 15}, 1, 360, 576, true, 360, 576, {32, 15}},
     {"and then keep their shape", 720, 576, {16, 15}, 1, 360, 0, true, 360, 288, {16, 15}},
     {"never nothing", 2000, 4, {1, 1}, 1, 16, 0, false, 16, 2, {1, 1}},
@@ -81,6 +84,46 @@ TEST(PixelRatio, OfACommandIsTheSources) {
     const Ratio aspect = session.Plan().video->pixel_aspect;
     EXPECT_EQ(aspect.numerator, 4);
     EXPECT_EQ(aspect.denominator, 1);
+}
+
+struct NoticeCase {
+    const char* why;
+    int width, height;
+    int typed_ratio;
+    bool said;
+};
+const NoticeCase kNoticeCases[] = {
+    // why                    asked size, typed ratio, said
+    {"another shape", 320, 200, 0, true},      {"the source's shape", 320, 240, 0, false},
+    {"a side that follows", 320, 0, 0, false}, {"the source's size", 0, 0, 0, false},
+    {"asked for", 320, 200, 2, false},
+};
+
+class PixelNotices : public testing::TestWithParam<NoticeCase> {};
+INSTANTIATE_TEST_SUITE_P(Rows, PixelNotices, testing::ValuesIn(kNoticeCases),
+                         test_support::NameOfRow());
+
+TEST_P(PixelNotices, TellOfPixelsThatTheAskedSizeMakesOtherThanSquare) {
+    const NoticeCase& c = GetParam();
+    FilmSession session;
+    session.Audience().SetVideoWidth(0, c.width);
+    session.Audience().SetVideoHeight(0, c.height);
+    if (c.typed_ratio != 0) {
+        session.Video().SetPixelAspectRatioX(c.typed_ratio);
+        session.profile.SetNonSquarePixelMode(0, true);
+    }
+    const EncodePlan plan = session.Plan();
+    ASSERT_EQ(!plan.notices.empty(), c.said);
+    if (c.said) {
+        EXPECT_THAT(plan.notices.front(), testing::HasSubstr("-v_height 0"));
+    }
+}
+
+TEST(Notices, TellThatAFilmIsHdr) {
+    Session session;
+    session.engine.media["/home/film.avi"].video->hdr = "PQ";
+    session.OpenFilm();
+    EXPECT_THAT(session.Plan().notices, testing::ElementsAre(testing::HasSubstr("HDR (PQ)")));
 }
 
 }  // namespace
