@@ -15,7 +15,7 @@ struct ScreenPart {
 struct ScreenParts {
     bool chosen_by_desktop = false;    // it asks for each recording; there is nothing else then
     std::vector<ScreenPart> monitors;  // none when there is only one
-    std::vector<ScreenPart> windows;   // open ones, foremost first
+    std::vector<ScreenPart> windows;   // open ones of other programs, foremost first
 };
 
 /// Looks for them now. Throws Error when the screen's server does not answer.

@@ -1,6 +1,10 @@
 #include "engine/sources/screen/screen_parts.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <string_view>
 
 #include "engine/sources/screen/screens.h"
 #include "engine/sources/screen/titled_windows.h"
@@ -16,6 +20,33 @@ bool IsOnScreen(const X11Display& display, xcb_window_t window) {
     return box && screen && !Intersection(*box, {0, 0, screen->width, screen->height}).IsEmpty();
 }
 
+// What belongs to the desktop itself, or comes and goes with a program's own window.
+constexpr std::string_view kFurniture[] = {
+    "_NET_WM_WINDOW_TYPE_DESKTOP",      "_NET_WM_WINDOW_TYPE_DOCK",
+    "_NET_WM_WINDOW_TYPE_TOOLBAR",      "_NET_WM_WINDOW_TYPE_MENU",
+    "_NET_WM_WINDOW_TYPE_SPLASH",       "_NET_WM_WINDOW_TYPE_DROPDOWN_MENU",
+    "_NET_WM_WINDOW_TYPE_POPUP_MENU",   "_NET_WM_WINDOW_TYPE_TOOLTIP",
+    "_NET_WM_WINDOW_TYPE_NOTIFICATION", "_NET_WM_WINDOW_TYPE_COMBO",
+    "_NET_WM_WINDOW_TYPE_DND",
+};
+
+bool IsFurniture(const X11Display& display, xcb_window_t window) {
+    const auto types = display.Numbers(window, "_NET_WM_WINDOW_TYPE");
+    if (types.empty()) return false;
+    // The first is the one that fits best; the others are for desktops that do not know it.
+    return std::ranges::any_of(
+        kFurniture, [&](std::string_view name) { return display.Atom(name) == types.front(); });
+}
+
+bool IsOwn(const X11Display& display, xcb_window_t window) {
+    const auto process = display.Numbers(window, "_NET_WM_PID");
+    return !process.empty() && process.front() == static_cast<std::uint32_t>(getpid());
+}
+
+bool IsWorthRecording(const X11Display& display, xcb_window_t window) {
+    return IsOnScreen(display, window) && !IsFurniture(display, window) && !IsOwn(display, window);
+}
+
 }  // namespace
 
 platform::ScreenParts FindScreenParts() {
@@ -29,7 +60,7 @@ platform::ScreenParts FindScreenParts() {
                                               monitors[i].box.width, monitors[i].box.height),
                                   fmt::format("monitor:{}", i)});
     for (const TitledWindow& each : TitledWindows(display))
-        if (IsOnScreen(display, each.window))
+        if (IsWorthRecording(display, each.window))
             parts.windows.push_back({each.title, "window:" + each.title});
     return parts;
 }

@@ -29,14 +29,6 @@ std::string AtomName(xcb_connection_t* server, xcb_atom_t atom) {
             static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get()))};
 }
 
-// No atom when no program has used the name yet.
-xcb_atom_t AtomOf(xcb_connection_t* server, std::string_view name) {
-    const auto reply = Own(xcb_intern_atom_reply(
-        server, xcb_intern_atom(server, 1, static_cast<std::uint16_t>(name.size()), name.data()),
-        nullptr));
-    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
-}
-
 }  // namespace
 
 X11Display::X11Display() {
@@ -90,8 +82,27 @@ std::string X11Display::TextProperty(xcb_window_t window, xcb_atom_t name, xcb_a
             static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
 }
 
+xcb_atom_t X11Display::Atom(std::string_view name) const {
+    const auto reply = Own(xcb_intern_atom_reply(
+        get(), xcb_intern_atom(get(), 1, static_cast<std::uint16_t>(name.size()), name.data()),
+        nullptr));
+    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+}
+
+std::vector<std::uint32_t> X11Display::Numbers(xcb_window_t window, std::string_view name) const {
+    constexpr std::uint32_t kMostNumbers = 64;
+    const xcb_atom_t atom = Atom(name);
+    if (atom == XCB_ATOM_NONE) return {};
+    const auto reply = Own(xcb_get_property_reply(
+        get(), xcb_get_property(get(), 0, window, atom, XCB_ATOM_ANY, 0, kMostNumbers), nullptr));
+    if (!reply || reply->format != 32) return {};
+    const auto* const first =
+        static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
+    return {first, first + reply->value_len};
+}
+
 std::string X11Display::Title(xcb_window_t window) const {
-    const xcb_atom_t name = AtomOf(get(), "_NET_WM_NAME");
+    const xcb_atom_t name = Atom("_NET_WM_NAME");
     std::string title =
         name == XCB_ATOM_NONE ? std::string() : TextProperty(window, name, XCB_ATOM_ANY);
     return title.empty() ? TextProperty(window, XCB_ATOM_WM_NAME, XCB_ATOM_ANY) : title;

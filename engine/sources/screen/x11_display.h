@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/plan/pixel_box.h"
@@ -55,6 +56,10 @@ class X11Display {
     std::optional<PixelBox> Geometry(xcb_window_t window) const;
     /// "" = none.
     std::string Title(xcb_window_t window) const;
+    /// The numbers or atoms of a property; none where the window has no such.
+    std::vector<std::uint32_t> Numbers(xcb_window_t window, std::string_view name) const;
+    /// No atom when no program has used the name yet.
+    xcb_atom_t Atom(std::string_view name) const;
     /// None when the server cannot tell.
     std::vector<Monitor> Monitors() const;
 

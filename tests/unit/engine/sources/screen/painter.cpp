@@ -59,6 +59,23 @@ xcb_window_t Painter::Open(const PixelBox& box, const std::string& title, std::u
     return window;
 }
 
+xcb_atom_t Painter::Atom(const std::string& name) {
+    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
+        xcb_intern_atom_reply(connection_.get(),
+                              xcb_intern_atom(connection_.get(), 0,
+                                              static_cast<std::uint16_t>(name.size()), name.data()),
+                              nullptr),
+        &std::free);
+    return reply->atom;
+}
+
+void Painter::SetProperty(xcb_window_t window, const std::string& name, xcb_atom_t type,
+                          std::uint32_t value) {
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, window, Atom(name), type, 32, 1,
+                        &value);
+    Sync();
+}
+
 void Painter::Close(xcb_window_t window) {
     xcb_destroy_window(connection_.get(), window);
     Sync();

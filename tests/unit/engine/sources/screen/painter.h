@@ -41,6 +41,10 @@ class Painter {
     void Fill(xcb_window_t window, const engine::PixelBox& box, std::uint32_t pixel);
     /// A window filled with a pixel, in front of all others.
     xcb_window_t Open(const engine::PixelBox& box, const std::string& title, std::uint32_t pixel);
+    /// Gives the window a property of one number, or one atom where `type` is XCB_ATOM_ATOM.
+    void SetProperty(xcb_window_t window, const std::string& name, xcb_atom_t type,
+                     std::uint32_t value);
+    xcb_atom_t Atom(const std::string& name);
     void Close(xcb_window_t window);
     void Resize(xcb_window_t window, int width, int height);
     void Show(xcb_window_t window, bool shown);
