@@ -35,6 +35,12 @@ ScreenAccess CheckedAccess(const EngineParts& parts) {
     return access;
 }
 
+// The mouse pointer goes with a screen, however that is named.
+ScreenArea WithPointer(const EngineParts& parts, ScreenArea area) {
+    area.pointer = !parts.shows_pointer || parts.shows_pointer();
+    return area;
+}
+
 CaptureInput X11Input(const EngineParts& parts, Device device, ScreenArea area) {
     const ScreenSize size = parts.screen_size(area);
     device.name = Describe(area);
@@ -79,15 +85,15 @@ CaptureInput CaptureOf(const EngineParts& parts, SourceType type, const std::str
         if (type != SourceType::Video)
             RefuseArgument(fmt::format("The screen ({}) is no audio source", input));
         const ScreenAccess access = CheckedAccess(parts);
-        ScreenArea area = AreaNamed(parts, input);
+        ScreenArea area = WithPointer(parts, AreaNamed(parts, input));
         if (access == ScreenAccess::Portal) return PortalInput(std::move(area));
         return X11Input(parts, {DeviceKind::Screen, kWholeScreenId, {}, false, false},
                         std::move(area));
     }
     const Device device = DeviceNamed(parts, type, input);
     if (device.kind != DeviceKind::Screen) return {device, {}, {}};
-    if (CheckedAccess(parts) == ScreenAccess::Portal) return PortalInput({});
-    return X11Input(parts, device, AreaOfDevice(device.id));
+    if (CheckedAccess(parts) == ScreenAccess::Portal) return PortalInput(WithPointer(parts, {}));
+    return X11Input(parts, device, WithPointer(parts, AreaOfDevice(device.id)));
 }
 
 EngineParts WithDevicesKept(EngineParts parts) {

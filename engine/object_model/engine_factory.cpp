@@ -14,6 +14,15 @@
 
 namespace engine {
 
+namespace {
+
+std::string Variable(const char* name) {
+    const char* const value = std::getenv(name);
+    return value == nullptr ? std::string() : std::string(value);
+}
+
+}  // namespace
+
 std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
                                                  std::shared_ptr<platform::FileSystem> files) {
     EngineParts parts;
@@ -28,10 +37,8 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
     parts.camera_format = [](const Device& camera, const CameraRequest& request) {
         return CameraFormatFor(camera.id, camera.name, request);
     };
-    parts.screen_choice = [] {
-        const char* choice = std::getenv("TESSIVO_SCREEN");
-        return std::string(choice == nullptr ? "" : choice);
-    };
+    parts.screen_choice = [] { return Variable("TESSIVO_SCREEN"); };
+    parts.shows_pointer = [] { return ParsePointer(Variable("TESSIVO_POINTER")); };
     parts.make_share = [] { return MediaLibrary().make_share(); };
     return std::make_shared<Encoder>(loop, std::move(parts));
 }

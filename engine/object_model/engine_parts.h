@@ -37,6 +37,8 @@ struct EngineParts {
     /// How a camera gives frames that suit the request. Throws platform::Error.
     std::function<CameraFormat(const Device& camera, const CameraRequest& request)> camera_format =
         {};
+    /// Whether the mouse pointer is recorded with a screen. It is when this is empty.
+    std::function<bool()> shows_pointer = {};
 };
 
 /// The same parts, which look for devices once: their numbers hold as long as the encoder.

@@ -1,4 +1,4 @@
-// Which part of a screen is recorded.
+// What of a screen is recorded.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +15,7 @@ struct ScreenArea {
     PixelBox region = {};      // Region only
     std::int32_t monitor = 0;  // Monitor without a name: counted from 0
     std::string name = {};     // a monitor's, or a window's title
+    bool pointer = true;       // whether the mouse pointer is recorded with it
     bool operator==(const ScreenArea&) const = default;
 };
 

@@ -60,6 +60,7 @@ constexpr const char* kEnvironment =
     "                        the home folder when not set\n"
     "  TESSIVO_SCREEN        the part of an X11 screen that is recorded: region:WxH+X+Y,\n"
     "                        monitor:N or window:TITLE; all of it when not set\n"
+    "  TESSIVO_POINTER       off leaves the mouse pointer out of recordings of the screen\n"
     "  LC_ALL, LC_CTYPE, LANG  encoding of configuration files\n";
 
 }  // namespace

@@ -63,6 +63,15 @@ ScreenArea ParseScreenArea(const std::string& text) {
     return area;
 }
 
+bool ParsePointer(const std::string& text) {
+    if (text.empty() || text == "on") return true;
+    if (text == "off") return false;
+    throw platform::Error(
+        platform::kInvalidArgument,
+        fmt::format("\"{}\" says nothing of the mouse pointer: TESSIVO_POINTER takes on or off",
+                    text));
+}
+
 ScreenArea AreaOfDevice(const std::string& device_id) {
     if (device_id == "x11") return {};
     if (device_id.size() <= kMonitorDevice.size() || !device_id.starts_with(kMonitorDevice))

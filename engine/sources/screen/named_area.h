@@ -16,6 +16,10 @@ namespace engine {
 /// Throws platform::Error that says what is allowed.
 ScreenArea ParseScreenArea(const std::string& text);
 
+/// Whether the mouse pointer is recorded, as the variable TESSIVO_POINTER holds it: "on", "off", or
+/// "" for on. Throws platform::Error for another text.
+bool ParsePointer(const std::string& text);
+
 /// The area that a screen of the device list stands for ("x11", "x11:monitor:NAME").
 /// Throws platform::Error for what is none.
 ScreenArea AreaOfDevice(const std::string& device_id);

@@ -38,7 +38,7 @@ class PortalShare : public ScreenShare {
         session_.emplace(wake_up_);
         area_ = area;
         rate_ = rate_thousandths;
-        const PortalSession::SharedScreen screen = session_->Ask();
+        const PortalSession::SharedScreen screen = session_->Ask(area.pointer);
         stream_.emplace(library_, screen.pipewire, screen.node, rate_);
         size_ = SizeOf(FirstPart());
         return size_;

@@ -106,9 +106,10 @@ std::uint32_t PortalSession::ScreenKinds() {
     return kinds;
 }
 
-std::uint32_t PortalSession::CursorMode() {
-    return (Property("AvailableCursorModes") & kPointerEmbedded) != 0 ? kPointerEmbedded
-                                                                      : kPointerHidden;
+std::uint32_t PortalSession::CursorMode(bool with_pointer) {
+    return with_pointer && (Property("AvailableCursorModes") & kPointerEmbedded) != 0
+               ? kPointerEmbedded
+               : kPointerHidden;
 }
 
 // The portal answers by a signal of an object whose path follows from the caller's name and the
@@ -186,9 +187,9 @@ int PortalSession::OpenPipeWire() {
     return own;
 }
 
-PortalSession::SharedScreen PortalSession::Ask() {
+PortalSession::SharedScreen PortalSession::Ask(bool with_pointer) {
     const std::uint32_t kinds = ScreenKinds();
-    const std::uint32_t cursor_mode = CursorMode();
+    const std::uint32_t cursor_mode = CursorMode(with_pointer);
     bus_->Listen(kBus, kBusPath, kBus, "NameOwnerChanged", [this](sd_bus_message* came) {
         const char *name = nullptr, *old_owner = nullptr, *owner = nullptr;
         if (library_.message_read(came, "sss", &name, &old_owner, &owner) > 0 &&

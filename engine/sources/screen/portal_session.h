@@ -26,9 +26,10 @@ class PortalSession {
         int pipewire = -1;  // a connection, which belongs to the caller
         std::uint32_t node = 0;
     };
-    /// Waits until the person has chosen a screen. Once.
+    /// Waits until the person has chosen a screen. Once. The mouse pointer is drawn in only when
+    /// asked for, and where the desktop can do that.
     /// Throws platform::Error when there is no portal, it hands no screen out, or woken.
-    SharedScreen Ask();
+    SharedScreen Ask(bool with_pointer);
 
     /// What becomes readable when the portal says something.
     int Descriptor() const { return bus_->Descriptor(); }
@@ -39,7 +40,7 @@ class PortalSession {
     using Clock = BusConnection::Clock;
     using Append = std::function<void(sd_bus_message*, const std::string& token)>;
 
-    std::uint32_t CursorMode();
+    std::uint32_t CursorMode(bool with_pointer);
     std::uint32_t ScreenKinds();
     std::uint32_t Property(const char* name);
     BusMessage Request(const char* method, const Append& append,

@@ -33,8 +33,8 @@ void DrawRow(std::uint8_t* row, const std::uint32_t* look, int count, const Pixe
 
 }  // namespace
 
-X11Pointer::X11Pointer(X11Display& display, xcb_window_t window)
-    : display_(display), window_(window), available_(display.Has(xcb_xfixes_id)) {
+X11Pointer::X11Pointer(X11Display& display, xcb_window_t window, bool shown)
+    : display_(display), window_(window), available_(shown && display.Has(xcb_xfixes_id)) {
     if (!available_) return;
     xcb_connection_t* server = display.get();
     // The extension answers nothing else before it was asked for its version.

@@ -15,7 +15,8 @@ namespace engine {
 class X11Pointer {
   public:
     /// @param window  positions are relative to it
-    X11Pointer(X11Display& display, xcb_window_t window);
+    /// @param shown   whether it is recorded: without, there is no pointer
+    X11Pointer(X11Display& display, xcb_window_t window, bool shown);
 
     void HandleEvent(const xcb_generic_event_t& event);
 

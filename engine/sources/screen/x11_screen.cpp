@@ -84,7 +84,7 @@ X11Screen::X11Screen(const ScreenArea& area, std::int32_t rate_thousandths, Fram
       period_{Ticks::kPerSecond * 1000 / rate_thousandths},
       finder_(display_, area),
       images_(display_),
-      pointer_(display_, finder_.window()),
+      pointer_(display_, finder_.window(), area.pointer),
       changes_(display_, finder_.window()) {
     xcb_connection_t* server = display_.get();
     const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;

@@ -9,7 +9,8 @@
 
 namespace engine {
 
-/// Gives a frame when something in the area has changed, the mouse pointer drawn in: as soon as
+/// Gives a frame when something in the area has changed, the mouse pointer drawn in if the
+/// area has it: as soon as
 /// the rate allows, at most a quarter of an interval early (its time is then that much late), and
 /// at least one a second. Frames have the size of the area at their time and the pixels of the
 /// screen (BGR0 as a rule). TakeMissed counts how many frames the rate had room for while Read

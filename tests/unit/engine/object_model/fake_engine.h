@@ -113,7 +113,8 @@ struct FakeEngine {
                     cameras.push_back(camera.id);
                     camera_requests.push_back(request);
                     return camera_format;
-                }};
+                },
+                [this] { return shows_pointer; }};
     }
     /// A microphone, a camera and a screen.
     engine::DeviceList devices = {
@@ -127,6 +128,7 @@ struct FakeEngine {
     std::vector<engine::CameraRequest> camera_requests;
     engine::ScreenAccess screen_access = engine::ScreenAccess::X11;
     std::string screen_choice;
+    bool shows_pointer = true;
     std::vector<FakeShare*> shares;
     std::vector<engine::ScreenArea> areas;  // asked for their size
     std::shared_ptr<FakeFileSystem> files = std::make_shared<FakeFileSystem>();

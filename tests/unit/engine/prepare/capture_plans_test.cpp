@@ -54,6 +54,19 @@ TEST(CapturePlans, CapturesAreFoundByEachOfTheirNames) {
     }
 }
 
+TEST(CapturePlans, ThePointerIsLeftOutOfEveryKindOfScreen) {
+    for (const char* const name : {"screencap1", "region:64x48+10+20", "Screen, monitor HDMI-1"}) {
+        for (const bool shown : {true, false}) {
+            Session session;
+            session.engine.shows_pointer = shown;
+            session.group->AddSource(SourceType::Video)
+                ->SetInput(name, name[0] == 'S' ? "device" : "screencap");
+            session.profile.SetContentType(platform::kContentVideo);
+            EXPECT_EQ(session.Plan().video->input.capture->area.pointer, shown) << name;
+        }
+    }
+}
+
 TEST(CapturePlans, CapturesThatCannotBeHadAreRefusedAsInputs) {
     struct Case {
         const char* why;

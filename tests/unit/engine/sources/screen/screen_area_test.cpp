@@ -39,6 +39,13 @@ TEST(ScreenAreas, AreNamedByTexts) {
             << text;
 }
 
+TEST(ScreenAreas, HaveThePointerUnlessItIsOff) {
+    EXPECT_TRUE(ParsePointer(""));
+    EXPECT_TRUE(ParsePointer("on"));
+    EXPECT_FALSE(ParsePointer("off"));
+    EXPECT_THAT(ErrorOf([] { ParsePointer("no"); }).description(), testing::HasSubstr("on or off"));
+}
+
 TEST(ScreenAreas, AreTheDevicesOfTheList) {
     EXPECT_TRUE(AreaOfDevice("x11") == ScreenArea{});
     EXPECT_TRUE(AreaOfDevice("x11:monitor:DP-1") == (ScreenArea{Kind::Monitor, {}, 0, "DP-1"}));

@@ -223,6 +223,19 @@ TEST(X11Screen, ThePointerIsDrawnOverTheFrame) {
     }
 }
 
+TEST(X11Screen, ThePointerIsLeftOutWhereItIsNotWanted) {
+    Recording recording("320x240x24", {});
+    recording.painter.ShowPointer(8, 9);
+    recording.painter.MovePointer(60, 60);
+    ScreenArea area;
+    area.pointer = false;
+    recording.source = OpenX11Screen(area, 100000, recording.frames);
+    EXPECT_TRUE(CanvasOf(*recording.NextChange()) == recording.seen);
+    recording.painter.MovePointer(100, 100);
+    recording.Fill({99, 99, 20, 20}, 77);
+    EXPECT_TRUE(CanvasOf(*recording.NextChange()) == recording.seen);
+}
+
 TEST(X11Screen, ARegionShowsWhatHappensInIt) {
     Recording recording;
     const PixelBox region{50, 60, 101, 80};
