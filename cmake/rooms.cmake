@@ -43,7 +43,7 @@ function(test_room target)
         set(ROOM_LABELS unit)  # an empty value would swallow the next property
     endif()
     set(support ${PROJECT_SOURCE_DIR}/tests/support)
-    gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${target}."
+    gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES TEST_PREFIX "${target}."
         PROPERTIES TIMEOUT ${ROOM_TIMEOUT} LABELS "${ROOM_LABELS}"
         ENVIRONMENT "LSAN_OPTIONS=suppressions=${support}/leaks.supp:print_suppressions=0"
         ENVIRONMENT_MODIFICATION "TSAN_OPTIONS=set:suppressions=${support}/races.supp")

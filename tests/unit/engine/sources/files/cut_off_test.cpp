@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
-#include <ostream>
 #include <string>
 
 #include "engine/sources/files/stated_size.h"
@@ -21,7 +20,6 @@ struct EndCase {
     SourceEnd end;
     const char* text;
 };
-void PrintTo(const EndCase& row, std::ostream* out) { *out << row.name; }
 
 class CutOffTable : public testing::TestWithParam<EndCase> {};
 

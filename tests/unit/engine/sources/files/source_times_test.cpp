@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <limits>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -31,7 +30,6 @@ struct TimesCase {
     std::vector<Step> steps;
     std::int64_t leap_ms;  // told of; 0 = none
 };
-void PrintTo(const TimesCase& row, std::ostream* out) { *out << row.name; }
 
 Ticks Ms(std::int64_t ms) { return Ticks::FromMilliseconds(ms); }
 
