@@ -186,9 +186,10 @@ Scene VerticalScene(const Variant& variant, Content content, unsigned seed) {
 
 // ---- Calls
 
-void RunSad(const Kernels& kernels, const Variant& variant, Scene& scene) {
-    scene.numbers[0] = kernels.sad(scene.a.At(), scene.a.Stride(), scene.b[0].At(),
-                                   scene.b[0].Stride(), variant.width, variant.height);
+template <auto Kernel>
+void RunComparison(const Kernels& kernels, const Variant& variant, Scene& scene) {
+    scene.numbers[0] = (kernels.*Kernel)(scene.a.At(), scene.a.Stride(), scene.b[0].At(),
+                                         scene.b[0].Stride(), variant.width, variant.height);
 }
 
 void RunSadOfFour(const Kernels& kernels, const Variant&, Scene& scene) {
@@ -197,28 +198,14 @@ void RunSadOfFour(const Kernels& kernels, const Variant&, Scene& scene) {
     kernels.sad_of_four(scene.a.At(), scene.a.Stride(), others, scene.b[0].Stride(), scene.numbers);
 }
 
-void RunSquared(const Kernels& kernels, const Variant& variant, Scene& scene) {
-    scene.numbers[0] = kernels.squared(scene.a.At(), scene.a.Stride(), scene.b[0].At(),
-                                       scene.b[0].Stride(), variant.width, variant.height);
-}
-
-void RunHadamard(const Kernels& kernels, const Variant& variant, Scene& scene) {
-    scene.numbers[0] = kernels.hadamard(scene.a.At(), scene.a.Stride(), scene.b[0].At(),
-                                        scene.b[0].Stride(), variant.width, variant.height);
-}
-
 void RunMoments(const Kernels& kernels, const Variant&, Scene& scene) {
     kernels.moments(scene.a.At(), scene.a.Stride(), scene.numbers[0], scene.numbers[1]);
 }
 
-void RunBicubic(const Kernels& kernels, const Variant& variant, Scene& scene) {
-    kernels.bicubic(scene.out.At(), scene.out.Stride(), scene.a.At(), scene.a.Stride(),
-                    variant.width, variant.height, variant.x, variant.y, variant.rounding);
-}
-
-void RunBilinear(const Kernels& kernels, const Variant& variant, Scene& scene) {
-    kernels.bilinear(scene.out.At(), scene.out.Stride(), scene.a.At(), scene.a.Stride(),
-                     variant.width, variant.height, variant.x, variant.y, variant.rounding);
+template <auto Kernel>
+void RunPrediction(const Kernels& kernels, const Variant& variant, Scene& scene) {
+    (kernels.*Kernel)(scene.out.At(), scene.out.Stride(), scene.a.At(), scene.a.Stride(),
+                      variant.width, variant.height, variant.x, variant.y, variant.rounding);
 }
 
 void RunChroma(const Kernels& kernels, const Variant& variant, Scene& scene) {
@@ -309,46 +296,26 @@ bool Plane::IsSameAround(const Plane& other, const Area& part) const {
 
 const std::vector<Exercise>& Exercises() {
     // clang-format off
-    static const std::vector<Timed> sizes = {{"16x16", {}}, {"8x8", {.width = 8, .height = 8}}};
-    static const std::vector<Timed> large = {{"16x16", {}}};
-    static const std::vector<Timed> small = {{"8x8", {.width = 8, .height = 8}}};
-    static const std::vector<Timed> quarters = {
-        {"16x16, whole", {}},
-        {"16x16 at 1,0", {.x = 1}},
-        {"16x16 at 2,0", {.x = 2}},
-        {"16x16 at 0,1", {.y = 1}},
-        {"16x16 at 0,2", {.y = 2}},
-        {"16x16 at 1,1", {.x = 1, .y = 1}},
-        {"16x16 at 2,2", {.x = 2, .y = 2}},
-        {"8x8 at 1,3", {.width = 8, .height = 8, .x = 1, .y = 3}},
-    };
-    static const std::vector<Timed> halves = {{"16x16 at 2,0", {.x = 2}}, {"16x16 at 2,2", {.x = 2, .y = 2}}};
-    static const std::vector<Timed> chroma = {{"8x8 at 1,3", {.width = 8, .height = 8, .x = 1, .y = 3}}};
-    static const std::vector<Timed> shapes = {
-        {"8x8", {}}, {"8x4", {.shape = Shape::Wide8x4}}, {"4x8", {.shape = Shape::Tall4x8}}, {"4x4", {.shape = Shape::Small4x4}}};
-    static const std::vector<Timed> edge = {{"16 segments", {}}};
-    // clang-format on
-    // clang-format off
     static const std::vector<Exercise> exercises = {
-        // name                variants             scene             run            timed
-        {"sad",                Sizes,               PlainScene,       RunSad,        sizes},
-        {"sad_of_four",        Once,                PlainScene,       RunSadOfFour,  large},
-        {"squared",            Sizes,               PlainScene,       RunSquared,    sizes},
-        {"hadamard",           Sizes,               PlainScene,       RunHadamard,   sizes},
-        {"moments",            Once,                PlainScene,       RunMoments,    large},
-        {"bicubic",            Quarters,            BicubicScene,     RunBicubic,    quarters},
-        {"bilinear",           Halves,              BilinearScene,    RunBilinear,   halves},
-        {"chroma",             ChromaQuarters,      BilinearScene,    RunChroma,     chroma},
-        {"average",            Sizes,               PlainScene,       RunAverage,    large},
-        {"subtract",           Once,                PlainScene,       RunSubtract,   small},
-        {"forward",            ShapesAndQuantisers, ResidualScene,    RunForward,    shapes},
-        {"inverse",            ShapesAndQuantisers, RestoredScene,    RunInverse,    shapes},
-        {"add",                ShapesAndQuantisers, RestoredScene,    RunAdd,        small},
-        {"put",                ShapesAndQuantisers, RestoredScene,    RunPut,        small},
-        {"quantise",           ShapesAndQuantisers, CoefficientScene, RunQuantise,   small},
-        {"restore",            ShapesAndQuantisers, LevelScene,       RunRestore,    small},
-        {"filter_horizontal",  CountsAndQuantisers, HorizontalScene,  RunHorizontal, edge},
-        {"filter_vertical",    CountsAndQuantisers, VerticalScene,    RunVertical,   edge},
+        // name                variants             scene             run
+        {"sad",                Sizes,               PlainScene,       RunComparison<&Kernels::sad>},
+        {"sad_of_four",        Once,                PlainScene,       RunSadOfFour},
+        {"squared",            Sizes,               PlainScene,       RunComparison<&Kernels::squared>},
+        {"hadamard",           Sizes,               PlainScene,       RunComparison<&Kernels::hadamard>},
+        {"moments",            Once,                PlainScene,       RunMoments},
+        {"bicubic",            Quarters,            BicubicScene,     RunPrediction<&Kernels::bicubic>},
+        {"bilinear",           Halves,              BilinearScene,    RunPrediction<&Kernels::bilinear>},
+        {"chroma",             ChromaQuarters,      BilinearScene,    RunChroma},
+        {"average",            Sizes,               PlainScene,       RunAverage},
+        {"subtract",           Once,                PlainScene,       RunSubtract},
+        {"forward",            ShapesAndQuantisers, ResidualScene,    RunForward},
+        {"inverse",            ShapesAndQuantisers, RestoredScene,    RunInverse},
+        {"add",                ShapesAndQuantisers, RestoredScene,    RunAdd},
+        {"put",                ShapesAndQuantisers, RestoredScene,    RunPut},
+        {"quantise",           ShapesAndQuantisers, CoefficientScene, RunQuantise},
+        {"restore",            ShapesAndQuantisers, LevelScene,       RunRestore},
+        {"filter_horizontal",  CountsAndQuantisers, HorizontalScene,  RunHorizontal},
+        {"filter_vertical",    CountsAndQuantisers, VerticalScene,    RunVertical},
     };
     // clang-format on
     return exercises;

@@ -76,18 +76,11 @@ struct Scene {
     std::uint32_t numbers[4] = {};
 };
 
-/// A typical call, for timing.
-struct Timed {
-    const char* label;
-    Variant variant;
-};
-
 struct Exercise {
     const char* name;
     std::vector<Variant> (*variants)();
     Scene (*scene)(const Variant& variant, Content content, unsigned seed);
     void (*run)(const codecs::wmv9::Kernels& kernels, const Variant& variant, Scene& scene);
-    std::vector<Timed> timed;
 };
 
 const std::vector<Exercise>& Exercises();
