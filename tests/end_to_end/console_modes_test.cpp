@@ -159,7 +159,7 @@ TEST_F(ConsoleModes, JsonEndsInAWholeReportHoweverACommandEnds) {
         {"encoded", {"-input", clip, "-profile", "av100", "-output", folder / "a.wmv"}, "completed", 0, 0},
         {"listed", {"-devices"}, "shown", 0, 0},
         {"explained", {"--explain", "-input", clip, "-output", folder / "e.wmv", "-profile", "av100"}, "shown", 0, 0},
-        {"unknown word", {"-n\xC3\xBC\"\\\x01\xFF", "x"}, "refused", 1, 0},
+        {"unknown word", {"-n\xC3\xBC\"\\\x01\r\n\xFF(", "x"}, "refused", 1, 0},
         {"value past the end", {"-silent", "-output"}, "refused", 1, 0x8002000B},
         {"no such file", {"-input", folder / "no.avi", "-silent"}, "refused", 1, 0x80070002},
         {"no target", {"-input", clip, "-silent"}, "refused", 1, 0x80070057},
@@ -257,6 +257,7 @@ TEST_F(ConsoleModes, ASignalEndsInAReportOfTheStop) {
                         "*'\"seconds\":0.0'*);; *) break;; esac; done; kill -TERM $!; cat; } < " +
                         (folder / "pipe") + "; wait $!"});
     EXPECT_EQ(result.status, 130) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("\nStopped by user.\n  Done.\n"));
     const std::vector<Json> objects = Objects(result.out);
     ASSERT_FALSE(objects.empty());
     EXPECT_EQ(objects.back()["type"], "report");
