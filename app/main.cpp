@@ -3,6 +3,7 @@
 #include "engine/object_model/engine_factory.h"
 #include "engine/outputs/asf/repair.h"
 #include "engine/sources/screen/screen_parts.h"
+#include "engine/sources/sound_meter.h"
 #include "platform/host/qt_program.h"
 
 int main(int argc, char** argv) {
@@ -15,5 +16,5 @@ int main(int argc, char** argv) {
         [](FormWindow& window, Factory& factory) -> std::unique_ptr<FormEvents> {
             return std::make_unique<app::frmMain>(window, factory);
         },
-        engine::asf::Repair, engine::FindScreenParts);
+        engine::asf::Repair, engine::FindScreenParts, engine::OpenSoundMeter);
 }

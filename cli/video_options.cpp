@@ -66,8 +66,8 @@ constexpr Option kOptions[] = {
              "    Default: 30 fps.\n",
      .note = {.accepts = "frames per second, fractions too",
               .fallback = "30",
-              .effect = "The highest frame rate. One below the input's is raised to it; no frame "
-                        "is ever repeated.",
+              .effect = "The highest frame rate. One below the input's or the profile's is raised "
+                        "to the higher of the two; no frame is ever repeated.",
               .example = "-input film.avi -output film.wmv -v_framerate 29.97",
               .errors = "`Expect float value for parameter -v_framerate`"}},
     {.name = "-v_keydist",

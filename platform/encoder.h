@@ -130,6 +130,8 @@ class WMEncAudioSource : public WMEncSource {
     virtual void SetContentMode(std::int32_t mode) = 0;  // 0..2, voice codec only
     virtual std::string ContentEDL() const = 0;
     virtual void SetContentEDL(const std::string& file) = 0;
+    /// Which device is recorded, in words; "" when none is.
+    virtual std::string CaptureDevice() const = 0;
 };
 
 class WMEncVideoSource : public WMEncSource {

@@ -235,6 +235,8 @@ class Explainer {
 
     void AudioSource(const WMEncAudioSource& source) {
         CommonSource("audio", source, "-adevice");
+        if (!source.CaptureDevice().empty())
+            Write("audio.CaptureDevice", source.CaptureDevice(), {"-adevice", "-profile"});
         WriteIfSet("audio.ContentMode", source.ContentMode(), {"-a_content"});
         WriteIfSet("audio.ContentEDL", source.ContentEDL(), {"-a_contentedl"});
     }

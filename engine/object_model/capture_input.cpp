@@ -10,6 +10,7 @@
 
 #include "engine/sources/device_list.h"
 #include "engine/sources/screen/named_area.h"
+#include "engine/sources/sound_choice.h"
 #include "platform/text.h"
 
 namespace engine {
@@ -68,11 +69,9 @@ ScreenArea AreaNamed(const EngineParts& parts, const std::string& input) {
 
 Device DeviceNamed(const EngineParts& parts, SourceType type, const std::string& name) {
     const DeviceList devices = parts.devices ? parts.devices() : DeviceList();
+    if (type == SourceType::Audio && name == kDefaultAudioDevice)
+        return ChosenSound(devices, parts.sound_choice ? parts.sound_choice() : std::string());
     if (const Device* device = FindDevice(devices, type, name)) return *device;
-    if (name == kDefaultAudioDevice)
-        RefuseMissing(
-            "There is no sound device to record from: start the desktop's sound server or connect "
-            "a microphone, or choose a profile without sound");
     RefuseMissing(fmt::format("There is no {} device \"{}\": choose one that -devices lists",
                               type == SourceType::Audio ? "audio" : "video", name));
 }

@@ -13,7 +13,6 @@
 #include "engine/sources/screen/screens.h"
 
 namespace engine {
-
 namespace {
 
 std::string Variable(const char* name) {
@@ -39,6 +38,7 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
     };
     parts.screen_choice = [] { return Variable("TESSIVO_SCREEN"); };
     parts.shows_pointer = [] { return ParsePointer(Variable("TESSIVO_POINTER")); };
+    parts.sound_choice = [] { return Variable("TESSIVO_SOUND"); };
     parts.make_share = [] { return MediaLibrary().make_share(); };
     return std::make_shared<Encoder>(loop, std::move(parts));
 }

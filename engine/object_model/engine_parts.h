@@ -32,6 +32,8 @@ struct EngineParts {
     std::function<ScreenSize(const ScreenArea& area)> screen_size = {};
     /// Which part of the screen "the screen" is, as ParseScreenArea takes it. All when it is empty.
     std::function<std::string()> screen_choice = {};
+    /// Whose sound a screen's is, as ChosenSound takes it. The default device's when it is empty.
+    std::function<std::string()> sound_choice = {};
     /// For the screen of a desktop that hands it out; throws platform::Error.
     std::function<std::unique_ptr<ScreenShare>()> make_share = {};
     /// How a camera gives frames that suit the request. Throws platform::Error.

@@ -67,6 +67,10 @@ class AudioSource : public SourceBase<platform::WMEncAudioSource, AudioSourceRec
     void SetContentMode(std::int32_t mode) override;
     std::string ContentEDL() const override { return state_.content_edl; }
     void SetContentEDL(const std::string& file) override { state_.content_edl = file; }
+    std::string CaptureDevice() const override {
+        const std::optional<CaptureInput>& capture = state_.input.capture;
+        return capture ? capture->device.name : std::string();
+    }
 };
 
 class VideoSource : public SourceBase<platform::WMEncVideoSource, VideoSourceRecord> {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "engine/base/av/av_error.h"
+#include "engine/pipeline/mixed_audio.h"
 
 namespace engine {
 namespace {
@@ -80,10 +81,19 @@ Pass::~Pass() {
 
 void Pass::Feed(Chain& chain, const InputPlan& plan, bool with_audio, bool with_video) {
     if (plan.capture)
-        chain.device = parts_.open_live(*plan.capture, frames_);
+        chain.device = OpenDevice(*plan.capture);
     else
         chain.file = std::make_unique<FileFeed>(chain.kind, InputFor(plan, with_audio, with_video),
                                                 plan.path, frames_);
+}
+
+std::unique_ptr<LiveSource> Pass::OpenDevice(const CapturePlan& plan) {
+    std::unique_ptr<LiveSource> device = parts_.open_live(plan, frames_);
+    if (plan.mixed_id.empty()) return device;
+    CapturePlan other = plan;
+    other.id = plan.mixed_id;
+    return std::make_unique<MixedAudio>(std::move(device), parts_.open_live(other, frames_),
+                                        frames_);
 }
 
 Pass::Input& Pass::InputFor(const InputPlan& plan, bool with_audio, bool with_video) {

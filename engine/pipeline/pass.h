@@ -91,6 +91,7 @@ class Pass {
     };
 
     void Feed(Chain& chain, const InputPlan& plan, bool with_audio, bool with_video);
+    std::unique_ptr<LiveSource> OpenDevice(const CapturePlan& plan);
     Input& InputFor(const InputPlan& plan, bool with_audio, bool with_video);
     void Run(void (Pass::*stage)(Chain&), Chain& chain);
     template <typename Body>

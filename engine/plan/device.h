@@ -18,7 +18,8 @@ struct Device {
     std::string id;
     std::string name;
     bool is_default = false;
-    bool is_monitor = false;  // carries what an output plays
+    bool is_monitor = false;    // carries what an output plays
+    std::string mixed_id = {};  // of a second sound device that is heard with it; "" = none
 };
 
 using DeviceList = std::vector<Device>;

@@ -34,7 +34,8 @@ struct CapturePlan {
     std::int32_t rate = 0;  // frames in 1000 seconds
     /// Of a screen that the desktop hands out: the screen, once it has. Not known before the plan.
     std::shared_ptr<ScreenShare> share = {};
-    CameraFormat camera = {};  // of a camera: how it is to give its frames
+    CameraFormat camera = {};   // of a camera: how it is to give its frames
+    std::string mixed_id = {};  // of a sound device that is heard with the first; "" = none
     bool operator==(const CapturePlan&) const = default;
 };
 

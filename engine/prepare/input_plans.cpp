@@ -59,7 +59,9 @@ Ticks LengthUpTo(const SourceRecord& source, Ticks end) {
 InputPlan CaptureInputPlan(const SourceRecord& source, const SourceInput& opened) {
     const CaptureInput& capture = *opened.capture;
     InputPlan plan = CheckedInput(source, std::string(), Ticks{}, false);
-    plan.capture = {capture.device.kind, capture.device.id, capture.device.name, capture.area, 0};
+    const Device& device = capture.device;
+    plan.capture = {device.kind, device.id, device.name, capture.area, 0};
+    plan.capture->mixed_id = device.mixed_id;
     return plan;
 }
 

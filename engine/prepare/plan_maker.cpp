@@ -1,8 +1,10 @@
 #include "engine/prepare/plan_maker.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -14,6 +16,8 @@
 #include "engine/prepare/input_plans.h"
 #include "engine/prepare/output_plan.h"
 #include "engine/prepare/video_plan.h"
+#include "engine/sources/device_list.h"
+#include "platform/text.h"
 
 namespace engine {
 
@@ -22,16 +26,32 @@ namespace {
 using platform::kContentAudio;
 using platform::kContentVideo;
 
-std::string InputName(const SourceInput& input) {
+bool IsDefaultSound(const SourceInput& input) {
+    return input.scheme == "device" && input.input == kDefaultAudioDevice;
+}
+
+// With the option that gives it.
+std::string TypedName(const SourceInput& input, const char* device_option) {
     if (!input.IsSet()) return "one without input";
-    return input.scheme.empty() ? input.input : fmt::format("{} ({})", input.input, input.scheme);
+    if (input.scheme == "screencap") return "the screen (-profile)";
+    if (IsDefaultSound(input)) return "the sound of the screen's profile (-profile)";
+    return fmt::format("{} ({})", input.input, input.scheme.empty() ? "-input" : device_option);
 }
 
 template <typename Source>
-void RefuseSecond(const char* medium, const std::vector<Source>& sources) {
-    if (sources.size() > 1)
-        RefuseArgument(fmt::format("There are two {} sources, {} and {}: give one of them", medium,
-                                   InputName(sources[0].input), InputName(sources[1].input)));
+void RefuseSecond(const char* medium, const char* device_option,
+                  const std::vector<Source>& sources) {
+    if (sources.size() < 2) return;
+    const SourceInput& first = sources[0].input;
+    const SourceInput& second = sources[1].input;
+    const bool own_sound = first.scheme == "device" && IsDefaultSound(second);
+    RefuseArgument(fmt::format(
+        "There are two {} sources, {} and {}: {}; what earlier commands gave, File > New session "
+        "forgets",
+        medium, TypedName(first, device_option), TypedName(second, device_option),
+        own_sound ? "give a profile without sound and the sound's options, such as -profile scrn10 "
+                    "-adevice 1 -a_setting 64_44_2"
+                  : "give one of them"));
 }
 
 // The one group, which has sources and a profile.
@@ -42,8 +62,8 @@ const SourceGroupRecord& CheckedGroup(const std::vector<SourceGroupRecord>& grou
     if (groups.empty() || (groups.front().audio.empty() && groups.front().video.empty()))
         RefuseArgument("There is no input: give -input a media file");
     const SourceGroupRecord& group = groups.front();
-    RefuseSecond("audio", group.audio);
-    RefuseSecond("video", group.video);
+    RefuseSecond("audio", "-adevice", group.audio);
+    RefuseSecond("video", "-vdevice", group.video);
     if (!group.profile || group.profile->audiences.empty())
         RefuseArgument(
             fmt::format("The source group {} has no profile: give -profile a code, or "
@@ -96,6 +116,28 @@ void CheckCaptures(const EncodePlan& plan) {
                         video ? video->input.Name() : audio->input.Name()));
 }
 
+void AddSoundNotice(const AudioSourceRecord& source, EncodePlan& plan) {
+    if (IsDefaultSound(source.input))
+        plan.notices.push_back(
+            fmt::format("The sound is that of {}; TESSIVO_SOUND chooses another, as does the Sound "
+                        "menu of the window.",
+                        source.input.capture->device.name));
+}
+
+// A name that promises another kind of file.
+void AddNameNotice(const std::string& output, EncodePlan& plan) {
+    constexpr std::string_view kOthers[] = {".avi", ".flac", ".m4a", ".m4v",  ".mkv",
+                                            ".mov", ".mp3",  ".mp4", ".mpeg", ".mpg",
+                                            ".ogg", ".ts",   ".wav", ".webm"};
+    const std::size_t dot = output.find_last_of("./");
+    const std::string extension =
+        dot == std::string::npos ? "" : platform::LowerCase(output.substr(dot));
+    if (std::find(std::begin(kOthers), std::end(kOthers), extension) == std::end(kOthers)) return;
+    plan.notices.push_back(fmt::format(
+        "{} will hold Windows Media whatever its name says; {} is what players expect of that.",
+        output, plan.video ? ".wmv" : ".wma"));
+}
+
 void AddNotices(const VideoSourceRecord& source, const ProfileRecord& profile, EncodePlan& plan) {
     if (plan.LacksScreen()) return;  // its picture has no size yet
     std::string shape = PixelShapeNotice(source, profile, *plan.video);
@@ -146,6 +188,8 @@ EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
     }
     CheckCaptures(plan);
     plan.outputs = {FileOutput{output, plan.IsLive()}};
+    AddNameNotice(output, plan);
+    if (audio != nullptr) AddSoundNotice(*audio, plan);
     if (video != nullptr) AddNotices(*video, profile, plan);
     return plan;
 }

@@ -58,6 +58,8 @@ constexpr const char* kEnvironment =
     "Environment:\n"
     "  TESSIVO_DRIVE_ROOT    folder that holds the drives of names such as C:\\clips\\a.avi;\n"
     "                        the home folder when not set\n"
+    "  TESSIVO_SOUND         whose sound is recorded with the screen: microphone, desktop, both,\n"
+    "                        or the number of an audio device; the default one when not set\n"
     "  TESSIVO_SCREEN        the part of an X11 screen that is recorded: region:WxH+X+Y,\n"
     "                        monitor:N or window:TITLE; all of it when not set\n"
     "  TESSIVO_POINTER       off leaves the mouse pointer out of recordings of the screen\n"

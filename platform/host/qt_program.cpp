@@ -31,7 +31,7 @@ void ReportNoDisplay(QtMsgType type, const QMessageLogContext& /*context*/,
 
 int RunWindow(const std::vector<std::string>& words, const ProgramInfo& program,
               EngineMakers makers, const FormMaker& make_form, FileRepair repair,
-              ScreenPartsFinder screen_parts) {
+              ScreenPartsFinder screen_parts, SoundMeterMaker sound_meter) {
     OccupyStandardDescriptors();
     if (const auto answer = AnswerAboutProgram(program, words)) {
         return std::fputs(answer->c_str(), stdout) < 0 ? EXIT_FAILURE : EXIT_SUCCESS;
@@ -64,6 +64,7 @@ int RunWindow(const std::vector<std::string>& words, const ProgramInfo& program,
     window.SetForm(*form);
     window.SetRepair(std::move(repair));
     window.SetScreenParts(std::move(screen_parts));
+    window.SetSoundMeter(std::move(sound_meter));
     open_window = &window;
     window.show();
     form->Form_Load();

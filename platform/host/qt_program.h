@@ -4,6 +4,7 @@
 #include "platform/host/console_program.h"
 #include "platform/host/qt_menu_commands.h"
 #include "platform/screen_parts.h"
+#include "platform/sound_meter.h"
 
 namespace platform::host {
 
@@ -11,6 +12,6 @@ namespace platform::host {
 /// form runs by itself. Returns 0; 1 where no window can be opened; 130 after a signal.
 int RunWindow(const std::vector<std::string>& words, const ProgramInfo& program,
               EngineMakers makers, const FormMaker& make_form, FileRepair repair,
-              ScreenPartsFinder screen_parts);
+              ScreenPartsFinder screen_parts, SoundMeterMaker sound_meter);
 
 }  // namespace platform::host

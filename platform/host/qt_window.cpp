@@ -59,6 +59,7 @@ QtWindow::QtWindow(std::string arguments)
       pause_(this),
       message_(this),
       queue_(this),
+      level_meter_(this),
       pane_(this),
       bar_(this),
       percent_(this),
@@ -79,6 +80,9 @@ QtWindow::QtWindow(std::string arguments)
       encoding_menu_(tr("&Encoding"), watch_, options_, desktop_, Commands(), &menu_bar_),
       screen_menu_(
           tr("Scree&n"), [this](const QString& line) { message_.ShowNote(line); }, &menu_bar_),
+      sound_menu_(
+          tr("So&und"), level_meter_, options_,
+          [this](const QString& line) { message_.ShowNote(line); }, &menu_bar_),
       command_box_(command_),
       pane_box_(pane_),
       go_button_(go_),
@@ -114,6 +118,7 @@ QtWindow::QtWindow(std::string arguments)
     QAction* const help = menu_bar_.findChild<QMenu*>(QLatin1String("helpMenu"))->menuAction();
     menu_bar_.insertMenu(help, &encoding_menu_);
     menu_bar_.insertMenu(help, &screen_menu_);
+    menu_bar_.insertMenu(help, &sound_menu_);
     watch_.OnPhase([this] { ShowPhase(); });
     ShowPhase();
 
@@ -244,6 +249,7 @@ void QtWindow::LayOut() {
     rows_.setSpacing(8);
     rows_.addLayout(&command_row_);
     rows_.addWidget(&queue_);
+    rows_.addWidget(&level_meter_);
     rows_.addWidget(&message_);
     rows_.addWidget(&pane_, 1);
     rows_.addLayout(&progress_row_);

@@ -22,6 +22,7 @@
 #include "platform/host/qt_controls.h"
 #include "platform/host/qt_desktop.h"
 #include "platform/host/qt_encoding_menu.h"
+#include "platform/host/qt_level_meter.h"
 #include "platform/host/qt_loop.h"
 #include "platform/host/qt_menu_bar.h"
 #include "platform/host/qt_menu_commands.h"
@@ -31,6 +32,7 @@
 #include "platform/host/qt_run_watch.h"
 #include "platform/host/qt_screen_menu.h"
 #include "platform/host/qt_second_pass.h"
+#include "platform/host/qt_sound_menu.h"
 #include "platform/host/qt_window_options.h"
 #include "platform/host/queued_call.h"
 #include "platform/host/time_left.h"
@@ -55,6 +57,11 @@ class QtWindow : public QWidget, public FormWindow {
     void SetRepair(FileRepair repair) { menu_commands_.SetRepair(std::move(repair)); }
     /// What the menu of the screen offers.
     void SetScreenParts(ScreenPartsFinder finder) { screen_menu_.SetFinder(std::move(finder)); }
+    /// What the meter of the sound's level listens with.
+    void SetSoundMeter(SoundMeterMaker maker) {
+        level_meter_.SetMaker(std::move(maker));
+        sound_menu_.Begin();
+    }
     /// Closes without a question, after the encoder has finished its file.
     void StopAndClose();
     /// The same for a signal: nobody is there to answer a box, so none stays open.
@@ -124,6 +131,7 @@ class QtWindow : public QWidget, public FormWindow {
     QPushButton pause_;
     MessageLine message_;
     CommandQueue queue_;
+    LevelMeter level_meter_;
     OutputView pane_;
     QProgressBar bar_;
     QLabel percent_;
@@ -144,6 +152,7 @@ class QtWindow : public QWidget, public FormWindow {
     WindowMenuBar menu_bar_;
     EncodingMenu encoding_menu_;
     ScreenMenu screen_menu_;
+    SoundMenu sound_menu_;
 
     QtCommandBox command_box_;
     QtPane pane_box_;

@@ -23,6 +23,7 @@ constexpr OptionRow kOptions[] = {
     {WindowOption::MinimiseOnStart, "minimiseOnStart", false},
     {WindowOption::TrayIcon,        "trayIcon",        true},
     {WindowOption::Notify,          "notify",          true},
+    {WindowOption::ShowLevel,       "showLevel",       false},
 };
 constexpr HotkeyRow kHotkeys[] = {
     // hotkey        key            unless chosen

@@ -9,7 +9,8 @@ namespace platform::host {
 enum class WindowOption {
     MinimiseOnStart,  // when a recording starts
     TrayIcon,
-    Notify,  // when a run has ended
+    Notify,     // when a run has ended
+    ShowLevel,  // of the sound that is recorded
 };
 enum class Hotkey { Pause, Stop };
 

@@ -45,6 +45,9 @@ class FakeAudioSource : public FakeSource<platform::WMEncAudioSource> {
     using FakeSource::FakeSource;
     FAKE_PROPERTY(std::int32_t, ContentMode, kind);
     FAKE_PROPERTY(const std::string&, ContentEDL, kind);
+    std::string CaptureDevice() const override {
+        return scheme == "device" ? "a microphone" : std::string();
+    }
 };
 
 class FakeVideoSource : public FakeSource<platform::WMEncVideoSource> {

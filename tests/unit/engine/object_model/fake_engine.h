@@ -104,6 +104,7 @@ struct FakeEngine {
                     return engine::ScreenSize{1366, 769};
                 },
                 [this] { return screen_choice; },
+                [this] { return sound_choice; },
                 [this] {
                     auto share = std::make_unique<FakeShare>();
                     shares.push_back(share.get());
@@ -127,7 +128,7 @@ struct FakeEngine {
     std::vector<std::string> cameras;  // asked for their format
     std::vector<engine::CameraRequest> camera_requests;
     engine::ScreenAccess screen_access = engine::ScreenAccess::X11;
-    std::string screen_choice;
+    std::string screen_choice, sound_choice;
     bool shows_pointer = true;
     std::vector<FakeShare*> shares;
     std::vector<engine::ScreenArea> areas;  // asked for their size

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -44,6 +45,15 @@ class Script {
         Add([=](AVFrame& frame) {
             FillAudio(frame, engine::Ticks::FromMilliseconds(ms), kRate / 10, [=](int i) {
                 return static_cast<std::int16_t>(click && i < kRate / 500 ? 29'000 : 0);
+            });
+        });
+    }
+    /// A tenth of a second that is as loud as `level`, 1 = full scale.
+    void Tone(std::int64_t ms, double level) {
+        Add([=](AVFrame& frame) {
+            FillAudio(frame, engine::Ticks::FromMilliseconds(ms), kRate / 10, [=](int i) {
+                constexpr double kTurn = 2 * 3.14159265358979 * 441 / kRate;
+                return static_cast<std::int16_t>(32'767 * level * std::sin(kTurn * i));
             });
         });
     }

@@ -6,6 +6,9 @@ namespace {
 
 using platform::SourceType;
 using test_support::ErrorNumber;
+using testing::AllOf;
+using testing::Contains;
+using testing::HasSubstr;
 
 struct CaptureNameCase {
     const char* why;
@@ -131,6 +134,22 @@ TEST(CapturePlans, AScreenThatTheDesktopHandsOutIsPlannedBeforeItsSizeIsKnown) {
         EXPECT_EQ(plan.video->input.capture->name, c.name);
         EXPECT_EQ(session.Video().CaptureArea(), c.name);
     }
+}
+
+TEST(CapturePlans, TheScreensSoundIsSomebodysAndToldOf) {
+    Session session;
+    session.engine.devices.push_back(
+        {DeviceKind::PulseSource, "hdmi.monitor", "Monitor of HDMI", false, true});
+    session.engine.sound_choice = "both";
+    session.group->AddSource(SourceType::Video)->SetInput("screencap1", "screencap");
+    const auto audio = platform::AsAudio(session.group->AddSource(SourceType::Audio));
+    audio->SetInput("Default_Audio_Device", "device");
+    EXPECT_EQ(audio->CaptureDevice(), "Microphone and Monitor of HDMI");
+    const EncodePlan plan = session.Plan();
+    EXPECT_EQ(plan.audio->input.capture->id, "mic.1");
+    EXPECT_EQ(plan.audio->input.capture->mixed_id, "hdmi.monitor");
+    EXPECT_THAT(plan.notices, Contains(AllOf(HasSubstr("Microphone and Monitor of HDMI"),
+                                             HasSubstr("TESSIVO_SOUND"))));
 }
 
 TEST(CapturePlans, AScreenHasItsSizeAndTheLowerOfBothRates) {

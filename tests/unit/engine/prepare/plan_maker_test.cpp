@@ -43,6 +43,18 @@ TEST(Plan, TakesOverWhatTheTreeSays) {
     EXPECT_TRUE(plan.video->remove_telecine);
 }
 
+TEST(Plan, SaysWhenTheOutputsNamePromisesAnotherKindOfFile) {
+    const auto notices = [](const char* output) {
+        FilmSession session;
+        session.tree.file.SetLocalFileName(output);
+        return session.Plan().notices;
+    };
+    for (const char* output : {"out.mp4", "out.x.MKV"})
+        EXPECT_THAT(notices(output), testing::Contains(testing::HasSubstr(".wmv is what")));
+    for (const char* output : {"out.wmv", "out", "mp4"})
+        EXPECT_THAT(notices(output), testing::IsEmpty());
+}
+
 TEST(Plan, OnlyStreamsOfTheContentKindLive) {
     FilmSession session;
     session.Video().SetPixelFormat(kRgb8);  // would be refused

@@ -32,14 +32,20 @@ const Contradiction kContradictions[] = {
          const auto source = s.group->AddSource(SourceType::Audio);
          EXPECT_EQ(ErrorNumber([&] { source->SetInput("gone.avi"); }), platform::kFileNotFound);
      }, kEmpty},
-    {"screen beside a file", kInvalid, {"film.avi", "screencap1"},
+    {"screen beside a file", kInvalid, {"film.avi (-input)", "the screen (-profile)"},
      [](Session& s) {
          s.group->AddSource(SourceType::Video)->SetInput("screencap1", "screencap");
      }},
-    {"two audio sources", kInvalid, {"film.avi", "Default_Audio_Device"},
+    {"two audio sources", kInvalid, {"film.avi (-input)", "give one of them", "New session"},
      [](Session& s) {
          s.group->AddSource(SourceType::Audio)->SetInput("Default_Audio_Device", "device");
      }},
+    {"a microphone beside a profile that brings the default device's sound", kInvalid,
+     {"Microphone (-adevice)", "(-profile)", "-profile scrn10 -adevice 1 -a_setting 64_44_2"},
+     [](Session& s) {
+         s.group->AddSource(SourceType::Audio)->SetInput("Microphone", "device");
+         s.group->AddSource(SourceType::Audio)->SetInput("Default_Audio_Device", "device");
+     }, kEmpty},
     {"two groups", kInvalid, {"SG_1", "SG_2"}, [](Session& s) { s.tree.groups.Add("SG_2"); }},
     {"a file's sound with the screen", kUnbuilt, {"sound.wav", "the screen", "together"},
      [](Session& s) {

@@ -8,6 +8,7 @@
 #include <random>
 #include <span>
 
+#include "engine/sources/audio/pulse_meter.h"
 #include "support/beep_player.h"
 #include "support/error_of.h"
 #include "support/pulse_server.h"
@@ -172,6 +173,28 @@ TEST_F(PulseAudioSource, GivesEverySampleAsItWasPlayed) {
                   static_cast<std::ptrdiff_t>(expected.size()))
             << "the first sample that differs";
     }
+}
+
+TEST_F(PulseAudioSource, AMeterHearsWhatIsPlayedUntilItIsWoken) {
+    Serve(NullSink("format=s16le rate=48000 channels=1") +
+          "load-module module-null-sink sink_name=n2\n");
+    PulseMeter meter({"n1.monitor", "n2.monitor"});
+    bool went_on = false;
+    std::thread listening([&] { went_on = meter.Run(); });
+    {
+        const test_support::BeepPlayer player(server_->Address(), "n1", 10);
+        std::vector<double> peaks = meter.TakePeaks();
+        while (peaks.at(0) < 0.1) {
+            ASSERT_EQ(peaks.at(1), 0) << "nothing is played there";
+            std::this_thread::yield();
+            peaks = meter.TakePeaks();
+        }
+        EXPECT_LE(peaks.at(0), 1);
+    }
+    meter.Wake();
+    listening.join();
+    EXPECT_TRUE(went_on);
+    EXPECT_FALSE(PulseMeter({"n3.monitor"}).Run()) << "there is none of that name";
 }
 
 TEST_F(PulseAudioSource, TimesAreThoseAtWhichTheSoundIsHeard) {
