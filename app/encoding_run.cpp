@@ -201,6 +201,7 @@ void EncodingRun::OnRunning() {
 void EncodingRun::OnStopped() {
     running_ = false;
     g_dtEnd = clock_();
+    progress_.ShowFigures();  // those of the last tick are a second old
     window_.lblStatus().SetCaption("  Done.");
     window_.SetMousePointer(platform::MousePointer::Default);
     window_.pb1().SetValue(100);

@@ -200,9 +200,10 @@ void frmMain::RunWords(const std::vector<std::string>& words) {
     // A command that was given meanwhile has its own status.
     if (command != commands_begun_) return;
     g_nExitStatus = status;
-    if (run_log_.IsOfFolder())
+    if (run_log_.IsOfFolder()) {
+        if (status != ExitStatus::Refused) run_log_.EndWalk(directory_mode_.Skipped());
         run_log_.EndCommand(status);
-    else if (status != ExitStatus::Done)
+    } else if (status != ExitStatus::Done)
         run_log_.RefuseCommand(status);
 }
 

@@ -94,6 +94,12 @@ void Progress::Tick() {
     }
 }
 
+void Progress::ShowFigures() {
+    if (!session_.g_objEncoder) return;
+    platform::ErrorTrap trap;
+    trap([&] { ShowRates(session_.g_objEncoder->Statistics()); });
+}
+
 void Progress::ShowRates(platform::WMEncStatistics& statistics) {
     const double elapsed_ms = static_cast<double>(statistics.EncodingTime().Raw());
     ShowNumber(window_.Label1(), "Elapsed time: ", elapsed_ms / kThousand, " secs");

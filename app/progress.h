@@ -24,6 +24,8 @@ class Progress {
     /// device capture whose -duration has passed; seconds while it is paused do not count. Ends
     /// quietly without an encoder and when the encoder fails to answer.
     void Tick();
+    /// The labels alone, as the statistics are now; quietly too.
+    void ShowFigures();
 
     /// Labels, bar and passes as before the first run.
     void Clear();

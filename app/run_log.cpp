@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "app/folder_summary.h"
 #include "platform/error.h"
 
 namespace app {
@@ -88,6 +89,11 @@ void RunLog::EndFile() {
     const bool failed = end == CommandEnd::Failed || end == CommandEnd::Refused;
     ++(failed ? command_.files_failed : command_.files_completed);
     if (listener_ != nullptr) listener_->OnFileEnd(command_.last);
+}
+
+void RunLog::EndWalk(std::map<std::string, int> skipped) {
+    command_.files_skipped = std::move(skipped);
+    TellNotice(FolderSummary(command_));
 }
 
 void RunLog::TellState(platform::EncoderState state) const {

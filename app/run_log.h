@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -50,6 +51,8 @@ class RunLog {
     bool IsOfFolder() const { return command_.is_folder; }
     void BeginFile();
     void EndFile();
+    /// Of a folder that was walked; tells the summary as a notice.
+    void EndWalk(std::map<std::string, int> skipped);
 
     // For the listener.
     void TellState(platform::EncoderState state) const;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -43,6 +44,9 @@ struct CommandReport {
     bool is_folder = false;
     int files_completed = 0;
     int files_failed = 0;
+    /// How many files of a folder were no media that walks take, by their extension in lower case,
+    /// ".txt"; "" = without one.
+    std::map<std::string, int> files_skipped;
     /// Options of earlier commands that this one used too, with their values.
     std::vector<std::string> carried_over;
     /// What the person should know although all went well, a sentence each.

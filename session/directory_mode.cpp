@@ -18,14 +18,19 @@ namespace {
 constexpr std::string_view kExtensions[] = {"avi", "wav", "mpg", "mpeg", "vob",
                                             "wmv", "wma", "mp3", "asf"};
 
+/// In lower case, with the last dot before it; "" where there is no dot.
+std::string ExtensionOf(const std::string& file) {
+    const std::size_t dot = file.rfind('.');
+    return dot == std::string::npos ? "" : platform::LowerCase(std::string_view(file).substr(dot));
+}
+
 /// The name up to its last dot, when an accepted extension follows that.
 std::optional<std::string> MediaBaseName(const std::string& file) {
-    const std::size_t dot = file.rfind('.');
-    if (dot == std::string::npos) return std::nullopt;
-    const std::string extension = platform::LowerCase(std::string_view(file).substr(dot + 1));
+    const std::string extension = ExtensionOf(file);
+    if (extension.empty()) return std::nullopt;
     const auto* const end = std::end(kExtensions);
-    if (std::find(std::begin(kExtensions), end, extension) == end) return std::nullopt;
-    return file.substr(0, dot);
+    if (std::find(std::begin(kExtensions), end, extension.substr(1)) == end) return std::nullopt;
+    return file.substr(0, file.size() - extension.size());
 }
 
 }  // namespace
@@ -36,6 +41,7 @@ DirectoryMode::DirectoryMode(platform::SessionState& state, cli::EncodeSettings&
 
 bool DirectoryMode::DoDirectoryModeEncoding() {
     any_failed_ = false;
+    skipped_.clear();
     if (settings_.output.empty()) {
         pane_.OutputError("Error: No output directory specified");
         return false;
@@ -100,6 +106,7 @@ void DirectoryMode::EncodeFilesInFolder(Walk& walk, const ListedFolder& folder) 
         if (run_.WalkCancelled()) return;
         if (!input.base_name) {
             pane_.OutputInfo("Skipping: " + input.name);
+            ++skipped_[ExtensionOf(input.name)];
             continue;
         }
         settings_.input = PathInFolder(files, folder.input, input.name);

@@ -1,6 +1,7 @@
 // Encodes every media file of a folder tree, one session a file, into a tree that mirrors it.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -32,6 +33,9 @@ class DirectoryMode {
 
     /// Whether a file or a folder of the walk that was started last could not be encoded.
     bool AnyFailed() const { return any_failed_; }
+    /// Files of that walk that were not taken, by their extension in lower case, ".txt"; "" =
+    /// without one.
+    const std::map<std::string, int>& Skipped() const { return skipped_; }
 
   private:
     struct Input {
@@ -70,6 +74,7 @@ class DirectoryMode {
     EncoderSetup& encoder_setup_;
     FileRun& run_;
     bool any_failed_ = false;
+    std::map<std::string, int> skipped_;
 };
 
 }  // namespace session

@@ -151,6 +151,7 @@ void JsonReport::WriteReport(const CommandReport& report, ExitStatus status) {
     if (report.is_folder) {
         object["files_completed"] = report.files_completed;
         object["files_failed"] = report.files_failed;
+        object["files_skipped"] = report.files_skipped;
     }
     object["notices"] = report.notices;
     object["exit_status"] = Number(status);

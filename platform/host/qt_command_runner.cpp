@@ -97,9 +97,14 @@ void CommandRunner::RunNext() {
 void CommandRunner::ShowFailure(const CommandReport& report) {
     const bool failed =
         report.last.end == CommandEnd::Failed || report.last.end == CommandEnd::Refused;
-    if (!failed) return;
+    const bool in_vain = report.is_folder && report.files_completed == 0;
+    if (!failed && !in_vain) return;
     QStringList parts;
-    if (report.last.error) parts << QString::fromStdString(report.last.error->description);
+    // The last notice of a folder is what came of it.
+    if (report.is_folder && !report.notices.empty())
+        parts << QString::fromStdString(report.notices.back());
+    else if (report.last.error)
+        parts << QString::fromStdString(report.last.error->description);
     if (report.last.end == CommandEnd::Refused) parts << BlankTrouble(given_);
     parts << QString::fromStdString(report.hint);
     if (report.last.end == CommandEnd::Refused) parts << StillInForce(report);

@@ -206,6 +206,7 @@ TEST_F(ConsoleModes, JsonNumbersTheCommandsOfTheInputAndTheFilesOfAFolder) {
     std::filesystem::create_directories(folder / "in");
     std::filesystem::copy_file(clip, folder / "in/good.avi");
     std::ofstream(folder / "in/bad.avi") << "no media\n";
+    std::ofstream(folder / "in/film.MP4") << "no media\n";
     const CommandResult result = Feed(folder, "--json -",
                                       "-v_codecs\n-profile av100 -input " + (folder / "in") +
                                           " -output " + (folder / "out") + "\n");
@@ -221,6 +222,8 @@ TEST_F(ConsoleModes, JsonNumbersTheCommandsOfTheInputAndTheFilesOfAFolder) {
     EXPECT_EQ(reports[1]["command"], 2);
     EXPECT_EQ(reports[1]["files_completed"], 1);
     EXPECT_EQ(reports[1]["files_failed"], 1);
+    EXPECT_EQ(reports[1]["files_skipped"], Json({{".mp4", 1}}));
+    EXPECT_THAT(result.err, HasSubstr("1 file encoded, 1 failed, 1 skipped (1 .mp4)"));
     EXPECT_EQ(files[folder / "in/good.avi"]["state"], "completed");
     EXPECT_EQ(files[folder / "in/bad.avi"]["error"]["number"], 0x8007000D);
 }
