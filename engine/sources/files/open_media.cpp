@@ -99,7 +99,6 @@ Ticks OpenMedia::StatedLength(const AVStream& stream) const {
 }
 
 OpenMedia OpenMediaFile(const std::string& path, const AVIOInterruptCB* stop) {
-    av_log_set_level(AV_LOG_QUIET);  // what matters is thrown, and no terminal is filled with more
     RefuseWhatIsNoFile(path);
     AVFormatContext* raw = CheckAllocated(avformat_alloc_context());
     if (stop != nullptr) raw->interrupt_callback = *stop;
