@@ -68,11 +68,12 @@ def commanded(rng, case, clip_folder, folder):
         case.words, case.stdin = ["-"], grammar.lines(rng)
     else:
         case.words = grammar.words(rng)
-    read_too = case.stdin + " " + (folder / "in" / "job.weu").read_text(errors="surrogateescape")
-    words = case.words + read_too.split()
-    named = {option: {os.path.normpath(value) for before, value in zip(words, words[1:]) if before.lower() == option}
-             for option in ("-output", "-s_config", "-saveprofile", "--repair", "-input")}
-    case.may_write += [*(set().union(*named.values()) - named["-input"]), "home/"]
+    job = (folder / "in" / "job.weu").read_text(errors="surrogateescape").split()
+    for words in (case.words + job, *(line.split() for line in case.stdin.splitlines())):
+        named = {option: {os.path.normpath(value) for before, value in zip(words, words[1:]) if before.lower() == option}
+                 for option in ("-output", "-s_config", "-saveprofile", "--repair", "-input")}
+        case.may_write += set().union(*named.values()) - named["-input"]
+    case.may_write.append("home/")
     case.signal, case.moment = signal.SIGTERM, 5  # recordings and long stills last
 
 

@@ -4,11 +4,12 @@ import re
 import subprocess
 
 TIMEOUT = 60
+PATIENCE = 600  # for a file of many hours, beside other runs
 
 
-def _run(words):
+def _run(words, timeout=TIMEOUT):
     try:
-        return subprocess.run(words, capture_output=True, timeout=TIMEOUT, stdin=subprocess.DEVNULL)
+        return subprocess.run(words, capture_output=True, timeout=timeout, stdin=subprocess.DEVNULL)
     except subprocess.TimeoutExpired:
         return None
 
@@ -16,9 +17,9 @@ def _run(words):
 def decoded(path):
     """What a decoder complains of, and how many seconds the file plays."""
     done = _run(["ffmpeg", "-v", "error", "-nostdin", "-progress", "pipe:1", "-i", f"file:{path}",
-                 "-enc_time_base", "-1", "-f", "null", "-"])
+                 "-enc_time_base", "-1", "-f", "null", "-"], PATIENCE)
     if done is None:
-        return f"not decoded in {TIMEOUT} s", float("inf")
+        return f"not decoded in {PATIENCE} s", float("inf")
     times = re.findall(rb"out_time_us=(\d+)", done.stdout)
     complaint = done.stderr.decode(errors="replace").strip()
     if not complaint and done.returncode != 0:

@@ -51,6 +51,10 @@ void Packetizer::Add(const MediaObject& object) {
         throw platform::Error(platform::kInvalidArgument,
                               "A coded frame of 4 GiB or more does not fit the file format; use a "
                               "smaller picture or a codec that compresses");
+    if (PtsField(object) > std::numeric_limits<std::uint32_t>::max())
+        throw platform::Error(platform::kInvalidArgument,
+                              "A Windows Media file is at most 49 days long, and ends here; encode "
+                              "the rest into another, with -time");
 
     const std::size_t whole = kPayloadOverheadBytes + object.bytes.size();
     const bool fits_empty_packet = whole <= packet_bytes_ - kPacketOverheadBytes;
@@ -97,7 +101,7 @@ void Packetizer::AppendPayload(const MediaObject& object, std::uint32_t offset, 
     packet_.U32(offset);
     packet_.U8(8);
     packet_.U32(static_cast<std::uint32_t>(object.bytes.size()));
-    packet_.U32(static_cast<std::uint32_t>(pts_ms));  // wraps after 49 days
+    packet_.U32(static_cast<std::uint32_t>(pts_ms));
     packet_.U16(static_cast<std::uint16_t>(count));
     packet_.Bytes(object.bytes.subspan(offset, count));
     ++payloads_;

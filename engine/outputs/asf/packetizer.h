@@ -57,7 +57,8 @@ class Packetizer {
     Packetizer(std::uint32_t packet_bytes, std::uint32_t preroll_ms, Receiver receiver);
 
     /// Frames come in order of dts over all streams. An empty frame is left out. Throws
-    /// platform::Error (invalid argument) for a frame of 4 GiB or more.
+    /// platform::Error (invalid argument) for a frame of 4 GiB or more, and for one whose time
+    /// does not fit the file's 32 bits of milliseconds.
     void Add(const MediaObject& object);
     /// Closes the packet that is open, if any.
     void Flush();

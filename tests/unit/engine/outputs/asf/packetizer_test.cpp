@@ -8,6 +8,7 @@
 #include "engine/outputs/asf/asf_file.h"
 #include "engine/outputs/asf/packetizer.h"
 #include "support/asf_reader.h"
+#include "support/error_of.h"
 
 namespace engine::asf {
 namespace {
@@ -159,6 +160,19 @@ TEST(Packets, FramesOfManyMegabytesKeepTheirOffsets) {
         Send(16000, {{.stream_number = 2, .video = true, .key = true, .bytes = bytes}});
     ASSERT_EQ(sent.objects.size(), 1U);
     EXPECT_EQ(sent.objects[0].bytes, bytes);
+}
+
+TEST(Packets, EndBeforeTheirTimesWouldBeginAnew) {
+    const std::vector<std::uint8_t> bytes(10);
+    const auto at = [&](std::int64_t ms) {
+        const Ticks time = Ticks::FromMilliseconds(ms);
+        return test_support::ErrorOf([&] {
+            Send(1000, {{.stream_number = 1, .pts = time, .dts = time, .bytes = bytes}});
+        });
+    };
+    constexpr std::int64_t kLast = 0xFFFF'FFFF - 1000;  // less the preroll
+    EXPECT_EQ(at(kLast).number(), 0);
+    EXPECT_THAT(at(kLast + 1).description(), testing::HasSubstr("49 days"));
 }
 
 TEST(Packets, NeedNoHeapWhileTheyFlow) {
