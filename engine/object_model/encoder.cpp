@@ -82,6 +82,8 @@ EncodePlan Encoder::WithScreen(SessionRecord session, const EncodePlan& plan) {
 
 void Encoder::Stop() {
     if (question_) question_->Cancel();
+    // What was opened to be recorded is given back.
+    if (std::exchange(is_made_, false)) control_->Forget();
     control_->Stop();
 }
 

@@ -90,9 +90,10 @@ TEST_F(EncoderTest, WhatIsRecordedIsOpenedByPrepare) {
     ASSERT_EQ(engine.runs.size(), 2U);
     EXPECT_TRUE(engine.runs.front()->destroyed) << "a device can be opened by one only";
     EXPECT_EQ(encoder->RunState(), EncoderState::Stopped);
+    encoder->Stop();
+    EXPECT_TRUE(engine.runs.back()->destroyed) << "stopped before it was started";
     engine.on_make_run = [] { throw platform::Error(platform::kBusy, "Microphone"); };
     EXPECT_EQ(ErrorNumber([&] { encoder->PrepareToEncode(true); }), platform::kBusy);
-    EXPECT_TRUE(engine.runs.back()->destroyed);
     engine.on_make_run = nullptr;
     encoder->Start();
     EXPECT_EQ(engine.runs.size(), 3U) << "start prepares what failed to prepare";
