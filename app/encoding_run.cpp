@@ -11,6 +11,20 @@
 
 namespace app {
 
+namespace {
+
+constexpr const char* kScreenScheme = "screencap";
+
+/// Whether the session's sources are devices or a screen: files have no scheme.
+bool IsRecording(const platform::SessionState& session) {
+    const auto is_live = [](const platform::WMEncSource* source) {
+        return source != nullptr && !source->Scheme().empty();
+    };
+    return is_live(session.g_objSrcAud.get()) || is_live(session.g_objSrcVid.get());
+}
+
+}  // namespace
+
 /// Hears one encoder for as long as it is the session's.
 class EncodingRun::Events final : public platform::WMEncoderEvents {
   public:
@@ -98,7 +112,10 @@ bool EncodingRun::IsFinishingOthers() const {
     });
 }
 
-void EncodingRun::Stop() { StopEncoder(*session_.g_objEncoder); }
+void EncodingRun::Stop() {
+    stop_asked_ = true;
+    StopEncoder(*session_.g_objEncoder);
+}
 
 void EncodingRun::PauseOrResume() {
     if (!running_) return;
@@ -147,6 +164,7 @@ TranscodeResult EncodingRun::Transcode() {
         return TranscodeResult::NotPrepared;
     }
     TellNotes(encoder);
+    if (IsRecording(session_) && !AwaitStart(session)) return TranscodeResult::NotPrepared;
 
     g_encodeError = 0;
     window_.Timer1().SetInterval(1000);
@@ -165,6 +183,21 @@ TranscodeResult EncodingRun::Transcode() {
     }
     g_dtStart = clock_();
     return TranscodeResult::Started;
+}
+
+// What the person does meanwhile may stop the session, or put another into its place.
+bool EncodingRun::AwaitStart(std::uint64_t session) {
+    stop_asked_ = false;
+    running_ = true;
+    const bool of_screen = session_.g_objSrcVid && session_.g_objSrcVid->Scheme() == kScreenScheme;
+    const bool ready = window_.BeforeRecording(
+        of_screen, [&] { return session == session_number_ && !stop_asked_; });
+    if (session != session_number_) return false;
+    running_ = false;
+    if (ready) return true;
+    const std::string reason = "The recording was stopped before it began.";
+    pane_.OutputError(reason, {platform::kUnspecified, reason});
+    return false;
 }
 
 void EncodingRun::TellNotes(platform::WMEncoder& encoder) {

@@ -47,7 +47,8 @@ class EncodingRun {
     /// Prepares and starts the session's encoder and returns at once; a failure has its line.
     TranscodeResult Transcode();
 
-    /// Stops the session's encoder, which must be there. A failure has its line.
+    /// Stops the session's encoder, which must be there, also before it was started. A failure has
+    /// its line.
     void Stop();
 
     /// Pauses the session's encoder, or lets it go on; nothing where none runs. A failure has its
@@ -85,6 +86,7 @@ class EncodingRun {
     void g_objEncoder_OnError(std::int32_t number, const std::string& description);
     void OnRunning();
     void OnStopped();
+    bool AwaitStart(std::uint64_t session);
     void TellNotes(platform::WMEncoder& encoder);
     RunEnd HowItEnded() const;
     void ReleaseEncoder();
@@ -114,6 +116,7 @@ class EncodingRun {
     WallTime g_dtStart;
     WallTime g_dtEnd;
     bool running_ = false;
+    bool stop_asked_ = false;  // since the session's encoder was prepared
     bool failed_ = false;
 };
 

@@ -2,6 +2,7 @@
 // All of it lives on the user-interface thread. Texts are UTF-8; line breaks are "\r\n".
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "platform/event_loop.h"
@@ -85,6 +86,11 @@ class FormWindow {
     /// The process's arguments after the program name, joined by single blanks.
     virtual std::string Arguments() const = 0;
     virtual EventLoop& Loop() = 0;
+    /// A recording is set up and starts as soon as this returns true; false gives it up. May run
+    /// the loop for as long as `wanted` says so.
+    virtual bool BeforeRecording(bool /*of_screen*/, const std::function<bool()>& /*wanted*/) {
+        return true;
+    }
 };
 
 }  // namespace platform

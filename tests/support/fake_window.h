@@ -138,6 +138,9 @@ class FakeWindow : public platform::FormWindow {
     }
     std::string Arguments() const override { return arguments; }
     platform::EventLoop& Loop() override { return loop; }
+    bool BeforeRecording(bool of_screen, const std::function<bool()>& wanted) override {
+        return !before_recording || before_recording(of_screen, wanted);
+    }
 
     /// The pane's lines so far.
     std::vector<std::string> PaneLines() const {
@@ -161,6 +164,7 @@ class FakeWindow : public platform::FormWindow {
     FakeTimer timer{log};
     FakeEventLoop loop;
     std::string caption, arguments;
+    std::function<bool(bool of_screen, const std::function<bool()>& wanted)> before_recording;
 };
 
 }  // namespace test_support

@@ -67,6 +67,48 @@ TEST_F(EncodingRunTest, FailureToStartLeavesTheTimerTicking) {
     EXPECT_FALSE(run.IsRunning());
 }
 
+TEST_F(EncodingRunTest, OnlyARecordingWaitsForTheHost) {
+    AddVideo();
+    std::vector<bool> asked;
+    window.before_recording = [&](bool of_screen, const std::function<bool()>& wanted) {
+        EXPECT_TRUE(wanted());
+        EXPECT_TRUE(run.IsRunning());
+        asked.push_back(of_screen);
+        return true;
+    };
+    for (const char* scheme : {"", "screencap", "device"}) {
+        video->scheme = scheme;
+        EXPECT_EQ(run.Transcode(), TranscodeResult::Started);
+    }
+    EXPECT_EQ(asked, (std::vector<bool>{true, false}));
+}
+
+TEST_F(EncodingRunTest, WhatHappensBeforeARecordingBegins) {
+    struct Case {
+        const char* why;
+        std::function<void()> meanwhile;
+        Lines lines;
+    };
+    const Case cases[] = {
+        {"Stop", [&] { run.Stop(); }, {"The recording was stopped before it began."}},
+        {"another command", [&] { run.NewSession(); }, {}},
+    };
+    for (const Case& c : cases) {
+        run.NewSession();
+        AddVideo();
+        video->scheme = "screencap";
+        window.before_recording = [&](bool, const std::function<bool()>& wanted) {
+            c.meanwhile();
+            EXPECT_FALSE(wanted()) << c.why;
+            return false;
+        };
+        EXPECT_EQ(run.Transcode(), TranscodeResult::NotPrepared) << c.why;
+        EXPECT_EQ(pane.Take(), c.lines) << c.why;
+        EXPECT_FALSE(run.IsRunning()) << c.why;
+        EXPECT_THAT(EncoderLog(), testing::Not(testing::Contains("Encoder.Start"))) << c.why;
+    }
+}
+
 TEST_F(EncodingRunTest, StatesSpellTheirOwnStatus) {
     video->value_PreProcessPass = 1;
     AddVideo();
