@@ -148,6 +148,7 @@ platform::RunProgress frmMain::Progress() const {
     progress.passes = progress_.TotalPasses();
     if (!session_.g_objEncoder) return progress;
     progress.state = session_.g_objEncoder->RunState();
+    progress.output = run_log_.OutputPath();
     platform::ErrorTrap trap;  // a run that is really broken says so by its events
     platform::WMEncStatistics& statistics = session_.g_objEncoder->Statistics();
     trap([&] { progress.encoded_ms = statistics.EncodingTime().Raw(); });

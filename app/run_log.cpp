@@ -54,14 +54,21 @@ void RunLog::EndRun(const RunEnd& end) {
     ReadTotals(report);
 }
 
+std::string RunLog::OutputPath() const {
+    platform::ErrorTrap trap;
+    std::string path;
+    trap([&] {
+        const std::string output = session_.g_objEncoder->File().LocalFileName();
+        if (!output.empty()) path = session_.g_objFSO->GetAbsolutePathName(output);
+    });
+    return path;
+}
+
 void RunLog::ReadTotals(platform::FileReport& report) const {
     // What cannot be read is left out; the run's own report has said so.
     platform::ErrorTrap trap;
     platform::WMEncStatistics& statistics = session_.g_objEncoder->Statistics();
-    trap([&] {
-        const std::string output = session_.g_objEncoder->File().LocalFileName();
-        if (!output.empty()) report.output = session_.g_objFSO->GetAbsolutePathName(output);
-    });
+    report.output = OutputPath();
     if (session_.g_objSrcAud)
         trap(
             [&] { report.audio = Stream(statistics, SourceType::Audio, session_.AudioCodecName); });

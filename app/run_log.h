@@ -42,6 +42,8 @@ class RunLog {
     void TellNotice(const std::string& text);
     void NoteHint(std::string hint) { command_.hint = std::move(hint); }
 
+    /// Where the session's encoder writes to; "" when to no file.
+    std::string OutputPath() const;
     /// The session's run has come to its stopped state.
     void EndRun(const RunEnd& end);
 

@@ -59,6 +59,7 @@ struct CommandReport {
 struct RunProgress {
     EncoderState state = EncoderState::Stopped;
     std::string input;
+    std::string output;           // absolute; "" without one
     std::int64_t encoded_ms = 0;  // media time of the pass
     std::int64_t length_ms = 0;   // of the media to be encoded; 0 = not known, or a recording
     float percent = 0;            // 0..100
