@@ -2,10 +2,9 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFileInfo>
 #include <QStringList>
 
-#include "platform/host/qt_notification.h"
+#include "platform/host/qt_result_bar.h"
 
 namespace platform::host {
 
@@ -13,40 +12,23 @@ namespace {
 
 QString Text(const char* text) { return QCoreApplication::translate("Desktop", text); }
 
-QString Named(const std::string& path) {
-    return QFileInfo(QString::fromStdString(path)).fileName();
-}
-
-void Notify(const CommandReport& report, bool capture) {
-    const FileReport& last = report.last;
-    const QString output = QString::fromStdString(last.output);
-    if (last.end == CommandEnd::Failed || last.end == CommandEnd::Refused) {
-        const QString name = output.isEmpty() ? Named(last.input) : QFileInfo(output).fileName();
-        QString reason = last.error ? QString::fromStdString(last.error->description) : QString();
-        ShowNotification(capture ? Text("The recording %1 ended with an error").arg(name)
-                                 : Text("Encoding %1 failed").arg(name),
-                         reason);
-    } else if (report.is_folder) {
-        ShowNotification(Text("The folder is done"),
-                         Text("%1 files were encoded").arg(report.files_completed));
-    } else {
-        ShowNotification(capture ? Text("%1 is recorded").arg(QFileInfo(output).fileName())
-                                 : Text("%1 is encoded").arg(QFileInfo(output).fileName()),
-                         QDir::toNativeSeparators(output));
-    }
-}
-
 }  // namespace
 
 Desktop::Desktop(QWidget& window, RunWatch& watch, WindowOptions& options, RunCommands commands,
-                 std::function<void(const QString&)> say)
+                 FileOpener& opener, std::function<void(const QString&)> say)
     : window_(window),
       watch_(watch),
       options_(options),
       commands_(std::move(commands)),
       say_(std::move(say)) {
-    watch_.OnBegin([this] { OnRunBegin(); });
     watch_.OnEnd([this](const CommandReport& report) { OnCommandEnd(report); });
+    watch_.OnRefused([this](const CommandReport& report) { OnRefused(report); });
+    notifier_.OnButton([&opener](Notifier::Button button, const QString& file) {
+        if (button == Notifier::Button::Play)
+            opener.Play(file);
+        else
+            opener.ShowFolder(file);
+    });
 }
 
 void Desktop::Begin() {
@@ -74,9 +56,19 @@ void Desktop::TakeHotkeys() {
     troubles << Take(Hotkey::Pause, [this] {
         if (watch_.CanPause()) commands_.pause_or_resume();
     });
-    troubles << Take(Hotkey::Stop, [this] {
-        if (watch_.CanPause()) commands_.stop();
-    });
+    const auto stop = [this] {
+        if (commands_.is_busy()) commands_.stop();
+    };
+    const auto start = [this] {
+        if (!commands_.is_busy()) commands_.start();
+    };
+    const auto start_or_stop = [start, stop, this] { commands_.is_busy() ? stop() : start(); };
+    if (options_.Key(Hotkey::Start) == options_.Key(Hotkey::Stop)) {
+        troubles << Take(Hotkey::Stop, start_or_stop);
+    } else {
+        troubles << Take(Hotkey::Start, start);
+        troubles << Take(Hotkey::Stop, stop);
+    }
     troubles.removeAll(QString());
     if (!troubles.isEmpty()) say_(troubles.join(QLatin1Char(' ')));
 }
@@ -96,15 +88,29 @@ QString Desktop::Take(Hotkey hotkey, const std::function<void()>& handler) {
     return {};
 }
 
-void Desktop::OnRunBegin() {
-    if (watch_.IsCapture() && options_.Is(WindowOption::MinimiseOnStart) && window_.isVisible())
-        window_.showMinimized();
+bool Desktop::IsSeen() const {
+    return window_.isVisible() && window_.isActiveWindow() && !window_.isMinimized();
 }
 
 void Desktop::OnCommandEnd(const CommandReport& report) {
     if (!options_.Is(WindowOption::Notify)) return;
-    const bool seen = window_.isVisible() && window_.isActiveWindow() && !window_.isMinimized();
-    if (!seen || watch_.IsCapture()) Notify(report, watch_.IsCapture());
+    const bool capture = watch_.IsCapture();
+    if (IsSeen() && !capture) return;
+    const ResultText text = TextOf(report, capture);
+    const QString file = PlayableFile(report, capture);
+    QStringList lines{text.details};
+    const bool failed = report.last.end == CommandEnd::Failed;
+    if (!failed) lines << QDir::toNativeSeparators(QString::fromStdString(report.last.output));
+    lines.removeAll(QString());
+    notifier_.Show(text.headline, lines.join(QLatin1Char('\n')), file);
+}
+
+// Of a command that a hotkey has run there would be nothing to see.
+void Desktop::OnRefused(const CommandReport& report) {
+    if (!options_.Is(WindowOption::Notify) || IsSeen()) return;
+    notifier_.Show(
+        Text("The command did not run"),
+        report.last.error ? QString::fromStdString(report.last.error->description) : QString());
 }
 
 }  // namespace platform::host

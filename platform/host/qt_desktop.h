@@ -1,4 +1,4 @@
-// What the window does outside of itself: tray, global hotkeys, notifications, minimising.
+// What the window does outside of itself: tray, global hotkeys, notifications.
 #pragma once
 
 #include <QString>
@@ -7,8 +7,10 @@
 #include <memory>
 #include <utility>
 
+#include "platform/host/qt_file_opener.h"
 #include "platform/host/qt_hotkey_dialog.h"
 #include "platform/host/qt_hotkeys.h"
+#include "platform/host/qt_notification.h"
 #include "platform/host/qt_run_watch.h"
 #include "platform/host/qt_tray.h"
 #include "platform/host/qt_window_options.h"
@@ -20,7 +22,7 @@ class Desktop {
   public:
     /// @param say  shows one line in the window
     Desktop(QWidget& window, RunWatch& watch, WindowOptions& options, RunCommands commands,
-            std::function<void(const QString&)> say);
+            FileOpener& opener, std::function<void(const QString&)> say);
 
     /// Takes keys and shows the tray's icon, for which other programs are asked: once the window
     /// has been painted.
@@ -31,8 +33,9 @@ class Desktop {
   private:
     void TakeHotkeys();
     QString Take(Hotkey hotkey, const std::function<void()>& handler);
-    void OnRunBegin();
     void OnCommandEnd(const CommandReport& report);
+    void OnRefused(const CommandReport& report);
+    bool IsSeen() const;
 
     QWidget& window_;
     RunWatch& watch_;
@@ -40,6 +43,7 @@ class Desktop {
     const RunCommands commands_;
     const std::function<void(const QString&)> say_;
     Hotkeys hotkeys_;
+    Notifier notifier_;
     std::unique_ptr<HotkeyDialog> dialog_;
     std::unique_ptr<Tray> tray_;
 };

@@ -1,6 +1,10 @@
 #include "platform/host/qt_encoding_menu.h"
 
+#include <QActionGroup>
 #include <QCoreApplication>
+#include <memory>
+
+#include "platform/host/qt_region_frame.h"
 
 namespace platform::host {
 
@@ -18,7 +22,9 @@ struct ToggleRow {
 // clang-format off
 constexpr ToggleRow kToggles[] = {
     {WindowOption::MinimiseOnStart, "minimiseOnStart", "&Minimise when a recording starts",
-        "The window is out of the way while the screen or a device is recorded"},
+        "The window is out of the way before the first picture is taken"},
+    {WindowOption::RegionFrame,     "regionFrame",     "&Frame around a recorded region",
+        "Shows where the region lies while it is recorded; the frame is outside of it"},
     {WindowOption::TrayIcon,        "trayIcon",        "&Icon in the tray",
         "The desktop's tray shows what is running, for how long, and a menu to steer it"},
     {WindowOption::Notify,          "notify",          "&Notify when it has ended",
@@ -26,9 +32,15 @@ constexpr ToggleRow kToggles[] = {
 };
 // clang-format on
 
+void Disable(QAction& action, const QString& reason) {
+    action.setEnabled(false);
+    action.setToolTip(reason);
+    action.setStatusTip(reason);
+}
+
 }  // namespace
 
-EncodingMenu::EncodingMenu(const QString& title, RunWatch& watch, const WindowOptions& options,
+EncodingMenu::EncodingMenu(const QString& title, RunWatch& watch, WindowOptions& options,
                            Desktop& desktop, const RunCommands& commands, QWidget* parent)
     : QMenu(title, parent) {
     setObjectName(QStringLiteral("encodingMenu"));
@@ -53,15 +65,37 @@ EncodingMenu::EncodingMenu(const QString& title, RunWatch& watch, const WindowOp
         connect(&toggle, &QAction::toggled, this,
                 [&desktop, option = row.option](bool on) { desktop.SetOption(option, on); });
     }
+    AddCountdown(options);
     QAction& hotkeys = Add("hotkeys", Text("Global &hotkeys..."),
-                           Text("Chooses the keys that pause and stop while another program is in "
-                                "front"));
+                           Text("Chooses the keys that start, pause and stop while another program "
+                                "is in front"));
     connect(&hotkeys, &QAction::triggered, this, [&desktop] { desktop.ChooseHotkeys(); });
-    if (Hotkeys::AreOffered()) return;
-    const QString reason = Text("Only an X11 desktop lets a program have keys of its own");
-    hotkeys.setEnabled(false);
-    hotkeys.setToolTip(reason);
-    hotkeys.setStatusTip(reason);
+    if (!Hotkeys::AreOffered())
+        Disable(hotkeys, Text("Only an X11 desktop lets a program have keys of its own"));
+    if (!RegionFrame::IsOffered())
+        Disable(*findChild<QAction*>(QLatin1String("regionFrame")),
+                Text("Only an X11 desktop lets a program say where a frame lies"));
+}
+
+void EncodingMenu::AddCountdown(WindowOptions& options) {
+    QMenu& menu = *addMenu(Text("&Countdown"));
+    menu.setObjectName(QStringLiteral("countdownMenu"));
+    menu.setAccessibleName(Text("Countdown"));
+    menu.menuAction()->setStatusTip(Text("How long a recording waits before it begins"));
+    auto group = std::make_unique<QActionGroup>(this);
+    for (const int seconds : {0, 3, 5, 10}) {
+        QAction* const action =
+            menu.addAction(seconds == 0 ? Text("&None") : Text("&%1 seconds").arg(seconds));
+        action->setObjectName(seconds == 0 ? QStringLiteral("countdownOff")
+                                           : QStringLiteral("countdown%1").arg(seconds));
+        action->setStatusTip(menu.menuAction()->statusTip());
+        action->setCheckable(true);
+        action->setChecked(options.CountdownSeconds() == seconds);
+        action->setActionGroup(group.get());
+        connect(action, &QAction::triggered, this,
+                [&options, seconds] { options.SetCountdownSeconds(seconds); });
+    }
+    static_cast<void>(group.release());  // the menu has it
 }
 
 QAction& EncodingMenu::Add(const char* name, const QString& text, const QString& tip) {

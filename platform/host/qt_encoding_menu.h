@@ -10,14 +10,16 @@
 
 namespace platform::host {
 
-/// Actions: "pauseRun", "minimiseOnStart", "trayIcon", "notify", "hotkeys". Everything handed over
+/// Actions: "pauseRun", "minimiseOnStart", "regionFrame", "trayIcon", "notify", "countdownOff",
+/// "countdown3" (5, 10), "hotkeys". Everything handed over
 /// must outlive it.
 class EncodingMenu : public QMenu {
   public:
-    EncodingMenu(const QString& title, RunWatch& watch, const WindowOptions& options,
-                 Desktop& desktop, const RunCommands& commands, QWidget* parent);
+    EncodingMenu(const QString& title, RunWatch& watch, WindowOptions& options, Desktop& desktop,
+                 const RunCommands& commands, QWidget* parent);
 
   private:
+    void AddCountdown(WindowOptions& options);
     QAction& Add(const char* name, const QString& text, const QString& tip);
 };
 

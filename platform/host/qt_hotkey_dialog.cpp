@@ -25,27 +25,30 @@ void HotkeyEdit::keyPressEvent(QKeyEvent* event) {
 }
 
 HotkeyDialog::HotkeyDialog(WindowOptions& options, QWidget* parent)
-    : QDialog(parent), options_(options), pause_(this), stop_(this), warning_(this) {
+    : QDialog(parent), options_(options), start_(this), pause_(this), stop_(this), warning_(this) {
     setObjectName(QStringLiteral("hotkeyDialog"));
     setWindowTitle(tr("Global hotkeys"));
+    start_.setObjectName(QStringLiteral("startKey"));
+    start_.setAccessibleName(tr("Key that runs the command"));
     pause_.setObjectName(QStringLiteral("pauseKey"));
     pause_.setAccessibleName(tr("Key that pauses and resumes"));
-    pause_.setKeySequence(options.Key(Hotkey::Pause));
     stop_.setObjectName(QStringLiteral("stopKey"));
     stop_.setAccessibleName(tr("Key that stops"));
-    stop_.setKeySequence(options.Key(Hotkey::Stop));
     warning_.setObjectName(QStringLiteral("hotkeyWarning"));
     warning_.setWordWrap(true);
-    for (HotkeyEdit* edit : {&pause_, &stop_})
-        connect(edit, &QKeySequenceEdit::keySequenceChanged, this, [this] { Check(); });
+    for (const Row& row : Rows()) {
+        row.edit.setKeySequence(options.Key(row.hotkey));
+        connect(&row.edit, &QKeySequenceEdit::keySequenceChanged, this, [this] { Check(); });
+    }
 
     // The layouts and what stands in them belong to the dialog.
     auto layout = std::make_unique<QFormLayout>(this);
     auto explanation = std::make_unique<QLabel>(
         tr("These keys work while another program is in front. An empty field switches its key "
-           "off."));
+           "off. One key may both run the command and stop."));
     explanation->setWordWrap(true);
     layout->addRow(explanation.release());
+    layout->addRow(tr("&Run the command:"), &start_);
     layout->addRow(tr("&Pause and resume:"), &pause_);
     layout->addRow(tr("&Stop:"), &stop_);
     layout->addRow(&warning_);
@@ -61,30 +64,40 @@ HotkeyDialog::HotkeyDialog(WindowOptions& options, QWidget* parent)
     Check();
 }
 
-void HotkeyDialog::Check() {
-    QString trouble;
-    for (const HotkeyEdit* edit : {&pause_, &stop_}) {
-        const QKeySequence keys = edit->keySequence();
-        if (keys.isEmpty() || Hotkeys::CanBeGlobal(keys)) continue;
-        trouble = tr("%1 cannot be a global hotkey. Take a function key, or a letter together with "
-                     "Ctrl, Alt or Meta.")
-                      .arg(keys.toString(QKeySequence::NativeText));
+std::array<HotkeyDialog::Row, 3> HotkeyDialog::Rows() {
+    return {Row{Hotkey::Start, start_}, Row{Hotkey::Pause, pause_}, Row{Hotkey::Stop, stop_}};
+}
+
+QString HotkeyDialog::Trouble() {
+    for (const Row& row : Rows()) {
+        const QKeySequence keys = row.edit.keySequence();
+        if (keys.isEmpty()) continue;
+        const QString name = keys.toString(QKeySequence::NativeText);
+        if (!Hotkeys::CanBeGlobal(keys))
+            return tr("%1 cannot be a global hotkey. Take a function key, or a letter together "
+                      "with Ctrl, Alt or Meta.")
+                .arg(name);
+        if (Hotkeys::Try(keys) == Hotkeys::Answer::Held)
+            return tr("Another program holds %1.").arg(name);
     }
-    if (trouble.isEmpty() && !pause_.keySequence().isEmpty() &&
-        pause_.keySequence() == stop_.keySequence())
-        trouble = tr("Both are the same key.");
+    const QKeySequence pause = pause_.keySequence();
+    if (!pause.isEmpty() && (pause == stop_.keySequence() || pause == start_.keySequence()))
+        return tr("The key that pauses is needed twice.");
+    return {};
+}
+
+void HotkeyDialog::Check() {
+    const QString trouble = Trouble();
     warning_.setText(trouble);
     ok_->setEnabled(trouble.isEmpty());
 }
 
 void HotkeyDialog::UseUsual() {
-    pause_.setKeySequence(WindowOptions::UsualKey(Hotkey::Pause));
-    stop_.setKeySequence(WindowOptions::UsualKey(Hotkey::Stop));
+    for (const Row& row : Rows()) row.edit.setKeySequence(WindowOptions::UsualKey(row.hotkey));
 }
 
 void HotkeyDialog::Keep() {
-    options_.SetKey(Hotkey::Pause, pause_.keySequence());
-    options_.SetKey(Hotkey::Stop, stop_.keySequence());
+    for (const Row& row : Rows()) options_.SetKey(row.hotkey, row.edit.keySequence());
     accept();
 }
 

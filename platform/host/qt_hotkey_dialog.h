@@ -5,6 +5,7 @@
 #include <QKeySequenceEdit>
 #include <QLabel>
 #include <QPushButton>
+#include <array>
 
 #include "platform/host/qt_window_options.h"
 
@@ -20,18 +21,25 @@ class HotkeyEdit : public QKeySequenceEdit {
 };
 
 /// Accepting it keeps the keys in the options; it cannot be accepted with keys that cannot be
-/// global, and says why. Named "hotkeyDialog", its fields "pauseKey" and "stopKey", its warning
-/// "hotkeyWarning".
+/// global or that another program holds, and says why. One key may start and stop. Named
+/// "hotkeyDialog", its fields "startKey", "pauseKey" and "stopKey", its warning "hotkeyWarning".
 class HotkeyDialog : public QDialog {
   public:
     HotkeyDialog(WindowOptions& options, QWidget* parent);
 
   private:
+    struct Row {
+        Hotkey hotkey;
+        HotkeyEdit& edit;
+    };
+    std::array<Row, 3> Rows();
     void UseUsual();
+    QString Trouble();
     void Check();
     void Keep();
 
     WindowOptions& options_;
+    HotkeyEdit start_;
     HotkeyEdit pause_;
     HotkeyEdit stop_;
     QLabel warning_;

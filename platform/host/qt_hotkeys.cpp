@@ -101,6 +101,34 @@ void Ungrab(xcb_connection_t* connection, std::uint8_t code, std::uint16_t modif
     xcb_flush(connection);
 }
 
+struct ServerKey {
+    std::uint8_t code;
+    std::uint16_t modifiers;
+};
+
+std::optional<ServerKey> KeyOf(const QKeySequence& keys) {
+    if (keys.isEmpty()) return std::nullopt;
+    const auto symbol = SymbolOf(keys[0].key());
+    const auto code = symbol ? CodeOf(Connection(), *symbol) : std::nullopt;
+    if (!code) return std::nullopt;
+    return ServerKey{*code, MaskOf(keys[0].keyboardModifiers())};
+}
+
+/// False, and nothing is taken, where another program holds it.
+bool Grab(const ServerKey& key) {
+    xcb_connection_t* const connection = Connection();
+    xcb_void_cookie_t cookies[std::size(kLocks)];
+    for (std::size_t i = 0; i < std::size(kLocks); ++i)
+        cookies[i] = xcb_grab_key_checked(connection, 0, Root(connection),
+                                          static_cast<std::uint16_t>(key.modifiers | kLocks[i]),
+                                          key.code, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    bool taken = true;
+    for (const xcb_void_cookie_t cookie : cookies)
+        taken = !ReplyPtr<xcb_generic_error_t>(xcb_request_check(connection, cookie)) && taken;
+    if (!taken) Ungrab(connection, key.code, key.modifiers);
+    return taken;
+}
+
 }  // namespace
 
 Hotkeys::Hotkeys() {
@@ -126,25 +154,20 @@ bool Hotkeys::CanBeGlobal(const QKeySequence& keys) {
 }
 
 Hotkeys::Answer Hotkeys::Take(const QKeySequence& keys, std::function<void()> handler) {
-    if (!AreOffered() || keys.isEmpty()) return Answer::Unknown;
-    xcb_connection_t* const connection = Connection();
-    const auto symbol = SymbolOf(keys[0].key());
-    const auto code = symbol ? CodeOf(connection, *symbol) : std::nullopt;
-    if (!code) return Answer::Unknown;
-    const std::uint16_t modifiers = MaskOf(keys[0].keyboardModifiers());
-    xcb_void_cookie_t cookies[std::size(kLocks)];
-    for (std::size_t i = 0; i < std::size(kLocks); ++i)
-        cookies[i] = xcb_grab_key_checked(connection, 0, Root(connection),
-                                          static_cast<std::uint16_t>(modifiers | kLocks[i]), *code,
-                                          XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
-    bool taken = true;
-    for (const xcb_void_cookie_t cookie : cookies)
-        taken = !ReplyPtr<xcb_generic_error_t>(xcb_request_check(connection, cookie)) && taken;
-    if (!taken) {
-        Ungrab(connection, *code, modifiers);
-        return Answer::Held;
-    }
-    keys_.push_back({*code, modifiers, std::move(handler)});
+    if (!AreOffered()) return Answer::Unknown;
+    const auto key = KeyOf(keys);
+    if (!key) return Answer::Unknown;
+    if (!Grab(*key)) return Answer::Held;
+    keys_.push_back({key->code, key->modifiers, std::move(handler)});
+    return Answer::Taken;
+}
+
+Hotkeys::Answer Hotkeys::Try(const QKeySequence& keys) {
+    if (!AreOffered()) return Answer::Unknown;
+    const auto key = KeyOf(keys);
+    if (!key) return Answer::Unknown;
+    if (!Grab(*key)) return Answer::Held;
+    Ungrab(Connection(), key->code, key->modifiers);
     return Answer::Taken;
 }
 

@@ -33,6 +33,8 @@ class Hotkeys : public QAbstractNativeEventFilter {
     /// handler is called once a press, however long the key is held. Where they are not offered:
     /// Unknown.
     Answer Take(const QKeySequence& keys, std::function<void()> handler);
+    /// What Take would answer.
+    static Answer Try(const QKeySequence& keys);
     void ReleaseAll();
 
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;

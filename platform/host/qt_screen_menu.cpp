@@ -1,6 +1,7 @@
 #include "platform/host/qt_screen_menu.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 
 #include "platform/error.h"
 
@@ -9,6 +10,9 @@ namespace platform::host {
 namespace {
 
 constexpr const char* kVariable = "TESSIVO_SCREEN";
+constexpr const char* kPointerVariable = "TESSIVO_POINTER";
+const QString kPointerOff = QStringLiteral("off");
+constexpr QSize kUsualRegion(1280, 720);
 constexpr int kMenuGone = 150;           // ms, until all have painted what a menu covered
 constexpr qsizetype kLongestEntry = 60;  // characters of a window's title
 
@@ -31,6 +35,15 @@ QString RegionChoice(const QRect& pixels) {
         .arg(pixels.height())
         .arg(pixels.x())
         .arg(pixels.y());
+}
+
+std::optional<QRect> ChosenRegion() {
+    static const QRegularExpression form(
+        QStringLiteral("^region:(\\d{1,5})x(\\d{1,5})\\+(\\d{1,5})\\+(\\d{1,5})$"));
+    const QRegularExpressionMatch match = form.match(Chosen());
+    if (!match.hasMatch()) return std::nullopt;
+    const auto number = [&](int place) { return match.captured(place).toInt(); };
+    return QRect(number(3), number(4), number(1), number(2));
 }
 
 ScreenMenu::ScreenMenu(const QString& title, std::function<void(const QString&)> say,
@@ -85,20 +98,55 @@ void ScreenMenu::Fill() {
     const bool can_choose = !parts.chosen_by_desktop;
     windows->setEnabled(can_choose);
     if (!has_chosen_) AddChoice(*this, "screenChosen", Entry(Chosen()), Chosen());
+    AddRegion(can_choose);
+    AddPointer();
+    if (can_choose) return;
+    const QString reason = Text("On Wayland the desktop asks what is recorded");
+    for (QAction* action : {windows, findChild<QAction*>(QLatin1String("chooseRegion"))}) {
+        action->setToolTip(reason);
+        action->setStatusTip(reason);
+    }
+}
+
+void ScreenMenu::AddRegion(bool can_choose) {
     addSeparator();
     QAction* const region =
         addAction(Text("Choose a &region..."), &menu_gone_, qOverload<>(&QTimer::start));
     region->setObjectName(QStringLiteral("chooseRegion"));
     region->setEnabled(can_choose);
     region->setStatusTip(
-        Text("Draw a box on the screen; recordings of the screen take what is in "
-             "it"));
-    if (can_choose) return;
-    const QString reason = Text("On Wayland the desktop asks what is recorded");
-    for (QAction* action : {windows, region}) {
-        action->setToolTip(reason);
-        action->setStatusTip(reason);
+        Text("Draw a box on the screen; recordings of the screen take what is in it"));
+    QAction* const numbers = addAction(Text("Region by &numbers..."), this,
+                                       [this, can_choose] { AskForNumbers(can_choose); });
+    numbers->setObjectName(QStringLiteral("regionByNumbers"));
+    numbers->setStatusTip(Text("Give width, height and place of the region in pixels"));
+}
+
+void ScreenMenu::AddPointer() {
+    addSeparator();
+    QAction* const pointer = addAction(Text("Mouse &pointer"), [](bool on) {
+        if (on)
+            qunsetenv(kPointerVariable);
+        else
+            qputenv(kPointerVariable, kPointerOff.toUtf8());
+    });
+    pointer->setObjectName(QStringLiteral("recordPointer"));
+    pointer->setStatusTip(Text("Recordings of the screen have the mouse pointer in them"));
+    pointer->setCheckable(true);
+    pointer->setChecked(qEnvironmentVariable(kPointerVariable) != kPointerOff);
+}
+
+void ScreenMenu::AskForNumbers(bool can_choose) {
+    const QRect screen = can_choose ? ScreenPixels() : QRect();
+    QRect usual(QPoint(0, 0), kUsualRegion);
+    if (can_choose) {
+        usual = usual.intersected(QRect(QPoint(0, 0), screen.size()));
+        usual.moveCenter(screen.center());
     }
+    dialog_ = std::make_unique<RegionDialog>(ChosenRegion().value_or(usual), screen, window());
+    connect(dialog_.get(), &QDialog::accepted, this,
+            [this] { Choose(RegionChoice(dialog_->Region())); });
+    dialog_->open();
 }
 
 void ScreenMenu::FillWindows(const ScreenParts& parts) {

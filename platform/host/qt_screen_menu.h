@@ -8,15 +8,17 @@
 #include <QTimer>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
+#include "platform/host/qt_region_dialog.h"
 #include "platform/host/qt_rubber_band.h"
 #include "platform/screen_parts.h"
 
 namespace platform::host {
 
-/// Sets the variable TESSIVO_SCREEN of this process, which the next recording of the screen goes
-/// by, and shows what it is. Only X11 lets a program choose.
+/// Sets the variables TESSIVO_SCREEN and TESSIVO_POINTER of this process, which the next recording
+/// of the screen goes by, and shows what they are. Only X11 lets a program choose all of it.
 class ScreenMenu : public QMenu {
   public:
     /// @param say  shows one line of what was chosen
@@ -28,7 +30,10 @@ class ScreenMenu : public QMenu {
     void Fill();
     void FillWindows(const ScreenParts& parts);
     void AddChoice(QMenu& menu, const char* name, const QString& text, const QString& choice);
+    void AddRegion(bool can_choose);
+    void AddPointer();
     void ChooseRegion();
+    void AskForNumbers(bool can_choose);
     void Choose(const QString& choice);
 
     std::function<void(const QString&)> say_;
@@ -38,9 +43,12 @@ class ScreenMenu : public QMenu {
     bool has_chosen_ = false;  // an entry stands for the choice
     QTimer menu_gone_;
     RegionChooser chooser_;
+    std::unique_ptr<RegionDialog> dialog_;
 };
 
 /// What the variable holds for such a box.
 QString RegionChoice(const QRect& pixels);
+/// The box that it holds; nothing where another part, or all of the screen is chosen.
+std::optional<QRect> ChosenRegion();
 
 }  // namespace platform::host

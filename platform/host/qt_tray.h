@@ -17,6 +17,8 @@ namespace platform::host {
 
 /// What the tray and the hotkeys can ask of the window.
 struct RunCommands {
+    std::function<bool()> is_busy;
+    std::function<void()> start;
     std::function<void()> pause_or_resume;
     std::function<void()> stop;
     std::function<void()> quit;

@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "platform/host/qt_recorded_size.h"
+
 namespace platform::host {
 
 namespace {
@@ -58,12 +60,14 @@ QtWindow::QtWindow(std::string arguments)
       stop_(this),
       pause_(this),
       message_(this),
+      result_(opener_, this),
       queue_(this),
       level_meter_(this),
       pane_(this),
       bar_(this),
       percent_(this),
       time_left_(this),
+      recorded_(this),
       status_(this),
       file_(this),
       length_(this),
@@ -73,8 +77,9 @@ QtWindow::QtWindow(std::string arguments)
       explanation_(this),
       runner_(*this, command_, queue_, message_, watch_, [this] { ClearFigures(); }),
       second_pass_(message_),
+      start_(*this, loop_, watch_, options_, message_),
       menu_commands_(*this, loop_, command_, pane_, message_),
-      desktop_(*this, watch_, options_, Commands(),
+      desktop_(*this, watch_, options_, Commands(), opener_,
                [this](const QString& line) { message_.ShowError(line); }),
       menu_bar_(menu_commands_, command_, recent_, this),
       encoding_menu_(tr("&Encoding"), watch_, options_, desktop_, Commands(), &menu_bar_),
@@ -120,6 +125,7 @@ QtWindow::QtWindow(std::string arguments)
     menu_bar_.insertMenu(help, &screen_menu_);
     menu_bar_.insertMenu(help, &sound_menu_);
     watch_.OnPhase([this] { ShowPhase(); });
+    watch_.OnEnd([this](const CommandReport& report) { result_.Show(report, watch_.IsCapture()); });
     ShowPhase();
 
     LayOut();
@@ -139,7 +145,8 @@ QtWindow::QtWindow(std::string arguments)
 QtWindow::~QtWindow() = default;
 
 RunCommands QtWindow::Commands() {
-    return {[this] {
+    return {[this] { return form_ != nullptr && form_->IsBusy(); }, [this] { go_.click(); },
+            [this] {
                 if (form_ != nullptr) form_->PauseOrResume();
             },
             [this] { Stop(); }, [this] { close(); }};
@@ -152,6 +159,7 @@ void QtWindow::ShowPhase() {
     if (watch_.phase() != RunPhase::Idle) return;
     left_.Restart();
     time_left_.clear();
+    recorded_.hide();
 }
 
 void QtWindow::NameAndExplain() {
@@ -172,6 +180,8 @@ void QtWindow::NameAndExplain() {
         {bar_, "pb1", tr("How much of this pass is done")},
         {percent_, "lblprgs", tr("How much of this pass is done, in percent")},
         {time_left_, "timeLeft", tr("How long the encoding will still take, both passes of two")},
+        {recorded_, "recordedSize",
+         tr("How large the recording has become, and how much room is left where it is written")},
         {status_, "lblStatus", tr("What the encoder does at the moment")},
         {file_, "lblFile", tr("The file that is being encoded")},
         {length_, "lblETm", tr("The length of what is encoded or recorded, in seconds")},
@@ -190,6 +200,7 @@ void QtWindow::NameAndExplain() {
         row.widget.setAccessibleDescription(row.explanation);
     }
     time_left_.setAccessibleName(tr("Time left"));
+    recorded_.setAccessibleName(tr("Size of the recording"));
     explanation_.setAccessibleName(tr("Explanation"));
     explanation_.setTextFormat(Qt::PlainText);
 }
@@ -228,6 +239,7 @@ void QtWindow::LayOut() {
     progress_row_.addWidget(&bar_, 1);
     progress_row_.addWidget(&percent_);
     progress_row_.addWidget(&time_left_);
+    progress_row_.addWidget(&recorded_);
 
     facts_.setHorizontalSpacing(18);
     facts_.setVerticalSpacing(6);
@@ -251,6 +263,7 @@ void QtWindow::LayOut() {
     rows_.addWidget(&queue_);
     rows_.addWidget(&level_meter_);
     rows_.addWidget(&message_);
+    rows_.addWidget(&result_);
     rows_.addWidget(&pane_, 1);
     rows_.addLayout(&progress_row_);
     rows_.addLayout(&facts_);
@@ -285,8 +298,19 @@ void QtWindow::SetForm(FormEvents& form) {
 void QtWindow::Tick() {
     form_->Timer1_Timer();
     if (watch_.phase() == RunPhase::Idle) return;
-    time_left_.setText(
-        QString::fromStdString(left_.TextOf(form_->Progress(), TimeLeft::Clock::now())));
+    const RunProgress progress = form_->Progress();
+    time_left_.setText(QString::fromStdString(left_.TextOf(progress, TimeLeft::Clock::now())));
+    if (watch_.IsCapture()) ShowRecordedSize(progress);
+}
+
+void QtWindow::ShowRecordedSize(const RunProgress& progress) {
+    const auto free_bytes = FreeBytes(progress);
+    const QString text = RecordedText(progress, free_bytes);
+    recorded_.setText(text);
+    recorded_.setVisible(!text.isEmpty());
+    recorded_.setAccessibleName(tr("Size of the recording: %1").arg(text));
+    if (free_bytes && IsScarce(*free_bytes))
+        message_.ShowNote(tr("There is little room left where the recording is written."));
 }
 
 void QtWindow::Stop() {
@@ -298,6 +322,7 @@ void QtWindow::Stop() {
 }
 
 void QtWindow::ClearFigures() {
+    result_.hide();
     bar_control_.SetValue(bar_control_.Min());
     for (Label* label : {&lblprgs(), &lblFile(), &lblETm(), &Label1(), &Label2(), &Label3()})
         label->SetCaption("");

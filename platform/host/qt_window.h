@@ -11,6 +11,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -22,12 +23,15 @@
 #include "platform/host/qt_controls.h"
 #include "platform/host/qt_desktop.h"
 #include "platform/host/qt_encoding_menu.h"
+#include "platform/host/qt_file_opener.h"
 #include "platform/host/qt_level_meter.h"
 #include "platform/host/qt_loop.h"
 #include "platform/host/qt_menu_bar.h"
 #include "platform/host/qt_menu_commands.h"
 #include "platform/host/qt_message_line.h"
 #include "platform/host/qt_recent_commands.h"
+#include "platform/host/qt_recording_start.h"
+#include "platform/host/qt_result_bar.h"
 #include "platform/host/qt_run_question.h"
 #include "platform/host/qt_run_watch.h"
 #include "platform/host/qt_screen_menu.h"
@@ -43,8 +47,9 @@ namespace platform::host {
 
 /// Closing it while the form is busy asks first, stops the encoder and closes when its file is
 /// finished. The widgets bear the form's names (txtCmd, cmdGo ...) as object names; beside the
-/// form's there are "cmdPause", "timeLeft" and "messageLine". Size, options and recent commands are
-/// kept in the user's settings of "tessivo". A file that is dropped becomes the command's input.
+/// form's there are "cmdPause", "timeLeft", "recordedSize", "messageLine" and "resultBar". Size,
+/// options and recent commands are kept in the user's settings of "tessivo". A file that is dropped
+/// becomes the command's input.
 class QtWindow : public QWidget, public FormWindow {
   public:
     /// @param arguments  the process's arguments after the program's name, joined by blanks
@@ -62,6 +67,8 @@ class QtWindow : public QWidget, public FormWindow {
         level_meter_.SetMaker(std::move(maker));
         sound_menu_.Begin();
     }
+    /// What plays files and shows folders instead of the desktop.
+    void SetOpener(std::function<bool(const QUrl&)> open) { opener_.Use(std::move(open)); }
     /// Closes without a question, after the encoder has finished its file.
     void StopAndClose();
     /// The same for a signal: nobody is there to answer a box, so none stays open.
@@ -88,6 +95,9 @@ class QtWindow : public QWidget, public FormWindow {
     void MessageBox(const std::string& text, const std::string& title, MessageIcon icon) override;
     std::string Arguments() const override { return arguments_; }
     EventLoop& Loop() override { return loop_; }
+    bool BeforeRecording(bool of_screen, const std::function<bool()>& wanted) override {
+        return start_.Await(of_screen, wanted);
+    }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -106,6 +116,7 @@ class QtWindow : public QWidget, public FormWindow {
     void FitTheScreen();
     void Stop();
     void Tick();
+    void ShowRecordedSize(const RunProgress& progress);
     void AskBeforeClosing();
     void CloseWhenIdle();
 
@@ -130,6 +141,8 @@ class QtWindow : public QWidget, public FormWindow {
     QPushButton stop_;
     QPushButton pause_;
     MessageLine message_;
+    FileOpener opener_{message_};
+    ResultBar result_;
     CommandQueue queue_;
     LevelMeter level_meter_;
     OutputView pane_;
@@ -137,6 +150,7 @@ class QtWindow : public QWidget, public FormWindow {
     QLabel percent_;
     QLabel time_left_;
     TimeLeft left_;
+    QLabel recorded_;
     ShorteningLabel status_;
     ShorteningLabel file_;
     QLabel length_;
@@ -146,6 +160,7 @@ class QtWindow : public QWidget, public FormWindow {
     ShorteningLabel explanation_;
     CommandRunner runner_;
     SecondPassNote second_pass_;
+    RecordingStart start_;
     MenuCommands menu_commands_;
     Desktop desktop_;
     QueuedCall painted_call_{[this] { desktop_.Begin(); }};  // after the first time

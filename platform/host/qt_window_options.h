@@ -8,11 +8,12 @@ namespace platform::host {
 
 enum class WindowOption {
     MinimiseOnStart,  // when a recording starts
+    RegionFrame,      // around a region while it is recorded
     TrayIcon,
     Notify,     // when a run has ended
     ShowLevel,  // of the sound that is recorded
 };
-enum class Hotkey { Pause, Stop };
+enum class Hotkey { Start, Pause, Stop };
 
 /// The settings must outlive it.
 class WindowOptions {
@@ -21,6 +22,9 @@ class WindowOptions {
 
     bool Is(WindowOption option) const;
     void Set(WindowOption option, bool on);
+    /// Seconds before a recording begins; 0 = none.
+    int CountdownSeconds() const;
+    void SetCountdownSeconds(int seconds);
     /// Empty = switched off.
     QKeySequence Key(Hotkey hotkey) const;
     void SetKey(Hotkey hotkey, const QKeySequence& keys);

@@ -1,6 +1,7 @@
 // What recorders have beside Go and Stop: pause, parts of the screen, options, notifications.
 #include <QAccessible>
 #include <QAction>
+#include <QActionGroup>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
@@ -43,13 +44,14 @@ class Recorder : public Window {
     void Deliver(EncoderState state) { form_.listener->OnStateChange(state); }
     QAction& Action(const char* name) { return Find<QAction>(name); }
     void OpenScreenMenu() { QMetaObject::invokeMethod(&Find<QMenu>("screenMenu"), "aboutToShow"); }
-    /// What has a check mark in the menu of the screen and in that of its windows.
+    /// What is chosen in the menu of the screen and in that of its windows.
     std::vector<std::string> Chosen() {
         OpenScreenMenu();
         std::vector<std::string> names;
         const auto add = [&](const QMenu& menu) {
             for (const QAction* action : menu.actions())
-                if (action->isChecked()) names.push_back(action->text().toStdString());
+                if (action->isChecked() && action->actionGroup() != nullptr)
+                    names.push_back(action->text().toStdString());
         };
         auto& menu = Find<QMenu>("screenMenu");
         add(menu);
@@ -112,20 +114,15 @@ TEST_F(Recorder, PauseFollowsTheRun) {
 }
 
 TEST_F(Recorder, OnlyRecordingsMinimiseAndOnlyWhenAsked) {
-    struct Case {
-        const char* why;
-        bool wanted;
-        const char* input;
-        bool minimised;
-    };
-    for (const Case& c : {Case{"not asked for", false, "", false},
-                          Case{"a recording", true, "", true}, Case{"a file", true, "a.avi", false},
-                          Case{"a recording in a window that was opened later", true, "", true}}) {
+    for (const bool wanted : {false, true}) {
         Open();
-        Action("minimiseOnStart").setChecked(c.wanted);
-        form_.progress.input = c.input;
-        Deliver(EncoderState::Starting);
-        EXPECT_EQ(window().isMinimized(), c.minimised) << c.why;
+        Action("minimiseOnStart").setChecked(wanted);
+        form_.progress.input = "a.avi";
+        Deliver(EncoderState::Running);
+        Deliver(EncoderState::Stopped);
+        EXPECT_FALSE(window().isMinimized()) << "a file";
+        EXPECT_TRUE(window().BeforeRecording(true, [] { return true; }));
+        EXPECT_EQ(window().isMinimized(), wanted) << "before the first frame";
     }
 }
 
@@ -265,14 +262,24 @@ class NotificationService : public QDBusVirtualObject {
         shown.push_back(arguments.value(3).toString().toStdString() + "|" +
                         arguments.value(4).toString().toStdString());
         signature = message.signature();
-        bus.send(message.createReply(1U));
+        buttons = arguments.value(5).toStringList();
+        bus.send(message.createReply(++number_));
         return true;
+    }
+    /// A button of the last message is pressed, or one of a message of another program.
+    void Press(const char* button, bool of_last) {
+        QDBusMessage signal = QDBusMessage::createSignal(
+            "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "ActionInvoked");
+        signal << (of_last ? number_ : number_ + 1) << button;
+        QDBusConnection("service").send(signal);
     }
 
     std::vector<std::string> shown;
     QString signature;
+    QStringList buttons;
 
   private:
+    uint number_ = 6;
     test_support::TempFolder folder_;
     test_support::BackgroundCommand bus_{
         {"dbus-daemon", "--session", "--nofork", "--print-address"}, folder_.path()};
@@ -332,6 +339,29 @@ TEST_F(Recorder, WhatNobodyWatchedIsNotified) {
             << c.why;
     }
     EXPECT_EQ(service.signature, "susssasa{sv}i");
+    EXPECT_THAT(service.buttons, IsEmpty()) << "no file that could be played";
+
+    std::vector<std::string> opened;
+    window().SetOpener([&](const QUrl& url) {
+        opened.push_back(url.toLocalFile().toStdString());
+        return true;
+    });
+    const test_support::TempFolder folder;
+    const std::string file = folder.path() / "talk.wmv";
+    std::ofstream(file) << "whole";
+    platform::CommandReport report;
+    report.last.end = CommandEnd::Stopped;
+    report.last.output = file;
+    report.last.file = platform::FileArchiveStats();
+    service.shown.clear();
+    form_.listener->OnCommandEnd(report);
+    RunUntil([&] { return !service.shown.empty(); });
+    EXPECT_EQ(service.buttons.join('|'), "play|Play|folder|Open folder");
+    service.Press("play", false);
+    service.Press("folder", true);
+    service.Press("play", true);
+    RunUntil([&] { return opened.size() == 2; });
+    EXPECT_THAT(opened, ElementsAre(folder.path().string(), file));
 }
 
 }  // namespace

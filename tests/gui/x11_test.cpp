@@ -4,11 +4,13 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QScreen>
 #include <QWidget>
 #include <algorithm>
 #include <optional>
 
 #include "platform/host/qt_hotkeys.h"
+#include "platform/host/qt_region_frame.h"
 #include "platform/host/qt_rubber_band.h"
 #include "support/commands.h"
 #include "support/x_server.h"
@@ -69,11 +71,34 @@ TEST(X11, AKeyThatAnotherProgramHoldsIsLeftToIt) {
                                         kF10, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)),
         nullptr);
     Hotkeys hotkeys;
+    EXPECT_EQ(Hotkeys::Try(QKeySequence("Ctrl+Shift+F10")), Hotkeys::Answer::Held);
     EXPECT_EQ(hotkeys.Take(QKeySequence("Ctrl+Shift+F10"), [] {}), Hotkeys::Answer::Held);
+    EXPECT_EQ(Hotkeys::Try(QKeySequence("Ctrl+Shift+F11")), Hotkeys::Answer::Taken);
     EXPECT_EQ(hotkeys.Take(QKeySequence("Ctrl+Shift+F11"), [] {}), Hotkeys::Answer::Taken);
     EXPECT_EQ(hotkeys.Take(QKeySequence(QKeyCombination(Qt::Key_LaunchMail)), [] {}),
               Hotkeys::Answer::Unknown);
     xcb_disconnect(other);
+}
+
+TEST(X11, TheFrameIsSeenButNotInItsRegion) {
+    const QRect region(40, 30, 101, 51);
+    const auto grab = [&](const QRect& box) {
+        return QGuiApplication::primaryScreen()
+            ->grabWindow(0, box.x(), box.y(), box.width(), box.height())
+            .toImage();
+    };
+    const QImage before = grab(region);
+    platform::host::RegionFrame frame;
+    frame.ShowAround(region);
+    const QPoint beside[] = {{39, 29}, {141, 50}, {90, 29}, {90, 81}, {39, 81}};
+    const auto is_framed = [&](QPoint place) {
+        return grab(QRect(place, QSize(1, 1))).pixelColor(0, 0) == QColor(0xff, 0x50, 0x30);
+    };
+    QEventLoop loop;
+    while (!std::all_of(std::begin(beside), std::end(beside), is_framed)) loop.processEvents();
+    EXPECT_EQ(grab(region), before);
+    frame.Hide();
+    while (std::any_of(std::begin(beside), std::end(beside), is_framed)) loop.processEvents();
 }
 
 TEST(X11, EscapeEndsTheRubberBand) {
