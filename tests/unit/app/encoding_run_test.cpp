@@ -130,8 +130,10 @@ TEST_F(EncodingRunTest, StoppedDoesItsStepsInOrderAndReports) {
     now += std::chrono::seconds(7);
     window.info.scrolled = false;
     Encoder().Deliver(EncoderState::Stopped);
-    EXPECT_EQ(WindowLog(), (Lines{"lblStatus=  Done.", "MousePointer=0", "pb1=100", "lblprgs=100%",
-                                  "Beep", "cmdGo=&Go", "Timer1.Enabled=false"}));
+    EXPECT_EQ(WindowLog(),
+              (Lines{"Label1=Elapsed time: \r\n0 secs", "Label2=Expected bit rate: \r\n0 Kbps",
+                     "Label3=Current bit rate: \r\n0 Kbps", "lblStatus=  Done.", "MousePointer=0",
+                     "pb1=100", "lblprgs=100%", "Beep", "cmdGo=&Go", "Timer1.Enabled=false"}));
     EXPECT_EQ(pane.Take(), (Lines{"======== Encoding Completed ========\r\n", "", "Overall:",
                                   "\tEncoding time: \t\t7 secs", "\tAverage bit rate: \t\t0 bps"}));
     EXPECT_TRUE(window.info.scrolled);
