@@ -85,8 +85,10 @@ TEST_F(Mix, FailsWithTheDeviceThatFails) {
     microphone_->Tone(100, 0.25);
     desktop_->Tone(0, 0.5);
     desktop_->Tone(100, 0.5);
-    desktop_->Fail({platform::kDeviceNotConnected, "the boxes are gone"});
     Open();
+    microphone_->WaitUntilTaken();
+    desktop_->WaitUntilTaken();
+    desktop_->Fail({platform::kDeviceNotConnected, "the boxes are gone"});
     const platform::Error error = test_support::ErrorOf([&] { Tenths(100); });
     EXPECT_EQ(error.description(), "the boxes are gone");
     EXPECT_TRUE(reached_) << "what came before is given first";
