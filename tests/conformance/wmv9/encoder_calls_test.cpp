@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "conformance/wmv9/campaigns.h"
 #include "conformance/wmv9/encoder_calls.h"
 #include "conformance/wmv9/random.h"
 #include "support/row_name.h"
@@ -100,8 +99,6 @@ class CallMaker {
     int shown_ = 0;  // places given away
 };
 
-}  // namespace
-
 std::string FaultOfCalls(std::uint64_t seed) {
     const RandomCalls made = CallMaker(seed).Make();
     const Outcome outcome = EncodeAll(made.settings, made.scene, made.calls);
@@ -114,11 +111,10 @@ std::string FaultOfCalls(std::uint64_t seed) {
     return fmt::format("calls {}, {}x{}: {}", seed, settings.width, settings.height, fault);
 }
 
-namespace {
-
 TEST(EncoderCalls, LeaveNoTraceWhenTheyAreTakenBack) {
-    constexpr std::uint64_t kSeeds = 60;
-    for (std::uint64_t seed = 0; seed < kSeeds; ++seed) EXPECT_EQ(FaultOfCalls(seed), "");
+    const Seeds seeds(60);
+    for (std::uint64_t seed = seeds.first; seed < seeds.first + seeds.count; ++seed)
+        EXPECT_EQ(FaultOfCalls(seed), "");
 }
 
 // ---- What becomes of a request

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "codecs/wmv9/sequence_header.h"
 #include "conformance/wmv9/encoder_calls.h"
 #include "conformance/wmv9/stream_check.h"
 #include "support/row_name.h"
@@ -136,18 +137,23 @@ TEST(EncoderStreams, OfEveryQuantiserDecode) {
     }
 }
 
-TEST(EncoderStreams, AreTheSameFromMoreThreads) {
-    for (const int preset : {0, 60, 100}) {
-        for (const Profile profile : {Profile::Simple, Profile::Main}) {
-            EncoderSettings settings{.width = 114, .height = 98, .profile = profile};
-            settings.preset = preset;
-            settings.b_pictures = profile == Profile::Main ? 2 : 0;
-            const Calls calls = Gops(8, settings.b_pictures, kMixedQuantisers);
-            const auto alone = DataOf(EncodeAll(settings, {}, calls));
-            settings.threads = 3;
-            EXPECT_EQ(DataOf(EncodeAll(settings, {}, calls)), alone) << "preset " << preset;
-        }
-    }
+TEST(EncoderStreams, SayTheirToolsInTheSequenceHeader) {
+    SequenceHeader main;
+    main.rate_hint = 7;
+    main.bits_hint = 10;
+    EXPECT_THAT(main.Bytes(), testing::ElementsAre(0x4E, 0xA9, 0x08, 0x0D));
+    main.extended_vectors = true;
+    main.varying_quantiser = true;
+    main.overlap = true;
+    main.most_b_pictures = 2;
+    EXPECT_THAT(main.Bytes(), testing::ElementsAre(0x4E, 0xA9, 0x5A, 0x2D));
+    SequenceHeader simple;
+    simple.profile = Profile::Simple;
+    simple.loop_filter = false;
+    simple.short_chroma_vectors = true;
+    simple.rate_hint = 0;
+    simple.bits_hint = 0;
+    EXPECT_THAT(simple.Bytes(), testing::ElementsAre(0x00, 0x01, 0x88, 0x0D));
 }
 
 TEST(EncoderStreams, MayHaveNoPictures) {

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
+#include <sstream>
 
 namespace wmv9_conformance {
 
@@ -32,6 +34,17 @@ class Random {
     void Mix(std::uint64_t place) { state_ = Next() ^ place; }
 
     std::uint64_t state_;
+};
+
+/// The numbers of what a test makes at random: FIRST and COUNT of TESSIVO_SEEDS="FIRST COUNT", else
+/// the `usual` first ones.
+struct Seeds {
+    explicit Seeds(std::uint64_t usual) : count(usual) {
+        if (const char* asked = std::getenv("TESSIVO_SEEDS"))
+            std::istringstream(asked) >> first >> count;
+    }
+    std::uint64_t first = 0;
+    std::uint64_t count;
 };
 
 }  // namespace wmv9_conformance

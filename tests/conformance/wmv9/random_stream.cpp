@@ -63,7 +63,7 @@ class RandomStream::Impl {
           sequence_(RandomSequence(random_)),
           width_(MacroblocksIn(settings.width)),
           height_(MacroblocksIn(settings.height)),
-          coder_(width_, height_, settings.threads),
+          coder_(width_, height_, 1),
           source_(width_, height_),
           b_frame_(width_, height_),
           mapped_(width_, height_),

@@ -17,10 +17,9 @@ struct RandomStreamSettings {
     int width = 16;
     int height = 16;
     Content content = Content::Texture;
-    int threads = 1;
 };
 
-/// Follows from its settings alone; the number of threads changes nothing.
+/// Follows from its settings alone.
 class RandomStream {
   public:
     explicit RandomStream(const RandomStreamSettings& settings);

@@ -9,12 +9,7 @@
 #include <utility>
 
 #include "codecs/common/index.h"
-
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavutil/log.h>
-#include <libavutil/mem.h>
-}
+#include "engine/base/av/av_ptr.h"
 
 namespace wmv9_conformance {
 
@@ -22,12 +17,6 @@ using codecs::Index;
 using codecs::wmv9::PictureView;
 
 namespace {
-
-struct Deleter {
-    void operator()(AVCodecContext* p) const { avcodec_free_context(&p); }
-    void operator()(AVPacket* p) const { av_packet_free(&p); }
-    void operator()(AVFrame* p) const { av_frame_free(&p); }
-};
 
 // What the library says; it has one place for the messages of all its decoders.
 std::string& Messages() {
@@ -71,9 +60,9 @@ std::string Difference(const PlanarPicture& expected, const AVFrame& decoded) {
 }  // namespace
 
 struct StreamCheck::Decoder {
-    std::unique_ptr<AVCodecContext, Deleter> codec;
-    std::unique_ptr<AVPacket, Deleter> packet;
-    std::unique_ptr<AVFrame, Deleter> frame;
+    engine::AvPtr<AVCodecContext> codec;
+    engine::AvPtr<AVPacket> packet;
+    engine::AvPtr<AVFrame> frame;
 };
 
 StreamCheck::StreamCheck(const StreamFormat& format) : decoder_(std::make_unique<Decoder>()) {
