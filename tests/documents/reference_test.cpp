@@ -1,6 +1,5 @@
 // The pages for users agree with the program.
 #include <fstream>
-#include <sstream>
 
 #include "cli/option_table.h"
 #include "docs/reference/reference.h"
@@ -9,30 +8,24 @@
 namespace test_support {
 namespace {
 
-std::string Page(const std::string& name) {
-    std::ifstream file(std::string(TESSIVO_DOCS) + "/" + name, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 TEST(Documents, TheReferenceIsWhatTheTablesSay) {
-    EXPECT_TRUE(Page("command-reference.md") == reference::CommandReference())
+    EXPECT_TRUE(FileText(TESSIVO_DOCS "/command-reference.md") == reference::CommandReference())
         << "build the target reference-page";
 }
 
 /// The files that examples read.
 void MakeInputs(const TempFolder& folder) {
     const auto clip = [&](const std::string& name) {
-        Ffmpeg({"-f", "lavfi", "-i", "testsrc2=size=64x48:rate=10:duration=2", "-f", "lavfi", "-i",
-                "sine=sample_rate=44100:duration=2", "-c:v", "mjpeg", "-c:a", "pcm_s16le", "-ac",
-                "2", folder / name});
+        Ffmpeg(
+            "-f lavfi -i testsrc2=size=64x48:rate=10:duration=2 -f lavfi -i "
+            "sine=sample_rate=44100:duration=2 -c:v mjpeg -c:a pcm_s16le -ac 2",
+            folder / name);
     };
     clip("film.avi");
     std::filesystem::create_directory(folder / "holiday");
     clip("holiday/beach.avi");
-    Ffmpeg({"-f", "lavfi", "-i", "sine=sample_rate=44100:duration=1", folder / "talk.wav"});
-    Ffmpeg({"-f", "lavfi", "-i", "testsrc2=size=64x48", "-frames:v", "1", folder / "card.png"});
+    Ffmpeg("-f lavfi -i sine=sample_rate=44100:duration=1", folder / "talk.wav");
+    Ffmpeg("-f lavfi -i testsrc2=size=64x48 -frames:v 1", folder / "card.png");
     std::ofstream(folder / "job.weu") << "-profile av100 -v_bitrate 60000\n";
 }
 

@@ -248,7 +248,7 @@ TEST_F(ConsoleModes, AWalkLosesNoFileAndWaitsForNone) {
 }
 
 TEST_F(ConsoleModes, ASignalEndsInAReportOfTheStop) {
-    Ffmpeg({"-stream_loop", "599", "-i", clip, "-c", "copy", folder / "long.avi"});
+    Ffmpeg("-stream_loop 599 -i " + clip + " -c copy", folder / "long.avi");
     const std::string out = folder / "a.wmv";
     // The signal comes when an object tells of something that has been encoded.
     const CommandResult result =

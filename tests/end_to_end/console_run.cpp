@@ -34,23 +34,13 @@ int CountOf(const std::string& text, const std::string& part) {
     return count;
 }
 
-void MakeClip(const std::string& path, int seconds, const std::string& size, int rate, bool audio,
-              bool video) {
+void MakeClip(const std::string& path, int seconds, const std::string& size, int rate) {
     const std::string length = std::to_string(seconds);
-    std::vector<std::string> words;
-    if (video) {
-        words.insert(words.end(), {"-f", "lavfi", "-i",
-                                   "testsrc2=size=" + size + ":rate=" + std::to_string(rate) +
-                                       ":duration=" + length + ",noise=alls=12:allf=t"});
-    }
-    if (audio) {
-        words.insert(words.end(),
-                     {"-f", "lavfi", "-i",
-                      "sine=frequency=440:sample_rate=44100:duration=" + length + ",volume=0.5"});
-    }
-    words.insert(words.end(),
-                 {"-c:v", "mjpeg", "-q:v", "3", "-c:a", "pcm_s16le", "-ac", "2", path});
-    Ffmpeg(words);
+    Ffmpeg("-f lavfi -i testsrc2=size=" + size + ":rate=" + std::to_string(rate) +
+               ":duration=" + length + ",noise=alls=12:allf=t " +
+               "-f lavfi -i sine=frequency=440:sample_rate=44100:duration=" + length +
+               ",volume=0.5 -c:v mjpeg -q:v 3 -c:a pcm_s16le -ac 2",
+           path);
 }
 
 }  // namespace test_support

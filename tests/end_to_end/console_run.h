@@ -22,6 +22,6 @@ int CountOf(const std::string& text, const std::string& part);
 /// A clip of moving frames (noise over a test pattern) and a tone, as AVI.
 /// @param seconds  length; both streams have it to the frame
 void MakeClip(const std::string& path, int seconds, const std::string& size = "320x240",
-              int rate = 30, bool audio = true, bool video = true);
+              int rate = 30);
 
 }  // namespace test_support

@@ -1,16 +1,13 @@
 // The console program records a display and a sound server of the test's own.
 #include <gtest/gtest.h>
 
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
 #include <csignal>
 #include <fstream>
 #include <map>
 
 #include "end_to_end/console_run.h"
 #include "support/pulse_server.h"
+#include "support/unix_listener.h"
 #include "support/x_server.h"
 
 namespace test_support {
@@ -118,28 +115,10 @@ TEST_F(Record, TheFileOfARecordingBeforeIsKept) {
     EXPECT_THAT(result.out, testing::ContainsRegex("\"notices\":\\[\".*out.wmv.*out-1.wmv.*\"\\]"));
 }
 
-// What a compositor has: a socket that takes connections.
-class Listener {
-  public:
-    explicit Listener(const std::string& path) {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        path.copy(address.sun_path, sizeof address.sun_path - 1);
-        EXPECT_EQ(bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(listen(socket_, 1), 0);
-    }
-    ~Listener() { close(socket_); }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-  private:
-    int socket_ = socket(AF_UNIX, SOCK_STREAM, 0);
-};
-
 TEST_F(Record, WhatIsNotThereIsSaidBeforeAnythingIsWritten) {
     const std::string file = folder_ / "out.wmv";
     const std::string wayland = folder_ / "wayland";
-    const Listener compositor(wayland);
+    const UnixListener compositor(wayland);
     struct Case {
         const char* why;
         std::vector<std::string> settings;

@@ -1,5 +1,4 @@
 // A large folder with odd names and damaged files, walked twice, and by a program that is killed.
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <fstream>
@@ -10,6 +9,7 @@
 #include <thread>
 
 #include "end_to_end/console_run.h"
+#include "platform/text.h"
 #include "support/asf_reader.h"
 
 namespace test_support {
@@ -47,13 +47,6 @@ std::string Named(std::string name, int number, const std::string& extension) {
     return at == std::string::npos ? name : name.replace(at, 1, extension);
 }
 
-std::string UpperCase(std::string text) {
-    std::ranges::transform(text, text.begin(), [](char c) {
-        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    });
-    return text;
-}
-
 /// The folder to read and what of it is to be written.
 class Tree {
   public:
@@ -70,12 +63,6 @@ class Tree {
                 "av100",   "-v_width",       "64",      "-v_height",         "48",
                 "-silent", "-v_performance", "0"};
     }
-
-    const std::set<std::string>& Good() const { return good_; }
-    const std::set<std::string>& Broken() const { return broken_; }
-    const std::set<std::string>& Others() const { return others_; }
-    /// Path below the folder of outputs.
-    const std::set<std::string>& Outputs() const { return outputs_; }
 
     /// What stands in the folder of outputs now.
     std::set<std::string> Written() const {
@@ -99,7 +86,8 @@ class Tree {
             << output;
     }
 
-    void RemoveOutputs() const { fs::remove_all(root_ / "converted"); }
+    // Paths below the folders of inputs and of outputs.
+    std::set<std::string> good, broken, others, outputs;
 
   private:
     struct Kind {
@@ -117,12 +105,11 @@ class Tree {
 
     void MakeKinds() const {
         for (const Kind& kind : kKinds) {
-            std::vector<std::string> words;
-            if (std::string(kind.written) == "wmv")
-                words = {"-f", "lavfi", "-i", "testsrc2=size=64x48:rate=25:duration=0.4"};
-            words.insert(words.end(), {"-f", "lavfi", "-i", "sine=sample_rate=44100:duration=0.4",
-                                       "-ac", "2", Sample(kind)});
-            Ffmpeg(words);
+            const bool video = std::string(kind.written) == "wmv";
+            Ffmpeg(
+                std::string(video ? "-f lavfi -i testsrc2=size=64x48:rate=25:duration=0.4 " : "") +
+                    "-f lavfi -i sine=sample_rate=44100:duration=0.4 -ac 2",
+                Sample(kind));
         }
     }
 
@@ -136,11 +123,11 @@ class Tree {
     void AddMedia(int number) {
         const Kind& kind = kKinds[static_cast<std::size_t>(number) % std::size(kKinds)];
         const std::string extension =
-            number % 4 == 0 ? UpperCase(kind.extension) : std::string(kind.extension);
+            number % 4 == 0 ? platform::UpperCase(kind.extension) : std::string(kind.extension);
         const std::string place = Place(number, extension);
         fs::copy(Sample(kind), root_ / "in" / place);
-        good_.insert(place);
-        outputs_.insert(place.substr(0, place.rfind('.') + 1) + kind.written);
+        good.insert(place);
+        outputs.insert(place.substr(0, place.rfind('.') + 1) + kind.written);
     }
 
     void AddBroken(int number) {
@@ -149,7 +136,7 @@ class Tree {
         std::ofstream file(root_ / "in" / place, std::ios::binary);
         if (number % 3 == 0) file << "no media\n";
         if (number % 3 == 1) file << std::string(5000, '\0');
-        broken_.insert(place);  // the others are empty
+        broken.insert(place);  // the others are empty
     }
 
     void AddOther(int number) {
@@ -159,14 +146,10 @@ class Tree {
         const std::string place =
             fs::path(kFolders[n / std::size(kOtherNames) % std::size(kFolders)]) / name;
         fs::copy(Sample(kKinds[0]), root_ / "in" / place);
-        others_.insert(place);
+        others.insert(place);
     }
 
     fs::path root_;
-    std::set<std::string> good_;
-    std::set<std::string> broken_;
-    std::set<std::string> others_;
-    std::set<std::string> outputs_;
 };
 
 const std::map<std::string, std::string> kLocale = {{"LC_ALL", "C.UTF-8"}};
@@ -175,19 +158,19 @@ const std::map<std::string, std::string> kLocale = {{"LC_ALL", "C.UTF-8"}};
 void WalkWhole(const Tree& tree, const TempFolder& folder) {
     const CommandResult result = Console(tree.Command(), kLocale);
     EXPECT_EQ(result.status, kFailed) << result.err;
-    for (const auto* places : {&tree.Good(), &tree.Broken()})
+    for (const auto* places : {&tree.good, &tree.broken})
         for (const std::string& place : *places)
             EXPECT_EQ(CountOf(result.out, "============== Input " + folder / "in/" + place + " "),
                       1)
                 << place;
-    for (const std::string& place : tree.Others())
+    for (const std::string& place : tree.others)
         EXPECT_GE(CountOf(result.out, "Skipping: " + fs::path(place).filename().string() + "\n"), 1)
             << place;
     EXPECT_EQ(CountOf(result.out, "Skipping: "), kOtherFiles);
     EXPECT_EQ(CountOf(result.out, "\nError: 0x"), kBrokenFiles) << result.out;
     EXPECT_EQ(CountOf(result.out, "======== Encoding Completed ========\n"), kMediaFiles);
-    EXPECT_EQ(tree.Written(), tree.Outputs()) << "each once, and no part left";
-    for (const std::string& output : tree.Outputs()) tree.Check(output);
+    EXPECT_EQ(tree.Written(), tree.outputs) << "each once, and no part left";
+    for (const std::string& output : tree.outputs) tree.Check(output);
 }
 
 /// Walks until the moment has come, and is killed then.
@@ -202,7 +185,7 @@ void WalkAndKill(const Tree& tree, const TempFolder& folder, std::chrono::millis
     // What bears its own name is whole, whenever the program ended.
     for (const std::string& name : tree.Written()) {
         if (name.ends_with(".part")) continue;
-        EXPECT_TRUE(tree.Outputs().contains(name)) << name;
+        EXPECT_TRUE(tree.outputs.contains(name)) << name;
         tree.Check(name);
     }
 }
@@ -215,14 +198,14 @@ TEST(Tree, IsWalkedTwiceAndAfterTenKillsWithNothingLost) {
 
     const TempFolder folder;
     const Tree tree(folder.path());
-    ASSERT_EQ(tree.Outputs().size(), static_cast<std::size_t>(kMediaFiles)) << "names clash";
+    ASSERT_EQ(tree.outputs.size(), static_cast<std::size_t>(kMediaFiles)) << "names clash";
     WalkWhole(tree, folder);
     const auto start = std::chrono::steady_clock::now();
     WalkWhole(tree, folder);
     const auto walk = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::steady_clock::now() - start);
 
-    tree.RemoveOutputs();
+    fs::remove_all(folder / "converted");
     std::uniform_int_distribution<std::int64_t> moments(0, walk.count() / 10);
     for (int kill = 0; kill < kKills; ++kill)
         WalkAndKill(tree, folder, std::chrono::milliseconds(moments(random)));

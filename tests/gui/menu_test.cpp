@@ -221,15 +221,6 @@ TEST_F(Menus, NewSessionIsGreyWhileBusyAndTheShortcutSaysWhy) {
     EXPECT_TRUE(action.isEnabled());
 }
 
-TEST_F(Menus, AboutSaysNameVersionAndLicence) {
-    QCoreApplication::setApplicationVersion("12.34.56");
-    Trigger("about");
-    const auto& box = Find<QMessageBox>("about");
-    EXPECT_TRUE(box.isVisible());
-    EXPECT_EQ(box.text(), "Tessivo 12.34.56");
-    EXPECT_THAT(box.informativeText().toStdString(), HasSubstr("General Public License"));
-}
-
 TEST_F(Menus, QuitAsksLikeTheFramesButton) {
     form_.busy = true;
     Trigger("quit");

@@ -15,7 +15,6 @@
 #include "platform/host/qt_rubber_band.h"
 #include "platform/host/qt_tray.h"
 #include "support/commands.h"
-#include "support/eventually.h"
 
 namespace window_test {
 namespace {

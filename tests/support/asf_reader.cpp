@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -62,30 +63,13 @@ class Cursor {
     std::string Text(std::size_t byte_count) {
         Cursor part = Part(byte_count);
         Expect(byte_count >= 2 && byte_count % 2 == 0, "odd text");
-        std::string text;
+        std::u16string text;
         while (part.left() > 2) {
-            std::uint32_t c = part.U16();
-            part.Expect(c != 0, "text with an inner end");
-            part.Expect(c < 0xDC00 || c > 0xDFFF, "text with half a pair");
-            if (c >= 0xD800 && c <= 0xDBFF) {
-                const std::uint32_t low = part.U16();
-                part.Expect(low >= 0xDC00 && low <= 0xDFFF, "text with half a pair");
-                c = 0x10000 + ((c - 0xD800) << 10) + (low - 0xDC00);
-            }
-            const auto put = [&](std::uint32_t byte) { text += static_cast<char>(byte); };
-            if (c < 0x80) {
-                put(c);
-            } else if (c < 0x800) {
-                put(0xC0 | c >> 6), put(0x80 | (c & 63));
-            } else if (c < 0x10000) {
-                put(0xE0 | c >> 12), put(0x80 | (c >> 6 & 63)), put(0x80 | (c & 63));
-            } else {
-                put(0xF0 | c >> 18), put(0x80 | (c >> 12 & 63)), put(0x80 | (c >> 6 & 63)),
-                    put(0x80 | (c & 63));
-            }
+            text += static_cast<char16_t>(part.U16());
+            part.Expect(text.back() != 0, "text with an inner end");
         }
         part.Must(0, 2, "text without an end");
-        return text;
+        return std::filesystem::path(text).string();  // throws at half a pair
     }
     void End(const char* what) const { Expect(left() == 0, what); }
 

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -56,20 +54,7 @@ float Sample(const AVFrame& frame, int i) {
 }  // namespace
 
 std::string OutputOf(const std::string& command) {
-    const auto close = [](FILE* pipe) { pclose(pipe); };
-    const std::unique_ptr<FILE, decltype(close)> pipe(popen((command + " 2>&1").c_str(), "r"),
-                                                      close);
-    std::string output;
-    std::array<char, 4096> part{};
-    while (std::fgets(part.data(), part.size(), pipe.get()) != nullptr) output += part.data();
-    return output;
-}
-
-std::string Make(const std::string& arguments, const std::string& out) {
-    const std::string said =
-        OutputOf("ffmpeg -nostdin -v error -y " + arguments + " '" + out + "'");
-    EXPECT_TRUE(std::filesystem::exists(out)) << said;
-    return out;
+    return test_support::RunCommand({"sh", "-c", command + " 2>&1"}).out;
 }
 
 Contents Decode(const std::string& file) {

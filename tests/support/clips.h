@@ -16,13 +16,11 @@ struct Folder : test_support::TempFolder {
     std::string Path(const std::string& name) const { return *this / name; }
 };
 
-/// Runs "ffmpeg -v error ARGUMENTS OUT" and returns OUT. A failure fails the test.
-std::string Make(const std::string& arguments, const std::string& out);
-
 /// The command's output, both streams.
 std::string OutputOf(const std::string& command);
 
 using test_support::DecodeMessages;
+using test_support::Ffmpeg;
 
 struct SeenFrame {
     double time = 0;  // seconds
@@ -57,7 +55,7 @@ class WithSource : public testing::Test {
   protected:
     static void SetUpTestSuite() {
         folder_ = std::make_unique<Folder>();
-        source_ = Make(Suite::kSource, folder_->Path("source.avi"));
+        source_ = Ffmpeg(Suite::kSource, folder_->Path("source.avi"));
     }
     static void TearDownTestSuite() { folder_.reset(); }
 

@@ -6,23 +6,25 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 
 extern char** environ;
 
 namespace test_support {
-namespace {
 
 std::string FileText(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
+
+namespace {
 
 int Spawn(const std::vector<std::string>& words,
           const std::map<std::string, std::string>& environment,
@@ -100,11 +102,20 @@ TempFolder::~TempFolder() {
     std::filesystem::remove_all(path_, ignored);
 }
 
-void Ffmpeg(const std::vector<std::string>& words) {
-    std::vector<std::string> all = {"ffmpeg", "-v", "error", "-y"};
-    all.insert(all.end(), words.begin(), words.end());
-    const CommandResult result = RunCommand(all);
-    if (result.status != 0) throw std::runtime_error("ffmpeg: " + result.err);
+bool Eventually(const std::function<bool()>& happened) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!happened()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+std::string Ffmpeg(const std::string& arguments, const std::string& out) {
+    const std::string command = "ffmpeg -nostdin -v error -y " + arguments + " '" + out + "'";
+    const CommandResult result = RunCommand({"sh", "-c", command});
+    if (result.status != 0) throw std::runtime_error(command + ": " + result.err);
+    return out;
 }
 
 std::string DecodeMessages(const std::string& file) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -53,8 +54,14 @@ class TempFolder {
     std::filesystem::path path_;
 };
 
-/// Runs ffmpeg with these words after "-v error -y"; a failure is a failure of the test.
-void Ffmpeg(const std::vector<std::string>& words);
+/// Waits for what another program does: asks again and again, for half a minute at most.
+bool Eventually(const std::function<bool()>& happened);
+
+/// "" where there is no file.
+std::string FileText(const std::filesystem::path& path);
+
+/// Runs "ffmpeg ARGUMENTS 'OUT'" in a shell and returns OUT; a failure is a failure of the test.
+std::string Ffmpeg(const std::string& arguments, const std::string& out);
 
 /// What an independent decoder has to say about a file: "" for a sound one.
 std::string DecodeMessages(const std::string& file);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "support/commands.h"
-#include "support/eventually.h"
 
 namespace test_support {
 

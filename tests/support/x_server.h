@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "support/commands.h"
-#include "support/eventually.h"
 
 namespace test_support {
 

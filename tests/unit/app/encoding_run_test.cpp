@@ -43,14 +43,6 @@ TEST_F(EncodingRunTest, AnEndMarkPastTheEndIsClearedAndTriedOnceMore) {
     EXPECT_TRUE(pane.lines.empty());
 }
 
-TEST_F(EncodingRunTest, TheRetrysOwnFailureIsLeftToStart) {
-    AddVideo();
-    factory.log->Fail("Encoder.PrepareToEncode", platform::kEndMarkPastEnd, "past the end");
-    factory.log->Fail("Encoder.Start", platform::kInvalidArgument, "still wrong");
-    EXPECT_EQ(run.Transcode(), TranscodeResult::NotStarted);
-    EXPECT_EQ(pane.lines, Lines{"Start encoder failed with error -2147024809 still wrong"});
-}
-
 TEST_F(EncodingRunTest, FailureToPrepareTouchesNothingOfTheWindow) {
     factory.log->Fail("Encoder.PrepareToEncode", platform::kAccessDenied, "out.wmv is locked");
     EXPECT_EQ(run.Transcode(), TranscodeResult::NotPrepared);

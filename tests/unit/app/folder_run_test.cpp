@@ -80,13 +80,6 @@ TEST_F(FolderTest, AFilesEndHasItsOwnErrorAndNoneOfItsNeighbours) {
     form.SetRunListener(nullptr);
 }
 
-TEST_F(FolderTest, SilentLeavesTheReportsOut) {
-    steps = {finish, finish, finish};
-    Go(std::string(kFolder) + " -silent");
-    EXPECT_EQ(PaneCount(kCompleted), 3);
-    EXPECT_EQ(PaneCount("Overall:"), 0);
-}
-
 TEST_F(FolderTest, AnyFailedFileIsTheWalksStatus) {
     const auto fail = [this] {
         Encoder().events->OnError(static_cast<std::int32_t>(platform::kInvalidData), "broken");
@@ -95,13 +88,6 @@ TEST_F(FolderTest, AnyFailedFileIsTheWalksStatus) {
     steps = {fail, finish, finish};
     Go(kFolder);
     EXPECT_EQ(PaneCount(kCompleted), 2);
-    EXPECT_EQ(form.Status(), ExitStatus::Failed);
-
-    factory.log->Fail("Encoder.PrepareToEncode", platform::kUnspecified, "asked for", 1);
-    steps = {finish, finish};
-    next = 0;
-    Go(kFolder);
-    EXPECT_EQ(next, 2U);
     EXPECT_EQ(form.Status(), ExitStatus::Failed);
 }
 

@@ -35,15 +35,13 @@ const PictureCase kPictureCases[] = {
     {"optional decimals that are there",        "###,###,##0.##",    {725, 2},         "7.25"},
     {"a picture that groups by two",            "####,##0.###",      {1234567, 0},     "1,234,567"},
     {"a picture with a group of four",          "###,####,###,##0",  {12345678901, 0}, "12,345,678,901"},
-    {"more digits than the picture",            "#,###,###,##0",     {1234567890123, 0},
-     "1,234,567,890,123"},
+    {"more digits than the picture",            "#,###,###,##0",     {1234567890123, 0}, "1,234,567,890,123"},
     {"exactly one group has no comma",          "#,###,###,##0",     {999, 0},         "999"},
     {"forced digits fill up, grouped",          "0,000",             {7, 0},           "0,007"},
     {"no comma, no groups",                     "###0.00",           {1234567, 0},     "1234567.00"},
     {"optional digit alone leaves zero out",    "#.##",              {0, 0},           ""},
     {"optional digit before decimals",          "#.##",              {25, 2},          ".25"},
-    {"a rate that a double could not hold",     "###,###,###,##0",   {9007199254740993, 0},
-     "9,007,199,254,740,993"},
+    {"a rate that a double could not hold",     "###,###,###,##0",   {9007199254740993, 0}, "9,007,199,254,740,993"},
     {"the lowest number has a magnitude",       "0.0##",             {kLowest, 18},    "-9.223"},
 };
 // clang-format on

@@ -6,7 +6,6 @@ namespace {
 
 using platform::EncoderState;
 using platform::ExitStatus;
-using test_support::FakeEncoder;
 using testing::IsEmpty;
 
 TEST_F(MainWindowTest, StopBeforeAnyGoDoesNothing) {
@@ -75,22 +74,6 @@ TEST_F(MainWindowTest, AHostHearsOfStatesAndOfTheEnd) {
     Go("-bogus command");
     EXPECT_THAT(listener.heard, IsEmpty()) << "nothing was encoded";
     form.SetRunListener(nullptr);
-}
-
-TEST_F(MainWindowTest, GoWhileAnEncoderRunsLetsItsFileFinish) {
-    Go(kCommand);
-    FakeEncoder& old = Encoder();
-    old.Deliver(EncoderState::Running);
-    Go("-input a.avi -output out/b.wmv");
-    EXPECT_EQ(factory.log->Count("Encoder.Stop"), 1);
-    EXPECT_EQ(Started(), 2);
-    window.log->lines.clear();
-    old.Deliver(EncoderState::Stopped);
-    EXPECT_THAT(window.log->lines, IsEmpty()) << "nobody hears the old run";
-    EXPECT_TRUE(form.IsBusy());
-    Finish();
-    EXPECT_EQ(PaneCount(kCompleted), 1);
-    EXPECT_FALSE(form.IsBusy());
 }
 
 }  // namespace

@@ -126,15 +126,6 @@ TEST(ConfigFiles, AConfigWithoutANameEndsTheCommandBeforeItsOptions) {
     EXPECT_TRUE(bench.settings == cli::kNothingGiven);
 }
 
-// What "-config old -s_config new" saves cannot be read back: the name is not in it.
-TEST(ConfigFiles, ASavedConfigWordDangles) {
-    ParserBench bench;
-    bench.files->AddFile("/home/old", "-title t -author a -rating r");
-    EXPECT_TRUE(bench.Run("-config old -s_config new"));
-    EXPECT_EQ(bench.files->files["/home/new.weu"], "-config ");
-    EXPECT_THROW(bench.Run("-config new.weu -silent"), platform::Error);
-}
-
 TEST(ConfigFiles, NestingEndsAtSixteen) {
     for (const int deepest : {16, 17}) {
         SCOPED_TRACE(deepest);
@@ -152,15 +143,6 @@ TEST(ConfigFiles, NestingEndsAtSixteen) {
         const cli::EncodeSettings given = {.silent = true, .verbose = 1, .title = "deepest"};
         EXPECT_TRUE(bench.settings == (deepest == 16 ? given : cli::kNothingGiven));
     }
-}
-
-TEST(ConfigFiles, AFileThatNamesItselfEnds) {
-    ParserBench bench;
-    bench.files->AddFile("/home/self", "-config self -silent");
-    EXPECT_FALSE(bench.Run("-config self -audioonly"));
-    EXPECT_TRUE(bench.parser.Refused());
-    EXPECT_EQ(bench.pane.lines, Lines{"Configuration file /home/self is nested more than 16 deep"});
-    EXPECT_EQ(bench.files->log->Count("OpenTextFile(/home/self)"), 16);
 }
 
 struct ContentCase {

@@ -17,8 +17,7 @@ struct AcceptedCase {
 // clang-format off
 const AcceptedCase kAccepted[] = {
     {"-wme s.wme -saveprofile p.prx -loadprofile q.prx", {.wme = "s.wme", .loadprofile = "q.prx", .saveprofile = "p.prx"}},
-    {"-input a.avi -output b.wmv -outputstring _low -silent",
-     {.input = "a.avi", .output = "b.wmv", .outputstring = "_low", .silent = true}},
+    {"-input a.avi -output b.wmv -outputstring _low -silent", {.input = "a.avi", .output = "b.wmv", .outputstring = "_low", .silent = true}},
     {"-audioonly", {.audioonly = true}},
     {"-videoonly -verbose 1", {.videoonly = true, .verbose = 1}},
     {"-adevice 2", {.adevice = 2, .device_input = true}},
@@ -56,8 +55,7 @@ const AcceptedCase kAccepted[] = {
     {"-push srv point -silent", {.push = {.server_name = "srv", .publishing_point = "point"}, .silent = true}},
     {"-time 1000 5000", {.time = {.start = 1000, .end = 5000}}},
     {"-time 1000 end -duration 60", {.time = {.start = 1000, .end = 0}, .duration = 60, .duration_typed = true}},
-    {"-title t -author a -copyright c -description d -rating r",
-     {.title = "t", .author = "a", .copyright = "c", .description = "d", .rating = "r"}},
+    {"-title t -author a -copyright c -description d -rating r", {.title = "t", .author = "a", .copyright = "c", .description = "d", .rating = "r"}},
     {"-maxpacket 1400 -minpacket 200", {.maxpacket = 1400, .minpacket = 200}},
 };
 // clang-format on
@@ -106,8 +104,7 @@ const RefusedCase kRefused[] = {
     {"port malformed", "-broadcast http", "Expect integer value for parameter -broadcast", {}},
     {"second push text empty", "-push srv ", "Invalid format for parameter -push", {.push = {.server_name = "srv"}}},
     {"second push text missing", "-push srv -silent", "Invalid format for parameter -push", {.push = {.server_name = "srv"}}},
-    {"third of three", "-a_folddown6to2 10 3",
-     "Invalid format for parameter -a_folddown6to2", {.a_folddown6to2 = {.surround = 10, .center = 3}}},
+    {"third of three", "-a_folddown6to2 10 3", "Invalid format for parameter -a_folddown6to2", {.a_folddown6to2 = {.surround = 10, .center = 3}}},
     {"second of two", "-pixelratio 4 x", "Expect integer value for parameter -pixelratio", {.pixelratio = {.x = 4}}},
     {"fourth of four", "-v_clip 1 2 3 -4", "Invalid format for parameter -v_clip", {.v_clip = {.left = 1, .top = 2, .right = 3}}},
     {"start mark", "-time x end", "Expect integer value for parameter -time", {}},

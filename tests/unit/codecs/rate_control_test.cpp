@@ -193,12 +193,6 @@ TEST_P(RateControlOf, HoldsRateAndVbv) {
     }
 }
 
-TEST(RateControl, NumberOfGopsAtOnceChangesNothing) {
-    const Outcome alone = Code(Constant(1e6, 5), {Cuts}, 20, 1);
-    for (const int at_once : {2, 3, 7, static_cast<int>(RateAllocator::kMostAtOnce)})
-        EXPECT_EQ(Code(Constant(1e6, 5), {Cuts}, 20, at_once).quantisers, alone.quantisers);
-}
-
 TEST(RateControl, LearnsFromGopsBefore) {
     // The first GOPs know nothing of pictures that take far more than usual, the later ones do.
     const auto costly = [](int) { return Shot{1, 0.5}; };

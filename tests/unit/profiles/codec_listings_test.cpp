@@ -37,13 +37,6 @@ TEST(CodecCatalogue, UnknownNamesFallBackSilently) {
     }
 }
 
-TEST(CodecCatalogue, PixelFormatsAreFoundInAnyCase) {
-    EXPECT_EQ(platform::FindPixelFormat("yuy2")->code, 0x32595559U);
-    EXPECT_EQ(platform::FindPixelFormat("Rgb555")->code, 0xE436EB7CU);
-    EXPECT_EQ(platform::FindPixelFormat("RGB8")->code, 0xE436EB7AU);
-    EXPECT_EQ(platform::FindPixelFormat("RGB"), nullptr);
-}
-
 TEST(CodecListings, CodecsOutsideTheCatalogueTakeNoNumber) {
     test_support::FakeFactory factory;
     factory.on_profile = [](test_support::FakeProfile& profile) {

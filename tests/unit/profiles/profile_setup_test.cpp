@@ -65,15 +65,6 @@ TEST_F(ProfileSetupTest, OptionsOverrideAPredefinedProfile) {
     EXPECT_EQ(factory.profiles.size(), 1U);
 }
 
-TEST_F(ProfileSetupTest, AnUnknownCodeEndsTheSetUp) {
-    settings.profile = "scrn5";
-    EXPECT_FALSE(Run());
-    EXPECT_THAT(pane.lines, ElementsAre("No predefined profile found."));
-    EXPECT_FALSE(state.g_bCustomProfile);
-    EXPECT_EQ(settings.v_framerate, std::nullopt);
-    EXPECT_FALSE(log().Has("Group.Profile=BVRXQProfile"));
-}
-
 TEST_F(ProfileSetupTest, TheFrameRateOfTheSetUpIsTheHighestAndIsRestored) {
     const struct {
         const char* why;
@@ -153,13 +144,10 @@ TEST_F(ProfileSetupTest, PictureModesAndPacketSizes) {
         std::function<void(cli::EncodeSettings&)> change;
         Lines last_calls;
     } kCases[] = {
-        {"one side of the ratio is enough", [](auto& s) { s.pixelratio.y = 11; },
-         {"NonSquarePixelMode(0)=true", attach}},
+        {"one side of the ratio is enough", [](auto& s) { s.pixelratio.y = 11; }, {"NonSquarePixelMode(0)=true", attach}},
         {"a filter too low", [](auto& s) { s.v_preproc = 15; }, {"VideoFPS(0)=30000", attach}},
-        {"first interlaced filter", [](auto& s) { s.v_preproc = 16; },
-         {"InterlaceMode(0)=true", attach}},
-        {"last interlaced filter", [](auto& s) { s.v_preproc = 18; },
-         {"InterlaceMode(0)=true", attach}},
+        {"first interlaced filter", [](auto& s) { s.v_preproc = 16; }, {"InterlaceMode(0)=true", attach}},
+        {"last interlaced filter", [](auto& s) { s.v_preproc = 18; }, {"InterlaceMode(0)=true", attach}},
         {"smallest packet before, largest after", [](auto& s) { s.minpacket = 7, s.maxpacket = 9; },
          {"Profile.MinPacketSize=7", attach, "Profile.MaxPacketSize=9"}},
     };

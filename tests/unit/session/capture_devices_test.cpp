@@ -19,22 +19,17 @@ struct ListingCase {
     Lines video;
 };
 
+// clang-format off
 const ListingCase kListingCases[] = {
     {"nothing to capture with", {}, {}, {}},
     {"both kinds of one plug-in", {{true, 3, {"cam", "mic"}}}, {"cam", "mic"}, {"cam", "mic"}},
-    {"numbers run on across plug-ins",
-     {{true, 1, {"a", "b"}}, {true, 2, {"v"}}, {true, 1, {"c"}}},
-     {"a", "b", "c"},
-     {"v"}},
+    {"numbers run on across plug-ins", {{true, 1, {"a", "b"}}, {true, 2, {"v"}}, {true, 1, {"c"}}}, {"a", "b", "c"}, {"v"}},
     {"a later plug-in does not overwrite an earlier match",
-     {{true, 2, {"v"}}, {true, 3, {"x", "y"}}, {true, 6, {"z"}}},
-     {"x", "y"},
-     {"v", "x", "y", "z"}},
+     {{true, 2, {"v"}}, {true, 3, {"x", "y"}}, {true, 6, {"z"}}}, {"x", "y"}, {"v", "x", "y", "z"}},
     {"scripts and plug-ins without devices do not count",
-     {{true, 4, {"script"}}, {false, 3, {"file"}}, {true, 2, {}}, {true, 6, {"v"}}},
-     {},
-     {"v"}},
+     {{true, 4, {"script"}}, {false, 3, {"file"}}, {true, 2, {}}, {true, 6, {"v"}}}, {}, {"v"}},
 };
+// clang-format on
 
 TEST(CaptureDevices, ListedNumbersSelectTheSameDevices) {
     for (const ListingCase& each : kListingCases) {

@@ -84,8 +84,7 @@ const TreeCase kTreeCases[] = {
      {"/in/A.AVI", "/in/notes.txt", "/in/README", "/in/avi", "/in/b."}, {}, "/out",
      {"/in/A.AVI > /out/A.wmv"},
      {"Skipping: notes.txt", "Skipping: README", "Skipping: avi", "Skipping: b."}},
-    {"only the last dot separates", {"/in/x.y.avi", "/in/a.avi.txt"}, {}, "/out",
-     {"/in/x.y.avi > /out/x.y.wmv"}, {"Skipping: a.avi.txt"}},
+    {"only the last dot separates", {"/in/x.y.avi", "/in/a.avi.txt"}, {}, "/out", {"/in/x.y.avi > /out/x.y.wmv"}, {"Skipping: a.avi.txt"}},
     {"files before sub-folders, the tree mirrored, relative names made absolute",
      {"/in/s/t/c.mp3", "/in/s/b.vob", "/in/a.mpeg", "/in/e/"}, {}, "out",
      {"/in/a.mpeg > /home/out/a.wmv", "/in/s/b.vob > /home/out/s/b.wmv",
@@ -93,16 +92,14 @@ const TreeCase kTreeCases[] = {
     {"one name twice is written once", {"/in/a.avi", "/in/a.mpg", "/in/s/a.avi"}, {}, "/out",
      {"/in/a.avi > /out/a.wmv", "/in/s/a.avi > /out/s/a.wmv"},
      {"Skipping: a.mpg, since this walk has already written /out/a.wmv"}, true},
-    {"what an earlier walk has written is written anew", {"/in/a.avi", "/out/a.wmv"}, {}, "/out",
-     {"/in/a.avi > /out/a.wmv"}, {}},
+    {"what an earlier walk has written is written anew", {"/in/a.avi", "/out/a.wmv"}, {}, "/out", {"/in/a.avi > /out/a.wmv"}, {}},
     {"letter case as the file system has it", {"/in/a.avi", "/in/A.mpg", "/out/A.wmv"},
      {{"/out/A.wmv", "/out/a.wmv"}}, "/out", {"/in/a.avi > /out/a.wmv"},
      {"Skipping: A.mpg, since this walk has already written /out/A.wmv"}, true},
     {"the output folder below the input is not walked",
      {"/in/a.avi", "/in/out/old.avi", "/in/s/b.avi"}, {}, "/in/out",
      {"/in/a.avi > /in/out/a.wmv", "/in/s/b.avi > /in/out/s/b.wmv"}, {"Skipping: out"}},
-    {"nor reached through a link", {"/in/a.avi", "/out/old.avi"}, {{"/in/link", "/out"}}, "/out",
-     {"/in/a.avi > /out/a.wmv"}, {"Skipping: link"}},
+    {"nor reached through a link", {"/in/a.avi", "/out/old.avi"}, {{"/in/link", "/out"}}, "/out", {"/in/a.avi > /out/a.wmv"}, {"Skipping: link"}},
     {"into its own folder, no input is written over, read or still to read",
      {"/in/b.wmv", "/in/a.avi", "/in/a.wmv", "/in/b.avi", "/in/s/b.avi"}, {}, "/in",
      {"/in/s/b.avi > /in/s/b.wmv"},
@@ -124,8 +121,7 @@ const TreeCase kTreeCases[] = {
     {"a folder with two names is walked once", {"/in/s/a.avi"},
      {{"/in/s/t", "/in/t"}, {"/in/t", "/in/s"}}, "/out", {"/in/s/a.avi > /out/s/a.wmv"},
      {"Skipping: t"}},
-    {"a pipe is not opened", {"/in/a.avi|", "/in/b.avi"}, {}, "/out", {"/in/b.avi > /out/b.wmv"},
-     {"Skipping: a.avi"}},
+    {"a pipe is not opened", {"/in/a.avi|", "/in/b.avi"}, {}, "/out", {"/in/b.avi > /out/b.wmv"}, {"Skipping: a.avi"}},
 };
 // clang-format on
 
@@ -161,28 +157,6 @@ TEST(DirectoryMode, Trees) {
         EXPECT_EQ(walker.mode.AnyFailed(), each.failed);
         EXPECT_TRUE(walker.run.clean);
     }
-}
-
-TEST(DirectoryMode, SaysFoldersAndInputs) {
-    Walker walker;
-    walker.session.files().AddFile("/in/clip.mpg");
-    walker.session.files().AddFolder("/in/s");
-    walker.session.settings.outputstring = "_low";
-    EXPECT_TRUE(walker.Go());
-    EXPECT_THAT(walker.session.pane.lines,
-                ElementsAre(kFolderLine + std::string("/in"),
-                            "============== Input /in/clip.mpg /out/clip_low",
-                            kFolderLine + std::string("/in/s")));
-    EXPECT_THAT(walker.run.runs, ElementsAre("/in/clip.mpg > /out/clip_low.wmv"));
-    EXPECT_EQ(walker.session.settings.input, "/in/clip.mpg");
-    EXPECT_EQ(walker.session.settings.output, "/out/clip_low.wmv");
-}
-
-TEST(DirectoryMode, NeedsAnOutput) {
-    Walker walker;
-    walker.session.settings.output.clear();
-    EXPECT_FALSE(walker.Go());
-    EXPECT_THAT(walker.session.pane.lines, ElementsAre("Error: No output directory specified"));
 }
 
 TEST(DirectoryMode, EachFileStartsFromAnEmptySession) {

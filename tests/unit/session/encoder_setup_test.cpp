@@ -8,6 +8,13 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 struct WholeSession : Session {
+    /// A microphone and a camera, and a group without sources.
+    void AddDevices() {
+        AddSources(false, false);
+        encoder().plugins.items = {
+            std::make_shared<test_support::FakePluginInfo>(true, 1, Lines{"mic"}),
+            std::make_shared<test_support::FakePluginInfo>(true, 2, Lines{"cam"})};
+    }
     session::EncoderSetup setup{state, settings, pane, factory};
 };
 
@@ -56,31 +63,25 @@ const InputCase kInputCases[] = {
     {"a video profile takes the picture alone", FileWith("v100"), kFileVideo, 16, false, true},
     {"a profile of both takes both", FileWith("AV100"), kFile, 17},
     {"sound alone outweighs picture alone", FileOnly(true, true), kFileAudio, 1, true, true},
-    {"the flag of an earlier command stays", FileOnly(false, true, "av100"),
-     kFileVideo, 16, false, true},
+    {"the flag of an earlier command stays", FileOnly(false, true, "av100"), kFileVideo, 16, false, true},
     {"no input at all", NoInputWith(""), {}, kKept},
     {"an audio profile without a file sets no flag", NoInputWith("a64"), {}, kKept},
-    {"an audio device", Set(&Settings::adevice, 0),
-     {"AddSource(audio)", "Audio.SetInput(mic, device)"}, 1},
+    {"an audio device", Set(&Settings::adevice, 0), {"AddSource(audio)", "Audio.SetInput(mic, device)"}, 1},
     {"both devices, audio first", Set(&Settings::vdevice, 0, &Settings::adevice, 0),
      {"AddSource(audio)", "Audio.SetInput(mic, device)", "AddSource(video)",
       "Video.SetInput(cam, device)", "Video.CaptureRate=30000"}, 17},
-    {"a file outweighs a device, whatever its number",
-     Set(&Settings::input, "a.avi", &Settings::adevice, 7), kFile, 17},
+    {"a file outweighs a device, whatever its number", Set(&Settings::input, "a.avi", &Settings::adevice, 7), kFile, 17},
     {"the screen", NoInputWith("scrn"), kScreen + kUsualRate, 16},
     {"a whole key without sound", NoInputWith("scrn15"), kScreen + kFifteen, 16},
     {"a whole key with sound", NoInputWith("SCRN15A"), kScreenWithAudio + kFifteen, 17},
     {"more than a whole key has none", NoInputWith("scrn15ab"), kScreen + kFifteen, 16},
     {"a beginning with sound", NoInputWith("scrnaxyz"), kScreenWithAudio + kUsualRate, 17},
-    {"both beginnings fit, one source is added", NoInputWith("scrnab"), kScreenWithAudio + kUsualRate,
-     17},
+    {"both beginnings fit, one source is added", NoInputWith("scrnab"), kScreenWithAudio + kUsualRate, 17},
     {"a rate that was asked for outweighs the code's",
      Set(&Settings::profile, "scrn15", &Settings::v_framerate, 12'500.0F),
      kScreen + Lines{"Video.CaptureRate=12500"}, 16},
-    {"a rate of 0 is none", Set(&Settings::profile, "scrn15", &Settings::v_framerate, 0.0F),
-     kScreen + kFifteen, 16},
-    {"the screen beside a file: one of sound and two of picture have no bit in common",
-     FileWith("scrn15"), kFile + kScreen + kFifteen, 1},
+    {"a rate of 0 is none", Set(&Settings::profile, "scrn15", &Settings::v_framerate, 0.0F), kScreen + kFifteen, 16},
+    {"the screen beside a file: one of sound and two of picture have no bit in common", FileWith("scrn15"), kFile + kScreen + kFifteen, 1},
 };
 // clang-format on
 
@@ -88,11 +89,8 @@ TEST(EncoderSetup, Inputs) {
     for (const InputCase& each : kInputCases) {
         SCOPED_TRACE(each.why);
         WholeSession session;
-        session.AddSources(false, false);
+        session.AddDevices();
         session.state.g_nContentType = kKept;
-        session.encoder().plugins.items = {
-            std::make_shared<test_support::FakePluginInfo>(true, 1, Lines{"mic"}),
-            std::make_shared<test_support::FakePluginInfo>(true, 2, Lines{"cam"})};
         each.change(session.settings);
         EXPECT_TRUE(session.setup.SetupInput());
         EXPECT_EQ(session.TakeCalls(), each.calls);
@@ -112,39 +110,6 @@ TEST(EncoderSetup, TheGroupsFirstVideoSourceBecomesTheScreen) {
     EXPECT_EQ(session.state.g_objSrcVid->Scheme(), "screencap");
 }
 
-struct DeviceCase {
-    const char* why;
-    std::int32_t adevice;
-    std::int32_t vdevice;
-    const char* line;
-    Lines calls;
-};
-
-// clang-format off
-const DeviceCase kDeviceCases[] = {
-    // why, -adevice, -vdevice, line, calls
-    {"past the last audio device", 1,  0, "Error: Invalid audio device number specified", {}},
-    {"past the last video device", 0,  2, "Error: Invalid video device number specified",
-     {"AddSource(audio)", "Audio.SetInput(mic, device)"}},
-};
-// clang-format on
-
-TEST(EncoderSetup, InvalidDeviceNumbersEndAtOnce) {
-    for (const DeviceCase& each : kDeviceCases) {
-        SCOPED_TRACE(each.why);
-        WholeSession session;
-        session.AddSources(false, false);
-        session.encoder().plugins.items = {
-            std::make_shared<test_support::FakePluginInfo>(true, 1, Lines{"mic"})};
-        session.settings.adevice = each.adevice;
-        session.settings.vdevice = each.vdevice;
-        session.settings.a_content = 1;
-        EXPECT_FALSE(session.setup.SetupInput());
-        EXPECT_THAT(session.pane.lines, ElementsAre(each.line));
-        EXPECT_EQ(session.TakeCalls(), each.calls);
-    }
-}
-
 struct FailureCase {
     const char* why;
     Change change;
@@ -156,15 +121,17 @@ struct FailureCase {
 // clang-format off
 const FailureCase kFailureCases[] = {
     // why, settings, failing operations, line, calls
-    {"a file that cannot be opened", FileWith(""), {"AutoSetFileSource"},
-     "Error: 0x80070002 - AutoSetFileSource failed", {}},
+    {"a file that cannot be opened", FileWith(""), {"AutoSetFileSource"}, "Error: 0x80070002 - AutoSetFileSource failed", {}},
     {"a source whose input fails still gets its options, and the cause is reported",
      Set(&Settings::input, "a.avi", &Settings::audioonly, true, &Settings::a_content, 1,
          &Settings::a_contentedl, "x"),
      {"Audio.SetInput", "Audio.ContentEDL"},
      "Error: 0x80070002 - Audio.SetInput failed", {"AddSource(audio)", "Audio.ContentMode=1"}},
-    {"no source to give the input to", NoInputWith("scrna"), {"AddSource"},
-     "Error: 0x80070002 - AddSource failed", {}},
+    {"no source to give the input to", NoInputWith("scrna"), {"AddSource"}, "Error: 0x80070002 - AddSource failed", {}},
+    {"past the last audio device", Set(&Settings::adevice, 1, &Settings::vdevice, 0, &Settings::a_content, 1), {},
+     "Error: Invalid audio device number specified", {}},
+    {"past the last video device", Set(&Settings::adevice, 0, &Settings::vdevice, 2, &Settings::a_content, 1), {},
+     "Error: Invalid video device number specified", {"AddSource(audio)", "Audio.SetInput(mic, device)"}},
     {"an option that fails",
      Set(&Settings::input, "a.avi", &Settings::a_content, 1, &Settings::v_preproc, 1),
      {"Audio.ContentMode"}, "Error: 0x80070002 - Audio.ContentMode failed",
@@ -172,11 +139,11 @@ const FailureCase kFailureCases[] = {
 };
 // clang-format on
 
-TEST(EncoderSetup, EncoderErrorsAreCollectedIntoOneLine) {
+TEST(EncoderSetup, RefusedInputsHaveOneLine) {
     for (const FailureCase& each : kFailureCases) {
         SCOPED_TRACE(each.why);
         WholeSession session;
-        session.AddSources(false, false);
+        session.AddDevices();
         each.change(session.settings);
         for (const char* operation : each.failing)
             session.factory.log->Fail(operation, platform::kFileNotFound,
@@ -240,15 +207,6 @@ TEST(EncoderSetup, StopsAtTheFirstRefusalWithItsOneLine) {
         EXPECT_EQ(StepsIn(session.TakeCalls()),
                   Lines(kSteps.begin(), kSteps.begin() + static_cast<std::ptrdiff_t>(each.steps)));
     }
-}
-
-TEST(EncoderSetup, ErrorsOfTheOutputPassThrough) {
-    WholeSession session;
-    kWholeSession(session.settings);
-    session.settings.output = "new/b";
-    session.files().log->Fail("CreateFolder", platform::kAccessDenied, "x");
-    EXPECT_THROW(session.setup.SetupEncoder(), platform::Error);
-    EXPECT_THAT(session.pane.lines, IsEmpty());
 }
 
 }  // namespace

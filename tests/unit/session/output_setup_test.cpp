@@ -1,5 +1,7 @@
 #include "session/output_setup.h"
 
+#include <span>
+
 #include "session/output_folder.h"
 #include "session_test.h"
 #include "support/error_of.h"
@@ -85,16 +87,6 @@ const SettingsCase kBroadcastCases[] = {
 };
 // clang-format on
 
-TEST(OutputSetup, BroadcastsAndPushes) {
-    for (const SettingsCase& each : kBroadcastCases) {
-        SCOPED_TRACE(each.why);
-        OutputSession session;
-        each.change(session.settings);
-        EXPECT_TRUE(session.setup.SetupOutput());
-        EXPECT_EQ(session.TakeCalls(), each.calls);
-    }
-}
-
 // clang-format off
 const SettingsCase kTimeCases[] = {
     // why, settings, calls
@@ -104,17 +96,6 @@ const SettingsCase kTimeCases[] = {
     {"a device with its duration", Set(&Settings::device_input, true, &Settings::duration, 5), {}},
 };
 // clang-format on
-
-TEST(OutputSetup, MarksTheTime) {
-    for (const SettingsCase& each : kTimeCases) {
-        SCOPED_TRACE(each.why);
-        OutputSession session;
-        session.AddSources(true, true);
-        each.change(session.settings);
-        EXPECT_TRUE(session.setup.SetupTime());
-        EXPECT_EQ(session.TakeCalls(), each.calls);
-    }
-}
 
 TEST(OutputSetup, MarksOnlyTheSourcesThatExist) {
     OutputSession session;
@@ -155,14 +136,21 @@ const SettingsCase kDisplayCases[] = {
 };
 // clang-format on
 
-TEST(OutputSetup, WritesDisplayInformation) {
-    for (const SettingsCase& each : kDisplayCases) {
-        SCOPED_TRACE(each.why);
-        OutputSession session;
-        each.change(session.settings);
-        EXPECT_TRUE(session.setup.SetupDisplayInfo());
-        EXPECT_EQ(session.TakeCalls(), each.calls);
-    }
+TEST(OutputSetup, OptionsReachTheEncoder) {
+    using session::OutputSetup;
+    const std::pair<std::span<const SettingsCase>, bool (OutputSetup::*)()> steps[] = {
+        {kBroadcastCases, &OutputSetup::SetupOutput},
+        {kTimeCases, &OutputSetup::SetupTime},
+        {kDisplayCases, &OutputSetup::SetupDisplayInfo}};
+    for (const auto& [cases, step] : steps)
+        for (const SettingsCase& each : cases) {
+            SCOPED_TRACE(each.why);
+            OutputSession session;
+            session.AddSources(true, true);
+            each.change(session.settings);
+            EXPECT_TRUE((session.setup.*step)());
+            EXPECT_EQ(session.TakeCalls(), each.calls);
+        }
 }
 
 TEST(OutputFolder, FailsWithTheFolderThatCannotBeMade) {

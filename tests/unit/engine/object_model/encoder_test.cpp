@@ -1,5 +1,6 @@
 #include "engine/object_model/encoder.h"
 #include "engine/object_model/profile.h"
+#include "platform/host/console_loop.h"
 #include "unit/engine/object_model/fake_engine.h"
 
 namespace engine {
@@ -101,28 +102,14 @@ TEST_F(EncoderTest, WhatIsRecordedIsOpenedByPrepare) {
     EXPECT_EQ(engine.device_questions, 1) << "numbers hold as long as the encoder";
 }
 
-// As a host's: tasks come from any thread, and waiting is no turning around.
-class WaitingLoop : public platform::EventLoop {
+// Lets the person do something once the program waits.
+class WaitingLoop : public platform::host::ConsoleLoop {
   public:
-    void Post(std::function<void()> task) override {
-        const std::lock_guard lock(mutex_);
-        tasks_.push_back(std::move(task));
-        posted_.notify_all();
-    }
     void RunUntil(const std::function<bool()>& done) override {
         if (on_wait) on_wait();
-        std::unique_lock lock(mutex_);
-        while (!done()) {
-            posted_.wait(lock, [&] { return !tasks_.empty(); });
-            tasks_.pop_front();
-        }
+        ConsoleLoop::RunUntil(done);
     }
     std::function<void()> on_wait;
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable posted_;
-    std::deque<std::function<void()>> tasks_;
 };
 
 TEST_F(EncoderTest, AScreenIsAskedForOnceAndStopIsAnAnswer) {
@@ -234,13 +221,6 @@ TEST_F(EncoderTest, PreparesAgainOnlyWhenForced) {
     loop.RunAll();
     encoder->Start();
     EXPECT_EQ(Run().plan.FilePath(), "/home/later.wmv") << "each start needs its own prepare";
-}
-
-TEST_F(EncoderTest, IsBusyWhileItRuns) {
-    encoder->Start();
-    EXPECT_EQ(ErrorNumber([&] { encoder->Start(); }), platform::kBusy);
-    EXPECT_EQ(ErrorNumber([&] { encoder->PrepareToEncode(true); }), platform::kBusy);
-    EXPECT_EQ(engine.runs.size(), 1U);
 }
 
 TEST_F(EncoderTest, AFailedStartLeavesNothingRunning) {

@@ -11,8 +11,6 @@ using platform::VbrMode;
 using test_support::ErrorNumber;
 using test_support::ErrorOf;
 
-constexpr VbrMode kModes[] = {VbrMode::Constant, VbrMode::Peak, VbrMode::Quality, VbrMode::BitRate};
-
 TEST(Profile, IndexesNameTheSameCodecInEveryMode) {
     const std::uint32_t audio[] = {0x0161, 0x0162, 0x0163, 0x000A, 0};
     const std::uint32_t video[] = {FourCC("WMV1"), FourCC("WMV2"), FourCC("WMV3"),
@@ -22,11 +20,10 @@ TEST(Profile, IndexesNameTheSameCodecInEveryMode) {
                                                            {VbrMode::Quality, {3, 5}},
                                                            {VbrMode::BitRate, {2, 5}}};
     Profile profile;
-    for (const VbrMode mode : kModes) {
+    for (const auto& [mode, count] : counts) {
         profile.SetVBRMode(SourceType::Audio, 0, mode);
         profile.SetVBRMode(SourceType::Video, 0, mode);
-        EXPECT_EQ(profile.AudioCodecCount(), counts.at(mode).first);
-        EXPECT_EQ(profile.VideoCodecCount(), counts.at(mode).second);
+        EXPECT_EQ(std::pair(profile.AudioCodecCount(), profile.VideoCodecCount()), count);
         for (int i = 0; i < 5; ++i) {
             EXPECT_EQ(profile.GetCodecFourCCFromIndex(SourceType::Audio, i), audio[i]);
             EXPECT_EQ(profile.GetCodecIndexFromFourCC(SourceType::Audio, audio[i]), i);
@@ -40,20 +37,6 @@ TEST(Profile, IndexesNameTheSameCodecInEveryMode) {
     const platform::Error error =
         ErrorOf([&] { profile.GetCodecIndexFromFourCC(SourceType::Video, FourCC("XYZ1")); });
     EXPECT_EQ(error.unsigned_number(), platform::kInvalidArgument);
-}
-
-TEST(Profile, ListsTheFormatsOfItsMode) {
-    Profile profile;
-    profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Quality);
-    ASSERT_EQ(profile.AudioFormatCount(2), 11);
-    std::int32_t rate = 0;
-    std::int32_t channels = 0;
-    std::int32_t bits = 0;
-    EXPECT_EQ(profile.EnumAudioFormat(2, 1, rate, channels, bits), 100);
-    EXPECT_EQ(std::tuple(rate, channels, bits), std::tuple(44100, 2, 24));
-    EXPECT_EQ(profile.AudioFormatCount(4), 0) << "PCM has no quality mode";
-    EXPECT_EQ(ErrorNumber([&] { profile.EnumAudioFormat(2, 11, rate, channels, bits); }),
-              platform::kInvalidArgument);
 }
 
 TEST(Profile, AGroupKeepsItsOwnCopy) {
@@ -117,17 +100,12 @@ TEST(Tree, EachPropertyRefusesValuesOutsideItsRangeByName) {
         {"VideoWidth", [&](auto v) { audience->SetVideoWidth(0, v); }, {0, 1920}, {-1, 16385}},
         {"VideoHeight", [&](auto v) { audience->SetVideoHeight(0, v); }, {0, 1080}, {-1, 16385}},
         {"VideoFPS", [&](auto v) { audience->SetVideoFPS(0, v); }, {1, 100000}, {0, 1000001}},
-        {"VideoKeyFrameDistance", [&](auto v) { audience->SetVideoKeyFrameDistance(0, v); },
-         {0, 10000}, {-1}},
+        {"VideoKeyFrameDistance", [&](auto v) { audience->SetVideoKeyFrameDistance(0, v); }, {0, 10000}, {-1}},
         {"VideoBufferSize", [&](auto v) { audience->SetVideoBufferSize(0, v); }, {1, 5000}, {0}},
-        {"VideoImageSharpness", [&](auto v) { audience->SetVideoImageSharpness(0, v); }, {0, 100},
-         {-1, 101}},
-        {"VideoCompressionQuality", [&](auto v) { audience->SetVideoCompressionQuality(0, v); },
-         {0, 100}, {-1, 101}},
+        {"VideoImageSharpness", [&](auto v) { audience->SetVideoImageSharpness(0, v); }, {0, 100}, {-1, 101}},
+        {"VideoCompressionQuality", [&](auto v) { audience->SetVideoCompressionQuality(0, v); }, {0, 100}, {-1, 101}},
         {"ContentType", [&](auto v) { profile.SetContentType(v); }, {0, 1, 16, 17}, {2, 18}},
-        {"VBRMode",
-         [&](auto v) { profile.SetVBRMode(SourceType::Audio, 0, static_cast<VbrMode>(v)); }, {1, 4},
-         {0, 5}},
+        {"VBRMode", [&](auto v) { profile.SetVBRMode(SourceType::Audio, 0, static_cast<VbrMode>(v)); }, {1, 4}, {0, 5}},
         {"MinPacketSize", [&](auto v) { profile.SetMinPacketSize(v); }, {0, 65536}, {-1, 65537}},
         {"MaxPacketSize", [&](auto v) { profile.SetMaxPacketSize(v); }, {0, 65536}, {-1, 65537}},
         {"MarkIn", [&](auto v) { audio->SetMarkIn(v); }, {0, 5000}, {-1}},
@@ -140,8 +118,7 @@ TEST(Tree, EachPropertyRefusesValuesOutsideItsRangeByName) {
         {"CroppingLeftMargin", [&](auto v) { video->SetCroppingLeftMargin(v); }, {0, 8}, {-1}},
         {"CroppingBottomMargin", [&](auto v) { video->SetCroppingBottomMargin(v); }, {0, 8}, {-1}},
         {"StillDuration", [&](auto v) { video->SetStillDuration(v); }, {1, 10000}, {0}},
-        {"PortNumber", [&](auto v) { encoder.Broadcast().SetPortNumber(kHttp, v); }, {0, 65535},
-         {-1, 65536}},
+        {"PortNumber", [&](auto v) { encoder.Broadcast().SetPortNumber(kHttp, v); }, {0, 65535}, {-1, 65536}},
         {"VideoPerformance", [&](auto v) { encoder.SetVideoPerformance(v); }, {0, 100}, {-1, 101}},
     };
     // clang-format on
@@ -191,19 +168,6 @@ TEST(Sources, TakeTheStreamsThatTheFileHas) {
     EXPECT_EQ(video->Duration(), 10000) << "a still picture lasts its StillDuration";
     video->SetStillDuration(2000);
     EXPECT_EQ(video->Duration(), 2000);
-}
-
-TEST(Tree, FilesOfProfilesAndSessionsAreRefusedByName) {
-    test_support::FakeEngine fake;
-    test_support::FakeEventLoop loop;
-    Encoder encoder(loop, fake.Parts());
-    Profile profile;
-    for (const platform::Error& error :
-         {ErrorOf([&] { profile.LoadFromFile("a.prx"); }),
-          ErrorOf([&] { profile.SaveToFile("a.prx"); }), ErrorOf([&] { encoder.Load("a.wme"); })}) {
-        EXPECT_EQ(error.unsigned_number(), platform::kNotImplemented);
-        EXPECT_THAT(error.description(), testing::ContainsRegex("a\\.(prx|wme)"));
-    }
 }
 
 }  // namespace

@@ -75,8 +75,7 @@ TEST_P(VideoTable, IsWrittenAsAskedAndCounted) {
     video.peak_buffer_ms = 2000;
     plan.video = video;
 
-    const session::Outcome outcome = session::Run(plan);
-    EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+    const session::Outcome outcome = session::RunCleanly(plan);
     EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
     const clips::Contents contents = clips::Decode(plan.FilePath());
     EXPECT_EQ(contents.width, row.width);
@@ -131,8 +130,7 @@ TEST_P(AudioTable, IsWrittenAsAskedAndCounted) {
     audio.format = row.format;
     plan.audio = audio;
 
-    const session::Outcome outcome = session::Run(plan);
-    EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+    const session::Outcome outcome = session::RunCleanly(plan);
     EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
     const clips::Contents contents = clips::Decode(plan.FilePath());
     EXPECT_EQ(contents.audio_codec, row.encoder);
@@ -178,16 +176,14 @@ TEST_F(EncodeTable, SixChannelsBecomeTwoByTheirLevels) {
         std::string channels = row.channels;
         for (std::size_t at = 0; (at = channels.find('V', at)) != std::string::npos;)
             channels.replace(at, 1, "sin(2764.6*t)");
-        const std::string source = clips::Make(
+        const std::string source = clips::Ffmpeg(
             "-f lavfi -i \"aevalsrc='" + channels + "':c=5.1:s=44100:d=0.5\" -c:a pcm_s16le",
             folder_->Path("six.wav"));
-        EncodePlan plan = session::Plan(folder_->Path("two.wma"));
-        plan.audio = session::Audio(source);
+        EncodePlan plan = session::OfAudio(source, folder_->Path("two.wma"));
         plan.audio->codec = &session::AudioCodec("pcm_s16le");
         plan.audio->format = {1411200, 44100, 2, 16};
         plan.audio->downmix = row.levels;
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        session::RunCleanly(plan);
         double peak = 0;
         for (const float sample : clips::Decode(plan.FilePath()).audio)
             peak = std::max(peak, std::fabs(static_cast<double>(sample)));
@@ -196,10 +192,8 @@ TEST_F(EncodeTable, SixChannelsBecomeTwoByTheirLevels) {
 }
 
 TEST_F(EncodeTable, WhatIsCountedIsWhatIsInTheFile) {
-    EncodePlan plan = session::Plan(folder_->Path("both.wmv"));
-    plan.audio = session::Audio(source_);
-    plan.video = session::Video(source_);
-    const session::Outcome outcome = session::Run(plan);
+    EncodePlan plan = session::OfBoth(source_, folder_->Path("both.wmv"));
+    const session::Outcome outcome = session::RunCleanly(plan);
     EXPECT_EQ(outcome.states, (std::vector{EncoderState::Starting, EncoderState::Running,
                                            EncoderState::Stopping, EncoderState::Stopped}));
     std::int64_t bytes[2] = {0, 0};
@@ -225,18 +219,6 @@ TEST_F(EncodeTable, WhatIsCountedIsWhatIsInTheFile) {
     EXPECT_NEAR(static_cast<double>(outcome.file.file_duration.Raw()), kSeconds * 1000, 2);
 }
 
-TEST_F(EncodeTable, TwoPassesCountTwice) {
-    EncodePlan plan = session::Plan(folder_->Path("two.wmv"));
-    plan.passes = 2;
-    plan.audio = session::Audio(source_);
-    plan.video = session::Video(source_);
-    const session::Outcome outcome = session::Run(plan);
-    EXPECT_EQ(outcome.states, (std::vector{EncoderState::Starting, EncoderState::Running,
-                                           EncoderState::EndPreprocess, EncoderState::Running,
-                                           EncoderState::Stopping, EncoderState::Stopped}));
-    EXPECT_EQ(outcome.video.sample_count.Raw(), kFrames);
-}
-
 // The coded packets, their times and flags, without the file around them.
 std::string Packets(const std::string& file) {
     return clips::OutputOf(
@@ -246,13 +228,9 @@ std::string Packets(const std::string& file) {
 }
 
 TEST_F(EncodeTable, NumberOfWorkersChangesNothing) {
-    struct Case {
-        const char* encoder;
-        VbrMode mode;
-    };
     for (const auto& [encoder, mode] :
-         {Case{"wmv2", VbrMode::Constant}, Case{"wmv2", VbrMode::BitRate},
-          Case{"wmv3", VbrMode::Constant}, Case{"wmv3", VbrMode::BitRate}}) {
+         {std::pair("wmv2", VbrMode::Constant), std::pair("wmv2", VbrMode::BitRate),
+          std::pair("wmv3", VbrMode::Constant), std::pair("wmv3", VbrMode::BitRate)}) {
         SCOPED_TRACE(encoder);
         std::string alone;
         for (const int workers : {1, 5}) {
@@ -267,7 +245,7 @@ TEST_F(EncodeTable, NumberOfWorkersChangesNothing) {
             video.encoder_threads = workers;
             video.input.mark_out = Ticks::FromMilliseconds(2400);
             plan.video = video;
-            session::Run(plan);
+            session::RunCleanly(plan);
             const std::string packets = Packets(plan.FilePath());
             if (workers == 1) alone = packets;
             EXPECT_EQ(std::count(packets.begin(), packets.end(), 'K'), 8);

@@ -9,7 +9,6 @@
 #include "engine/sources/files/media_probe.h"
 #include "support/clips.h"
 #include "support/error_of.h"
-#include "support/file_size_limit.h"
 #include "unit/engine/pipeline/session.h"
 
 namespace {
@@ -26,9 +25,7 @@ class Failure : public clips::WithSource<Failure> {
 
   protected:
     static EncodePlan Both(const std::string& source) {
-        EncodePlan plan = session::Plan(folder_->Path("out.wmv"));
-        plan.audio = session::Audio(source);
-        plan.video = session::Video(source);
+        EncodePlan plan = session::OfBoth(source, folder_->Path("out.wmv"));
         return plan;
     }
 };
@@ -97,8 +94,8 @@ TEST_F(Failure, ARunThatIsThrownAwayEndsByItself) {
 TEST_F(Failure, ABrokenMiddleIsPassedOver) {
     for (const char* name : {"broken.avi", "broken.ts"}) {
         SCOPED_TRACE(name);
-        const std::string broken =
-            clips::Make("-i " + source_ + " -c:v mpeg4 -g 25 -q:v 5 -c:a mp2", folder_->Path(name));
+        const std::string broken = clips::Ffmpeg(
+            "-i " + source_ + " -c:v mpeg4 -g 25 -q:v 5 -c:a mp2", folder_->Path(name));
         const auto size = static_cast<std::streamoff>(std::filesystem::file_size(broken));
         {
             std::fstream file(broken, std::ios::in | std::ios::out | std::ios::binary);
@@ -106,8 +103,7 @@ TEST_F(Failure, ABrokenMiddleIsPassedOver) {
             for (int i = 0; i < 20'000; ++i) file.put(static_cast<char>(i * 7919 >> 4));
         }
         EncodePlan plan = Both(broken);
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        session::RunCleanly(plan);
         EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
         const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_GT(contents.frames.size(), 400U);
@@ -125,17 +121,15 @@ TEST_F(Failure, ACutFileGivesWhatItHas) {
     EXPECT_NEAR(clips::Decode(plan.FilePath()).duration, 10.0, 1.0);
 }
 
-struct RefusedCase {
-    const char* why;
-    std::string path;
-    std::uint32_t number;
-};
-
 TEST_F(Failure, WhatIsNoMediaIsRefusedByName) {
     std::ofstream(folder_->Path("words.txt")) << std::string(5000, 'a') << "\n";
     std::ofstream(folder_->Path("words.avi")) << std::string(5000, 'a') << "\n";
     std::ofstream(folder_->Path("empty.avi"));
-    const RefusedCase rows[] = {
+    const struct {
+        const char* why;
+        std::string path;
+        std::uint32_t number;
+    } rows[] = {
         {"absent", folder_->Path("absent.avi"), platform::kFileNotFound},
         {"in no folder", folder_->Path("none/absent.avi"), platform::kFileNotFound},
         {"a text file", folder_->Path("words.txt"), platform::kInvalidData},
@@ -143,7 +137,7 @@ TEST_F(Failure, WhatIsNoMediaIsRefusedByName) {
         {"empty", folder_->Path("empty.avi"), platform::kInvalidData},
         {"a folder", folder_->Path("."), platform::kAccessDenied},
     };
-    for (const RefusedCase& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
         EXPECT_EQ(ErrorNumber([&] { ProbeMediaFile(row.path); }, {row.path}), row.number);
     }
@@ -159,26 +153,6 @@ TEST_F(Failure, AnOutputThatCannotBeMadeThrowsAndLeavesNothing) {
     EXPECT_THROW(EncodingRun(plan, {}, session::Parts()), platform::Error);
     EXPECT_FALSE(std::filesystem::exists(plan.FilePath()));
     EXPECT_FALSE(std::filesystem::exists(plan.FilePath() + ".part"));
-}
-
-TEST_F(Failure, ADiskThatFillsIsSaidAndWhatIsWrittenPlays) {
-    EncodePlan plan = Both(source_);
-    session::Outcome outcome;
-    {
-        const FileSizeLimit limit(300'000);
-        outcome = session::Run(plan);
-    }
-    ASSERT_EQ(outcome.errors.size(), 1U);
-    EXPECT_EQ(outcome.errors[0], platform::kDiskFull);
-    EXPECT_EQ(outcome.states, (std::vector{EncoderState::Starting, EncoderState::Running,
-                                           EncoderState::Stopping, EncoderState::Stopped}));
-    const std::string part = plan.FilePath() + ".part";
-    EXPECT_NE(outcome.error_text.find(part), std::string::npos) << outcome.error_text;
-    EXPECT_EQ(clips::DecodeMessages(part), "");
-    EXPECT_GT(clips::Decode(part).frames.size(), 50U);
-
-    plan.outputs = {FileOutput{"/dev/full"}};
-    EXPECT_EQ(ErrorNumber([&] { EncodingRun(plan, {}, session::Parts()); }), platform::kDiskFull);
 }
 
 TEST_F(Failure, MarksBeyondEverythingAreSaid) {

@@ -178,16 +178,6 @@ TEST_F(Live, ADeviceThatGivesNothingLeavesNothing) {
     EXPECT_FALSE(std::filesystem::exists(plan.FilePath() + ".part"));
 }
 
-TEST_F(Live, ADeviceThatCannotBeOpenedLeavesNothing) {
-    const EncodePlan plan = VideoOnly();
-    const RunParts parts{MakeOutput,
-                         [](const CapturePlan&, FramePool&) -> std::unique_ptr<LiveSource> {
-                             throw platform::Error(platform::kFileNotFound, "There is no screen");
-                         }};
-    EXPECT_THROW(EncodingRun(plan, {}, parts), platform::Error);
-    EXPECT_FALSE(std::filesystem::exists(plan.FilePath() + ".part"));
-}
-
 TEST_F(Live, ARunThatHasStoppedHoldsNoDevice) {
     screen_->Frame(1000);
     std::promise<int> open_devices;

@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 #include <numeric>
 
 #include "engine/outputs/make_output.h"
@@ -18,6 +16,7 @@ namespace {
 using namespace engine;
 using fake_devices::Script;
 using platform::EncoderState;
+using session::WatchedRun;
 using States = std::vector<EncoderState>;
 
 struct CutCase {
@@ -65,49 +64,26 @@ TEST(Pauses, CutAudioToTheSample) {
     }
 }
 
-// A run whose states can be waited for.
-class WatchedRun {
-  public:
-    explicit WatchedRun(const EncodePlan& plan, const RunParts& parts = session::Parts()) {
-        RunCallbacks callbacks;
-        callbacks.on_state = [this](EncoderState state) {
-            const std::lock_guard lock(mutex_);
-            states_.push_back(state);
-            changed_.notify_all();
-        };
-        callbacks.on_error = [](std::int32_t, const std::string& text) { ADD_FAILURE() << text; };
-        run_ = std::make_unique<EncodingRun>(plan, std::move(callbacks), parts);
-        run_->Start();
-    }
-    void Until(EncoderState state) {
-        std::unique_lock lock(mutex_);
-        changed_.wait(lock, [&] { return !states_.empty() && states_.back() == state; });
-    }
-    void Pause() {
-        run_->Pause();
-        Until(EncoderState::Paused);
-    }
-    void Resume() {
-        run_->Resume();
-        Until(EncoderState::Running);
-    }
-    void Stop() {
-        run_->Stop();
-        Until(EncoderState::Stopped);
-    }
-    void Destroy() { run_.reset(); }
-    EncodingRun& operator*() { return *run_; }
-    States Taken() {
-        const std::lock_guard lock(mutex_);
-        return states_;
-    }
+void Pause(WatchedRun& run) {
+    (*run).Pause();
+    run.Until(EncoderState::Paused);
+}
 
-  private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    States states_;
-    std::unique_ptr<EncodingRun> run_;
-};
+void Resume(WatchedRun& run) {
+    (*run).Resume();
+    run.Until(EncoderState::Running);
+}
+
+void Stop(WatchedRun& run) {
+    (*run).Stop();
+    run.Until(EncoderState::Stopped);
+}
+
+States StatesOf(WatchedRun& run) {
+    const session::Outcome said = run.Said();
+    EXPECT_TRUE(said.errors.empty()) << said.error_text;
+    return said.states;
+}
 
 class Pausing : public testing::Test {
   protected:
@@ -136,15 +112,13 @@ class Pausing : public testing::Test {
         return std::find(events.begin(), events.end(), ms) != events.end();
     }
     std::string Film() {
-        return clips::Make(
+        return clips::Ffmpeg(
             "-f lavfi -i testsrc2=s=320x240:r=25 -f lavfi -i sine=440:r=44100 -t 20 -c:v mpeg4 "
             "-q:v 5 -g 25 -c:a pcm_s16le",
             folder_.Path("source.avi"));
     }
     EncodePlan OfFilm(const std::string& film, int passes) {
-        EncodePlan plan = session::Plan(folder_.Path("out.wmv"));
-        plan.audio = session::Audio(film);
-        plan.video = session::Video(film);
+        EncodePlan plan = session::OfBoth(film, folder_.Path("out.wmv"));
         plan.passes = passes;
         return plan;
     }
@@ -164,15 +138,15 @@ TEST_F(Pausing, LeavesNoGapAndKeepsVideoAndAudioTogether) {
     const EncodePlan plan = Recording();
     WatchedRun run(plan, Parts());
     RecordTo(2550);
-    run.Pause();
+    Pause(run);
     RecordTo(4050);
-    run.Resume();
+    Resume(run);
     RecordTo(6130);
-    run.Pause();
+    Pause(run);
     RecordTo(7980);
-    run.Resume();
+    Resume(run);
     RecordTo(9000);
-    run.Stop();
+    Stop(run);
 
     EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
     const clips::Contents contents = clips::Decode(plan.FilePath());
@@ -187,7 +161,7 @@ TEST_F(Pausing, LeavesNoGapAndKeepsVideoAndAudioTogether) {
     expect_near(clips::Flashes(contents), flashes);
     expect_near(clips::Clicks(contents), clicks);
     EXPECT_NEAR(contents.duration, 8 - 1.5 - 1.85, 0.05);
-    EXPECT_EQ(run.Taken(),
+    EXPECT_EQ(StatesOf(run),
               (States{EncoderState::Starting, EncoderState::Running, EncoderState::Paused,
                       EncoderState::Running, EncoderState::Paused, EncoderState::Running,
                       EncoderState::Stopping, EncoderState::Stopped}));
@@ -202,15 +176,15 @@ TEST_F(Pausing, ARecordingMayEndPaused) {
         const EncodePlan plan = Recording();
         WatchedRun run(plan, Parts());
         RecordTo(3000);
-        run.Pause();
+        Pause(run);
         RecordTo(5000);
         if (stopped)
-            run.Stop();
+            Stop(run);
         else
             run.Destroy();
         EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
         EXPECT_NEAR(clips::Decode(plan.FilePath()).duration, 2, 0.05);
-        EXPECT_EQ(run.Taken().back(), EncoderState::Stopped);
+        EXPECT_EQ(StatesOf(run).back(), EncoderState::Stopped);
     }
 }
 
@@ -222,11 +196,11 @@ TEST_F(Pausing, AFileWaitsAndGoesOn) {
         EncodePlan other = plan;
         other.outputs = {FileOutput{folder_.Path("other.wmv")}};
         WatchedRun run(plan);
-        run.Pause();
-        session::Run(other);  // as long as this one would have taken
-        EXPECT_EQ(run.Taken().back(), EncoderState::Paused);
+        Pause(run);
+        session::RunCleanly(other);  // as long as this one would have taken
+        EXPECT_EQ(StatesOf(run).back(), EncoderState::Paused);
         EXPECT_LT((*run).Figures().EncodingTime().Raw(), 20'000);
-        run.Resume();
+        Resume(run);
         run.Until(EncoderState::Stopped);
         const clips::Contents contents = clips::Decode(plan.FilePath());
         const clips::Contents expected = clips::Decode(other.FilePath());
@@ -242,12 +216,12 @@ TEST_F(Pausing, AFileMayEndPaused) {
         const EncodePlan plan = OfFilm(film, 1);
         WatchedRun run(plan);
         while ((*run).Figures().EncodingTime().Raw() < 1000) std::this_thread::yield();
-        run.Pause();
+        Pause(run);
         if (stopped)
-            run.Stop();
+            Stop(run);
         else
             run.Destroy();
-        EXPECT_EQ(run.Taken().back(), EncoderState::Stopped);
+        EXPECT_EQ(StatesOf(run).back(), EncoderState::Stopped);
         EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
         EXPECT_GE(clips::Decode(plan.FilePath()).duration, 1);
     }

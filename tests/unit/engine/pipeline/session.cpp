@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -103,38 +101,70 @@ EncodePlan Plan(const std::string& output) {
     return plan;
 }
 
+EncodePlan OfVideo(const std::string& source, const std::string& output, std::string_view encoder) {
+    EncodePlan plan = Plan(output);
+    plan.video = Video(source);
+    plan.video->codec = &VideoCodec(encoder);
+    return plan;
+}
+
+EncodePlan OfAudio(const std::string& source, const std::string& output) {
+    EncodePlan plan = Plan(output);
+    plan.audio = Audio(source);
+    return plan;
+}
+
+EncodePlan OfBoth(const std::string& source, const std::string& output) {
+    EncodePlan plan = OfVideo(source, output);
+    plan.audio = Audio(source);
+    return plan;
+}
+
 RunParts Parts() { return {MakeOutput}; }
+
+WatchedRun::WatchedRun(EncodePlan plan, const RunParts& parts) {
+    RunCallbacks callbacks;
+    callbacks.on_state = [this](platform::EncoderState state) {
+        const std::lock_guard lock(mutex_);
+        EXPECT_FALSE(IsIn(platform::EncoderState::Stopped)) << "a state after Stopped";
+        said_.states.push_back(state);
+        changed_.notify_all();
+    };
+    callbacks.on_error = [this](std::int32_t number, const std::string& description) {
+        const std::lock_guard lock(mutex_);
+        said_.errors.push_back(static_cast<std::uint32_t>(number));
+        said_.error_text = description;
+    };
+    run_ = std::make_unique<EncodingRun>(std::move(plan), std::move(callbacks), parts);
+    run_->Start();
+}
+
+void WatchedRun::Until(platform::EncoderState state) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return IsIn(state); });
+}
+
+Outcome WatchedRun::Said() {
+    const std::lock_guard lock(mutex_);
+    return said_;
+}
 
 Outcome Run(EncodePlan plan, const std::function<void(EncodingRun&)>& meanwhile,
             const RunParts& parts) {
-    Outcome outcome;
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool stopped = false;
-    RunCallbacks callbacks;
-    callbacks.on_state = [&](platform::EncoderState state) {
-        const std::lock_guard lock(mutex);
-        EXPECT_FALSE(stopped) << "a state after Stopped";
-        outcome.states.push_back(state);
-        stopped = state == platform::EncoderState::Stopped;
-        changed.notify_all();
-    };
-    callbacks.on_error = [&](std::int32_t number, const std::string& description) {
-        const std::lock_guard lock(mutex);
-        outcome.errors.push_back(static_cast<std::uint32_t>(number));
-        outcome.error_text = description;
-    };
-    EncodingRun run(std::move(plan), std::move(callbacks), parts);
-    run.Start();
-    if (meanwhile) meanwhile(run);
-    {
-        std::unique_lock lock(mutex);
-        changed.wait(lock, [&] { return stopped; });
-    }
-    outcome.audio = run.Figures().Of(MediaKind::Audio);
-    outcome.video = run.Figures().Of(MediaKind::Video);
-    outcome.total = run.Figures().Total();
-    outcome.file = run.Figures().File();
+    WatchedRun run(std::move(plan), parts);
+    if (meanwhile) meanwhile(*run);
+    run.Until(platform::EncoderState::Stopped);
+    Outcome outcome = run.Said();
+    outcome.audio = (*run).Figures().Of(MediaKind::Audio);
+    outcome.video = (*run).Figures().Of(MediaKind::Video);
+    outcome.total = (*run).Figures().Total();
+    outcome.file = (*run).Figures().File();
+    return outcome;
+}
+
+Outcome RunCleanly(EncodePlan plan) {
+    Outcome outcome = Run(std::move(plan));
+    EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
     return outcome;
 }
 

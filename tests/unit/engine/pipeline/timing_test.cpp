@@ -13,7 +13,7 @@ using namespace engine;
 
 // A white frame and a click at each even second.
 std::string FlashAndClick(const clips::Folder& folder, const char* coding, const char* name) {
-    return clips::Make(
+    return clips::Ffmpeg(
         std::string("-f lavfi -i \"color=black:s=160x120:r=25,geq=lum='if(lt(mod(N,50),1),235,16)':"
                     "cb=128:cr=128\" -f lavfi -i \"aevalsrc='if(lt(mod(t,2),0.002),0.9,0)':s=44100,"
                     "aformat=channel_layouts=stereo\" -t 9 ") +
@@ -50,8 +50,7 @@ TEST(Timing, AudioAndVideoStayTogether) {
     for (const SyncCase& row : kSyncCases) {
         SCOPED_TRACE(row.why);
         const std::string source = FlashAndClick(folder, row.coding, row.name);
-        EncodePlan plan = session::Plan(folder.Path("out.wmv"));
-        plan.audio = session::Audio(source);
+        EncodePlan plan = session::OfAudio(source, folder.Path("out.wmv"));
         plan.audio->codec = &session::AudioCodec(row.audio_encoder);
         plan.audio->format = row.format;
         plan.video = session::Video(source);
@@ -59,8 +58,7 @@ TEST(Timing, AudioAndVideoStayTogether) {
             input->mark_in = Ticks::FromMilliseconds(row.mark_in_ms);
             input->mark_out = Ticks::FromMilliseconds(row.mark_out_ms);
         }
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        session::RunCleanly(plan);
         const clips::Contents contents = clips::Decode(plan.FilePath());
         const std::vector<double> flashes = clips::Flashes(contents);
         const std::vector<double> clicks = clips::Clicks(contents);
@@ -98,12 +96,9 @@ TEST(Timing, StreamsEndEachByItself) {
     const clips::Folder folder;
     for (const LengthCase& row : kLengthCases) {
         SCOPED_TRACE(row.why);
-        const std::string source = clips::Make(row.source, folder.Path("source.mkv"));
-        EncodePlan plan = session::Plan(folder.Path("out.wmv"));
-        plan.audio = session::Audio(source);
-        plan.video = session::Video(source);
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        const std::string source = clips::Ffmpeg(row.source, folder.Path("source.mkv"));
+        EncodePlan plan = session::OfBoth(source, folder.Path("out.wmv"));
+        session::RunCleanly(plan);
         const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_EQ(contents.frames.size(), row.frames);
         EXPECT_NEAR(contents.duration, std::max(row.audio, row.video), 0.05);
@@ -114,13 +109,12 @@ TEST(Timing, StreamsEndEachByItself) {
 TEST(Timing, AudioAndVideoOfTwoFiles) {
     const clips::Folder folder;
     const std::string both = FlashAndClick(folder, "-c:v mpeg4 -g 10 -c:a pcm_s16le", "a.avi");
-    const std::string audio = clips::Make("-i " + both + " -vn", folder.Path("audio.wav"));
+    const std::string audio = clips::Ffmpeg("-i " + both + " -vn", folder.Path("audio.wav"));
     const std::string video =
-        clips::Make("-i " + both + " -an -c:v copy", folder.Path("video.avi"));
-    EncodePlan plan = session::Plan(folder.Path("out.wmv"));
-    plan.audio = session::Audio(audio);
+        clips::Ffmpeg("-i " + both + " -an -c:v copy", folder.Path("video.avi"));
+    EncodePlan plan = session::OfAudio(audio, folder.Path("out.wmv"));
     plan.video = session::Video(video);
-    session::Run(plan);
+    session::RunCleanly(plan);
     const clips::Contents contents = clips::Decode(plan.FilePath());
     const std::vector<double> flashes = clips::Flashes(contents);
     const std::vector<double> clicks = clips::Clicks(contents);
@@ -132,13 +126,12 @@ TEST(Timing, AudioAndVideoOfTwoFiles) {
 // A hole in the audio is silence of its length, not audio that moves up.
 TEST(Timing, AGapInTheAudioIsKept) {
     const clips::Folder folder;
-    const std::string source = clips::Make(
+    const std::string source = clips::Ffmpeg(
         "-f lavfi -i \"aevalsrc='if(lt(mod(t,2),0.002),0.9,0)':s=44100:d=9\" -af "
         "\"aselect='lt(t,2.5)+gt(t,3.5)'\" -c:a pcm_s16le",
         folder.Path("gap.mkv"));
-    EncodePlan plan = session::Plan(folder.Path("out.wma"));
-    plan.audio = session::Audio(source);
-    session::Run(plan);
+    EncodePlan plan = session::OfAudio(source, folder.Path("out.wma"));
+    session::RunCleanly(plan);
     const std::vector<double> clicks = clips::Clicks(clips::Decode(plan.FilePath()));
     ASSERT_EQ(clicks.size(), 5U);
     for (std::size_t i = 0; i < clicks.size(); ++i)
@@ -149,17 +142,15 @@ TEST(Timing, AStillPictureLastsToItsMark) {
     const clips::Folder folder;
     for (const char* name : {"p.png", "p.jpg", "p.bmp", "100%d.png"}) {
         SCOPED_TRACE(name);
-        const std::string source =
-            clips::Make("-f lavfi -i testsrc2=s=161x121 -frames:v 1 -update 1", folder.Path(name));
-        EncodePlan plan = session::Plan(folder.Path("out.wmv"));
-        plan.video = session::Video(source);
+        const std::string source = clips::Ffmpeg(
+            "-f lavfi -i testsrc2=s=161x121 -frames:v 1 -update 1", folder.Path(name));
+        EncodePlan plan = session::OfVideo(source, folder.Path("out.wmv"));
         EXPECT_TRUE(plan.video->input.still);
         plan.video->input.mark_out = Ticks::FromMilliseconds(2350);
         plan.video->width = 160;
         plan.video->height = 120;
         plan.video->rate_ceiling = plan.video->expected_rate = 10000;
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        session::RunCleanly(plan);
         const clips::Contents contents = clips::Decode(plan.FilePath());
         EXPECT_EQ(contents.frames.size(), 24U);
         EXPECT_NEAR(contents.duration, 2.35, 0.001);
@@ -187,13 +178,12 @@ TEST(Timing, OnlyTelecinedFilmIsRestored) {
     const clips::Folder folder;
     for (const FilmCase& row : kFilmCases) {
         SCOPED_TRACE(row.why);
-        const std::string source = clips::Make(row.source, folder.Path("film.mpg"));
+        const std::string source = clips::Ffmpeg(row.source, folder.Path("film.mpg"));
         for (const bool restore : {false, true}) {
-            EncodePlan plan = session::Plan(folder.Path("out.wmv"));
-            plan.video = session::Video(source);
+            EncodePlan plan = session::OfVideo(source, folder.Path("out.wmv"));
             plan.video->bit_rate_bps = 3'000'000;
             plan.video->remove_telecine = restore;
-            session::Run(plan);
+            session::RunCleanly(plan);
             const clips::Contents contents = clips::Decode(plan.FilePath());
             const std::size_t frames = restore ? row.frames_with : row.frames_without;
             ASSERT_NEAR(static_cast<double>(contents.frames.size()), static_cast<double>(frames),

@@ -44,19 +44,18 @@ TEST(VideoOptions, MarginsAreCutOff) {
     const clips::Folder folder;
     for (const ClipCase& row : kClipCases) {
         SCOPED_TRACE(row.why);
-        std::string source = clips::Make(
+        std::string source = clips::Ffmpeg(
             std::string("-f lavfi -i testsrc2=s=320x240:r=25 -frames:v 5 ") + row.coding,
             folder.Path(row.name));
         if (row.width < row.height)
-            source = clips::Make("-i " + source + " -c copy -metadata:s:v:0 rotate=90",
-                                 folder.Path("turned.mp4"));
+            source = clips::Ffmpeg("-i " + source + " -c copy -metadata:s:v:0 rotate=90",
+                                   folder.Path("turned.mp4"));
         EncodePlan plan = session::Plan(folder.Path("out.wmv"));
         plan.video = Uncompressed(source);
         plan.video->crop = row.crop;
         plan.video->width = row.width;
         plan.video->height = row.height;
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        session::RunCleanly(plan);
         EXPECT_EQ(clips::Decode(plan.FilePath()).frames.size(), 5U);
         EXPECT_GT(LumaPsnr(plan.FilePath(), source, row.same), 40);
     }
@@ -88,16 +87,15 @@ TEST(VideoOptions, FieldsBecomeTheFramesOfTheirTime) {
         const std::string fields =
             "\"nullsrc=s=160x120:r=50:d=1,geq=lum='128+100*sin((X+4*N)/9)*cos((Y+2*N)/11)':"
             "cb=128:cr=128\"";
-        const std::string whole = clips::Make(
+        const std::string whole = clips::Ffmpeg(
             "-f lavfi -i " + fields + " -vf framestep=2 -c:v ffv1", folder.Path("whole.avi"));
         const std::string source =
-            clips::Make("-f lavfi -i " + fields + " " + row.made, folder.Path(row.name));
+            clips::Ffmpeg("-f lavfi -i " + fields + " " + row.made, folder.Path(row.name));
         for (const bool deinterlace : {false, true}) {
             EncodePlan plan = session::Plan(folder.Path("out.wmv"));
             plan.video = Uncompressed(source);
             plan.video->deinterlace = deinterlace;
-            const session::Outcome outcome = session::Run(plan);
-            EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+            session::RunCleanly(plan);
             const clips::Contents contents = clips::Decode(plan.FilePath());
             ASSERT_EQ(contents.frames.size(), 25U);
             EXPECT_EQ(contents.height, 120);
@@ -114,13 +112,12 @@ TEST(VideoOptions, FieldsBecomeTheFramesOfTheirTime) {
 
 TEST(VideoOptions, PlayersAreToldThePixelsShape) {
     const clips::Folder folder;
-    const std::string source = clips::Make(
+    const std::string source = clips::Ffmpeg(
         "-f lavfi -i testsrc2=s=160x120:r=25 -frames:v 2 -c:v ffv1", folder.Path("source.avi"));
     for (const Ratio& aspect : {Ratio{1, 1}, Ratio{16, 15}, Ratio{4, 3}, Ratio{10, 11}}) {
-        EncodePlan plan = session::Plan(folder.Path("out.wmv"));
-        plan.video = session::Video(source);
+        EncodePlan plan = session::OfVideo(source, folder.Path("out.wmv"));
         plan.video->pixel_aspect = aspect;
-        session::Run(plan);
+        session::RunCleanly(plan);
         EXPECT_EQ(
             clips::OutputOf("ffprobe -v error -show_entries stream=sample_aspect_ratio "
                             "-of csv=p=0 '" +
@@ -152,7 +149,7 @@ const PixelCase kPixelCases[] = {
 
 TEST(VideoOptions, UncompressedPixelsAreReadAsTheyWereAskedFor) {
     const clips::Folder folder;
-    const std::string source = clips::Make(
+    const std::string source = clips::Ffmpeg(
         "-f lavfi -i testsrc2=s=164x120:r=25 -frames:v 3 -c:v ffv1", folder.Path("source.avi"));
     for (const PixelCase& row : kPixelCases) {
         const platform::PixelFormatRow* pixels = platform::FindPixelFormat(row.format);
@@ -161,8 +158,7 @@ TEST(VideoOptions, UncompressedPixelsAreReadAsTheyWereAskedFor) {
         EncodePlan plan = session::Plan(folder.Path("out.wmv"));
         plan.video = Uncompressed(source);
         plan.video->pixels = pixels;
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        session::RunCleanly(plan);
         EXPECT_EQ(clips::OutputOf("ffprobe -v error -show_entries stream=pix_fmt -of csv=p=0 '" +
                                   plan.FilePath() + "'"),
                   std::string(row.read_as) + "\n");
@@ -172,15 +168,13 @@ TEST(VideoOptions, UncompressedPixelsAreReadAsTheyWereAskedFor) {
 
 TEST(VideoOptions, CodecsGetTheFrameThroughTheAskedPixels) {
     const clips::Folder folder;
-    const std::string source = clips::Make(
+    const std::string source = clips::Ffmpeg(
         "-f lavfi -i testsrc2=s=160x120:r=25 -frames:v 3 -c:v ffv1", folder.Path("source.avi"));
-    EncodePlan plan = session::Plan(folder.Path("out.wmv"));
-    plan.video = session::Video(source);
+    EncodePlan plan = session::OfVideo(source, folder.Path("out.wmv"));
     plan.video->mode = platform::VbrMode::Quality;
     plan.video->quality = 100;
     plan.video->pixels = platform::FindPixelFormat(0xE436EB7C);
-    const session::Outcome outcome = session::Run(plan);
-    EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+    session::RunCleanly(plan);
     const double same = clips::Psnr(plan.FilePath(), source, "format=rgb555le", "yuv420p");
     const double other = clips::Psnr(plan.FilePath(), source, "null", "yuv420p");
     EXPECT_GT(same, other + 5) << "the steps of five bits a colour are there";
@@ -206,18 +200,15 @@ TEST(VideoOptions, FieldsAreCodedAsFields) {
     const clips::Folder folder;
     for (const InterlacedCase& row : kInterlacedCases) {
         SCOPED_TRACE(row.why);
-        const std::string source = clips::Make(
+        const std::string source = clips::Ffmpeg(
             std::string("-f lavfi -i testsrc2=s=320x240:r=50:d=1 -vf ") + row.source + " -c:v ffv1",
             folder.Path("fields.mkv"));
-        EncodePlan plan = session::Plan(folder.Path("out.wmv"));
-        plan.video = session::Video(source);
-        plan.video->codec = &session::VideoCodec("mpeg4");
+        EncodePlan plan = session::OfVideo(source, folder.Path("out.wmv"), "mpeg4");
         plan.video->mode = platform::VbrMode::Quality;
         plan.video->quality = 90;
-        const session::Outcome progressive = session::Run(plan);
+        const session::Outcome progressive = session::RunCleanly(plan);
         plan.video->fields = row.fields;
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        const session::Outcome outcome = session::RunCleanly(plan);
         EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
         const std::string said = clips::OutputOf(
             "ffprobe -v error -show_entries frame=interlaced_frame,top_field_first -of csv=p=0 "
@@ -255,11 +246,11 @@ const PatternCase kPatternCases[] = {
 TEST(VideoOptions, FilmComesBackByItsPattern) {
     const clips::Folder folder;
     const std::string film =
-        clips::Make("-f lavfi -i testsrc2=s=160x120:r=24000/1001 -frames:v 40 -c:v ffv1",
-                    folder.Path("film.avi"));
+        clips::Ffmpeg("-f lavfi -i testsrc2=s=160x120:r=24000/1001 -frames:v 40 -c:v ffv1",
+                      folder.Path("film.avi"));
     for (const PatternCase& row : kPatternCases) {
         SCOPED_TRACE(row.why);
-        const std::string source = clips::Make(
+        const std::string source = clips::Ffmpeg(
             "-i " + film + " -vf telecine=pattern=23:first_field=" +
                 (row.pattern.bottom_first ? "bottom" : "top") +
                 ",trim=start_frame=" + std::to_string(row.skipped) +
@@ -268,8 +259,7 @@ TEST(VideoOptions, FilmComesBackByItsPattern) {
         EncodePlan plan = session::Plan(folder.Path("out.wmv"));
         plan.video = Uncompressed(source);
         plan.video->telecine = row.pattern;
-        const session::Outcome outcome = session::Run(plan);
-        EXPECT_TRUE(outcome.errors.empty()) << outcome.error_text;
+        session::RunCleanly(plan);
         const clips::Contents contents = clips::Decode(plan.FilePath());
         ASSERT_EQ(contents.frames.size(), static_cast<std::size_t>(row.film));
         EXPECT_EQ(contents.frames.front().time, 0);

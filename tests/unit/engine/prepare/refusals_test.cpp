@@ -61,22 +61,19 @@ const Contradiction kContradictions[] = {
      }, kEmpty},
     // profile
     {"no profile", kInvalid, {"SG_1", "no profile"}, [](Session& s) { s.attach = false; }},
-    {"profile without audience", kInvalid, {"no profile"},
-     [](Session& s) { s.profile = Profile(); }},
+    {"profile without audience", kInvalid, {"no profile"}, [](Session& s) { s.profile = Profile(); }},
     {"sound asked of a silent film", kInvalid, {"test", "audio"},
      [](Session& s) {
          s.engine.media["/home/silent.avi"] = FilmInfo(0, 10000);
          s.OpenFilm("silent.avi");
      }, kEmpty},
-    {"no audio format", kInvalid, {"audio format", "-a_setting"},
-     [](Session& s) { s.profile = Profile(); s.profile.AddAudience(1); }},
+    {"no audio format", kInvalid, {"audio format", "-a_setting"}, [](Session& s) { s.profile = Profile(); s.profile.AddAudience(1); }},
     {"no video rate", kInvalid, {"video bit rate", "-v_bitrate"},
      [](Session& s) {
          s.profile = Profile();
          s.profile.AddAudience(1)->SetAudioConfig(0, 2, 44100, 64000, 16);
      }},
-    {"codec changed after its format", kInvalid, {"Voice", "64 kbps", "12_16_1"},
-     [](Session& s) { s.Audience().SetAudioCodec(0, 3); }},
+    {"codec changed after its format", kInvalid, {"Voice", "64 kbps", "12_16_1"}, [](Session& s) { s.Audience().SetAudioCodec(0, 3); }},
     {"a format that the codec has not", kInvalid, {"128 kbps", "24 bits", "128_44_2"},
      [](Session& s) { s.Audience().SetAudioConfig(0, 2, 44100, 128'000, 24); }},
     {"mode changed after the format", kInvalid, {"quality", "Q75_44_2"},
@@ -112,10 +109,8 @@ const Contradiction kContradictions[] = {
          s.OpenFilm();
          s.tree.attributes.Add("CenterMix", -145);
      }, kEmpty},
-    {"packets", kInvalid, {"2000", "1400"},
-     [](Session& s) { s.profile.SetMinPacketSize(2000); s.profile.SetMaxPacketSize(1400); }},
-    {"packets below the least", kInvalid, {"99", "-maxpacket", "100"},
-     [](Session& s) { s.profile.SetMaxPacketSize(99); }},
+    {"packets", kInvalid, {"2000", "1400"}, [](Session& s) { s.profile.SetMinPacketSize(2000); s.profile.SetMaxPacketSize(1400); }},
+    {"packets below the least", kInvalid, {"99", "-maxpacket", "100"}, [](Session& s) { s.profile.SetMaxPacketSize(99); }},
     {"no audio peak", kInvalid, {"AudioPeakBitrate", "cannot be 0"},
      [](Session& s) {
          s.profile.SetVBRMode(SourceType::Audio, 0, VbrMode::Peak);
@@ -128,15 +123,12 @@ const Contradiction kContradictions[] = {
          s.Audience().SetVideoBufferMax(0, 600'001);
      }},
     // what is not there yet
-    {"a filter that there is none of", kUnbuilt, {"Optimization 195", "-v_preproc"},
-     [](Session& s) { s.Video().SetOptimization(0xC3); }},
+    {"a filter that there is none of", kUnbuilt, {"Optimization 195", "-v_preproc"}, [](Session& s) { s.Video().SetOptimization(0xC3); }},
     {"fields that the codec has not", kUnbuilt,
      {"Windows Media Video", "interlaced", "-v_preproc 1", "-v_codec MP41"},
      [](Session& s) { s.Video().SetOptimization(0x3004); }},
-    {"fields by the profile alone", kUnbuilt, {"interlaced", "-v_codec MP41"},
-     [](Session& s) { s.profile.SetInterlaceMode(0, true); }},
-    {"pixels with a palette", kInvalid, {"E436EB7A", "palette", "-pixelformat"},
-     [](Session& s) { s.Video().SetPixelFormat(kRgb8); }},
+    {"fields by the profile alone", kUnbuilt, {"interlaced", "-v_codec MP41"}, [](Session& s) { s.profile.SetInterlaceMode(0, true); }},
+    {"pixels with a palette", kInvalid, {"E436EB7A", "palette", "-pixelformat"}, [](Session& s) { s.Video().SetPixelFormat(kRgb8); }},
     {"pixels that would be read as others", kInvalid, {"Full frames", "RGB565", "RGB555"},
      [](Session& s) {
          s.Audience().SetVideoCodec(0, 5);
@@ -153,30 +145,21 @@ const Contradiction kContradictions[] = {
      [](Session& s) {
          platform::AsAudio(s.group->Source(SourceType::Audio, 0))->SetContentEDL("a.edl");
      }},
-    {"broadcast", kUnbuilt, {"8080", "-broadcast"},
-     [](Session& s) {
-         s.tree.broadcast.SetPortNumber(platform::BroadcastProtocol::Http, 8080);
-     }},
-    {"push", kUnbuilt, {"live1", "-push"},
-     [](Session& s) { s.tree.broadcast.SetServerName("live1"); }},
+    {"broadcast", kUnbuilt, {"8080", "-broadcast"}, [](Session& s) {s.tree.broadcast.SetPortNumber(platform::BroadcastProtocol::Http, 8080);}},
+    {"push", kUnbuilt, {"live1", "-push"}, [](Session& s) { s.tree.broadcast.SetServerName("live1"); }},
     // output
-    {"no output", kInvalid, {"no output", "-output"},
-     [](Session& s) { s.tree.file.SetLocalFileName(""); }},
+    {"no output", kInvalid, {"no output", "-output"}, [](Session& s) { s.tree.file.SetLocalFileName(""); }},
     {"output is the input", kInvalid, {"output /home/film.avi", "input /home/film.avi"},
      [](Session& s) { s.tree.file.SetLocalFileName("/home/film.avi"); }},
     {"output links to the input", kInvalid, {"/home/out.wmv", "/home/film.avi"},
      [](Session& s) { s.engine.files->links["/home/out.wmv"] = "/home/film.avi"; }},
-    {"output is a folder", kInvalid, {"/home", "folder"},
-     [](Session& s) { s.tree.file.SetLocalFileName("/home"); }},
+    {"output is a folder", kInvalid, {"/home", "folder"}, [](Session& s) { s.tree.file.SetLocalFileName("/home"); }},
     {"output's folder is missing", platform::kPathNotFound, {"/gone", "/gone/out.wmv"},
      [](Session& s) { s.tree.file.SetLocalFileName("/gone/out.wmv"); }},
     // marks
-    {"end before start", kInvalid, {"end mark 5000", "start mark 5000"},
-     [](Session& s) { s.Audio().SetMarkIn(5000); s.Audio().SetMarkOut(5000); }},
-    {"end past the end", platform::kEndMarkPastEnd, {"10001", "10000", "film.avi"},
-     [](Session& s) { s.Video().SetMarkOut(10001); }},
-    {"start past the end", kInvalid, {"start mark 10000", "film.avi"},
-     [](Session& s) { s.Audio().SetMarkIn(10000); }},
+    {"end before start", kInvalid, {"end mark 5000", "start mark 5000"}, [](Session& s) { s.Audio().SetMarkIn(5000); s.Audio().SetMarkOut(5000); }},
+    {"end past the end", platform::kEndMarkPastEnd, {"10001", "10000", "film.avi"}, [](Session& s) { s.Video().SetMarkOut(10001); }},
+    {"start past the end", kInvalid, {"start mark 10000", "film.avi"}, [](Session& s) { s.Audio().SetMarkIn(10000); }},
     {"a wrong output comes before an end mark that is then cleared", kInvalid, {"no output"},
      [](Session& s) { s.Video().SetMarkOut(10001); s.tree.file.SetLocalFileName(""); }},
 };

@@ -1,11 +1,8 @@
 // The devices as the console program lists and takes them, over servers that the test starts.
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include <cstring>
+#include <optional>
 
 #include "support/pulse_server.h"
+#include "support/unix_listener.h"
 #include "support/x_server.h"
 
 namespace test_support {
@@ -31,30 +28,6 @@ CommandResult Console(std::vector<std::string> words, const Environment& environ
 // What the test machine itself has; its devices then stand beside those of the test.
 bool HasCards() { return std::filesystem::exists("/dev/snd/controlC0"); }
 bool HasCameras() { return std::filesystem::exists("/dev/video0"); }
-
-sockaddr_un AddressOf(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-    return address;
-}
-
-class Socket {
-  public:
-    explicit Socket(const std::string& path) : address_(AddressOf(path)) {}
-    ~Socket() { close(number_); }
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-
-    bool Listen() {
-        return bind(number_, Address(), sizeof address_) == 0 && listen(number_, 16) == 0;
-    }
-
-  private:
-    const sockaddr* Address() const { return reinterpret_cast<const sockaddr*>(&address_); }
-    sockaddr_un address_;
-    int number_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-};
 
 // Two outputs that share a description, and one input.
 std::string Sinks(const TempFolder& folder) {
@@ -134,9 +107,9 @@ TEST(ConsoleDevices, ServersThatAreMissingOrHangLeaveTheHeadings) {
         SCOPED_TRACE(each.why);
         const TempFolder folder;
         Environment environment = Private(folder);
-        Socket silent(folder / "pulse.sock");
+        std::optional<UnixListener> silent;
         if (each.hangs) {
-            ASSERT_TRUE(silent.Listen());
+            silent.emplace(folder / "pulse.sock");
             environment["DISPLAY"] = "unix:" + (folder / "pulse.sock");
         }
         const CommandResult listed = Console({"-devices"}, environment);

@@ -1,6 +1,5 @@
 #include "platform/host/console_loop.h"
 
-#include <unistd.h>
 #include <thread>
 
 namespace {
@@ -18,25 +17,6 @@ TEST(ConsoleLoop, RunsTasksInOrderAndAsksAfterEach) {
     loop.RunUntil([&] { return order.size() == 4; });
     EXPECT_THAT(order, ElementsAre(0, 1, 2, 3));
     loop.RunUntil([] { return true; });  // asked first: nothing is waited for
-}
-
-TEST(ConsoleLoop, TasksMayRunTheLoop) {
-    ConsoleLoop loop;
-    std::vector<std::string> order;
-    bool outer = false;
-    loop.Post([&] {
-        order.emplace_back("outer begins");
-        bool inner = false;
-        loop.Post([&] {
-            order.emplace_back("inner");
-            inner = true;
-        });
-        loop.RunUntil([&] { return inner; });
-        order.emplace_back("outer ends");
-        outer = true;
-    });
-    loop.RunUntil([&] { return outer; });
-    EXPECT_THAT(order, ElementsAre("outer begins", "inner", "outer ends"));
 }
 
 TEST(ConsoleLoop, TakesTasksFromManyThreads) {
@@ -111,20 +91,6 @@ TEST(ConsoleTimer, MissedTicksAreDroppedAndTheGridKept) {
     EXPECT_TRUE(timer.TakeTick(first + milliseconds(4500)));
     EXPECT_EQ(timer.NextTick(), first + milliseconds(5000));
     EXPECT_FALSE(timer.TakeTick(first + milliseconds(4600)));
-}
-
-TEST(ConsoleLoop, WatchesAnInput) {
-    ConsoleLoop loop;
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    ASSERT_EQ(::write(ends[1], "x", 1), 1);
-    char byte = 0;
-    loop.Watch(ends[0], [&] {
-        if (::read(ends[0], &byte, 1) == 1) loop.Watch(-1, {});
-    });
-    loop.RunUntil([&] { return byte == 'x'; });
-    ::close(ends[0]);
-    ::close(ends[1]);
 }
 
 }  // namespace

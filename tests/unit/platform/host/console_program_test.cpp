@@ -8,7 +8,6 @@
 
 #include <csignal>
 #include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "platform/posix/file_descriptor.h"
@@ -49,6 +48,7 @@ class ScriptedForm : public FormEvents {
     void Timer1_Timer() override {
         ++ticks_;
         window_.Label1().SetCaption("Elapsed time: \r\n" + std::to_string(ticks_) + " secs");
+        window_.Label3().SetCaption("Current bit rate: \r\n350 Kbps");
         if (ticks_ == 3) window_.Loop().Post([this] { busy_ = false; });
     }
     void RunCommand(const Words& words) override {
@@ -98,18 +98,11 @@ class ScriptedForm : public FormEvents {
     ExitStatus status_ = ExitStatus::Done;
 };
 
-std::string ContentOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 class ConsoleProgram : public testing::Test {
   protected:
     int Run(const Words& words) {
-        const FileDescriptor input(::open("/dev/null", O_RDONLY));
         const FileDescriptor out(::open((folder_ / "out").c_str(), O_CREAT | O_RDWR, 0600));
-        const FileDescriptor err(::open((folder_ / "err").c_str(), O_CREAT | O_RDWR, 0600));
-        return Run(words, {input.Number(), out.Number(), err.Number()});
+        return Run(words, {null_.Number(), out.Number(), err_.Number()});
     }
     int Run(const Words& words, ConsoleStreams streams) {
         return RunConsole(
@@ -119,10 +112,12 @@ class ConsoleProgram : public testing::Test {
             },
             streams);
     }
-    std::string Out() const { return ContentOf(folder_ / "out"); }
-    std::string Err() const { return ContentOf(folder_ / "err"); }
+    std::string Out() const { return test_support::FileText(folder_ / "out"); }
+    std::string Err() const { return test_support::FileText(folder_ / "err"); }
 
     test_support::TempFolder folder_;
+    const FileDescriptor null_{::open("/dev/null", O_RDWR)};
+    const FileDescriptor err_{::open((folder_ / "err").c_str(), O_CREAT | O_RDWR, 0600)};
     std::vector<Words> commands_;
 };
 
@@ -178,29 +173,25 @@ TEST_F(ConsoleProgram, AReaderThatGoesAwayStopsTheRun) {
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
     ::close(ends[0]);
-    const FileDescriptor null(::open("/dev/null", O_RDWR));
-    EXPECT_EQ(Run({"chatter", "x"}, {null.Number(), ends[1], null.Number()}), 130);
+    EXPECT_EQ(Run({"chatter", "x"}, {null_.Number(), ends[1], null_.Number()}), 130);
     // A listing that was cut off was not done either.
-    EXPECT_EQ(Run({"say", "x"}, {null.Number(), ends[1], null.Number()}), 130);
+    EXPECT_EQ(Run({"say", "x"}, {null_.Number(), ends[1], null_.Number()}), 130);
     ::close(ends[1]);
 }
 
 TEST_F(ConsoleProgram, LostOutputIsAFailureThatIsSaidOnce) {
     const FileDescriptor full(::open("/dev/full", O_WRONLY));
-    const FileDescriptor err(::open((folder_ / "err").c_str(), O_CREAT | O_RDWR, 0600));
-    const FileDescriptor null(::open("/dev/null", O_RDONLY));
-    EXPECT_EQ(Run({"say", "x"}, {null.Number(), full.Number(), err.Number()}), 2);
+    EXPECT_EQ(Run({"say", "x"}, {null_.Number(), full.Number(), err_.Number()}), 2);
     EXPECT_EQ(Err(),
               "Initializing Codecs...\nCannot write the output: the disk is full. Make room or "
               "choose another disk.\n");
 }
 
 TEST_F(ConsoleProgram, AClosedOutputIsNotTakenForAnotherDescriptor) {
-    const FileDescriptor err(::open((folder_ / "err").c_str(), O_CREAT | O_RDWR, 0600));
     const auto run = [&] {
         ::close(STDOUT_FILENO);
         return Run({"say", "what no other file may get"},
-                   {STDIN_FILENO, STDOUT_FILENO, err.Number()});
+                   {STDIN_FILENO, STDOUT_FILENO, err_.Number()});
     };
     EXPECT_EXIT(std::exit(run()), testing::ExitedWithCode(2), "");
     EXPECT_EQ(Err(),
@@ -211,9 +202,7 @@ TEST_F(ConsoleProgram, ALineMayHaveAMebibyte) {
     const std::string longest = "say " + std::string((1U << 20U) - 5, 'x') + "\n";
     std::ofstream(folder_ / "in") << longest << longest << "xx" << longest << "say x\n";
     const FileDescriptor in(::open((folder_ / "in").c_str(), O_RDONLY));
-    const FileDescriptor null(::open("/dev/null", O_RDWR));
-    const FileDescriptor err(::open((folder_ / "err").c_str(), O_CREAT | O_RDWR, 0600));
-    EXPECT_EQ(Run({"-"}, {in.Number(), null.Number(), err.Number()}), 2);
+    EXPECT_EQ(Run({"-"}, {in.Number(), null_.Number(), err_.Number()}), 2);
     EXPECT_EQ(commands_.size(), 2U);
     EXPECT_THAT(Err(), HasSubstr("The input has a line of more than a mebibyte"));
 }
@@ -222,7 +211,7 @@ TEST_F(ConsoleProgram, ALineMayHaveAMebibyte) {
 class TerminalProgram : public ConsoleProgram {
   protected:
     void SetUp() override {
-        winsize size{24, 40, 0, 0};
+        winsize size{24, 66, 0, 0};
         int master = -1;
         int slave = -1;
         ASSERT_EQ(::openpty(&master, &slave, nullptr, nullptr, &size), 0);
@@ -270,8 +259,10 @@ TEST_F(TerminalProgram, TheEndOfTheInputLeavesWithTheLastStatus) {
 TEST_F(TerminalProgram, ProgressIsOneLineCutToTheWidthAndClearedAtTheEnd) {
     EXPECT_EQ(RunThere({"encode", "x"}, ""), 0);
     EXPECT_THAT(screen_, HasSubstr("\r[########        ]  50%  Elapsed time: "));
-    // Width 40: 39 characters are drawn, then blanked out before the next line.
-    std::string cleared(41, ' ');
+    EXPECT_THAT(screen_, HasSubstr(" secs  Current bit rate:"));
+    EXPECT_THAT(screen_, Not(HasSubstr("350")));
+    // Width 66: 65 characters are drawn, then blanked out before the next line.
+    std::string cleared(67, ' ');
     cleared.front() = cleared.back() = '\r';
     EXPECT_THAT(screen_, HasSubstr(cleared + "unloaded"));
 }

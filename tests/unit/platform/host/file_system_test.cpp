@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "platform/host/posix_file_system.h"
 #include "support/commands.h"
@@ -25,8 +24,7 @@ class PosixFiles : public testing::Test {
         std::ofstream(folder_ / name, std::ios::binary) << bytes;
     }
     std::string Get(const std::string& name) const {
-        std::ifstream file(folder_ / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+        return test_support::FileText(folder_ / name);
     }
     PosixFileSystem With(const std::string& encoding) const {
         return {PathNames(folder_.path().string()), LocaleText(encoding)};
@@ -122,16 +120,6 @@ TEST_F(PosixFiles, LinesEndEitherWayAndTheLastNeedsNone) {
     EXPECT_EQ(ErrorNumber([&] { empty->ReadLine(); }, {"empty.weu"}), platform::kInvalidData);
     const auto endless = files.OpenTextFile("/dev/zero", OpenMode::Reading, false);
     EXPECT_EQ(ErrorNumber([&] { endless->ReadLine(); }, {"/dev/zero"}), platform::kInvalidData);
-}
-
-TEST_F(PosixFiles, WritingReplacesTheContent) {
-    PosixFileSystem files = With("UTF-8");
-    Put("a.weu", "a much longer old content");
-    const auto text = files.OpenTextFile("C:a.weu", OpenMode::Writing, true);
-    text->Write("-input ");
-    text->Write("a.avi ");
-    text->Close();
-    EXPECT_EQ(Get("a.weu"), "-input a.avi ");
 }
 
 struct EncodingCase {

@@ -33,10 +33,7 @@ TEST(Shell, ArgumentsReachTheProgramUntouched) {
     std::filesystem::permissions(script, std::filesystem::perms::owner_all);
     PosixShell shell(PathNames(folder.path().string()));
     shell.Run("\"C:\\say it\" \"a b\" $HOME * ;", WindowStyle::Normal, true);
-    std::ifstream result(script + ".out");
-    std::string line;
-    std::getline(result, line);
-    EXPECT_EQ(line, "<a b><$HOME><*><;>");
+    EXPECT_EQ(test_support::FileText(script + ".out"), "<a b><$HOME><*><;>");
 }
 
 TEST(Shell, WhatCannotBeStartedIsNamed) {
@@ -63,8 +60,8 @@ class MediaInfoOfFiles : public testing::Test {
 };
 
 TEST_F(MediaInfoOfFiles, RateAndDescriptionOfAClip) {
-    test_support::Ffmpeg({"-f", "lavfi", "-i", "testsrc=s=64x48:r=12.5", "-f", "lavfi", "-i",
-                          "sine=r=22050", "-t", "1", folder_ / "a clip.avi"});
+    test_support::Ffmpeg("-f lavfi -i testsrc=s=64x48:r=12.5 -f lavfi -i sine=r=22050 -t 1",
+                         folder_ / "a clip.avi");
     MediaInfoReader info = About("a clip.avi");
     EXPECT_DOUBLE_EQ(info.FrameRate(), 12.5);
     const std::string text = info.Description();
@@ -74,7 +71,7 @@ TEST_F(MediaInfoOfFiles, RateAndDescriptionOfAClip) {
 }
 
 TEST_F(MediaInfoOfFiles, WithoutPictureTheRateIsZero) {
-    test_support::Ffmpeg({"-f", "lavfi", "-i", "sine", "-t", "1", folder_ / "tone.wav"});
+    test_support::Ffmpeg("-f lavfi -i sine -t 1", folder_ / "tone.wav");
     EXPECT_EQ(About("tone.wav").FrameRate(), 0);
     EXPECT_THAT(About("tone.wav").Description(), HasSubstr("PCM"));
 }

@@ -15,17 +15,17 @@
 #include "engine/outputs/asf/part_name.h"
 #include "engine/outputs/asf/repair.h"
 #include "support/asf_reader.h"
-#include "support/commands.h"
 #include "support/error_of.h"
 #include "support/file_size_limit.h"
 
 namespace engine::asf {
 namespace {
 
+namespace fs = std::filesystem;
 using test_support::ErrorNumber;
 
 TEST(AsfFile, FinishedHeaderHoldsWhatWasWritten) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const std::string path = scratch.Path("a.wmv");
     clips::Clip clip = clips::MadeUp(7000);
     AsfFile sink(path);
@@ -50,12 +50,12 @@ TEST(AsfFile, FinishedHeaderHoldsWhatWasWritten) {
             std::max(largest[frame.stream], static_cast<std::uint32_t>(frame.bytes.size()));
     EXPECT_EQ(h.extended_streams[0].largest_object, largest[0]);
     EXPECT_EQ(h.extended_streams[1].largest_object, largest[1]);
-    EXPECT_EQ(sink.Result().bytes, std::filesystem::file_size(path));
+    EXPECT_EQ(sink.Result().bytes, fs::file_size(path));
     EXPECT_EQ(sink.Result().duration, end);
 }
 
 TEST(AsfFile, RateThatNobodyStatedIsMeasured) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     clips::Clip clip = clips::MadeUp(4000);
     clip.header.streams[0].average_rate_bps = 0;
     clips::WriteFile(scratch.Path("a.wmv"), clip, 1400);
@@ -77,7 +77,7 @@ TEST(AsfFile, AudioOrVideoAlone) {
                 frame.stream = 0;
                 clip.frames.push_back(frame);
             }
-        const clips::Scratch scratch;
+        const clips::Folder scratch;
         clips::WriteFile(scratch.Path("a.wma"), clip, 1400);
         const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wma"));
         EXPECT_EQ(file.objects.size(), clip.frames.size());
@@ -87,7 +87,7 @@ TEST(AsfFile, AudioOrVideoAlone) {
 }
 
 TEST(AsfFile, NothingWrittenIsStillAFile) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     clips::WriteFile(scratch.Path("a.wmv"), {clips::MadeUp(0).header, {}}, 1400);
     const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wmv"));
     EXPECT_TRUE(file.packets.empty());
@@ -109,7 +109,7 @@ TEST(AsfFile, LessThanASecondIsEverOnTheWay) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.why);
-        const clips::Scratch scratch;
+        const clips::Folder scratch;
         clips::Clip clip = clips::MadeUp(6000);
         clip.header.min_packet_bytes = clip.header.max_packet_bytes = row.packet_bytes;
         AsfFile sink(scratch.Path("a.wmv"));
@@ -123,13 +123,13 @@ TEST(AsfFile, LessThanASecondIsEverOnTheWay) {
             const std::int64_t kept =
                 file.objects.empty() ? 0 : file.objects.back().presentation_ms - 5000 + 40;
             EXPECT_GT(kept + 1000, frame.dts.Milliseconds());
-            EXPECT_EQ(sink.Result().bytes, std::filesystem::file_size(scratch.Path("a.wmv.part")));
+            EXPECT_EQ(sink.Result().bytes, fs::file_size(scratch.Path("a.wmv.part")));
         }
     }
 }
 
 TEST(AsfFile, CutAnywhereItReadsToItsEnd) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     clips::Clip clip = clips::MadeUp(3000);
     clip.header.min_packet_bytes = clip.header.max_packet_bytes = 1400;
     {  // destroyed before Finish
@@ -158,7 +158,7 @@ TEST(AsfFile, CutAnywhereItReadsToItsEnd) {
     const std::string path = scratch.Path("cut.wmv");
     for (const Cut& cut : cuts) {
         SCOPED_TRACE(cut.length);
-        std::filesystem::remove(path);
+        fs::remove(path);
         FILE* out = std::fopen(path.c_str(), "wb");
         std::fwrite(cut.bytes.data(), 1, cut.length, out);
         std::fclose(out);
@@ -175,7 +175,7 @@ TEST(AsfFile, CutAnywhereItReadsToItsEnd) {
 }
 
 TEST(AsfFile, NamesTheFileThatCannotBeMade) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     clips::WriteFile(scratch.Path("file"), clips::MadeUp(0), 1400);
     struct Row {
         const char* why;
@@ -201,13 +201,13 @@ TEST(AsfFile, NamesTheFileThatCannotBeMade) {
     clip.header.max_packet_bytes = 1000;
     AsfFile sink(scratch.Path("refused.wmv"));
     EXPECT_EQ(ErrorNumber([&] { sink.Begin(clip.header); }, {"2000"}), platform::kInvalidArgument);
-    EXPECT_FALSE(std::filesystem::exists(scratch.Path("refused.wmv")));
+    EXPECT_FALSE(fs::exists(scratch.Path("refused.wmv")));
 }
 
 TEST(AsfFile, FullDiskLeavesAWholePartAndWhatWasThere) {
     clips::Clip clip = clips::MadeUp(20'000);
     clip.header.min_packet_bytes = clip.header.max_packet_bytes = 1400;
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const std::string path = scratch.Path("a.wmv");
     clips::WriteFile(path, clip, 1400);
     const asf_reader::File whole = asf_reader::ReadFile(path);
@@ -247,7 +247,7 @@ TEST(AsfFile, FullDiskLeavesAWholePartAndWhatWasThere) {
         EXPECT_EQ(ErrorNumber([&] { sink.Finish(); }, {path}), row.finish);
         EXPECT_TRUE(asf_reader::FileBytes(path) == before) << "the older file is touched";
         const std::string part = path + ".part";
-        EXPECT_EQ(std::filesystem::exists(part), row.packets > 0);
+        EXPECT_EQ(fs::exists(part), row.packets > 0);
         if (row.packets == 0) {
             EXPECT_EQ(sink.RemainsText(), "");
             continue;
@@ -258,7 +258,7 @@ TEST(AsfFile, FullDiskLeavesAWholePartAndWhatWasThere) {
         EXPECT_EQ(file.header.flags, 2U);
         EXPECT_EQ(file.packets.size(), row.packets);
         EXPECT_EQ(file.indexes.size(), row.indexes);
-        EXPECT_EQ(sink.Result().bytes, std::filesystem::file_size(part));
+        EXPECT_EQ(sink.Result().bytes, fs::file_size(part));
         const std::uint64_t last =
             file.objects.empty() ? 5000 : file.objects.back().presentation_ms;
         EXPECT_GE(file.header.play_duration, last * 10'000) << "the end of what is there";
@@ -267,8 +267,7 @@ TEST(AsfFile, FullDiskLeavesAWholePartAndWhatWasThere) {
 }
 
 TEST(PartFile, TakesItsNameOnlyWhenItIsWhole) {
-    namespace fs = std::filesystem;
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const std::string path = scratch.Path("a.wmv");
     const std::string part = path + ".part";
     const clips::Clip clip = clips::MadeUp(2000);
@@ -303,8 +302,7 @@ TEST(PartFile, TakesItsNameOnlyWhenItIsWhole) {
 }
 
 TEST(PartFile, ALinkLeadsToTheFileThatIsWritten) {
-    namespace fs = std::filesystem;
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const clips::Clip clip = clips::MadeUp(1000);
     fs::create_directory(scratch.Path("folder"));
     fs::create_symlink("folder/a.wmv", scratch.Path("link.wmv"));
@@ -326,8 +324,7 @@ TEST(PartFile, ALinkLeadsToTheFileThatIsWritten) {
 }
 
 TEST(PartFile, WhatIsNoPartIsLeftAlone) {
-    namespace fs = std::filesystem;
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const std::string path = scratch.Path("a.wmv");
     const std::string part = path + ".part";
     const std::string other = scratch.Path("other");
@@ -374,11 +371,11 @@ TEST(PartFile, WhatIsNoPartIsLeftAlone) {
 }
 
 TEST(PartFile, NothingForeignGetsTheName) {
-    namespace fs = std::filesystem;
     const clips::Clip clip = clips::MadeUp(4000);
     struct Row {
         const char* why;
         std::function<void(const std::string& folder)> exchange;
+        std::uint32_t number = platform::kFileNotFound;
     };
     const Row rows[] = {
         {"the part is removed", [](const std::string& f) { fs::remove(f + "/a.wmv.part"); }},
@@ -393,33 +390,34 @@ TEST(PartFile, NothingForeignGetsTheName) {
              fs::create_directory(f);
              std::ofstream(f + "/a.wmv.part") << "foreign";
          }},
+        {"the folder is gone", [](const std::string& f) { fs::remove_all(f); },
+         platform::kPathNotFound},
     };
     for (const Row& row : rows) {
         for (const bool at_the_end : {false, true}) {
             SCOPED_TRACE(std::string(row.why) + (at_the_end ? " at the end" : ""));
-            const clips::Scratch scratch;
+            const clips::Folder scratch;
             const std::string folder = scratch.Path("folder");
+            const std::string path = folder + "/a.wmv";
             fs::create_directory(folder);
-            AsfFile sink(folder + "/a.wmv");
+            AsfFile sink(path);
             sink.Begin(clip.header);
             std::uint32_t failed = 0;
             for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i) {
                 if (i == (at_the_end ? clip.frames.size() - 1 : 50)) row.exchange(folder);
-                failed =
-                    ErrorNumber([&] { sink.Write(clips::Coded(clip.frames[i])); }, {"a.wmv.part"});
+                failed = ErrorNumber([&] { sink.Write(clips::Coded(clip.frames[i])); }, {path});
             }
-            const std::uint32_t finished = ErrorNumber([&] { sink.Finish(); }, {"a.wmv.part"});
-            EXPECT_EQ(failed != 0 ? failed : finished, platform::kFileNotFound);
-            EXPECT_FALSE(fs::exists(folder + "/a.wmv"));
+            const std::uint32_t finished = ErrorNumber([&] { sink.Finish(); }, {path});
+            EXPECT_EQ(failed != 0 ? failed : finished, row.number);
+            EXPECT_FALSE(fs::exists(path));
             EXPECT_EQ(sink.RemainsText(), "");
         }
     }
 }
 
 TEST(PartFile, NamesOfEveryLength) {
-    namespace fs = std::filesystem;
     const clips::Clip clip = clips::MadeUp(1000);
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     for (std::size_t length = 245; length <= 256; ++length) {
         SCOPED_TRACE(length);
         std::string name;
@@ -447,27 +445,6 @@ TEST(PartFile, NamesOfEveryLength) {
         EXPECT_FALSE(fs::exists(PartName(path)));
     }
     EXPECT_NE(PartName(std::string(250, 'a') + "b"), PartName(std::string(250, 'a') + "c"));
-}
-
-TEST(PartFile, AFolderThatGoesAwayIsSaid) {
-    const clips::Clip clip = clips::MadeUp(4000);
-    for (const bool at_the_end : {false, true}) {
-        SCOPED_TRACE(at_the_end);
-        const clips::Scratch scratch;
-        std::filesystem::create_directory(scratch.Path("gone"));
-        const std::string path = scratch.Path("gone/a.wmv");
-        AsfFile sink(path);
-        sink.Begin(clip.header);
-        std::uint32_t failed = 0;
-        for (std::size_t i = 0; i < clip.frames.size() && failed == 0; ++i) {
-            if (i == (at_the_end ? clip.frames.size() - 1 : 50))
-                std::filesystem::remove_all(scratch.Path("gone"));
-            failed = ErrorNumber([&] { sink.Write(clips::Coded(clip.frames[i])); }, {path});
-        }
-        const std::uint32_t finished = ErrorNumber([&] { sink.Finish(); }, {path});
-        EXPECT_EQ(failed != 0 ? failed : finished, platform::kPathNotFound);
-        EXPECT_EQ(sink.RemainsText(), "");
-    }
 }
 
 }  // namespace

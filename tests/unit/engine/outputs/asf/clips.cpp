@@ -3,19 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
-#include <memory>
 #include <random>
 
+#include "engine/base/av/av_ptr.h"
 #include "engine/outputs/asf/asf_file.h"
-
-extern "C" {
-#include <libavformat/avformat.h>
-}
 
 namespace clips {
 
+using engine::AvPtr;
 using engine::Ticks;
 
 Clip MadeUp(int milliseconds) {
@@ -69,38 +64,7 @@ Clip MadeUp(int milliseconds) {
     return clip;
 }
 
-std::string Ffmpeg(const std::string& arguments) {
-    const std::string command = "ffmpeg -v error -nostdin -y " + arguments;
-    FILE* pipe = popen(command.c_str(), "r");
-    EXPECT_NE(pipe, nullptr);
-    std::string output;
-    std::array<char, 4096> buffer{};
-    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), pipe))
-        output.append(buffer.data(), count);
-    EXPECT_EQ(pclose(pipe), 0) << command;
-    return output;
-}
-
 namespace {
-
-struct CloseInput {
-    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
-};
-using Input = std::unique_ptr<AVFormatContext, CloseInput>;
-
-Input Open(const std::string& path) {
-    AVFormatContext* context = nullptr;
-    if (avformat_open_input(&context, path.c_str(), nullptr, nullptr) < 0) return nullptr;
-    Input input(context);
-    if (avformat_find_stream_info(context, nullptr) < 0) return nullptr;
-    return input;
-}
-
-struct FreePacket {
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-};
-
-constexpr AVRational kTicks = {1, 10'000'000};
 
 engine::StreamHeader HeaderOf(const AVStream& stream) {
     const AVCodecParameters& from = *stream.codecpar;
@@ -134,8 +98,11 @@ engine::StreamHeader HeaderOf(const AVStream& stream) {
 
 Clip Demux(const std::string& path) {
     Clip clip;
-    const Input input = Open(path);
-    if (!input) throw std::runtime_error("cannot read " + path);
+    AVFormatContext* context = nullptr;
+    if (avformat_open_input(&context, path.c_str(), nullptr, nullptr) < 0)
+        throw std::runtime_error("cannot read " + path);
+    const AvPtr<AVFormatContext> input(context);
+    avformat_find_stream_info(context, nullptr);
     std::vector<int> ours(input->nb_streams, -1);
     for (const AVMediaType kind : {AVMEDIA_TYPE_AUDIO, AVMEDIA_TYPE_VIDEO})
         for (unsigned i = 0; i < input->nb_streams; ++i)
@@ -143,13 +110,13 @@ Clip Demux(const std::string& path) {
                 ours[i] = static_cast<int>(clip.header.streams.size());
                 clip.header.streams.push_back(HeaderOf(*input->streams[i]));
             }
-    const std::unique_ptr<AVPacket, FreePacket> packet(av_packet_alloc());
+    const AvPtr<AVPacket> packet(av_packet_alloc());
     std::int64_t first = INT64_MAX;
     while (av_read_frame(input.get(), packet.get()) >= 0) {
         const auto index = static_cast<std::size_t>(packet->stream_index);
         const AVRational base = input->streams[index]->time_base;
         const auto ticks = [&](std::int64_t time) {
-            return Ticks{av_rescale_q(time, base, kTicks)};
+            return Ticks{av_rescale_q(time, base, engine::kTicksBase)};
         };
         const std::int64_t dts = packet->dts != AV_NOPTS_VALUE ? packet->dts : packet->pts;
         const std::int64_t pts = packet->pts != AV_NOPTS_VALUE ? packet->pts : dts;
@@ -196,13 +163,13 @@ std::vector<ReadBack> ReadWithLibavformat(const std::string& path, std::int64_t 
     av_log_set_level(AV_LOG_QUIET);
     AVFormatContext* context = nullptr;
     if (avformat_open_input(&context, path.c_str(), nullptr, nullptr) < 0) return frames;
-    const Input input(context);
+    const AvPtr<AVFormatContext> input(context);
     if (seek_ms >= 0) {
         const int video = av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
         const std::int64_t start = std::max<std::int64_t>(context->streams[video]->start_time, 0);
         if (av_seek_frame(context, video, start + seek_ms, AVSEEK_FLAG_BACKWARD) < 0) return frames;
     }
-    const std::unique_ptr<AVPacket, FreePacket> packet(av_packet_alloc());
+    const AvPtr<AVPacket> packet(av_packet_alloc());
     while (frames.size() < limit && av_read_frame(context, packet.get()) >= 0) {
         const AVStream& stream = *context->streams[packet->stream_index];
         frames.push_back({packet->stream_index,

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "engine/base/output_sink.h"
-#include "support/commands.h"
+#include "support/clips.h"
 
 namespace clips {
 
@@ -22,17 +22,9 @@ struct Clip {
     std::vector<Frame> frames;  // in order of dts
 };
 
-/// A folder of this test's own, gone at the end.
-struct Scratch : test_support::TempFolder {
-    std::string Path(const std::string& name) const { return *this / name; }
-};
-
 /// Sound (64 kbit/s) and frames (300 kbit/s, 25 a second, a key frame every 2 s) of patterned
 /// bytes that no decoder would take.
 Clip MadeUp(int milliseconds);
-
-/// Runs the ffmpeg command with these arguments and gives its output; a failure is a test failure.
-std::string Ffmpeg(const std::string& arguments);
 
 /// The frames and headers of a file, as libavformat reads them; times from 0.
 Clip Demux(const std::string& path);

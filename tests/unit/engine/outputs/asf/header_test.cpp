@@ -112,12 +112,9 @@ TEST(Header, StreamsAsTheyAre) {
     EXPECT_EQ(audio.number, 1);
     EXPECT_EQ(audio.error_correction, "BFC3CD50-618F-11CF-8BB2-00AA00B4E220");
     EXPECT_THAT(audio.error_correction_data, ElementsAre(1, 0xCF, 5, 0xCF, 5, 1, 0, 0));
-    EXPECT_EQ(audio.format_tag, 0x161U);
-    EXPECT_EQ(audio.channels, 2U);
-    EXPECT_EQ(audio.sampling_rate, 44100U);
-    EXPECT_EQ(audio.average_bytes, 8005U);
-    EXPECT_EQ(audio.block_align, 1487U);
-    EXPECT_EQ(audio.bits_per_sample, 16U);
+    EXPECT_THAT((std::vector{audio.format_tag, audio.channels, audio.sampling_rate,
+                             audio.average_bytes, audio.block_align, audio.bits_per_sample}),
+                ElementsAre(0x161, 2, 44100, 8005, 1487, 16));
     EXPECT_THAT(audio.extra_data, ElementsAre(0, 0, 0, 0, 0x1F, 0, 0, 0, 0, 0));
     const asf_reader::StreamProperties& video = h.streams[1];
     EXPECT_FALSE(video.audio);

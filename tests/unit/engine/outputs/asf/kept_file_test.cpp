@@ -13,13 +13,9 @@ namespace engine::asf {
 namespace {
 
 namespace fs = std::filesystem;
+using test_support::FileText;
 
 void WriteText(const std::string& path) { std::ofstream(path) << "recorded before"; }
-
-std::string TextOf(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 struct Case {
     const char* why;
@@ -42,7 +38,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, KeptFiles, testing::ValuesIn(kCases), test_suppor
 
 TEST_P(KeptFiles, GetAFreeNameWhenARecordingTakesTheirs) {
     const Case& row = GetParam();
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const std::string path = scratch.Path(row.name);
     for (const std::string& name : row.there) WriteText(scratch.Path(name));
     AsfFile sink(path, true);
@@ -54,7 +50,8 @@ TEST_P(KeptFiles, GetAFreeNameWhenARecordingTakesTheirs) {
     for (const auto& entry : fs::directory_iterator(fs::path(path).parent_path()))
         if (entry.path() != path) others.push_back(entry.path().filename());
     ASSERT_EQ(others.size(), row.there.size() + (row.kept.empty() ? 0 : 1));
-    for (const std::string& name : others) EXPECT_EQ(TextOf(scratch.Path(name)), "recorded before");
+    for (const std::string& name : others)
+        EXPECT_EQ(FileText(scratch.Path(name)), "recorded before");
     if (row.kept.empty()) {
         EXPECT_EQ(sink.NoticeText(), "");
         return;
@@ -65,13 +62,13 @@ TEST_P(KeptFiles, GetAFreeNameWhenARecordingTakesTheirs) {
 }
 
 TEST(KeptFile, KeepsItsNameWhenTheRecordingFails) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const std::string path = scratch.Path("a.wmv");
     WriteText(path);
     AsfFile sink(path, true);
     clips::WriteAll(sink, clips::MadeUp(1000));
     sink.Abandon();
-    EXPECT_EQ(TextOf(path), "recorded before");
+    EXPECT_EQ(FileText(path), "recorded before");
     EXPECT_EQ(sink.NoticeText(), "");
 }
 

@@ -17,7 +17,7 @@ class Sizes : public testing::TestWithParam<std::uint32_t> {};
 
 TEST_P(Sizes, HoldEveryFrameInOrder) {
     const clips::Clip clip = clips::MadeUp(7000);
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     clips::WriteFile(scratch.Path("a.wmv"), clip, GetParam());
     const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wmv"));
     EXPECT_EQ(file.header.packet_bytes, GetParam());
@@ -49,7 +49,7 @@ TEST_P(Sizes, HoldEveryFrameInOrder) {
 
 TEST_P(Sizes, IndexLeadsToTheKeyFrameBefore) {
     const clips::Clip clip = clips::MadeUp(7040);
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     clips::WriteFile(scratch.Path("a.wmv"), clip, GetParam());
     const asf_reader::File file = asf_reader::ReadFile(scratch.Path("a.wmv"));
     ASSERT_EQ(file.indexes.size(), 1U) << "the sound needs none";
@@ -177,7 +177,7 @@ TEST(Packets, EndBeforeTheirTimesWouldBeginAnew) {
 
 TEST(Packets, NeedNoHeapWhileTheyFlow) {
     const clips::Clip clip = clips::MadeUp(10'000);
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     AsfFile file(scratch.Path("a.wmv"));
     file.Begin(clip.header);
     const std::size_t before = Allocations();

@@ -16,7 +16,10 @@ constexpr const char* kAudio = "-f lavfi -i sine=440:r=44100:d=6";
 
 /// The decoded frames of one kind ("v" or "a") as the ffmpeg command sees them.
 std::string DecodedMd5(const std::string& path, const char* kind) {
-    return clips::Ffmpeg(fmt::format("-i {} -map 0:{} -fps_mode passthrough -f md5 -", path, kind));
+    const std::string md5 = clips::OutputOf(fmt::format(
+        "ffmpeg -v error -nostdin -i {} -map 0:{} -fps_mode passthrough -f md5 -", path, kind));
+    EXPECT_TRUE(md5.starts_with("MD5=")) << md5;
+    return md5;
 }
 
 std::vector<clips::Frame> VideoFrames(const clips::Clip& clip) {
@@ -33,50 +36,46 @@ struct CodecRow {
     bool reordered;  // some frames are shown in another order than they are coded
 };
 
-class Codecs : public testing::TestWithParam<CodecRow> {};
+class Codecs : public testing::TestWithParam<CodecRow> {
+  protected:
+    const clips::Folder folder_;
+    const std::string source_ =
+        clips::Ffmpeg(fmt::format("{} {} {} -shortest", kVideo, kAudio, GetParam().arguments),
+                      folder_.Path(std::string("source.") + GetParam().extension));
+    const clips::Clip clip_ = clips::Demux(source_);
+    const std::string path_ = folder_.Path("written.wmv");
+};
 
 TEST_P(Codecs, DecodeAsTheSourceInPacketsOfAnySize) {
-    const clips::Scratch scratch;
-    const std::string source = scratch.Path(std::string("source.") + GetParam().extension);
-    clips::Ffmpeg(
-        fmt::format("{} {} {} -shortest {}", kVideo, kAudio, GetParam().arguments, source));
-    const std::string video = DecodedMd5(source, "v");
-    const std::string audio = DecodedMd5(source, "a");
-    const clips::Clip clip = clips::Demux(source);
-    ASSERT_GT(clip.frames.size(), 200U);
-    EXPECT_EQ(std::any_of(clip.frames.begin(), clip.frames.end(),
+    const std::string video = DecodedMd5(source_, "v");
+    const std::string audio = DecodedMd5(source_, "a");
+    ASSERT_GT(clip_.frames.size(), 200U);
+    EXPECT_EQ(std::any_of(clip_.frames.begin(), clip_.frames.end(),
                           [](const auto& f) { return f.pts != f.dts; }),
               GetParam().reordered);
-    const std::string path = scratch.Path("written.wmv");
     for (const std::uint32_t packet_bytes : {100U, 576U, 1400U, 3200U, 16000U, 64000U}) {
         SCOPED_TRACE(packet_bytes);
-        clips::WriteFile(path, clip, packet_bytes);
-        EXPECT_EQ(DecodedMd5(path, "v"), video);
-        EXPECT_EQ(DecodedMd5(path, "a"), audio);
-        const asf_reader::File file = asf_reader::ReadFile(path);
+        clips::WriteFile(path_, clip_, packet_bytes);
+        EXPECT_EQ(DecodedMd5(path_, "v"), video);
+        EXPECT_EQ(DecodedMd5(path_, "a"), audio);
+        const asf_reader::File file = asf_reader::ReadFile(path_);
         const auto preroll = static_cast<std::int64_t>(file.header.preroll_ms);
-        ASSERT_EQ(file.objects.size(), clip.frames.size());
-        for (std::size_t i = 0; i < clip.frames.size(); ++i)
+        ASSERT_EQ(file.objects.size(), clip_.frames.size());
+        for (std::size_t i = 0; i < clip_.frames.size(); ++i)
             EXPECT_EQ(file.objects[i].presentation_ms - preroll,
-                      (clip.frames[i].pts.count + 5000) / 10000);
+                      (clip_.frames[i].pts.count + 5000) / 10000);
     }
 }
 
 TEST_P(Codecs, SeekLandsOnTheKeyFrameBefore) {
-    const clips::Scratch scratch;
-    const std::string source = scratch.Path(std::string("source.") + GetParam().extension);
-    clips::Ffmpeg(
-        fmt::format("{} {} {} -shortest {}", kVideo, kAudio, GetParam().arguments, source));
-    const clips::Clip clip = clips::Demux(source);
-    const std::string path = scratch.Path("written.wmv");
-    clips::WriteFile(path, clip, 1400);
-    const std::vector<clips::Frame> frames = VideoFrames(clip);
+    clips::WriteFile(path_, clip_, 1400);
+    const std::vector<clips::Frame> frames = VideoFrames(clip_);
     for (int second = 0; second < 6; ++second) {
         SCOPED_TRACE(second);
         const clips::Frame* expected = &frames.front();
         for (const clips::Frame& frame : frames)
             if (frame.key && frame.pts.Milliseconds() <= second * 1000) expected = &frame;
-        std::vector<clips::ReadBack> read = clips::ReadWithLibavformat(path, second * 1000, 50);
+        std::vector<clips::ReadBack> read = clips::ReadWithLibavformat(path_, second * 1000, 50);
         const auto first =
             std::find_if(read.begin(), read.end(), [](const auto& f) { return f.stream == 1; });
         ASSERT_NE(first, read.end());
@@ -99,11 +98,11 @@ std::vector<std::int64_t> ShownAt(const std::string& path) {
 }
 
 TEST(Reordered, FramesAreShownAtTheirTimes) {
-    const clips::Scratch scratch;
-    const std::string source = scratch.Path("source.mkv");
+    const clips::Folder scratch;
     // Uneven times: every seventh frame is missing.
-    clips::Ffmpeg(fmt::format(
-        "{} -vf \"select='mod(n,7)'\" -fps_mode vfr -c:v mpeg4 -bf 2 -g 24 {}", kVideo, source));
+    const std::string source = clips::Ffmpeg(
+        fmt::format("{} -vf \"select='mod(n,7)'\" -fps_mode vfr -c:v mpeg4 -bf 2 -g 24", kVideo),
+        scratch.Path("source.mkv"));
     clips::Clip clip = clips::Demux(source);
     clip.header.streams.at(0).reordered = true;
     std::vector<std::int64_t> expected;

@@ -13,7 +13,6 @@
 #include "engine/outputs/asf/packet_reader.h"
 #include "engine/outputs/asf/repair.h"
 #include "support/asf_reader.h"
-#include "support/commands.h"
 #include "support/error_of.h"
 #include "support/file_size_limit.h"
 
@@ -47,7 +46,7 @@ struct Written {
     std::size_t data = 0;  // where the packets begin
 };
 
-Written Write(const clips::Scratch& scratch, int milliseconds) {
+Written Write(const clips::Folder& scratch, int milliseconds) {
     clips::Clip clip = clips::MadeUp(milliseconds);
     clip.header.min_packet_bytes = clip.header.max_packet_bytes = kPacketBytes;
     Written written;
@@ -100,7 +99,7 @@ void ExpectRepaired(const std::string& path, const Bytes& data_of_cut) {
 }
 
 TEST(Repair, ACutFileIsWholeUpToTheCut) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const Written written = Write(scratch, 6000);
     Bytes indexed = written.finished;  // the index is there, the header's numbers are not
     std::copy_n(written.recording.begin(), written.data, indexed.begin());
@@ -137,7 +136,7 @@ TEST(Repair, ACutFileIsWholeUpToTheCut) {
 }
 
 TEST(Repair, WhatItCannotSaveStaysAsItIs) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const Written written = Write(scratch, 1000);
     Bytes no_size = written.recording;  // the packets' sizes
     std::fill_n(no_size.begin() + 30 + 24 + 68, 4, std::uint8_t{0});
@@ -178,7 +177,7 @@ TEST(Repair, WhatItCannotSaveStaysAsItIs) {
 }
 
 TEST(Repair, OnlyAFileItselfIsRepaired) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const Written written = Write(scratch, 1000);
     const std::string file = scratch.Path("cut.wmv");
     const std::string link = scratch.Path("link.wmv.part");
@@ -193,7 +192,7 @@ TEST(Repair, OnlyAFileItselfIsRepaired) {
 }
 
 TEST(Repair, WhatHasTheNameOfTheCopyStays) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const Written written = Write(scratch, 1000);
     const std::string part = scratch.Path("x.wmv.part");
     const Bytes older(100, 'o');
@@ -210,7 +209,7 @@ TEST(Repair, WhatHasTheNameOfTheCopyStays) {
 }
 
 TEST(Repair, NamesOfEveryLength) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const Written written = Write(scratch, 1000);
     for (std::size_t length = 244; length <= 255; ++length) {
         const std::string path = scratch.Path(std::string(length - 4, 'n') + ".wmv");
@@ -221,7 +220,7 @@ TEST(Repair, NamesOfEveryLength) {
 }
 
 TEST(Repair, AWholeFileIsLeftAlone) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const Written written = Write(scratch, 3000);
     const std::string path = scratch.Path("f.wmv");
     const auto changed = fs::last_write_time(path);
@@ -237,7 +236,7 @@ TEST(Repair, AWholeFileIsLeftAlone) {
 }
 
 TEST(Repair, APartTakesItsNameWhenThatIsFree) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const Written written = Write(scratch, 2000);
     const std::string path = scratch.Path("a.wmv");
     const std::string part = path + ".part";
@@ -259,7 +258,7 @@ TEST(Repair, APartTakesItsNameWhenThatIsFree) {
 }
 
 TEST(Repair, DamagedPacketsAreLeftOutAndTheRestIsKept) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const Written written = Write(scratch, 6000);
     const std::size_t packets = (written.recording.size() - written.data) / kPacketBytes;
     Bytes holed = written.recording;  // what a crashed system leaves of blocks it never wrote
@@ -274,7 +273,7 @@ TEST(Repair, DamagedPacketsAreLeftOutAndTheRestIsKept) {
 }
 
 TEST(Repair, TimesThatLeapAreNoLength) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const Written written = Write(scratch, 6000);
     const asf_reader::File whole =
         asf_reader::Read({written.finished.begin(), written.finished.end()});
@@ -315,7 +314,7 @@ TEST(Repair, TimesThatLeapAreNoLength) {
 }
 
 TEST(Repair, ADamagedDescriptionOfAStreamIsRefused) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const Written written = Write(scratch, 1000);
     const Bytes audio_kind = {0x40, 0x9E, 0x69, 0xF8, 0x4D, 0x5B};
     const Bytes video_kind = {0xC0, 0xEF, 0x19, 0xBC, 0x4D, 0x5B};
@@ -354,14 +353,14 @@ TEST(Repair, ADamagedDescriptionOfAStreamIsRefused) {
 }
 
 TEST(Repair, FilesOfAnotherWriter) {
-    const clips::Scratch scratch;
+    const clips::Folder scratch;
     const std::string source =
         "-f lavfi -i testsrc2=s=176x144:r=25 -f lavfi -i sine=440:r=44100 -t 8 -c:v wmv2 -g 25 "
         "-c:a wmav2 ";
-    clips::Ffmpeg(source + scratch.Path("whole.wmv"));
-    clips::Ffmpeg(source + "-packet_size 576 " + scratch.Path("small.wmv"));
-    clips::Ffmpeg(source + "-f asf - > " + scratch.Path("piped.wmv"));
-    clips::Ffmpeg("-f lavfi -i sine=440:r=44100 -t 8 -c:a wmav2 " + scratch.Path("sound.wma"));
+    clips::Ffmpeg(source, scratch.Path("whole.wmv"));
+    clips::Ffmpeg(source + "-packet_size 576", scratch.Path("small.wmv"));
+    clips::Ffmpeg(source + "-f asf - >", scratch.Path("piped.wmv"));
+    clips::Ffmpeg("-f lavfi -i sine=440:r=44100 -t 8 -c:a wmav2", scratch.Path("sound.wma"));
     const Bytes whole = asf_reader::FileBytes(scratch.Path("whole.wmv"));
     EXPECT_THAT(Repair(scratch.Path("whole.wmv")), HasSubstr("Left as it is"));
     ExpectUntouched(scratch.Path("whole.wmv"), whole);
@@ -420,21 +419,15 @@ TEST(Repair, PacketsOfEveryForm) {
         // flags, properties, padding, send time, duration; stream, object, offset, replicated
         {"one payload to the padding, its object shorter", false, 0,
          {0x82, 0, 0, 0x08, 0x5D, 29, s, 0, 0, 0, 1, 0, 0x81, 7, 0, 0, 0, 0, 8, 3, 0, 0, 0, 5, 0, 0, 0}},
-        {"one payload, its object longer", true, 1,
-         {0x82, 0, 0, 0x08, 0x5D, 29, s, 0, 0, 0, 1, 0, 0x81, 7, 0, 0, 0, 0, 8, 99, 0, 0, 0, 5, 0, 0, 0}},
-        {"no error correction, an explicit length of 40", true, 1,
-         {0x20, 0x5D, 40, s, 0, 0, 0, 1, 0, 1, 7, 0, 0, 0, 0, 8, 99, 0, 0, 0, 5, 0, 0, 0}},
-        {"a length past the packet", false, 0,
-         {0x20, 0x5D, 65, s, 0, 0, 0, 1, 0, 1, 7, 0, 0, 0, 0, 8, 99, 0, 0, 0, 5, 0, 0, 0}},
-        {"three small objects in one payload", true, 3,
-         {0x08, 0x5D, 39, s, 0, 0, 0, 1, 0, 1, 7, 5, 0, 0, 0, 1, 20, 2, 1, 1, 2, 1, 1, 1, 1}},
-        {"a small object past its payload", false, 0,
-         {0x08, 0x5D, 39, s, 0, 0, 0, 1, 0, 1, 7, 5, 0, 0, 0, 1, 20, 9, 1, 1, 2, 1, 1, 1, 1}},
+        {"one payload, its object longer", true, 1, {0x82, 0, 0, 0x08, 0x5D, 29, s, 0, 0, 0, 1, 0, 0x81, 7, 0, 0, 0, 0, 8, 99, 0, 0, 0, 5, 0, 0, 0}},
+        {"no error correction, an explicit length of 40", true, 1, {0x20, 0x5D, 40, s, 0, 0, 0, 1, 0, 1, 7, 0, 0, 0, 0, 8, 99, 0, 0, 0, 5, 0, 0, 0}},
+        {"a length past the packet", false, 0, {0x20, 0x5D, 65, s, 0, 0, 0, 1, 0, 1, 7, 0, 0, 0, 0, 8, 99, 0, 0, 0, 5, 0, 0, 0}},
+        {"three small objects in one payload", true, 3, {0x08, 0x5D, 39, s, 0, 0, 0, 1, 0, 1, 7, 5, 0, 0, 0, 1, 20, 2, 1, 1, 2, 1, 1, 1, 1}},
+        {"a small object past its payload", false, 0, {0x08, 0x5D, 39, s, 0, 0, 0, 1, 0, 1, 7, 5, 0, 0, 0, 1, 20, 9, 1, 1, 2, 1, 1, 1, 1}},
         {"two payloads with lengths of a byte, a sequence number", true, 2,
          {0x0B, 0x5D, 3, 16, s, 0, 0, 0, 1, 0, 0x42, 1, 7, 0, 0, 0, 0, 0, 2, 1, 1, 1, 8, 0,
           0, 0, 0, 0, 19, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},
-        {"an unknown stream", false, 0,
-         {0x82, 0, 0, 0x08, 0x5D, 29, s, 0, 0, 0, 1, 0, 0x83, 7, 0, 0, 0, 0, 8, 99, 0, 0, 0, 5, 0, 0, 0}},
+        {"an unknown stream", false, 0, {0x82, 0, 0, 0x08, 0x5D, 29, s, 0, 0, 0, 1, 0, 0x83, 7, 0, 0, 0, 0, 8, 99, 0, 0, 0, 5, 0, 0, 0}},
         {"zeros", false, 0, {}},
     };
     // clang-format on

@@ -9,6 +9,7 @@
 #include <span>
 
 #include "engine/sources/audio/pulse_meter.h"
+#include "platform/text.h"
 #include "support/beep_player.h"
 #include "support/error_of.h"
 #include "support/pulse_server.h"
@@ -51,45 +52,23 @@ std::string NullSink(const std::string& arguments = "") {
 struct FormatCase {
     const char* why;
     const char* sink;
-    std::vector<std::string> player;  // pacat's words
     AVSampleFormat format;
     int sampling_rate;
     std::vector<int> order;  // which of the player's channels each channel of a frame is
     std::uint64_t mask;
 };
 
+// clang-format off
 const FormatCase kFormatCases[] = {
-    {"what most sound cards are",
-     "format=s16le rate=48000 channels=2",
-     {"--format=s16le", "--rate=48000", "--channels=2"},
-     AV_SAMPLE_FMT_S16,
-     48000,
-     {0, 1},
-     AV_CH_LAYOUT_STEREO},
-    {"finer samples, one channel",
-     "format=float32le rate=44100 channels=1",
-     {"--format=float32le", "--rate=44100", "--channels=1"},
-     AV_SAMPLE_FMT_FLT,
-     44100,
-     {0},
-     AV_CH_LAYOUT_MONO},
+    {"what most sound cards are", "format=s16le rate=48000 channels=2", AV_SAMPLE_FMT_S16, 48000, {0, 1}, AV_CH_LAYOUT_STEREO},
+    {"finer samples, one channel", "format=float32le rate=44100 channels=1", AV_SAMPLE_FMT_FLT, 44100, {0}, AV_CH_LAYOUT_MONO},
     {"the server orders six channels otherwise than FFmpeg",
-     "format=s16le rate=48000 channels=6 "
-     "channel_map=front-left,front-right,rear-left,rear-right,front-center,lfe",
-     {"--format=s16le", "--rate=48000", "--channels=6",
-      "--channel-map=front-left,front-right,rear-left,rear-right,front-center,lfe"},
-     AV_SAMPLE_FMT_S16,
-     48000,
-     {0, 1, 4, 5, 2, 3},
-     AV_CH_LAYOUT_5POINT1_BACK},
-    {"channels without a place",
-     "format=s16le rate=32000 channels=3 channel_map=aux0,aux1,aux2",
-     {"--format=s16le", "--rate=32000", "--channels=3", "--channel-map=aux0,aux1,aux2"},
-     AV_SAMPLE_FMT_S16,
-     32000,
-     {0, 1, 2},
-     AV_CH_LAYOUT_2POINT1},
+     "format=s16le rate=48000 channels=6 channel_map=front-left,front-right,rear-left,rear-right,front-center,lfe",
+     AV_SAMPLE_FMT_S16, 48000, {0, 1, 4, 5, 2, 3}, AV_CH_LAYOUT_5POINT1_BACK},
+    {"channels without a place", "format=s16le rate=32000 channels=3 channel_map=aux0,aux1,aux2",
+     AV_SAMPLE_FMT_S16, 32000, {0, 1, 2}, AV_CH_LAYOUT_2POINT1},
 };
+// clang-format on
 
 // Noise that is never 0, as 16-bit numbers.
 std::vector<std::int16_t> Noise(std::size_t count) {
@@ -147,7 +126,10 @@ TEST_F(PulseAudioSource, GivesEverySampleAsItWasPlayed) {
         const TempFolder player_folder;
         std::vector<std::string> words = {"pacat", "--raw", "--server=" + server_->Address(),
                                           "--device=n1"};
-        words.insert(words.end(), each.player.begin(), each.player.end());
+        for (std::string word : platform::Split(each.sink, ' ')) {
+            std::ranges::replace(word, '_', '-');
+            words.push_back("--" + word);
+        }
         words.push_back(file);
         const BackgroundCommand player(words, player_folder.path());
 

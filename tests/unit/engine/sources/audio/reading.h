@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "engine/base/av/live_source.h"
-#include "support/eventually.h"
+#include "support/commands.h"
 
 namespace test_support {
 

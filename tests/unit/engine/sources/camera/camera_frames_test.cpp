@@ -26,21 +26,12 @@ class CameraFrames : public testing::Test {
   protected:
     // The test pattern in a pixel format, rows without gaps; "mjpeg" as a JPEG file.
     Bytes Pattern(const std::string& pixels) const {
-        const std::string file = folder_ / pixels;
-        std::vector<std::string> words = {
-            "-f",
-            "lavfi",
-            "-i",
-            "testsrc2=size=62x34,scale=out_color_matrix=bt601,format=" +
-                (pixels == "mjpeg" ? "yuvj422p" : pixels),
-            "-frames:v",
-            "1"};
-        if (pixels == "mjpeg")
-            words.insert(words.end(), {"-q:v", "2", "-f", "image2"});
-        else
-            words.insert(words.end(), {"-f", "rawvideo"});
-        words.push_back(file);
-        test_support::Ffmpeg(words);
+        const bool jpeg = pixels == "mjpeg";
+        const std::string file = test_support::Ffmpeg(
+            "-f lavfi -i testsrc2=size=62x34,scale=out_color_matrix=bt601,format=" +
+                (jpeg ? "yuvj422p" : pixels) + " -frames:v 1 " +
+                (jpeg ? "-q:v 2 -f image2" : "-f rawvideo"),
+            folder_ / pixels);
         std::ifstream read(file, std::ios::binary);
         return {std::istreambuf_iterator<char>(read), {}};
     }

@@ -94,9 +94,7 @@ TEST(ScreenAreas, HaveTheSizeThatTheyHaveOnTheScreen) {
     // clang-format off
     const Refusal refusals[] = {
         {"region:21x30+300+210", "The region 21x30+300+210 of the screen is not inside it: the screen is 320x240"},
-        {"region:20x30+400+0",
-         "The region 20x30+400+0 of the screen is outside the screen, which "
-         "is 320x240"},
+        {"region:20x30+400+0", "The region 20x30+400+0 of the screen is outside the screen, which " "is 320x240"},
         {"monitor:2", "There is no monitor 2: there are 2, counted from 0"},
         {"window:notes", "No open window has the title \"notes\": minimised ones cannot be recorded"},
     };
