@@ -8,8 +8,10 @@
 
 #include "cli/option_table.h"
 #include "platform/codec_table.h"
+#include "platform/error.h"
 #include "platform/text.h"
 #include "profiles/predefined_profiles.h"
+#include "session/capture_devices.h"
 
 namespace app {
 
@@ -58,6 +60,17 @@ std::vector<CommandWord> CodecWords(const Table& codecs) {
     return words;
 }
 
+/// A device's number, and its name.
+std::vector<CommandWord> DeviceWords(platform::Factory& factory, platform::SourceType type) {
+    std::vector<CommandWord> words;
+    platform::ErrorTrap trap;  // -devices says what is wrong
+    trap([&] {
+        for (std::string& name : session::DeviceNames(*factory.MakeEncoder(), type))
+            words.push_back({std::to_string(words.size()), std::move(name)});
+    });
+    return words;
+}
+
 std::vector<CommandWord> ProfileWords() {
     std::vector<CommandWord> words;
     for (const profiles::ProfileSummary& profile : profiles::PredefinedProfiles()) {
@@ -78,11 +91,13 @@ std::vector<CommandWord> ProfileWords() {
 
 }  // namespace
 
-platform::FollowingWords WordsAfter(const std::string& option) {
+platform::FollowingWords WordsAfter(const std::string& option, platform::Factory& factory) {
     const std::string name = platform::LowerCase(option);
     if (name.empty()) return {OptionWords(), false};
     if (name == "-profile") return {ProfileWords(), false};
     if (name == "-a_codec") return {CodecWords(platform::kAudioCodecs), false};
+    if (name == "-adevice") return {DeviceWords(factory, platform::SourceType::Audio), false};
+    if (name == "-vdevice") return {DeviceWords(factory, platform::SourceType::Video), false};
     if (name == "-v_codec") return {CodecWords(platform::kVideoCodecs), false};
     return {{}, std::ranges::find(kPathOptions, name) != std::end(kPathOptions)};
 }

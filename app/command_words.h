@@ -8,12 +8,14 @@
 #include <vector>
 
 #include "cli/encode_settings.h"
+#include "platform/factory.h"
 #include "platform/form_events.h"
 
 namespace app {
 
-/// As platform::FormEvents has it.
-platform::FollowingWords WordsAfter(const std::string& option);
+/// As platform::FormEvents has it. Devices are those of an encoder that the factory makes, and none
+/// where it makes none.
+platform::FollowingWords WordsAfter(const std::string& option, platform::Factory& factory);
 
 /// "Did you mean -profile?" for the first word of a command that looks like an option and is none;
 /// "" where nothing comes close.

@@ -163,7 +163,7 @@ platform::RunProgress frmMain::Progress() const {
 }
 
 platform::FollowingWords frmMain::WordsAfter(const std::string& option) const {
-    return app::WordsAfter(option);
+    return app::WordsAfter(option, factory_);
 }
 
 platform::CommandReport frmMain::Report() const { return run_log_.Report(Status()); }

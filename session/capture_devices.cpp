@@ -28,34 +28,34 @@ bool Captures(const platform::WMEncSourcePluginInfo& plugin, SourceType type) {
 
 }  // namespace
 
+std::vector<std::string> DeviceNames(platform::WMEncoder& encoder, SourceType type) {
+    auto& plugins = encoder.SourcePluginInfoManager();
+    std::vector<std::string> names;
+    for (int i = 0; i < plugins.Count(); ++i) {
+        const auto plugin = plugins.Item(i);
+        if (!Captures(*plugin, type)) continue;
+        for (int j = 0; j < plugin->Count(); ++j) names.push_back(plugin->Item(j));
+    }
+    return names;
+}
+
 CaptureDevices::CaptureDevices(const platform::SessionState& state, platform::OutputPane& pane)
     : state_(state), pane_(pane) {}
 
 void CaptureDevices::ListDevices() {
-    auto& plugins = state_.g_objEncoder->SourcePluginInfoManager();
     for (const DeviceKind& kind : kKinds) {
         pane_.OutputInfo(kind.heading);
         int number = 0;
-        for (int i = 0; i < plugins.Count(); ++i) {
-            const auto plugin = plugins.Item(i);
-            if (!Captures(*plugin, kind.type)) continue;
-            for (int j = 0; j < plugin->Count(); ++j)
-                pane_.OutputInfo(fmt::format("\t{} : {}", number++, plugin->Item(j)));
-        }
+        for (const std::string& name : DeviceNames(*state_.g_objEncoder, kind.type))
+            pane_.OutputInfo(fmt::format("\t{} : {}", number++, name));
     }
 }
 
 std::string CaptureDevices::GetDeviceNameFromIndex(SourceType type, std::int32_t number) const {
     if (number < 0) return {};
-    auto& plugins = state_.g_objEncoder->SourcePluginInfoManager();
-    std::int32_t rest = number;
-    for (int i = 0; i < plugins.Count(); ++i) {
-        const auto plugin = plugins.Item(i);
-        if (!Captures(*plugin, type)) continue;
-        if (rest < plugin->Count()) return plugin->Item(rest);
-        rest -= plugin->Count();
-    }
-    return {};
+    const std::vector<std::string> names = DeviceNames(*state_.g_objEncoder, type);
+    const auto index = static_cast<std::size_t>(number);
+    return index < names.size() ? names[index] : std::string();
 }
 
 }  // namespace session
