@@ -1,17 +1,17 @@
 #include "platform/host/qt_window.h"
 
-#include <QAccessibleWidget>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QScreen>
 #include <QStatusTipEvent>
 #include <algorithm>
 #include <cstdio>
 #include <utility>
 
 #include "platform/host/qt_recorded_size.h"
+#include "platform/host/qt_spoken_window.h"
+#include "platform/host/qt_window_place.h"
 
 namespace platform::host {
 
@@ -19,9 +19,7 @@ namespace {
 
 constexpr QSize kSmallest(560, 360);
 constexpr QSize kUsual(900, 640);
-constexpr QSize kFrame(8, 40);          // what a desktop puts around a window, at most
 constexpr int kIdleCheckInterval = 50;  // milliseconds
-constexpr const char* kGeometryKey = "geometry";
 
 QMessageBox::Icon BoxIcon(MessageIcon icon) {
     switch (icon) {
@@ -35,16 +33,6 @@ QMessageBox::Icon BoxIcon(MessageIcon icon) {
             return QMessageBox::Information;
     }
     return QMessageBox::NoIcon;
-}
-
-/// The toolkit takes a plain widget for a mere filling, also where it is a program's window.
-struct InterfaceOfWindow : QAccessibleWidget {
-    explicit InterfaceOfWindow(QWidget* window) : QAccessibleWidget(window, QAccessible::Window) {}
-};
-
-QAccessibleInterface* FindInterface(const QString& /*class_name*/, QObject* object) {
-    auto* const window = dynamic_cast<QtWindow*>(object);
-    return window == nullptr ? nullptr : std::make_unique<InterfaceOfWindow>(window).release();
 }
 
 }  // namespace
@@ -102,7 +90,7 @@ QtWindow::QtWindow(std::string arguments)
       expected_rate_label_(expected_rate_, tr("Expected bit rate"), false),
       current_rate_label_(current_rate_, tr("Current bit rate"), false) {
     NameAndExplain();
-    QAccessible::installFactory(FindInterface);
+    SpeakOfAsWindow<QtWindow>();
 
     command_caption_.setText(tr("&Command:"));
     command_caption_.setBuddy(&command_);
@@ -129,8 +117,7 @@ QtWindow::QtWindow(std::string arguments)
     ShowPhase();
 
     LayOut();
-    restoreGeometry(settings_.value(QLatin1String(kGeometryKey)).toByteArray());
-    FitTheScreen();
+    RestorePlace(*this, settings_);
     command_.OnMoreCommands([this](const QStringList& commands) { queue_.Add(commands); });
     setTabOrder(&command_, &go_);
     setTabOrder(&go_, &stop_);
@@ -223,10 +210,6 @@ void QtWindow::dropEvent(QDropEvent* event) {
     event->acceptProposedAction();
 }
 
-void QtWindow::KeepWindowSettings() {
-    settings_.setValue(QLatin1String(kGeometryKey), saveGeometry());
-}
-
 void QtWindow::LayOut() {
     command_row_.addWidget(&command_caption_);
     command_row_.addWidget(&command_, 1);
@@ -271,12 +254,6 @@ void QtWindow::LayOut() {
     setLayout(&rows_);
     setMinimumSize(kSmallest.expandedTo(rows_.minimumSize()));
     resize(kUsual.expandedTo(minimumSize()));
-}
-
-void QtWindow::FitTheScreen() {
-    const QSize room = screen()->availableSize() - kFrame;
-    setMinimumSize(minimumSize().boundedTo(room));
-    if (!isMaximized()) resize(size().boundedTo(room));
 }
 
 void QtWindow::SetForm(FormEvents& form) {
@@ -368,7 +345,7 @@ void QtWindow::closeEvent(QCloseEvent* event) {
         return;
     }
     unloaded_ = true;
-    KeepWindowSettings();
+    KeepPlace(*this, settings_);
     form_->Form_Unload();
     event->accept();
     // The toolkit ends with the last window that can be seen.

@@ -111,9 +111,7 @@ class QtWindow : public QWidget, public FormWindow {
     void ShowPhase();
     void NameAndExplain();
     void LayOut();
-    void KeepWindowSettings();
     void ClearFigures();
-    void FitTheScreen();
     void Stop();
     void Tick();
     void ShowRecordedSize(const RunProgress& progress);

@@ -217,7 +217,9 @@ TEST_F(Commands, WordsThatCanFollowAreOffered) {
     Press(list, Qt::Key_Return);
     EXPECT_EQ(box.text(), "-profile") << "no blank behind it, which would be a word";
     EXPECT_THAT(form_.calls, IsEmpty());
-    type(" av3");
+    type(" ");
+    EXPECT_EQ(list.model()->rowCount(), 2) << "all that can follow";
+    type("av3");
     ASSERT_TRUE(list.isVisible());
     EXPECT_EQ(list.model()->rowCount(), 1);
     Press(list, Qt::Key_Return);
@@ -273,6 +275,26 @@ TEST_F(Commands, TheWindowOpensWithinTheScreen) {
     const QSize room = window().screen()->availableSize();
     EXPECT_LE(window().frameSize().width(), room.width());
     EXPECT_LE(window().frameSize().height(), room.height());
+}
+
+TEST_F(Commands, TheWindowComesBackWhereItWasButWithinTheScreen) {
+    const QRect room = window().screen()->availableGeometry();
+    struct Case {
+        const char* why;
+        QPoint place;
+        bool same;
+    };
+    for (const Case& c : {Case{"inside", room.topLeft() + QPoint(30, 20), true},
+                          Case{"partly outside", room.bottomRight() - QPoint(200, 100), false},
+                          Case{"above and to the left", room.topLeft() - QPoint(90, 90), false}}) {
+        window().resize(600, 400);
+        window().move(c.place);
+        window().close();
+        Open();
+        EXPECT_EQ(window().size(), QSize(600, 400)) << c.why;
+        EXPECT_TRUE(room.contains(window().frameGeometry())) << c.why;
+        EXPECT_EQ(window().pos() == c.place, c.same) << c.why;
+    }
 }
 
 TEST_F(Commands, AKeyThatCannotBeGlobalIsRefusedAndEscapeCancels) {
