@@ -69,9 +69,11 @@ bool CommandCompleter::HasChosen() const {
 void CommandCompleter::Offer() {
     const TypedWord typed(box_);
     words_.clear();
-    if (form_ == nullptr || typed.start.isEmpty()) return popup()->hide();
+    const bool after_option = typed.before.startsWith(QLatin1Char('-'));
+    if (form_ == nullptr || (typed.start.isEmpty() && !after_option)) return popup()->hide();
     FollowingWords following = form_->WordsAfter(typed.before.toStdString());
     const bool is_option = typed.start.startsWith(QLatin1Char('-'));
+    if (typed.start.isEmpty() && following.paths) return popup()->hide();
     if (is_option) following = form_->WordsAfter("");
     if (following.paths) following.words = PathsThatBegin(typed.start);
     for (const CommandWord& word : following.words) {

@@ -47,7 +47,7 @@ QStringList CommandsOf(const QString& lines) {
 }
 
 CommandQueue::CommandQueue(QWidget* parent)
-    : QFrame(parent),
+    : QWidget(parent),
       layout_(this),
       caption_(Text("Ne&xt commands, a line each:"), this),
       lines_(this) {

@@ -1,12 +1,12 @@
 // Commands that wait for their turn below the command box.
 #pragma once
 
-#include <QFrame>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QString>
 #include <QStringList>
 #include <QVBoxLayout>
+#include <QWidget>
 #include <optional>
 
 namespace platform::host {
@@ -20,7 +20,7 @@ QString WithoutProgramName(const QString& command);
 
 /// A line each, to be changed, moved and taken out like any text. Takes no room while it is empty.
 /// Named "commandQueue". User-interface thread.
-class CommandQueue : public QFrame {
+class CommandQueue : public QWidget {
   public:
     explicit CommandQueue(QWidget* parent);
 

@@ -159,8 +159,8 @@ void MenuCommands::ShowAbout() {
         Text("Records the screen, cameras and sound, and turns media files and whole folders "
              "into Windows Media files, in this window or on the console with the same "
              "command line.\n\n"
-             "Free software under the GNU General Public License, version 3: it may be "
-             "used, studied, changed and shared, and comes without any warranty."));
+             "Free software under the GNU General Public License, version 3 or later: it may "
+             "be used, studied, changed and shared, and comes without any warranty."));
 }
 
 void MenuCommands::Quit() { window_.close(); }

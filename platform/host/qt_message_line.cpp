@@ -17,7 +17,7 @@ constexpr int kDark = 128;  // lightness below which a background is dark
 }  // namespace
 
 MessageLine::MessageLine(QWidget* parent)
-    : QFrame(parent), layout_(this), icon_(this), label_(this) {
+    : QWidget(parent), layout_(this), icon_(this), label_(this) {
     setObjectName(QStringLiteral("messageLine"));
     setAccessibleName(QObject::tr("Message"));
     label_.setObjectName(QStringLiteral("message"));
@@ -73,7 +73,7 @@ void MessageLine::Colour() {
 }
 
 void MessageLine::changeEvent(QEvent* event) {
-    QFrame::changeEvent(event);
+    QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) Colour();
 }
 

@@ -1,10 +1,10 @@
 // The line that says what a person has to know of the last command: an error, or a note.
 #pragma once
 
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QString>
+#include <QWidget>
 
 #include "platform/host/qt_controls.h"
 
@@ -12,7 +12,7 @@ namespace platform::host {
 
 /// Takes no room while it has nothing to say. What it says stays until Clear; its tool tip has the
 /// whole of it.
-class MessageLine : public QFrame {
+class MessageLine : public QWidget {
   public:
     explicit MessageLine(QWidget* parent);
 

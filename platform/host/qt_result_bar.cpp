@@ -52,7 +52,7 @@ QString PlayableFile(const CommandReport& report, bool capture) {
 }
 
 ResultBar::ResultBar(FileOpener& opener, QWidget* parent)
-    : QFrame(parent),
+    : QWidget(parent),
       opener_(opener),
       layout_(this),
       label_(this),

@@ -1,10 +1,10 @@
 // What the last run has made, and what can be done with it.
 #pragma once
 
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QString>
+#include <QWidget>
 
 #include "platform/host/qt_controls.h"
 #include "platform/host/qt_file_opener.h"
@@ -24,7 +24,7 @@ QString PlayableFile(const CommandReport& report, bool capture);
 
 /// Takes no room until a run has made a file. Named "resultBar", its buttons "playResult" and
 /// "showResultFolder". User-interface thread; the opener must outlive it.
-class ResultBar : public QFrame {
+class ResultBar : public QWidget {
   public:
     ResultBar(FileOpener& opener, QWidget* parent);
 

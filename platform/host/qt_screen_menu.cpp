@@ -143,7 +143,8 @@ void ScreenMenu::AskForNumbers(bool can_choose) {
         usual = usual.intersected(QRect(QPoint(0, 0), screen.size()));
         usual.moveCenter(screen.center());
     }
-    dialog_ = std::make_unique<RegionDialog>(ChosenRegion().value_or(usual), screen, window());
+    dialog_ = std::make_unique<RegionDialog>(ChosenRegion().value_or(usual), screen,
+                                             parentWidget()->window());
     connect(dialog_.get(), &QDialog::accepted, this,
             [this] { Choose(RegionChoice(dialog_->Region())); });
     dialog_->open();

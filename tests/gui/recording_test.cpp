@@ -177,7 +177,7 @@ TEST_F(Recording, ItsFileCanBePlayedAndFound) {
         opened.push_back(url.toLocalFile().toStdString());
         return can_open;
     });
-    auto& bar = Find<QFrame>("resultBar");
+    auto& bar = Find<QWidget>("resultBar");
     EXPECT_FALSE(bar.isVisible());
 
     End("", ReportOf(CommandEnd::Stopped, path));
