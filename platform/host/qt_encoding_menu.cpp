@@ -1,8 +1,6 @@
 #include "platform/host/qt_encoding_menu.h"
 
-#include <QActionGroup>
 #include <QCoreApplication>
-#include <memory>
 
 #include "platform/host/qt_region_frame.h"
 
@@ -82,7 +80,6 @@ void EncodingMenu::AddCountdown(WindowOptions& options) {
     menu.setObjectName(QStringLiteral("countdownMenu"));
     menu.setAccessibleName(Text("Countdown"));
     menu.menuAction()->setStatusTip(Text("How long a recording waits before it begins"));
-    auto group = std::make_unique<QActionGroup>(this);
     for (const int seconds : {0, 3, 5, 10}) {
         QAction* const action =
             menu.addAction(seconds == 0 ? Text("&None") : Text("&%1 seconds").arg(seconds));
@@ -91,11 +88,10 @@ void EncodingMenu::AddCountdown(WindowOptions& options) {
         action->setStatusTip(menu.menuAction()->statusTip());
         action->setCheckable(true);
         action->setChecked(options.CountdownSeconds() == seconds);
-        action->setActionGroup(group.get());
+        action->setActionGroup(&countdown_);
         connect(action, &QAction::triggered, this,
                 [&options, seconds] { options.SetCountdownSeconds(seconds); });
     }
-    static_cast<void>(group.release());  // the menu has it
 }
 
 QAction& EncodingMenu::Add(const char* name, const QString& text, const QString& tip) {

@@ -1,6 +1,7 @@
 // The menu over the run, and over what the window does beside it.
 #pragma once
 
+#include <QActionGroup>
 #include <QMenu>
 #include <QString>
 
@@ -21,6 +22,8 @@ class EncodingMenu : public QMenu {
   private:
     void AddCountdown(WindowOptions& options);
     QAction& Add(const char* name, const QString& text, const QString& tip);
+
+    QActionGroup countdown_{this};
 };
 
 }  // namespace platform::host

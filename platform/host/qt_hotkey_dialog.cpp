@@ -3,11 +3,18 @@
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <memory>
 
 #include "platform/host/qt_hotkeys.h"
 
 namespace platform::host {
+
+namespace {
+
+constexpr int kWarningLines = 2;
+
+}  // namespace
 
 HotkeyEdit::HotkeyEdit(QWidget* parent) : QKeySequenceEdit(parent) {
     // A sequence may have four keys; a hotkey is one.
@@ -36,8 +43,13 @@ HotkeyDialog::HotkeyDialog(WindowOptions& options, QWidget* parent)
     stop_.setAccessibleName(tr("Key that stops"));
     warning_.setObjectName(QStringLiteral("hotkeyWarning"));
     warning_.setWordWrap(true);
+    warning_.setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    // The dialog does not grow when a warning comes.
+    warning_.setMinimumHeight(kWarningLines * warning_.fontMetrics().lineSpacing());
     for (const Row& row : Rows()) {
         row.edit.setKeySequence(options.Key(row.hotkey));
+        // Assistive programs are led to the field inside.
+        row.edit.findChild<QLineEdit*>()->setAccessibleName(row.edit.accessibleName());
         connect(&row.edit, &QKeySequenceEdit::keySequenceChanged, this, [this] { Check(); });
     }
 

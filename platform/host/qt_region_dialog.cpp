@@ -8,6 +8,7 @@ namespace platform::host {
 
 namespace {
 
+constexpr int kWarningLines = 2;
 constexpr int kFewestPixels = 2;    // of a picture that can be recorded
 constexpr int kMostPixels = 32767;  // of a screen
 
@@ -53,6 +54,9 @@ RegionDialog::RegionDialog(const QRect& region, const QRect& screen, QWidget* pa
     }
     warning_.setObjectName(QStringLiteral("regionWarning"));
     warning_.setWordWrap(true);
+    warning_.setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    // The dialog does not grow when a warning comes.
+    warning_.setMinimumHeight(kWarningLines * warning_.fontMetrics().lineSpacing());
     layout->addRow(&warning_);
     auto buttons =
         std::make_unique<QDialogButtonBox>(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);

@@ -145,7 +145,7 @@ void QtWindow::ShowPhase() {
     pause_.setEnabled(watch_.CanPause());
     if (watch_.phase() != RunPhase::Idle) return;
     left_.Restart();
-    time_left_.clear();
+    ShowTimeLeft(QString());
     recorded_.hide();
 }
 
@@ -276,8 +276,13 @@ void QtWindow::Tick() {
     form_->Timer1_Timer();
     if (watch_.phase() == RunPhase::Idle) return;
     const RunProgress progress = form_->Progress();
-    time_left_.setText(QString::fromStdString(left_.TextOf(progress, TimeLeft::Clock::now())));
+    ShowTimeLeft(QString::fromStdString(left_.TextOf(progress, TimeLeft::Clock::now())));
     if (watch_.IsCapture()) ShowRecordedSize(progress);
+}
+
+void QtWindow::ShowTimeLeft(const QString& text) {
+    time_left_.setText(text);
+    time_left_.setVisible(!text.isEmpty());
 }
 
 void QtWindow::ShowRecordedSize(const RunProgress& progress) {
@@ -294,7 +299,7 @@ void QtWindow::Stop() {
     if (form_ == nullptr) return;
     second_pass_.BeforeStop();
     runner_.HaltQueue();
-    time_left_.clear();  // the ticks that would keep it right have ended
+    ShowTimeLeft(QString());  // the ticks that would keep it right have ended
     form_->cmdStop_Click();
 }
 

@@ -114,6 +114,7 @@ class QtWindow : public QWidget, public FormWindow {
     void ClearFigures();
     void Stop();
     void Tick();
+    void ShowTimeLeft(const QString& text);
     void ShowRecordedSize(const RunProgress& progress);
     void AskBeforeClosing();
     void CloseWhenIdle();
