@@ -189,6 +189,7 @@ TranscodeResult EncodingRun::Transcode() {
 bool EncodingRun::AwaitStart(std::uint64_t session) {
     stop_asked_ = false;
     running_ = true;
+    window_.Timer1().SetEnabled(false);  // its ticks count the seconds that are recorded
     const bool of_screen = session_.g_objSrcVid && session_.g_objSrcVid->Scheme() == kScreenScheme;
     const bool ready = window_.BeforeRecording(
         of_screen, [&] { return session == session_number_ && !stop_asked_; });

@@ -65,6 +65,7 @@ TEST_F(EncodingRunTest, OnlyARecordingWaitsForTheHost) {
     window.before_recording = [&](bool of_screen, const std::function<bool()>& wanted) {
         EXPECT_TRUE(wanted());
         EXPECT_TRUE(run.IsRunning());
+        EXPECT_FALSE(window.timer.enabled) << "what is not recorded is not counted";
         asked.push_back(of_screen);
         return true;
     };
