@@ -24,7 +24,7 @@ std::optional<std::int64_t> FreeBytes(const RunProgress& progress) {
 
 QString RecordedText(const RunProgress& progress, std::optional<std::int64_t> free_bytes) {
     if (progress.output.empty()) return {};
-    const QString size =
+    QString size =
         QLocale().formattedDataSize(progress.total.byte_count.Raw(), 1, QLocale::DataSizeSIFormat);
     if (!free_bytes) return size;
     return Text("%1, %2 free")
