@@ -14,8 +14,8 @@
 
 namespace session {
 
-/// The devices of a kind, each at its number: the names that a source's SetInput takes together with
-/// the scheme "device". Errors of the encoder pass through.
+/// The devices of a kind, each at its number: the names that a source's SetInput takes together
+/// with the scheme "device". Errors of the encoder pass through.
 std::vector<std::string> DeviceNames(platform::WMEncoder& encoder, platform::SourceType type);
 
 /// Asks the session's encoder, which must be there. Errors of the encoder pass through.

@@ -12,8 +12,9 @@
 namespace platform::host {
 
 /// A list of at most ten words opens below the box while one is typed that others begin with: after
-/// an option its values, all of them as soon as the blank stands there, else options. Up, Down and Enter or Tab choose from it; Enter with nothing
-/// chosen runs the command as without the list. User-interface thread; the box must outlive it.
+/// an option its values, all of them as soon as the blank stands there, else options. Up, Down and
+/// Enter or Tab choose from it; Enter with nothing chosen runs the command as without the list.
+/// User-interface thread; the box must outlive it.
 class CommandCompleter : public QCompleter {
   public:
     explicit CommandCompleter(QLineEdit& box);
