@@ -371,7 +371,8 @@ void QtWindow::StopAndClose() {
 }
 
 void QtWindow::EndUnattended() {
-    unattended_ = true;
+    // Another call: what was stopped may be the first of two passes.
+    if (std::exchange(unattended_, true) && form_ != nullptr && form_->IsBusy()) Stop();
     if (QWidget* box = QApplication::activeModalWidget()) box->close();
     StopAndClose();
 }

@@ -18,6 +18,9 @@ namespace platform::host {
 
 namespace {
 
+// A run of two passes goes on with the second when its first is stopped.
+constexpr int kPatience = 1000;  // milliseconds
+
 /// A blocked signal arrives even where it was set to be ignored, so that has to be looked at here:
 /// a shell starts background jobs with SIGINT ignored, nohup does so with SIGHUP.
 sigset_t SignalsToTake() {
@@ -59,11 +62,13 @@ void StopSignals::Watch() {
     for (;;) {
         std::array<pollfd, 2> sources{
             {{signals_.Number(), POLLIN, 0}, {quit_.Number(), POLLIN, 0}}};
-        if (::poll(sources.data(), sources.size(), -1) < 0) continue;
+        if (::poll(sources.data(), sources.size(), received_ ? kPatience : -1) < 0) continue;
         if (sources[1].revents != 0) return;
-        signalfd_siginfo signal{};
-        if (::read(signals_.Number(), &signal, sizeof signal) != sizeof signal) continue;
-        if (received_.exchange(true)) ::_exit(Number(ExitStatus::StoppedBySignal));
+        if (sources[0].revents != 0) {
+            signalfd_siginfo signal{};
+            if (::read(signals_.Number(), &signal, sizeof signal) != sizeof signal) continue;
+            if (received_.exchange(true)) ::_exit(Number(ExitStatus::StoppedBySignal));
+        }
         loop_.Post(on_stop_);
     }
 }

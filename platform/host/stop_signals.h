@@ -15,9 +15,10 @@ namespace platform::host {
 void LetWritesFail();
 
 /// Takes over SIGINT, SIGTERM and SIGHUP for its lifetime, but for those that the process was
-/// started to ignore, and lets writes fail. The first signal posts `on_stop` to the loop; a second
-/// one ends the process at once, also while the loop's thread is held up.
-/// Make it before any other thread: those inherit the blocked signals. One at a time.
+/// started to ignore, and lets writes fail. The first signal posts `on_stop` to the loop, and again
+/// each second for as long as the program still runs; a second signal ends the process at once,
+/// also while the loop's thread is held up. Make it before any other thread: those inherit the
+/// blocked signals. One at a time.
 class StopSignals {
   public:
     StopSignals(EventLoop& loop, std::function<void()> on_stop);
