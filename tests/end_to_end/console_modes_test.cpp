@@ -1,6 +1,7 @@
 // The console's ways to be driven by programs: commands from the input, explanations, JSON.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -247,18 +248,38 @@ TEST_F(ConsoleModes, AWalkLosesNoFileAndWaitsForNone) {
     EXPECT_EQ(DecodeMessages(in + "/s\\t/b\\c%5C.wmv"), "");
 }
 
+/// Encodes many copies of the clip, with a signal when so many objects have told of something that
+/// has been encoded.
+CommandResult RunWithSignal(const TempFolder& folder, const std::string& clip,
+                            const std::string& profile, int objects) {
+    Ffmpeg("-stream_loop 5999 -i " + clip + " -c copy", folder / "long.avi");
+    const std::string pipe = folder / "pipe";
+    return RunCommand(
+        {"sh", "-c",
+         "mkfifo " + pipe + "; " + TESSIVO_CONSOLE + " --json -input " + (folder / "long.avi") +
+             " -profile " + profile + " -v_performance 0 -output " + (folder / "a.wmv") + " > " +
+             pipe + " & { n=" + std::to_string(objects) +
+             "; while [ $n -gt 0 ] && read -r line; do echo \"$line\"; case $line in "
+             "*'\"seconds\":0.0'*);; *) n=$((n - 1));; esac; done; kill -TERM $!; cat; } < " +
+             pipe + "; wait $!"});
+}
+
+TEST_F(ConsoleModes, ASignalInTheFirstOfTwoPassesEndsTheSecondToo) {
+    const CommandResult result = RunWithSignal(folder, clip, "av100_2p", 5);
+    EXPECT_EQ(result.status, 130) << result.err;
+    double reached = 0;  // by the first pass
+    for (const Json& object : Objects(result.out)) {
+        if (object["type"] == "progress" && object["pass"] == 1)
+            reached = std::max(reached, object["seconds"].get<double>());
+        if (object["type"] != "report") continue;
+        EXPECT_LT(object["file_seconds"].get<double>(), reached);
+    }
+    EXPECT_EQ(DecodeMessages(folder / "a.wmv"), "");
+}
+
 TEST_F(ConsoleModes, ASignalEndsInAReportOfTheStop) {
-    Ffmpeg("-stream_loop 599 -i " + clip + " -c copy", folder / "long.avi");
+    const CommandResult result = RunWithSignal(folder, clip, "av350", 1);
     const std::string out = folder / "a.wmv";
-    // The signal comes when an object tells of something that has been encoded.
-    const CommandResult result =
-        RunCommand({"sh", "-c",
-                    "mkfifo " + (folder / "pipe") + "; " + TESSIVO_CONSOLE + " --json -input " +
-                        (folder / "long.avi") + " -profile av350 -v_performance 0 -output " + out +
-                        " > " + (folder / "pipe") +
-                        " & { while read -r line; do echo \"$line\"; case $line in "
-                        "*'\"seconds\":0.0'*);; *) break;; esac; done; kill -TERM $!; cat; } < " +
-                        (folder / "pipe") + "; wait $!"});
     EXPECT_EQ(result.status, 130) << result.err;
     EXPECT_THAT(result.err, HasSubstr("\nStopped by user.\n  Done.\n"));
     const std::vector<Json> objects = Objects(result.out);
