@@ -39,3 +39,11 @@ def stated_seconds(path):
                  f"file:{path}"])
     numbers = re.findall(rb"[\d.]+", done.stdout) if done else []
     return max((float(number) for number in numbers), default=0.0)
+
+
+def audible_seconds(path):
+    """How long the sound is by its samples, whatever its times are."""
+    rate = 8000
+    done = _run(["ffmpeg", "-v", "quiet", "-nostdin", "-i", f"file:{path}", "-map", "0:a:0", "-ac", "1", "-ar", str(rate),
+                 "-f", "s16le", "-"])
+    return len(done.stdout) / 2 / rate if done else 0.0
