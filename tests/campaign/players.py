@@ -4,6 +4,7 @@ import re
 import subprocess
 
 TIMEOUT = 60
+LEAP = 3  # seconds: what a gap in a medium may be
 PATIENCE = 600  # for a file of many hours, beside other runs
 
 
@@ -17,7 +18,7 @@ def _run(words, timeout=TIMEOUT):
 def decoded(path):
     """What a decoder complains of, and how many seconds the file plays."""
     done = _run(["ffmpeg", "-v", "error", "-nostdin", "-progress", "pipe:1", "-i", f"file:{path}",
-                 "-enc_time_base", "-1", "-f", "null", "-"], PATIENCE)
+                 "-enc_time_base", "-1", "-max_muxing_queue_size", "1000000000", "-f", "null", "-"], PATIENCE)
     if done is None:
         return f"not decoded in {PATIENCE} s", float("inf")
     times = re.findall(rb"out_time_us=(\d+)", done.stdout)
@@ -47,3 +48,15 @@ def audible_seconds(path):
     done = _run(["ffmpeg", "-v", "quiet", "-nostdin", "-i", f"file:{path}", "-map", "0:a:0", "-ac", "1", "-ar", str(rate),
                  "-f", "s16le", "-"])
     return len(done.stdout) / 2 / rate if done else 0.0
+
+
+def steady_seconds(path):
+    """When the last packet begins, if no stream leaps on the way: 0 where one does."""
+    done = _run(["ffprobe", "-v", "quiet", "-show_entries", "packet=stream_index,pts_time", "-of", "csv=p=0",
+                 f"file:{path}"])
+    last = {}
+    for stream, time in re.findall(rb"^(\d+),(-?[\d.]+)", done.stdout if done else b"", re.MULTILINE):
+        if float(time) - last.get(stream, float(time)) > LEAP:
+            return 0.0
+        last[stream] = float(time)
+    return max(last.values(), default=0.0)

@@ -36,7 +36,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         // refused
     }
     try {
-        engine::asf::Inspect(fuzz::MemoryFile("any.wmv", {data, size})).Seconds100();
+        const engine::asf::InputFile file(fuzz::MemoryFile("any.wmv", {data, size}));
+        engine::asf::Inspect(file).Seconds100();
     } catch (const platform::Error&) {
         // refused
     }
