@@ -42,21 +42,14 @@ def stated_seconds(path):
     return max((float(number) for number in numbers), default=0.0)
 
 
-def audible_seconds(path):
-    """How long the sound is by its samples, whatever its times are."""
-    rate = 8000
-    done = _run(["ffmpeg", "-v", "quiet", "-nostdin", "-i", f"file:{path}", "-map", "0:a:0", "-ac", "1", "-ar", str(rate),
-                 "-f", "s16le", "-"])
-    return len(done.stdout) / 2 / rate if done else 0.0
-
-
 def steady_seconds(path):
-    """When the last packet begins, if no stream leaps on the way: 0 where one does."""
+    """How far the packets go, if no stream leaps ahead on the way: 0 where one does."""
     done = _run(["ffprobe", "-v", "quiet", "-show_entries", "packet=stream_index,pts_time", "-of", "csv=p=0",
                  f"file:{path}"])
-    last = {}
+    last, furthest = {}, 0.0
     for stream, time in re.findall(rb"^(\d+),(-?[\d.]+)", done.stdout if done else b"", re.MULTILINE):
         if float(time) - last.get(stream, float(time)) > LEAP:
             return 0.0
         last[stream] = float(time)
-    return max(last.values(), default=0.0)
+        furthest = max(furthest, float(time))
+    return furthest

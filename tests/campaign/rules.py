@@ -122,10 +122,9 @@ class Judge:
             self.find("length", f"{name!r} plays {seconds:.0f} s of a medium of {self.case.seconds:.0f} s")
 
     def explained(self, seconds):
-        """Whether the input states such a length itself, but for the last frame's: a clip has 20 or more; has so much
-        sound, when a flipped bit makes another codec of it; or goes so far without a leap."""
+        """Whether the input states such a length itself, but for the last frame's: a clip has 20 or more; or
+        goes so far without a leap, as when a flipped bit makes another codec or time scale of it."""
         inputs = [path for name, path in self.given.items()
                   if name.startswith("in/") and os.path.isfile(path) and not self.case.damaged]
         return any(length(path) * 1.06 + SLACK >= seconds
-                   for length in (players.stated_seconds, players.audible_seconds, players.steady_seconds)
-                   for path in inputs)
+                   for length in (players.stated_seconds, players.steady_seconds) for path in inputs)
