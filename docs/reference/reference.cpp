@@ -197,11 +197,12 @@ bool FilterWorksToday(int number) { return number <= kLastFilterOfEveryCodec; }
 std::string CommandReference() {
     std::string text(kIntroduction);
     text += OptionSections();
-    text += "## Profile codes\n\n" + ProfileTable() +
-            "\nA file whose frame rate is higher than the profile's keeps its own: `av100` of a file "
-            "of 30 frames a second has 30. Video buffers are 5000 ms, key frames 10 seconds apart "
-            "at most. Codes that begin with scrn capture the screen, by default 30 frames a "
-            "second.\n\n";
+    text +=
+        "## Profile codes\n\n" + ProfileTable() +
+        "\nA file whose frame rate is higher than the profile's keeps its own: `av100` of a file "
+        "of 30 frames a second has 30. Video buffers are 5000 ms, key frames 10 seconds apart "
+        "at most. Codes that begin with scrn capture the screen, by default 30 frames a "
+        "second.\n\n";
     text += "## Modes\n\n" + NumberTable("-a_mode") + NumberTable("-v_mode");
     text += "## Filters\n\n" + FilterTable();
     text += CodecTables() + FormatTables() + PixelFormatList();

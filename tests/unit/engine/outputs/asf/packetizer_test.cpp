@@ -166,9 +166,8 @@ TEST(Packets, EndBeforeTheirTimesWouldBeginAnew) {
     const std::vector<std::uint8_t> bytes(10);
     const auto at = [&](std::int64_t ms) {
         const Ticks time = Ticks::FromMilliseconds(ms);
-        return test_support::ErrorOf([&] {
-            Send(1000, {{.stream_number = 1, .pts = time, .dts = time, .bytes = bytes}});
-        });
+        return test_support::ErrorOf(
+            [&] { Send(1000, {{.stream_number = 1, .pts = time, .dts = time, .bytes = bytes}}); });
     };
     constexpr std::int64_t kLast = 0xFFFF'FFFF - 1000;  // less the preroll
     EXPECT_EQ(at(kLast).number(), 0);
