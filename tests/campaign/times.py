@@ -63,7 +63,7 @@ def stating(rng, clip_folder, folder):
     clip, before, distance, width = rng.choice(FIELDS)
     data = bytearray((clip_folder / clip).read_bytes())
     places = [at for at in range(len(data)) if data.startswith(before, at)][:4]
-    number = rng.choice((0, 1, 1 << 31, (1 << 8 * width) - 1, rng.getrandbits(8 * width)))
+    number = rng.choice((0, 1, 1 << 8 * width - 1, (1 << 8 * width) - 1, rng.getrandbits(8 * width)))
     value = number.to_bytes(width, "big")
     if width == 8 and not clip.startswith(("wmv", "sound")):
         value = struct.pack(">d", rng.choice((1e6, 1e15, 1e300, -1.0, float("nan"), float("inf"))))
