@@ -41,7 +41,7 @@ std::string FolderSummary(const platform::CommandReport& report) {
     if (skipped > 0)
         counts.push_back(fmt::format("{} skipped ({})", skipped, fmt::join(kinds, ", ")));
     std::string text = report.files_completed == 0 ? "Nothing was encoded" : "";
-    if (!text.empty()) text += counts.empty() ? ": the folder is empty" : ": ";
+    if (!text.empty() && !counts.empty()) text += ": ";
     text += fmt::format("{}.", fmt::join(counts, ", "));
     if (!left_out.empty())
         text += fmt::format(

@@ -92,9 +92,7 @@ void RunLog::EndFile() {
     if (!in_file_) return;
     in_file_ = false;
     if (command_.last.end == CommandEnd::Refused) command_.last.error = last_error_;
-    const CommandEnd end = command_.last.end;
-    const bool failed = end == CommandEnd::Failed || end == CommandEnd::Refused;
-    ++(failed ? command_.files_failed : command_.files_completed);
+    ++(platform::IsFailure(command_.last.end) ? command_.files_failed : command_.files_completed);
     if (listener_ != nullptr) listener_->OnFileEnd(command_.last);
 }
 

@@ -73,9 +73,8 @@ constexpr Option kOptions[] = {
               "override single values. A code that begins with a (but not av) sets `-audioonly`, "
               "one with v `-videoonly`. Codes that begin with scrn capture the screen, or the part "
               "of it that TESSIVO_SCREEN names, until Stop or for `-duration` seconds; "
-              "TESSIVO_SOUND "
-              "says whose sound, of those that have sound. The frame rate of a file counts where "
-              "it is higher than the profile's.",
+              "TESSIVO_SOUND says whose sound, of those that have sound. The frame rate of a file "
+              "counts where it is higher than the profile's.",
           .example = "-input film.avi -output film.wmv -profile av350",
           .errors = "`No predefined profile found.`"}},
     {.name = "-loadprofile",

@@ -20,6 +20,11 @@ enum class CommandEnd {
     Failed,     // ended in an error while running
 };
 
+/// Whether somebody has to be told why.
+constexpr bool IsFailure(CommandEnd end) {
+    return end == CommandEnd::Refused || end == CommandEnd::Failed;
+}
+
 struct StreamReport {
     std::string codec;  // display name
     OutputStats totals;

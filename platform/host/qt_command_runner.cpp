@@ -95,10 +95,8 @@ void CommandRunner::RunNext() {
 }
 
 void CommandRunner::ShowFailure(const CommandReport& report) {
-    const bool failed =
-        report.last.end == CommandEnd::Failed || report.last.end == CommandEnd::Refused;
     const bool in_vain = report.is_folder && report.files_completed == 0;
-    if (!failed && !in_vain) return;
+    if (!IsFailure(report.last.end) && !in_vain) return;
     QStringList parts;
     // The last notice of a folder is what came of it.
     if (report.is_folder && !report.notices.empty())

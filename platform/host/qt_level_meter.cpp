@@ -19,7 +19,7 @@ double Decibels(double peak) {
 
 }  // namespace
 
-LevelMeter::LevelMeter(QWidget* parent) : QFrame(parent), layout_(this), problem_(this) {
+LevelMeter::LevelMeter(QWidget* parent) : QWidget(parent), layout_(this), problem_(this) {
     setObjectName(QStringLiteral("levelMeter"));
     setAccessibleName(QObject::tr("Level of the sound"));
     layout_.setContentsMargins(0, 0, 0, 0);

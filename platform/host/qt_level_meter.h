@@ -1,12 +1,12 @@
 // The row that shows how loud it is at the devices that would be recorded.
 #pragma once
 
-#include <QFrame>
 #include <QGridLayout>
 #include <QLabel>
 #include <QProgressBar>
 #include <QString>
 #include <QTimer>
+#include <QWidget>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -17,7 +17,7 @@
 namespace platform::host {
 
 /// A bar a device, in decibels below full scale. Takes no room while it is off. Named "levelMeter".
-class LevelMeter : public QFrame {
+class LevelMeter : public QWidget {
   public:
     explicit LevelMeter(QWidget* parent);
 

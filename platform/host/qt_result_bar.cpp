@@ -16,8 +16,16 @@ QString NameOf(const std::string& path) {
     return QFileInfo(QString::fromStdString(path)).fileName();
 }
 
-bool Failed(const CommandReport& report) {
-    return report.last.end == CommandEnd::Failed || report.last.end == CommandEnd::Refused;
+// The last notice of a folder is what came of it.
+ResultText TextOfFolder(const CommandReport& report) {
+    const CommandEnd end = report.last.end;
+    if (end == CommandEnd::Refused)
+        return {
+            Text("The folder was not encoded"),
+            report.last.error ? QString::fromStdString(report.last.error->description) : QString()};
+    return {end == CommandEnd::Failed ? Text("The folder is done, but not all of it")
+                                      : Text("The folder is done"),
+            report.notices.empty() ? QString() : QString::fromStdString(report.notices.back())};
 }
 
 ResultText TextOfFailure(const FileReport& last, bool capture) {
@@ -31,10 +39,8 @@ ResultText TextOfFailure(const FileReport& last, bool capture) {
 
 ResultText TextOf(const CommandReport& report, bool capture) {
     const FileReport& last = report.last;
-    if (Failed(report)) return TextOfFailure(last, capture);
-    if (report.is_folder)
-        return {Text("The folder is done"),
-                Text("%1 files were encoded").arg(report.files_completed)};
+    if (report.is_folder) return TextOfFolder(report);
+    if (IsFailure(last.end)) return TextOfFailure(last, capture);
     ResultText text{
         (capture ? Text("%1 is recorded") : Text("%1 is encoded")).arg(NameOf(last.output)), {}};
     if (last.file)
@@ -47,7 +53,8 @@ ResultText TextOf(const CommandReport& report, bool capture) {
 
 QString PlayableFile(const CommandReport& report, bool capture) {
     // A recording that ends in an error is whole up to there.
-    if (report.is_folder || !report.last.file || (Failed(report) && !capture)) return {};
+    if (report.is_folder || !report.last.file || (IsFailure(report.last.end) && !capture))
+        return {};
     return QString::fromStdString(report.last.output);
 }
 
@@ -86,8 +93,9 @@ void ResultBar::Show(const CommandReport& report, bool capture) {
     file_ = PlayableFile(report, capture);
     if (file_.isEmpty()) return hide();
     const ResultText text = TextOf(report, capture);
-    const QString line =
-        Failed(report) ? text.headline : text.headline + QStringLiteral(": ") + text.details;
+    const QString line = IsFailure(report.last.end)
+                             ? text.headline
+                             : text.headline + QStringLiteral(": ") + text.details;
     label_.SetExplanation(file_);
     label_.SetWholeText(line);
     label_.setAccessibleName(line);

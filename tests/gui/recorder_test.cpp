@@ -306,7 +306,11 @@ TEST_F(Recorder, WhatNobodyWatchedIsNotified) {
         {"a recording's error", "", false, CommandEnd::Failed, false,
          "The recording a &b.wmv ended with an error|no room"},
         {"a folder", "c.avi", true, CommandEnd::Completed, true,
-         "The folder is done|3 files were encoded"},
+         "The folder is done|3 files encoded."},
+        {"a folder of which a part failed", "c.avi", true, CommandEnd::Failed, true,
+         "The folder is done, but not all of it|3 files encoded."},
+        {"a folder that was refused", "c.avi", true, CommandEnd::Refused, true,
+         "The folder was not encoded|no room"},
     };
     for (const Case& c : cases) {
         Open();
@@ -317,10 +321,10 @@ TEST_F(Recorder, WhatNobodyWatchedIsNotified) {
         Deliver(EncoderState::Stopped);
         platform::CommandReport report;
         report.is_folder = c.folder;
-        report.files_completed = 3;
+        if (c.folder) report.notices = {"3 files encoded."};
         report.last.end = c.end;
         report.last.output = c.folder ? "" : "/v/a &b.wmv";
-        if (c.end == CommandEnd::Failed) report.last.error = platform::ErrorReport{1, "no room"};
+        if (IsFailure(c.end)) report.last.error = platform::ErrorReport{1, "no room"};
         form_.listener->OnCommandEnd(report);
         // What came in between would be here before this one.
         form_.progress.input = "";

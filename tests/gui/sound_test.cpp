@@ -31,7 +31,7 @@ class Sound : public Window {
         const int before = FakeMeter::looks;
         RunUntil([before] { return FakeMeter::looks > before + 1; });
     }
-    QFrame& Meter() { return Find<QFrame>("levelMeter"); }
+    QWidget& Meter() { return Find<QWidget>("levelMeter"); }
     ~Sound() override { qunsetenv("TESSIVO_SOUND"); }
 
     platform::SoundLevels levels;

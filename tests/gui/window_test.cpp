@@ -260,6 +260,15 @@ TEST_F(Window, ASignalClosesWithoutAskingAndWithoutBoxes) {
     EXPECT_THAT(form_.calls, ElementsAre("stop", "unload"));
 }
 
+TEST_F(Window, ASignalStopsAgainWhatGoesOn) {
+    form_.busy = true;
+    form_.on_stop = [&, stops = 0]() mutable { form_.busy = ++stops < 2; };
+    window().EndUnattended();
+    window().EndUnattended();
+    RunUntil([&] { return !window().isVisible(); });
+    EXPECT_THAT(form_.calls, ElementsAre("stop", "stop", "unload"));
+}
+
 TEST_F(Window, MessageBoxesShowTheTextAsItIs) {
     QString title;
     QString text;

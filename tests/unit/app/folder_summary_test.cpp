@@ -18,7 +18,7 @@ TEST(FolderSummary, CountsAndNamesWhatWasLeftOut) {
          2,
          {{"", 1}, {".txt", 4}},
          "1 file encoded, 2 failed, 5 skipped (1 without an extension, 4 .txt)."},
-        {0, 0, {}, "Nothing was encoded: the folder is empty."},
+        {0, 0, {}, "Nothing was encoded."},
         {0, 1, {}, "Nothing was encoded: 1 failed."},
         {0,
          0,
