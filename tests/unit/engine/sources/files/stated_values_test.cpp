@@ -121,6 +121,7 @@ const TimesCase kCases[] = {
     {"splice_leads_both_streams_by_the_same", 0, true,
      {{kA, 0, 0}, {kV, 40, 40}, {kA, 50'040, 1000}, {kV, 50'080, 1040}, {kA, 51'040, 2000}}, 49'040},
     {"splice_back", 0, true, {{kA, 90'000, 0}, {kA, 91'000, 1000}, {kA, 0, 2000}}, 90'000},
+    {"packets_that_state_too_long_a_length", 0, false, {{kV, 0, 0, 2247}, {kV, 100, 100, 2247}, {kV, 200, 200, 2247}}, 0},
     {"length_of_a_packet_that_leads_nowhere", 4000, false, {{kV, 0, 0, kYears / 1000}, {kV, 40, 40, 40}}, 0},
 };
 // clang-format on
