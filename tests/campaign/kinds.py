@@ -60,6 +60,12 @@ def repaired(rng, case, clip_folder, folder):
     case.seconds, case.damaged = 30 * clips.SECONDS, True
 
 
+def _named(words, *options):
+    """The files that follow these options; a backslash parts folders too."""
+    return {os.path.normpath(value.replace("\\", "/"))
+            for option, value in zip(words, words[1:]) if option.lower() in options}
+
+
 def commanded(rng, case, clip_folder, folder):
     for name in ("mpeg4.avi", "sound.wav", "wmv2.wmv", "still.bmp", "moving.gif"):
         _put(clip_folder, name, folder)
@@ -70,9 +76,9 @@ def commanded(rng, case, clip_folder, folder):
         case.words = grammar.words(rng)
     job = (folder / "in" / "job.weu").read_text(errors="surrogateescape").split()
     for words in (case.words + job, *(line.split() for line in case.stdin.splitlines())):
-        named = {option: {os.path.normpath(value) for before, value in zip(words, words[1:]) if before.lower() == option}
-                 for option in ("-output", "-s_config", "-saveprofile", "--repair", "-input")}
-        case.may_write += set().union(*named.values()) - named["-input"]
+        saved = _named(words, "-s_config", "-saveprofile")
+        case.may_write += (saved | _named(words, "-output", "--repair")) - _named(words, "-input")
+        case.may_write += {f"{name}.weu" for name in saved}
     case.may_write.append("home/")
     case.signal, case.moment = signal.SIGTERM, 5  # recordings and long stills last
 
