@@ -2,29 +2,15 @@
 
 #include <dlfcn.h>
 
-#include <filesystem>
 #include <string_view>
-#include <system_error>
 
 #include <fmt/format.h>
 
 #include "platform/error.h"
+#include "platform/posix/program_file.h"
 
 namespace engine {
 namespace {
-
-constexpr const char* kFileName = "tessivo-media.so";
-constexpr const char* kInstalledFolder = "../lib/tessivo";  // seen from the executable
-
-std::filesystem::path LibraryPath() {
-    std::error_code unreadable;  // then nothing exists, and the error below says what was sought
-    const auto folder = std::filesystem::read_symlink("/proc/self/exe", unreadable).parent_path();
-    const auto beside = folder / kFileName;
-    const auto installed = (folder / kInstalledFolder / kFileName).lexically_normal();
-    const bool is_installed = !std::filesystem::exists(beside, unreadable) &&
-                              std::filesystem::exists(installed, unreadable);
-    return is_installed ? installed : beside;
-}
 
 platform::Error CannotLoad(const std::string& path, std::string_view reason) {
     // The loader names the file that it stumbled on, which may be another that this one needs.
@@ -38,7 +24,7 @@ platform::Error CannotLoad(const std::string& path, std::string_view reason) {
 }
 
 const MediaParts& Load() {
-    const std::string path = LibraryPath().string();
+    const std::string path = platform::ProgramFile("tessivo-media.so");
     void* library = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
     if (library == nullptr) throw CannotLoad(path, dlerror());
     const auto* parts = static_cast<const MediaParts*>(dlsym(library, kMediaPartsSymbol));

@@ -96,7 +96,7 @@ class ConsoleRun : private RunListener {
           json_(json_output_),
           window_(output_, JoinWords(call.words)),
           signals_(window_.Loop(), [this] { Stop(); }),
-          factory_(window_.Loop(), std::move(makers)),
+          factory_(window_.Loop(), std::move(makers), [this] { return signals_.Received(); }),
           form_(make_form(window_, factory_)) {
         Results().OnReaderGone([this] {
             stopped_unread_ = true;

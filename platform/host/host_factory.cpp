@@ -8,8 +8,8 @@
 
 namespace platform::host {
 
-HostFactory::HostFactory(EventLoop& loop, EngineMakers makers)
-    : loop_(loop), makers_(std::move(makers)) {}
+HostFactory::HostFactory(EventLoop& loop, EngineMakers makers, std::function<bool()> stopped)
+    : loop_(loop), makers_(std::move(makers)), stopped_(std::move(stopped)) {}
 
 std::shared_ptr<WMEncoder> HostFactory::MakeEncoder() {
     return makers_.encoder(loop_, MakeFileSystem());
@@ -20,7 +20,7 @@ std::shared_ptr<WMEncProfile2> HostFactory::MakeProfile() { return makers_.profi
 std::shared_ptr<FileSystem> HostFactory::MakeFileSystem() { return host::MakeFileSystem(); }
 
 std::shared_ptr<MediaInfo> HostFactory::MakeMediaInfo() {
-    return std::make_shared<MediaInfoReader>(PathNames::OfUser());
+    return std::make_shared<MediaInfoReader>(PathNames::OfUser(), stopped_);
 }
 
 std::shared_ptr<Shell> HostFactory::MakeShell() {

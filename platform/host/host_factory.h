@@ -18,7 +18,9 @@ struct EngineMakers {
 class HostFactory : public Factory {
   public:
     /// The loop must outlive the factory and all that it made.
-    HostFactory(EventLoop& loop, EngineMakers makers);
+    /// @param stopped  whether the process has been told to end; ends what the loop's thread waits
+    /// for
+    HostFactory(EventLoop& loop, EngineMakers makers, std::function<bool()> stopped);
 
     std::shared_ptr<WMEncoder> MakeEncoder() override;
     std::shared_ptr<WMEncProfile2> MakeProfile() override;
@@ -29,6 +31,7 @@ class HostFactory : public Factory {
   private:
     EventLoop& loop_;
     EngineMakers makers_;
+    std::function<bool()> stopped_;
 };
 
 }  // namespace platform::host

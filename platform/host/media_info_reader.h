@@ -1,6 +1,8 @@
-// A media file's description and frame rate, read by libmediainfo.
+// A media file's description and frame rate, read by libmediainfo in a process of its own, which is
+// held to 512 MiB, 5 seconds of processor time and 30 by the clock.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "platform/host/path_names.h"
@@ -10,15 +12,18 @@ namespace platform::host {
 
 class MediaInfoReader : public MediaInfo {
   public:
-    explicit MediaInfoReader(PathNames names);
+    /// @param stopped  asked while a file is read; true ends that, with an unknown rate or an error
+    MediaInfoReader(PathNames names, std::function<bool()> stopped);
 
     void SetFileName(const std::string& path) override;
+    /// 0 also for a file that takes more.
     double FrameRate() override;
     /// Lines end in "\r\n", the last one in none.
     std::string Description() override;
 
   private:
     PathNames names_;
+    std::function<bool()> stopped_;
     std::string path_;
 };
 

@@ -59,7 +59,8 @@ int RunWindow(const std::vector<std::string>& words, const ProgramInfo& program,
     QApplication::setDesktopFileName(QString::fromStdString(program.name));
 
     QtWindow window(JoinWords(words));
-    HostFactory factory(window.Loop(), std::move(makers));
+    HostFactory factory(window.Loop(), std::move(makers),
+                        [&signals] { return signals.Received(); });
     const std::unique_ptr<FormEvents> form = make_form(window, factory);
     window.SetForm(*form);
     window.SetRepair(std::move(repair));

@@ -43,7 +43,8 @@ void ExpectLabels(platform::FormWindow& window, const std::string& input) {
 }
 
 std::string PaneAfter(platform::FormWindow& window, const std::string& command) {
-    HostFactory factory(window.Loop(), EngineMakers{engine::MakeEncoder, engine::MakeProfile});
+    HostFactory factory(window.Loop(), EngineMakers{engine::MakeEncoder, engine::MakeProfile},
+                        [] { return false; });
     app::frmMain form(window, factory);
     window.txtCmd().SetText(command);
     form.cmdGo_Click();

@@ -19,6 +19,7 @@ class ProgramElsewhere : public testing::Test {
     ProgramElsewhere() {
         fs::create_directory(bin_);
         fs::copy_file(TESSIVO_CONSOLE, bin_ / "tessivo-console");
+        fs::copy_file(TESSIVO_MEDIA_INFO, bin_ / "tessivo-media-info");
         MakeClip(folder_ / "clip.avi", 1, "64x48", 10);
     }
 
@@ -77,10 +78,19 @@ TEST_F(ProgramElsewhere, NamesTheMediaLibraryThatItCannotUse) {
     }
 }
 
-TEST_F(ProgramElsewhere, FindsTheMediaLibraryWhereItIsInstalled) {
+TEST_F(ProgramElsewhere, NamesTheMissingReaderOfMediaInformation) {
+    const fs::path reader = bin_ / "tessivo-media-info";
+    fs::remove(reader);
+    const CommandResult run = Run({"-input", folder_ / "clip.avi"});
+    EXPECT_EQ(run.status, kRefused);
+    EXPECT_THAT(run.out, HasSubstr("Cannot start the program " + reader.string() + ": "));
+}
+
+TEST_F(ProgramElsewhere, FindsItsFilesWhereTheyAreInstalled) {
     const fs::path lib = folder_.path() / "lib" / "tessivo";
     fs::create_directories(lib);
     fs::copy_file(TESSIVO_MEDIA, lib / "tessivo-media.so");
+    fs::rename(bin_ / "tessivo-media-info", lib / "tessivo-media-info");
     const CommandResult run = Encode();
     EXPECT_EQ(run.status, kDone) << run.out;
     EXPECT_EQ(DecodeMessages(folder_ / "out.wmv"), "");

@@ -26,8 +26,8 @@ SourceTimes::SourceTimes(Ticks origin, Ticks begin, Ticks length, bool is_splice
     for (Clock& clock : clocks_) clock.last = clock.next = BoundedTime(begin);
 }
 
-// Where a container leaves some decoding times out, they change with those of showing. A packet that
-// comes after the last one but before its end shows that it was shorter than it stated.
+// Where a container leaves some decoding times out, they change with those of showing. A packet
+// that comes after the last one but before its end shows that it was shorter than it stated.
 bool SourceTimes::GoesOn(const Clock& clock, Ticks time, bool by_dts) {
     const Ticks leap = time - clock.next;
     const Ticks most_back = by_dts == clock.by_dts ? kLeapBack : Ticks{} - kLeapForward;

@@ -5,14 +5,17 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/host/helper_process.h"
 #include "platform/host/media_info_reader.h"
 #include "platform/host/posix_shell.h"
+#include "platform/posix/file_descriptor.h"
 #include "support/commands.h"
 #include "support/error_of.h"
 
 namespace {
 
 using platform::WindowStyle;
+using platform::host::HelperOutput;
 using platform::host::MediaInfoReader;
 using platform::host::PathNames;
 using platform::host::PosixShell;
@@ -49,10 +52,60 @@ TEST(Shell, WhatCannotBeStartedIsNamed) {
     EXPECT_EQ(ErrorNumber(run("   "), {"program"}), platform::kInvalidArgument);
 }
 
+struct HelperCase {
+    const char* why;
+    const char* script;
+    std::chrono::milliseconds time;
+    bool stopped;
+    HelperOutput::End end;
+    const char* text;  // null = any
+};
+
+constexpr std::chrono::milliseconds kAtOnce{0};
+constexpr std::chrono::milliseconds kNever = std::chrono::hours(1);
+
+// clang-format off
+const HelperCase kHelperCases[] = {
+    // why                        script                                    time     stopped  end                           text
+    {"ends by itself",            "echo one; echo two >&2; exit 3",         kNever,  false,   HelperOutput::End::ByItself,  "one\n"},
+    {"would wait for an input",   "cat; echo over",                         kNever,  false,   HelperOutput::End::ByItself,  "over\n"},
+    {"has no other descriptors",  "[ ! -e /proc/$$/fd/90 ] && echo closed", kNever,  false,   HelperOutput::End::ByItself,  "closed\n"},
+    {"takes too long",            "exec sleep 1000",                        kAtOnce, false,   HelperOutput::End::TooLong,   ""},
+    {"is stopped",                "exec sleep 1000",                        kNever,  true,    HelperOutput::End::Stopped,   ""},
+    {"writes without end",        "exec yes",                               kNever,  false,   HelperOutput::End::TooLong,   nullptr},
+};
+// clang-format on
+
+TEST(Helper, RunsWithinItsLimits) {
+    const platform::FileDescriptor inherited(::dup2(STDERR_FILENO, 90));
+    for (const HelperCase& row : kHelperCases) {
+        SCOPED_TRACE(row.why);
+        const HelperOutput output = platform::host::RunHelper(
+            {"/bin/sh", "-c", row.script}, {row.time, 100'000}, [&] { return row.stopped; });
+        EXPECT_EQ(output.end, row.end);
+        if (row.text != nullptr) {
+            EXPECT_EQ(output.text, row.text);
+        }
+        EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a process is left";
+    }
+}
+
+TEST(Helper, WhatCannotBeStartedIsNamed) {
+    const test_support::TempFolder folder;
+    const std::string program = folder / "helper";
+    const auto run = [&] {
+        platform::host::RunHelper({program}, {kNever, 100}, [] { return false; });
+    };
+    EXPECT_EQ(ErrorNumber(run, {program, "does not exist", "Install"}), platform::kUnspecified);
+    std::ofstream(program) << "#!/bin/sh\nexit 127\n";
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    EXPECT_EQ(ErrorNumber(run, {program, "lacks a library", "Install"}), platform::kUnspecified);
+}
+
 class MediaInfoOfFiles : public testing::Test {
   protected:
     MediaInfoReader About(const std::string& name) const {
-        MediaInfoReader info(PathNames(folder_.path().string()));
+        MediaInfoReader info(PathNames(folder_.path().string()), [] { return false; });
         info.SetFileName("C:\\" + name);
         return info;
     }
@@ -74,6 +127,24 @@ TEST_F(MediaInfoOfFiles, WithoutPictureTheRateIsZero) {
     test_support::Ffmpeg("-f lavfi -i sine -t 1", folder_ / "tone.wav");
     EXPECT_EQ(About("tone.wav").FrameRate(), 0);
     EXPECT_THAT(About("tone.wav").Description(), HasSubstr("PCM"));
+}
+
+// Each makes the library gather entries that are not there, for as long as it is let.
+TEST_F(MediaInfoOfFiles, WhatTakesTooMuchIsGivenUp) {
+    test_support::Ffmpeg("-f lavfi -i testsrc=s=64x48:r=10 -f lavfi -i sine -t 1 -c:a aac",
+                         folder_ / "whole.mp4");
+    const std::string whole = test_support::FileText(folder_ / "whole.mp4");
+    constexpr std::pair<const char*, std::size_t> kCounts[] = {{"sbgp", 12}, {"elst", 8}};
+    for (const auto& [box, distance] : kCounts) {
+        SCOPED_TRACE(box);
+        std::string damaged = whole;
+        damaged.replace(damaged.rfind(box) + distance, 4, "\x5c\x3c\xbb\xd6");
+        const std::string name = std::string(box) + ".mp4";
+        std::ofstream(folder_ / name, std::ios::binary) << damaged;
+        EXPECT_EQ(ErrorNumber([&] { About(name).Description(); }, {name, "damaged"}),
+                  platform::kInvalidData);
+    }
+    EXPECT_EQ(About("elst.mp4").FrameRate(), 0);
 }
 
 TEST_F(MediaInfoOfFiles, WhatIsNoMediaIsNamed) {
