@@ -3,8 +3,7 @@
 # stand side by side and do not know each other.
 set(ENGINE_LAYERS
     "engine/base"
-    "engine/base/av engine/plan"
-    "engine/sources/system"
+    "engine/base/av engine/base/system engine/plan"
     "engine/sources engine/sources/[a-z]+ engine/filters engine/encoders engine/outputs engine/outputs/[a-z]+"
     "engine/pipeline"
     "engine/prepare"

@@ -1,9 +1,14 @@
 // A chain of libavfilter's filters for the frames of one stream.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "engine/base/av/av_ptr.h"
+
+extern "C" {
+#include <libavfilter/avfilter.h>
+}
 
 namespace engine {
 
@@ -34,7 +39,11 @@ class FrameFilter {
     bool Pull(AVFrame& frame);
 
   private:
-    AvPtr<AVFilterGraph> graph_;
+    struct GraphDeleter {
+        void operator()(AVFilterGraph* graph) const;
+    };
+
+    std::unique_ptr<AVFilterGraph, GraphDeleter> graph_;
     AVFilterContext* source_ = nullptr;
     AVFilterContext* sink_ = nullptr;
     const char* subject_;

@@ -10,9 +10,6 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
-#include <libavfilter/avfilter.h>
-#include <libavfilter/buffersink.h>
-#include <libavfilter/buffersrc.h>
 #include <libavformat/avformat.h>
 #include <libavutil/channel_layout.h>
 #include <libavutil/display.h>
@@ -31,8 +28,6 @@ struct AvDeleter {
     void operator()(AVCodecContext* p) const { avcodec_free_context(&p); }
     void operator()(AVFrame* p) const { av_frame_free(&p); }
     void operator()(AVPacket* p) const { av_packet_free(&p); }
-    void operator()(AVFilterGraph* p) const { avfilter_graph_free(&p); }
-    void operator()(AVFilterInOut* p) const { avfilter_inout_free(&p); }
     void operator()(SwrContext* p) const { swr_free(&p); }
     void operator()(AVBufferRef* p) const { av_buffer_unref(&p); }
     void operator()(AVBufferPool* p) const { av_buffer_pool_uninit(&p); }

@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 
-#include "engine/sources/system/loaded_library.h"
+#include "engine/base/system/loaded_library.h"
 
 namespace engine {
 

@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "engine/sources/system/loaded_library.h"
+#include "engine/base/system/loaded_library.h"
 #include "platform/posix/event_fd.h"
 
 namespace engine {

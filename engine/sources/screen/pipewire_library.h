@@ -3,7 +3,7 @@
 
 #include <pipewire/pipewire.h>
 
-#include "engine/sources/system/loaded_library.h"
+#include "engine/base/system/loaded_library.h"
 
 namespace engine {
 
