@@ -140,8 +140,44 @@ def cuts(folder, frames):
     return _make("cuts", folder, frames, ["-filter_complex", f"{graph}{scenes}concat={math.ceil(frames / length)},fps={RATE}"])
 
 
+def wild_end(folder, frames):
+    """A still that turns into noise under a shaking camera for its last third, 352x288."""
+    still = frames - frames // 3
+    graph = (f"{STILL},crop=352:288:460:200,trim=end_frame={still},setpts=N/FR/TB[still];"
+             f"{STILL},{CAMERA['shake']},noise=all_seed=5:alls=30:allf=t,trim=end_frame={frames - still},setpts=N/FR/TB[wild];"
+             f"[still][wild]concat,fps={RATE}")
+    return _make("wild_end", folder, frames, ["-filter_complex", graph])
+
+
+class CameraFile(NamedTuple):
+    width: int
+    height: int
+    own_rate: int    # bits a second, as cameras of that size write it
+    coded_rate: int  # that it is made smaller to
+    seconds: int
+
+
+CAMERA_FILES = {
+    "720p":  CameraFile(1280, 720, 6000000, 2000000, 20),
+    "1080p": CameraFile(1920, 1080, 14000000, 4000000, 12),
+    "2160p": CameraFile(3840, 2160, 45000000, 12000000, 6),
+}
+
+
+def camera_file(name, path, folder):
+    """A media file's picture as a camera writes it: H.264 with B frames and a sensor's noise, with AAC sound."""
+    what = CAMERA_FILES[name]
+    file = Path(folder, f"{name}.mp4")
+    measuring.run("ffmpeg", "-y", "-stream_loop", -1, "-i", path, "-f", "lavfi", "-i",
+                  "aevalsrc=0.3*sin(2*PI*(200+30*t)*t)|0.1*random(0):s=48000", "-map", "0:v:0", "-map", "1:a", "-vf",
+                  f"setpts=N/{RATE}/TB,scale={what.width}:{what.height}:force_original_aspect_ratio=increase,"
+                  f"crop={what.width}:{what.height},noise=alls=5:allf=t,format=yuv420p", "-r", RATE, "-t", what.seconds, "-c:v", "libx264", "-preset", "fast", "-b:v",
+                  what.own_rate, "-c:a", "aac", file)
+    return file
+
+
 GENERATED = {"text": text, "fades": fades, **{name: camera(name) for name in CAMERA}, "animation": animation,
-             "cuts": cuts}
+             "cuts": cuts, "wild_end": wild_end}
 
 
 def make(what, folder, frames):

@@ -7,6 +7,7 @@
 #include "engine/base/av/av_error.h"
 #include "engine/encoders/video_header.h"
 #include "engine/encoders/video_rate.h"
+#include "engine/plan/frame_memory.h"
 
 namespace engine {
 namespace {
@@ -25,20 +26,20 @@ std::size_t Workers(const VideoPlan& plan) {
     return std::min<std::size_t>(count, codecs::RateAllocator::kMostAtOnce);
 }
 
-// While one GOP is coded, the next one comes in: what arrives of two GOPs in the time of one
-// and is not coded meanwhile is half a GOP, for each worker but the first.
-std::size_t MostWaiting(std::size_t workers, int gop_frames, int b_pictures, int ahead) {
-    constexpr std::size_t kSpare = 4;
-    return kSpare + static_cast<std::size_t>(2 * b_pictures + ahead) +
-           (workers - 1) * static_cast<std::size_t>(gop_frames) / 2;
+// What one worker needs to go on, and room for those beside it.
+std::size_t MostHeld(std::size_t workers, const FrameMemory& memory, int b_pictures, int ahead) {
+    constexpr std::size_t kSpare = 2;
+    return kSpare + static_cast<std::size_t>(b_pictures + ahead) +
+           (workers - 1) * static_cast<std::size_t>(memory.waiting);
 }
 
 // A picture that is recorded waits for no other; a second pass knows them all, and one
 // quantiser asks for none.
 int Ahead(const VideoPlan& plan, const codecs::RateSettings& rate, const EncoderPass& pass) {
-    constexpr int kAhead = 16;
     const bool planned = !pass.first_report.empty();
-    return plan.input.capture || planned || rate.finest == rate.coarsest ? 0 : kAhead;
+    return plan.input.capture || planned || rate.finest == rate.coarsest
+               ? 0
+               : FrameMemoryOf(plan).look_ahead;
 }
 
 codecs::LumaPlane Luma(const AVFrame& frame) {
@@ -71,7 +72,8 @@ struct GopVideoEncoder::Work {
     FrameHandle latest;        // that was judged
     FrameHandle past, before;  // the last two that others refer to
     Ticks before_time;
-    bool all = false;  // of the GOP that are left are in `next`
+    std::size_t before_index = 0;  // in the GOP
+    bool all = false;              // of the GOP that are left are in `next`
     std::vector<codecs::GopRateControl::Waiting> waiting;
 };
 
@@ -87,8 +89,8 @@ GopVideoEncoder::GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettin
       gop_length_(GopLength(plan)),
       length_(pass.length),
       workers_(Workers(plan)),
-      most_waiting_(MostWaiting(workers_, LongestGop(plan), b_pictures_, ahead_)),
-      few_waiting_(most_waiting_ - std::min(kBurst, most_waiting_ / 2)),
+      most_held_(MostHeld(workers_, FrameMemoryOf(plan), b_pictures_, ahead_)),
+      few_held_(most_held_ - std::min(kBurst, (most_held_ - FewestHeld()) / 2)),
       usual_(UsualExperience(plan)),
       // A second pass knows all about them, and one quantiser needs no knowledge.
       tries_(pass.first_report.empty() && rate.finest < rate.coarsest),
@@ -154,12 +156,11 @@ bool GopVideoEncoder::Place(Lock& lock, FrameHandle frame, const CodedFrameSink&
         if (!HandOnUntil(lock, sink, [this] { return MayOpenGop(); })) return false;
         OpenGop(time);
     }
-    if (waiting_ >= most_waiting_ &&
-        !HandOnUntil(lock, sink, [this] { return waiting_ <= few_waiting_; }))
+    if (held_ >= most_held_ && !HandOnUntil(lock, sink, [this] { return held_ <= few_held_; }))
         return false;
     end_ = time + Ticks{frame->pkt_duration};
     gops_.back()->waiting.push_back(std::move(frame));
-    ++waiting_;
+    ++held_;
     work_.notify_all();
     CodeAlong(lock);
     return HandOn(lock, sink);
@@ -275,6 +276,11 @@ std::size_t GopVideoEncoder::Wanted(const Work& work) const {
     return static_cast<std::size_t>(frames);
 }
 
+// A worker whose GOP has not ended keeps so many, however long nothing comes.
+std::size_t GopVideoEncoder::FewestHeld() const {
+    return static_cast<std::size_t>(ahead_ + b_pictures_);
+}
+
 // A picture that others refer to and those before it, or to the end of a GOP whose frames are all
 // coded.
 void GopVideoEncoder::CodeNext(Lock& lock, Work& work) {
@@ -286,18 +292,19 @@ void GopVideoEncoder::CodeNext(Lock& lock, Work& work) {
     while (work.next.size() < Wanted(work) && !gop.waiting.empty()) {
         work.next.push_back({std::move(gop.waiting.front()), work.taken++});
         gop.waiting.pop_front();
-        --waiting_;
     }
     if (work.next.size() == Wanted(work) || (gop.closed && !work.next.empty())) {
+        const std::size_t before = work.next.size();
         lock.unlock();
         std::vector<Outcome> outcomes = CodeMiniGop(work);
         lock.lock();
+        held_ -= before - work.next.size();
         for (Outcome& outcome : outcomes) Note(gop, std::move(outcome));
     } else if (gop.closed) {
         EndGop(gop);
         work = {};
     }
-    if (waiting_ <= few_waiting_ || MayHandOn()) worked_.notify_one();
+    if (held_ <= few_held_ || MayHandOn()) worked_.notify_one();
 }
 
 // Each beside the one shown before it.
@@ -373,7 +380,10 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
         picture.waiting = work.waiting;
         picture.last = work.all;
     }
-    if (work.before) picture.inter_cost = codecs::InterCost(Luma(*frame.frame), Luma(*work.before));
+    if (work.before)
+        picture.inter_cost = frame.index == work.before_index + 1
+                                 ? frame.step_cost
+                                 : codecs::InterCost(Luma(*frame.frame), Luma(*work.before));
     if (is_b)
         picture.inter_cost =
             std::min(picture.inter_cost, codecs::InterCost(Luma(*frame.frame), Luma(*work.past)));
@@ -393,7 +403,9 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
     outcome.dropped = {};
     if (!is_b) {
         work.before_time = time;
+        work.before_index = frame.index;
         work.past = std::exchange(work.before, std::move(frame.frame));
+        if (b_pictures_ == 0) work.past.reset();
     }
     return outcome;
 }

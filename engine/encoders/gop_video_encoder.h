@@ -76,6 +76,7 @@ class GopVideoEncoder final : public VideoEncoder {
     void CodeNext(Lock& lock, Work& work);
     void CodeAlong(Lock& lock);
     std::size_t Wanted(const Work& work) const;
+    std::size_t FewestHeld() const;
     void Judge(Work& work) const;
     std::vector<Outcome> CodeMiniGop(Work& work) const;
     Outcome Code(Work& work, Frame& frame, PictureRequest request) const;
@@ -92,8 +93,8 @@ class GopVideoEncoder final : public VideoEncoder {
     const Ticks gop_length_;
     const Ticks length_;  // of the stream; 0 = unknown
     const std::size_t workers_;
-    const std::size_t most_waiting_;  // frames
-    const std::size_t few_waiting_;   // once so many waited, more come when no more than these do
+    const std::size_t most_held_;  // frames
+    const std::size_t few_held_;   // once so many were, more come when no more than these are
     const codecs::RateExperience usual_;
     mutable FramePool frames_;
     bool tries_;  // the first frame
@@ -104,9 +105,9 @@ class GopVideoEncoder final : public VideoEncoder {
     codecs::RateAllocator allocator_;
     std::deque<std::unique_ptr<Gop>> gops_;  // whose packets have not all been handed on
     std::int64_t next_index_ = 0;
-    std::size_t waiting_ = 0;  // frames of all GOPs
-    Ticks end_;                // of the last frame
-    CodedFrame last_;          // is handed on when the next one is known or there is none
+    std::size_t held_ = 0;  // frames of all GOPs that have not been coded
+    Ticks end_;             // of the last frame
+    CodedFrame last_;       // is handed on when the next one is known or there is none
     DroppedFrames dropped_;
     std::vector<codecs::FirstPassGop> report_;
     std::exception_ptr failure_;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/plan/frame_memory.h"
+
 namespace engine {
 namespace {
 
@@ -94,23 +96,13 @@ codecs::RateExperience UsualExperience(const VideoPlan& plan) {
     return {CodedFrameRate(plan) / 1000.0, kKeyTexturePerCost, fixed, kDeltaTexture, fixed};
 }
 
-int LongestGop(const VideoPlan& plan) {
-    constexpr std::int64_t kMemory = 96U << 20U;  // bytes of a GOP's frames
-    constexpr std::int64_t kFewest = 60;
-    constexpr std::int64_t kMost = 100;
-    constexpr std::int64_t kMostOfOwn = 300;
-    const std::int64_t frame_bytes = std::int64_t{plan.width} * plan.height * 3 / 2;
-    return static_cast<int>(
-        std::clamp(kMemory / frame_bytes, kFewest, IsWmv9(plan) ? kMostOfOwn : kMost));
-}
-
 bool CodesRows(const VideoPlan& plan) {
-    return IsWmv9(plan) &&
-           (plan.input.capture || AskedLength(plan) > LengthOf(plan, LongestGop(plan)));
+    return IsWmv9(plan) && (plan.input.capture ||
+                            AskedLength(plan) > LengthOf(plan, FrameMemoryOf(plan).longest_gop));
 }
 
 Ticks GopLength(const VideoPlan& plan) {
-    const Ticks longest = LengthOf(plan, LongestGop(plan));
+    const Ticks longest = LengthOf(plan, FrameMemoryOf(plan).longest_gop);
     const Ticks asked = AskedLength(plan);
     if (asked.count <= 0) return longest;
     if (CodesRows(plan)) return asked;

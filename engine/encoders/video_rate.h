@@ -9,10 +9,6 @@
 
 namespace engine {
 
-/// The most pictures of a GOP at the expected rate: enough that its I picture is a small part
-/// of it, few enough that several GOPs fit into memory.
-int LongestGop(const VideoPlan& plan);
-
 /// What the pictures of footage take before anything is known of them.
 codecs::RateExperience UsualExperience(const VideoPlan& plan);
 
@@ -23,8 +19,8 @@ codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass);
 /// what our own encoder does where GOPs are longer than that, and with what is recorded.
 bool CodesRows(const VideoPlan& plan);
 
-/// The asked key-frame distance; in as many equal parts as LongestGop makes necessary, unless
-/// rows are coded side by side.
+/// The asked key-frame distance; in as many equal parts as the frames' memory makes necessary,
+/// unless rows are coded side by side.
 Ticks GopLength(const VideoPlan& plan);
 
 }  // namespace engine

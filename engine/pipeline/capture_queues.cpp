@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "engine/base/av/frame_bytes.h"
+
 namespace engine {
 namespace {
 
@@ -12,13 +14,6 @@ constexpr std::size_t kMostFrameBytes = 128U << 20U;
 constexpr std::size_t kLeastFrames = 2;
 // Longer than a camera needs for its first frame.
 constexpr Ticks kPatience = Ticks::FromMilliseconds(5000);
-
-std::size_t BytesOf(const AVFrame& frame) {
-    std::size_t bytes = 0;
-    for (const AVBufferRef* buffer : frame.buf)
-        if (buffer != nullptr) bytes += buffer->size;
-    return bytes;
-}
 
 }  // namespace
 

@@ -11,6 +11,7 @@
 
 #include "engine/base/coded_frame.h"
 #include "engine/base/stream_header.h"
+#include "engine/plan/frame_memory.h"
 
 namespace engine {
 
@@ -37,8 +38,6 @@ class Interleaver {
     void Cancel();  // by the writer
 
   private:
-    static constexpr std::size_t kMaxFrames = 1024;
-    static constexpr std::size_t kMaxBytes = 48U << 20U;
     static constexpr Ticks kLongestWait{Ticks::kPerSecond};
 
     using Clock = std::chrono::steady_clock;
@@ -51,7 +50,7 @@ class Interleaver {
         std::deque<Waiting> frames;
         std::size_t bytes = 0;
         bool finished = true;
-        bool Full() const { return frames.size() >= kMaxFrames || bytes >= kMaxBytes; }
+        bool Full() const { return frames.size() >= kMostCodedFrames || bytes >= kMostCodedBytes; }
         bool Awaited() const { return !finished && frames.empty(); }
         bool HasWaited(Clock::time_point now) const;
     };

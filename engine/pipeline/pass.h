@@ -15,8 +15,8 @@
 #include "engine/encoders/make_encoder.h"
 #include "engine/filters/audio_resampler.h"
 #include "engine/filters/video_filter_chain.h"
-#include "engine/pipeline/bounded_queue.h"
 #include "engine/pipeline/capture_queues.h"
+#include "engine/pipeline/frame_queue.h"
 #include "engine/pipeline/interleaver.h"
 #include "engine/pipeline/pause_gate.h"
 #include "engine/pipeline/run_outputs.h"
@@ -69,9 +69,6 @@ class Pass {
     const std::vector<codecs::FirstPassGop>& FirstReport() const { return first_report_; }
 
   private:
-    static constexpr std::size_t kDecodedFrames = 4;
-    static constexpr std::size_t kFilteredFrames = 4;
-
     struct Input {
         std::unique_ptr<FileReader> reader;
         PacketRouter router;
@@ -125,8 +122,8 @@ class Pass {
     std::optional<VideoFilterChain> video_filters_;
     std::optional<CaptureQueues> captured_;  // of a live plan
     std::optional<Chain> audio_, video_;
-    BoundedQueue<FrameHandle> decoded_{kDecodedFrames};    // frames of a file
-    BoundedQueue<FrameHandle> filtered_{kFilteredFrames};  // frames
+    FrameQueue decoded_;  // of a file
+    FrameQueue filtered_;
     std::unique_ptr<Interleaver> interleaver_;
     PauseGate gate_;
     std::atomic<bool> stop_{false};

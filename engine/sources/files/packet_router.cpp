@@ -14,7 +14,7 @@ bool PacketRouter::Push(MediaKind kind, PacketHandle packet) {
     }
     if (lane.cancelled) return false;
     lane.bytes += static_cast<std::size_t>(packet->size);
-    lane.ring[(lane.first + lane.count) % kMaxPackets] = std::move(packet);
+    lane.ring[(lane.first + lane.count) % kMostPackets] = std::move(packet);
     ++lane.count;
     lock.unlock();
     lane.filled.notify_one();
@@ -30,7 +30,7 @@ bool PacketRouter::Pop(MediaKind kind, PacketHandle& packet) {
     lane.wanted = false;
     if (lane.count == 0) return false;
     packet = std::move(lane.ring[lane.first]);
-    lane.first = (lane.first + 1) % kMaxPackets;
+    lane.first = (lane.first + 1) % kMostPackets;
     --lane.count;
     lane.bytes -= static_cast<std::size_t>(packet->size);
     if (pushing_ && lane.HasRoom()) freed_.notify_one();

@@ -8,6 +8,7 @@
 
 #include "engine/base/av/av_ptr.h"
 #include "engine/base/stream_header.h"
+#include "engine/plan/frame_memory.h"
 
 namespace engine {
 
@@ -27,19 +28,18 @@ class PacketRouter {
     bool Starved() const;
 
   private:
-    static constexpr std::size_t kMaxPackets = 128;
-    static constexpr std::size_t kMaxBytes = 16U << 20U;
-
     struct Lane {
-        std::array<PacketHandle, kMaxPackets> ring;
+        std::array<PacketHandle, kMostPackets> ring;
         std::size_t first = 0;
         std::size_t count = 0;
         std::size_t bytes = 0;
         bool cancelled = false;
         bool wanted = false;  // its decoder waits
         std::condition_variable filled;
-        bool Full() const { return count == kMaxPackets || (count > 0 && bytes >= kMaxBytes); }
-        bool HasRoom() const { return count <= kMaxPackets / 2 && bytes <= kMaxBytes / 2; }
+        bool Full() const {
+            return count == kMostPackets || (count > 0 && bytes >= kMostPacketBytes);
+        }
+        bool HasRoom() const { return count <= kMostPackets / 2 && bytes <= kMostPacketBytes / 2; }
     };
 
     Lane& Of(MediaKind kind) { return lanes_[kind == MediaKind::Audio ? 0 : 1]; }

@@ -13,6 +13,28 @@ namespace {
 constexpr Ticks kUnknownFrameDuration = Ticks::FromMilliseconds(40);
 constexpr int kMostBrokenAtEnd = 100;
 
+// Rows as far apart as libavcodec's encoders have them: frames of whole macroblocks they then take
+// as they are, and need not copy first.
+int GetBuffer(AVCodecContext* codec, AVFrame* frame, int flags) {
+    constexpr int kEncodersEdge = 32;  // pixels, of both sides
+    constexpr int kMacroblock = 16;
+    const bool whole = codec->width % kMacroblock == 0 && codec->height % kMacroblock == 0;
+    const int edge = whole ? kEncodersEdge : 0;
+    frame->width += edge;
+    const int result = avcodec_default_get_buffer2(codec, frame, flags);
+    frame->width -= edge;
+    return result;
+}
+
+void AllocateForEncoders(AVCodecContext& codec) {
+    codec.get_buffer2 = GetBuffer;
+    // Later versions ask for nothing else, this one wants to be told.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    codec.thread_safe_callbacks = 1;
+#pragma GCC diagnostic pop
+}
+
 }  // namespace
 
 StreamDecoder::StreamDecoder(const AVStream& stream, Ticks start, const std::string& path,
@@ -24,6 +46,7 @@ StreamDecoder::StreamDecoder(const AVStream& stream, Ticks start, const std::str
     CheckAv(avcodec_parameters_to_context(codec_.get(), stream.codecpar), path);
     codec_->pkt_timebase = stream.time_base;
     codec_->thread_count = 0;  // as many as there are processors
+    if (codec_->codec_type == AVMEDIA_TYPE_VIDEO) AllocateForEncoders(*codec_);
     CheckAv(avcodec_open2(codec_.get(), decoder, nullptr), path);
     const Ratio rate = NominalFrameRate(stream);
     if (codec_->codec_type == AVMEDIA_TYPE_VIDEO)

@@ -1,0 +1,47 @@
+#include "engine/plan/frame_memory.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace engine {
+namespace {
+
+// Bytes in mebibytes, the rest in frames.
+struct Limits {
+    std::int64_t gop_bytes, least_gop, most_gop;
+    std::int64_t ahead_bytes, least_ahead, most_ahead;
+    std::int64_t waiting_bytes, least_waiting, most_waiting;
+};
+
+// clang-format off
+// Our own encoder takes so long that what waits decides how busy the processors are; beside the others
+// decoding is half of the work.
+constexpr Limits kOwn{
+    // bytes  least  most
+    96,       60,    300,   // of a GOP
+    64,       4,     16,    // ahead
+    64,       8,     150};  // waiting
+constexpr Limits kOthers{
+    96,       60,    100,
+    4,        4,     16,
+    32,       8,     16};
+// clang-format on
+
+}  // namespace
+
+FrameMemory FrameMemoryOf(const VideoPlan& plan) {
+    const bool own = plan.WrittenCodec().maker.kind == platform::CodecMaker::Kind::Wmv9;
+    const Limits& limits = own ? kOwn : kOthers;
+    const std::int64_t frame = std::int64_t{plan.width} * plan.height * 3 / 2;
+    const auto frames_of = [frame](std::int64_t mebibytes, std::int64_t least, std::int64_t most) {
+        return std::clamp((mebibytes << 20) / frame, least, most);
+    };
+    const std::int64_t gop = frames_of(limits.gop_bytes, limits.least_gop, limits.most_gop);
+    const std::int64_t ahead = frames_of(limits.ahead_bytes, limits.least_ahead, limits.most_ahead);
+    const std::int64_t waiting =
+        frames_of(limits.waiting_bytes, limits.least_waiting, limits.most_waiting);
+    return {static_cast<int>(gop), static_cast<int>(ahead),
+            static_cast<int>(std::min(waiting, gop / 2))};
+}
+
+}  // namespace engine
