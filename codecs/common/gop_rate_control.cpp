@@ -126,6 +126,7 @@ double GopRateControl::Remaining() const {
 }
 
 double GopRateControl::IPart() const {
+    if (settings_.weighs_i) return 1;
     const std::size_t pictures = budget_.pictures.size();
     if (pictures < 2) return IQuantiserPart(budget_.experience.delta_texture, Remaining());
     const double deltas = static_cast<double>(pictures) - 1;

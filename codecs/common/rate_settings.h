@@ -21,6 +21,8 @@ struct RateSettings {
     /// Small changes of the quantiser only: a first pass that finds out what pictures take should
     /// not take it from each differently.
     bool steady = false;
+    /// The encoder itself makes I pictures finer, so they are asked for as P pictures are.
+    bool weighs_i = false;
     double halves_up_to = 0;  // above it, quantisers are whole numbers
 
     /// The nearest quantiser that a picture can be coded with.

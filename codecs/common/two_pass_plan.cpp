@@ -28,24 +28,25 @@ struct Demand {
     }
 };
 
-Demand DemandOf(const FirstPassGop& gop) {
+Demand DemandOf(const RateSettings& settings, const FirstPassGop& gop) {
     Demand demand;
     demand.seconds = gop.seconds;
     if (gop.pictures.empty()) return demand;
     demand.i_picture = gop.pictures.front().bits;
     for (std::size_t i = 1; i < gop.pictures.size(); ++i) demand.deltas += gop.pictures[i].ByP();
+    if (settings.weighs_i) return demand;
     const double count = std::max(1.0, static_cast<double>(gop.pictures.size()) - 1);
     demand.i_part = IQuantiserPart(
         demand.deltas.texture / count / std::max(1.0, demand.i_picture.texture), count);
     return demand;
 }
 
-std::vector<Demand> Demands(const std::vector<FirstPassGop>& gops) {
+std::vector<Demand> Demands(const RateSettings& settings, const std::vector<FirstPassGop>& gops) {
     std::vector<Demand> demands;
     double texture = 0;
     double seconds = 0;
     for (const FirstPassGop& gop : gops) {
-        const Demand demand = DemandOf(gop);
+        const Demand demand = DemandOf(settings, gop);
         texture += demand.i_picture.texture + demand.deltas.texture;
         seconds += demand.seconds;
         demands.push_back(demand);
@@ -82,7 +83,7 @@ double Fill(const RateSettings& settings, const std::vector<Demand>& demands, do
 
 std::vector<PlannedGop> PlanGops(const RateSettings& settings, std::vector<FirstPassGop> gops) {
     std::vector<PlannedGop> plan(gops.size());
-    const std::vector<Demand> demands = Demands(gops);
+    const std::vector<Demand> demands = Demands(settings, gops);
     double total = 0;
     for (const FirstPassGop& gop : gops) total += settings.rate_bps * gop.seconds;
     // More coarsely is never more bits, so the quantiser that fits is found by halving.

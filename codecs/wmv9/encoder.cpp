@@ -11,6 +11,7 @@
 #include "codecs/wmv9/frame.h"
 #include "codecs/wmv9/intensity.h"
 #include "codecs/wmv9/lookahead.h"
+#include "codecs/wmv9/macroblock_tree.h"
 #include "codecs/wmv9/mode_decision.h"
 #include "codecs/wmv9/picture_coder.h"
 #include "codecs/wmv9/picture_tools.h"
@@ -21,7 +22,9 @@ namespace codecs::wmv9 {
 namespace {
 
 constexpr int kLargestSide = 8192;
-constexpr int kAnchors = 3;          // two references and the one that is coded
+constexpr int kAnchors = 3;  // two references and the one that is coded
+
+constexpr double kCoarsest = 31;
 constexpr double kFinestHalves = 9;  // quantisers in halves below
 
 // Pictures after an I picture until P pictures are what they usually are, and tools can be tried.
@@ -83,6 +86,7 @@ struct Tables {
 struct Past {
     int earlier = -1;  // anchors; -1 = none
     int later = -1;
+    int later_number = -1;  // in the look-ahead; -1 = not there
     bool later_is_i = false;
     int later_grid = 0;
     int mapped = -1;  // the picture that the later one was predicted from; -1 = the earlier one
@@ -144,10 +148,18 @@ class Encoder::Impl {
         return result_ == nullptr ? PictureView() : result_->View();
     }
 
-    int ChooseBPictures(const PictureView& before, std::span<const PictureView> next) {
-        if (settings_.b_pictures == 0) return 0;
-        const int most = std::min(lookahead_.Choose(before, next), settings_.b_pictures);
-        if (most == 0 || preset_.b_trials == 0 || next_.later < 0) return most;
+    void LookAhead(const PictureView& picture) {
+        if (preset_.lookahead == 0) return;
+        lookahead_.DropBefore(past_.later_number);
+        lookahead_.Add(picture);
+    }
+
+    int ChooseBPictures(std::span<const PictureView> next, int first) {
+        const int count = static_cast<int>(next.size());
+        if (settings_.b_pictures == 0 || !lookahead_.Has(next_.later_number)) return 0;
+        const int most =
+            std::min(lookahead_.Choose(next_.later_number, first, count), settings_.b_pictures);
+        if (most == 0 || preset_.b_trials == 0) return most;
         if (next_.until_b == 0) {
             const double cost = CostOfBPictures(next);
             next_.b_cost =
@@ -221,7 +233,7 @@ class Encoder::Impl {
         return coded;
     }
 
-    PictureHeader HeaderFor(const PictureRequest& request) const {
+    PictureHeader HeaderFor(const PictureRequest& request) {
         PictureHeader header;
         header.kind = request.kind;
         if (past_.later < 0)
@@ -230,27 +242,43 @@ class Encoder::Impl {
             header.kind = PictureKind::kP;
         header.b_pictures = std::clamp(request.b_pictures, 1, std::max(1, settings_.b_pictures));
         header.b_number = std::clamp(request.b_number, 1, header.b_pictures);
-        const double quantiser = std::clamp(request.quantiser, 1.0, 31.0);
-        if (quantiser < kFinestHalves) {
-            header.half_step = std::lround(2 * quantiser) % 2 != 0;
-            header.quantiser = static_cast<int>(std::lround(2 * quantiser) / 2);
-        } else {
-            header.quantiser = static_cast<int>(std::lround(quantiser));
-        }
-        header.half_step = header.half_step && header.quantiser <= 8;
-        const auto whole = static_cast<int>(std::lround(quantiser));
-        if (sequence_.varying_quantiser && header.kind == PictureKind::kP &&
-            whole > QuantiserMap::kMean) {
-            header.varying = true;
-            header.half_step = false;
-            header.quantiser = whole - QuantiserMap::kMean;
-        }
+        number_ = lookahead_.Has(request.number) ? request.number : -1;
+        asked_ = SetQuantiser(header, request.quantiser);
+        mean_quantiser_ = asked_;
+        if (!header.IsB()) ChooseQuantisers(header);
         header.counter = past_.counter;
         header.vector_range = VectorRange(settings_);
         past_.tools.ApplyTo(header);
         header.rounding = header.kind == PictureKind::kP ? 1 - past_.rounding : past_.rounding;
         UseTables(header);
         return header;
+    }
+
+    // The nearest that there is, which is returned.
+    static double SetQuantiser(PictureHeader& header, double quantiser) {
+        quantiser = std::clamp(quantiser, 1.0, kCoarsest);
+        const bool halves = quantiser < kFinestHalves;
+        const double coded = halves ? std::round(2 * quantiser) / 2 : std::round(quantiser);
+        header.quantiser = static_cast<int>(coded);
+        header.half_step = coded > header.quantiser;
+        return coded;
+    }
+
+    // Of an I or P picture, by what later ones refer to and by what is seen.
+    void ChooseQuantisers(PictureHeader& header) {
+        std::span<const float> worth;
+        if (number_ >= 0) worth = tree_.Worth(lookahead_, number_);
+        if (header.IsI()) {
+            if (!worth.empty())
+                mean_quantiser_ = SetQuantiser(header, asked_ * QuantiserPart(worth));
+            return;
+        }
+        if (!sequence_.varying_quantiser) return;
+        quantisers_.Choose(BestKernels(), source_, asked_, worth);
+        header.varying = true;
+        header.half_step = false;
+        header.quantiser = quantisers_.OfPicture();
+        mean_quantiser_ = quantisers_.Mean();
     }
 
     void UseTables(PictureHeader& header) const {
@@ -270,10 +298,7 @@ class Encoder::Impl {
         Picture picture{sequence_, header, BestKernels(),
                         source_,   result, anchor ? grids_[Index(grid)] : b_grid_};
         if (header.IsI() && picture.Overlaps()) Overlap::Sharpen(source_);
-        if (header.varying) {
-            quantisers_.Measure(picture.kernels, source_);
-            picture.quantisers = &quantisers_;
-        }
+        if (header.varying) picture.quantisers = &quantisers_;
         int mapped = -1;
         if (header.kind == PictureKind::kP) {
             picture.past = &Anchor(past_.later);
@@ -293,18 +318,16 @@ class Encoder::Impl {
         coder_.Analyse(picture, mode_decision_);
         ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
         const std::size_t level_bits = coder_.Write(picture);
-        const double quantiser = header.quantiser + (header.half_step ? 0.5 : 0) +
-                                 (header.varying ? QuantiserMap::kMean : 0);
-        Remember(picture.header, quantiser, place, grid, mapped);
+        Remember(picture.header, place, grid, mapped);
         result_ = &result;
         grid_ = &picture.grid;
         if (anchor) result.Extend();
 
         CodedPicture coded;
         coded.data = coder_.Bits().Bytes();
-        cost_quantiser_ = anchor ? quantiser : past_.quantiser;
+        cost_quantiser_ = anchor ? mean_quantiser_ : past_.quantiser;
         coded.kind = header.kind;
-        coded.quantiser = quantiser;
+        coded.quantiser = asked_;
         coded.bits = PictureBits::Taken(static_cast<double>(level_bits),
                                         static_cast<double>(8 * coded.data.size() - level_bits),
                                         coded.quantiser);
@@ -319,7 +342,7 @@ class Encoder::Impl {
         return place;
     }
 
-    void Remember(const PictureHeader& header, double quantiser, int place, int grid, int mapped) {
+    void Remember(const PictureHeader& header, int place, int grid, int mapped) {
         next_ = past_;
         next_.counter = (past_.counter + 1) % 4;
         next_.tables[static_cast<int>(header.kind)] = {header.vector_table, header.pattern_table,
@@ -332,7 +355,8 @@ class Encoder::Impl {
         next_.later_grid = grid;
         next_.mapped = mapped;
         next_.rounding = header.IsI() ? 1 : header.rounding;
-        next_.quantiser = quantiser;
+        next_.quantiser = asked_;
+        next_.later_number = number_;
         if (!header.IsI()) return;
         next_.until_tools = next_.until_b = kFirstTrial;
         next_.b_cost = 0;
@@ -355,7 +379,12 @@ class Encoder::Impl {
     const RdModeDecision mode_decision_;
     PictureCoder coder_;
     Lookahead lookahead_;
+    MacroblockTree tree_;
     QuantiserMap quantisers_;
+    // Of the picture in hand.
+    int number_ = -1;            // in the look-ahead
+    double asked_ = 0;           // quantiser
+    double mean_quantiser_ = 0;  // of its macroblocks
     Frame source_;
     Frame b_frame_;
     MacroblockGrid b_grid_;
@@ -368,6 +397,10 @@ class Encoder::Impl {
     const Frame* result_ = nullptr;
     const MacroblockGrid* grid_ = nullptr;
 };
+
+int LookaheadPictures(const EncoderSettings& settings) {
+    return PresetOf(settings.preset).lookahead;
+}
 
 Encoder::Encoder(const EncoderSettings& settings) : impl_(std::make_unique<Impl>(settings)) {}
 Encoder::~Encoder() = default;
@@ -386,8 +419,10 @@ void Encoder::Forget() { impl_->Forget(); }
 
 PictureView Encoder::Reconstruction() const { return impl_->Reconstruction(); }
 
-int Encoder::ChooseBPictures(const PictureView& before, std::span<const PictureView> next) {
-    return impl_->ChooseBPictures(before, next);
+void Encoder::LookAhead(const PictureView& picture) { impl_->LookAhead(picture); }
+
+int Encoder::ChooseBPictures(std::span<const PictureView> next, int first) {
+    return impl_->ChooseBPictures(next, first);
 }
 
 }  // namespace codecs::wmv9

@@ -22,8 +22,8 @@ struct EncoderSettings {
     int preset = 60;     // 0 fastest to 100 best
     int b_pictures = 0;  // the most consecutive ones, 0 to 3; none in Simple profile
     int threads = 1;     // that code the rows of a picture side by side; changes no output
-    /// Coarser where the eye sees less, and finer elsewhere; P pictures then have whole
-    /// quantisers. Not in Simple profile.
+    /// P pictures are coarser where the eye sees less, and finer where later pictures refer to
+    /// them. Not in Simple profile.
     bool adaptive = false;
     double pictures_per_second = 30;  // hints of the sequence header
     double rate_bps = 0;
@@ -43,14 +43,18 @@ struct PictureRequest {
     /// A P picture may become an I picture where the scene changes; not when B pictures are to
     /// come that stand before it.
     bool may_be_i = true;
+    int number = -1;  // among those that LookAhead was given; -1 = not among them
 };
 
 struct CodedPicture {
     std::span<const std::uint8_t> data;  // valid until the next call
     PictureKind kind = PictureKind::kI;  // a P picture may have become an I picture
-    double quantiser = 0;                // that was used
+    double quantiser = 0;                // that was asked for, as near to it as there is one
     PictureBits bits;
 };
+
+/// How many pictures Encoder::LookAhead had better be given beyond the one that is coded.
+int LookaheadPictures(const EncoderSettings& settings);
 
 /// Takes pictures in coding order: a B picture after the later one of the two that it refers to.
 /// The first picture becomes an I picture whatever is asked, and a B picture without two others
@@ -75,10 +79,14 @@ class Encoder {
     /// What a decoder shows of the picture coded last; until the next call.
     PictureView Reconstruction() const;
 
-    /// How many of the pictures that come next, the last of which would be a P picture, are better
-    /// coded as B pictures: the first n of them, n below their number. `before` is the source of
-    /// the I or P picture before them. Afterwards the picture coded last cannot be coded again.
-    int ChooseBPictures(const PictureView& before, std::span<const PictureView> next);
+    /// The next picture in the order in which they are shown. I and P pictures become finer the
+    /// more of those that it has been given since are predicted with them, and are so again.
+    void LookAhead(const PictureView& picture);
+    /// How many of these pictures, which come after the I or P picture coded last and of which the
+    /// last would be a P picture, are better coded as B pictures: the first n of them, n below
+    /// their number. Afterwards the picture coded last cannot be coded again.
+    /// @param first  number of the first of them; LookAhead has been given them all
+    int ChooseBPictures(std::span<const PictureView> next, int first);
 
   private:
     class Impl;

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "codecs/common/index.h"
 #include "codecs/wmv9/b_fractions.h"
@@ -43,12 +44,35 @@ Lookahead::Lookahead(int width, int height, int rounds)
       rows_(BlocksIn(height)),
       stride_(kBlock * columns_ + 2 * kMargin),
       rounds_(rounds),
-      pictures_(kMostBPictures + 2),
       to_earlier_(Index(columns_) * Index(rows_)),
-      to_later_(to_earlier_.size()) {
-    for (Small& small : pictures_)
-        small.memory.resize(static_cast<std::size_t>(stride_) *
-                            Index(kBlock * rows_ + 2 * kMargin));
+      to_later_(to_earlier_.size()) {}
+
+void Lookahead::Add(const PictureView& picture) {
+    Small small;
+    if (!spare_.empty()) {
+        small = std::move(spare_.back());
+        spare_.pop_back();
+    }
+    small.memory.resize(static_cast<std::size_t>(stride_) * Index(kBlock * rows_ + 2 * kMargin));
+    small.own.resize(to_earlier_.size());
+    small.moves.resize(to_earlier_.size());
+    Load(picture, small);
+    for (int row = 0; row < rows_; ++row)
+        for (int column = 0; column < columns_; ++column)
+            small.own[Place(column, row)] = OwnBlockCost(small, column, row);
+    if (!pictures_.empty()) MovedCost(small, pictures_.back(), small.moves);
+    pictures_.push_back(std::move(small));
+}
+
+void Lookahead::DropBefore(int number) {
+    for (; first_ < number && !pictures_.empty(); ++first_) {
+        spare_.push_back(std::move(pictures_.front()));
+        pictures_.pop_front();
+    }
+}
+
+const Lookahead::Small& Lookahead::At(int number) const {
+    return pictures_[Index(number - first_)];
 }
 
 std::size_t Lookahead::Place(int column, int row) const {
@@ -86,46 +110,59 @@ std::uint32_t Lookahead::OwnBlockCost(const Small& picture, int column, int row)
     return kernels_.sad(block, stride_, mean, 0, kBlock, kBlock) + kOwnCost;
 }
 
-std::int64_t Lookahead::OwnCost(const Small& picture) const {
-    std::int64_t cost = 0;
-    for (int row = 0; row < rows_; ++row)
-        for (int column = 0; column < columns_; ++column)
-            cost += OwnBlockCost(picture, column, row);
-    return cost;
+const std::uint8_t* Lookahead::Predict(const Small& reference, const Move& move, int column,
+                                       int row, std::uint8_t* room, std::ptrdiff_t& stride) const {
+    const std::uint8_t* const whole =
+        reference.At(kBlock * column + (move.x >> 1), kBlock * row + (move.y >> 1), stride_);
+    stride = stride_;
+    if ((move.x & 1) == 0 && (move.y & 1) == 0) return whole;
+    kernels_.bilinear(room, kBlock, whole, stride_, kBlock, kBlock, 2 * (move.x & 1),
+                      2 * (move.y & 1), 0);
+    stride = kBlock;
+    return room;
+}
+
+std::uint32_t Lookahead::MoveCost(const Small& picture, const Small& reference, const Move& move,
+                                  int column, int row) const {
+    alignas(64) std::uint8_t room[kBlock * kBlock];
+    std::ptrdiff_t stride = 0;
+    const std::uint8_t* const predicted = Predict(reference, move, column, row, room, stride);
+    const bool moves = move.x != 0 || move.y != 0;
+    return kernels_.sad(picture.At(kBlock * column, kBlock * row, stride_), stride_, predicted,
+                        stride, kBlock, kBlock) +
+           (moves ? kMoveCost : 0);
 }
 
 Lookahead::Move Lookahead::FindMove(const Small& picture, const Small& reference, int column,
                                     int row, const std::vector<Move>& found) const {
-    const int left = kBlock * column;
-    const int top = kBlock * row;
-    const std::uint8_t* const block = picture.At(left, top, stride_);
     Move best;
-    best.cost =
-        kernels_.sad(block, stride_, reference.At(left, top, stride_), stride_, kBlock, kBlock);
+    best.cost = MoveCost(picture, reference, best, column, row);
     const auto consider = [&](int x, int y) {
-        const bool inside = left + x > -kMargin &&
-                            left + x < kBlock * columns_ + kMargin - kBlock && top + y > -kMargin &&
-                            top + y < kBlock * rows_ + kMargin - kBlock;
+        const int left = kBlock * column + (x >> 1);
+        const int top = kBlock * row + (y >> 1);
+        const bool inside = left > -kMargin && left < kBlock * columns_ + kMargin - kBlock - 1 &&
+                            top > -kMargin && top < kBlock * rows_ + kMargin - kBlock - 1;
         if (!inside || (x == best.x && y == best.y)) return false;
-        const std::uint32_t cost =
-            kernels_.sad(block, stride_, reference.At(left + x, top + y, stride_), stride_, kBlock,
-                         kBlock) +
-            kMoveCost;
+        const std::uint32_t cost = MoveCost(picture, reference, {x, y}, column, row);
         if (cost >= best.cost) return false;
         best = {x, y, cost};
         return true;
     };
     if (rounds_ == 0) return best;
-    if (column > 0) consider(found[Place(column - 1, row)].x, found[Place(column - 1, row)].y);
-    if (row > 0) consider(found[Place(column, row - 1)].x, found[Place(column, row - 1)].y);
-    for (int round = 0; round < rounds_; ++round) {
+    const auto consider_whole = [&](const Move& move) { consider(move.x & ~1, move.y & ~1); };
+    if (column > 0) consider_whole(found[Place(column - 1, row)]);
+    if (row > 0) consider_whole(found[Place(column, row - 1)]);
+    if (row > 0 && column + 1 < columns_) consider_whole(found[Place(column + 1, row - 1)]);
+    const auto around = [&](int step) {
         const Move c = best;
-        bool better = consider(c.x - 1, c.y);
-        better = consider(c.x + 1, c.y) || better;
-        better = consider(c.x, c.y - 1) || better;
-        better = consider(c.x, c.y + 1) || better;
-        if (!better) break;
-    }
+        bool better = consider(c.x - step, c.y);
+        better = consider(c.x + step, c.y) || better;
+        better = consider(c.x, c.y - step) || better;
+        return consider(c.x, c.y + step) || better;
+    };
+    for (int round = 0; round < rounds_; ++round)
+        if (!around(2)) break;
+    around(1);
     return best;
 }
 
@@ -136,7 +173,7 @@ std::int64_t Lookahead::MovedCost(const Small& picture, const Small& reference,
         for (int column = 0; column < columns_; ++column) {
             const Move move = FindMove(picture, reference, column, row, moves);
             moves[Place(column, row)] = move;
-            cost += std::min(move.cost, OwnBlockCost(picture, column, row));
+            cost += std::min(move.cost, picture.own[Place(column, row)]);
         }
     }
     return cost;
@@ -150,44 +187,50 @@ std::int64_t Lookahead::BCost(const Small& picture, const Small& earlier, const 
         for (int column = 0; column < columns_; ++column) {
             const Move& e = to_earlier_[Place(column, row)];
             const Move& l = to_later_[Place(column, row)];
-            const int left = kBlock * column;
-            const int top = kBlock * row;
-            std::uint8_t mean[kBlock * kBlock];
-            kernels_.average(mean, kBlock, earlier.At(left + e.x, top + e.y, stride_), stride_,
-                             later.At(left + l.x, top + l.y, stride_), stride_, kBlock, kBlock);
-            const std::uint32_t both = kernels_.sad(picture.At(left, top, stride_), stride_, mean,
-                                                    kBlock, kBlock, kBlock) +
-                                       kMoveCost;
-            cost += std::min({e.cost, l.cost, both, OwnBlockCost(picture, column, row)});
+            alignas(64) std::uint8_t one[kBlock * kBlock];
+            alignas(64) std::uint8_t other[kBlock * kBlock];
+            std::ptrdiff_t one_stride = 0;
+            std::ptrdiff_t other_stride = 0;
+            const std::uint8_t* const a = Predict(earlier, e, column, row, one, one_stride);
+            const std::uint8_t* const b = Predict(later, l, column, row, other, other_stride);
+            kernels_.average(one, kBlock, a, one_stride, b, other_stride, kBlock, kBlock);
+            const std::uint32_t both =
+                kernels_.sad(picture.At(kBlock * column, kBlock * row, stride_), stride_, one,
+                             kBlock, kBlock, kBlock) +
+                kMoveCost;
+            cost += std::min({e.cost, l.cost, both, picture.own[Place(column, row)]});
         }
     }
     return cost;
 }
 
-int Lookahead::Choose(const PictureView& before, std::span<const PictureView> next) {
-    const int count = std::min(static_cast<int>(next.size()), kMostBPictures + 1);
-    if (count < 2) return 0;
-    Load(before, pictures_[0]);
-    for (int i = 0; i < count; ++i) Load(next[Index(i)], pictures_[Index(i) + 1]);
+int Lookahead::Choose(int before, int first, int count) {
     // No B picture refers to two scenes.
-    int most = count - 1;
+    int most = std::min(count - 1, kMostBPictures);
     std::int64_t first_cost = 0;
     for (int i = 0; i <= most; ++i) {
-        const std::int64_t moved =
-            MovedCost(pictures_[Index(i) + 1], pictures_[Index(i)], to_earlier_);
+        const Small& picture = At(first + i);
+        // What was dropped leaves gaps.
+        const bool follows = i > 0 || before == first - 1;
+        std::int64_t moved = 0;
+        std::int64_t own = 0;
+        if (!follows) moved = MovedCost(picture, At(before), to_earlier_);
+        for (std::size_t n = 0; n < picture.own.size(); ++n) {
+            own += picture.own[n];
+            if (follows) moved += std::min(picture.moves[n].cost, picture.own[n]);
+        }
         if (i == 0) first_cost = moved;
-        const auto own = static_cast<double>(OwnCost(pictures_[Index(i) + 1]));
-        if (static_cast<double>(moved) > (1 - kScenePart) * own) most = std::max(0, i - 1);
+        if (static_cast<double>(moved) > (1 - kScenePart) * static_cast<double>(own))
+            most = std::max(0, i - 1);
     }
     // As many as cost the least a picture.
     int best = 0;
     auto least = static_cast<double>(first_cost);
     for (int b_pictures = 1; b_pictures <= most; ++b_pictures) {
-        const Small& anchor = pictures_[Index(b_pictures) + 1];
-        auto cost = static_cast<double>(MovedCost(anchor, pictures_[0], to_earlier_));
+        const Small& anchor = At(first + b_pictures);
+        auto cost = static_cast<double>(MovedCost(anchor, At(before), to_earlier_));
         for (int i = 0; i < b_pictures; ++i)
-            cost += kBCostPart *
-                    static_cast<double>(BCost(pictures_[Index(i) + 1], pictures_[0], anchor));
+            cost += kBCostPart * static_cast<double>(BCost(At(first + i), At(before), anchor));
         cost /= b_pictures + 1;
         if (cost >= least) continue;
         least = cost;

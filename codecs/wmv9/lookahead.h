@@ -1,8 +1,8 @@
-// Judges by small copies of pictures which of them are best coded as B pictures.
+// Looks at small copies of the pictures that come: what moves where, and what is referred to.
 #pragma once
 
 #include <cstdint>
-#include <span>
+#include <deque>
 #include <vector>
 
 #include "codecs/wmv9/encoder.h"
@@ -10,32 +10,57 @@
 
 namespace codecs::wmv9 {
 
-/// Keeps scratch memory for pictures of one size, in samples of luma. One thread at a time.
+/// Keeps pictures of one size by their number, from 0 on in the order in which they are shown. A
+/// block is 8x8 samples of the copy, a macroblock of the picture. One thread at a time.
 class Lookahead {
   public:
-    /// @param rounds  of the motion search; 0 = nothing is taken to move
+    struct Move {
+        int x = 0;  // halves of a sample of the copy
+        int y = 0;
+        std::uint32_t cost = 0;
+    };
+
+    /// @param width, height  of the pictures, in samples of luma
+    /// @param rounds         of the motion search; 0 = nothing is taken to move
     Lookahead(int width, int height, int rounds);
 
-    /// See Encoder::ChooseBPictures.
-    int Choose(const PictureView& before, std::span<const PictureView> next);
+    /// The next picture.
+    void Add(const PictureView& picture);
+    /// Those before that one are needed no more.
+    void DropBefore(int number);
+    int End() const { return first_ + static_cast<int>(pictures_.size()); }
+    bool Has(int number) const { return number >= first_ && number < End(); }
+
+    /// How many of the `count` pictures from `first` on, the last of which would be a P picture,
+    /// are better coded as B pictures.
+    /// @param before  the number of the I or P picture before them
+    int Choose(int before, int first, int count);
+
+    int Columns() const { return columns_; }  // blocks
+    int Rows() const { return rows_; }
+    /// Of a picture's blocks, from the picture before it; what they cost by themselves.
+    const std::vector<Move>& Moves(int number) const { return At(number).moves; }
+    const std::vector<std::uint32_t>& OwnCosts(int number) const { return At(number).own; }
 
   private:
     // Luma at half the size, in whole blocks, with a margin.
     struct Small {
         std::vector<std::uint8_t> memory;
+        std::vector<std::uint32_t> own;
+        std::vector<Move> moves;
         const std::uint8_t* At(int x, int y, std::ptrdiff_t stride) const;
     };
-    struct Move {
-        int x = 0;
-        int y = 0;
-        std::uint32_t cost = 0;
-    };
 
+    const Small& At(int number) const;
     void Load(const PictureView& picture, Small& small) const;
-    std::int64_t OwnCost(const Small& picture) const;
     std::int64_t MovedCost(const Small& picture, const Small& reference,
                            std::vector<Move>& moves) const;
     std::int64_t BCost(const Small& picture, const Small& earlier, const Small& later);
+    /// Where the prediction stands: in the reference, or in `room` of 8x8.
+    const std::uint8_t* Predict(const Small& reference, const Move& move, int column, int row,
+                                std::uint8_t* room, std::ptrdiff_t& stride) const;
+    std::uint32_t MoveCost(const Small& picture, const Small& reference, const Move& move,
+                           int column, int row) const;
     Move FindMove(const Small& picture, const Small& reference, int column, int row,
                   const std::vector<Move>& found) const;
     std::uint32_t OwnBlockCost(const Small& picture, int column, int row) const;
@@ -44,11 +69,13 @@ class Lookahead {
     const Kernels& kernels_;
     const int width_;  // of the pictures
     const int height_;
-    const int columns_;  // blocks
+    const int columns_;
     const int rows_;
     const std::ptrdiff_t stride_;
     const int rounds_;
-    std::vector<Small> pictures_;  // the one before, then the next ones
+    std::deque<Small> pictures_;
+    std::vector<Small> spare_;
+    int first_ = 0;  // number of the first of them
     std::vector<Move> to_earlier_;
     std::vector<Move> to_later_;
 };

@@ -23,6 +23,7 @@ struct Preset {
     int skip_bits = 0;
     bool fades = false;        // references are mapped where the brightness changes
     bool overlap = false;      // coarse blocks are smoothed where they meet
+    int lookahead = 0;         // pictures beyond the one that is coded
     int lookahead_rounds = 0;  // of its motion search
     /// P pictures from one that is coded with all tools that may suit it to the next; 0 = none is.
     int tool_trials = 0;

@@ -1,21 +1,38 @@
 #include "codecs/wmv9/quantiser_map.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numeric>
 
 namespace codecs::wmv9 {
 namespace {
 
-// Quantisers by a doubling of the variance. Chosen by hand on the clips of bench/quality.
-constexpr double kStrength = 0.5;
-constexpr int kLeast = 0;
-constexpr int kMost = 6;
+// Chosen by hand on 17 clips, see docs/video9.md.
+constexpr double kStrength = 0.5;       // quantisers by a doubling of the variance
+constexpr double kMostBelow = 2;        // doublings below the mean that count
+constexpr double kUnworthy = 1.4;       // part of the quantiser where no later picture refers to
+constexpr double kWorthPower = 0.5;     // squared errors are worth in proportion
+constexpr double kWithinPicture = 0.4;  // of the differences in worth, as far as they are trusted
+
+constexpr int kCoarsest = 31;
+constexpr int kShortDifference = 6;  // of a macroblock's quantiser, in three bits in place of eight
 constexpr double kSamples = 256;
+
+double LogPart(double worth) { return std::log(kUnworthy) - kWorthPower * std::log(worth); }
+
+double MeanLogPart(std::span<const float> worth) {
+    double sum = 0;
+    for (const float one : worth) sum += LogPart(one);
+    return sum / static_cast<double>(worth.size());
+}
 
 }  // namespace
 
-void QuantiserMap::Measure(const Kernels& kernels, const Frame& source) {
+double QuantiserPart(std::span<const float> worth) { return std::exp(MeanLogPart(worth)); }
+
+// Logarithms of the variances, beside their mean.
+void QuantiserMap::MeasureActivity(const Kernels& kernels, const Frame& source) {
     activity_.clear();
     for (int y = 0; y < height_; ++y) {
         for (int x = 0; x < width_; ++x) {
@@ -28,10 +45,38 @@ void QuantiserMap::Measure(const Kernels& kernels, const Frame& source) {
     }
     const double mean = std::accumulate(activity_.begin(), activity_.end(), 0.0) /
                         static_cast<double>(activity_.size());
-    for (std::size_t i = 0; i < more_.size(); ++i) {
-        const auto more = static_cast<int>(std::lround(kMean + kStrength * (activity_[i] - mean)));
-        more_[i] = static_cast<std::uint8_t>(std::clamp(more, kLeast, kMost));
+    for (double& activity : activity_) activity -= mean;
+}
+
+void QuantiserMap::Choose(const Kernels& kernels, const Frame& source, double quantiser,
+                          std::span<const float> worth) {
+    MeasureActivity(kernels, source);
+    const double mean = worth.empty() ? 0 : MeanLogPart(worth);
+    std::array<int, kCoarsest + 1> counts{};
+    for (std::size_t i = 0; i < quantisers_.size(); ++i) {
+        double part = 1;
+        if (!worth.empty()) part = std::exp(mean + kWithinPicture * (LogPart(worth[i]) - mean));
+        const double wanted = quantiser * part + kStrength * std::max(activity_[i], -kMostBelow);
+        const int whole = std::clamp(static_cast<int>(std::lround(wanted)), 1, kCoarsest);
+        quantisers_[i] = static_cast<std::uint8_t>(whole);
+        ++counts[Index(whole)];
     }
+    Summarise(counts);
+}
+
+void QuantiserMap::Summarise(std::span<const int> counts) {
+    double sum = 0;
+    int most = -1;
+    for (int first = 1; first <= kCoarsest; ++first) {
+        sum += first * counts[Index(first)];
+        int within = 0;
+        for (int q = first; q <= std::min(first + kShortDifference, kCoarsest); ++q)
+            within += counts[Index(q)];
+        if (within < most) continue;
+        most = within;
+        of_picture_ = first;
+    }
+    mean_ = sum / static_cast<double>(quantisers_.size());
 }
 
 }  // namespace codecs::wmv9

@@ -1,7 +1,8 @@
-// How coarsely each macroblock is coded where the eye sees different detail.
+// How coarsely each macroblock of a picture is coded.
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "codecs/common/index.h"
@@ -10,25 +11,37 @@
 
 namespace codecs::wmv9 {
 
+/// The quantiser of a whole picture whose macroblocks are worth so much to later ones (see
+/// MacroblockTree), as a part of the quantiser asked for.
+double QuantiserPart(std::span<const float> worth);
+
 /// Busy macroblocks hide more than flat ones: quantisers follow the logarithm of their variance,
-/// beside the picture's mean.
+/// beside the picture's mean. Those that later pictures refer to are finer.
 class QuantiserMap {
   public:
     /// In macroblocks.
     QuantiserMap(int width, int height) : width_(width), height_(height) {
-        more_.resize(Index(width) * Index(height));
+        quantisers_.resize(Index(width) * Index(height));
     }
 
-    void Measure(const Kernels& kernels, const Frame& source);
-    /// What is added to the picture's quantiser: 0 to 6, kMean on average.
-    int More(int x, int y) const { return more_[Index(y) * Index(width_) + Index(x)]; }
-
-    static constexpr int kMean = 1;
+    /// @param quantiser  asked for, 1 to 31
+    /// @param worth      of macroblocks in raster order; empty = all alike
+    void Choose(const Kernels& kernels, const Frame& source, double quantiser,
+                std::span<const float> worth);
+    int At(int x, int y) const { return quantisers_[Index(y) * Index(width_) + Index(x)]; }
+    /// The picture's own, beside which the macroblocks' take the fewest bits.
+    int OfPicture() const { return of_picture_; }
+    double Mean() const { return mean_; }
 
   private:
+    void MeasureActivity(const Kernels& kernels, const Frame& source);
+    void Summarise(std::span<const int> counts);
+
     int width_;
     int height_;
-    std::vector<std::uint8_t> more_;
+    int of_picture_ = 1;
+    double mean_ = 1;
+    std::vector<std::uint8_t> quantisers_;
     std::vector<double> activity_;
 };
 

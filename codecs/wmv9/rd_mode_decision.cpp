@@ -16,12 +16,9 @@ constexpr int kLuma = 16;
 // Bits that an intra macroblock takes at least. Chosen by hand on the clips of bench/quality.
 constexpr std::uint32_t kIntraBits = 24;
 
-constexpr int kCoarsest = 31;
-
 Quantiser MakeQuantiser(const Picture& picture, int x, int y) {
     const PictureHeader& header = picture.header;
-    const int more = header.varying ? picture.quantisers->More(x, y) : 0;
-    const int number = std::min(header.quantiser + more, kCoarsest);
+    const int number = header.varying ? picture.quantisers->At(x, y) : header.quantiser;
     return Quantiser::Make(number, header.Step(number), header.IsB());
 }
 

@@ -26,6 +26,7 @@ struct PictureRequest {
     int b_count = 1;
     /// A P picture may become an I picture where the scene changes.
     bool may_be_i = true;
+    int index = 0;  // in the GOP, as shown
 };
 
 /// One thread at a time; coders of several GOPs may work side by side. Its first picture becomes
@@ -47,11 +48,13 @@ class GopCoder {
     /// As if the picture coded last had not been.
     virtual void Forget() {}
 
-    /// How many of the pictures that come next, the last of which would be a P picture, are better
-    /// coded as B pictures: the first n of them, n below their number.
-    /// @param before  the I or P picture before them
-    virtual int ChooseBPictures(const AVFrame& /*before*/,
-                                std::span<const AVFrame* const> /*next*/) {
+    /// The GOP's pictures as they are shown, each before any later one is coded.
+    virtual void LookAhead(const AVFrame& /*frame*/) {}
+    /// How many of these pictures, which come after the I or P picture coded last and of which the
+    /// last would be a P picture, are better coded as B pictures: the first n of them, n below
+    /// their number.
+    /// @param first  index of the first of them in the GOP, as shown
+    virtual int ChooseBPictures(std::span<const AVFrame* const> /*next*/, int /*first*/) {
         return 0;
     }
 };

@@ -33,13 +33,14 @@ std::size_t MostHeld(std::size_t workers, const FrameMemory& memory, int b_pictu
            (workers - 1) * static_cast<std::size_t>(memory.waiting);
 }
 
-// A picture that is recorded waits for no other; a second pass knows them all, and one
-// quantiser asks for none.
-int Ahead(const VideoPlan& plan, const codecs::RateSettings& rate, const EncoderPass& pass) {
-    const bool planned = !pass.first_report.empty();
-    return plan.input.capture || planned || rate.finest == rate.coarsest
-               ? 0
-               : FrameMemoryOf(plan).look_ahead;
+// A picture that is recorded waits for no other; for its rate, a second pass knows them all, and
+// one quantiser asks for none.
+int Ahead(const VideoPlan& plan, const codecs::RateSettings& rate, const EncoderPass& pass,
+          int lookahead) {
+    if (plan.input.capture) return 0;
+    const bool knows = !pass.first_report.empty() || rate.finest == rate.coarsest;
+    const int most = FrameMemoryOf(plan).look_ahead;
+    return knows ? std::min(lookahead, most) : most;
 }
 
 codecs::LumaPlane Luma(const AVFrame& frame) {
@@ -79,12 +80,13 @@ struct GopVideoEncoder::Work {
 
 GopVideoEncoder::GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
                                  const EncoderPass& pass, VideoFrameFormat format,
-                                 StreamHeader header, GopCoderMaker make_coder, int b_pictures)
+                                 StreamHeader header, GopCoderMaker make_coder, int b_pictures,
+                                 int lookahead)
     : format_(format),
       header_(std::move(header)),
       make_coder_(std::move(make_coder)),
       b_pictures_(b_pictures),
-      ahead_(Ahead(plan, rate, pass)),
+      ahead_(Ahead(plan, rate, pass, lookahead)),
       rate_(rate),
       gop_length_(GopLength(plan)),
       length_(pass.length),
@@ -312,6 +314,7 @@ void GopVideoEncoder::Judge(Work& work) const {
     for (; work.judged < work.next.size(); ++work.judged) {
         Frame& frame = work.next[work.judged];
         frame.intra_cost = codecs::IntraCost(Luma(*frame.frame));
+        work.coder->LookAhead(*frame.frame);
         if (work.latest)
             frame.step_cost = codecs::InterCost(Luma(*frame.frame), Luma(*work.latest));
         FrameHandle latest = frames_.Get();
@@ -321,6 +324,7 @@ void GopVideoEncoder::Judge(Work& work) const {
 }
 
 std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) const {
+    if (!work.coder) work.coder = make_coder_(work.gop->control->VbvRoom());
     Judge(work);
     work.all = work.next.size() < Wanted(work);
     std::vector<Outcome> outcomes;
@@ -330,7 +334,8 @@ std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) c
     if (work.before && choice > 1) {
         std::vector<const AVFrame*> next;
         for (std::size_t i = 0; i < choice; ++i) next.push_back(work.next[i].frame.get());
-        b_count = static_cast<std::size_t>(work.coder->ChooseBPictures(*work.before, next));
+        b_count = static_cast<std::size_t>(
+            work.coder->ChooseBPictures(next, static_cast<int>(work.next.front().index)));
     }
     const auto last = work.next.begin() + static_cast<std::ptrdiff_t>(b_count);
     const PictureKind kind = work.before ? PictureKind::kP : PictureKind::kI;
@@ -364,6 +369,7 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
     // What others stand before comes when the picture before them is shown.
     if (b_pictures_ > 0 && !is_b && work.before) outcome.coded.dts = work.before_time;
 
+    request.index = static_cast<int>(frame.index);
     frame.decided = true;
     work.waiting.clear();
     for (const Frame& other : work.next)

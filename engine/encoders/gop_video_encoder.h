@@ -25,9 +25,10 @@ namespace engine {
 class GopVideoEncoder final : public VideoEncoder {
   public:
     /// @param b_pictures  the most consecutive B pictures
+    /// @param lookahead   pictures that the coder wants to know beyond the one that it codes
     GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
                     const EncoderPass& pass, VideoFrameFormat format, StreamHeader header,
-                    GopCoderMaker make_coder, int b_pictures = 0);
+                    GopCoderMaker make_coder, int b_pictures = 0, int lookahead = 0);
     ~GopVideoEncoder() override;
 
     VideoFrameFormat Format() const override { return format_; }

@@ -21,18 +21,20 @@ std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const Enco
     if (maker == CodecMaker::Kind::FullFrames)
         return std::make_unique<FullFrameEncoder>(plan, packets);
     StreamHeader header = VideoStreamHeader(plan);
-    const codecs::RateSettings rate = VideoRate(plan, pass);
+    codecs::RateSettings rate = VideoRate(plan, pass);
     const VideoFrameFormat format{AV_PIX_FMT_YUV420P, plan.width, plan.height};
     if (maker == CodecMaker::Kind::Wmv9) {
         const codecs::wmv9::EncoderSettings settings = Wmv9Settings(plan);
         header.extra_data = Wmv9GopCoder(settings, packets).ExtraData();
         header.reordered = settings.b_pictures > 0;
+        const int lookahead = plan.input.capture ? 0 : LookaheadPictures(settings);
+        rate.weighs_i = lookahead > 0;
         return std::make_unique<GopVideoEncoder>(
             plan, rate, pass, format, std::move(header),
             [settings, &packets](double /*vbv_room_bits*/) {
                 return std::make_unique<Wmv9GopCoder>(settings, packets);
             },
-            settings.b_pictures);
+            settings.b_pictures, lookahead);
     }
     // Also finds out whether the encoder takes the plan.
     header.extra_data = AvGopCoder(plan, rate, rate.vbv_bits, packets).ExtraData();

@@ -23,7 +23,8 @@ wmv9::PictureView View(const AVFrame& frame) {
 }
 
 wmv9::PictureRequest Request(const PictureRequest& request) {
-    return {request.kind, request.quantiser, request.b_index, request.b_count, request.may_be_i};
+    return {request.kind,    request.quantiser, request.b_index,
+            request.b_count, request.may_be_i,  request.index};
 }
 
 int BPicturesFor(const VideoPlan& plan) {
@@ -71,11 +72,13 @@ CodedPicture Wmv9GopCoder::Packed(const wmv9::CodedPicture& coded) {
     return picture;
 }
 
-int Wmv9GopCoder::ChooseBPictures(const AVFrame& before, std::span<const AVFrame* const> next) {
+int Wmv9GopCoder::ChooseBPictures(std::span<const AVFrame* const> next, int first) {
     std::vector<wmv9::PictureView> views;
     for (const AVFrame* frame : next) views.push_back(View(*frame));
-    return encoder_.ChooseBPictures(View(before), views);
+    return encoder_.ChooseBPictures(views, first);
 }
+
+void Wmv9GopCoder::LookAhead(const AVFrame& frame) { encoder_.LookAhead(View(frame)); }
 
 std::vector<std::uint8_t> Wmv9GopCoder::ExtraData() const {
     const auto header = encoder_.SequenceHeader();

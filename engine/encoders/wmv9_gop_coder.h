@@ -24,7 +24,8 @@ class Wmv9GopCoder final : public GopCoder {
     CodedPicture Recode(AVFrame& frame, const PictureRequest& request) override;
     void Forget() override { encoder_.Forget(); }
     bool Recodes() const override { return true; }
-    int ChooseBPictures(const AVFrame& before, std::span<const AVFrame* const> next) override;
+    void LookAhead(const AVFrame& frame) override;
+    int ChooseBPictures(std::span<const AVFrame* const> next, int first) override;
     /// The same for all GOPs of a plan.
     std::vector<std::uint8_t> ExtraData() const;
 

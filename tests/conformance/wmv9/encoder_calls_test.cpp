@@ -170,15 +170,18 @@ TEST_P(EncoderRequests, BecomeWhatCanBeCoded) {
 
 // The last of the pictures is what the others refer to, whatever is seen.
 TEST(EncoderCalls, NeverMakeABPictureOfTheLastOne) {
-    Encoder encoder({.width = 64, .height = 48, .b_pictures = 3});
     for (const Content content : {Content::Flat, Content::Texture, Content::Noise}) {
+        Encoder encoder({.width = 64, .height = 48, .b_pictures = 3});
         std::vector<PlanarPicture> pictures;
         for (int i = 0; i < 5; ++i) pictures.push_back(MakePicture(content, 64, 48, i, 1));
         std::vector<PictureView> next;
-        EXPECT_EQ(encoder.ChooseBPictures(pictures[0].View(), next), 0);
+        EXPECT_EQ(encoder.ChooseBPictures(next, 1), 0);
+        for (const PlanarPicture& picture : pictures) encoder.LookAhead(picture.View());
+        EXPECT_EQ(encoder.ChooseBPictures(next, 1), 0);
+        encoder.Encode(pictures[0].View(), {.number = 0});
         for (std::size_t count = 1; count <= 4; ++count) {
             next.push_back(pictures[count].View());
-            const int b_pictures = encoder.ChooseBPictures(pictures[0].View(), next);
+            const int b_pictures = encoder.ChooseBPictures(next, 1);
             EXPECT_GE(b_pictures, 0);
             EXPECT_LT(b_pictures, static_cast<int>(count));
         }
