@@ -206,7 +206,7 @@ std::int64_t Lookahead::BCost(const Small& picture, const Small& earlier, const 
 
 int Lookahead::Choose(int before, int first, int count) {
     // No B picture refers to two scenes.
-    int most = std::min(count - 1, kMostBPictures);
+    int most = std::clamp(count - 1, 0, kMostBPictures);
     std::int64_t first_cost = 0;
     for (int i = 0; i <= most; ++i) {
         const Small& picture = At(first + i);

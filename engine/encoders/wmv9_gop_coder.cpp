@@ -16,6 +16,7 @@ namespace wmv9 = codecs::wmv9;
 constexpr std::int32_t kLargestSide = 8192;
 // The level of performance from which there are B pictures: each costs two searches.
 constexpr std::int32_t kBPicturesFrom = 40;
+constexpr int kMostBPictures = 2;  // in a row
 
 wmv9::PictureView View(const AVFrame& frame) {
     return {{frame.data[0], frame.data[1], frame.data[2]},
@@ -28,7 +29,9 @@ wmv9::PictureRequest Request(const PictureRequest& request) {
 }
 
 int BPicturesFor(const VideoPlan& plan) {
-    return plan.input.capture || plan.simple_profile || plan.performance < kBPicturesFrom ? 0 : 1;
+    return plan.input.capture || plan.simple_profile || plan.performance < kBPicturesFrom
+               ? 0
+               : kMostBPictures;
 }
 
 }  // namespace
