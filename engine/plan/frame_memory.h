@@ -26,7 +26,7 @@ inline constexpr std::size_t kMostCodedBytes = 16U << 20U;
 struct FrameMemory {
     /// The most frames of a GOP: enough that its I picture is a small part of it.
     int longest_gop = 0;
-    /// That wait so that rate control knows what comes.
+    /// That wait so that rate control and the encoder know what comes.
     int look_ahead = 0;
     /// For each GOP but one that is coded at the same time. While one is coded, the next one comes
     /// in: what arrives of two in the time of one and is not coded meanwhile is half a GOP.
