@@ -280,7 +280,7 @@ std::size_t GopVideoEncoder::Wanted(const Work& work) const {
 
 // A worker whose GOP has not ended keeps so many, however long nothing comes.
 std::size_t GopVideoEncoder::FewestHeld() const {
-    return static_cast<std::size_t>(ahead_ + b_pictures_);
+    return static_cast<std::size_t>(ahead_) + static_cast<std::size_t>(b_pictures_);
 }
 
 // A picture that others refer to and those before it, or to the end of a GOP whose frames are all
