@@ -314,7 +314,8 @@ void GopVideoEncoder::Judge(Work& work) const {
     for (; work.judged < work.next.size(); ++work.judged) {
         Frame& frame = work.next[work.judged];
         frame.intra_cost = codecs::IntraCost(Luma(*frame.frame));
-        work.coder->LookAhead(*frame.frame);
+        // What is recorded has nothing ahead, which is not to say that nothing will refer to it.
+        if (ahead_ > 0) work.coder->LookAhead(*frame.frame);
         if (work.latest)
             frame.step_cost = codecs::InterCost(Luma(*frame.frame), Luma(*work.latest));
         FrameHandle latest = frames_.Get();

@@ -160,6 +160,52 @@ TEST_P(FramesHeld, AreBoundedInBytes) {
     EXPECT_LE(gate.most * (row.width * row.height * 3 / 2 >> 10) >> 10, row.most_mib);
 }
 
+// Pictures of the stream that the coder was shown by the time each was coded.
+class ShownCoder : public GopCoder {
+  public:
+    ShownCoder(std::vector<int>& shown, CodedFramePool& packets)
+        : shown_(shown), packets_(packets) {}
+    void LookAhead(const AVFrame& /*frame*/) override { ++count_; }
+    CodedPicture Encode(AVFrame& /*frame*/, const PictureRequest& request) override {
+        shown_.push_back(count_);
+        const std::uint8_t byte = 0;
+        return {packets_.Copy({&byte, 1}), request.kind == codecs::PictureKind::kI, {}};
+    }
+
+  private:
+    std::vector<int>& shown_;
+    CodedFramePool& packets_;
+    int count_ = 0;
+};
+
+TEST(GopVideoEncoder, ACoderIsShownWhatComesButForWhatIsRecorded) {
+    for (const bool capture : {false, true}) {
+        SCOPED_TRACE(capture ? "recorded" : "a file");
+        VideoPlan plan = TwoWorkers();
+        plan.encoder_threads = 1;
+        plan.key_frame_distance_ms = 1000;
+        if (capture) plan.input.capture.emplace();
+        std::vector<int> shown;
+        CodedFramePool packets;
+        const EncoderPass pass;
+        GopVideoEncoder encoder(
+            plan, VideoRate(plan, pass), pass, {AV_PIX_FMT_YUV420P, plan.width, plan.height},
+            VideoStreamHeader(plan),
+            [&](double /*vbv_room_bits*/) { return std::make_unique<ShownCoder>(shown, packets); },
+            0, 2);
+        const CodedFrameSink sink = [](const CodedFrame& /*frame*/) { return true; };
+        FramePool frames;
+        for (int i = 0; i < 5; ++i) {
+            const FrameHandle frame = NewFrame(frames, plan);
+            frame->pts = Ticks::FromMilliseconds(100 * i).count;
+            frame->pkt_duration = Ticks::FromMilliseconds(100).count;
+            encoder.Encode(*frame, sink);
+        }
+        encoder.Finish(sink);
+        EXPECT_EQ(shown, capture ? std::vector<int>(5, 0) : std::vector<int>({3, 4, 5, 5, 5}));
+    }
+}
+
 TEST(GopVideoEncoder, TheFirstFailureIsTheOneThatIsSaid) {
     TwoFailures failures;
     const VideoPlan plan = TwoWorkers();
