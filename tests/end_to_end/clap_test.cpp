@@ -23,7 +23,7 @@ using std::chrono::duration;
 using std::chrono::steady_clock;
 
 constexpr std::uint32_t kWhite = 0xFFFFFF;
-constexpr double kFlash = 0.2;  // seconds
+constexpr double kFlash = 0.4;  // seconds
 constexpr double kFarthest = 0.040;
 
 void SleepUntil(double second) {
