@@ -36,12 +36,17 @@ AcCodes::AcCodes(const AcTable& table) : table_(table) {
         }
         first_[Index(last)][64] = static_cast<std::int16_t>(entry);
     }
-    escape_length_ = FormLength(Form::Plain, false, 0, 1);
-    for (const bool last : {false, true})
-        for (int run = 0; run < 64; ++run)
-            for (int level = 1; level < kQuickLevels; ++level)
-                lengths_[last ? 1 : 0][Index(run)][Index(level)] = static_cast<std::uint8_t>(
-                    FormLength(ShortestForm(last, run, level), last, run, level));
+    const auto length = [&](bool last, int run, int level) {
+        const Form form = level == 0 ? Form::Plain : ShortestForm(last, run, level);
+        return static_cast<std::uint8_t>(FormLength(form, last, run, level));
+    };
+    for (int level = 0; level < kQuickLevels; ++level)
+        for (int run = 0; run < 64; ++run) {
+            const Lengths lengths{length(false, run, level), length(true, run, level)};
+            lengths_[Index(level)][Index(run)] = lengths;
+            shortest_ = {std::min(shortest_.other, lengths.other),
+                         std::min(shortest_.last, lengths.last)};
+        }
 }
 
 const std::array<AcCodes, kAcTableCount>& AcCodes::All() {

@@ -29,10 +29,21 @@ class AcCodes {
     /// All of them, made on first use.
     static const std::array<AcCodes, kAcTableCount>& All();
 
-    /// Bits of a symbol with its sign; `level` is above 0.
+    /// Bits of a symbol with its sign: that of a block's last one, and of another.
+    struct Lengths {
+        std::uint8_t other = 0;
+        std::uint8_t last = 0;
+    };
+
+    /// That any symbol has.
+    Lengths Shortest() const { return shortest_; }
+    /// By run, 0 to 63; `level` is above 0.
+    const std::array<Lengths, 64>& OfLevel(int level) const {
+        return lengths_[Index(level < kQuickLevels ? level : 0)];
+    }
     int Length(bool last, int run, int level) const {
-        return level < kQuickLevels ? lengths_[last ? 1 : 0][Index(run)][Index(level)]
-                                    : escape_length_;
+        const Lengths lengths = OfLevel(level)[Index(run)];
+        return last ? lengths.last : lengths.other;
     }
 
     explicit AcCodes(const AcTable& table);
@@ -53,8 +64,8 @@ class AcCodes {
     const AcTable& table_;
     std::array<std::array<std::int16_t, 65>, 2> first_{};  // entry of a run; of the run after it
     std::array<std::array<std::int8_t, kQuickLevels>, 2> largest_run_{};  // by level; -1 = none
-    std::array<std::array<std::array<std::uint8_t, kQuickLevels>, 64>, 2> lengths_{};
-    int escape_length_ = 0;
+    std::array<std::array<Lengths, 64>, kQuickLevels> lengths_{};         // [0]: of an escape
+    Lengths shortest_{255, 255};
 };
 
 /// Writes the symbols of one picture.

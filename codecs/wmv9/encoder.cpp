@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "codecs/common/index.h"
-#include "codecs/wmv9/b_fractions.h"
+#include "codecs/wmv9/coding_state.h"
 #include "codecs/wmv9/frame.h"
 #include "codecs/wmv9/intensity.h"
 #include "codecs/wmv9/lookahead.h"
@@ -16,13 +16,14 @@
 #include "codecs/wmv9/picture_coder.h"
 #include "codecs/wmv9/picture_tools.h"
 #include "codecs/wmv9/preset.h"
-#include "codecs/wmv9/sequence_header.h"
+#include "codecs/wmv9/sequence_setup.h"
+#include "codecs/wmv9/trial_decision.h"
 
 namespace codecs::wmv9 {
 namespace {
 
-constexpr int kLargestSide = 8192;
 constexpr int kAnchors = 3;  // two references and the one that is coded
+constexpr int kKept = 1;     // that trials leave as they are: the next picture refers to it
 
 constexpr double kCoarsest = 31;
 constexpr double kFinestHalves = 9;  // quantisers in halves below
@@ -30,75 +31,22 @@ constexpr double kFinestHalves = 9;  // quantisers in halves below
 // Pictures after an I picture until P pictures are what they usually are, and tools can be tried.
 constexpr int kFirstTrial = 2;
 constexpr int kNoTrial = 1 << 20;  // pictures away
-// Of the cost of P pictures alone, what B pictures among them may cost at most, and what the newest
-// trial weighs beside those before it. Chosen on 13 clips of 352x288, noisy, grained, moving and
-// animated ones among them: where B pictures take fewer bits, the part is 0.9 to 0.98, and where
-// they take more, 1 to 1.05.
-constexpr double kBWorth = 0.992;
+// Trials whose outcome stays the same come at longer and longer distances.
+constexpr int kLongestTools = 48;  // P pictures
+constexpr int kShortestB = 12;     // pictures
+constexpr int kLongestB = 96;
+// A trial of B pictures codes whole groups of one, of two and of three pictures.
+static_assert(kTriedPictures % 2 == 0 && kTriedPictures % 3 == 0);
+constexpr int kFewestTried = 4;
+constexpr int kTrialPreset = 20;  // or a lower one: it tells them apart as well
+// What the newest trial weighs beside those before it.
 constexpr double kNewest = 0.5;
-
-EncoderSettings Checked(EncoderSettings settings) {
-    const auto even = [](int side) { return std::clamp(side, 2, kLargestSide) & ~1; };
-    settings.width = even(settings.width);
-    settings.height = even(settings.height);
-    settings.threads = std::max(1, settings.threads);
-    settings.b_pictures = settings.profile == Profile::Simple
-                              ? 0
-                              : std::clamp(settings.b_pictures, 0, kMostBPictures);
-    return settings;
-}
+// Of what B pictures seem to cost in a trial, what they do: it is too short to show all that they
+// save. Chosen on 17 clips, see docs/video9.md.
+constexpr double kBPart = 0.975;
+constexpr double kHopeless = 1.1;  // part of P pictures' cost
 
 int MacroblocksIn(int samples) { return (samples + 15) / 16; }
-
-// Vectors may be as long as pictures of that size need.
-int VectorRange(const EncoderSettings& settings) {
-    if (settings.profile == Profile::Simple) return 0;
-    if (settings.width >= 1280 || settings.height >= 720) return 2;
-    return settings.height > 400 ? 1 : 0;
-}
-
-SequenceHeader MakeSequence(const EncoderSettings& settings) {
-    SequenceHeader header;
-    header.profile = settings.profile;
-    const bool main = settings.profile == Profile::Main;
-    header.loop_filter = main;
-    header.short_chroma_vectors = !main;
-    header.extended_vectors = VectorRange(settings) > 0;
-    header.varying_quantiser = main && settings.adaptive;
-    header.overlap = main && PresetOf(settings.preset).overlap;
-    header.most_b_pictures = settings.b_pictures;
-    header.rate_hint =
-        std::clamp(static_cast<int>(std::lround((settings.pictures_per_second - 2) / 4)), 0, 7);
-    header.bits_hint = std::clamp(static_cast<int>((settings.rate_bps / 1000 - 32) / 64), 0, 31);
-    return header;
-}
-
-// The tables that the last picture of a kind was written with.
-struct Tables {
-    int vector = 0;
-    int pattern = 0;
-    int ac = 0;
-    int luma_ac = 0;
-    int dc = 0;
-};
-
-// What the next picture depends on.
-struct Past {
-    int earlier = -1;  // anchors; -1 = none
-    int later = -1;
-    int later_number = -1;  // in the look-ahead; -1 = not there
-    bool later_is_i = false;
-    int later_grid = 0;
-    int mapped = -1;  // the picture that the later one was predicted from; -1 = the earlier one
-    int rounding = 1;
-    int counter = 0;
-    Tables tables[3];
-    double quantiser = 0;  // of the later anchor
-    PictureTools tools;    // that suited the last P picture that was tried
-    int until_tools = 0;   // P pictures until the next trial
-    double b_cost = 0;     // of B pictures, as a part of that of P pictures; 0 = unknown
-    int until_b = 0;       // choices until the next trial
-};
 
 }  // namespace
 
@@ -111,14 +59,16 @@ class Encoder::Impl {
           height_(MacroblocksIn(settings_.height)),
           preset_(PresetOf(settings_.preset)),
           mode_decision_(preset_),
+          trial_decision_(PresetOf(std::min(settings_.preset, kTrialPreset))),
           coder_(width_, height_, settings_.threads),
           lookahead_(settings_.width, settings_.height, preset_.lookahead_rounds),
           quantisers_(width_, height_),
           source_(width_, height_),
           b_frame_(width_, height_),
           b_grid_(width_, height_) {
-        for (int i = 0; i < kAnchors; ++i) anchors_.emplace_back(width_, height_);
-        for (int i = 0; i < 2; ++i) grids_.emplace_back(width_, height_);
+        const int kept = settings_.b_pictures > 0 ? kKept : 0;
+        for (int i = 0; i < kAnchors + kept; ++i) anchors_.emplace_back(width_, height_);
+        for (int i = 0; i < 2 + kept; ++i) grids_.emplace_back(width_, height_);
         for (int i = 0; i < 2; ++i) mapped_.emplace_back(width_, height_);
         next_.tools = UsualTools(preset_);
     }
@@ -155,48 +105,74 @@ class Encoder::Impl {
     }
 
     int ChooseBPictures(std::span<const PictureView> next, int first) {
-        const int count = static_cast<int>(next.size());
         if (settings_.b_pictures == 0 || !lookahead_.Has(next_.later_number)) return 0;
-        const int most =
-            std::min(lookahead_.Choose(next_.later_number, first, count), settings_.b_pictures);
-        if (most == 0 || preset_.b_trials == 0) return most;
-        if (next_.until_b == 0) {
-            const double cost = CostOfBPictures(next);
-            next_.b_cost =
-                next_.b_cost == 0 ? cost : next_.b_cost + kNewest * (cost - next_.b_cost);
-            next_.until_b = preset_.b_trials;
-        }
-        --next_.until_b;
-        return next_.b_cost > 0 && next_.b_cost < kBWorth ? most : 0;
+        const bool tries = next_.until_b <= 0 && next.size() >= kFewestTried;
+        const int limit = std::min(tries ? settings_.b_pictures : next_.b_pictures,
+                                   static_cast<int>(next.size()) - 1);
+        const int most = limit == 0 ? 0 : lookahead_.Choose(next_.later_number, first, limit + 1);
+        if (tries && most > 0) TryB(next, first);
+        const int chosen = std::min(most, next_.b_pictures);
+        next_.until_b -= chosen + 1;
+        return chosen;
     }
 
   private:
-    // Beside that of P pictures: codes the next two as such, and then the first of them as a B
-    // picture. All with one quantiser, or what the B picture loses would hide what it saves.
-    double CostOfBPictures(std::span<const PictureView> next) {
-        const Past now = next_;
-        const auto begin = [&] {
-            next_ = now;
-            next_.until_tools = kNoTrial;
+    // Which pattern the next pictures cost the least in.
+    void TryB(std::span<const PictureView> next, int first) {
+        next = next.first(std::min<std::size_t>(next.size(), kTriedPictures));
+        const double alone = CostOfPattern(next, first, 0);
+        std::array<double, kMostBPictures + 1>& costs = next_.b_costs;
+        const bool known = costs[0] > 0;
+        costs[0] = 1;
+        int best = 0;
+        for (int b = 1; b <= settings_.b_pictures; ++b) {
+            // What one B picture loses by far, two do not win.
+            if (b > 1 && costs[1] > kHopeless) {
+                costs[Index(b)] = costs[1];
+                continue;
+            }
+            const double cost = kBPart * CostOfPattern(next, first, b) / alone;
+            costs[Index(b)] = known ? costs[Index(b)] + kNewest * (cost - costs[Index(b)]) : cost;
+            if (costs[Index(b)] < costs[Index(best)]) best = b;
+        }
+        const bool same = known && best == next_.b_pictures;
+        next_.b_pictures = best;
+        next_.b_distance = same ? std::min(2 * next_.b_distance, kLongestB) : kShortestB;
+        next_.until_b = next_.b_distance;
+    }
+
+    // Of all pictures of `next`, in groups of so many B pictures and a P picture.
+    double CostOfPattern(std::span<const PictureView> next, int first, int b_pictures) {
+        const CodingState now = next_;
+        kept_anchor_ = now.later;
+        kept_grid_ = now.later_grid;
+        next_.until_tools = kNoTrial;
+        if (next_.tools.mode == VectorMode::Mixed) next_.tools.mode = VectorMode::Quarter;
+        double cost = 0;
+        const auto add = [&](int i, PictureRequest request) {
+            request.number = first + i;
+            Encode(next[Index(i)], request);
+            cost += Cost(now.quantiser);
         };
-        const auto cost = [&](const PictureView& view, PictureKind kind) {
-            Encode(view, {.kind = kind, .quantiser = now.quantiser, .may_be_i = false});
-            return Cost();
-        };
-        begin();
-        double p_alone = cost(next[0], PictureKind::kP);
-        p_alone += cost(next[1], PictureKind::kP);
-        begin();
-        double with_b = cost(next[1], PictureKind::kP);
-        with_b += cost(next[0], PictureKind::kB);
+        const int count = static_cast<int>(next.size());
+        for (int at = 0; at < count;) {
+            const int group = std::min(b_pictures, count - 1 - at);
+            add(at + group, {.kind = PictureKind::kP, .quantiser = now.quantiser});
+            for (int i = 0; i < group; ++i)
+                add(at + i, {.kind = PictureKind::kB,
+                             .quantiser = kBQuantiserPart * now.quantiser,
+                             .b_number = i + 1,
+                             .b_pictures = group});
+            at += group + 1;
+        }
+        kept_anchor_ = kept_grid_ = -1;
         next_ = now;
-        return with_b / p_alone;
+        return cost;
     }
 
     // Of the picture coded last.
-    double Cost() const {
-        return PictureCost(source_, *result_, static_cast<double>(coder_.Bits().Size()),
-                           cost_quantiser_);
+    double Cost(double quantiser) const {
+        return PictureCost(source_, *result_, static_cast<double>(coder_.Bits().Size()), quantiser);
     }
 
     // With the tools that suited the P pictures before it, or now and then with all.
@@ -218,18 +194,21 @@ class Encoder::Impl {
         for (const PictureTools& tools : ToolsToTry(preset_)) {
             if (tools == past_.tools) continue;
             code(tools);
-            const double cost = Cost();
+            const double cost = Cost(mean_quantiser_);
             if (cost >= least) continue;
             least = cost;
             best = tools;
         }
         CodedPicture coded = code(past_.tools);
-        if (Cost() <= least)
+        if (Cost(mean_quantiser_) <= least)
             best = past_.tools;
         else
             coded = code(best);
+        next_.tools_distance = best == past_.tools && past_.tools_distance > 0
+                                   ? std::min(2 * past_.tools_distance, kLongestTools)
+                                   : preset_.tool_trials;
         next_.tools = best;
-        next_.until_tools = preset_.tool_trials - 1;
+        next_.until_tools = next_.tools_distance - 1;
         return coded;
     }
 
@@ -293,7 +272,7 @@ class Encoder::Impl {
     CodedPicture Code(PictureHeader header) {
         const bool anchor = !header.IsB();
         const int place = FreeAnchor();
-        const int grid = past_.later < 0 ? 0 : 1 - past_.later_grid;
+        const int grid = FreeGrid();
         Frame& result = anchor ? anchors_[Index(place)] : b_frame_;
         Picture picture{sequence_, header, BestKernels(),
                         source_,   result, anchor ? grids_[Index(grid)] : b_grid_};
@@ -315,7 +294,8 @@ class Encoder::Impl {
             picture.future = &Anchor(past_.later);
         }
         if (!header.IsI() && !past_.later_is_i) picture.anchor = &grids_[Index(past_.later_grid)];
-        coder_.Analyse(picture, mode_decision_);
+        const ModeDecision& own = mode_decision_;
+        coder_.Analyse(picture, kept_anchor_ < 0 ? own : trial_decision_);
         ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
         const std::size_t level_bits = coder_.Write(picture);
         Remember(picture.header, place, grid, mapped);
@@ -325,7 +305,6 @@ class Encoder::Impl {
 
         CodedPicture coded;
         coded.data = coder_.Bits().Bytes();
-        cost_quantiser_ = anchor ? mean_quantiser_ : past_.quantiser;
         coded.kind = header.kind;
         coded.quantiser = asked_;
         coded.bits = PictureBits::Taken(static_cast<double>(level_bits),
@@ -338,7 +317,13 @@ class Encoder::Impl {
 
     int FreeAnchor() const {
         int place = 0;
-        while (place == past_.earlier || place == past_.later) ++place;
+        while (place == past_.earlier || place == past_.later || place == kept_anchor_) ++place;
+        return place;
+    }
+
+    int FreeGrid() const {
+        int place = 0;
+        while ((past_.later >= 0 && place == past_.later_grid) || place == kept_grid_) ++place;
         return place;
     }
 
@@ -359,7 +344,8 @@ class Encoder::Impl {
         next_.later_number = number_;
         if (!header.IsI()) return;
         next_.until_tools = next_.until_b = kFirstTrial;
-        next_.b_cost = 0;
+        next_.tools_distance = next_.b_distance = 0;
+        next_.b_costs = {};
     }
 
     // Where a scene changes, little can be predicted.
@@ -377,6 +363,7 @@ class Encoder::Impl {
     const int height_;
     const Preset& preset_;
     const RdModeDecision mode_decision_;
+    const TrialDecision trial_decision_;
     PictureCoder coder_;
     Lookahead lookahead_;
     MacroblockTree tree_;
@@ -391,9 +378,10 @@ class Encoder::Impl {
     std::vector<Frame> anchors_;
     std::vector<MacroblockGrid> grids_;
     std::vector<Frame> mapped_;  // references in turn
-    Past past_;                  // before the picture coded last
-    Past next_;                  // after it
-    double cost_quantiser_ = 0;  // of the anchor that the picture coded last goes by
+    CodingState past_;           // before the picture coded last
+    CodingState next_;           // after it
+    int kept_anchor_ = -1;       // by a trial
+    int kept_grid_ = -1;
     const Frame* result_ = nullptr;
     const MacroblockGrid* grid_ = nullptr;
 };

@@ -53,6 +53,9 @@ struct CodedPicture {
     PictureBits bits;
 };
 
+/// By how many of the next pictures B pictures are chosen.
+constexpr int kTriedPictures = 6;
+
 /// How many pictures Encoder::LookAhead had better be given beyond the one that is coded.
 int LookaheadPictures(const EncoderSettings& settings);
 
@@ -82,10 +85,11 @@ class Encoder {
     /// The next picture in the order in which they are shown. I and P pictures become finer the
     /// more of those that it has been given since are predicted with them, and are so again.
     void LookAhead(const PictureView& picture);
-    /// How many of these pictures, which come after the I or P picture coded last and of which the
-    /// last would be a P picture, are better coded as B pictures: the first n of them, n below
-    /// their number. Afterwards the picture coded last cannot be coded again.
-    /// @param first  number of the first of them; LookAhead has been given them all
+    /// How many of the pictures after the I or P picture coded last are better coded as B pictures:
+    /// the first n of them, n below their number. Afterwards the picture coded last cannot be coded
+    /// again.
+    /// @param next   some of them, kTriedPictures if they are there; LookAhead has been given them
+    /// @param first  number of the first of them
     int ChooseBPictures(std::span<const PictureView> next, int first);
 
   private:

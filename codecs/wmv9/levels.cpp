@@ -1,5 +1,6 @@
 #include "codecs/wmv9/levels.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <limits>
@@ -17,13 +18,14 @@ int Expected(const TransformBlock& block, int at) {
     return block.predicted == nullptr ? 0 : block.predicted[at];
 }
 
+constexpr std::int64_t kNoCost = std::numeric_limits<std::int64_t>::max();
+
 // A level that may be the last one chosen so far.
 struct Node {
-    std::int64_t cost;    // of all up to here, beside nothing transmitted
     std::int16_t place;   // in the scan; -1 = before it
     std::int16_t level;   // as it is reconstructed
     std::int16_t before;  // node
-    std::int16_t bits;
+    std::int16_t size;    // of what is transmitted
 };
 
 class LevelSearch {
@@ -33,72 +35,126 @@ class LevelSearch {
           step_(quantiser.step * kEighths),
           lambda_(quantiser.lambda),
           codes_(codes) {
-        nodes_[0] = {0, -1, 0, 0, 0};
-        survivors_[0] = 0;
+        nodes_[0] = {-1, 0, 0, 0};
+        costs_[0] = 0;
+        next_[0] = 0;
+        node_of_[0] = 0;
     }
 
     LevelCost Run() {
-        const int count = static_cast<int>(block_.scan.size());
-        for (int i = 0; i < count; ++i) {
+        std::array<std::uint8_t, kMost> places;
+        int count = 0;
+        for (int i = 0; i < static_cast<int>(block_.scan.size()); ++i) {
             const int at = block_.scan[Index(i)];
-            const int level = block_.levels[at];
-            const int expected = Expected(block_, at);
-            if (level == expected) continue;
-            Visit(i, block_.coefficients[at], level, expected);
-            block_.levels[at] = static_cast<std::int16_t>(expected);
+            places[Index(count)] = static_cast<std::uint8_t>(i);
+            count += block_.levels[at] != Expected(block_, at) ? 1 : 0;
         }
-        if (node_count_ == 1) return {};
-        for (const Node* node = &end_; node->place >= 0; node = &nodes_[Index(node->before)])
-            block_.levels[block_.scan[Index(node->place)]] = node->level;
-        return {end_.bits, end_.cost - lambda_ * end_.bits, true};
+        const std::span<const std::uint8_t> changed{places.data(), Index(count)};
+        if (!MayGain(changed)) {
+            Clear(changed);
+            return {};
+        }
+        for (const std::uint8_t place : changed) {
+            const int at = block_.scan[place];
+            Visit(place, block_.coefficients[at], block_.levels[at], Expected(block_, at));
+        }
+        Clear(changed);
+        return end_cost_ < 0 ? Chosen() : LevelCost();
     }
 
   private:
-    void Visit(int place, int coefficient, int nearest, int expected) {
-        const std::int64_t nothing = Square(coefficient - expected * step_);
-        const int towards = nearest > expected ? nearest - 1 : nearest + 1;
-        Node best = kNone;
-        for (const int level : {nearest, towards}) {
-            if (level == expected) break;
-            const int size = std::abs(level - expected);
-            const std::int64_t change = Square(coefficient - level * step_) - nothing;
-            for (int s = 0; s < survivor_count_; ++s) {
-                const int index = survivors_[Index(s)];
-                const Node& before = nodes_[Index(index)];
-                const int run = place - before.place - 1;
-                const std::int64_t so_far = before.cost + change;
-                const auto consider = [&](Node& least, bool last) {
-                    const int length = codes_.Length(last, run, size);
-                    const std::int64_t cost = so_far + lambda_ * length;
-                    if (cost >= least.cost) return;
-                    least = {cost, static_cast<std::int16_t>(place),
-                             static_cast<std::int16_t>(level), static_cast<std::int16_t>(index),
-                             static_cast<std::int16_t>(before.bits + length)};
-                };
-                consider(best, false);
-                consider(end_, true);
-            }
+    // Whether the levels save more of the error than the shortest codes are worth.
+    bool MayGain(std::span<const std::uint8_t> places) const {
+        const std::int64_t other = lambda_ * codes_.Shortest().other;
+        std::int64_t gain = other - lambda_ * codes_.Shortest().last;
+        for (const std::uint8_t place : places) {
+            const int at = block_.scan[place];
+            const int coefficient = block_.coefficients[at];
+            const std::int64_t one = Square(coefficient - Expected(block_, at) * step_) -
+                                     Square(coefficient - block_.levels[at] * step_);
+            gain += std::max<std::int64_t>(0, one - other);
         }
+        return gain > 0;
+    }
+
+    void Clear(std::span<const std::uint8_t> places) const {
+        for (const std::uint8_t place : places) {
+            const int at = block_.scan[place];
+            block_.levels[at] = static_cast<std::int16_t>(Expected(block_, at));
+        }
+    }
+
+    // Costs are compared together with what they are the costs of, below them: which survivor a
+    // level follows, and whether it is the nearest or the one towards nothing.
+    static constexpr int kTagBits = 8;
+    static constexpr std::int64_t kTagged = std::int64_t{1} << kTagBits;
+
+    void Visit(int place, int coefficient, int nearest, int expected) {
+        const int size = std::abs(nearest - expected);
+        const std::int64_t nothing = Square(coefficient - expected * step_);
+        const std::int64_t lambda = kTagged * lambda_;
+        std::int64_t best = kNoCost;
+        std::int64_t end = kNoCost;
+        const auto consider = [&](int level, const AcCodes::Lengths* lengths, int tag) {
+            const std::int64_t change =
+                kTagged * (Square(coefficient - level * step_) - nothing) + tag;
+            for (int s = 0; s < survivors_; ++s) {
+                const AcCodes::Lengths length = lengths[place - next_[s]];
+                const std::int64_t so_far = kTagged * costs_[s] + change + 2 * std::int64_t{s};
+                best = std::min(best, so_far + lambda * length.other);
+                end = std::min(end, so_far + lambda * length.last);
+            }
+        };
+        consider(nearest, codes_.OfLevel(size).data(), 0);
+        const int towards = nearest > expected ? nearest - 1 : nearest + 1;
+        if (size > 1) consider(towards, codes_.OfLevel(size - 1).data(), 1);
+        const auto node = [&](std::int64_t tagged) {
+            const bool lower = (tagged & 1) != 0;
+            const auto survivor = static_cast<std::size_t>((tagged & (kTagged - 1)) >> 1);
+            return Node{static_cast<std::int16_t>(place),
+                        static_cast<std::int16_t>(lower ? towards : nearest), node_of_[survivor],
+                        static_cast<std::int16_t>(size - (lower ? 1 : 0))};
+        };
+        if (end >> kTagBits < end_cost_) {
+            end_cost_ = end >> kTagBits;
+            end_ = node(end);
+        }
+        const std::int64_t cost = best >> kTagBits;
+        nodes_[node_count_] = node(best);
         // One that is further away and no cheaper does not come back into play.
-        while (survivor_count_ > 0 &&
-               nodes_[Index(survivors_[Index(survivor_count_ - 1)])].cost >= best.cost)
-            --survivor_count_;
-        nodes_[Index(node_count_)] = best;
-        survivors_[Index(survivor_count_++)] = node_count_++;
+        while (survivors_ > 0 && costs_[survivors_ - 1] >= cost) --survivors_;
+        costs_[survivors_] = cost;
+        next_[survivors_] = place + 1;
+        node_of_[survivors_++] = static_cast<std::int16_t>(node_count_++);
+    }
+
+    LevelCost Chosen() const {
+        int bits = 0;
+        bool last = true;
+        for (const Node* node = &end_; node->place >= 0; last = false) {
+            const Node* const before = &nodes_[node->before];
+            block_.levels[block_.scan[Index(node->place)]] = node->level;
+            bits += codes_.Length(last, node->place - before->place - 1, node->size);
+            node = before;
+        }
+        return {bits, end_cost_ - lambda_ * bits, true};
     }
 
     const TransformBlock& block_;
     const int step_;
     const std::int64_t lambda_;
     const AcCodes& codes_;
-    static constexpr Node kNone{std::numeric_limits<std::int64_t>::max(), -1, 0, 0, 0};
 
-    // Set as far as they are counted.
-    std::array<Node, kMost + 1> nodes_;
-    std::array<int, kMost + 1> survivors_;
+    // Set as far as they are counted; the first stands before the scan.
+    Node nodes_[kMost + 1];
     int node_count_ = 1;
-    int survivor_count_ = 1;
-    Node end_ = kNone;
+    // Nodes that others may follow, by their place.
+    std::int64_t costs_[kMost + 1];
+    int next_[kMost + 1];  // place after it
+    std::int16_t node_of_[kMost + 1];
+    int survivors_ = 1;
+    Node end_{};
+    std::int64_t end_cost_ = kNoCost;
 };
 
 }  // namespace

@@ -31,8 +31,7 @@ struct TransformBlock {
 constexpr double kChoiceRounding = 0.36;
 
 /// Lowers the levels, by one or to nothing, to the least error + lambda * bits, by dynamic
-/// programming over what is the last level before each one. Leaves at least one: whether nothing at
-/// all is better, which is when RdCost is above 0, is the caller's to see.
+/// programming over what is the last level before each one. Leaves none where that costs no more.
 LevelCost ChooseLevels(const TransformBlock& block, const Quantiser& quantiser,
                        const AcCodes& codes);
 

@@ -27,8 +27,6 @@ struct Preset {
     int lookahead_rounds = 0;  // of its motion search
     /// P pictures from one that is coded with all tools that may suit it to the next; 0 = none is.
     int tool_trials = 0;
-    /// Choices of B pictures from one that is tried by coding to the next; 0 = none is.
-    int b_trials = 0;
     bool both_ways = false;  // with one reference and with two, a macroblock is coded whole
 };
 

@@ -60,6 +60,7 @@ struct BlockWork {
     std::int64_t silent = 0;  // error of nothing coded
     bool worth = false;       // it may have levels
     unsigned tried = 0;       // shapes
+    std::uint32_t sum = 0;    // of the levels of the whole transform, as they are rounded
     std::array<Shaped, kShapes> shaped;
 };
 
@@ -140,6 +141,13 @@ class ResidualCoder {
             kernels_.quantise(shaped.levels.data(), coefficients.data(), quantiser_.reciprocal,
                               static_cast<int>(rounding * quantiser_.step * kEighths));
         if (sum == 0) return;
+        // Levels tell beforehand what smaller transforms are not worth the search.
+        if (shape == Shape::Whole8x8) {
+            work.sum = sum;
+        } else if (work.sum > 0 && sum > work.sum) {
+            work.tried &= ~ShapeBit(shape);
+            return;
+        }
         const AcCodes& codes = estimates_.Levels(false, n);
         const std::span<const std::uint8_t> scan = PartScan(shape);
         const int count = PartCount(shape);

@@ -50,9 +50,9 @@ class GopCoder {
 
     /// The GOP's pictures as they are shown, each before any later one is coded.
     virtual void LookAhead(const AVFrame& /*frame*/) {}
-    /// How many of these pictures, which come after the I or P picture coded last and of which the
-    /// last would be a P picture, are better coded as B pictures: the first n of them, n below
-    /// their number.
+    /// How many of the pictures after the I or P picture coded last are better coded as B pictures:
+    /// the first n of them, n below their number.
+    /// @param next   some of them, as many as are at hand
     /// @param first  index of the first of them in the GOP, as shown
     virtual int ChooseBPictures(std::span<const AVFrame* const> /*next*/, int /*first*/) {
         return 0;

@@ -330,11 +330,9 @@ std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) c
     work.all = work.next.size() < Wanted(work);
     std::vector<Outcome> outcomes;
     std::size_t b_count = 0;
-    const std::size_t choice =
-        std::min(work.next.size(), static_cast<std::size_t>(b_pictures_) + 1);
-    if (work.before && choice > 1) {
+    if (b_pictures_ > 0 && work.before && work.next.size() > 1) {
         std::vector<const AVFrame*> next;
-        for (std::size_t i = 0; i < choice; ++i) next.push_back(work.next[i].frame.get());
+        for (const Frame& frame : work.next) next.push_back(frame.frame.get());
         b_count = static_cast<std::size_t>(
             work.coder->ChooseBPictures(next, static_cast<int>(work.next.front().index)));
     }

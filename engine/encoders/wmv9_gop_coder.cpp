@@ -77,7 +77,9 @@ CodedPicture Wmv9GopCoder::Packed(const wmv9::CodedPicture& coded) {
 
 int Wmv9GopCoder::ChooseBPictures(std::span<const AVFrame* const> next, int first) {
     std::vector<wmv9::PictureView> views;
-    for (const AVFrame* frame : next) views.push_back(View(*frame));
+    for (const AVFrame* frame :
+         next.first(std::min<std::size_t>(next.size(), wmv9::kTriedPictures)))
+        views.push_back(View(*frame));
     return encoder_.ChooseBPictures(views, first);
 }
 

@@ -91,7 +91,8 @@ TEST_P(EncoderStreamsAt, Decode) {
 TEST_P(EncoderStreamsAt, DecodeWithTheBPicturesThatTheEncoderChooses) {
     constexpr int kPictures = 24;
     const EncoderSettings settings{
-        .width = 64, .height = 48, .preset = GetParam(), .b_pictures = 1, .adaptive = true};
+        .width = 64, .height = 48, .preset = GetParam(), .b_pictures = 2, .adaptive = true};
+    int chosen = 0;
     for (const Content content : {Content::Texture, Content::Noise, Content::Flat, Content::Fade}) {
         std::vector<PlanarPicture> pictures;
         for (int i = 0; i < kPictures; ++i)
@@ -106,16 +107,21 @@ TEST_P(EncoderStreamsAt, DecodeWithTheBPicturesThatTheEncoderChooses) {
         };
         for (const PlanarPicture& picture : pictures) encoder.LookAhead(picture.View());
         code(0, {.kind = PictureKind::kI});
-        for (std::size_t before = 0; before + 2 < pictures.size();) {
-            const PictureView next[] = {pictures[before + 1].View(), pictures[before + 2].View()};
-            const int b_pictures = encoder.ChooseBPictures(next, static_cast<int>(before) + 1);
-            const std::size_t anchor = before + 1 + (b_pictures > 0 ? 1 : 0);
-            code(anchor, {.kind = PictureKind::kP, .may_be_i = b_pictures == 0});
-            if (b_pictures > 0) code(before + 1, {.kind = PictureKind::kB});
-            before = anchor;
+        for (std::size_t next = 1; next < pictures.size();) {
+            std::vector<PictureView> views;
+            for (std::size_t i = next; i < pictures.size() && views.size() < kTriedPictures; ++i)
+                views.push_back(pictures[i].View());
+            const int count = encoder.ChooseBPictures(views, static_cast<int>(next));
+            const std::size_t anchor = next + static_cast<std::size_t>(count);
+            code(anchor, {.kind = PictureKind::kP, .may_be_i = count == 0});
+            for (int i = 0; i < count; ++i)
+                code(next++, {.kind = PictureKind::kB, .b_number = i + 1, .b_pictures = count});
+            next = anchor + 1;
+            chosen += count;
         }
         EXPECT_EQ(check.Finish(), "");
     }
+    EXPECT_EQ(chosen > 0, LookaheadPictures(settings) > 0);
 }
 
 // Of each kind of picture, with blocks that are as large as they get, and with the usual ones.
