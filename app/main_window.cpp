@@ -153,6 +153,7 @@ platform::RunProgress frmMain::Progress() const {
     platform::WMEncStatistics& statistics = session_.g_objEncoder->Statistics();
     trap([&] { progress.encoded_ms = statistics.EncodingTime().Raw(); });
     trap([&] { progress.total = statistics.WMFOutputStats(); });
+    trap([&] { progress.network = statistics.NetworkStats(); });
     if (session_.g_objSrcVid)
         trap([&] {
             const auto video = statistics.StreamOutputStats(platform::SourceType::Video, 0, 0);

@@ -76,6 +76,7 @@ void RunLog::ReadTotals(platform::FileReport& report) const {
         trap(
             [&] { report.video = Stream(statistics, SourceType::Video, session_.VideoCodecName); });
     trap([&] { report.average_bit_rate_bps = statistics.WMFOutputStats().average_bit_rate_bps; });
+    trap([&] { report.network = statistics.NetworkStats(); });
     if (!report.output.empty()) trap([&] { report.file = statistics.FileArchiveStats(); });
 }
 

@@ -128,12 +128,30 @@ void StatisticsReport::WriteOverall(WallTime start, WallTime end) {
                               {SecondsBetween(start, end), 0}, " secs"));
     pane_.OutputInfo(LineText("\tAverage bit rate: \t\t", "####,##0.###",
                               AverageRate(statistics.WMFOutputStats()), " bps"));
+    WriteFile(statistics);
+    WriteBroadcast(statistics);
+}
+
+void StatisticsReport::WriteFile(platform::WMEncStatistics& statistics) {
     if (settings_.output.empty()) return;
     const platform::FileArchiveStats file = statistics.FileArchiveStats();
     pane_.OutputInfo(
         LineText("\tFile size: \t\t\t", "###,####,###,##0", {file.file_size.Raw(), 0}, " bytes "));
     pane_.OutputInfo(LineText("\tFile duration: \t\t", "###,###,###,##0",
                               {file.file_duration.Raw(), 3}, " seconds "));
+}
+
+void StatisticsReport::WriteBroadcast(platform::WMEncStatistics& statistics) {
+    const auto broadcast = statistics.NetworkStats().broadcast;
+    if (!broadcast) return;
+    pane_.OutputInfo(
+        LineText("\tClients served: \t\t", "###,###,##0", {broadcast->clients_served, 0}, ""));
+    pane_.OutputInfo(
+        LineText("\tMost clients at once: \t\t", "###,###,##0", {broadcast->most_clients, 0}, ""));
+    pane_.OutputInfo(LineText("\tBytes sent: \t\t\t", "#,###,###,###,##0",
+                              {broadcast->bytes_sent, 0}, " bytes"));
+    pane_.OutputInfo(LineText("\tFrames withheld: \t\t", "###,###,###,##0",
+                              {broadcast->frames_withheld, 0}, ""));
 }
 
 void StatisticsReport::PrintFileInfo() {

@@ -36,6 +36,8 @@ class StatisticsReport {
     void WriteAudio();
     void WriteVideo();
     void WriteOverall(WallTime start, WallTime end);
+    void WriteFile(platform::WMEncStatistics& statistics);
+    void WriteBroadcast(platform::WMEncStatistics& statistics);
 
     platform::FormWindow& window_;
     platform::Factory& factory_;

@@ -83,7 +83,7 @@ constexpr Option kOptions[] = {
              "    A name without an extension gets .wmv, or .wma when there is no video.\n"
              "    Enclose names that contain blanks in quotation marks.\n",
      .note = {.accepts = "a file or a folder",
-              .fallback = "none; a run needs one",
+              .fallback = "none; a run needs one, or -broadcast",
               .effect = "What is written. Folders on the way are made. In a folder that exists, "
                         "the file takes the input's name. A name without an extension gets .wmv, "
                         "or .wma without a picture. A file that is there already is replaced, but "
@@ -108,10 +108,10 @@ constexpr Option kOptions[] = {
              "    A file can be written at the same time. The default port is 8080.\n",
      .note = {.accepts = "a port; may be left out",
               .fallback = "8080 when left out",
-              .effect = "Serves the stream to players over HTTP.",
-              .example = "-input film.avi -broadcast 8080",
-              .today = Today::Refused,
-              .errors = kNotYet}},
+              .effect = "Serves the stream to players over HTTP, beside -output or without it.",
+              .example = "-input film.avi -broadcast 8080 -profile av350",
+              .today = Today::Hardware,
+              .errors = "a number that is no port; a port that is in use or may not be opened"}},
     {.name = "-push",
      .values = {Text<&Set::push, &PushSettings::server_name>(),
                 Text<&Set::push, &PushSettings::publishing_point>(),

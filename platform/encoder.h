@@ -8,6 +8,7 @@
 #include <compare>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -90,6 +91,21 @@ struct FileArchiveStats {
     Currency file_duration;  // raw count of milliseconds
 };
 
+/// What a broadcast has given to those who listen.
+struct BroadcastStats {
+    std::vector<std::string> addresses;  // to give out, "http://192.0.2.7:8080/"; the best first
+    std::int32_t clients = 0;            // that are served now
+    std::int32_t most_clients = 0;       // at once
+    std::int64_t clients_served = 0;     // so far
+    std::int64_t bytes_sent = 0;
+    std::int64_t frames_withheld = 0;  // from clients that were too slow
+};
+
+/// What has gone out over a network; a kind of output that a run does not have is none.
+struct NetworkStats {
+    std::optional<BroadcastStats> broadcast;
+};
+
 class WMEncStatistics {
   public:
     virtual ~WMEncStatistics() = default;
@@ -101,6 +117,7 @@ class WMEncStatistics {
     virtual OutputStats WMFOutputStats() = 0;
     /// Throws Error (file not found) when no file was written.
     virtual platform::FileArchiveStats FileArchiveStats() = 0;
+    virtual platform::NetworkStats NetworkStats() { return {}; }
 };
 
 class WMEncSource {

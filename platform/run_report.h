@@ -40,6 +40,7 @@ struct FileReport {
     std::optional<StreamReport> video;
     std::int32_t average_bit_rate_bps = 0;
     std::optional<FileArchiveStats> file;
+    NetworkStats network;
     std::optional<ErrorReport> error;
 };
 
@@ -73,6 +74,7 @@ struct RunProgress {
     OutputStats total;
     std::int64_t dropped_frames = 0;
     std::int64_t dropped_bytes = 0;
+    NetworkStats network;
 };
 
 /// User-interface thread.

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include <fmt/core.h>
+
 #include "cli/value_readers.h"
 #include "session/output_folder.h"
 
@@ -13,6 +15,8 @@ namespace {
 constexpr const char* kDefaultBaseName = "output";
 constexpr const char* kVideoExtension = "wmv";
 constexpr const char* kAudioExtension = "wma";
+constexpr std::int32_t kLeastPort = 1;
+constexpr std::int32_t kMostPort = 65535;
 
 // A command that was refused in the middle leaves a value unread, and the three are written
 // together.
@@ -35,8 +39,17 @@ bool OutputSetup::SetupOutput() {
     }
 
     auto& broadcast = state_.g_objEncoder->Broadcast();
-    if (settings_.broadcast)
-        broadcast.SetPortNumber(platform::BroadcastProtocol::Http, *settings_.broadcast);
+    if (settings_.broadcast) {
+        const std::int32_t port = *settings_.broadcast;
+        if (port < kLeastPort || port > kMostPort) {
+            pane_.OutputError(
+                fmt::format("{} is no port to broadcast on: give -broadcast one from {} "
+                            "to {}, or none for 8080",
+                            port, kLeastPort, kMostPort));
+            return false;
+        }
+        broadcast.SetPortNumber(platform::BroadcastProtocol::Http, port);
+    }
     if (!settings_.push.server_name.empty()) {
         broadcast.SetServerName(settings_.push.server_name);
         broadcast.SetPublishingPoint(settings_.push.publishing_point);

@@ -12,6 +12,9 @@
 
 namespace engine {
 
+/// Called with a sentence that the person should know while all goes well; any thread.
+using OutputNotices = std::function<void(const std::string& text)>;
+
 struct OutputResult {
     std::uint64_t bytes = 0;
     Ticks duration;  // end of the last coded frame
@@ -38,6 +41,8 @@ class OutputSink {
 
     /// What has been written so far; final after Finish.
     virtual OutputResult Result() const = 0;
+    /// Adds what it has sent over a network. Any thread, from Begin on.
+    virtual void AddTo(platform::NetworkStats& /*stats*/) const {}
     /// A sentence on what Finish did beside completing the output, "" when there is nothing.
     virtual std::string NoticeText() const { return {}; }
     /// A sentence on what a failed session has left and what to do with it, "" when there is

@@ -20,7 +20,7 @@ namespace engine {
 struct RunCallbacks {
     std::function<void(platform::EncoderState)> on_state;
     std::function<void(std::int32_t number, const std::string& description)> on_error;
-    std::function<void(const std::string& text)> on_notice;  // what finishing a file has led to
+    std::function<void(const std::string& text)> on_notice;  // what outputs have to say
 };
 
 /// What a run has written so far. Any thread.
@@ -31,6 +31,7 @@ class RunFigures {
     virtual platform::OutputStats Of(MediaKind kind) const = 0;
     virtual platform::OutputStats Total() const = 0;
     virtual platform::FileArchiveStats File() const = 0;
+    virtual platform::NetworkStats Network() const { return {}; }
 };
 
 /// One run of a plan. Any thread may stop, pause, resume and ask for figures; the rest belongs to

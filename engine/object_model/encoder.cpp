@@ -34,7 +34,12 @@ void Encoder::RefuseWhileRunning() const {
         throw platform::Error(platform::kBusy, "The encoder is running: stop it first");
 }
 
-PrepareParts Encoder::PlanParts() const { return {*parts_->files, parts_->camera_format}; }
+PrepareParts Encoder::PlanParts() const { return PlanParts(*parts_->files); }
+
+PrepareParts Encoder::PlanParts(platform::FileSystem& files) const {
+    return {files, parts_->camera_format,
+            parts_->broadcast_address ? parts_->broadcast_address() : std::string()};
+}
 
 void Encoder::PrepareToEncode(bool force) {
     RefuseWhileRunning();
@@ -45,8 +50,8 @@ void Encoder::PrepareToEncode(bool force) {
     EncodePlan plan = MakePlan(session, PlanParts());
     if (plan.LacksScreen()) plan = WithScreen(std::move(session), plan);
     // What was recorded before cannot be had again; what was encoded is encoded anew.
-    if (plan.IsLive()) SetLeftoverAside(plan.FilePath());
-    notes_ = LeftoverNotes(plan.FilePath());
+    if (plan.IsLive() && !plan.FilePath().empty()) SetLeftoverAside(plan.FilePath());
+    notes_ = plan.FilePath().empty() ? std::vector<std::string>() : LeftoverNotes(plan.FilePath());
     const std::vector<std::string> notices = plan.notices;
     if (plan.IsLive()) {
         control_->Make(*parts_, std::move(plan));
@@ -58,7 +63,7 @@ void Encoder::PrepareToEncode(bool force) {
 }
 
 void Encoder::CheckToEncode(platform::FileSystem& files) {
-    MakePlan(tree_.Record(), {files, parts_->camera_format});
+    MakePlan(tree_.Record(), PlanParts(files));
 }
 
 // The person is asked when all else is right.

@@ -62,6 +62,7 @@ class Encoder : public platform::WMEncoder {
   private:
     void RefuseWhileRunning() const;
     PrepareParts PlanParts() const;
+    PrepareParts PlanParts(platform::FileSystem& files) const;
     EncodePlan WithScreen(SessionRecord session, const EncodePlan& plan);
 
     platform::EventLoop& loop_;

@@ -39,6 +39,7 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
     parts.screen_choice = [] { return Variable("TESSIVO_SCREEN"); };
     parts.shows_pointer = [] { return ParsePointer(Variable("TESSIVO_POINTER")); };
     parts.sound_choice = [] { return Variable("TESSIVO_SOUND"); };
+    parts.broadcast_address = [] { return Variable("TESSIVO_BROADCAST_ADDRESS"); };
     parts.make_share = [] { return MediaLibrary().make_share(); };
     return std::make_shared<Encoder>(loop, std::move(parts));
 }

@@ -34,6 +34,8 @@ struct EngineParts {
     std::function<std::string()> screen_choice = {};
     /// Whose sound a screen's is, as ChosenSound takes it. The default device's when it is empty.
     std::function<std::string()> sound_choice = {};
+    /// Where a broadcast listens. At all of the machine's addresses when it is empty.
+    std::function<std::string()> broadcast_address = {};
     /// For the screen of a desktop that hands it out; throws platform::Error.
     std::function<std::unique_ptr<ScreenShare>()> make_share = {};
     /// How a camera gives frames that suit the request. Throws platform::Error.

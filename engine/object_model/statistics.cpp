@@ -36,4 +36,9 @@ platform::FileArchiveStats Statistics::FileArchiveStats() {
     return control_->Run()->Figures().File();
 }
 
+platform::NetworkStats Statistics::NetworkStats() {
+    return control_->Run() == nullptr ? platform::NetworkStats()
+                                      : control_->Run()->Figures().Network();
+}
+
 }  // namespace engine

@@ -17,6 +17,7 @@ class Statistics : public platform::WMEncStatistics {
                                             int output) override;
     platform::OutputStats WMFOutputStats() override;
     platform::FileArchiveStats FileArchiveStats() override;
+    platform::NetworkStats NetworkStats() override;
 
   private:
     std::shared_ptr<const RunControl> control_;

@@ -9,6 +9,6 @@
 namespace engine {
 
 /// Touches nothing yet: the output begins with its header.
-std::unique_ptr<OutputSink> MakeOutput(const OutputPlan& plan);
+std::unique_ptr<OutputSink> MakeOutput(const OutputPlan& plan, const OutputNotices& notices);
 
 }  // namespace engine

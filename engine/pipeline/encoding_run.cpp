@@ -14,7 +14,7 @@ EncodingRun::EncodingRun(EncodePlan plan, RunCallbacks callbacks, RunParts parts
       callbacks_(std::move(callbacks)),
       parts_(std::move(parts)),
       statistics_(plan_),
-      outputs_(plan_, parts_, statistics_) {
+      outputs_(plan_, parts_, statistics_, NoticesOfOutputs()) {
     OpenPass({1, plan_.passes, plan_.media_length, {}}, {});
     OutputHeader header;
     header.streams = pass_->Headers();
@@ -53,6 +53,24 @@ void EncodingRun::SetPaused(bool paused) {
     changed_.notify_all();
 }
 
+OutputNotices EncodingRun::NoticesOfOutputs() {
+    return [this](const std::string& text) {
+        const std::lock_guard lock(mutex_);
+        notices_.push_back(text);
+        changed_.notify_all();
+    };
+}
+
+void EncodingRun::TellNotices() {
+    std::vector<std::string> notices;
+    {
+        const std::lock_guard lock(mutex_);
+        notices.swap(notices_);
+    }
+    if (callbacks_.on_notice)
+        for (const std::string& notice : notices) callbacks_.on_notice(notice);
+}
+
 void EncodingRun::OpenPass(const EncoderPass& pass, Ticks end) {
     Pass::Events events;
     events.failed = [this](const platform::Error& error) {
@@ -80,6 +98,7 @@ void EncodingRun::OpenPass(const EncoderPass& pass, Ticks end) {
 
 void EncodingRun::Control() {
     Announce(EncoderState::Starting);
+    TellNotices();
     Trap([&] {
         for (int number = 1; number <= plan_.passes && !cause_; ++number) RunPass(number);
     });
@@ -91,16 +110,23 @@ void EncodingRun::Control() {
     } else {
         if (!loss_) AnnounceStopping();
         Trap([&] { outputs_.Finish(); });
+        TellNotices();
         if (callbacks_.on_notice)
             for (const std::string& notice : outputs_.Notices()) callbacks_.on_notice(notice);
         if (cause_)
             Report(*cause_, outputs_.RemainsText());
         else if (loss_)
-            Report(*loss_, fmt::format("What was {} until then is in \"{}\", which is whole.",
-                                       plan_.IsLive() ? "recorded" : "encoded", plan_.FilePath()));
+            Report(*loss_, LossText());
         AnnounceStopping();
     }
     Announce(EncoderState::Stopped);
+}
+
+std::string EncodingRun::LossText() const {
+    const std::string path = plan_.FilePath();
+    if (path.empty()) return {};
+    return fmt::format("What was {} until then is in \"{}\", which is whole.",
+                       plan_.IsLive() ? "recorded" : "encoded", path);
 }
 
 // A pass that is stopped is still followed by the next one over what it has read.
@@ -151,8 +177,15 @@ void EncodingRun::Watch() {
     std::unique_lock lock(mutex_);
     for (;;) {
         changed_.wait(lock, [&] {
-            return pass_ended_ || stops_asked_ > stops_honoured_ || pause_asked_ != paused;
+            return pass_ended_ || stops_asked_ > stops_honoured_ || pause_asked_ != paused ||
+                   !notices_.empty();
         });
+        if (!notices_.empty()) {
+            lock.unlock();
+            TellNotices();
+            lock.lock();
+            continue;
+        }
         if (stops_asked_ > stops_honoured_) {
             ++stops_honoured_;
             paused = false;

@@ -40,12 +40,15 @@ class EncodingRun final : public SessionRun {
 
   private:
     void SetPaused(bool paused);
+    OutputNotices NoticesOfOutputs();
     void OpenPass(const EncoderPass& pass, Ticks end);
     void Control();
     void RunPass(int number);
     std::string InputNames() const;
+    std::string LossText() const;
     void HonourLateStops();
     void Watch();
+    void TellNotices();
     template <typename Body>
     void Trap(Body&& body);
     void Note(const platform::Error& error);
@@ -57,12 +60,16 @@ class EncodingRun final : public SessionRun {
     RunCallbacks callbacks_;
     RunParts parts_;
     RunStatistics statistics_;
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<std::string> notices_;  // of outputs, not told yet
+
     CodedFramePool packets_;  // outlives the outputs, which may keep frames
     RunOutputs outputs_;
     std::unique_ptr<Pass> pass_;
 
-    std::mutex mutex_;
-    std::condition_variable changed_;
+    // Under the mutex.
     int stops_asked_ = 0;
     bool pause_asked_ = false;
     bool pass_ended_ = false;

@@ -69,6 +69,7 @@ Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const R
         video_filters_.emplace(*plan.video, video_encoder_->Format(), EndOf(from, end), turn, stop_,
                                frames_);
     }
+    if (plan.IsStreamed() && !plan.IsLive()) pacer_.emplace();
     interleaver_ = std::make_unique<Interleaver>(
         plan.audio.has_value(), plan.video.has_value(), plan.IsLive(),
         [this] { return inputs_.size() == 1 && inputs_.front()->router.Starved(); });
@@ -159,12 +160,14 @@ void Pass::Stop() {
     if (captured_) stopped_at_.compare_exchange_strong(running, parts_.now().count);
     stop_ = true;
     gate_.OpenForGood();
+    if (pacer_) pacer_->Stop();
     for (const std::unique_ptr<Input>& input : inputs_) input->reader->Stop();
     for (const std::optional<Chain>* chain : {&audio_, &video_})
         if (*chain && (*chain)->device) (*chain)->device->Wake();
 }
 
 void Pass::SetPaused(bool paused) {
+    if (pacer_) pacer_->SetPaused(paused);
     if (!captured_)
         gate_.SetClosed(paused);
     else if (paused)
@@ -330,7 +333,10 @@ void Pass::Write(RunOutputs* outputs) {
             if (outputs != nullptr) outputs->Flush();
             continue;
         }
-        if (outputs != nullptr) outputs->Write(frame);
+        if (outputs != nullptr) {
+            if (pacer_ && !pacer_->Await(frame.dts)) return;
+            outputs->Write(frame);
+        }
         statistics_.Written(kind, frame);
         frame.bytes = {};
     }

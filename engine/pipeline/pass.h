@@ -18,6 +18,7 @@
 #include "engine/pipeline/capture_queues.h"
 #include "engine/pipeline/frame_queue.h"
 #include "engine/pipeline/interleaver.h"
+#include "engine/pipeline/pacer.h"
 #include "engine/pipeline/pause_gate.h"
 #include "engine/pipeline/run_outputs.h"
 #include "engine/pipeline/run_parts.h"
@@ -126,6 +127,7 @@ class Pass {
     FrameQueue filtered_;
     std::unique_ptr<Interleaver> interleaver_;
     PauseGate gate_;
+    std::optional<Pacer> pacer_;  // of a file that is streamed
     std::atomic<bool> stop_{false};
     std::atomic<std::int64_t> stopped_at_{0};  // on the capture clock
     std::atomic<bool> yielded_{false};

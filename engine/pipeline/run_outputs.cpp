@@ -7,13 +7,19 @@
 
 namespace engine {
 
-RunOutputs::RunOutputs(const EncodePlan& plan, const RunParts& parts, RunStatistics& statistics)
+RunOutputs::RunOutputs(const EncodePlan& plan, const RunParts& parts, RunStatistics& statistics,
+                       const OutputNotices& notices)
     : statistics_(statistics) {
     for (const OutputPlan& output : plan.outputs) {
-        sinks_.push_back(parts.make_output(output));
+        sinks_.push_back(parts.make_output(output, notices));
         if (file_ == nullptr && std::holds_alternative<FileOutput>(output))
             file_ = sinks_.back().get();
     }
+    statistics_.NetworkIs([this] {
+        platform::NetworkStats stats;
+        for (const auto& sink : sinks_) sink->AddTo(stats);
+        return stats;
+    });
 }
 
 void RunOutputs::Begin(const OutputHeader& header) {

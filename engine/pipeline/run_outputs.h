@@ -12,10 +12,15 @@
 
 namespace engine {
 
-/// One thread at a time, in the order of OutputSink. The statistics are told what the file holds.
+/// One thread at a time, in the order of OutputSink. The statistics are told what the file holds,
+/// and where to ask what has gone over networks.
 class RunOutputs {
   public:
-    RunOutputs(const EncodePlan& plan, const RunParts& parts, RunStatistics& statistics);
+    /// @param notices  called from outputs' own threads too
+    RunOutputs(const EncodePlan& plan, const RunParts& parts, RunStatistics& statistics,
+               const OutputNotices& notices);
+    RunOutputs(const RunOutputs&) = delete;
+    RunOutputs& operator=(const RunOutputs&) = delete;
 
     /// Throws what the first output that cannot begin throws; then the others are abandoned.
     void Begin(const OutputHeader& header);

@@ -12,7 +12,8 @@ namespace engine {
 
 struct RunParts {
     /// The output, which has not begun yet.
-    std::function<std::unique_ptr<OutputSink>(const OutputPlan& plan)> make_output;
+    std::function<std::unique_ptr<OutputSink>(const OutputPlan& plan, const OutputNotices& notices)>
+        make_output;
     /// Throws platform::Error when the device cannot be opened. The pool outlives the source.
     std::function<std::unique_ptr<LiveSource>(const CapturePlan& plan, FramePool& frames)>
         open_live = {};

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 namespace engine {
 namespace {
@@ -89,6 +90,11 @@ void RunStatistics::FileIs(const OutputResult& file) {
     file_ = file;
 }
 
+void RunStatistics::NetworkIs(std::function<platform::NetworkStats()> network) {
+    const std::lock_guard lock(mutex_);
+    network_ = std::move(network);
+}
+
 Ticks RunStatistics::End() const {
     const std::lock_guard lock(mutex_);
     return std::max(counters_[0].end, counters_[1].end);
@@ -150,6 +156,11 @@ platform::FileArchiveStats RunStatistics::File() const {
     const std::lock_guard lock(mutex_);
     return {Currency::FromRaw(static_cast<std::int64_t>(file_.bytes)),
             Currency::FromRaw(file_.duration.Milliseconds())};
+}
+
+platform::NetworkStats RunStatistics::Network() const {
+    const std::lock_guard lock(mutex_);
+    return network_ ? network_() : platform::NetworkStats();
 }
 
 }  // namespace engine

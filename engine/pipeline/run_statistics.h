@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 
 #include "engine/base/av/encoder.h"
@@ -28,11 +29,14 @@ class RunStatistics final : public RunFigures {
     /// Frames of a live source; `why` is the count that they belong to.
     void Missed(std::int64_t platform::DropCounts::*why, std::int64_t frames);
     void FileIs(const OutputResult& file);
+    /// Asked whenever somebody wants to know; outlives this object, or is not asked any more.
+    void NetworkIs(std::function<platform::NetworkStats()> network);
 
     platform::Currency EncodingTime() const override;
     platform::OutputStats Of(MediaKind kind) const override;
     platform::OutputStats Total() const override;
     platform::FileArchiveStats File() const override;
+    platform::NetworkStats Network() const override;
 
     /// Where the streams of the running pass, or one of them, end.
     Ticks End() const;
@@ -68,6 +72,7 @@ class RunStatistics final : public RunFigures {
     std::array<Expected, 2> expected_;
     std::array<Counters, 2> counters_;
     OutputResult file_;
+    std::function<platform::NetworkStats()> network_;
 };
 
 }  // namespace engine

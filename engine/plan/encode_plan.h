@@ -1,6 +1,7 @@
 // A session as the pipeline runs it: plain values, checked for contradictions, never changed.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -142,8 +143,15 @@ struct FileOutput {
     bool keeps_existing = false;
 };
 
+/// A port that players connect to.
+struct BroadcastOutput {
+    std::uint16_t port = 0;  // above 0
+    std::string address;     // to listen at; "" = all of the machine
+    int most_clients = 2000;
+};
+
 /// Where the coded streams go.
-using OutputPlan = std::variant<FileOutput>;
+using OutputPlan = std::variant<FileOutput, BroadcastOutput>;
 
 struct EncodePlan {
     std::optional<AudioPlan> audio;
@@ -167,6 +175,12 @@ struct EncodePlan {
     /// All inputs of a plan are live, or none is.
     bool IsLive() const {
         return (audio && audio->input.capture) || (video && video->input.capture);
+    }
+    /// Whether what is encoded goes out at the pace at which it is shown.
+    bool IsStreamed() const {
+        return std::any_of(outputs.begin(), outputs.end(), [](const OutputPlan& output) {
+            return !std::holds_alternative<FileOutput>(output);
+        });
     }
     /// Whether the desktop has to hand out a screen before the plan can be run.
     bool LacksScreen() const {

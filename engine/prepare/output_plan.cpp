@@ -1,5 +1,8 @@
 #include "engine/prepare/output_plan.h"
 
+#include <algorithm>
+#include <string>
+
 #include <fmt/format.h>
 
 #include "engine/outputs/asf/packet_size.h"
@@ -8,12 +11,14 @@
 
 namespace engine {
 
+namespace {
+
+// As long as a player may have to wait for its first frame.
+constexpr std::int32_t kLongestJoinMs = 10'000;
+
+constexpr std::uint32_t kMostStreamedPacketBytes = 65'527;
+
 void RefuseUnbuiltOutputs(const BroadcastRecord& broadcast) {
-    if (broadcast.http_port != 0)
-        RefuseUnbuilt(
-            fmt::format("Broadcasting on port {} is not possible yet: leave -broadcast "
-                        "out and give -output a file",
-                        broadcast.http_port));
     if (!broadcast.server.empty())
         RefuseUnbuilt(
             fmt::format("Pushing to the server {} is not possible yet: leave -push out "
@@ -21,9 +26,9 @@ void RefuseUnbuiltOutputs(const BroadcastRecord& broadcast) {
                         broadcast.server));
 }
 
+// The host's own name of the output file.
 std::string CheckedOutput(const std::string& name, const SourceGroupRecord& group,
                           platform::FileSystem& files) {
-    if (name.empty()) RefuseArgument("There is no output: give -output a file");
     std::string path = files.GetAbsolutePathName(name);
     const std::string exact_name = files.NameOf(path);
     if (files.FolderExists(exact_name))
@@ -48,6 +53,35 @@ std::string CheckedOutput(const std::string& name, const SourceGroupRecord& grou
     for (const AudioSourceRecord& source : group.audio) refuse_input(source.input);
     for (const VideoSourceRecord& source : group.video) refuse_input(source.input);
     return path;
+}
+
+}  // namespace
+
+std::vector<OutputPlan> PlanOutputs(const SessionRecord& session, const SourceGroupRecord& group,
+                                    bool keeps_file, const PrepareParts& parts) {
+    RefuseUnbuiltOutputs(session.broadcast);
+    std::vector<OutputPlan> outputs;
+    if (session.broadcast.http_port != 0)
+        outputs.emplace_back(BroadcastOutput{
+            static_cast<std::uint16_t>(session.broadcast.http_port), parts.broadcast_address});
+    if (!session.output.empty())
+        outputs.emplace_back(
+            FileOutput{CheckedOutput(session.output, group, parts.files), keeps_file});
+    if (outputs.empty())
+        RefuseArgument("There is no output: give -output a file, or -broadcast a port");
+    return outputs;
+}
+
+void PlanJoining(EncodePlan& plan) {
+    if (!plan.IsStreamed()) return;
+    if (plan.min_packet_bytes > kMostStreamedPacketBytes)
+        RefuseArgument(
+            fmt::format("The least packet size {} is too large for what is streamed: give "
+                        "-minpacket at most {}",
+                        plan.min_packet_bytes, kMostStreamedPacketBytes));
+    if (!plan.video) return;
+    std::int32_t& distance = plan.video->key_frame_distance_ms;
+    distance = distance > 0 ? std::min(distance, kLongestJoinMs) : kLongestJoinMs;
 }
 
 void PlanPackets(const ProfileRecord& profile, EncodePlan& plan) {

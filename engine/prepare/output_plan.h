@@ -1,20 +1,21 @@
 // Where the coded streams go.
 #pragma once
 
-#include <string>
+#include <vector>
 
 #include "engine/plan/encode_plan.h"
 #include "engine/plan/session_record.h"
-#include "platform/file_system.h"
+#include "engine/prepare/prepare_parts.h"
 
 namespace engine {
 
-/// Throws Error (not implemented) for outputs that are none yet.
-void RefuseUnbuiltOutputs(const BroadcastRecord& broadcast);
+/// What the session asks for, at least one; those that may refuse to begin come first. `keeps_file`
+/// as FileOutput has it. Throws Error (invalid argument, path not found, not implemented).
+std::vector<OutputPlan> PlanOutputs(const SessionRecord& session, const SourceGroupRecord& group,
+                                    bool keeps_file, const PrepareParts& parts);
 
-/// The host's own name of the output file. Throws Error (invalid argument, path not found).
-std::string CheckedOutput(const std::string& name, const SourceGroupRecord& group,
-                          platform::FileSystem& files);
+/// What is streamed has key frames for those who join. Nothing else is changed.
+void PlanJoining(EncodePlan& plan);
 
 /// The limits of the container's packets. Throws Error (invalid argument).
 void PlanPackets(const ProfileRecord& profile, EncodePlan& plan);

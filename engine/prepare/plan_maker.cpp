@@ -156,7 +156,6 @@ EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
     const ProfileRecord& profile = *group.profile;
     const AudioSourceRecord* audio = SourceOf("audio", profile, kContentAudio, group.audio);
     const VideoSourceRecord* video = SourceOf("video", profile, kContentVideo, group.video);
-    RefuseUnbuiltOutputs(session.broadcast);
 
     EncodePlan plan;
     if (audio != nullptr) {
@@ -170,7 +169,10 @@ EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
         plan.video = PlanVideo(*video, profile, session.video_performance, camera);
     }
     PlanPackets(profile, plan);
-    const std::string output = CheckedOutput(session.output, group, parts.files);
+    const bool is_live =
+        (audio != nullptr && audio->input.capture) || (video != nullptr && video->input.capture);
+    plan.outputs = PlanOutputs(session, group, is_live, parts);
+    PlanJoining(plan);
     plan.auto_stop = session.auto_stop;
     plan.content = session.content;
     plan.attributes = session.attributes;
@@ -187,8 +189,7 @@ EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
         if (camera) plan.video->input.capture->camera = *camera;
     }
     CheckCaptures(plan);
-    plan.outputs = {FileOutput{output, plan.IsLive()}};
-    AddNameNotice(output, plan);
+    AddNameNotice(plan.FilePath(), plan);
     if (audio != nullptr) AddSoundNotice(*audio, plan);
     if (video != nullptr) AddNotices(*video, profile, plan);
     return plan;

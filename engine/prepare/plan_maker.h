@@ -1,20 +1,11 @@
 // From a session as it was set up to the plan that is run: every contradiction is found here.
 #pragma once
 
-#include <functional>
-
 #include "engine/plan/encode_plan.h"
 #include "engine/plan/session_record.h"
-#include "platform/file_system.h"
+#include "engine/prepare/prepare_parts.h"
 
 namespace engine {
-
-/// What a plan's maker asks of the machine.
-struct PrepareParts {
-    platform::FileSystem& files;
-    /// How a camera gives frames that suit the request. Throws Error that names it.
-    std::function<CameraFormat(const Device& camera, const CameraRequest& request)> camera_format;
-};
 
 /// Reads the file system and changes nothing. Throws Error with one clear text that names both
 /// sides of the contradiction: invalid argument, path not found (of the output's folder), not

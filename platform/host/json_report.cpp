@@ -88,6 +88,18 @@ Json ErrorObject(const std::optional<ErrorReport>& error) {
     return object;
 }
 
+Json BroadcastObject(const std::optional<BroadcastStats>& broadcast) {
+    if (!broadcast) return {};
+    Json object;
+    object["addresses"] = broadcast->addresses;
+    object["clients"] = broadcast->clients;
+    object["most_clients"] = broadcast->most_clients;
+    object["clients_served"] = broadcast->clients_served;
+    object["bytes_sent"] = broadcast->bytes_sent;
+    object["frames_withheld"] = broadcast->frames_withheld;
+    return object;
+}
+
 void AddFile(Json& object, const FileReport& report) {
     object["state"] = EndText(report.end);
     object["input"] = TextOrNull(report.input);
@@ -101,6 +113,7 @@ void AddFile(Json& object, const FileReport& report) {
     object["audio"] = StreamObject(report.audio, "sample_rate", 1, "packets");
     object["video"] = StreamObject(report.video, "frame_rate", kThousand, "frames");
     if (report.video) object["video"]["dropped_by_cause"] = DropsObject(report.video->totals.drops);
+    object["broadcast"] = BroadcastObject(report.network.broadcast);
     object["error"] = ErrorObject(report.error);
 }
 
@@ -128,6 +141,7 @@ void JsonReport::WriteProgress(const RunProgress& progress) {
     object["dropped_frames"] = progress.dropped_frames;
     object["dropped_bytes"] = progress.dropped_bytes;
     object["dropped_by_cause"] = DropsObject(progress.total.drops);
+    object["broadcast"] = BroadcastObject(progress.network.broadcast);
     Write(output_, object);
 }
 

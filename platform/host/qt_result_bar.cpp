@@ -41,6 +41,12 @@ ResultText TextOf(const CommandReport& report, bool capture) {
     const FileReport& last = report.last;
     if (report.is_folder) return TextOfFolder(report);
     if (IsFailure(last.end)) return TextOfFailure(last, capture);
+    if (last.output.empty()) {
+        QString details;
+        if (last.network.broadcast)
+            details = Text("Players served: %1").arg(last.network.broadcast->clients_served);
+        return {Text("The broadcast has ended"), details};
+    }
     ResultText text{
         (capture ? Text("%1 is recorded") : Text("%1 is encoded")).arg(NameOf(last.output)), {}};
     if (last.file)

@@ -49,6 +49,7 @@ QtWindow::QtWindow(std::string arguments)
       pause_(this),
       message_(this),
       result_(opener_, this),
+      broadcast_(this),
       queue_(this),
       level_meter_(this),
       pane_(this),
@@ -147,6 +148,7 @@ void QtWindow::ShowPhase() {
     left_.Restart();
     ShowTimeLeft(QString());
     recorded_.hide();
+    broadcast_.Show({});
 }
 
 void QtWindow::NameAndExplain() {
@@ -247,6 +249,7 @@ void QtWindow::LayOut() {
     rows_.addWidget(&level_meter_);
     rows_.addWidget(&message_);
     rows_.addWidget(&result_);
+    rows_.addWidget(&broadcast_);
     rows_.addWidget(&pane_, 1);
     rows_.addLayout(&progress_row_);
     rows_.addLayout(&facts_);
@@ -277,6 +280,7 @@ void QtWindow::Tick() {
     if (watch_.phase() == RunPhase::Idle) return;
     const RunProgress progress = form_->Progress();
     ShowTimeLeft(QString::fromStdString(left_.TextOf(progress, TimeLeft::Clock::now())));
+    broadcast_.Show(progress.network);
     if (watch_.IsCapture()) ShowRecordedSize(progress);
 }
 

@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "platform/form_events.h"
+#include "platform/host/qt_broadcast_bar.h"
 #include "platform/host/qt_command_edit.h"
 #include "platform/host/qt_command_queue.h"
 #include "platform/host/qt_command_runner.h"
@@ -47,7 +48,8 @@ namespace platform::host {
 
 /// Closing it while the form is busy asks first, stops the encoder and closes when its file is
 /// finished. The widgets bear the form's names (txtCmd, cmdGo ...) as object names; beside the
-/// form's there are "cmdPause", "timeLeft", "recordedSize", "messageLine" and "resultBar". Size,
+/// form's there are "cmdPause", "timeLeft", "recordedSize", "messageLine", "resultBar" and
+/// "broadcastBar". Size,
 /// options and recent commands are kept in the user's settings of "tessivo". A file that is dropped
 /// becomes the command's input.
 class QtWindow : public QWidget, public FormWindow {
@@ -142,6 +144,7 @@ class QtWindow : public QWidget, public FormWindow {
     MessageLine message_;
     FileOpener opener_{message_};
     ResultBar result_;
+    BroadcastBar broadcast_;
     CommandQueue queue_;
     LevelMeter level_meter_;
     OutputView pane_;

@@ -1,5 +1,6 @@
 // A recording from its countdown to what can be done with its file.
 #include <QAction>
+#include <QClipboard>
 #include <QDialogButtonBox>
 #include <QFileInfo>
 #include <QKeySequenceEdit>
@@ -36,6 +37,15 @@ class Recording : public Window {
         qunsetenv("TESSIVO_POINTER");
     }
     QAction& Action(const char* name) { return Find<QAction>(name); }
+    // The second of a run.
+    void Tick() {
+        bool ticked = false;
+        form_.on_tick = [&] { ticked = true; };
+        window().Timer1().SetInterval(1);
+        window().Timer1().SetEnabled(true);
+        RunUntil([&] { return ticked; });
+        window().Timer1().SetEnabled(false);
+    }
     QAction& ScreenAction(const char* name) {
         QMetaObject::invokeMethod(&Find<QMenu>("screenMenu"), "aboutToShow");
         return Action(name);
@@ -209,26 +219,44 @@ TEST_F(Recording, ItsSizeIsShownWhileItRuns) {
     form_.progress.output = QDir::tempPath().toStdString() + "/a.wmv";
     form_.progress.total.byte_count = platform::Currency::FromRaw(1'500'000);
     auto& size = Find<QLabel>("recordedSize");
-    const auto tick = [&] {
-        bool ticked = false;
-        form_.on_tick = [&] { ticked = true; };
-        window().Timer1().SetInterval(1);
-        window().Timer1().SetEnabled(true);
-        RunUntil([&] { return ticked; });
-        window().Timer1().SetEnabled(false);
-    };
     form_.listener->OnStateChange(EncoderState::Running);
-    tick();
+    Tick();
     EXPECT_TRUE(size.isVisible());
     EXPECT_THAT(size.text().toStdString(), testing::MatchesRegex("1\\.5 MB, .+ free"));
     form_.listener->OnStateChange(EncoderState::Stopped);
     EXPECT_FALSE(size.isVisible());
     form_.progress.input = "film.avi";
     form_.listener->OnStateChange(EncoderState::Running);
-    tick();
+    Tick();
     EXPECT_FALSE(size.isVisible()) << "a file's own size says nothing of the room";
     EXPECT_TRUE(platform::host::IsScarce(1'000'000));
     EXPECT_FALSE(platform::host::IsScarce(50'000'000'000));
+}
+
+TEST_F(Recording, ABroadcastShowsItsAddressAndWhoListens) {
+    auto& bar = Find<QWidget>("broadcastBar");
+    platform::BroadcastStats stats;
+    stats.addresses = {"http://192.0.2.7:8080/", "http://[2001:db8::7]:8080/"};
+    form_.listener->OnStateChange(EncoderState::Running);
+    Tick();
+    EXPECT_FALSE(bar.isVisible()) << "nothing is broadcast";
+    form_.progress.network.broadcast = stats;
+    Tick();
+    EXPECT_TRUE(bar.isVisible());
+    EXPECT_EQ(Find<QLabel>("broadcastAddress").accessibleName(),
+              QStringLiteral("Broadcasting at http://192.0.2.7:8080/"));
+    auto& listeners = Find<QLabel>("listeners");
+    EXPECT_EQ(listeners.text(), QStringLiteral("0 listeners, at most 0"));
+    form_.progress.network.broadcast->clients = 1;
+    form_.progress.network.broadcast->most_clients = 12;
+    Tick();
+    EXPECT_EQ(listeners.accessibleName(), QStringLiteral("1 listener, at most 12"));
+    auto& copy = Find<QPushButton>("copyAddress");
+    EXPECT_EQ(copy.focusPolicy(), Qt::StrongFocus) << "by the keyboard alone too";
+    copy.click();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("http://192.0.2.7:8080/"));
+    form_.listener->OnStateChange(EncoderState::Stopped);
+    EXPECT_FALSE(bar.isVisible());
 }
 
 }  // namespace

@@ -115,6 +115,7 @@ class FakeEncoder : public platform::WMEncoder {
         platform::FileArchiveStats FileArchiveStats() override {
             return Read("Statistics.FileArchiveStats", archive);
         }
+        platform::NetworkStats NetworkStats() override { return network; }
         template <typename Value>
         Value Read(const std::string& operation, const Value& value) {
             log->Call(operation);
@@ -125,6 +126,7 @@ class FakeEncoder : public platform::WMEncoder {
         platform::Currency encoding_time;
         platform::OutputStats audio, video, total;
         platform::FileArchiveStats archive;
+        platform::NetworkStats network;
     };
 
     platform::WMEncSourceGroupCollection& SourceGroupCollection() override { return groups; }

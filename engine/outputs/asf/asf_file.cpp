@@ -6,8 +6,6 @@
 #include <cassert>
 #include <utility>
 
-#include "engine/outputs/asf/packet_size.h"
-
 namespace engine::asf {
 
 AsfFile::AsfFile(std::string path, bool keeps_existing)
@@ -19,23 +17,14 @@ AsfFile::~AsfFile() {
 
 void AsfFile::Begin(const OutputHeader& header) {
     assert(!part_);
-    header_ = header;
-    std::uint64_t total_bps = 0;
-    for (const StreamHeader& stream : header_.streams) total_bps += stream.average_rate_bps;
-    facts_.packet_bytes =
-        ChoosePacketSize(total_bps, header_.min_packet_bytes, header_.max_packet_bytes);
-    facts_.preroll_ms = PrerollMs(header_);
-    facts_.file_id = RandomFileId();
-    facts_.creation_date = CreationDateNow();
-    const std::vector<std::uint8_t> bytes = BuildHeader(header_, facts_, HeaderNumbers{});
+    packetizer_.emplace(header, [this](const ClosedPacket& packet) { TakePacket(packet); });
+    const std::vector<std::uint8_t> bytes = packetizer_->Header(HeaderNumbers{});
 
-    totals_.resize(header_.streams.size());
-    for (const StreamHeader& stream : header_.streams) {
+    totals_.resize(header.streams.size());
+    for (const StreamHeader& stream : header.streams) {
         index_of_.push_back(indexes_.size());
         if (stream.Kind() == MediaKind::Video) indexes_.emplace_back();
     }
-    packetizer_.emplace(facts_.packet_bytes, facts_.preroll_ms,
-                        [this](const ClosedPacket& packet) { TakePacket(packet); });
     part_.emplace(path_);
     try {
         part_->Append(bytes);
@@ -51,21 +40,13 @@ void AsfFile::Write(const CodedFrame& frame) {
     if (failure_) throw platform::Error(*failure_);
     const auto index = static_cast<std::size_t>(frame.stream);
     assert(part_ && index < totals_.size());
-    StreamTotals& totals = totals_[index];
-    const bool reordered = header_.streams[index].reordered;
     try {
-        packetizer_->Add({.stream_number = StreamNumber(index),
-                          .video = header_.streams[index].Kind() == MediaKind::Video,
-                          .key = frame.key,
-                          .pts = frame.pts,
-                          .dts = frame.dts,
-                          .duration = frame.duration,
-                          .bytes = frame.bytes,
-                          .ahead = reordered ? Ahead(totals, frame.pts) : Ticks{}});
+        packetizer_->Add(frame);
     } catch (const platform::Error& error) {
         failure_ = error;
         throw;
     }
+    StreamTotals& totals = totals_[index];
     totals.bytes += frame.bytes.size();
     totals.largest_object =
         std::max(totals.largest_object, static_cast<std::uint32_t>(frame.bytes.size()));
@@ -79,13 +60,6 @@ void AsfFile::Flush() {
         failure_ = error;
         throw;
     }
-}
-
-Ticks AsfFile::Ahead(StreamTotals& stream, Ticks pts) {
-    const Ticks kept_back = stream.kept_back.value_or(pts);
-    if (pts < kept_back) return {};  // shown at once
-    stream.kept_back = pts;
-    return pts - kept_back;
 }
 
 void AsfFile::TakePacket(const ClosedPacket& packet) {
@@ -125,11 +99,10 @@ void AsfFile::Complete(platform::ErrorTrap& trap) {
     done_ = true;
     HostFile& file = part_->File();
     if (!failure_) trap([&] { packetizer_->Flush(); });
-    if (failure_ || trap.HasError())
-        trap([&] { file.CutTo(data_begin_ + packets_ * facts_.packet_bytes); });
+    if (failure_ || trap.HasError()) trap([&] { file.CutTo(DataEnd()); });
     trap([&] { AppendIndexes(); });
     trap([&] {
-        file.Overwrite(BuildHeader(header_, facts_, FinalNumbers()));
+        file.Overwrite(packetizer_->Header(FinalNumbers()));
         whole_ = indexes_.empty() || index_bytes_ > 0;
     });
 }
@@ -138,12 +111,13 @@ void AsfFile::AppendIndexes() {
     // Behind no packets, readers would take an index for the first one.
     if (indexes_.empty() || packets_ == 0) return;
     ByteWriter out;
-    for (SimpleIndex& index : indexes_) index.AppendTo(out, facts_.file_id, last_.last_pts_ms);
+    for (SimpleIndex& index : indexes_)
+        index.AppendTo(out, packetizer_->Facts().file_id, last_.last_pts_ms);
     try {
         part_->File().Append(out.bytes());
         index_bytes_ = out.size();
     } catch (const platform::Error&) {
-        part_->File().CutTo(data_begin_ + packets_ * facts_.packet_bytes);
+        part_->File().CutTo(DataEnd());
         if (!failure_) throw;  // else the caller knows of the full disk already
     }
 }
@@ -168,7 +142,7 @@ std::string AsfFile::RemainsText() const {
 }
 
 HeaderNumbers AsfFile::FinalNumbers() const {
-    const Ticks preroll = Ticks::FromMilliseconds(facts_.preroll_ms);
+    const Ticks preroll = Ticks::FromMilliseconds(packetizer_->Facts().preroll_ms);
     HeaderNumbers numbers{
         .complete = true,
         .packets = packets_,
@@ -187,9 +161,12 @@ HeaderNumbers AsfFile::FinalNumbers() const {
     return numbers;
 }
 
+std::uint64_t AsfFile::DataEnd() const {
+    return packetizer_ ? data_begin_ + packets_ * packetizer_->Facts().packet_bytes : 0;
+}
+
 OutputResult AsfFile::Result() const {
-    return {.bytes = data_begin_ + packets_ * facts_.packet_bytes + index_bytes_,
-            .duration = last_.media_end};
+    return {.bytes = DataEnd() + index_bytes_, .duration = last_.media_end};
 }
 
 }  // namespace engine::asf

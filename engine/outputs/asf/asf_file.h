@@ -8,8 +8,7 @@
 #include <vector>
 
 #include "engine/base/output_sink.h"
-#include "engine/outputs/asf/header.h"
-#include "engine/outputs/asf/packetizer.h"
+#include "engine/outputs/asf/frame_packetizer.h"
 #include "engine/outputs/asf/part_file.h"
 #include "engine/outputs/asf/simple_index.h"
 #include "platform/error.h"
@@ -21,10 +20,6 @@ namespace engine::asf {
 /// of media. Finish writes the last packet, then the index, then the header's numbers, so that an
 /// end between any two of these leaves a file that still plays. Until then the file is a part
 /// (see PartFile); the name comes last, and what had it before stays until then.
-///
-/// Of a stream that is reordered, players keep one frame back, and take an object's time for that
-/// of the frame that they show when they get it. So that is what is written: a frame that
-/// is shown after the ones that follow it has the time of the one that is shown for it.
 ///
 /// After a failed Write every further Write fails with the same error. Finish and Abandon then drop
 /// what is cut off, leave out the last open packet, write the index if there is room for it, and
@@ -55,21 +50,18 @@ class AsfFile final : public OutputSink {
     struct StreamTotals {
         std::uint32_t largest_object = 0;
         std::uint64_t bytes = 0;
-        std::optional<Ticks> kept_back;  // pts of the frame that players hold
     };
-    static Ticks Ahead(StreamTotals& stream, Ticks pts);
     void TakePacket(const ClosedPacket& packet);
     void Complete(platform::ErrorTrap& trap);
     void AppendIndexes();
     HeaderNumbers FinalNumbers() const;
+    std::uint64_t DataEnd() const;
 
     std::string path_;
     bool keeps_existing_;
     std::string set_aside_;  // the new name of a file that had ours, "" = there was none
-    OutputHeader header_;
-    HeaderFacts facts_;
     std::optional<PartFile> part_;
-    std::optional<Packetizer> packetizer_;
+    std::optional<FramePacketizer> packetizer_;
     std::vector<StreamTotals> totals_;   // by stream
     std::vector<SimpleIndex> indexes_;   // by video stream
     std::vector<std::size_t> index_of_;  // by stream number: which of indexes_

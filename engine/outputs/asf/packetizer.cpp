@@ -96,6 +96,10 @@ void Packetizer::AppendPayload(const MediaObject& object, std::uint32_t offset, 
     }
     state_.last_pts_ms = std::max(state_.last_pts_ms, pts_ms);
     const bool key = object.key || !object.video;
+    if (offset == 0) {
+        if (key && payloads_ == 0) state_.key_stream = object.stream_number;
+        ++state_.frames;
+    }
     packet_.U8(static_cast<std::uint8_t>(object.stream_number | (key ? kKeyFrame : 0)));
     packet_.U8(object_numbers_[object.stream_number]);
     packet_.U32(offset);
@@ -140,6 +144,8 @@ void Packetizer::Close() {
     packet_.Zeros(kLongestHeader);
     payloads_ = 0;
     state_.key_frame.reset();
+    state_.key_stream = 0;
+    state_.frames = 0;
     ++state_.number;
 }
 

@@ -38,6 +38,8 @@ struct ClosedPacket {
     std::uint64_t number = 0;  // from 0
     std::int64_t send_ms = 0;  // never decreases
     std::uint16_t duration_ms = 0;
+    std::uint8_t key_stream = 0;  // number of the stream whose key frame it begins with, 0 = none
+    int frames = 0;               // that begin in it
     // Over all packets so far, this one included:
     std::int64_t last_pts_ms = 0;           // the largest presentation field, preroll included
     Ticks media_end;                        // end of the last frame that is complete

@@ -97,6 +97,14 @@ TEST_F(StatisticsReportTest, WithoutAnOutputTheFileIsNotAskedFor) {
     EXPECT_TRUE(window.log->lines.empty());
 }
 
+TEST_F(StatisticsReportTest, ABroadcastHasItsLines) {
+    encoder->statistics.network.broadcast = {{}, 1, 17, 1234, 5'000'000'000, 90};
+    EXPECT_EQ(Report(),
+              Together(kOverallBlock,
+                       {"\tClients served: \t\t1,234", "\tMost clients at once: \t\t17",
+                        "\tBytes sent: \t\t\t5,000,000,000 bytes", "\tFrames withheld: \t\t90"}));
+}
+
 TEST_F(StatisticsReportTest, EncodingTimeCountsSecondBoundaries) {
     struct Case {
         const char* why;

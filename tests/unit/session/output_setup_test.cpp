@@ -87,6 +87,19 @@ const SettingsCase kBroadcastCases[] = {
 };
 // clang-format on
 
+TEST(OutputSetup, RefusesWhatIsNoPort) {
+    for (const std::int32_t port : {0, -1, 65536}) {
+        OutputSession session;
+        session.AddSources(true, false);
+        session.settings.broadcast = port;
+        EXPECT_FALSE(session.setup.SetupOutput());
+        ASSERT_EQ(session.pane.lines.size(), 1U);
+        EXPECT_THAT(session.pane.lines[0],
+                    testing::StartsWith(std::to_string(port) + " is no port to broadcast on"));
+        EXPECT_THAT(session.TakeCalls(), IsEmpty());
+    }
+}
+
 // clang-format off
 const SettingsCase kTimeCases[] = {
     // why, settings, calls

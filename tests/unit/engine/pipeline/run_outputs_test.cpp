@@ -49,10 +49,10 @@ class Outputs : public testing::Test {
   protected:
     RunOutputs Of(const std::vector<std::string>& names) {
         for (const std::string& name : names) plan_.outputs.emplace_back(FileOutput{name});
-        const RunParts parts{[this](const OutputPlan& output) {
+        const RunParts parts{[this](const OutputPlan& output, const OutputNotices&) {
             return std::make_unique<FakeOutput>(std::get<FileOutput>(output).path, record_);
         }};
-        return {plan_, parts, statistics_};
+        return {plan_, parts, statistics_, {}};
     }
 
     EncodePlan plan_;

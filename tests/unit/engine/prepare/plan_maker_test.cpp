@@ -56,6 +56,37 @@ TEST(Plan, SaysWhenTheOutputsNamePromisesAnotherKindOfFile) {
         EXPECT_THAT(notices(output), testing::IsEmpty());
 }
 
+struct JoinCase {
+    const char* why;
+    std::int32_t asked_ms;
+    std::int32_t planned_ms;
+};
+
+constexpr JoinCase kJoinCases[] = {
+    {"none asked for", 0, 10'000},
+    {"too far apart to wait for", 60'000, 10'000},
+    {"near enough", 3'000, 3'000},
+};
+
+TEST(Plan, WhatIsBroadcastCanBeJoinedSoon) {
+    for (const JoinCase& c : kJoinCases) {
+        SCOPED_TRACE(c.why);
+        FilmSession session;
+        session.Audience().SetVideoKeyFrameDistance(0, c.asked_ms);
+        session.tree.broadcast.SetPortNumber(platform::BroadcastProtocol::Http, 8080);
+        const EncodePlan both = session.Plan();
+        EXPECT_EQ(both.video->key_frame_distance_ms, c.planned_ms);
+        EXPECT_TRUE(both.IsStreamed());
+        ASSERT_EQ(both.outputs.size(), 2U);
+        EXPECT_EQ(std::get<BroadcastOutput>(both.outputs.front()).port, 8080);
+        session.tree.file.SetLocalFileName("");
+        EXPECT_EQ(session.Plan().outputs.size(), 1U) << "a file is not needed";
+        session.tree.broadcast.SetPortNumber(platform::BroadcastProtocol::Http, 0);
+        session.tree.file.SetLocalFileName("out.wmv");
+        EXPECT_EQ(session.Plan().video->key_frame_distance_ms, c.asked_ms) << "a file has time";
+    }
+}
+
 TEST(Plan, OnlyStreamsOfTheContentKindLive) {
     FilmSession session;
     session.Video().SetPixelFormat(kRgb8);  // would be refused

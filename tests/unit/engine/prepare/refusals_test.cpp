@@ -145,7 +145,6 @@ const Contradiction kContradictions[] = {
      [](Session& s) {
          platform::AsAudio(s.group->Source(SourceType::Audio, 0))->SetContentEDL("a.edl");
      }},
-    {"broadcast", kUnbuilt, {"8080", "-broadcast"}, [](Session& s) {s.tree.broadcast.SetPortNumber(platform::BroadcastProtocol::Http, 8080);}},
     {"push", kUnbuilt, {"live1", "-push"}, [](Session& s) { s.tree.broadcast.SetServerName("live1"); }},
     // output
     {"no output", kInvalid, {"no output", "-output"}, [](Session& s) { s.tree.file.SetLocalFileName(""); }},
@@ -156,6 +155,11 @@ const Contradiction kContradictions[] = {
     {"output is a folder", kInvalid, {"/home", "folder"}, [](Session& s) { s.tree.file.SetLocalFileName("/home"); }},
     {"output's folder is missing", platform::kPathNotFound, {"/gone", "/gone/out.wmv"},
      [](Session& s) { s.tree.file.SetLocalFileName("/gone/out.wmv"); }},
+    {"packets too large for a broadcast", kInvalid, {"65530", "-minpacket", "65527"},
+     [](Session& s) {
+         s.tree.broadcast.SetPortNumber(platform::BroadcastProtocol::Http, 8080);
+         s.profile.SetMinPacketSize(65530);
+     }},
     // marks
     {"end before start", kInvalid, {"end mark 5000", "start mark 5000"}, [](Session& s) { s.Audio().SetMarkIn(5000); s.Audio().SetMarkOut(5000); }},
     {"end past the end", platform::kEndMarkPastEnd, {"10001", "10000", "film.avi"}, [](Session& s) { s.Video().SetMarkOut(10001); }},

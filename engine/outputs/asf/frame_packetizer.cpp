@@ -1,0 +1,47 @@
+#include "engine/outputs/asf/frame_packetizer.h"
+
+#include <cassert>
+#include <utility>
+
+#include "engine/outputs/asf/packet_size.h"
+
+namespace engine::asf {
+
+FramePacketizer::FramePacketizer(OutputHeader header, Packetizer::Receiver receiver)
+    : header_(std::move(header)), kept_back_(header_.streams.size()) {
+    std::uint64_t total_bps = 0;
+    for (const StreamHeader& stream : header_.streams) total_bps += stream.average_rate_bps;
+    facts_.packet_bytes =
+        ChoosePacketSize(total_bps, header_.min_packet_bytes, header_.max_packet_bytes);
+    facts_.preroll_ms = PrerollMs(header_);
+    facts_.file_id = RandomFileId();
+    facts_.creation_date = CreationDateNow();
+    packetizer_.emplace(facts_.packet_bytes, facts_.preroll_ms, std::move(receiver));
+}
+
+std::vector<std::uint8_t> FramePacketizer::Header(const HeaderNumbers& numbers) const {
+    return BuildHeader(header_, facts_, numbers);
+}
+
+void FramePacketizer::Add(const CodedFrame& frame) {
+    const auto index = static_cast<std::size_t>(frame.stream);
+    assert(index < kept_back_.size());
+    const StreamHeader& stream = header_.streams[index];
+    packetizer_->Add({.stream_number = StreamNumber(index),
+                      .video = stream.Kind() == MediaKind::Video,
+                      .key = frame.key,
+                      .pts = frame.pts,
+                      .dts = frame.dts,
+                      .duration = frame.duration,
+                      .bytes = frame.bytes,
+                      .ahead = stream.reordered ? Ahead(index, frame.pts) : Ticks{}});
+}
+
+Ticks FramePacketizer::Ahead(std::size_t stream, Ticks pts) {
+    const Ticks kept_back = kept_back_[stream].value_or(pts);
+    if (pts < kept_back) return {};  // shown at once
+    kept_back_[stream] = pts;
+    return pts - kept_back;
+}
+
+}  // namespace engine::asf

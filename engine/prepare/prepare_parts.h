@@ -1,0 +1,20 @@
+// What a plan's maker asks of the machine.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "engine/plan/camera_format.h"
+#include "engine/plan/device.h"
+#include "platform/file_system.h"
+
+namespace engine {
+
+struct PrepareParts {
+    platform::FileSystem& files;
+    /// How a camera gives frames that suit the request. Throws Error that names it.
+    std::function<CameraFormat(const Device& camera, const CameraRequest& request)> camera_format;
+    std::string broadcast_address = {};  // to listen at; "" = all of the machine
+};
+
+}  // namespace engine

@@ -1,0 +1,115 @@
+// The stream as it leaves for the network.
+#include "engine/outputs/live/live_stream.h"
+
+#include "engine/base/av/coded_frame_pool.h"
+#include "engine/outputs/asf/header_reader.h"
+
+namespace {
+
+using namespace engine;
+
+OutputHeader Header(bool with_video) {
+    OutputHeader header;
+    AudioHeader audio;
+    audio.format_tag = 0x161;
+    audio.channels = 2;
+    audio.sampling_rate = 44100;
+    audio.average_bytes_per_second = 8000;
+    audio.block_align = 2000;
+    audio.bits_per_sample = 16;
+    header.streams.emplace_back();
+    header.streams.back().format = audio;
+    header.streams.back().average_rate_bps = 64'000;
+    if (!with_video) return header;
+    VideoHeader video;
+    video.four_cc = platform::FourCC("WMV3");
+    video.width = 320;
+    video.height = 240;
+    header.streams.emplace_back();
+    header.streams.back().format = video;
+    header.streams.back().average_rate_bps = 300'000;
+    return header;
+}
+
+class Stream : public testing::Test {
+  protected:
+    void Write(LiveStream& stream, int index, std::int64_t ms, bool key, int bytes) {
+        PacketHandle packet = pool_.Get();
+        ASSERT_EQ(av_new_packet(packet.get(), bytes), 0);
+        std::fill_n(packet->data, bytes, std::uint8_t{0xAB});
+        CodedFrame frame;
+        frame.stream = index;
+        frame.pts = frame.dts = Ticks::FromMilliseconds(ms);
+        frame.duration = Ticks::FromMilliseconds(40);
+        frame.key = key;
+        frame.bytes = pool_.Share(std::move(packet));
+        stream.Write(frame);
+    }
+
+    CodedFramePool pool_;
+    std::vector<LivePacketPtr> packets_;
+    LiveStream::Receiver Receive() {
+        return [this](LivePacketPtr packet) { packets_.push_back(std::move(packet)); };
+    }
+};
+
+TEST_F(Stream, CanBeJoinedWhereAVideoKeyFrameBegins) {
+    LiveStream stream(Header(true), Receive());
+    Write(stream, 0, 0, false, 200);
+    Write(stream, 1, 0, true, 9000);
+    Write(stream, 1, 40, false, 100);
+    Write(stream, 0, 80, false, 200);
+    Write(stream, 1, 80, true, 100);
+    stream.Flush();
+    std::vector<std::uint64_t> joins;
+    int frames = 0;
+    for (const LivePacketPtr& packet : packets_) {
+        if (packet->join_point) joins.push_back(packet->number);
+        frames += packet->frames;
+        EXPECT_EQ(packet->bytes.size(), stream.PacketBytes());
+    }
+    EXPECT_EQ(joins, (std::vector<std::uint64_t>{1, packets_.back()->number}));
+    EXPECT_EQ(frames, 5);
+}
+
+TEST_F(Stream, OfAudioAloneCanBeJoinedAtEachFrame) {
+    LiveStream stream(Header(false), Receive());
+    for (int i = 0; i < 5; ++i) {
+        Write(stream, 0, i * 100, false, 200);
+        stream.Flush();
+    }
+    ASSERT_EQ(packets_.size(), 5U);
+    for (const LivePacketPtr& packet : packets_) EXPECT_TRUE(packet->join_point);
+}
+
+TEST_F(Stream, LosesItsPaddingAndNothingElse) {
+    LiveStream stream(Header(true), Receive());
+    for (const int bytes : {1, 3000, 4500, 4540, 4541, 4542, 4543, 4544, 4545, 4546})
+        Write(stream, 1, bytes, true, bytes);
+    stream.Flush();
+    for (const LivePacketPtr& packet : packets_) {
+        const asf::UnpaddedPacket& unpadded = packet->unpadded;
+        ASSERT_LE(unpadded.size, packet->bytes.size());
+        for (std::size_t i = unpadded.size; i < packet->bytes.size(); ++i)
+            ASSERT_EQ(packet->bytes[i], 0) << "only padding is left out";
+        const std::size_t padding = packet->bytes.size() - unpadded.size;
+        if (padding > 0) {
+            EXPECT_EQ(packet->bytes[unpadded.size - 1], 0xAB);
+            EXPECT_GE(padding, 16U) << "which readers might take for a payload";
+        }
+        for (std::size_t i = 0; i < unpadded.head.size(); ++i)
+            EXPECT_TRUE(unpadded.head[i] == packet->bytes[i] || unpadded.head[i] == 0);
+    }
+}
+
+TEST_F(Stream, HasAHeaderWithoutAnEnd) {
+    const LiveStream stream(Header(true), Receive());
+    const std::vector<std::uint8_t>& header = stream.Header();
+    constexpr std::size_t kDataBytes = 50;
+    ASSERT_GT(header.size(), kDataBytes);
+    const std::uint8_t* count = header.data() + header.size() - 10;
+    EXPECT_EQ((std::vector<std::uint8_t>(count, count + 8)),
+              (std::vector<std::uint8_t>{0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0}));
+}
+
+}  // namespace
