@@ -129,7 +129,7 @@ void StatisticsReport::WriteOverall(WallTime start, WallTime end) {
     pane_.OutputInfo(LineText("\tAverage bit rate: \t\t", "####,##0.###",
                               AverageRate(statistics.WMFOutputStats()), " bps"));
     WriteFile(statistics);
-    WriteBroadcast(statistics);
+    WriteNetwork(statistics);
 }
 
 void StatisticsReport::WriteFile(platform::WMEncStatistics& statistics) {
@@ -141,17 +141,23 @@ void StatisticsReport::WriteFile(platform::WMEncStatistics& statistics) {
                               {file.file_duration.Raw(), 3}, " seconds "));
 }
 
-void StatisticsReport::WriteBroadcast(platform::WMEncStatistics& statistics) {
-    const auto broadcast = statistics.NetworkStats().broadcast;
-    if (!broadcast) return;
-    pane_.OutputInfo(
-        LineText("\tClients served: \t\t", "###,###,##0", {broadcast->clients_served, 0}, ""));
-    pane_.OutputInfo(
-        LineText("\tMost clients at once: \t\t", "###,###,##0", {broadcast->most_clients, 0}, ""));
-    pane_.OutputInfo(LineText("\tBytes sent: \t\t\t", "#,###,###,###,##0",
-                              {broadcast->bytes_sent, 0}, " bytes"));
-    pane_.OutputInfo(LineText("\tFrames withheld: \t\t", "###,###,###,##0",
-                              {broadcast->frames_withheld, 0}, ""));
+void StatisticsReport::WriteNetwork(platform::WMEncStatistics& statistics) {
+    constexpr std::string_view kCount = "###,###,###,##0";
+    const auto write = [&](std::string_view label, std::int64_t value, std::string_view unit) {
+        pane_.OutputInfo(LineText(label, kCount, {value, 0}, unit));
+    };
+    const platform::NetworkStats network = statistics.NetworkStats();
+    if (network.broadcast) {
+        write("\tClients served: \t\t", network.broadcast->clients_served, "");
+        write("\tMost clients at once: \t\t", network.broadcast->most_clients, "");
+        write("\tBytes sent: \t\t\t", network.broadcast->bytes_sent, " bytes");
+        write("\tFrames withheld: \t\t", network.broadcast->frames_withheld, "");
+    }
+    if (network.push) {
+        write("\tBytes pushed: \t\t\t", network.push->bytes_sent, " bytes");
+        write("\tFrames not pushed: \t\t", network.push->frames_dropped, "");
+        write("\tReconnections: \t\t", network.push->reconnections, "");
+    }
 }
 
 void StatisticsReport::PrintFileInfo() {

@@ -37,7 +37,7 @@ class StatisticsReport {
     void WriteVideo();
     void WriteOverall(WallTime start, WallTime end);
     void WriteFile(platform::WMEncStatistics& statistics);
-    void WriteBroadcast(platform::WMEncStatistics& statistics);
+    void WriteNetwork(platform::WMEncStatistics& statistics);
 
     platform::FormWindow& window_;
     platform::Factory& factory_;

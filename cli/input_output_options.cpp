@@ -116,13 +116,16 @@ constexpr Option kOptions[] = {
      .values = {Text<&Set::push, &PushSettings::server_name>(),
                 Text<&Set::push, &PushSettings::publishing_point>(),
                 OptionalText<&Set::push, &PushSettings::template_name>()},
-     .note = {.values = "<server> <publishing point> <template>",
-              .accepts = "two texts, and a third that may be left out",
-              .fallback = "none",
-              .effect = "Sends the stream to a server.",
-              .example = "-input film.avi -output film.wmv -push media.example live",
-              .today = Today::Refused,
-              .errors = kNotYet}},
+     .note =
+         {.values = "<server> <publishing point> <template>",
+          .accepts = "two texts, and a third that may be left out",
+          .fallback = "none",
+          .effect =
+              "Sends the stream to a server's publishing point, made after the template where it "
+              "does not exist.",
+          .example = "-input film.avi -output film.wmv -push media.example live -profile av350",
+          .today = Today::Hardware,
+          .errors = "a server that is not known, does not answer or refuses the stream"}},
     {.name = "-time",
      .values = {Integer<&Set::time, &TimeSettings::start>(),
                 EndMark<&Set::time, &TimeSettings::end>()},

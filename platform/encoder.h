@@ -101,9 +101,19 @@ struct BroadcastStats {
     std::int64_t frames_withheld = 0;  // from clients that were too slow
 };
 
+/// What a server has been given that hands the stream out.
+struct PushStats {
+    std::string server;      // with the publishing point, for people
+    bool connected = false;  // now
+    std::int32_t reconnections = 0;
+    std::int64_t bytes_sent = 0;
+    std::int64_t frames_dropped = 0;  // while the way was closed or too narrow
+};
+
 /// What has gone out over a network; a kind of output that a run does not have is none.
 struct NetworkStats {
     std::optional<BroadcastStats> broadcast;
+    std::optional<PushStats> push;
 };
 
 class WMEncStatistics {

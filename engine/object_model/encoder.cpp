@@ -38,7 +38,7 @@ PrepareParts Encoder::PlanParts() const { return PlanParts(*parts_->files); }
 
 PrepareParts Encoder::PlanParts(platform::FileSystem& files) const {
     return {files, parts_->camera_format,
-            parts_->broadcast_address ? parts_->broadcast_address() : std::string()};
+            parts_->network ? parts_->network() : NetworkSettings()};
 }
 
 void Encoder::PrepareToEncode(bool force) {

@@ -39,7 +39,11 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
     parts.screen_choice = [] { return Variable("TESSIVO_SCREEN"); };
     parts.shows_pointer = [] { return ParsePointer(Variable("TESSIVO_POINTER")); };
     parts.sound_choice = [] { return Variable("TESSIVO_SOUND"); };
-    parts.broadcast_address = [] { return Variable("TESSIVO_BROADCAST_ADDRESS"); };
+    parts.network = [] {
+        return NetworkSettings{Variable("TESSIVO_BROADCAST_ADDRESS"), Variable("TESSIVO_PUSH_USER"),
+                               Variable("TESSIVO_PUSH_PASSWORD"), Variable("TESSIVO_PUSH_AGENT"),
+                               Variable("TESSIVO_PUSH_ANY_SERVER") == "1"};
+    };
     parts.make_share = [] { return MediaLibrary().make_share(); };
     return std::make_shared<Encoder>(loop, std::move(parts));
 }

@@ -12,6 +12,7 @@
 #include "engine/plan/device_facts.h"
 #include "engine/plan/encode_plan.h"
 #include "engine/plan/media_file_info.h"
+#include "engine/plan/network_settings.h"
 #include "engine/plan/screen_area.h"
 #include "engine/plan/screen_share.h"
 #include "platform/encoder.h"
@@ -34,8 +35,6 @@ struct EngineParts {
     std::function<std::string()> screen_choice = {};
     /// Whose sound a screen's is, as ChosenSound takes it. The default device's when it is empty.
     std::function<std::string()> sound_choice = {};
-    /// Where a broadcast listens. At all of the machine's addresses when it is empty.
-    std::function<std::string()> broadcast_address = {};
     /// For the screen of a desktop that hands it out; throws platform::Error.
     std::function<std::unique_ptr<ScreenShare>()> make_share = {};
     /// How a camera gives frames that suit the request. Throws platform::Error.
@@ -43,6 +42,8 @@ struct EngineParts {
         {};
     /// Whether the mouse pointer is recorded with a screen. It is when this is empty.
     std::function<bool()> shows_pointer = {};
+    /// None of them are given when it is empty.
+    std::function<NetworkSettings()> network = {};
 };
 
 /// The same parts, which look for devices once: their numbers hold as long as the encoder.

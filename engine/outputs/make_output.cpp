@@ -5,6 +5,7 @@
 
 #include "engine/outputs/asf/asf_file.h"
 #include "engine/outputs/http/broadcast.h"
+#include "engine/outputs/push/push.h"
 
 namespace engine {
 namespace {
@@ -18,6 +19,9 @@ struct Maker {
     }
     std::unique_ptr<OutputSink> operator()(const BroadcastOutput& broadcast) const {
         return std::make_unique<http::Broadcast>(broadcast, notices);
+    }
+    std::unique_ptr<OutputSink> operator()(const PushOutput& push) const {
+        return std::make_unique<push::Push>(push, notices);
     }
 };
 

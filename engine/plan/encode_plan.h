@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -150,8 +151,23 @@ struct BroadcastOutput {
     int most_clients = 2000;
 };
 
+/// A server's publishing point that the stream is sent to.
+struct PushOutput {
+    std::string server;  // "media.example:8080"
+    std::string publishing_point;
+    std::string template_name;  // an existing point to make this one after; "" = none
+    std::string user;           // "" = none is known
+    std::string password;
+    std::string agent = "Tessivo/9.0";             // what the server is told of this program
+    bool any_server = false;                       // also one that does not name the protocol
+    std::uint64_t body_bytes = 2'147'483'647;      // of a request, after which the next one begins
+    std::chrono::seconds answer_time{10};          // that the server may take
+    std::chrono::milliseconds first_pause{1'000};  // before a lost connection is made again
+    std::chrono::milliseconds longest_pause{30'000};
+};
+
 /// Where the coded streams go.
-using OutputPlan = std::variant<FileOutput, BroadcastOutput>;
+using OutputPlan = std::variant<FileOutput, BroadcastOutput, PushOutput>;
 
 struct EncodePlan {
     std::optional<AudioPlan> audio;

@@ -18,12 +18,21 @@ constexpr std::int32_t kLongestJoinMs = 10'000;
 
 constexpr std::uint32_t kMostStreamedPacketBytes = 65'527;
 
-void RefuseUnbuiltOutputs(const BroadcastRecord& broadcast) {
-    if (!broadcast.server.empty())
-        RefuseUnbuilt(
-            fmt::format("Pushing to the server {} is not possible yet: leave -push out "
-                        "and give -output a file",
-                        broadcast.server));
+PushOutput PlanPush(const BroadcastRecord& record, const NetworkSettings& network) {
+    if (record.publishing_point.empty())
+        RefuseArgument(
+            fmt::format("The server {} is given no publishing point: give -push both, such as "
+                        "-push {} live",
+                        record.server, record.server));
+    PushOutput push;
+    push.server = record.server;
+    push.publishing_point = record.publishing_point;
+    push.template_name = record.template_name;
+    push.user = network.push_user;
+    push.password = network.push_password;
+    if (!network.push_agent.empty()) push.agent = network.push_agent;
+    push.any_server = network.push_to_any_server;
+    return push;
 }
 
 // The host's own name of the output file.
@@ -59,16 +68,19 @@ std::string CheckedOutput(const std::string& name, const SourceGroupRecord& grou
 
 std::vector<OutputPlan> PlanOutputs(const SessionRecord& session, const SourceGroupRecord& group,
                                     bool keeps_file, const PrepareParts& parts) {
-    RefuseUnbuiltOutputs(session.broadcast);
     std::vector<OutputPlan> outputs;
     if (session.broadcast.http_port != 0)
-        outputs.emplace_back(BroadcastOutput{
-            static_cast<std::uint16_t>(session.broadcast.http_port), parts.broadcast_address});
+        outputs.emplace_back(
+            BroadcastOutput{static_cast<std::uint16_t>(session.broadcast.http_port),
+                            parts.network.broadcast_address});
+    if (!session.broadcast.server.empty())
+        outputs.emplace_back(PlanPush(session.broadcast, parts.network));
     if (!session.output.empty())
         outputs.emplace_back(
             FileOutput{CheckedOutput(session.output, group, parts.files), keeps_file});
     if (outputs.empty())
-        RefuseArgument("There is no output: give -output a file, or -broadcast a port");
+        RefuseArgument(
+            "There is no output: give -output a file, -broadcast a port or -push a server");
     return outputs;
 }
 

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <functional>
-#include <string>
 
 #include "engine/plan/camera_format.h"
 #include "engine/plan/device.h"
+#include "engine/plan/network_settings.h"
 #include "platform/file_system.h"
 
 namespace engine {
@@ -14,7 +14,7 @@ struct PrepareParts {
     platform::FileSystem& files;
     /// How a camera gives frames that suit the request. Throws Error that names it.
     std::function<CameraFormat(const Device& camera, const CameraRequest& request)> camera_format;
-    std::string broadcast_address = {};  // to listen at; "" = all of the machine
+    NetworkSettings network = {};
 };
 
 }  // namespace engine

@@ -100,6 +100,17 @@ Json BroadcastObject(const std::optional<BroadcastStats>& broadcast) {
     return object;
 }
 
+Json PushObject(const std::optional<PushStats>& push) {
+    if (!push) return {};
+    Json object;
+    object["server"] = push->server;
+    object["connected"] = push->connected;
+    object["bytes_sent"] = push->bytes_sent;
+    object["frames_dropped"] = push->frames_dropped;
+    object["reconnections"] = push->reconnections;
+    return object;
+}
+
 void AddFile(Json& object, const FileReport& report) {
     object["state"] = EndText(report.end);
     object["input"] = TextOrNull(report.input);
@@ -114,6 +125,7 @@ void AddFile(Json& object, const FileReport& report) {
     object["video"] = StreamObject(report.video, "frame_rate", kThousand, "frames");
     if (report.video) object["video"]["dropped_by_cause"] = DropsObject(report.video->totals.drops);
     object["broadcast"] = BroadcastObject(report.network.broadcast);
+    object["push"] = PushObject(report.network.push);
     object["error"] = ErrorObject(report.error);
 }
 
@@ -142,6 +154,7 @@ void JsonReport::WriteProgress(const RunProgress& progress) {
     object["dropped_bytes"] = progress.dropped_bytes;
     object["dropped_by_cause"] = DropsObject(progress.total.drops);
     object["broadcast"] = BroadcastObject(progress.network.broadcast);
+    object["push"] = PushObject(progress.network.push);
     Write(output_, object);
 }
 

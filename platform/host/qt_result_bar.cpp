@@ -45,7 +45,7 @@ ResultText TextOf(const CommandReport& report, bool capture) {
         QString details;
         if (last.network.broadcast)
             details = Text("Players served: %1").arg(last.network.broadcast->clients_served);
-        return {Text("The broadcast has ended"), details};
+        return {Text("The stream has ended"), details};
     }
     ResultText text{
         (capture ? Text("%1 is recorded") : Text("%1 is encoded")).arg(NameOf(last.output)), {}};

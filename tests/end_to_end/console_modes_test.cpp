@@ -118,7 +118,7 @@ TEST_F(ConsoleModes, AnExplanationRefusesWhatTheRunWould) {
         {"-input", clip, "-profile", "av100"},
         {"-input", clip, "-output", clip, "-profile", "av100"},
         {"-input", clip, "-output", folder / "a.wmv", "-v_clip", "900", "0", "0", "0"},
-        {"-input", clip, "-output", folder / "a.wmv", "-broadcast"},
+        {"-input", clip, "-output", folder / "a.wmv", "-broadcast", "70000"},
         {"-input", clip, "-output", folder / "a.wmv", "-saveprofile", folder / "p.prx"},
     };
     for (std::vector<std::string> words : commands) {

@@ -97,12 +97,14 @@ TEST_F(StatisticsReportTest, WithoutAnOutputTheFileIsNotAskedFor) {
     EXPECT_TRUE(window.log->lines.empty());
 }
 
-TEST_F(StatisticsReportTest, ABroadcastHasItsLines) {
+TEST_F(StatisticsReportTest, WhatWentOverTheNetworkHasItsLines) {
     encoder->statistics.network.broadcast = {{}, 1, 17, 1234, 5'000'000'000, 90};
-    EXPECT_EQ(Report(),
-              Together(kOverallBlock,
-                       {"\tClients served: \t\t1,234", "\tMost clients at once: \t\t17",
-                        "\tBytes sent: \t\t\t5,000,000,000 bytes", "\tFrames withheld: \t\t90"}));
+    encoder->statistics.network.push = {"media/live", true, 2, 7000, 3};
+    EXPECT_EQ(Report(), Together(kOverallBlock,
+                                 {"\tClients served: \t\t1,234", "\tMost clients at once: \t\t17",
+                                  "\tBytes sent: \t\t\t5,000,000,000 bytes",
+                                  "\tFrames withheld: \t\t90", "\tBytes pushed: \t\t\t7,000 bytes",
+                                  "\tFrames not pushed: \t\t3", "\tReconnections: \t\t2"}));
 }
 
 TEST_F(StatisticsReportTest, EncodingTimeCountsSecondBoundaries) {

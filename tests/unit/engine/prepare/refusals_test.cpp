@@ -145,7 +145,7 @@ const Contradiction kContradictions[] = {
      [](Session& s) {
          platform::AsAudio(s.group->Source(SourceType::Audio, 0))->SetContentEDL("a.edl");
      }},
-    {"push", kUnbuilt, {"live1", "-push"}, [](Session& s) { s.tree.broadcast.SetServerName("live1"); }},
+    {"push to no point", kInvalid, {"live1", "point", "-push"}, [](Session& s) { s.tree.broadcast.SetServerName("live1"); }},
     // output
     {"no output", kInvalid, {"no output", "-output"}, [](Session& s) { s.tree.file.SetLocalFileName(""); }},
     {"output is the input", kInvalid, {"output /home/film.avi", "input /home/film.avi"},

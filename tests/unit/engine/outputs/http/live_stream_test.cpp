@@ -1,52 +1,21 @@
 // The stream as it leaves for the network.
 #include "engine/outputs/live/live_stream.h"
 
-#include "engine/base/av/coded_frame_pool.h"
-#include "engine/outputs/asf/header_reader.h"
+#include "unit/engine/outputs/live_frames.h"
 
 namespace {
 
 using namespace engine;
 
-OutputHeader Header(bool with_video) {
-    OutputHeader header;
-    AudioHeader audio;
-    audio.format_tag = 0x161;
-    audio.channels = 2;
-    audio.sampling_rate = 44100;
-    audio.average_bytes_per_second = 8000;
-    audio.block_align = 2000;
-    audio.bits_per_sample = 16;
-    header.streams.emplace_back();
-    header.streams.back().format = audio;
-    header.streams.back().average_rate_bps = 64'000;
-    if (!with_video) return header;
-    VideoHeader video;
-    video.four_cc = platform::FourCC("WMV3");
-    video.width = 320;
-    video.height = 240;
-    header.streams.emplace_back();
-    header.streams.back().format = video;
-    header.streams.back().average_rate_bps = 300'000;
-    return header;
-}
+using live_frames::Header;
 
 class Stream : public testing::Test {
   protected:
     void Write(LiveStream& stream, int index, std::int64_t ms, bool key, int bytes) {
-        PacketHandle packet = pool_.Get();
-        ASSERT_EQ(av_new_packet(packet.get(), bytes), 0);
-        std::fill_n(packet->data, bytes, std::uint8_t{0xAB});
-        CodedFrame frame;
-        frame.stream = index;
-        frame.pts = frame.dts = Ticks::FromMilliseconds(ms);
-        frame.duration = Ticks::FromMilliseconds(40);
-        frame.key = key;
-        frame.bytes = pool_.Share(std::move(packet));
-        stream.Write(frame);
+        stream.Write(frames_.Make(index, ms, key, bytes));
     }
 
-    CodedFramePool pool_;
+    live_frames::Frames frames_;
     std::vector<LivePacketPtr> packets_;
     LiveStream::Receiver Receive() {
         return [this](LivePacketPtr packet) { packets_.push_back(std::move(packet)); };
