@@ -37,8 +37,7 @@ void Encoder::RefuseWhileRunning() const {
 PrepareParts Encoder::PlanParts() const { return PlanParts(*parts_->files); }
 
 PrepareParts Encoder::PlanParts(platform::FileSystem& files) const {
-    return {files, parts_->camera_format,
-            parts_->network ? parts_->network() : NetworkSettings()};
+    return {files, parts_->camera_format, parts_->network ? parts_->network() : NetworkSettings()};
 }
 
 void Encoder::PrepareToEncode(bool force) {

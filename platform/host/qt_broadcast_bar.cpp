@@ -10,6 +10,7 @@ BroadcastBar::BroadcastBar(QWidget* parent)
     setObjectName(QStringLiteral("broadcastBar"));
     setAccessibleName(QObject::tr("Broadcast"));
     address_label_.setObjectName(QStringLiteral("broadcastAddress"));
+    address_label_.setAccessibleName(QObject::tr("Address of the broadcast"));
     address_label_.setTextFormat(Qt::PlainText);
     address_label_.setTextInteractionFlags(Qt::TextSelectableByMouse);
     copy_.setObjectName(QStringLiteral("copyAddress"));
@@ -19,6 +20,7 @@ BroadcastBar::BroadcastBar(QWidget* parent)
     copy_.setStatusTip(copy_.toolTip());
     copy_.setAccessibleDescription(copy_.toolTip());
     listeners_.setObjectName(QStringLiteral("listeners"));
+    listeners_.setAccessibleName(QObject::tr("Listeners"));
     listeners_.setTextFormat(Qt::PlainText);
     listeners_.setToolTip(QObject::tr("How many players are connected now, and at most so far"));
     layout_.setContentsMargins(0, 0, 0, 0);

@@ -85,7 +85,7 @@ TEST_F(OnAir, APortThatIsTakenIsSaidBeforeAnythingIsWritten) {
     AwaitPort();
     const std::string file = folder_ / "film.wmv";
     const CommandResult second = RunCommand(Words({"-output", file}));
-    EXPECT_EQ(second.status, 1);
+    EXPECT_EQ(second.status, 2);
     EXPECT_THAT(second.out, HasSubstr("Port " + std::to_string(port_) + " is in use"));
     EXPECT_FALSE(std::filesystem::exists(file));
     EXPECT_FALSE(std::filesystem::exists(file + ".part"));

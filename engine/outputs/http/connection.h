@@ -16,9 +16,9 @@
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/string_body.hpp>
 
-#include "engine/outputs/live/live_queue.h"
 #include "engine/outputs/http/framing.h"
 #include "engine/outputs/http/request.h"
+#include "engine/outputs/live/live_queue.h"
 
 namespace engine::http {
 
