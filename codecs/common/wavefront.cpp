@@ -4,21 +4,8 @@
 
 namespace codecs {
 
-Wavefront::Wavefront(int threads) {
-    for (int i = 1; i < threads; ++i) threads_.emplace_back([this] { Work(); });
-}
-
-Wavefront::~Wavefront() {
-    {
-        const std::lock_guard lock(mutex_);
-        ended_ = true;
-    }
-    changed_.notify_all();
-    for (std::thread& thread : threads_) thread.join();
-}
-
 void Wavefront::Run(int columns, int rows, const std::function<void(int x, int y)>& visit) {
-    if (threads_.empty() || rows == 1) {
+    if (team_.Threads() == 1 || rows == 1) {
         for (int y = 0; y < rows; ++y)
             for (int x = 0; x < columns; ++x) visit(x, y);
         return;
@@ -30,29 +17,7 @@ void Wavefront::Run(int columns, int rows, const std::function<void(int x, int y
     rows_ = rows;
     visit_ = &visit;
     next_row_ = 0;
-    {
-        const std::lock_guard lock(mutex_);
-        ++run_;
-        working_ = static_cast<int>(threads_.size());
-    }
-    changed_.notify_all();
-    VisitRows();
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return working_ == 0; });
-}
-
-void Wavefront::Work() {
-    int last_run = 0;
-    std::unique_lock lock(mutex_);
-    for (;;) {
-        changed_.wait(lock, [&] { return ended_ || run_ != last_run; });
-        if (ended_) return;
-        last_run = run_;
-        lock.unlock();
-        VisitRows();
-        lock.lock();
-        if (--working_ == 0) changed_.notify_all();
-    }
+    team_.Run(team_.Threads(), [this](int /*thread*/) { VisitRows(); });
 }
 
 void Wavefront::VisitRows() {

@@ -2,11 +2,10 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
-#include <thread>
 #include <vector>
+
+#include "codecs/common/task_team.h"
 
 namespace codecs {
 
@@ -14,31 +13,21 @@ namespace codecs {
 class Wavefront {
   public:
     /// @param threads  that work, the caller's among them; at least 1
-    explicit Wavefront(int threads);
-    ~Wavefront();
-    Wavefront(const Wavefront&) = delete;
-    Wavefront& operator=(const Wavefront&) = delete;
+    explicit Wavefront(int threads) : team_(threads) {}
 
     /// Calls `visit(x, y)` for each place, with all places to the left in the row and those of the
     /// row above up to x + 1 visited before. `visit` must not throw.
     void Run(int columns, int rows, const std::function<void(int x, int y)>& visit);
 
   private:
-    void Work();
     void VisitRows();
 
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    int run_ = 0;      // counts the runs
-    int working_ = 0;  // threads beside the caller's
-    bool ended_ = false;
-
+    TaskTeam team_;
     int columns_ = 0;
     int rows_ = 0;
     const std::function<void(int, int)>* visit_ = nullptr;
     std::atomic<int> next_row_ = 0;
     std::vector<std::atomic<int>> visited_;  // places of each row
-    std::vector<std::thread> threads_;
 };
 
 }  // namespace codecs
