@@ -35,6 +35,7 @@ struct CodecMaker {
         FullFrames,  // nothing codes: frames as they are
         Pcm,         // nothing codes: samples as they are
         Wmv9,        // our own encoder of Windows Media Video 9
+        Screen,      // our own encoder of Windows Media Video 9 Screen
     };
     Kind kind;
     std::string_view name = {};
@@ -79,7 +80,7 @@ inline constexpr auto kVideoCodecs = std::to_array<VideoCodecRow>({
     {"WMV7",      FourCC("WMV1"), "Windows Media Video 7",        kAllVbrModes,        {CodecMaker::Kind::Library, "wmv1"},    true,      false,      false},
     {"WMV8",      FourCC("WMV2"), "Windows Media Video 8",        kAllVbrModes,        {CodecMaker::Kind::Library, "wmv2"},    true,      false,      false},
     {"WMV9",      FourCC("WMV3"), "Windows Media Video 9",        kAllVbrModes,        {CodecMaker::Kind::Wmv9},               true,      true,       false},
-    {"WMS9",      FourCC("MSS2"), "Windows Media Video 9 Screen", kAllVbrModes,        {CodecMaker::Kind::StandIn, "WMV8"},    true,      false,      false},
+    {"WMS9",      FourCC("MSS2"), "Windows Media Video 9 Screen", kAllVbrModes,        {CodecMaker::Kind::Screen},             false,     false,      false},
     {"MP41",      FourCC("MP4S"), "ISO MPEG-4 Video v1",          kAllVbrModes,        {CodecMaker::Kind::Library, "mpeg4"},   false,     false,      true},
     {"UNCOMP",    0,              "Full frames (uncompressed)",   {VbrMode::Constant}, {CodecMaker::Kind::FullFrames},         false,     false,      false},
 });

@@ -18,6 +18,7 @@ class ColourCount {
   public:
     ColourCount();
     void Clear();
+    std::size_t Colours() const { return entries_.size(); }
     /// Returns how many colours the tile has.
     int AddTile(PixelView source, const Rect& tile);
     /// As many colours as `most`, those that are missed most first. `all` is set when there are

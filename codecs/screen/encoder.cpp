@@ -58,12 +58,13 @@ class Encoder::Impl {
     }
 
     void Forget() {
-        const bool key = state_.key_at != saved_state_.key_at;
+        const bool palette_changed =
+            state_.key_at != saved_state_.key_at || state_.exact != saved_state_.exact;
         analysis_.Forget();
         state_ = saved_state_;
         statistics_ = saved_statistics_;
         before_ = saved_before_;
-        if (key) analysis_.UsePalette(state_);
+        if (palette_changed) analysis_.UsePalette(state_);
     }
 
     std::span<const std::uint32_t> Shown() const { return receiver_->Shown(); }

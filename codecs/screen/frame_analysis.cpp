@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bitset>
 #include <cstring>
 
 namespace codecs::screen {
@@ -11,11 +12,15 @@ constexpr std::size_t kFreeEntries = 255;  // that a key frame may set; entry 0 
 
 // A tile with so many colours is a photo; text with smoothed edges has fewer.
 constexpr int kPhotoColours = 80;
-// A tile becomes a photo where so many of its 256 pixels have no place in the palette ...
+// A tile is a photo where so many of its 256 pixels have no place in the palette, and stays one for
+// a while.
 constexpr int kPhotoMissing = 112;
-// ... and is none any more when so few of 64 have none, once it has been one for a while.
-constexpr int kNoPhotoMissing = 6;
 constexpr double kPhotoSeconds = 2;
+// A photo that changes again and again, each time within so long, is a film.
+constexpr double kFilmSeconds = 0.5;
+constexpr int kFilmChanges = 3;
+// A cell of text has no more colours.
+constexpr int kNoiseColours = 24;
 
 // Motion is looked for where so many cells have changed, and used where so many have moved.
 constexpr int kMotionCells = 48;
@@ -57,7 +62,7 @@ void FrameAnalysis::Forget() {
 }
 
 void FrameAnalysis::UsePalette(const ScreenState& state) {
-    table_.Set(state.palette, state.colours, tolerance_);
+    table_.Set(state.palette, state.colours, state.exact ? 0 : tolerance_);
 }
 
 void FrameAnalysis::AnalyseKey(PixelView source, double seconds, ScreenState& state) {
@@ -80,7 +85,7 @@ void FrameAnalysis::AnalyseKey(PixelView source, double seconds, ScreenState& st
         bool rest = false;
         chosen = counts_.Choose(kFreeEntries - 1, tolerance_, rest);
     }
-    exact_ = all;
+    exact_ = state.exact = all;
     state.palette.fill(0);
     std::ranges::copy(chosen, state.palette.begin() + 1);
     state.colours = static_cast<int>(chosen.size()) + 1;
@@ -91,7 +96,7 @@ void FrameAnalysis::AnalyseKey(PixelView source, double seconds, ScreenState& st
     }
     UsePalette(state);
 
-    state.tiles.assign(grid_.Tiles(), {});
+    state.tiles.resize(grid_.Tiles());
     state.painted_pixels.assign(grid_.Cells(), 0);
     state.key_at = seconds;
     newly_missed_ = 0;
@@ -102,13 +107,23 @@ void FrameAnalysis::AnalyseKey(PixelView source, double seconds, ScreenState& st
         for (int x = 0; x < grid_.tile_columns; ++x) {
             TileState& tile = state.tiles[grid_.TilePlace(x, y)];
             tile.photo = !all && colours[grid_.TilePlace(x, y)] >= kPhotoColours;
-            tile.changed_at = seconds;
             tile.photo_at = seconds;
+            tile.painted = 0;
             MapTile(source, x, y, seconds, state);
         }
     state.missed_at_key = newly_missed_;
     touched_.assign(1, {0, 0, grid_.width, grid_.height});
     tree_.assign(1, {RegionKind::Pixels});
+}
+
+bool FrameAnalysis::HasFewColours(PixelView source) {
+    counts_.Clear();
+    for (int y = 0; y < grid_.tile_rows; ++y)
+        for (int x = 0; x < grid_.tile_columns; ++x) {
+            counts_.AddTile(source, grid_.Tile(x, y));
+            if (counts_.Colours() > kFreeEntries) return false;
+        }
+    return true;
 }
 
 bool FrameAnalysis::AnalyseChanges(PixelView source, PixelView before, double seconds,
@@ -123,6 +138,14 @@ bool FrameAnalysis::AnalyseChanges(PixelView source, PixelView before, double se
     for (int y = 0; y < grid_.tile_rows; ++y)
         for (int x = 0; x < grid_.tile_columns; ++x)
             if (!MapTile(source, x, y, seconds, state)) return false;
+    if (state.exact && seconds - state.key_at >= kNewPaletteSeconds) {
+        if (std::ranges::all_of(state.painted_pixels, [](auto pixels) { return pixels == 0; }))
+            return true;
+        // A palette may do that has the new colours too.
+        if (HasFewColours(source)) return false;
+        state.exact = false;
+        UsePalette(state);
+    }
     const double pixels = double{1} * grid_.width * grid_.height;
     return static_cast<double>(newly_missed_) < kNewPalettePart * pixels ||
            seconds - state.key_at < kNewPaletteSeconds;
@@ -222,9 +245,9 @@ void FrameAnalysis::MaskCell(const Rect& cell, int mask) {
     touched_.push_back(cell);
 }
 
-// Returns how many pixels have no place in the palette.
-int FrameAnalysis::MapCell(PixelView source, const Rect& cell, int mask) {
-    int missing = 0;
+FrameAnalysis::Mapped FrameAnalysis::MapCell(PixelView source, const Rect& cell, int mask) {
+    Mapped mapped;
+    std::bitset<256> used;
     Colour last = ~Colour{0};
     int place = 0;
     for (int y = cell.y; y < cell.y + cell.height; ++y) {
@@ -235,25 +258,22 @@ int FrameAnalysis::MapCell(PixelView source, const Rect& cell, int mask) {
             if (colour != last) {
                 last = colour;
                 place = table_.Find(colour);
+                if (place != PaletteTable::kMissing) used.set(Index(place));
             }
-            if (place == PaletteTable::kMissing) {
-                ++missing;
-                out[x] = static_cast<std::uint8_t>(mask);
-            } else {
-                out[x] = static_cast<std::uint8_t>(place);
-            }
+            if (place == PaletteTable::kMissing) ++mapped.missing;
+            out[x] = static_cast<std::uint8_t>(place == PaletteTable::kMissing ? mask : place);
         }
     }
+    mapped.colours = static_cast<int>(used.count());
     touched_.push_back(cell);
-    return missing;
+    return mapped;
 }
 
-bool FrameAnalysis::StaysPhoto(PixelView source, const Rect& tile) {
-    int missing = 0;
-    for (int y = tile.y; y < tile.y + tile.height; y += 2)
-        for (int x = tile.x; x < tile.x + tile.width; x += 2)
-            if (table_.Find(source.Row(y)[x] & 0xFFFFFF) == PaletteTable::kMissing) ++missing;
-    return missing >= kNoPhotoMissing;
+// Whether all of a cell's pixels are. Where a photo has many of the palette's colours it has them
+// by chance, and a film's come and go.
+bool FrameAnalysis::IsPainted(const Mapped& mapped, int pixels, bool photo, bool film) {
+    if (film) return 16 * mapped.missing >= pixels || mapped.colours > kNoiseColours;
+    return 4 * mapped.missing >= 3 * pixels || (photo && mapped.colours > kNoiseColours);
 }
 
 // False when a pixel has no place and cannot be painted either.
@@ -282,43 +302,32 @@ bool FrameAnalysis::MapTile(PixelView source, int x, int y, double seconds, Scre
         if (changed_[part.place] != 0 && moved_[part.place] != 0) TakeMoved(part.cell, state);
     if (!new_content) return true;
 
+    const bool goes_on = seconds - tile.changed_at < kFilmSeconds;
+    tile.changes = static_cast<std::uint8_t>(goes_on ? std::min(tile.changes + 1, 255) : 1);
     tile.changed_at = seconds;
-    bool maps_all = false;
-    if (tile.photo && seconds - tile.photo_at > kPhotoSeconds && !StaysPhoto(source, area)) {
-        tile.photo = false;
-        maps_all = true;
-    }
+    const bool film = tile.photo && tile.changes >= kFilmChanges;
     int painted = 0;
+    bool paints = false;
     for (const Part& part : cells) {
         std::uint8_t& here = state.painted_pixels[part.place];
-        const bool is_new = changed_[part.place] != 0 && moved_[part.place] == 0;
-        if (!tile.photo && (is_new || (maps_all && moved_[part.place] == 0))) {
-            const int missing = MapCell(source, part.cell, state.mask.value_or(0));
-            if (missing > 0 && !state.mask) return false;
-            newly_missed_ += std::max(missing - here, 0);
-            here = static_cast<std::uint8_t>(missing);
-            if (missing > 0) paint = kDetail;
+        if (changed_[part.place] != 0 && moved_[part.place] == 0) {
+            const Mapped mapped = MapCell(source, part.cell, state.mask.value_or(0));
+            if (mapped.missing > 0 && !state.mask) return false;
+            newly_missed_ += tile.photo ? 0 : std::max(mapped.missing - here, 0);
+            here = static_cast<std::uint8_t>(mapped.missing);
+            if (IsPainted(mapped, static_cast<int>(part.cell.Area()), tile.photo, film)) {
+                MaskCell(part.cell, *state.mask);
+                here = static_cast<std::uint8_t>(part.cell.Area());
+            }
+            paints = paints || here > 0;
         }
         painted += here;
     }
-    if (!tile.photo && painted * 256 >= kPhotoMissing * area.Area()) {
-        tile.photo = true;
-        tile.photo_at = seconds;
-        maps_all = true;
-    }
-    if (tile.photo) {
-        paint = kMoving;
-        for (const Part& part : cells) {
-            const bool is_new = changed_[part.place] != 0 && moved_[part.place] == 0;
-            if (!is_new && !(maps_all && moved_[part.place] == 0)) continue;
-            const auto whole = static_cast<std::uint8_t>(part.cell.Area());
-            if (state.painted_pixels[part.place] != whole || maps_all)
-                MaskCell(part.cell, *state.mask);
-            state.painted_pixels[part.place] = whole;
-        }
-    } else if (painted == 0) {
-        tile.painted = 0;
-    }
+    const bool is_photo = painted * 256 >= kPhotoMissing * area.Area();
+    if (is_photo && !tile.photo) tile.photo_at = seconds;
+    tile.photo = is_photo || (tile.photo && seconds - tile.photo_at < kPhotoSeconds);
+    if (painted == 0) tile.painted = 0;
+    if (paints) paint = tile.photo ? kMoving : kDetail;
     return true;
 }
 

@@ -49,13 +49,18 @@ class FrameAnalysis {
     void UsePalette(const ScreenState& state);
 
   private:
+    bool HasFewColours(PixelView source);
     void FindChanges(PixelView source, PixelView before);
     void FindMotion(PixelView source, PixelView before);
     bool MovedHere(PixelView source, PixelView before, const Rect& rect) const;
     void TakeMoved(const Rect& cell, ScreenState& state);
     bool MapTile(PixelView source, int x, int y, double seconds, ScreenState& state);
-    bool StaysPhoto(PixelView source, const Rect& tile);
-    int MapCell(PixelView source, const Rect& cell, int mask);
+    struct Mapped {
+        int missing = 0;  // pixels that have no place in the palette
+        int colours = 0;  // of the others
+    };
+    static bool IsPainted(const Mapped& mapped, int pixels, bool photo, bool film);
+    Mapped MapCell(PixelView source, const Rect& cell, int mask);
     void MaskCell(const Rect& cell, int mask);
     std::uint8_t StateOf(int x, int y) const;
     void MoveLeaf(const Rect& leaf, ScreenState& state);

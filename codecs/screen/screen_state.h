@@ -48,6 +48,7 @@ struct Grid {
 struct TileState {
     bool photo = false;        // all its pixels are painted, whatever the palette has
     std::uint8_t painted = 0;  // the quantiser that it was painted with; 0 = nothing is
+    std::uint8_t changes = 0;  // soon one after the other
     double changed_at = 0;     // seconds
     double photo_at = 0;       // since when it is a photo
 };
@@ -55,6 +56,7 @@ struct TileState {
 struct ScreenState {
     Palette palette{};
     int colours = 0;          // of it that are in use, from entry 0 on
+    bool exact = false;       // it had all colours of the picture when it was chosen
     std::optional<int> mask;  // the index of pixels that are painted
     std::vector<TileState> tiles;
     std::vector<std::uint8_t> painted_pixels;  // of each cell

@@ -7,6 +7,7 @@
 #include "engine/encoders/full_frame_encoder.h"
 #include "engine/encoders/gop_video_encoder.h"
 #include "engine/encoders/pcm_encoder.h"
+#include "engine/encoders/screen_video_encoder.h"
 #include "engine/encoders/video_header.h"
 #include "engine/encoders/video_rate.h"
 #include "engine/encoders/wmv9_gop_coder.h"
@@ -22,6 +23,8 @@ std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const Enco
         return std::make_unique<FullFrameEncoder>(plan, packets);
     StreamHeader header = VideoStreamHeader(plan);
     codecs::RateSettings rate = VideoRate(plan, pass);
+    if (maker == CodecMaker::Kind::Screen)
+        return std::make_unique<ScreenVideoEncoder>(plan, rate, std::move(header), packets);
     const VideoFrameFormat format{AV_PIX_FMT_YUV420P, plan.width, plan.height};
     if (maker == CodecMaker::Kind::Wmv9) {
         const codecs::wmv9::EncoderSettings settings = Wmv9Settings(plan);

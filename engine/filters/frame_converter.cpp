@@ -28,6 +28,11 @@ const char* Upright(double turn) {
     }
 }
 
+// Has no matrix.
+bool IsRgb(AVPixelFormat format) {
+    return (av_pix_fmt_desc_get(format)->flags & AV_PIX_FMT_FLAG_RGB) != 0;
+}
+
 }  // namespace
 
 FrameConverter::FrameConverter(const VideoPlan& plan, const VideoFrameFormat& format, double turn,
@@ -51,7 +56,8 @@ bool FrameConverter::IsInPlace(const FrameShape& shape) const {
 }
 
 bool FrameConverter::Fits(const FrameShape& shape) const {
-    return IsInPlace(shape) && shape.format == format_.pixels && HasColoursOf(shape, matrix_);
+    if (!IsInPlace(shape) || shape.format != format_.pixels) return false;
+    return IsRgb(format_.pixels) ? GamutChain(shape).empty() : HasColoursOf(shape, matrix_);
 }
 
 std::string FrameConverter::Chain(const FrameShape& shape) const {

@@ -85,8 +85,7 @@ std::string ConformanceTarget(const ProfileRecord& profile) {
     return text != nullptr ? *text : std::string();
 }
 
-std::string VideoDescription(const VideoPlan& plan) {
-    if (plan.codec->four_cc == 0) return {};
+std::string RateDescription(const VideoPlan& plan) {
     const double kilobits = platform::RoundHalfToEven(plan.bit_rate_bps / 1000.0);
     switch (plan.mode) {
         case VbrMode::Constant:
@@ -100,6 +99,12 @@ std::string VideoDescription(const VideoPlan& plan) {
                                platform::RoundHalfToEven(plan.peak_rate_bps / 1000.0));
     }
     return {};
+}
+
+std::string VideoDescription(const VideoPlan& plan) {
+    if (plan.codec->four_cc == 0) return {};
+    const bool screen = plan.codec->maker.kind == platform::CodecMaker::Kind::Screen;
+    return RateDescription(plan) + (screen ? ", lossless up to 255 colours" : "");
 }
 
 }  // namespace

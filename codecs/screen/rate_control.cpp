@@ -1,0 +1,54 @@
+#include "codecs/screen/rate_control.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace codecs::screen {
+namespace {
+
+// What keeps the average rate lets so much of it pass at once.
+constexpr double kAverageSeconds = 20;
+// Content that goes on moving uses a bucket up to what drains in so many seconds; that much stays
+// for the next key frame.
+constexpr double kReserveSeconds = 2;
+// Of what room is left, for what becomes sharper in one frame.
+constexpr double kRestingPart = 0.3;
+
+}  // namespace
+
+RateControl::RateControl(const RateSettings& settings, double frames_per_second)
+    : settings_(settings), interval_(1 / frames_per_second) {
+    if (settings.vbv_rate_bps > 0)
+        buckets_.push_back({settings.vbv_rate_bps, settings.vbv_bits, true});
+    const bool fixed = settings.finest == settings.coarsest;
+    if (!fixed && settings.rate_bps > 0 &&
+        (buckets_.empty() || settings.vbv_rate_bps > settings.rate_bps))
+        buckets_.push_back({settings.rate_bps, kAverageSeconds * settings.rate_bps, false});
+}
+
+void RateControl::Ask(FrameRequest& request) {
+    request.finest = static_cast<int>(std::lround(settings_.finest));
+    request.coarsest = static_cast<int>(std::lround(settings_.coarsest));
+    const double passed = std::max(request.seconds - seconds_, 0.0);
+    seconds_ = request.seconds;
+    for (Bucket& bucket : buckets_) {
+        bucket.level = std::max(0.0, bucket.level - passed * bucket.rate);
+        const double room = std::max(0.0, bucket.size - bucket.level);
+        // As much as drains, when what is left is the reserve.
+        const double reserve = std::min(kReserveSeconds, bucket.size / bucket.rate / 2);
+        request.moving_bits = std::min(request.moving_bits, room * interval_ / reserve);
+        request.resting_bits = std::min(request.resting_bits, room * kRestingPart);
+    }
+}
+
+bool RateControl::Overruns(double bits) const {
+    return std::ranges::any_of(buckets_, [&](const Bucket& bucket) {
+        return bucket.strict && bucket.level > 0 && bucket.level + bits > bucket.size;
+    });
+}
+
+void RateControl::Sent(double bits) {
+    for (Bucket& bucket : buckets_) bucket.level += bits;
+}
+
+}  // namespace codecs::screen
