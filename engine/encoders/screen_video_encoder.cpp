@@ -6,6 +6,7 @@
 #include <thread>
 #include <utility>
 
+#include "codecs/screen/stream_header.h"
 #include "engine/base/av/av_error.h"
 #include "platform/error.h"
 

@@ -21,6 +21,8 @@ std::string_view AvName(const platform::CodecMaker& maker) {
             return maker.name;
         case Kind::Wmv9:
             return "wmv3";
+        case Kind::Screen:
+            return "mss2";
         case Kind::FullFrames:
             return "rawvideo";
         case Kind::Pcm:

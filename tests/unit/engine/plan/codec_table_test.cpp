@@ -206,9 +206,7 @@ TEST(CodecNames, SayWhatStandsIn) {
     EXPECT_EQ(audio(Lossless()), "Windows Media Audio 9 Lossless (needs -a_mode 2)");
     EXPECT_EQ(AudioDisplayName(Lossless(), VbrMode::Quality),
               "Windows Media Audio 9 Lossless (as PCM)");
-    EXPECT_EQ(VideoDisplayName(platform::kVideoCodecs[3]),
-              "Windows Media Video 9 Screen (as Windows Media Video 8)");
-    EXPECT_EQ(VideoDisplayName(platform::kVideoCodecs[2]), "Windows Media Video 9");
+    EXPECT_EQ(VideoDisplayName(platform::kVideoCodecs[3]), "Windows Media Video 9 Screen");
 }
 
 }  // namespace
