@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <span>
 
 #include "codecs/common/index.h"
 
@@ -105,17 +104,20 @@ std::vector<Colour> ColourCount::Choose(std::size_t most, int tolerance, bool& a
 
 void PaletteTable::Set(const Palette& palette, int count, int tolerance) {
     palette_ = palette;
-    count_ = count;
     tolerance_ = tolerance;
     std::ranges::fill(slots_, Slot());
-    reached_.assign(std::size_t{1} << (3 * kCellBits), false);
-    for (const Colour colour : std::span(palette).first(Index(count)))
+    first_near_.assign(std::size_t{1} << (3 * kCellBits), -1);
+    near_.clear();
+    for (int entry = count - 1; entry >= 0; --entry)
         for (int corner = 0; corner < 8; ++corner) {
             const auto shifted = [&](int bit) {
                 const int by = (corner >> bit & 1) != 0 ? tolerance : -tolerance;
-                return std::clamp(Channel(colour, 8 * bit) + by, 0, 255);
+                return std::clamp(Channel(palette[Index(entry)], 8 * bit) + by, 0, 255);
             };
-            reached_[CellOf(shifted(2), shifted(1), shifted(0))] = true;
+            std::int16_t& first = first_near_[CellOf(shifted(2), shifted(1), shifted(0))];
+            if (first >= 0 && near_[Index(first)].entry == entry) continue;
+            near_.push_back({static_cast<std::int16_t>(entry), first});
+            first = static_cast<std::int16_t>(near_.size() - 1);
         }
 }
 
@@ -128,12 +130,13 @@ std::size_t PaletteTable::CellOf(int red, int green, int blue) {
 void PaletteTable::Fill(Slot& slot, Colour colour) const {
     int nearest = tolerance_ + 1;
     slot = {colour, kMissing};
-    if (!reached_[CellOf(Channel(colour, 16), Channel(colour, 8), Channel(colour, 0))]) return;
-    for (int i = 0; i < count_; ++i) {
-        const int distance = Distance(palette_[Index(i)], colour);
+    const std::size_t cell = CellOf(Channel(colour, 16), Channel(colour, 8), Channel(colour, 0));
+    for (int i = first_near_[cell]; i >= 0; i = near_[Index(i)].next) {
+        const int entry = near_[Index(i)].entry;
+        const int distance = Distance(palette_[Index(entry)], colour);
         if (distance >= nearest) continue;
         nearest = distance;
-        slot.place = i;
+        slot.place = entry;
         if (distance == 0) return;
     }
 }

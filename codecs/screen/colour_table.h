@@ -70,9 +70,15 @@ class PaletteTable {
     void Fill(Slot& slot, Colour colour) const;
 
     Palette palette_{};
-    int count_ = 0;
     int tolerance_ = 0;
-    std::vector<bool> reached_;  // cells of colours with one near enough to an entry
+    // Entries of the palette by the cells of colours that they are near enough to: the first of
+    // each cell, and the one after each.
+    struct Near {
+        std::int16_t entry;
+        std::int16_t next;
+    };
+    std::vector<std::int16_t> first_near_;  // -1 = none
+    std::vector<Near> near_;
     std::vector<Slot> slots_ = std::vector<Slot>(std::size_t{1} << kSlotBits);
 };
 

@@ -134,7 +134,7 @@ bool FrameAnalysis::AnalyseChanges(PixelView source, PixelView before, double se
     std::ranges::fill(paint_, std::uint8_t{0});
     FindChanges(source, before);
     if (!any_change_) return true;
-    FindMotion(source, before);
+    FindMotion(source, before, state);
     for (int y = 0; y < grid_.tile_rows; ++y)
         for (int x = 0; x < grid_.tile_columns; ++x)
             if (!MapTile(source, x, y, seconds, state)) return false;
@@ -181,7 +181,8 @@ bool FrameAnalysis::MovedHere(PixelView source, PixelView before, const Rect& re
     return true;
 }
 
-void FrameAnalysis::FindMotion(PixelView source, PixelView before) {
+// A film is no place to look for what scrolls.
+void FrameAnalysis::FindMotion(PixelView source, PixelView before, const ScreenState& state) {
     Rect area;
     int left = grid_.cell_columns;
     int right = -1;
@@ -191,6 +192,8 @@ void FrameAnalysis::FindMotion(PixelView source, PixelView before) {
     for (int y = 0; y < grid_.cell_rows; ++y)
         for (int x = 0; x < grid_.cell_columns; ++x) {
             if (changed_[grid_.CellPlace(x, y)] == 0) continue;
+            const TileState& tile = state.tiles[grid_.TilePlace(x / 2, y / 2)];
+            if (tile.photo && tile.changes >= kFilmChanges) continue;
             ++count;
             left = std::min(left, x);
             right = std::max(right, x);

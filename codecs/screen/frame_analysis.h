@@ -51,7 +51,7 @@ class FrameAnalysis {
   private:
     bool HasFewColours(PixelView source);
     void FindChanges(PixelView source, PixelView before);
-    void FindMotion(PixelView source, PixelView before);
+    void FindMotion(PixelView source, PixelView before, const ScreenState& state);
     bool MovedHere(PixelView source, PixelView before, const Rect& rect) const;
     void TakeMoved(const Rect& cell, ScreenState& state);
     bool MapTile(PixelView source, int x, int y, double seconds, ScreenState& state);
