@@ -326,7 +326,7 @@ bool FrameAnalysis::MapTile(PixelView source, int x, int y, double seconds, Scre
         }
         painted += here;
     }
-    const bool is_photo = painted * 256 >= kPhotoMissing * area.Area();
+    const bool is_photo = std::int64_t{painted} * 256 >= kPhotoMissing * area.Area();
     if (is_photo && !tile.photo) tile.photo_at = seconds;
     tile.photo = is_photo || (tile.photo && seconds - tile.photo_at < kPhotoSeconds);
     if (painted == 0) tile.painted = 0;
