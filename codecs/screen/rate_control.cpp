@@ -8,11 +8,11 @@ namespace {
 
 // What keeps the average rate lets so much of it pass at once.
 constexpr double kAverageSeconds = 20;
-// Content that goes on moving uses a bucket up to what drains in so many seconds; that much stays
-// for the next key frame.
-constexpr double kReserveSeconds = 2;
+// Content that goes on moving leaves so much of a bucket for the next key frame, and takes little
+// more than the rate at its beginning.
+constexpr double kReserve = 0.7;
 // Of what room is left, for what becomes sharper in one frame.
-constexpr double kRestingPart = 0.3;
+constexpr double kRestingPart = 0.15;
 
 }  // namespace
 
@@ -35,8 +35,8 @@ void RateControl::Ask(FrameRequest& request) {
         bucket.level = std::max(0.0, bucket.level - passed * bucket.rate);
         const double room = std::max(0.0, bucket.size - bucket.level);
         // As much as drains, when what is left is the reserve.
-        const double reserve = std::min(kReserveSeconds, bucket.size / bucket.rate / 2);
-        request.moving_bits = std::min(request.moving_bits, room * interval_ / reserve);
+        const double seconds = kReserve * bucket.size / bucket.rate;
+        request.moving_bits = std::min(request.moving_bits, room * interval_ / seconds);
         request.resting_bits = std::min(request.resting_bits, room * kRestingPart);
     }
 }
