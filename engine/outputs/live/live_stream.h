@@ -30,7 +30,7 @@ using LivePacketPtr = std::shared_ptr<const LivePacket>;
 /// The largest packet and header that the frames of the network protocols hold.
 inline constexpr std::uint32_t kMostLivePacketBytes = 65'527;
 
-/// One thread an object.
+/// A packet goes out when it is full, and half full rather than late. One thread an object.
 class LiveStream {
   public:
     using Receiver = std::function<void(LivePacketPtr packet)>;
@@ -41,13 +41,18 @@ class LiveStream {
     /// Header and the fixed part of the data.
     const std::vector<std::uint8_t>& Header() const { return header_; }
     std::uint32_t PacketBytes() const { return packetizer_->Facts().packet_bytes; }
-    void Write(const CodedFrame& frame) { packetizer_->Add(frame); }
+    LiveStream(const LiveStream&) = delete;
+    LiveStream& operator=(const LiveStream&) = delete;
+
+    void Write(const CodedFrame& frame);
     /// The packet that is open goes out as it is.
     void Flush() { packetizer_->Flush(); }
 
   private:
     std::unique_ptr<asf::FramePacketizer> packetizer_;
     std::vector<std::uint8_t> header_;
+    bool sent_ = false;  // a packet, during the last write
+    Ticks sent_at_;
 };
 
 }  // namespace engine

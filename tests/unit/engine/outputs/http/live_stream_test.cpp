@@ -41,6 +41,17 @@ TEST_F(Stream, CanBeJoinedWhereAVideoKeyFrameBegins) {
     EXPECT_EQ(frames, 5);
 }
 
+TEST_F(Stream, LeavesNoFrameInAHalfFullPacketForLong) {
+    LiveStream stream(Header(true), Receive());
+    int sent = 0;
+    for (std::int64_t ms = 0; ms <= 2000; ms += 50) {
+        Write(stream, 1, ms, ms == 0, 20);
+        for (; !packets_.empty(); packets_.erase(packets_.begin()))
+            sent += packets_.front()->frames;
+        EXPECT_LE(ms / 50 + 1 - sent, 4) << "frames wait at " << ms;
+    }
+}
+
 TEST_F(Stream, OfAudioAloneCanBeJoinedAtEachFrame) {
     LiveStream stream(Header(false), Receive());
     for (int i = 0; i < 5; ++i) {
