@@ -92,13 +92,17 @@ std::vector<Colour> ColourCount::Choose(std::size_t most, int tolerance, bool& a
         candidates.resize(kCandidates);
     }
     std::ranges::sort(candidates, by_votes);
+    // First those that no other can stand for; the others where there are places left.
     std::vector<Colour> chosen;
+    std::vector<Colour> others;
     for (const Entry& entry : candidates) {
         if (chosen.size() == most) break;
         const auto near = [&](Colour other) { return Distance(other, entry.colour) <= tolerance; };
-        if (!all && std::ranges::any_of(chosen, near)) continue;
-        chosen.push_back(entry.colour);
+        const bool is_other = !all && std::ranges::any_of(chosen, near);
+        (is_other ? others : chosen).push_back(entry.colour);
     }
+    const std::size_t left = std::min(most - chosen.size(), others.size());
+    chosen.insert(chosen.end(), others.begin(), others.begin() + static_cast<std::ptrdiff_t>(left));
     return chosen;
 }
 

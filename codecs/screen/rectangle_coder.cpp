@@ -364,7 +364,7 @@ void RectangleCoder::Reconstruct(std::vector<std::uint32_t>& pixels) {
                 kernels.inverse(wmv9::Shape::Whole8x8, samples.data(), coefficients.data());
                 const wmv9::BlockPlace& place = wmv9::kBlockPlaces[Index(n)];
                 const int unit = place.plane == 0 ? kMacroblock : kMacroblock / 2;
-                const int stride = unit * columns_;
+                const std::ptrdiff_t stride = std::ptrdiff_t{unit} * columns_;
                 kernels.put(planes_[Index(place.plane)].data() + (unit * y + place.y) * stride +
                                 unit * x + place.x,
                             stride, samples.data(), 0);
@@ -387,15 +387,15 @@ void RectangleCoder::Filter(int plane) {
     const wmv9::Kernels& kernels = wmv9::BestKernels();
     const int columns = plane == 0 ? 2 * columns_ : columns_;  // blocks
     const int rows = plane == 0 ? 2 * rows_ : rows_;
-    const int stride = 8 * columns;
+    const std::ptrdiff_t stride = std::ptrdiff_t{8} * columns;
     const std::vector<std::uint8_t> all(2 * Index(columns), 1);
     std::uint8_t* const samples = planes_[Index(plane)].data();
     for (int y = 1; y < rows; ++y)
-        kernels.filter_horizontal(samples + 8 * y * stride, stride, all.data(), 2 * columns,
+        kernels.filter_horizontal(samples + stride * 8 * y, stride, all.data(), 2 * columns,
                                   quantiser_);
     for (int y = 0; y < rows; ++y)
         for (int x = 1; x < columns; ++x)
-            kernels.filter_vertical(samples + 8 * y * stride + 8 * x, stride, all.data(), 2,
+            kernels.filter_vertical(samples + stride * 8 * y + std::ptrdiff_t{8} * x, stride, all.data(), 2,
                                     quantiser_);
 }
 
