@@ -19,7 +19,6 @@ constexpr auto kConnectTime = seconds(10);
 constexpr auto kSendTime = seconds(15);
 constexpr int kMostRedirections = 5;
 constexpr std::size_t kFrameBytes = 4;
-constexpr std::size_t kMostFramed = 0xFFFF;
 constexpr std::size_t kMostFilled = 65'531;  // as the protocol limits it
 constexpr std::size_t kEndBytes = kFrameBytes + 4;
 
