@@ -11,13 +11,18 @@ namespace {
 
 // Of the quantiser, from picture to picture; larger while little is known of the GOP.
 constexpr double kLargestStep = 1.25;
+constexpr double kLargestFinerStep = 1.12;  // until all that the GOP has is known
 constexpr double kLargestSteadyStep = 1.1;
 constexpr double kLargestFreeStep = 2;
+// Of a picture that is coded again: near the noise of a source, bits rise faster than the model
+// has it.
+constexpr double kLargestSecondStep = 1.4;
 constexpr int kEarly = 4;  // deltas
 constexpr double kIntervalMemory = 0.3;
-constexpr int kDeltaMemory = 5;  // pictures
+constexpr int kDeltaMemory = 5;   // pictures
+constexpr int kMixedMemory = 12;  // where B pictures take turns with P pictures
 constexpr double kTrustMemory = 0.1;
-constexpr double kLargestMistrust = 8;
+constexpr double kLargestMistrust = 2;
 constexpr double kSoftEndPart = 0.1;  // of its pictures, at most
 constexpr double kSoftEnd = 3;        // pictures beyond the GOP's end that share in an error
 constexpr double kTolerance = 0.03;   // of the budget, before pictures are dropped
@@ -25,6 +30,9 @@ constexpr double kTolerance = 0.03;   // of the budget, before pictures are drop
 constexpr double kNoise = 0.02;
 // Of what the VBV has left, for one picture: it may take more than is expected of it.
 constexpr double kRoomShare = 0.6;
+constexpr double kPlannedRoomShare = 0.8;
+constexpr double kPlannedFill = 0.85;  // of the VBV, by pictures that a first pass has found
+constexpr int kRoomHalvings = 10;
 constexpr double kDraining = 0.7;  // of the VBV's rate, at a GOP's end
 constexpr double kSurprise = 2;
 // Of the VBV; one that holds no more takes an I picture whatever its size.
@@ -55,8 +63,8 @@ GopRateControl::GopRateControl(const RateSettings& settings, GopBudget budget)
     undecided_ = found_;
 }
 
-void GopRateControl::Mean::Learn(const PictureBits& taken, double inter_cost) {
-    learnt = std::min(learnt + 1, kDeltaMemory);
+void GopRateControl::Mean::Learn(const PictureBits& taken, double inter_cost, int memory) {
+    learnt = std::min(learnt + 1, memory);
     const double weight = 1.0 / learnt;
     bits.texture += weight * (taken.texture - bits.texture);
     bits.fixed += weight * (taken.fixed - bits.fixed);
@@ -70,7 +78,8 @@ PictureBits GopRateControl::DeltaMean() const {
                                  : budget_.experience.i_texture_per_cost * picture_.intra_cost;
     const PictureBits usual{budget_.experience.delta_texture * i_texture,
                             budget_.experience.delta_fixed};
-    if (deltas_.learnt == 0) return usual;
+    if (deltas_.learnt == 0)
+        return surprised_ ? FoundPicture{expected_, picture_.kind}.ByP() : usual;
     if (deltas_.learnt >= kDeltaMemory) return deltas_.bits;
     // The usual counts as one of them.
     const double weight = deltas_.learnt / (deltas_.learnt + 1.0);
@@ -83,7 +92,9 @@ PictureBits GopRateControl::Expected(const Picture& picture) {
     if (picture.index < budget_.pictures.size()) {
         const FoundPicture& found = budget_.pictures[picture.index];
         const bool trusted = found.kind != PictureKind::kI && picture.kind != PictureKind::kI;
-        return {found.bits.texture * (trusted ? texture_trust_ : 1), found.bits.fixed};
+        // The choice of B pictures need not have been the same.
+        if (found.kind == picture.kind || !trusted || MeanOf(picture.kind).learnt == 0)
+            return {found.bits.texture * (trusted ? texture_trust_ : 1), found.bits.fixed};
     }
     if (picture.kind == PictureKind::kI)
         return {budget_.experience.i_texture_per_cost * picture.intra_cost,
@@ -140,7 +151,7 @@ double GopRateControl::EvenQuantiser(const Picture& picture) const {
     PictureBits others = Following();
     const double pictures = budget_.pictures.empty() ? static_cast<double>(decided_) + Remaining()
                                                      : static_cast<double>(budget_.pictures.size());
-    const double share = std::min(kSoftEnd / pictures, kSoftEndPart);
+    const double share = budget_.last ? 0 : std::min(kSoftEnd / pictures, kSoftEndPart);
     PictureBits beyond = DeltaMean() * (share * pictures);
     if (!budget_.pictures.empty()) {
         beyond = found_ * share;
@@ -158,6 +169,41 @@ double GopRateControl::EvenQuantiser(const Picture& picture) const {
     for (int i = 0; i < kHalvings; ++i) {
         const double middle = (fine + coarse) / 2;
         (expected_.At(middle * IPart()) + others.At(middle) > bits ? fine : coarse) = middle;
+    }
+    return coarse;
+}
+
+// Of pictures that a first pass has found: the least one at which none of those that are left
+// overruns the VBV.
+double GopRateControl::RoomQuantiser() const {
+    if (picture_.index >= budget_.pictures.size()) return 0;
+    const auto left = std::span(budget_.pictures).subspan(picture_.index + 1);
+    const double drained =
+        settings_.vbv_rate_bps * seconds_ / static_cast<double>(budget_.pictures.size());
+    const auto fits = [&](double quantiser) {
+        double level = level_bits_ + expected_.At(quantiser);
+        double own_level = own_level_bits_ + expected_.At(quantiser);
+        double still_drains = drained * static_cast<double>(left.size());
+        for (const FoundPicture& picture : left) {
+            PictureBits found = picture.ByP();
+            found.texture *= texture_trust_;
+            const double bits = found.At(quantiser);
+            level = std::max(0.0, level - drained) + bits;
+            own_level = std::max(0.0, own_level - drained) + bits;
+            still_drains -= drained;
+            if (level > kPlannedFill * settings_.vbv_bits ||
+                level > budget_.vbv_end_bits + still_drains ||
+                own_level > budget_.vbv_own_end_bits + still_drains)
+                return false;
+        }
+        return true;
+    };
+    double fine = settings_.finest;
+    double coarse = settings_.coarsest;
+    if (fits(fine)) return fine;
+    for (int i = 0; i < kRoomHalvings; ++i) {
+        const double middle = (fine + coarse) / 2;
+        (fits(middle) ? coarse : fine) = middle;
     }
     return coarse;
 }
@@ -223,21 +269,28 @@ double GopRateControl::Restrained(double even) const {
     if (settings_.steady && deltas_.learnt >= kEarly)
         return std::clamp(even, quantiser_ / kLargestSteadyStep, quantiser_ * kLargestSteadyStep);
     const bool planned = !budget_.pictures.empty();
-    const bool free = planned || deltas_.learnt < kEarly;
-    const bool surprise = expected_.texture > kSurprise * DeltaMean().texture;
-    const double restrained =
-        std::clamp(even, quantiser_ / (free ? kLargestFreeStep : kLargestStep),
-                   quantiser_ * (free || surprise ? kLargestFreeStep : kLargestStep));
+    const bool free = deltas_.learnt < kEarly;
+    const bool surprise = !planned && expected_.texture > kSurprise * DeltaMean().texture;
+    const double finer = planned || picture_.last ? kLargestStep : kLargestFinerStep;
+    const double coarser = surprise ? kLargestFreeStep : kLargestStep;
+    const double restrained = std::clamp(even, quantiser_ / (free ? kLargestFreeStep : finer),
+                                         quantiser_ * (free ? kLargestFreeStep : coarser));
     // Finer than what they are predicted from would mostly code its noise.
     return free && !planned ? std::max(restrained, i_quantiser_) : restrained;
 }
 
 bool GopRateControl::MustDrop(const Picture& picture, double even) const {
+    // Where B pictures may be, the next picture is as early as one that was left out: the VBV does
+    // not drain meanwhile, so that what is expected of it would leave out all that follow.
+    if (stands_still_) return false;
     const double least = expected_.At(settings_.coarsest);
     if (picture.kind == PictureKind::kI)
         return least > HardRoom() && level_bits_ > kNearlyEmpty * settings_.vbv_bits;
     if (least > HardRoom()) return true;
-    return even >= settings_.coarsest && Overdraft(picture.seconds) > 0;
+    // An error at the end of a GOP is no reason.
+    const bool coarse =
+        even >= settings_.coarsest && quantiser_ * kLargestStep >= settings_.coarsest;
+    return coarse && Overdraft(picture.seconds) > 0;
 }
 
 void GopRateControl::LearnInterval(double passed) {
@@ -273,8 +326,10 @@ double GopRateControl::Chosen() {
         if (picture_.kind == PictureKind::kB)
             quantiser = std::min(kBQuantiserPart * quantiser, RateSettings::kMostCoarse);
     }
-    if (settings_.vbv_rate_bps > 0)
-        quantiser = std::max(quantiser, QuantiserFor(kRoomShare * SoftRoom()));
+    if (settings_.vbv_rate_bps > 0) {
+        const double share = budget_.pictures.empty() ? kRoomShare : kPlannedRoomShare;
+        quantiser = std::max({quantiser, QuantiserFor(share * SoftRoom()), RoomQuantiser()});
+    }
     return settings_.Coded(quantiser);
 }
 
@@ -283,18 +338,28 @@ double GopRateControl::Reconsidered(double quantiser, const PictureBits& taken) 
     if (settings_.steady && deltas_.learnt >= kEarly) return quantiser;
     const double part = taken.At(quantiser) / std::max(1.0, expected_.At(quantiser));
     const bool is_i = picture_.kind == PictureKind::kI;
-    if (part < kGrossSurprise && !(is_i && part < 1 / kGrossSurprise)) return quantiser;
+    const bool planned = !budget_.pictures.empty();
+    const bool first = is_i || (deltas_.learnt == 0 && !planned);
+    if (part < kGrossSurprise && !(first && part < 1 / kGrossSurprise)) return quantiser;
     expected_ = taken;
-    return Chosen();
+    surprised_ = !is_i;
+    const double chosen = Chosen();
+    if (is_i) return chosen;
+    const double least = quantiser / kLargestSecondStep;
+    const double most = quantiser * kLargestSecondStep;
+    even_ = std::clamp(even_, least, most);
+    return settings_.Coded(std::clamp(chosen, least, most));
 }
 
 void GopRateControl::Dropped() {
     ++result_.dropped;
+    just_dropped_ = true;
     picture_.waiting = {};  // the caller's
 }
 
 GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
     const double passed = decided_ > 0 ? picture.seconds - picture_.seconds : 0;
+    stands_still_ = just_dropped_ && passed <= 0;
     picture_ = picture;
     LearnInterval(passed);
     Shorten();
@@ -306,6 +371,7 @@ GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
         undecided_.texture = std::max(0.0, undecided_.texture - found.texture);
         undecided_.fixed = std::max(0.0, undecided_.fixed - found.fixed);
     }
+    surprised_ = false;
     expected_ = Expected(picture);
 
     Decision decision;
@@ -318,8 +384,9 @@ GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
 
 void GopRateControl::Coded(const PictureBits& taken, double bits, double quantiser, bool is_i) {
     if (!is_i) {
-        MeanOf(picture_.kind).Learn(taken, picture_.inter_cost);
-        deltas_.Learn(FoundPicture{taken, picture_.kind}.ByP(), picture_.step_cost);
+        MeanOf(picture_.kind).Learn(taken, picture_.inter_cost, kDeltaMemory);
+        deltas_.Learn(FoundPicture{taken, picture_.kind}.ByP(), picture_.step_cost,
+                      b_mean_.learnt > 0 ? kMixedMemory : kDeltaMemory);
     }
     if (!is_i && expected_.texture > 0 && !budget_.pictures.empty()) {
         const double found = expected_.texture / texture_trust_;
@@ -327,6 +394,7 @@ void GopRateControl::Coded(const PictureBits& taken, double bits, double quantis
         texture_trust_ += weight * (taken.texture / found - texture_trust_);
         texture_trust_ = std::clamp(texture_trust_, 1 / kLargestMistrust, kLargestMistrust);
     }
+    just_dropped_ = false;
     level_bits_ += bits;
     own_level_bits_ += bits;
     result_.bits += bits;

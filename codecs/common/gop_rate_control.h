@@ -30,6 +30,7 @@ struct GopBudget {
     double vbv_end_bits = 0;
     double vbv_own_end_bits = 0;
     bool level_is_exact = false;  // nothing before it is still being coded
+    bool last = false;            // no other makes good what it misses
     RateExperience experience;
     std::vector<FoundPicture> pictures;  // of a first pass, as shown; empty in a single pass
 };
@@ -102,7 +103,7 @@ class GopRateControl {
         PictureBits bits;
         double cost = 0;  // InterCost; of deltas_, the step's
         int learnt = 0;   // pictures
-        void Learn(const PictureBits& taken, double inter_cost);
+        void Learn(const PictureBits& taken, double inter_cost, int memory);
     };
 
     Mean& MeanOf(PictureKind kind) { return kind == PictureKind::kB ? b_mean_ : p_mean_; }
@@ -115,6 +116,7 @@ class GopRateControl {
     double IPart() const;
     double EvenQuantiser(const Picture& picture) const;
     double QuantiserFor(double bits) const;
+    double RoomQuantiser() const;
     double IQuantiser(double even) const;
     double Overdraft(double seconds) const;
     double HardRoom() const;
@@ -132,8 +134,11 @@ class GopRateControl {
     bool shortened_ = false;
     GopResult result_;
 
-    Picture picture_;            // of the last decision
-    PictureBits expected_;       // of it
+    Picture picture_;       // of the last decision
+    PictureBits expected_;  // of it
+    bool just_dropped_ = false;
+    bool stands_still_ = false;  // it is as early as one that was dropped
+    bool surprised_ = false;     // that is what it has taken once
     double even_ = 0;            // quantiser at its time, as a P picture
     double level_bits_ = 0;      // of the VBV, at most
     double own_level_bits_ = 0;  // had it been empty before the GOP

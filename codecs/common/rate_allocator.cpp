@@ -45,7 +45,7 @@ std::int64_t RateAllocator::Needs() const {
     return settings_.may_drop && (in_debt || drops_) ? opened_ - 1 : far;
 }
 
-GopBudget RateAllocator::Open(double seconds) {
+GopBudget RateAllocator::Open(double seconds, bool last) {
     for (const std::int64_t needed = Needs(); accounted_ <= needed; ++accounted_) {
         Account(accounted_, closed_.at(accounted_));
         closed_.erase(accounted_);
@@ -54,6 +54,7 @@ GopBudget RateAllocator::Open(double seconds) {
     const auto unknown = static_cast<double>(index - accounted_);  // GOPs at work or ready
     GopBudget budget;
     budget.seconds = seconds;
+    budget.last = last;
     budget.level_is_exact = unknown == 0;
     budget.bits = settings_.rate_bps * seconds;
     budget.experience = experience_;
@@ -86,6 +87,7 @@ void RateAllocator::Reserve(GopBudget& budget) {
     budget.vbv_level_bits = level;
     budget.vbv_end_bits = std::clamp(level + added, kOwnPart * vbv, most);
     budget.vbv_own_end_bits = std::clamp(added, kOwnPart * vbv, budget.vbv_end_bits);
+    if (budget.last) budget.vbv_end_bits = budget.vbv_own_end_bits = vbv;  // nobody counts on less
     const double surplus = budget.vbv_end_bits - level;
     budget.bits = std::min(budget.bits, drained + surplus);
     reservations_.push_back({surplus, budget.vbv_own_end_bits});

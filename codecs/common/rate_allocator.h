@@ -29,7 +29,8 @@ class RateAllocator {
     /// than its share whatever is done leaves less for the one after it.
     std::int64_t Needs() const;
     /// The next GOP, `seconds` long.
-    GopBudget Open(double seconds);
+    /// @param last  as far as is known, the stream has no other
+    GopBudget Open(double seconds, bool last = false);
     /// What a trial of the stream's first I picture has come to; before a GOP is opened.
     void LearnTrial(const GopResult& trial);
     /// In any order. `result.seconds` is the GOP's true length.

@@ -62,13 +62,14 @@ std::vector<Demand> Demands(const RateSettings& settings, const std::vector<Firs
 // The budgets at an even quantiser, cut to what the VBV takes. Returns their sum.
 double Fill(const RateSettings& settings, const std::vector<Demand>& demands, double quantiser,
             std::vector<PlannedGop>& plan) {
-    const double cap = kHandOver * settings.vbv_bits;
     double level = 0;
     double sum = 0;
     for (std::size_t i = 0; i < demands.size(); ++i) {
         const Demand& demand = demands[i];
         double bits = demand.At(settings, quantiser);
         if (settings.vbv_rate_bps > 0) {
+            const bool last = i + 1 == demands.size();
+            const double cap = (last ? 1 - kHandOver : kHandOver) * settings.vbv_bits;
             const double drained = settings.vbv_rate_bps * demand.seconds;
             bits = std::min(bits, cap + drained - level);
             level = std::max(0.0, level + bits - drained);

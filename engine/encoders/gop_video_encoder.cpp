@@ -193,7 +193,8 @@ void GopVideoEncoder::OpenGop(Ticks start) {
     gop->start = start;
     gop->length = gop_length_;
     if (length_ > start) gop->length = std::min(gop->length, length_ - start);
-    gop->control.emplace(rate_, allocator_.Open(gop->length.Seconds()));
+    const bool last = length_ > start && start + gop->length >= length_;
+    gop->control.emplace(rate_, allocator_.Open(gop->length.Seconds(), last));
     gops_.push_back(std::move(gop));
 }
 

@@ -81,7 +81,7 @@ Outcome Code(const RateSettings& settings, PretendedEncoder encoder, int gops, i
     for (int gop = 0; gop < gops; ++gop) {
         for (; closed <= std::max<std::int64_t>(gop - at_once, allocator.Needs()); ++closed)
             allocator.Close(closed, open[static_cast<std::size_t>(closed)]);
-        GopRateControl control(settings, allocator.Open(kGopSeconds));
+        GopRateControl control(settings, allocator.Open(kGopSeconds, gop + 1 == gops));
         outcome.report.push_back({kGopSeconds, std::vector<FoundPicture>(kGopPictures)});
         bool begun = false;
         int before = 0;
