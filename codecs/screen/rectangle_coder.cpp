@@ -395,8 +395,8 @@ void RectangleCoder::Filter(int plane) {
                                   quantiser_);
     for (int y = 0; y < rows; ++y)
         for (int x = 1; x < columns; ++x)
-            kernels.filter_vertical(samples + stride * 8 * y + std::ptrdiff_t{8} * x, stride, all.data(), 2,
-                                    quantiser_);
+            kernels.filter_vertical(samples + stride * 8 * y + std::ptrdiff_t{8} * x, stride,
+                                    all.data(), 2, quantiser_);
 }
 
 }  // namespace codecs::screen
