@@ -363,8 +363,8 @@ void RectangleCoder::Reconstruct(std::vector<std::uint32_t>& pixels) {
                 coefficients[0] = static_cast<std::int16_t>(macroblock.dc[Index(n)] * dc_step_);
                 kernels.inverse(wmv9::Shape::Whole8x8, samples.data(), coefficients.data());
                 const wmv9::BlockPlace& place = wmv9::kBlockPlaces[Index(n)];
-                const int unit = place.plane == 0 ? kMacroblock : kMacroblock / 2;
-                const std::ptrdiff_t stride = std::ptrdiff_t{unit} * columns_;
+                const std::ptrdiff_t unit = place.plane == 0 ? kMacroblock : kMacroblock / 2;
+                const std::ptrdiff_t stride = unit * columns_;
                 kernels.put(planes_[Index(place.plane)].data() + (unit * y + place.y) * stride +
                                 unit * x + place.x,
                             stride, samples.data(), 0);
