@@ -48,6 +48,10 @@ constexpr double kMostFromWaiting = 8;      // what a picture that waits may tak
 constexpr double kForced = 1.3;             // of the quantiser that was wanted
 constexpr double kGrossSurprise = 1.4;      // a picture's bits beside the expected ones
 constexpr double kShortestInterval = 1e-3;  // seconds
+// Of what is left, for a picture that is made sharper: the rest is for what moves next.
+constexpr double kSharpeningShare = 0.5;
+constexpr double kSharpeningDrained = 0.6;  // of what the VBV drains meanwhile
+constexpr double kSharpeningExcess = 1.3;
 
 }  // namespace
 
@@ -73,10 +77,7 @@ void GopRateControl::Mean::Learn(const PictureBits& taken, double inter_cost, in
 
 // Until deltas are known, what they usually are beside an I picture.
 PictureBits GopRateControl::DeltaMean() const {
-    const double i_texture = result_.i_pictures > 0
-                                 ? result_.i_bits.texture / static_cast<double>(result_.i_pictures)
-                                 : budget_.experience.i_texture_per_cost * picture_.intra_cost;
-    const PictureBits usual{budget_.experience.delta_texture * i_texture,
+    const PictureBits usual{budget_.experience.delta_texture * ITexture(),
                             budget_.experience.delta_fixed};
     if (deltas_.learnt == 0)
         return surprised_ ? FoundPicture{expected_, picture_.kind}.ByP() : usual;
@@ -251,13 +252,14 @@ double GopRateControl::SoftRoom() const {
 }
 
 bool GopRateControl::Fits(double bits, double quantiser) const {
-    if (settings_.vbv_rate_bps <= 0 || bits <= HardRoom()) return true;
+    if (settings_.vbv_rate_bps <= 0) return true;
+    if (bits <= (rests_ ? VbvRoom() : HardRoom())) return true;
     return picture_.kind == PictureKind::kI && quantiser >= RateSettings::kMostCoarse &&
            budget_.level_is_exact && level_bits_ <= 0 && bits > settings_.vbv_bits;
 }
 
 double GopRateControl::Coarser(double quantiser, double bits) const {
-    const double room = std::max(1.0, HardRoom());
+    const double room = std::max(1.0, rests_ ? VbvRoom() : HardRoom());
     const double wanted =
         kRecodeMargin * (quantiser + PictureBits::kOffset) * bits / room - PictureBits::kOffset;
     const double least = settings_.NextCoarser(quantiser);
@@ -333,8 +335,35 @@ double GopRateControl::Chosen() {
     return settings_.Coded(quantiser);
 }
 
+// A picture that shows nothing new takes no more. What drains meanwhile it may always take: the VBV
+// is then no fuller than it was, and nothing but such pictures may come for long.
+double GopRateControl::SharpeningBits() const {
+    const double left = budget_bits_ - result_.bits;
+    if (settings_.vbv_rate_bps <= 0) return std::max(0.0, kSharpeningShare * left);
+    const double saved = kSharpeningShare * std::min(SoftRoom(), left);
+    const double drained = kSharpeningDrained * settings_.vbv_rate_bps * passed_;
+    return std::max(0.0, std::min(std::max(saved, drained), kSharpeningShare * VbvRoom()));
+}
+
+// Of the GOP's I pictures.
+double GopRateControl::ITexture() const {
+    return result_.i_pictures > 0 ? result_.i_bits.texture / static_cast<double>(result_.i_pictures)
+                                  : budget_.experience.i_texture_per_cost * picture_.intra_cost;
+}
+
+double GopRateControl::SharperQuantiser() const {
+    const double quantiser = sharpening_.Quantiser(SharpeningBits());
+    return settings_.Coded(std::clamp(quantiser, settings_.finest, settings_.coarsest));
+}
+
 double GopRateControl::Reconsidered(double quantiser, const PictureBits& taken) {
     if (settings_.finest == settings_.coarsest) return quantiser;
+    if (rests_) {
+        const double bits = taken.At(quantiser);
+        sharpening_.Took(bits, quantiser);
+        if (bits <= kSharpeningExcess * SharpeningBits()) return quantiser;
+        return std::max(quantiser, SharperQuantiser());
+    }
     if (settings_.steady && deltas_.learnt >= kEarly) return quantiser;
     const double part = taken.At(quantiser) / std::max(1.0, expected_.At(quantiser));
     const bool is_i = picture_.kind == PictureKind::kI;
@@ -358,13 +387,16 @@ void GopRateControl::Dropped() {
 }
 
 GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
-    const double passed = decided_ > 0 ? picture.seconds - picture_.seconds : 0;
-    stands_still_ = just_dropped_ && passed <= 0;
+    passed_ = decided_ > 0 ? picture.seconds - picture_.seconds : 0;
+    stands_still_ = just_dropped_ && passed_ <= 0;
     picture_ = picture;
-    LearnInterval(passed);
+    const bool rests =
+        settings_.sharpens && Sharpening::Rests(picture.step_cost, picture.intra_cost);
+    rests_ = rests && picture.kind != PictureKind::kI;
+    if (!rests_) LearnInterval(passed_);
     Shorten();
-    level_bits_ = std::max(0.0, level_bits_ - passed * settings_.vbv_rate_bps);
-    own_level_bits_ = std::max(0.0, own_level_bits_ - passed * settings_.vbv_rate_bps);
+    level_bits_ = std::max(0.0, level_bits_ - passed_ * settings_.vbv_rate_bps);
+    own_level_bits_ = std::max(0.0, own_level_bits_ - passed_ * settings_.vbv_rate_bps);
     ++decided_;
     if (picture.index < budget_.pictures.size()) {
         const PictureBits found = budget_.pictures[picture.index].ByP();
@@ -375,7 +407,16 @@ GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
     expected_ = Expected(picture);
 
     Decision decision;
+    if (rests_) {
+        decision.quantiser = SharperQuantiser();
+        decision.expected_bits = SharpeningBits();
+        return decision;
+    }
     decision.quantiser = Chosen();
+    // What has become sharp stays so, as far as the VBV has room.
+    if (rests && picture.kind == PictureKind::kI)
+        decision.quantiser =
+            std::min(decision.quantiser, settings_.Coded(QuantiserFor(SharpeningBits())));
     decision.drop = settings_.vbv_rate_bps > 0 && settings_.may_drop && MustDrop(picture, even_);
     decision.expected_bits = expected_.At(decision.quantiser);
     if (decision.drop) Dropped();
@@ -383,12 +424,13 @@ GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
 }
 
 void GopRateControl::Coded(const PictureBits& taken, double bits, double quantiser, bool is_i) {
-    if (!is_i) {
+    const bool sharpened = rests_ && !is_i;
+    if (!is_i && !sharpened) {
         MeanOf(picture_.kind).Learn(taken, picture_.inter_cost, kDeltaMemory);
         deltas_.Learn(FoundPicture{taken, picture_.kind}.ByP(), picture_.step_cost,
                       b_mean_.learnt > 0 ? kMixedMemory : kDeltaMemory);
     }
-    if (!is_i && expected_.texture > 0 && !budget_.pictures.empty()) {
+    if (!is_i && !sharpened && expected_.texture > 0 && !budget_.pictures.empty()) {
         const double found = expected_.texture / texture_trust_;
         const double weight = std::max(kTrustMemory, 1.0 / static_cast<double>(decided_));
         texture_trust_ += weight * (taken.texture / found - texture_trust_);
@@ -406,11 +448,16 @@ void GopRateControl::Coded(const PictureBits& taken, double bits, double quantis
     else
         result_.delta_bits += FoundPicture{taken, picture_.kind}.ByP();
     if (is_i) result_.i_cost += picture_.intra_cost;
+    picture_.waiting = {};  // the caller's
+    if (sharpened) {
+        sharpening_.Sharpened(quantiser);
+        return;
+    }
+    sharpening_.Showed(quantiser, ITexture());
     quantiser_ = std::clamp(even_, settings_.finest, settings_.coarsest);
     // Where the VBV has forced it, what follows refers to no better.
     if (picture_.kind == PictureKind::kB) quantiser /= kBQuantiserPart;
     if (quantiser > kForced * quantiser_) quantiser_ = quantiser;
-    picture_.waiting = {};  // the caller's
 }
 
 }  // namespace codecs

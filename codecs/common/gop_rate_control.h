@@ -8,6 +8,7 @@
 
 #include "codecs/common/picture_bits.h"
 #include "codecs/common/rate_settings.h"
+#include "codecs/common/sharpening.h"
 
 namespace codecs {
 
@@ -65,8 +66,9 @@ class GopRateControl {
         std::size_t index = 0;  // its place among the GOP's pictures as they are shown
         PictureKind kind = PictureKind::kI;
         double intra_cost = 1;
-        double inter_cost = 0;                  // beside the nearest of what it is predicted from
-        double step_cost = 0;                   // beside the picture shown before it
+        double inter_cost = 0;  // beside the nearest of what it is predicted from
+        // Beside the picture shown before it; of the first one, intra_cost.
+        double step_cost = 0;
         std::span<const Waiting> waiting = {};  // as shown, of those that have not been decided
         bool last = false;                      // they are all that the GOP has
     };
@@ -123,6 +125,9 @@ class GopRateControl {
     double SoftRoom() const;
     double Restrained(double even) const;
     double Chosen();
+    double SharpeningBits() const;
+    double ITexture() const;
+    double SharperQuantiser() const;
     bool MustDrop(const Picture& picture, double even) const;
 
     RateSettings settings_;
@@ -138,6 +143,9 @@ class GopRateControl {
     PictureBits expected_;  // of it
     bool just_dropped_ = false;
     bool stands_still_ = false;  // it is as early as one that was dropped
+    bool rests_ = false;         // it shows nothing new, and becomes sharper
+    double passed_ = 0;          // seconds since the one before it
+    Sharpening sharpening_;
     bool surprised_ = false;     // that is what it has taken once
     double even_ = 0;            // quantiser at its time, as a P picture
     double level_bits_ = 0;      // of the VBV, at most

@@ -23,6 +23,8 @@ struct RateSettings {
     bool steady = false;
     /// The encoder itself makes I pictures finer, so they are asked for as P pictures are.
     bool weighs_i = false;
+    /// Pictures that show nothing new are made sharper, with bits that the VBV has to spare.
+    bool sharpens = false;
     double halves_up_to = 0;  // above it, quantisers are whole numbers
 
     /// The nearest quantiser that a picture can be coded with.

@@ -11,6 +11,7 @@ namespace {
 // Chosen by hand on 17 clips, see docs/video9.md.
 constexpr double kStrength = 0.5;       // quantisers by a doubling of the variance
 constexpr double kMostBelow = 2;        // doublings below the mean that count
+constexpr double kMostAbove = 1;        // of the quantiser: sharp text on paper is far above
 constexpr double kUnworthy = 1.4;       // part of the quantiser where no later picture refers to
 constexpr double kWorthPower = 0.5;     // squared errors are worth in proportion
 constexpr double kWithinPicture = 0.4;  // of the differences in worth, as far as they are trusted
@@ -56,7 +57,9 @@ void QuantiserMap::Choose(const Kernels& kernels, const Frame& source, double qu
     for (std::size_t i = 0; i < quantisers_.size(); ++i) {
         double part = 1;
         if (!worth.empty()) part = std::exp(mean + kWithinPicture * (LogPart(worth[i]) - mean));
-        const double wanted = quantiser * part + kStrength * std::max(activity_[i], -kMostBelow);
+        const double masked = std::min(kStrength * std::max(activity_[i], -kMostBelow),
+                                       kMostAbove * quantiser * part);
+        const double wanted = quantiser * part + masked;
         const int whole = std::clamp(static_cast<int>(std::lround(wanted)), 1, kCoarsest);
         quantisers_[i] = static_cast<std::uint8_t>(whole);
         ++counts[Index(whole)];

@@ -305,7 +305,10 @@ void GopVideoEncoder::CodeNext(Lock& lock, Work& work) {
         for (Outcome& outcome : outcomes) Note(gop, std::move(outcome));
     } else if (gop.closed) {
         EndGop(gop);
+        FrameHandle latest = std::move(work.latest);
         work = {};
+        // The next GOP of a recording may show the same.
+        if (rate_.sharpens) work.latest = std::move(latest);
     }
     if (held_ <= few_held_ || MayHandOn()) worked_.notify_one();
 }
@@ -317,8 +320,8 @@ void GopVideoEncoder::Judge(Work& work) const {
         frame.intra_cost = codecs::IntraCost(Luma(*frame.frame));
         // What is recorded has nothing ahead, which is not to say that nothing will refer to it.
         if (ahead_ > 0) work.coder->LookAhead(*frame.frame);
-        if (work.latest)
-            frame.step_cost = codecs::InterCost(Luma(*frame.frame), Luma(*work.latest));
+        frame.step_cost = work.latest ? codecs::InterCost(Luma(*frame.frame), Luma(*work.latest))
+                                      : frame.intra_cost;
         FrameHandle latest = frames_.Get();
         CheckAv(av_frame_ref(latest.get(), frame.frame.get()), "Encoding of the picture failed");
         work.latest = std::move(latest);

@@ -72,6 +72,7 @@ codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
         return rate;
     }
     rate.finest = kFinestQuantiser;
+    rate.sharpens = plan.input.capture.has_value();
     rate.coarsest = CoarsestQuantiser(plan.sharpness);
     // The first of two passes only finds out what the pictures take.
     rate.steady = pass.number < pass.count;

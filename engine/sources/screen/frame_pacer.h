@@ -6,11 +6,12 @@
 #include <optional>
 
 #include "engine/base/ticks.h"
+#include "engine/sources/screen/rest_repeats.h"
 
 namespace engine {
 
 /// No more frames than the rate has room for, the newest of those that came meanwhile; while
-/// nothing comes, the last one again each second.
+/// nothing comes, the last one again.
 class FramePacer {
   public:
     explicit FramePacer(std::int32_t rate_thousandths)  // above 0
@@ -28,7 +29,7 @@ class FramePacer {
     /// When the next frame is to be delivered; none before the first has come.
     std::optional<Ticks> Due() const {
         if (waiting_) return seen_ < allowed_ - early_ ? allowed_ : seen_;
-        if (delivered_) return last_ + kAlive;
+        if (delivered_) return last_ + std::max(period_, repeats_.Interval());
         return std::nullopt;
     }
 
@@ -38,14 +39,16 @@ class FramePacer {
     Ticks Deliver(Ticks now) {
         last_ = std::max(waiting_ ? seen_ : now, allowed_);
         allowed_ = last_ + period_;
+        if (waiting_)
+            repeats_.Changed();
+        else
+            repeats_.Repeated();
         waiting_ = false;
         delivered_ = true;
         return last_;
     }
 
   private:
-    static constexpr Ticks kAlive = Ticks::FromMilliseconds(1000);
-
     Ticks period_;
     // What comes regularly but not exactly so is given all of it.
     Ticks early_{period_.count / 4};
@@ -54,6 +57,7 @@ class FramePacer {
     Ticks seen_;  // of the frame that waits
     bool delivered_ = false;
     Ticks last_;  // when a frame was delivered
+    RestRepeats repeats_;
 };
 
 /// When a frame was seen, by the time that its sender has put on it, if any: nanoseconds of the

@@ -12,6 +12,7 @@
 
 #include "engine/sources/screen/area_finder.h"
 #include "engine/sources/screen/named_area.h"
+#include "engine/sources/screen/rest_repeats.h"
 #include "engine/sources/screen/x11_changes.h"
 #include "engine/sources/screen/x11_frames.h"
 #include "engine/sources/screen/x11_pointer.h"
@@ -22,9 +23,6 @@ namespace {
 
 // A redraw is many operations; a frame of its first is not wanted.
 constexpr Ticks kSettle = Ticks::FromMilliseconds(4);
-constexpr Ticks kAlive = Ticks::FromMilliseconds(1000);
-// What has just come to rest is given again so soon, for an encoder that makes it sharper then.
-constexpr Ticks kRest = Ticks::FromMilliseconds(350);
 // A change of size is told within milliseconds; a server that refuses for longer is broken.
 constexpr Ticks kPatience = Ticks::FromMilliseconds(5000);
 
@@ -47,7 +45,7 @@ class X11Screen : public LiveSource {
     void Deliver(X11Image& image, Ticks time);
     void CountMissed(Ticks now);
     void WaitUntil(Ticks time, bool events) const;
-    Ticks RepeatDue() const { return Ticks{last_->pts} + (rests_ ? kAlive : kRest); }
+    Ticks RepeatDue() const { return Ticks{last_->pts} + std::max(period_, repeats_.Interval()); }
 
     bool IsWindow() const { return area_.kind == ScreenArea::Kind::Window; }
     PixelBox ImageBox() const { return {0, 0, images_.area().width, images_.area().height}; }
@@ -72,12 +70,12 @@ class X11Screen : public LiveSource {
     bool place_changed_ = false;
     bool changed_ = true;  // something on the screen may have
     bool drawn_ = true;    // something in the frame has, or its pointer
-    bool rests_ = false;   // what was given last was given before
-    Ticks changed_at_;     // about when the first change was
-    Ticks allowed_;        // when the rate has room for the next frame
-    Ticks pointer_due_;    // when to look for it again
-    Ticks returned_;       // when Read last did
-    int refusals_ = 0;     // one after the other
+    RestRepeats repeats_;
+    Ticks changed_at_;   // about when the first change was
+    Ticks allowed_;      // when the rate has room for the next frame
+    Ticks pointer_due_;  // when to look for it again
+    Ticks returned_;     // when Read last did
+    int refusals_ = 0;   // one after the other
     FrameHandle last_;
     std::atomic<std::int64_t> missed_ = 0;
 };
@@ -216,7 +214,7 @@ void X11Screen::Deliver(X11Image& image, Ticks time) {
     last_->data[0] = image.pixels();
     last_->linesize[0] = images_.stride();
     last_->pts = time.count;
-    rests_ = false;
+    repeats_.Changed();
 }
 
 void X11Screen::WaitUntil(Ticks time, bool events) const {
@@ -253,7 +251,7 @@ bool X11Screen::NextFrame() {
                 return true;
         } else if (last_ && now >= RepeatDue()) {
             last_->pts = now.count;
-            rests_ = true;
+            repeats_.Repeated();
             return true;
         } else {
             WaitUntil(last_ ? std::min(pointer_due_, RepeatDue()) : pointer_due_, true);

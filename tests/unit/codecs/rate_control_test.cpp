@@ -216,6 +216,61 @@ TEST(RateControl, OneQuantiserWhereThereIsNoChoice) {
                             [](double q) { return q == 9; }));
 }
 
+// A recording's screen after a burst: what the last picture took coarsely is made sharper with what
+// the VBV drains, and is not coded again once it is as fine as can be.
+TEST(RateControl, WhatRestsBecomesSharpWithinTheVbv) {
+    constexpr double kDetail = 2.7e6;
+    constexpr double kCost = 1.2e6;
+    for (const double rate : {300e3, 1e6, 4e6}) {
+        SCOPED_TRACE(rate);
+        RateSettings settings = Constant(rate, 3);
+        settings.sharpens = true;
+        RateAllocator allocator(settings, kUsual);
+        GopRateControl control(settings, allocator.Open(30));
+        double level = 0;
+        double before = 0;
+        double coarseness = 0;  // of what is shown, as the part of its detail that is not
+        double least = 31;
+        double spent = 0;  // bits of pictures that show nothing new
+        for (std::size_t i = 0; i < 60; ++i) {
+            const bool moves = i < 10;
+            const double seconds =
+                moves ? 0.1 * static_cast<double>(i) : static_cast<double>(i) - 9;
+            level = std::max(0.0, level - rate * (seconds - before));
+            before = seconds;
+            if (seconds > 29) break;
+            const PictureKind kind = i == 0 ? PictureKind::kI : PictureKind::kP;
+            const double cost = moves ? 0.3 * kCost : 0;
+            const auto decision = control.Decide({seconds, i, kind, kCost, cost, moves ? cost : 0});
+            if (decision.drop) continue;
+            double quantiser = decision.quantiser;
+            PictureBits taken;
+            const auto take = [&] {
+                const double fineness = 1 / (quantiser + 1);
+                const double part =
+                    moves ? fineness : std::max(0.0, fineness - 1 / (coarseness + 1));
+                taken = PictureBits::Taken(kDetail * part, 200, quantiser);
+            };
+            take();
+            quantiser = control.Reconsidered(quantiser, taken);
+            for (take(); !control.Fits(taken.At(quantiser), quantiser); take())
+                quantiser = control.Coarser(quantiser, taken.At(quantiser));
+            control.Coded(taken, taken.At(quantiser), quantiser, i == 0);
+            level += taken.At(quantiser);
+            ASSERT_LE(level, settings.vbv_bits);
+            if (moves) {
+                coarseness = quantiser;
+                continue;
+            }
+            EXPECT_LE(quantiser, coarseness);
+            coarseness = least = quantiser;
+            spent += taken.At(quantiser);
+        }
+        EXPECT_EQ(least, 1);
+        EXPECT_LT(spent, kDetail);
+    }
+}
+
 TEST(TwoPassPlan, GivesHarderGopsMore) {
     std::vector<FirstPassGop> gops(4, {2, std::vector<FoundPicture>(50, {{1e5, 100}})});
     gops[2].pictures.assign(50, {{4e5, 100}});

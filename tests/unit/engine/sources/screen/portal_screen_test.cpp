@@ -14,14 +14,14 @@ TEST(FramePacer, GivesWhatTheRateHasRoomForAndTheLastOneAgain) {
     };
     const Case cases[] = {
         {"nothing before the first", {}, {}},
-        {"regular ones", {0, 100, 200}, {0, 100, 200, 1200, 2200}},
-        {"twice as many as there is room for", {0, 50, 100, 150, 200}, {0, 100, 200, 1200, 2200}},
-        {"a burst: its last one, when there is room", {0, 10, 20, 30}, {0, 100, 1100, 2100}},
+        {"regular ones", {0, 100, 200}, {0, 100, 200, 480, 760, 1760}},
+        {"twice as many as there is room for", {0, 50, 100, 150, 200}, {0, 100, 200, 480, 760, 1760}},
+        {"a burst: its last one, when there is room", {0, 10, 20, 30}, {0, 100, 380, 660, 1660}},
         {"somewhat early ones are kept, an interval apart",
          {0, 80, 180, 300},
-         {0, 100, 200, 300, 1300}},
-        {"after a pause at once", {0, 730}, {0, 730, 1730}},
-        {"soon after a repeated one", {0, 1010}, {0, 1000, 1100, 2100}},
+         {0, 100, 200, 300, 580, 860, 1860}},
+        {"after a pause at once", {0, 730}, {0, 280, 560, 730, 1010, 1290}},
+        {"soon after a repeated one", {0, 290}, {0, 280, 380, 660, 940, 1940}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.why);
@@ -49,7 +49,7 @@ TEST(FramePacer, AWithdrawnFrameLeavesTheLastOne) {
     pacer.Deliver(Ms(5));
     pacer.Came(Ms(10));
     pacer.Withdraw();
-    EXPECT_EQ(pacer.Due(), Ms(1005));
+    EXPECT_EQ(pacer.Due(), Ms(285));
 }
 
 TEST(FramePacer, TheSendersTimeIsBelievedWhenItCanBe) {
