@@ -9,7 +9,8 @@ namespace codecs::wmv9 {
 namespace {
 
 // Chosen by hand on 17 clips, see docs/video9.md.
-constexpr double kStrength = 0.5;       // quantisers by a doubling of the variance
+constexpr double kMasked = 0.2;         // quantisers by a doubling of the variance ...
+constexpr double kMaskedPart = 0.07;    // ... and parts of the quantiser
 constexpr double kMostBelow = 2;        // doublings below the mean that count
 constexpr double kMostAbove = 1;        // of the quantiser: sharp text on paper is far above
 constexpr double kUnworthy = 1.4;       // part of the quantiser where no later picture refers to
@@ -57,9 +58,10 @@ void QuantiserMap::Choose(const Kernels& kernels, const Frame& source, double qu
     for (std::size_t i = 0; i < quantisers_.size(); ++i) {
         double part = 1;
         if (!worth.empty()) part = std::exp(mean + kWithinPicture * (LogPart(worth[i]) - mean));
-        const double masked = std::min(kStrength * std::max(activity_[i], -kMostBelow),
-                                       kMostAbove * quantiser * part);
-        const double wanted = quantiser * part + masked;
+        const double due = quantiser * part;
+        const double step = kMasked + kMaskedPart * due;
+        const double wanted =
+            due + std::min(step * std::max(activity_[i], -kMostBelow), kMostAbove * due);
         const int whole = std::clamp(static_cast<int>(std::lround(wanted)), 1, kCoarsest);
         quantisers_[i] = static_cast<std::uint8_t>(whole);
         ++counts[Index(whole)];
