@@ -8,8 +8,7 @@ namespace {
 
 // What keeps the average rate lets so much of it pass at once.
 constexpr double kAverageSeconds = 20;
-// Content that goes on moving leaves so much of a bucket for the next key frame, and takes little
-// more than the rate at its beginning.
+// Content that goes on moving leaves so much of a bucket for the next key frame.
 constexpr double kReserve = 0.7;
 // Of what room is left, for what becomes sharper in one frame.
 constexpr double kRestingPart = 0.15;
@@ -19,11 +18,13 @@ constexpr double kRestingPart = 0.15;
 RateControl::RateControl(const RateSettings& settings, double frames_per_second)
     : settings_(settings), interval_(1 / frames_per_second) {
     if (settings.vbv_rate_bps > 0)
-        buckets_.push_back({settings.vbv_rate_bps, settings.vbv_bits, true});
+        buckets_.push_back({settings.vbv_rate_bps, settings.vbv_bits, true, 0});
     const bool fixed = settings.finest == settings.coarsest;
-    if (!fixed && settings.rate_bps > 0 &&
-        (buckets_.empty() || settings.vbv_rate_bps > settings.rate_bps))
-        buckets_.push_back({settings.rate_bps, kAverageSeconds * settings.rate_bps, false});
+    if (fixed || settings.rate_bps <= 0) return;
+    const bool constant = settings.vbv_rate_bps > 0 && settings.vbv_rate_bps <= settings.rate_bps;
+    const double size = constant ? settings.vbv_bits : kAverageSeconds * settings.rate_bps;
+    // As if it had moved before: what moves from the beginning to the end takes the rate.
+    buckets_.push_back({settings.rate_bps, size, false, (1 - kReserve) * size});
 }
 
 void RateControl::Ask(FrameRequest& request) {

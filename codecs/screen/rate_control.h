@@ -9,7 +9,7 @@
 namespace codecs::screen {
 
 /// Coded frames fill leaky buckets, which time drains: the receiver's buffer, which they must not
-/// overrun, and where there is none or it drains faster, one that keeps the average. A frame may
+/// overrun, and one that keeps the average. A frame may
 /// take the more the emptier they are: what a still screen saves is there for what moves next.
 class RateControl {
   public:
