@@ -90,6 +90,7 @@ GopVideoEncoder::GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettin
       rate_(rate),
       gop_length_(GopLength(plan)),
       length_(pass.length),
+      keeps_last_(!plan.input.capture),
       workers_(Workers(plan)),
       most_held_(MostHeld(workers_, FrameMemoryOf(plan), b_pictures_, ahead_)),
       few_held_(most_held_ - std::min(kBurst, (most_held_ - FewestHeld()) / 2)),
@@ -205,8 +206,9 @@ bool GopVideoEncoder::HandOn(Lock& lock, const CodedFrameSink& sink) {
         if (gops_.empty()) return true;
         Gop& oldest = *gops_.front();
         if (!oldest.coded.empty()) {
-            CodedFrame next = std::exchange(last_, std::move(oldest.coded.front()));
+            CodedFrame next = std::move(oldest.coded.front());
             oldest.coded.pop_front();
+            if (keeps_last_) std::swap(next, last_);
             if (!next.bytes) continue;
             lock.unlock();
             const bool wanted = sink(std::move(next));

@@ -33,9 +33,8 @@ class GopVideoEncoder final : public VideoEncoder {
 
     VideoFrameFormat Format() const override { return format_; }
     StreamHeader Header() const override { return header_; }
-    /// With one worker, and no B pictures, the packet of the frame before follows at
-    /// once; else it may take some frames. Blocks while as many frames wait as the workers need to
-    /// stay busy.
+    /// The packet of a recorded frame follows at once; else it may take some frames. Blocks while
+    /// as many frames wait as the workers need to stay busy.
     bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
     bool Finish(const CodedFrameSink& sink) override;
     DroppedFrames TakeDroppedFrames() override;
@@ -93,6 +92,9 @@ class GopVideoEncoder final : public VideoEncoder {
     const codecs::RateSettings rate_;
     const Ticks gop_length_;
     const Ticks length_;  // of the stream; 0 = unknown
+    // A frame is handed on when the next one is known or there is none. Not of a recording, which
+    // somebody may be watching.
+    const bool keeps_last_;
     const std::size_t workers_;
     const std::size_t most_held_;  // frames
     const std::size_t few_held_;   // once so many were, more come when no more than these are
@@ -108,7 +110,7 @@ class GopVideoEncoder final : public VideoEncoder {
     std::int64_t next_index_ = 0;
     std::size_t held_ = 0;  // frames of all GOPs that have not been coded
     Ticks end_;             // of the last frame
-    CodedFrame last_;       // is handed on when the next one is known or there is none
+    CodedFrame last_;       // that is kept
     DroppedFrames dropped_;
     std::vector<codecs::FirstPassGop> report_;
     std::exception_ptr failure_;

@@ -55,6 +55,7 @@ screen::PixelView BottomUp(const AVFrame& frame) {
 ScreenVideoEncoder::ScreenVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
                                        StreamHeader header, CodedFramePool& packets)
     : format_{AV_PIX_FMT_BGR0, plan.width, plan.height},
+      keeps_last_(!plan.input.capture),
       key_distance_(Ticks::FromMilliseconds(plan.key_frame_distance_ms)),
       packets_(packets),
       encoder_(SettingsFor(plan)),
@@ -96,7 +97,7 @@ bool ScreenVideoEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
     done.duration = duration;
     done.key = coded->key;
     done.bytes = packets_.Copy(coded->data);
-    std::swap(last_, done);
+    if (keeps_last_) std::swap(last_, done);
     return !done.bytes || sink(std::move(done));
 }
 

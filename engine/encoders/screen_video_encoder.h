@@ -31,6 +31,9 @@ class ScreenVideoEncoder final : public VideoEncoder {
     bool KeyIsDue(Ticks time) const;
 
     const VideoFrameFormat format_;
+    // A frame is handed on when the next one is known or there is none. Not of a recording, which
+    // somebody may be watching.
+    const bool keeps_last_;
     const Ticks key_distance_;
     CodedFramePool& packets_;
     codecs::screen::Encoder encoder_;
@@ -40,7 +43,7 @@ class ScreenVideoEncoder final : public VideoEncoder {
     AvPtr<AVFrame> current_;
     std::optional<Ticks> key_;  // the time of the last key frame
     bool changed_since_key_ = false;
-    CodedFrame last_;  // is handed on when the next one is known or there is none
+    CodedFrame last_;  // that is kept
     DroppedFrames dropped_;
 };
 

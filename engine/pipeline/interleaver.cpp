@@ -11,11 +11,14 @@ namespace {
 // nothing wakes it when the input's reader comes to a halt.
 constexpr std::chrono::milliseconds kStarvedCheck{5};
 constexpr std::chrono::seconds kLongestWaitOnClock{1};
+// Of the time between a frame and who sees it.
+constexpr std::chrono::milliseconds kQuiet{50};
 
 }  // namespace
 
-Interleaver::Interleaver(bool has_audio, bool has_video, bool live, std::function<bool()> starved)
-    : live_(live), starved_(std::move(starved)), idle_since_(Clock::now()) {
+Interleaver::Interleaver(bool has_audio, bool has_video, bool live, bool watched,
+                         std::function<bool()> starved)
+    : live_(live), watched_(watched), starved_(std::move(starved)), idle_since_(Clock::now()) {
     audio_.finished = !has_audio;
     video_.finished = !has_video;
 }
@@ -61,7 +64,8 @@ Interleaver::Clock::time_point Interleaver::WaitsUntil() const {
     Clock::time_point since = Clock::time_point::max();
     for (const Lane* lane : {&audio_, &video_})
         if (!lane->frames.empty()) since = std::min(since, lane->frames.front().since);
-    return (since == Clock::time_point::max() ? idle_since_ : since) + kLongestWaitOnClock;
+    if (since != Clock::time_point::max()) return since + kLongestWaitOnClock;
+    return watched_ && !quiet_ ? idle_since_ + kQuiet : idle_since_ + kLongestWaitOnClock;
 }
 
 Interleaver::Lane* Interleaver::Next() {
@@ -77,9 +81,12 @@ Interleaver::Popped Interleaver::Pop(MediaKind& kind, CodedFrame& frame) {
         if (live_) {
             filled_.wait_until(lock, WaitsUntil());
             const Clock::time_point now = Clock::now();
-            if (!audio_.frames.empty() || !video_.frames.empty() || KnowsNext() ||
-                now - idle_since_ < kLongestWaitOnClock)
-                continue;
+            if (!audio_.frames.empty() || !video_.frames.empty() || KnowsNext()) continue;
+            if (watched_ && !quiet_ && now - idle_since_ >= kQuiet) {
+                quiet_ = true;
+                return Popped::Quiet;
+            }
+            if (now - idle_since_ < kLongestWaitOnClock) continue;
             idle_since_ = now;
             return Popped::Nothing;
         }
@@ -93,6 +100,7 @@ Interleaver::Popped Interleaver::Pop(MediaKind& kind, CodedFrame& frame) {
     Lane* lane = Next();
     if (lane == nullptr) return Popped::End;
     idle_since_ = Clock::now();
+    quiet_ = false;
     const bool was_full = IsFull();
     kind = lane == &audio_ ? MediaKind::Audio : MediaKind::Video;
     frame = std::move(lane->frames.front().frame);

@@ -23,13 +23,16 @@ namespace engine {
 /// was captured meanwhile must reach the disk.
 class Interleaver {
   public:
-    Interleaver(bool has_audio, bool has_video, bool live, std::function<bool()> starved);
+    /// @param watched  somebody may see what comes out at once
+    Interleaver(bool has_audio, bool has_video, bool live, bool watched,
+                std::function<bool()> starved);
 
     /// Blocks while the stream's queue is full. False when the writer has gone.
     bool Push(MediaKind kind, CodedFrame frame);
     void Finish(MediaKind kind);
     enum class Popped : std::uint8_t {
         Frame,
+        Quiet,    // of live sources that are watched, once since the last frame
         Nothing,  // of live sources, for a second
         End       // all streams have finished and everything was taken
     };
@@ -65,6 +68,8 @@ class Interleaver {
     std::condition_variable filled_, freed_;
     Lane audio_, video_;
     bool live_;
+    bool watched_;
+    bool quiet_ = false;  // has been told
     std::function<bool()> starved_;
     Ticks last_dts_;
     Clock::time_point idle_since_;

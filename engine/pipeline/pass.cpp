@@ -71,7 +71,7 @@ Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const R
     }
     if (plan.IsStreamed() && !plan.IsLive()) pacer_.emplace();
     interleaver_ = std::make_unique<Interleaver>(
-        plan.audio.has_value(), plan.video.has_value(), plan.IsLive(),
+        plan.audio.has_value(), plan.video.has_value(), plan.IsLive(), plan.IsStreamed(),
         [this] { return inputs_.size() == 1 && inputs_.front()->router.Starved(); });
 }
 
@@ -329,8 +329,12 @@ void Pass::Write(RunOutputs* outputs) {
     for (;;) {
         const Interleaver::Popped popped = interleaver_->Pop(kind, frame);
         if (popped == Interleaver::Popped::End) return;
-        if (popped == Interleaver::Popped::Nothing) {
-            if (outputs != nullptr) outputs->Flush();
+        if (popped != Interleaver::Popped::Frame) {
+            if (outputs == nullptr) continue;
+            if (popped == Interleaver::Popped::Quiet)
+                outputs->FlushWatched();
+            else
+                outputs->Flush();
             continue;
         }
         if (outputs != nullptr) {

@@ -41,6 +41,11 @@ void RunOutputs::Flush() {
     TellStatistics();
 }
 
+void RunOutputs::FlushWatched() {
+    for (const auto& sink : sinks_)
+        if (sink.get() != file_) sink->Flush();
+}
+
 void RunOutputs::Finish() {
     platform::ErrorTrap trap;
     for (const auto& sink : sinks_) trap([&] { sink->Finish(); });

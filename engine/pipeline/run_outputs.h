@@ -26,6 +26,8 @@ class RunOutputs {
     void Begin(const OutputHeader& header);
     void Write(const CodedFrame& frame);
     void Flush();
+    /// Only those that somebody may be watching.
+    void FlushWatched();
     /// Finishes every output, also when one fails, and throws what failed first.
     void Finish();
     void Abandon();

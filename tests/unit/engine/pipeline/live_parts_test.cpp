@@ -96,13 +96,14 @@ class Writer : public testing::Test {
         const Interleaver::Popped popped = interleaver.Pop(kind, frame);
         if (popped == Interleaver::Popped::End) return "end";
         if (popped == Interleaver::Popped::Nothing) return "nothing";
+        if (popped == Interleaver::Popped::Quiet) return "quiet";
         return (kind == kAudio ? "a" : "v") + std::to_string(frame.dts.Milliseconds());
     }
 };
 
 // A sound server may take seconds to wake its device, or never do.
 TEST_F(Writer, LetsNoFrameWaitForAudioThatDoesNotCome) {
-    Interleaver interleaver(true, true, true, [] { return false; });
+    Interleaver interleaver(true, true, true, false, [] { return false; });
     Push(interleaver, kVideo, 0);
     EXPECT_EQ(Next(interleaver), "v0");
     EXPECT_EQ(Next(interleaver), "nothing");
@@ -111,8 +112,18 @@ TEST_F(Writer, LetsNoFrameWaitForAudioThatDoesNotCome) {
     EXPECT_EQ(Next(interleaver), "a0");
 }
 
+TEST_F(Writer, IsToldOnceThatNothingComesWhereSomebodyWatches) {
+    Interleaver interleaver(false, true, true, true, [] { return false; });
+    for (int ms = 0; ms <= 40; ms += 40) {
+        Push(interleaver, kVideo, ms);
+        EXPECT_EQ(Next(interleaver), "v" + std::to_string(ms));
+        EXPECT_EQ(Next(interleaver), "quiet");
+    }
+    EXPECT_EQ(Next(interleaver), "nothing");
+}
+
 TEST_F(Writer, WaitsForALiveStreamASecondAtMost) {
-    Interleaver interleaver(true, true, true, [] { return false; });
+    Interleaver interleaver(true, true, true, false, [] { return false; });
     Push(interleaver, kVideo, 0);
     for (int ms = 0; ms <= 1500; ms += 100) Push(interleaver, kAudio, ms);
     std::string written;
