@@ -88,7 +88,8 @@ constexpr Option kOptions[] = {
               .fallback = "the source's",
               .effect =
                   "The pixels of a picture that is written uncompressed. For other codecs, the "
-                  "pixels that the picture is turned into before it is scaled and encoded.",
+                  "pixels that the picture is turned into before it is scaled and encoded; "
+                  "RGB555 makes WMS9 code 15 bits a pixel, every one exact.",
               .example = "-input film.avi -output film.wmv -pixelformat YUY2",
               .errors = "RGB8, whose palette nobody could choose; RGB565 with UNCOMP, which "
                         "readers take for RGB555; with UNCOMP a size that is no multiple of what "

@@ -16,7 +16,7 @@ namespace {
 namespace screen = codecs::screen;
 
 // Key frames cost what the whole screen does: while nothing changes, they come this much later.
-constexpr int kStillDistances = 6;
+constexpr std::int64_t kStillDistances = 6;
 // The level of performance below which key frames are coded in half of the time.
 constexpr std::int32_t kQuickBelow = 20;
 
@@ -43,6 +43,10 @@ screen::EncoderSettings SettingsFor(const VideoPlan& plan) {
     return settings;
 }
 
+bool HasFifteenBits(const VideoPlan& plan) {
+    return plan.pixels != nullptr && plan.pixels->name == std::string_view("RGB555");
+}
+
 // Packed pixels of 32 bits, from the top row down.
 screen::PixelView BottomUp(const AVFrame& frame) {
     const std::ptrdiff_t stride = frame.linesize[0] / std::ptrdiff_t{sizeof(std::uint32_t)};
@@ -54,22 +58,29 @@ screen::PixelView BottomUp(const AVFrame& frame) {
 
 ScreenVideoEncoder::ScreenVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
                                        StreamHeader header, CodedFramePool& packets)
-    : format_{AV_PIX_FMT_BGR0, plan.width, plan.height},
+    : format_{HasFifteenBits(plan) ? AV_PIX_FMT_RGB555LE : AV_PIX_FMT_BGR0, plan.width,
+              plan.height},
       keeps_last_(!plan.input.capture),
       key_distance_(Ticks::FromMilliseconds(plan.key_frame_distance_ms)),
+      still_distances_(plan.joined ? 1 : kStillDistances),
       packets_(packets),
-      encoder_(SettingsFor(plan)),
       rate_(rate, CodedFrameRate(plan) / 1000.0),
       header_(std::move(header)),
       before_(CheckAllocated(av_frame_alloc())),
       current_(CheckAllocated(av_frame_alloc())) {
-    header_.extra_data = encoder_.StreamHeader();
+    if (HasFifteenBits(plan)) {
+        fifteen_bits_.emplace(SettingsFor(plan));
+        header_.extra_data = fifteen_bits_->StreamHeader();
+    } else {
+        encoder_.emplace(SettingsFor(plan));
+        header_.extra_data = encoder_->StreamHeader();
+    }
 }
 
 bool ScreenVideoEncoder::KeyIsDue(Ticks time) const {
     if (!key_) return true;
     if (key_distance_.count <= 0) return false;
-    const std::int64_t distances = changed_since_key_ ? 1 : kStillDistances;
+    const std::int64_t distances = changed_since_key_ ? 1 : still_distances_;
     return time.count - key_->count >= distances * key_distance_.count;
 }
 
@@ -101,18 +112,40 @@ bool ScreenVideoEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
     return !done.bytes || sink(std::move(done));
 }
 
+screen::CodedFrame ScreenVideoEncoder::Code(const screen::FrameRequest& request) {
+    if (encoder_) return encoder_->Encode(BottomUp(*current_), request);
+    pixels_.resize(std::size_t{1} * static_cast<std::size_t>(current_->width) *
+                   static_cast<std::size_t>(current_->height));
+    auto out = pixels_.begin();
+    for (int y = current_->height - 1; y >= 0; --y) {
+        const std::uint8_t* const row =
+            current_->data[0] + std::ptrdiff_t{y} * current_->linesize[0];
+        const auto* const pixels = reinterpret_cast<const std::uint16_t*>(row);
+        out = std::copy_n(pixels, current_->width, out);
+    }
+    return fifteen_bits_->Encode(pixels_, request);
+}
+
+void ScreenVideoEncoder::Forget() {
+    if (encoder_)
+        encoder_->Forget();
+    else
+        fifteen_bits_->Forget();
+}
+
 // None when it has to be dropped: it does not fit, however coarse its rectangles are.
 std::optional<screen::CodedFrame> ScreenVideoEncoder::Fitted(screen::FrameRequest request) {
-    const screen::PixelView source = BottomUp(*current_);
-    screen::CodedFrame coded = encoder_.Encode(source, request);
+    screen::CodedFrame coded = Code(request);
     const auto bits = [&] { return 8.0 * static_cast<double>(coded.data.size()); };
     if (!rate_.Overruns(bits())) return coded;
-    encoder_.Forget();
-    request.moving_bits = 0;
-    request.resting_bits = 0;
-    coded = encoder_.Encode(source, request);
-    if (!rate_.Overruns(bits())) return coded;
-    encoder_.Forget();
+    Forget();
+    if (encoder_) {
+        request.moving_bits = 0;
+        request.resting_bits = 0;
+        coded = Code(request);
+        if (!rate_.Overruns(bits())) return coded;
+        Forget();
+    }
     dropped_.bytes += static_cast<std::int64_t>(coded.data.size());
     return std::nullopt;
 }

@@ -3,8 +3,10 @@
 
 #include <array>
 #include <optional>
+#include <vector>
 
 #include "codecs/screen/encoder.h"
+#include "codecs/screen/fifteen_bit_encoder.h"
 #include "codecs/screen/rate_control.h"
 #include "engine/base/av/coded_frame_pool.h"
 #include "engine/base/av/encoder.h"
@@ -27,6 +29,8 @@ class ScreenVideoEncoder final : public VideoEncoder {
     DroppedFrames TakeDroppedFrames() override;
 
   private:
+    codecs::screen::CodedFrame Code(const codecs::screen::FrameRequest& request);
+    void Forget();
     std::optional<codecs::screen::CodedFrame> Fitted(codecs::screen::FrameRequest request);
     bool KeyIsDue(Ticks time) const;
 
@@ -35,8 +39,11 @@ class ScreenVideoEncoder final : public VideoEncoder {
     // somebody may be watching.
     const bool keeps_last_;
     const Ticks key_distance_;
+    const std::int64_t still_distances_;  // while nothing changes
     CodedFramePool& packets_;
-    codecs::screen::Encoder encoder_;
+    std::optional<codecs::screen::Encoder> encoder_;  // one of them
+    std::optional<codecs::screen::FifteenBitEncoder> fifteen_bits_;
+    std::vector<std::uint16_t> pixels_;  // of fifteen bits
     codecs::screen::RateControl rate_;
     StreamHeader header_;
     AvPtr<AVFrame> before_;  // the frame coded last, which the next one is compared with

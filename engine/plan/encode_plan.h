@@ -121,6 +121,7 @@ struct VideoPlan {
     std::int32_t peak_rate_bps = 0;   // peak mode only
     std::int32_t peak_buffer_ms = 0;  // peak mode only
     std::int32_t key_frame_distance_ms = 0;
+    bool joined = false;            // by players at any time: no key frame is put off
     std::int32_t performance = 60;  // 0 fastest to 100 best
     int encoder_threads = 0;        // 0 = as the machine has processors
     bool deinterlace = false;

@@ -92,6 +92,7 @@ void PlanJoining(EncodePlan& plan) {
                         "-minpacket at most {}",
                         plan.min_packet_bytes, kMostStreamedPacketBytes));
     if (!plan.video) return;
+    plan.video->joined = true;
     std::int32_t& distance = plan.video->key_frame_distance_ms;
     distance = distance > 0 ? std::min(distance, kLongestJoinMs) : kLongestJoinMs;
 }

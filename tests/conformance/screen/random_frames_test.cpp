@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "codecs/screen/fifteen_bit_encoder.h"
 #include "codecs/screen/packet.h"
 #include "conformance/screen/random_frames.h"
 #include "conformance/screen/screen_check.h"
@@ -115,6 +116,35 @@ TEST(FifteenBitStream, DecodesToItsPixels) {
             const std::vector<std::uint32_t> shown(pixels.begin(), pixels.end());
             EXPECT_EQ(check.Take(packet, shown), "") << "seed " << seed << ", frame " << frame;
             before = pixels;
+        }
+    }
+}
+
+TEST(FifteenBitEncoder, SendsWhatChangesAndForgetsWhatIsDropped) {
+    const Seeds seeds(40);
+    for (std::uint64_t seed = seeds.first; seed < seeds.first + seeds.count; ++seed) {
+        Random random(seed);
+        StreamFormat format;
+        format.width = random.Between(1, 60);
+        format.height = random.Between(1, 50);
+        format.fifteen_bits = true;
+        codecs::screen::EncoderSettings settings;
+        settings.width = format.width;
+        settings.height = format.height;
+        codecs::screen::FifteenBitEncoder encoder(settings);
+        ScreenCheck check(format);
+        std::vector<std::uint16_t> pixels(Index(format.width) * Index(format.height));
+        for (int frame = 0; frame < 12; ++frame) {
+            for (int changes = random.Pick({0, 0, 1, 3, 200}); changes > 0; --changes)
+                pixels[Index(random.Below(static_cast<int>(pixels.size())))] =
+                    static_cast<std::uint16_t>(random.Next() & 0x7FFF);
+            const auto coded = encoder.Encode(pixels, {.key = random.Roll(10)});
+            if (frame > 0 && random.Roll(25)) {
+                encoder.Forget();
+                continue;
+            }
+            const std::vector<std::uint32_t> shown(pixels.begin(), pixels.end());
+            ASSERT_EQ(check.Take(coded.data, shown), "") << "seed " << seed << ", frame " << frame;
         }
     }
 }
