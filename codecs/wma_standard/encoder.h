@@ -1,0 +1,51 @@
+// Encodes sound as Windows Media Audio, format tag 0x0161.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+
+#include "codecs/wma_standard/packet_writer.h"
+
+namespace codecs::wma_standard {
+
+struct EncoderSettings {
+    int sampling_rate = 44100;  // 8000 to 48000
+    int channels = 2;           // 1 or 2
+    int bit_rate = 64000;       // bits per second
+};
+
+/// One thread. Samples first to last are what packets complete: `first` counts from the start of
+/// the sound.
+struct CodedPacket {
+    std::span<const std::uint8_t> bytes;  // until the sink returns
+    std::int64_t first = 0;
+    std::int64_t samples = 0;
+};
+using CodedPacketSink = std::function<void(const CodedPacket& packet)>;
+
+class Encoder {
+  public:
+    explicit Encoder(const EncoderSettings& settings);
+    ~Encoder();
+    Encoder(const Encoder&) = delete;
+    Encoder& operator=(const Encoder&) = delete;
+
+    /// What the stream's header says.
+    int PacketBytes() const;
+    int BytesPerSecond() const;
+    std::array<std::uint8_t, 10> ExtraData() const;
+
+    /// Full scale +-1.0; a span a channel, all of one length, of any length.
+    void Encode(std::span<const std::span<const float>> samples, const CodedPacketSink& sink);
+    /// Once, after the last sample.
+    void Finish(const CodedPacketSink& sink);
+
+  private:
+    class Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace codecs::wma_standard
