@@ -4,6 +4,12 @@
 #include <utility>
 
 namespace engine {
+namespace {
+
+// A pool that keeps what its largest packets took has as much for each of them in the end.
+constexpr std::size_t kMostKeptBytes = 1024;
+
+}  // namespace
 
 CodedFramePool::Shared& CodedFramePool::Next() {
     const std::lock_guard lock(mutex_);
@@ -31,6 +37,7 @@ CodedBytes CodedFramePool::Copy(std::span<const std::uint8_t> bytes) {
 
 void CodedFramePool::PutBack(Shared& shared) noexcept {
     shared.packet.reset();
+    if (shared.copy.capacity() > kMostKeptBytes) std::vector<std::uint8_t>().swap(shared.copy);
     const std::lock_guard lock(mutex_);
     idle_.push_back(&shared);
 }

@@ -31,7 +31,7 @@ class CodedFramePool {
       public:
         explicit Shared(CodedFramePool& pool) : pool_(pool) {}
         PacketHandle packet;
-        std::vector<std::uint8_t> copy;  // keeps its memory for the next one
+        std::vector<std::uint8_t> copy;  // keeps its memory for the next one, if that is small
 
       private:
         void TakeBack() noexcept override { pool_.PutBack(*this); }
