@@ -83,12 +83,20 @@ constexpr Option kOptions[] = {
              "[-loadprofile] <profile file name>\n"
              "    Specifies a profile file (.prx) to use instead of a predefined profile.\n"
              "    Enclose names that contain blanks in quotation marks.\n",
-     .note = {.accepts = "a file name",
-              .fallback = "none",
-              .effect = "Takes the profile from a file.",
-              .example = "-input film.avi -output film.wmv -loadprofile mine.prx",
-              .today = Today::Refused,
-              .errors = "`Invalid profile: 0x80004001 …`, since profile files cannot be read yet"}},
+     .note =
+         {.accepts = "a file name",
+          .fallback = "none",
+          .effect =
+              "Takes the profile from a file; audio and video options beside it override single "
+              "values. The first audio and the first video stream count, and a line names the "
+              "others. A stream that the profile has not is left out of the output. The frame "
+              "rate is the file's, raised to `-v_framerate`, to the input's or to 30; "
+              "variable bit rates take two passes.",
+          .example = "-input film.avi -output film.wmv -loadprofile mine.prx",
+          .errors = "`Invalid profile: 0x80070002 …` when there is no such file, `Invalid "
+                    "profile: 0x8007000D …` when it is no profile (with line and column where "
+                    "it breaks), `Invalid profile: 0x80004001 …` for a codec that is not "
+                    "encoded here"}},
 };
 
 }  // namespace

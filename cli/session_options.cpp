@@ -26,11 +26,12 @@ constexpr Option kOptions[] = {
              "    The extension is .prx.\n",
      .note = {.accepts = "a file name",
               .fallback = "none",
-              .effect = "Saves the command's profile to a file.",
+              .effect = "Saves the command's profile to a file before it is encoded, with what was "
+                        "unknown in the one that `-loadprofile` named. A file of that name is "
+                        "replaced. Passes, preprocessing and marks are the command's, not the "
+                        "profile's.",
               .example = "-input film.avi -output film.wmv -saveprofile mine.prx",
-              .today = Today::Refused,
-              .errors =
-                  "`Invalid profile: 0x80004001 …`, since profile files cannot be written yet"}},
+              .errors = "`Invalid profile: 0x…` where the file cannot be written or is the input"}},
     {.name = "-devices",
      .show = &CommandActions::ListDevices,
      .help = "[-devices]\n"

@@ -4,6 +4,7 @@
 set(ENGINE_LAYERS
     "engine/base"
     "engine/base/av engine/base/system engine/plan"
+    "engine/files"
     "engine/outputs/asf"
     "engine/outputs/live"
     "engine/sources engine/sources/[a-z]+ engine/filters engine/encoders engine/outputs engine/outputs/[a-z]+"

@@ -258,7 +258,9 @@ class WMEncProfile2 {
   public:
     virtual ~WMEncProfile2() = default;
 
-    virtual std::int32_t ContentType() const = 0;  // kContentAudio, kContentVideo, both; 0 = none
+    /// kContentAudio, kContentVideo, both; 0 = none. Of what was set, the streams that a loaded
+    /// file has.
+    virtual std::int32_t ContentType() const = 0;
     virtual void SetContentType(std::int32_t content_type) = 0;
     virtual std::string ProfileName() const = 0;
     virtual void SetProfileName(const std::string& name) = 0;
@@ -293,10 +295,16 @@ class WMEncProfile2 {
     virtual std::int32_t MaxPacketSize() const = 0;  // bytes; 0 = none asked for
     virtual void SetMaxPacketSize(std::int32_t bytes) = 0;
 
+    /// Takes over the audience of a profile file. Throws Error for a file that cannot be read or is
+    /// none, and for a codec that is not encoded here; the profile is then as it was.
     virtual void LoadFromFile(const std::string& path) = 0;
+    /// What was unknown in the file that was loaded is written too. A file of that name is
+    /// replaced, or left as it was when this fails.
     virtual void SaveToFile(const std::string& path) = 0;
     /// Throws what SaveToFile would before it writes; writes nothing.
     virtual void CheckSaveToFile(const std::string& /*path*/) const {}
+    /// What a person should know of the file that was loaded, a line each; none when asked again.
+    virtual std::vector<std::string> TakeNotes() { return {}; }
     /// Takes over everything that `profile` (a source group's) holds.
     virtual void LoadFromIWMProfile(const WMEncProfile2& profile) = 0;
 };
@@ -433,16 +441,21 @@ class WMEncoder {
     virtual std::int32_t VideoPerformance() const = 0;
     virtual void SetVideoPerformance(std::int32_t performance) = 0;
 
-    /// Reads a session file into this object.
+    /// Takes over the session of a file in the place of this object's. Throws Error for a file that
+    /// cannot be read or is none; the session is then as it was. An input that cannot be opened is
+    /// refused by PrepareToEncode.
     virtual void Load(const std::string& path) = 0;
+    /// Writes the session as it is set up, with what was unknown in the file that was loaded. A
+    /// file of that name is replaced, or left as it was when this fails.
+    virtual void Save(const std::string& path) = 0;
 
     /// Checks the whole session and readies it. `force` prepares again when prepared already.
     virtual void PrepareToEncode(bool force) = 0;
     /// Throws what PrepareToEncode would of the session as it stands, with `files` for what is
     /// there already. Opens no device, asks nobody and readies nothing.
     virtual void CheckToEncode(FileSystem& /*files*/) {}
-    /// What the last preparation, and the run since, found that a person should know, a line each;
-    /// none when asked again.
+    /// What loading or the last preparation, and the run since, found that a person should know, a
+    /// line each; none when asked again.
     virtual std::vector<std::string> TakeNotes() = 0;
     /// Returns at once; states and errors follow as events. Prepares first when that has not been
     /// done, and then fails with prepare's error. A paused encoder goes on.

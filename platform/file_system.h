@@ -5,6 +5,7 @@
 // takes a path accepts all these spellings; every path that it returns is the host's own.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -85,6 +86,14 @@ class FileSystem {
     /// access denied, invalid argument for a pipe or a socket).
     virtual std::shared_ptr<TextStream> OpenTextFile(const std::string& path, OpenMode mode,
                                                      bool create) = 0;
+    /// All bytes of a file. Never waits. Throws Error (file not found, path not found, access
+    /// denied, invalid argument for what is no ordinary file, invalid data for more than `most`
+    /// bytes).
+    virtual std::string ReadBytes(const std::string& path, std::size_t most) = 0;
+    /// Writes a whole file in the place of one that is there. Throws Error (path not found, access
+    /// denied, disk full, invalid argument for what is no ordinary file); what was there is then as
+    /// it was.
+    virtual void WriteBytes(const std::string& path, const std::string& bytes) = 0;
     virtual SpecialFolder GetSpecialFolder(SpecialFolderKind kind) = 0;
 };
 

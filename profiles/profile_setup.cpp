@@ -52,8 +52,7 @@ ProfileSetup::ProfileSetup(platform::SessionState& state, cli::EncodeSettings& s
 bool ProfileSetup::SetupProfile() {
     ErrorTrap trap;
     if (!BuildProfile(trap)) return false;
-    if (!trap.HasError() && !settings_.saveprofile.empty())
-        trap([&] { state_.g_objProfile->SaveToFile(settings_.saveprofile); });
+    if (!trap.HasError() && !settings_.saveprofile.empty()) trap([&] { SaveFile(); });
     if (!trap.HasError()) return true;
     pane_.OutputError(
         fmt::format("Invalid profile: 0x{:X} {}", trap.UnsignedNumber(), trap.Description()),
@@ -76,7 +75,20 @@ bool ProfileSetup::BuildProfile(ErrorTrap& trap) {
     if (!ApplyOptions(trap, *audience)) return false;
     SetPictureModes(trap);
     Attach(trap);
+    LeaveOutSources();
     return true;
+}
+
+/// Under the name as it was given, which the profile reads as every other; but never over the
+/// input.
+void ProfileSetup::SaveFile() {
+    if (!settings_.input.empty() && state_.g_objFSO->IsSame(settings_.saveprofile, settings_.input))
+        throw platform::Error(
+            platform::kInvalidArgument,
+            fmt::format("The profile cannot be saved as {}, which is the input: give "
+                        "-saveprofile another name",
+                        settings_.saveprofile));
+    state_.g_objProfile->SaveToFile(settings_.saveprofile);
 }
 
 /// The audience to fill. A new profile becomes the session's only when it is whole.
@@ -122,6 +134,9 @@ void ProfileSetup::LoadFile(ErrorTrap& trap, Audience& audience) {
         [&] { profile.LoadFromFile(state_.g_objFSO->GetAbsolutePathName(settings_.loadprofile)); });
     state_.g_bCustomProfile = false;
     trap([&] { audience = profile.Audience(0); });
+    for (const std::string& note : profile.TakeNotes()) pane_.OutputInfo(note);
+    trap([&] { state_.AudioCodecName = profile.EnumAudioCodec(audience->AudioCodec(0)); });
+    trap([&] { state_.VideoCodecName = profile.EnumVideoCodec(audience->VideoCodec(0)); });
 
     if (state_.g_objSrcVid) {
         trap([&] {
@@ -195,6 +210,15 @@ void ProfileSetup::Attach(ErrorTrap& trap) {
     });
     if (attached && settings_.maxpacket)
         trap([&] { state_.g_objSrcGrp->Profile()->SetMaxPacketSize(*settings_.maxpacket); });
+}
+
+/// A profile file may have fewer streams than the input: what it has not is no part of the session.
+void ProfileSetup::LeaveOutSources() {
+    const std::int32_t content = state_.g_objProfile->ContentType();
+    if (content == 0) return;  // none of the sources fits, which preparing says
+    if ((content & platform::kContentAudio) == 0) state_.g_objSrcAud = nullptr;
+    if ((content & platform::kContentVideo) == 0) state_.g_objSrcVid = nullptr;
+    state_.g_nContentType = content;
 }
 
 }  // namespace profiles

@@ -41,6 +41,8 @@ class ProfileSetup {
     bool ApplyOptions(platform::ErrorTrap& trap, platform::WMEncAudience& audience);
     void SetPictureModes(platform::ErrorTrap& trap);
     void Attach(platform::ErrorTrap& trap);
+    void LeaveOutSources();
+    void SaveFile();
 
     platform::SessionState& state_;
     cli::EncodeSettings& settings_;

@@ -78,6 +78,10 @@ std::shared_ptr<platform::TextStream> ReadOnlyFiles::OpenTextFile(const std::str
     return std::make_shared<ForgetfulStream>();
 }
 
+void ReadOnlyFiles::WriteBytes(const std::string& path, const std::string& /*bytes*/) {
+    writes_.push_back({Write::Kind::TextFile, GetAbsolutePathName(path)});
+}
+
 platform::SpecialFolder ReadOnlyFiles::GetSpecialFolder(platform::SpecialFolderKind kind) {
     return files_->GetSpecialFolder(kind);
 }

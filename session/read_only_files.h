@@ -45,6 +45,10 @@ class ReadOnlyFiles final : public platform::FileSystem {
     std::shared_ptr<platform::TextStream> OpenTextFile(const std::string& path,
                                                        platform::OpenMode mode,
                                                        bool create) override;
+    std::string ReadBytes(const std::string& path, std::size_t most) override {
+        return files_->ReadBytes(path, most);
+    }
+    void WriteBytes(const std::string& path, const std::string& bytes) override;
     platform::SpecialFolder GetSpecialFolder(platform::SpecialFolderKind kind) override;
 
   private:

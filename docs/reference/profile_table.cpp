@@ -80,7 +80,7 @@ std::string ProfileTable() {
     for (const auto& [code, name] : HelpProfiles()) {
         platform::SessionState session;
         session.g_objEncoder = engine::MakeEncoder(loop, nullptr);
-        session.g_objProfile = engine::MakeProfile();
+        session.g_objProfile = engine::MakeProfile(nullptr);
         session.g_objProfile->SetContentType(platform::kContentAudioVideo);
         const auto group = session.g_objEncoder->SourceGroupCollection().Add("group");
         session.g_objSrcAud = platform::AsAudio(group->AddSource(SourceType::Audio));

@@ -2,15 +2,11 @@
 
 #include <fmt/format.h>
 
-#include "engine/plan/value_checks.h"
+#include "engine/plan/value_ranges.h"
 
 namespace engine {
 
 namespace {
-
-constexpr std::int32_t kMostPixels = 16384;
-constexpr std::int32_t kMostBufferMs = 600'000;
-constexpr std::int32_t kMostFrameRate = 1'000'000;  // thousandths
 
 std::int32_t LastPlace(std::size_t rows) { return static_cast<std::int32_t>(rows) - 1; }
 
@@ -45,13 +41,13 @@ void Audience::SetAudioPeakBitrate(int stream, std::int32_t bps) {
 void Audience::SetAudioConfig(int stream, std::int32_t channels, std::int32_t sampling_rate,
                               std::int32_t bit_rate, std::int32_t bits_per_sample) {
     AudioSettings& audio = State(stream).audio;
-    const AudioFormat wanted = {InRange("The audio bit rate", bit_rate, 0, kNoUpperLimit),
-                                InRange("The sampling rate", sampling_rate, 1, kNoUpperLimit),
-                                InRange("The channels", channels, 1, kNoUpperLimit),
-                                InRange("The bits per sample", bits_per_sample, 1, kNoUpperLimit)};
+    const AudioFormat wanted = {
+        InRange(ranges::kAudioBitrate, bit_rate), InRange(ranges::kSamplingRate, sampling_rate),
+        InRange(ranges::kChannels, channels), InRange(ranges::kBitsPerSample, bits_per_sample)};
     audio.format = FindAudioFormat(platform::kAudioCodecs[static_cast<std::size_t>(audio.codec)],
                                    profile_->audio_mode, wanted)
                        .value_or(wanted);
+    State(stream).streams |= platform::kContentAudio;
 }
 
 std::int32_t Audience::AudioBitrate(int stream) const { return State(stream).audio.format.value; }
@@ -72,42 +68,43 @@ void Audience::SetVideoCodec(int stream, std::int32_t index) {
 }
 std::int32_t Audience::VideoBitrate(int stream) const { return State(stream).video.bit_rate_bps; }
 void Audience::SetVideoBitrate(int stream, std::int32_t bps) {
-    State(stream).video.bit_rate_bps = InRange("VideoBitrate", bps, 1, kNoUpperLimit);
+    State(stream).video.bit_rate_bps = InRange(ranges::kVideoBitrate, bps);
+    State(stream).streams |= platform::kContentVideo;
 }
 std::int32_t Audience::VideoWidth(int stream) const { return State(stream).video.width; }
 void Audience::SetVideoWidth(int stream, std::int32_t pixels) {
-    State(stream).video.width = InRange("VideoWidth", pixels, 0, kMostPixels);
+    State(stream).video.width = InRange(ranges::kVideoWidth, pixels);
 }
 std::int32_t Audience::VideoHeight(int stream) const { return State(stream).video.height; }
 void Audience::SetVideoHeight(int stream, std::int32_t pixels) {
-    State(stream).video.height = InRange("VideoHeight", pixels, 0, kMostPixels);
+    State(stream).video.height = InRange(ranges::kVideoHeight, pixels);
 }
 std::int32_t Audience::VideoFPS(int stream) const { return State(stream).video.frame_rate; }
 void Audience::SetVideoFPS(int stream, std::int32_t thousandths) {
-    State(stream).video.frame_rate = InRange("VideoFPS", thousandths, 1, kMostFrameRate);
+    State(stream).video.frame_rate = InRange(ranges::kVideoFps, thousandths);
 }
 std::int32_t Audience::VideoKeyFrameDistance(int stream) const {
     return State(stream).video.key_frame_distance_ms;
 }
 void Audience::SetVideoKeyFrameDistance(int stream, std::int32_t milliseconds) {
     State(stream).video.key_frame_distance_ms =
-        InRange("VideoKeyFrameDistance", milliseconds, 0, kNoUpperLimit);
+        InRange(ranges::kVideoKeyFrameDistance, milliseconds);
 }
 std::int32_t Audience::VideoBufferSize(int stream) const { return State(stream).video.buffer_ms; }
 void Audience::SetVideoBufferSize(int stream, std::int32_t milliseconds) {
-    State(stream).video.buffer_ms = InRange("VideoBufferSize", milliseconds, 1, kMostBufferMs);
+    State(stream).video.buffer_ms = InRange(ranges::kVideoBufferSize, milliseconds);
 }
 std::int32_t Audience::VideoImageSharpness(int stream) const {
     return State(stream).video.sharpness;
 }
 void Audience::SetVideoImageSharpness(int stream, std::int32_t sharpness) {
-    State(stream).video.sharpness = InRange("VideoImageSharpness", sharpness, 0, 100);
+    State(stream).video.sharpness = InRange(ranges::kVideoImageSharpness, sharpness);
 }
 std::int32_t Audience::VideoCompressionQuality(int stream) const {
     return State(stream).video.quality;
 }
 void Audience::SetVideoCompressionQuality(int stream, std::int32_t quality) {
-    State(stream).video.quality = InRange("VideoCompressionQuality", quality, 0, 100);
+    State(stream).video.quality = InRange(ranges::kVideoQuality, quality);
 }
 std::int32_t Audience::VideoBufferMax(int stream) const {
     return State(stream).video.peak_buffer_ms;

@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 
 #include "engine/outputs/asf/leftover_parts.h"
-#include "engine/plan/value_checks.h"
+#include "engine/plan/value_ranges.h"
 
 namespace engine {
 
@@ -19,7 +19,7 @@ Encoder::Encoder(platform::EventLoop& loop, EngineParts parts)
 Encoder::~Encoder() { control_->Close(); }
 
 void Encoder::SetVideoPerformance(std::int32_t performance) {
-    tree_.video_performance = InRange("VideoPerformance", performance, 0, 100);
+    tree_.video_performance = InRange(ranges::kVideoPerformance, performance);
 }
 
 void Encoder::Load(const std::string& path) {
@@ -27,6 +27,13 @@ void Encoder::Load(const std::string& path) {
                           fmt::format("The session file {} cannot be loaded: reading session files "
                                       "is not possible yet, set the session up with options",
                                       path));
+}
+
+void Encoder::Save(const std::string& path) {
+    throw platform::Error(
+        platform::kNotImplemented,
+        fmt::format("The session cannot be saved as {}: writing session files is not possible yet",
+                    path));
 }
 
 void Encoder::RefuseWhileRunning() const {

@@ -41,8 +41,9 @@ class Encoder : public platform::WMEncoder {
     std::int32_t VideoPerformance() const override { return tree_.video_performance; }
     void SetVideoPerformance(std::int32_t performance) override;
 
-    /// Session files are not read: throws Error (not implemented).
+    /// Session files are not read or written: both throw Error (not implemented).
     void Load(const std::string& path) override;
+    void Save(const std::string& path) override;
 
     /// Throws what MakePlan throws, and Error (busy) while a run goes on. What is to be recorded is
     /// opened here, so that a device that cannot be had is said before anything is written. A

@@ -48,6 +48,8 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
     return std::make_shared<Encoder>(loop, std::move(parts));
 }
 
-std::shared_ptr<platform::WMEncProfile2> MakeProfile() { return std::make_shared<Profile>(); }
+std::shared_ptr<platform::WMEncProfile2> MakeProfile(std::shared_ptr<platform::FileSystem> files) {
+    return std::make_shared<Profile>(std::move(files));
+}
 
 }  // namespace engine

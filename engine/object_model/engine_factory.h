@@ -14,7 +14,8 @@ namespace engine {
 std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
                                                  std::shared_ptr<platform::FileSystem> files);
 
-/// An empty profile, for the source groups of any encoder of this engine.
-std::shared_ptr<platform::WMEncProfile2> MakeProfile();
+/// An empty profile, for the source groups of any encoder of this engine. Profile files are read
+/// and written with `files`.
+std::shared_ptr<platform::WMEncProfile2> MakeProfile(std::shared_ptr<platform::FileSystem> files);
 
 }  // namespace engine

@@ -2,17 +2,17 @@
 
 #include <fmt/format.h>
 
+#include "engine/files/file_text.h"
+#include "engine/files/profile_file.h"
 #include "engine/object_model/audience.h"
 #include "engine/plan/codec_names.h"
-#include "engine/plan/value_checks.h"
+#include "engine/plan/value_ranges.h"
 
 namespace engine {
 
 namespace {
 
 using platform::SourceType;
-
-constexpr std::int32_t kMostPacketBytes = 65536;
 
 template <typename Rows>
 const auto& RowAt(const Rows& rows, const char* list, int index) {
@@ -139,24 +139,49 @@ void Profile::SetInterlaceMode(int stream, bool on) {
     state_->interlaced = on;
 }
 void Profile::SetMinPacketSize(std::int32_t bytes) {
-    state_->min_packet_bytes = InRange("MinPacketSize", bytes, 0, kMostPacketBytes);
+    state_->min_packet_bytes = InRange(ranges::kMinPacketSize, bytes);
 }
 void Profile::SetMaxPacketSize(std::int32_t bytes) {
-    state_->max_packet_bytes = InRange("MaxPacketSize", bytes, 0, kMostPacketBytes);
+    state_->max_packet_bytes = InRange(ranges::kMaxPacketSize, bytes);
 }
 
 void Profile::LoadFromFile(const std::string& path) {
-    throw platform::Error(platform::kNotImplemented,
-                          fmt::format("The profile file {} cannot be loaded: reading profile files "
-                                      "is not possible yet, name a profile or set options",
-                                      path));
+    CheckFiles();
+    const std::string host_path = files_->GetAbsolutePathName(path);
+    const std::string bytes = files_->ReadBytes(path, files::kMostProfileBytes);
+    try {
+        files::ProfileFile file = files::ReadProfile(files::DecodeText(bytes));
+        file.profile.content_type = state_->content_type;
+        *state_ = std::move(file.profile);
+        notes_ = std::move(file.notes);
+    } catch (const platform::Error& error) {
+        throw platform::Error(error.unsigned_number(),
+                              fmt::format("The profile file {} cannot be loaded: {}", host_path,
+                                          error.description()));
+    }
 }
 
 void Profile::CheckSaveToFile(const std::string& path) const {
-    throw platform::Error(
-        platform::kNotImplemented,
-        fmt::format("The profile cannot be saved as {}: writing profile files is not possible yet",
-                    path));
+    CheckFiles();
+    files::WriteProfile(*state_);
+    const std::string host_path = files_->GetAbsolutePathName(path);
+    if (!files_->FolderExists(files_->GetParentFolderName(host_path)))
+        throw platform::Error(platform::kPathNotFound,
+                              fmt::format("Cannot write the file {}: its folder does not exist. "
+                                          "Check the path.",
+                                          host_path));
+    if (files_->FolderExists(path) || files_->IsSpecialFile(path))
+        RefuseArgument(fmt::format("Cannot write the file {}: it is no ordinary file. Name a file.",
+                                   host_path));
+}
+
+void Profile::SaveToFile(const std::string& path) {
+    CheckFiles();
+    files_->WriteBytes(path, files::EncodeText(files::WriteProfile(*state_)));
+}
+
+void Profile::CheckFiles() const {
+    if (!files_) RefuseArgument("The profile was made without files to load from or save to");
 }
 
 void Profile::LoadFromIWMProfile(const platform::WMEncProfile2& profile) {

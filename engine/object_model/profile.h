@@ -3,22 +3,27 @@
 
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "engine/plan/profile_record.h"
+#include "platform/file_system.h"
 
 namespace engine {
 
 /// Its audiences share its state and may outlive it. Copies share nothing.
 class Profile : public platform::WMEncProfile2 {
   public:
-    Profile() : state_(std::make_shared<ProfileRecord>()) {}
-    explicit Profile(const ProfileRecord& state) : state_(std::make_shared<ProfileRecord>(state)) {}
+    /// @param files  reads and writes profile files; without it there are none
+    explicit Profile(std::shared_ptr<platform::FileSystem> files = nullptr,
+                     const ProfileRecord& state = {})
+        : files_(std::move(files)), state_(std::make_shared<ProfileRecord>(state)) {}
 
     /// The state of a profile that this engine made. Throws Error (invalid argument) for others.
     static const ProfileRecord& StateOf(const platform::WMEncProfile2& profile);
     const ProfileRecord& State() const { return *state_; }
 
-    std::int32_t ContentType() const override { return state_->content_type; }
+    std::int32_t ContentType() const override { return state_->Content(); }
     void SetContentType(std::int32_t content_type) override;
     std::string ProfileName() const override { return state_->name; }
     void SetProfileName(const std::string& name) override { state_->name = name; }
@@ -49,14 +54,19 @@ class Profile : public platform::WMEncProfile2 {
     std::int32_t MaxPacketSize() const override { return state_->max_packet_bytes; }
     void SetMaxPacketSize(std::int32_t bytes) override;
 
-    /// Profile files are not read or written: all throw Error (not implemented).
+    /// The content kind stays what it was set to; of it, only the streams of the file are encoded.
     void LoadFromFile(const std::string& path) override;
-    void SaveToFile(const std::string& path) override { CheckSaveToFile(path); }
+    void SaveToFile(const std::string& path) override;
     void CheckSaveToFile(const std::string& path) const override;
+    std::vector<std::string> TakeNotes() override { return std::exchange(notes_, {}); }
     void LoadFromIWMProfile(const platform::WMEncProfile2& profile) override;
 
   private:
+    void CheckFiles() const;
+
+    std::shared_ptr<platform::FileSystem> files_;
     std::shared_ptr<ProfileRecord> state_;  // never null
+    std::vector<std::string> notes_;
 };
 
 }  // namespace engine

@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "engine/plan/value_ranges.h"
+
 namespace engine {
 
 namespace {
@@ -23,7 +25,7 @@ std::int32_t Broadcast::PortNumber(platform::BroadcastProtocol protocol) const {
 
 void Broadcast::SetPortNumber(platform::BroadcastProtocol protocol, std::int32_t port) {
     CheckProtocol(protocol);
-    state_.http_port = InRange("PortNumber", port, 0, 65535);
+    state_.http_port = InRange(ranges::kPortNumber, port);
 }
 
 void Attributes::Add(const std::string& name, const platform::AttributeValue& value) {

@@ -13,10 +13,6 @@ namespace {
 
 using platform::SourceType;
 
-constexpr std::int32_t kMostPixels = 16384;
-constexpr std::int32_t kMostAspect = 65535;
-constexpr std::int32_t kMostCaptureRate = 1'000'000;  // thousandths
-
 std::int32_t WholeMilliseconds(Ticks duration) {
     return static_cast<std::int32_t>(
         std::min<std::int64_t>(duration.Milliseconds(), kNoUpperLimit));
@@ -59,7 +55,7 @@ std::int32_t AudioSource::Duration() const {
 }
 
 void AudioSource::SetContentMode(std::int32_t mode) {
-    state_.content_mode = InRange("ContentMode", mode, 0, 2);
+    state_.content_mode = InRange(ranges::kContentMode, mode);
 }
 
 std::int32_t VideoSource::Duration() const {
@@ -68,28 +64,28 @@ std::int32_t VideoSource::Duration() const {
 }
 
 void VideoSource::SetOptimization(std::int32_t optimization) {
-    state_.optimization = InRange("Optimization", optimization, 0, kNoUpperLimit);
+    state_.optimization = InRange(ranges::kOptimization, optimization);
 }
 void VideoSource::SetPixelAspectRatioX(std::int32_t x) {
-    state_.pixel_aspect_x = InRange("PixelAspectRatioX", x, 1, kMostAspect);
+    state_.pixel_aspect_x = InRange(ranges::kPixelAspectRatioX, x);
 }
 void VideoSource::SetPixelAspectRatioY(std::int32_t y) {
-    state_.pixel_aspect_y = InRange("PixelAspectRatioY", y, 1, kMostAspect);
+    state_.pixel_aspect_y = InRange(ranges::kPixelAspectRatioY, y);
 }
 void VideoSource::SetCroppingLeftMargin(std::int32_t pixels) {
-    state_.left_margin = InRange("CroppingLeftMargin", pixels, 0, kMostPixels);
+    state_.left_margin = InRange(ranges::kCroppingLeftMargin, pixels);
 }
 void VideoSource::SetCroppingRightMargin(std::int32_t pixels) {
-    state_.right_margin = InRange("CroppingRightMargin", pixels, 0, kMostPixels);
+    state_.right_margin = InRange(ranges::kCroppingRightMargin, pixels);
 }
 void VideoSource::SetCroppingTopMargin(std::int32_t pixels) {
-    state_.top_margin = InRange("CroppingTopMargin", pixels, 0, kMostPixels);
+    state_.top_margin = InRange(ranges::kCroppingTopMargin, pixels);
 }
 void VideoSource::SetCroppingBottomMargin(std::int32_t pixels) {
-    state_.bottom_margin = InRange("CroppingBottomMargin", pixels, 0, kMostPixels);
+    state_.bottom_margin = InRange(ranges::kCroppingBottomMargin, pixels);
 }
 void VideoSource::SetCaptureRate(std::int32_t thousandths) {
-    state_.capture_rate = InRange("CaptureRate", thousandths, 1, kMostCaptureRate);
+    state_.capture_rate = InRange(ranges::kCaptureRate, thousandths);
 }
 std::string VideoSource::CaptureArea() const {
     const std::optional<CaptureInput>& capture = state_.input.capture;
@@ -97,7 +93,7 @@ std::string VideoSource::CaptureArea() const {
     return screen ? Describe(capture->area) : std::string();
 }
 void VideoSource::SetStillDuration(std::int32_t milliseconds) {
-    state_.still_duration_ms = InRange("StillDuration", milliseconds, 1, kNoUpperLimit);
+    state_.still_duration_ms = InRange(ranges::kStillDuration, milliseconds);
 }
 
 }  // namespace engine

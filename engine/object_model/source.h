@@ -7,7 +7,7 @@
 
 #include "engine/object_model/engine_parts.h"
 #include "engine/plan/source_record.h"
-#include "engine/plan/value_checks.h"
+#include "engine/plan/value_ranges.h"
 
 namespace engine {
 
@@ -41,15 +41,15 @@ class SourceBase : public Interface {
     std::string Scheme() const override { return state_.input.scheme; }
     std::int32_t MarkIn() const override { return state_.mark_in_ms; }
     void SetMarkIn(std::int32_t milliseconds) override {
-        state_.mark_in_ms = InRange("MarkIn", milliseconds, 0, kNoUpperLimit);
+        state_.mark_in_ms = InRange(ranges::kMarkIn, milliseconds);
     }
     std::int32_t MarkOut() const override { return state_.mark_out_ms; }
     void SetMarkOut(std::int32_t milliseconds) override {
-        state_.mark_out_ms = InRange("MarkOut", milliseconds, 0, kNoUpperLimit);
+        state_.mark_out_ms = InRange(ranges::kMarkOut, milliseconds);
     }
     std::int32_t PreProcessPass() const override { return state_.pre_process_pass; }
     void SetPreProcessPass(std::int32_t passes) override {
-        state_.pre_process_pass = InRange("PreProcessPass", passes, 0, 1);
+        state_.pre_process_pass = InRange(ranges::kPreProcessPass, passes);
     }
 
   protected:

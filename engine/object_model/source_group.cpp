@@ -41,7 +41,7 @@ std::shared_ptr<platform::WMEncSource> SourceGroup::Source(SourceType type, int 
 }
 
 void SourceGroup::SetProfile(const platform::WMEncProfile2& profile) {
-    profile_ = std::make_shared<engine::Profile>(Profile::StateOf(profile));
+    profile_ = std::make_shared<engine::Profile>(parts_->files, Profile::StateOf(profile));
 }
 
 SourceGroupRecord SourceGroup::Record() const {

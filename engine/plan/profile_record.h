@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -41,6 +42,7 @@ struct AudienceRecord {
     AudioSettings audio;
     VideoSettings video;
     std::map<std::pair<platform::SourceType, std::string>, platform::PropertyValue> properties;
+    std::int32_t streams = platform::kContentAudioVideo;  // that it has settings of
 };
 
 struct ProfileRecord {
@@ -53,6 +55,14 @@ struct ProfileRecord {
     std::int32_t min_packet_bytes = 0;
     std::int32_t max_packet_bytes = 0;
     std::vector<AudienceRecord> audiences;
+    /// The file that it comes from, whose unknown parts are written back; null when it was made
+    /// here.
+    std::shared_ptr<const std::string> file_text = nullptr;
+
+    /// What is encoded: what was asked for, as far as the first audience has it.
+    std::int32_t Content() const {
+        return audiences.empty() ? content_type : content_type & audiences.front().streams;
+    }
 };
 
 }  // namespace engine

@@ -76,7 +76,7 @@ const SourceGroupRecord& CheckedGroup(const std::vector<SourceGroupRecord>& grou
 template <typename Source>
 const Source* SourceOf(const char* medium, const ProfileRecord& profile, std::int32_t kind,
                        const std::vector<Source>& sources) {
-    if ((profile.content_type & kind) == 0) return nullptr;
+    if ((profile.Content() & kind) == 0) return nullptr;
     if (sources.empty())
         RefuseArgument(
             fmt::format("The profile {} has {}, but there is no {} source: choose a "
@@ -114,6 +114,15 @@ void CheckCaptures(const EncodePlan& plan) {
             fmt::format("{} is captured, and two passes would need it twice: choose a profile of "
                         "one pass, or give -a_mode 2 and -v_mode 2",
                         video ? video->input.Name() : audio->input.Name()));
+}
+
+// A profile file may have fewer streams than there are sources.
+void AddLeftOutNotice(const ProfileRecord& profile, EncodePlan& plan) {
+    const std::int32_t left_out = profile.content_type & ~profile.Content();
+    if (left_out == 0) return;
+    plan.notices.push_back(fmt::format("The profile {} has no {} stream: the {} is left out.",
+                                       profile.name, left_out == kContentAudio ? "audio" : "video",
+                                       left_out == kContentAudio ? "sound" : "picture"));
 }
 
 void AddSoundNotice(const AudioSourceRecord& source, EncodePlan& plan) {
@@ -154,6 +163,10 @@ void AddNotices(const VideoSourceRecord& source, const ProfileRecord& profile, E
 EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
     const SourceGroupRecord& group = CheckedGroup(session.groups);
     const ProfileRecord& profile = *group.profile;
+    if (profile.content_type != 0 && profile.Content() == 0)
+        RefuseArgument(
+            fmt::format("The profile {} has no {} stream: choose another profile or another input",
+                        profile.name, profile.content_type == kContentAudio ? "audio" : "video"));
     const AudioSourceRecord* audio = SourceOf("audio", profile, kContentAudio, group.audio);
     const VideoSourceRecord* video = SourceOf("video", profile, kContentVideo, group.video);
 
@@ -189,6 +202,7 @@ EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
         if (camera) plan.video->input.capture->camera = *camera;
     }
     CheckCaptures(plan);
+    AddLeftOutNotice(profile, plan);
     AddNameNotice(plan.FilePath(), plan);
     if (audio != nullptr) AddSoundNotice(*audio, plan);
     if (video != nullptr) AddNotices(*video, profile, plan);

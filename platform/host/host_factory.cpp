@@ -15,7 +15,9 @@ std::shared_ptr<WMEncoder> HostFactory::MakeEncoder() {
     return makers_.encoder(loop_, MakeFileSystem());
 }
 
-std::shared_ptr<WMEncProfile2> HostFactory::MakeProfile() { return makers_.profile(); }
+std::shared_ptr<WMEncProfile2> HostFactory::MakeProfile() {
+    return makers_.profile(MakeFileSystem());
+}
 
 std::shared_ptr<FileSystem> HostFactory::MakeFileSystem() { return host::MakeFileSystem(); }
 

@@ -12,7 +12,7 @@ namespace platform::host {
 /// The encoder's makers, handed in by the main files so that the host does not know the engine.
 struct EngineMakers {
     std::function<std::shared_ptr<WMEncoder>(EventLoop&, std::shared_ptr<FileSystem>)> encoder;
-    std::function<std::shared_ptr<WMEncProfile2>()> profile;
+    std::function<std::shared_ptr<WMEncProfile2>(std::shared_ptr<FileSystem>)> profile;
 };
 
 class HostFactory : public Factory {

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/host/text_stream.h"
+#include "platform/host/whole_file.h"
 #include "platform/posix/system_error.h"
 #include "platform/text.h"
 
@@ -144,6 +145,14 @@ bool PosixFileSystem::IsSpecialFile(const std::string& path) {
 std::shared_ptr<TextStream> PosixFileSystem::OpenTextFile(const std::string& path, OpenMode mode,
                                                           bool create) {
     return OpenText(GetAbsolutePathName(path), mode, create, encoding_);
+}
+
+std::string PosixFileSystem::ReadBytes(const std::string& path, std::size_t most) {
+    return ReadWholeFile(GetAbsolutePathName(path), most);
+}
+
+void PosixFileSystem::WriteBytes(const std::string& path, const std::string& bytes) {
+    WriteWholeFile(RealPath(GetAbsolutePathName(path)), bytes);
 }
 
 SpecialFolder PosixFileSystem::GetSpecialFolder(SpecialFolderKind kind) {

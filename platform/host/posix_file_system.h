@@ -32,6 +32,8 @@ class PosixFileSystem : public FileSystem {
     std::shared_ptr<TextStream> OpenTextFile(const std::string& path, OpenMode mode,
                                              bool create) override;
     /// The Windows folders keep their names on drive C; the temporary folder is the host's.
+    std::string ReadBytes(const std::string& path, std::size_t most) override;
+    void WriteBytes(const std::string& path, const std::string& bytes) override;
     SpecialFolder GetSpecialFolder(SpecialFolderKind kind) override;
 
   private:

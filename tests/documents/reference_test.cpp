@@ -27,6 +27,10 @@ void MakeInputs(const TempFolder& folder) {
     Ffmpeg("-f lavfi -i sine=sample_rate=44100:duration=1", folder / "talk.wav");
     Ffmpeg("-f lavfi -i testsrc2=size=64x48 -frames:v 1", folder / "card.png");
     std::ofstream(folder / "job.weu") << "-profile av100 -v_bitrate 60000\n";
+    std::ofstream(folder / "mine.prx")
+        << "<profile name='Mine'><streamconfig streamnumber='1' bitrate='60000'><wmmediatype>"
+           "<videoinfoheader><bitmapinfoheader bicompression='WMV3'/></videoinfoheader>"
+           "</wmmediatype></streamconfig></profile>\n";
 }
 
 TEST(Documents, EachExampleDoesWhatItsMarkSays) {

@@ -119,7 +119,7 @@ TEST_F(ConsoleModes, AnExplanationRefusesWhatTheRunWould) {
         {"-input", clip, "-output", clip, "-profile", "av100"},
         {"-input", clip, "-output", folder / "a.wmv", "-v_clip", "900", "0", "0", "0"},
         {"-input", clip, "-output", folder / "a.wmv", "-broadcast", "70000"},
-        {"-input", clip, "-output", folder / "a.wmv", "-saveprofile", folder / "p.prx"},
+        {"-input", clip, "-output", folder / "a.wmv", "-saveprofile", folder / "no/p.prx"},
     };
     for (std::vector<std::string> words : commands) {
         const CommandResult run = Console(words);

@@ -66,7 +66,7 @@ TEST(Messages, EachRefusedCommandEndsWithItsStatusAndItsLine) {
         {"capture without an end", {"-adevice", "-input", clip, "-output", out}, "Duration must be specified when capturing from devices.\n"},
 
         // profile
-        {"profile file", encode + Words{"-loadprofile", folder / "no.prx"}, "Invalid profile: 0x"},
+        {"profile file", encode + Words{"-loadprofile", folder / "no.prx"}, "Invalid profile: 0x80070002 "},
         {"audio rate", encode + Words{"-a_setting", "50_44_2"}, "Invalid audio bit rate 50000\n"},
         {"uncompressed video only", encode + Words{"-v_codec", "UNCOMP"}, "Audio codec must be uncompressed when using uncompressed video codec\n"},
 

@@ -148,6 +148,7 @@ class FakeEncoder : public platform::WMEncoder {
         group->profile->audiences.push_back(std::make_shared<FakeAudience>(log));
         groups.items.push_back(std::move(group));
     }
+    void Save(const std::string& path) override { log->Call("Encoder.Save", "(" + path + ")"); }
     std::vector<std::string> notes;  // of the next preparation
     std::vector<std::string> TakeNotes() override { return std::exchange(notes, {}); }
     void PrepareToEncode(bool force) override {

@@ -111,6 +111,20 @@ class FakeFileSystem : public platform::FileSystem {
         }
         return std::make_shared<Stream>(files[full]);
     }
+    std::string ReadBytes(const std::string& path, std::size_t most) override {
+        const std::string full = GetAbsolutePathName(path);
+        if (!files.contains(full))
+            throw platform::Error(platform::kFileNotFound, full + " does not exist");
+        if (files[full].size() > most)
+            throw platform::Error(platform::kInvalidData, full + " is too large");
+        return files[full];
+    }
+    void WriteBytes(const std::string& path, const std::string& bytes) override {
+        const std::string full = GetAbsolutePathName(path);
+        if (!folders.contains(GetParentFolderName(full)))
+            throw platform::Error(platform::kPathNotFound, full + ": no such folder");
+        AddFile(full, bytes);
+    }
     platform::SpecialFolder GetSpecialFolder(platform::SpecialFolderKind) override {
         return {"C:", "Windows"};
     }

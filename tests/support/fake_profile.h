@@ -145,6 +145,7 @@ class FakeProfile : public platform::WMEncProfile2 {
         log->Call("Profile.LoadFromFile", "(" + path + ")");
         if (audiences.empty()) audiences.push_back(std::make_shared<FakeAudience>(log));
     }
+    std::vector<std::string> TakeNotes() override { return std::exchange(notes, {}); }
     void SaveToFile(const std::string& path) override {
         log->Call("Profile.SaveToFile", "(" + path + ")");
     }
@@ -155,6 +156,7 @@ class FakeProfile : public platform::WMEncProfile2 {
     }
 
     CallLogPtr log;
+    std::vector<std::string> notes;  // of the next file
     std::vector<FakeCodec> audio_codecs, video_codecs;
     std::vector<std::shared_ptr<FakeAudience>> audiences;
     platform::VbrMode audio_mode = platform::VbrMode::Constant;

@@ -3,10 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "engine/object_model/engine_factory.h"
 #include "platform/pixel_format_table.h"
 #include "profiles/codec_catalogue.h"
 #include "profiles/custom_audio.h"
+#include "unit/profiles/engine_factory.h"
 #include "unit/profiles/profile_session.h"
 
 namespace profiles {
@@ -107,14 +107,6 @@ TEST(CodecListings, FormatsAreListedAsArguments) {
                      "\t\tQ75_88_2                Q75             88                  2"}));
 }
 
-/// Makes the profiles of the engine that is shipped.
-class EngineFactory : public test_support::FakeFactory {
-  public:
-    std::shared_ptr<platform::WMEncProfile2> MakeProfile() override {
-        return engine::MakeProfile();
-    }
-};
-
 struct ListedArgument {
     platform::VbrMode mode;
     std::string codec;
@@ -146,7 +138,7 @@ TEST(CodecListings, EveryListedArgumentIsTakenAndMeansAListedFormat) {
     for (const ListedArgument& row : listed) {
         SCOPED_TRACE(row.codec + " " + row.argument);
         ProfileSession session;
-        const auto profile = engine::MakeProfile();
+        const auto profile = engine::MakeProfile(nullptr);
         const auto audience = profile->AddAudience(1);
         profile->SetVBRMode(platform::SourceType::Audio, 0, row.mode);
         session.state.g_objProfile = profile;
@@ -172,7 +164,7 @@ TEST(CodecListings, EveryListedArgumentIsTakenAndMeansAListedFormat) {
 
 TEST(CustomAudio, TheReportNamesTheCodecInTheModeThatASettingChooses) {
     ProfileSession session;
-    const auto profile = engine::MakeProfile();
+    const auto profile = engine::MakeProfile(nullptr);
     const auto audience = profile->AddAudience(1);
     session.state.g_objProfile = profile;
     session.settings.a_codec = "WMA9LSL";
