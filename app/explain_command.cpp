@@ -5,15 +5,13 @@
 #include <memory>
 #include <utility>
 
-#include "app/form_actions.h"
-#include "app/statistics_report.h"
-#include "cli/parameter_parser.h"
-#include "cli/value_readers.h"
+#include "app/command_copy.h"
 #include "platform/error.h"
 #include "session/directory_mode.h"
 #include "session/encoder_setup.h"
 #include "session/explain.h"
 #include "session/file_run.h"
+#include "session/no_pane.h"
 #include "session/read_only_files.h"
 
 namespace app {
@@ -22,11 +20,6 @@ namespace {
 
 using session::ExplainLine;
 using session::ReadOnlyFiles;
-
-class NoPane final : public platform::OutputPane {
-  public:
-    void OutputInfo(const std::string& /*text*/) override {}
-};
 
 /// Explains each session that is handed to it, as if it ran.
 class Explanation final : public session::FileRun {
@@ -52,7 +45,7 @@ class Explanation final : public session::FileRun {
     session::FileRunEnd RunToEnd() override {
         if (IsRefused()) return session::FileRunEnd::NotStarted;
         if (had_profile_) origin_.fresh_profile = FreshProfile();
-        session::ExplainSession(state_, settings_, origin_, pane_);
+        session::ExplainSession(state_, origin_, pane_);
         for (const ReadOnlyFiles::Write& write : files_->TakeWrites()) {
             const bool is_folder = write.kind == ReadOnlyFiles::Write::Kind::Folder;
             pane_.OutputInfo(
@@ -106,7 +99,7 @@ class Explanation final : public session::FileRun {
         state.g_objProfile = nullptr;
         state.ClearSources();
         cli::EncodeSettings settings = settings_;
-        NoPane pane;
+        session::NoPane pane;
         session::EncoderSetup setup(state, settings, pane, factory_);
         return setup.SetupEncoder() ? state.g_objProfile : nullptr;
     }
@@ -125,29 +118,17 @@ class Explanation final : public session::FileRun {
 }  // namespace
 
 bool ExplainCommand::Explain(const std::vector<std::string>& words) {
-    const cli::EncodeSettings before = settings_;
-    const auto files = std::make_shared<ReadOnlyFiles>(factory_.MakeFileSystem());
-    session_.g_objFSO = files;
-    session_.g_objEncoder = factory_.MakeEncoder();
-    session_.ClearSources();
-    if (const auto kept = session_.g_objProfile) {
-        session_.g_objProfile = factory_.MakeProfile();
-        session_.g_objProfile->LoadFromIWMProfile(*kept);
-    }
+    CommandCopy copy(window_, factory_, pane_, settings_, session_);
+    if (!copy.Parse(words)) return !copy.parser.Refused();
 
-    StatisticsReport report(window_, factory_, session_, settings_, pane_);
-    FormActions actions(factory_, session_, pane_, report);
-    cli::ValueReaders readers(pane_);
-    cli::ParameterParser parser(settings_, readers, pane_, actions, session_);
-    if (!parser.ParseParameters(words)) return !parser.Refused();
-
-    Explanation explanation(factory_, session_, settings_, {before, parser.TypedOptions()}, files,
-                            pane_, folder_run_);
+    Explanation explanation(factory_, copy.session, copy.settings,
+                            {copy.before, copy.parser.TypedOptions()}, copy.files, pane_,
+                            folder_run_);
     explanation.TakeProfileFile();
-    session::EncoderSetup encoder_setup(session_, settings_, pane_, factory_);
-    if (!settings_.input.empty() && files->FolderExists(settings_.input)) {
+    session::EncoderSetup encoder_setup(copy.session, copy.settings, pane_, factory_);
+    if (!copy.settings.input.empty() && copy.files->FolderExists(copy.settings.input)) {
         const FolderRun::Walk walk(folder_run_);
-        session::DirectoryMode mode(session_, settings_, pane_, encoder_setup, explanation);
+        session::DirectoryMode mode(copy.session, copy.settings, pane_, encoder_setup, explanation);
         return mode.DoDirectoryModeEncoding() && !mode.AnyFailed();
     }
     if (!encoder_setup.SetupEncoder()) return false;

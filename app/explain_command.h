@@ -16,9 +16,9 @@ namespace app {
 
 inline constexpr std::string_view kExplainWord = "--explain";
 
-/// Works on copies: settings, profile and running encoder of the form stay as they are, so that a
-/// command means the same after its explanation as before. Writes to the pane only; where the
-/// command itself would write, the explanation says what. User-interface thread.
+/// A command means the same after its explanation as before. Writes to the pane only; where the
+/// command itself would write, the explanation says what. User-interface thread. What it is given
+/// must outlive it.
 class ExplainCommand {
   public:
     /// Settings and session are those that the command would start from.
@@ -43,8 +43,8 @@ class ExplainCommand {
     platform::Factory& factory_;
     InfoPane& pane_;
     FolderRun& folder_run_;
-    cli::EncodeSettings settings_;
-    platform::SessionState session_;
+    const cli::EncodeSettings& settings_;
+    const platform::SessionState& session_;
 };
 
 }  // namespace app

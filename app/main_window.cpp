@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "app/explain_command.h"
+#include "app/save_session_command.h"
 #include "cli/help.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -17,6 +18,10 @@ using platform::ExitStatus;
 
 constexpr const char* kStarting = "Initializing Codecs...";
 constexpr int kProgressInterval = 1000;  // milliseconds
+
+bool IsSaveSession(const std::vector<std::string>& words) {
+    return !words.empty() && words.front() == kSaveSessionWord;
+}
 
 }  // namespace
 
@@ -87,7 +92,12 @@ void frmMain::RunListing(const std::vector<std::string>& words) {
     // A new session would end the run, and a run reads its settings to its end.
     const cli::EncodeSettings settings_of_run = settings_;
     platform::ErrorTrap trap;
-    trap([&] { parser_.ParseParameters(words); });
+    trap([&] {
+        if (IsSaveSession(words))
+            SaveSessionOf(words);
+        else
+            parser_.ParseParameters(words);
+    });
     settings_ = settings_of_run;
     if (trap.HasError()) session::OutputErrorLine(pane_, trap.Report());
 }
@@ -215,6 +225,7 @@ ExitStatus frmMain::RunSession(const std::vector<std::string>& words) {
         return command.Explain({words.begin() + 1, words.end()}) ? ExitStatus::Done
                                                                  : ExitStatus::Refused;
     }
+    if (IsSaveSession(words)) return SaveSessionOf(words) ? ExitStatus::Done : ExitStatus::Refused;
     run_.NewSession();
     folder_run_.CancelWalks();
     session_.g_objFSO = factory_.MakeFileSystem();
@@ -236,6 +247,11 @@ ExitStatus frmMain::RunSession(const std::vector<std::string>& words) {
             break;
     }
     return ExitStatus::Done;  // so far: the stopped state says the rest
+}
+
+bool frmMain::SaveSessionOf(const std::vector<std::string>& words) {
+    return SaveSession({words.begin() + 1, words.end()}, window_, factory_, pane_, settings_,
+                       session_);
 }
 
 ExitStatus frmMain::RunFolder() {

@@ -59,6 +59,7 @@ class frmMain final : public platform::FormEvents {
     void RunWords(const std::vector<std::string>& words);
     platform::ExitStatus RunSession(const std::vector<std::string>& words);
     platform::ExitStatus RunFolder();
+    bool SaveSessionOf(const std::vector<std::string>& words);
 
     platform::FormWindow& window_;
     platform::Factory& factory_;

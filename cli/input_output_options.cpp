@@ -22,11 +22,14 @@ constexpr Option kOptions[] = {
              "    Enclose names that contain blanks in quotation marks.\n",
      .note = {.accepts = "a file name",
               .fallback = "none",
-              .effect = "Takes sources, profile and output from a session file.",
+              .effect = "Takes sources, profile, outputs and title fields from a session file, as "
+                        "`--save-session` writes it; the other options of the command are applied "
+                        "to that, and `-input` takes the place of its files. Of several source "
+                        "groups the first counts, of several sources of a kind the first. A line "
+                        "says how much of a file was not understood.",
               .example = "-wme job.wme -output film.wmv",
-              .today = Today::Refused,
-              .errors = "`Loading the session (.wme) file failed: …`, since session files cannot "
-                        "be read yet"}},
+              .errors = "`Loading the session (.wme) file failed: …` for what cannot be read or is "
+                        "no session; a source that is not there when the run is prepared"}},
     {.name = "-input",
      .values = {InputName<&Set::input>()},
      .help = "[-input] <file or directory name>\n"

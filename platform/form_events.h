@@ -37,8 +37,9 @@ class FormEvents {
 
     /// Go with words that are split already (a shell's arguments; one word is enough).
     virtual void RunCommand(const std::vector<std::string>& words) = 0;
-    /// RunCommand for words that only list or show: a listing word, or "-input" and a file. While
-    /// the form is busy they are answered beside the run, which goes on with its own settings.
+    /// RunCommand for words that only list, show or save a session: a listing word, "-input" and a
+    /// file, or "--save-session". While the form is busy they are answered beside the run, which
+    /// goes on with its own settings.
     virtual void RunListing(const std::vector<std::string>& words) { RunCommand(words); }
     /// What the language has after `option`, in any case; after "" the options themselves.
     virtual FollowingWords WordsAfter(const std::string& /*option*/) const { return {}; }

@@ -106,6 +106,10 @@ ProfileSetup::Audience ProfileSetup::OpenProfile() {
 }
 
 void ProfileSetup::RaiseFrameRate(ErrorTrap& trap) {
+    // Nothing beside the session file says anything of frame rates, so its own stands.
+    const bool has_other = !settings_.input.empty() || !settings_.profile.empty() ||
+                           !settings_.loadprofile.empty() || settings_.v_framerate;
+    if (!settings_.wme.empty() && !has_other) return;
     if (!settings_.v_framerate) settings_.v_framerate = kDefaultFrameRate;
     trap([&] {
         const double probed = ProbedFrameRate();

@@ -104,7 +104,10 @@ bool EncoderSetup::SetupInput() {
     }
     if (platform::StartsWith(profile_key, kScreenKey)) OpenScreen(profile_key, trap);
     const bool captures_picture = state_.g_objSrcVid && !state_.g_objSrcVid->Scheme().empty();
-    if (captures_picture)
+    // A loaded session has a rate of its own.
+    const bool asks_for_rate = settings_.wme.empty() || settings_.v_framerate ||
+                               platform::StartsWith(profile_key, kScreenKey);
+    if (captures_picture && asks_for_rate)
         trap([&] { state_.g_objSrcVid->SetCaptureRate(CaptureRate(settings_, profile_key)); });
     trap([&] { FixContentType(); });
 

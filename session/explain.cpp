@@ -153,13 +153,14 @@ constexpr DisplayText kDisplayTexts[] = {
 };
 // clang-format on
 
+constexpr std::int32_t kUsualStillDuration = 10'000;  // milliseconds
 constexpr const char* kConformanceTarget = "DeviceConformanceTarget";
 
 class Explainer {
   public:
-    Explainer(const platform::SessionState& state, const EncodeSettings& settings,
-              const CommandOrigin& origin, platform::OutputPane& pane)
-        : state_(state), settings_(settings), origin_(origin), pane_(pane) {}
+    Explainer(const platform::SessionState& state, const CommandOrigin& origin,
+              platform::OutputPane& pane)
+        : state_(state), origin_(origin), pane_(pane) {}
 
     void Explain() {
         Write("session.ContentType", ContentText(state_.g_nContentType),
@@ -170,9 +171,8 @@ class Explainer {
         if (const auto profile = state_.g_objSrcGrp->Profile()) Profile(*profile);
         Output();
         DisplayInformation();
-        if (settings_.v_performance)
-            Write("encoder.VideoPerformance", state_.g_objEncoder->VideoPerformance(),
-                  {"-v_performance"});
+        Write("encoder.VideoPerformance", state_.g_objEncoder->VideoPerformance(),
+              {"-v_performance"});
         Write("encoder.AutoStop", state_.g_objEncoder->AutoStop(), {});
     }
 
@@ -214,18 +214,31 @@ class Explainer {
         Write(name, mode(profile), deciders, IsKept(profile, mode));
     }
 
-    /// Unless nothing ever set it.
+    /// Unless it is as nobody set it.
     template <typename Value>
     void WriteIfSet(std::string_view name, const Value& value, const Deciders& deciders) {
-        if (value != Value{} || Given(settings_, deciders.front())) Write(name, value, deciders);
+        if (value != Value{}) Write(name, value, deciders);
+    }
+
+    /// The values of one option stand there together.
+    void WriteVideoNumbers(const WMEncVideoSource& source) {
+        for (const VideoNumber& row : kVideoNumbers) {
+            const bool is_set = std::ranges::any_of(kVideoNumbers, [&](const VideoNumber& other) {
+                return other.deciders.front() == row.deciders.front() &&
+                       (source.*other.value)() != 0;
+            });
+            if (is_set) Write(row.name, (source.*row.value)(), row.deciders);
+        }
     }
 
     void CommonSource(const std::string& kind, const platform::WMEncSource& source,
                       std::string_view device_option) {
         Write(kind + ".Input", source.Input(), {"-input", device_option, "-profile"});
         WriteIfSet(kind + ".Scheme", source.Scheme(), {device_option, "-profile"});
-        WriteIfSet(kind + ".MarkIn", source.MarkIn(), {"-time"});
-        WriteIfSet(kind + ".MarkOut", source.MarkOut(), {"-time"});
+        if (source.MarkIn() != 0 || source.MarkOut() != 0) {
+            Write(kind + ".MarkIn", source.MarkIn(), {"-time"});
+            Write(kind + ".MarkOut", source.MarkOut(), {"-time"});
+        }
         const bool is_audio = source.Type() == SourceType::Audio;
         const std::int32_t passes = source.PreProcessPass();
         if (passes != 0)
@@ -249,10 +262,10 @@ class Explainer {
             Write("video.CaptureRate", source.CaptureRate(), {"-v_framerate", "-profile"});
         if (source.PixelFormat() != 0)
             Write("video.PixelFormat", FormatText(source.PixelFormat()), {"-pixelformat"});
-        for (const VideoNumber& row : kVideoNumbers)
-            WriteIfSet(row.name, (source.*row.value)(), row.deciders);
-        if (settings_.duration_typed && source.Scheme().empty())
-            Write("video.StillDuration", source.StillDuration(), {"-duration"});
+        WriteVideoNumbers(source);
+        const std::int32_t still = source.StillDuration();
+        if (source.Scheme().empty() && still != 0 && still != kUsualStillDuration)
+            Write("video.StillDuration", still, {"-duration"});
     }
 
     void Profile(platform::WMEncProfile2& profile) {
@@ -316,16 +329,15 @@ class Explainer {
     }
 
     const platform::SessionState& state_;
-    const EncodeSettings& settings_;
     const CommandOrigin& origin_;
     platform::OutputPane& pane_;
 };
 
 }  // namespace
 
-void ExplainSession(const platform::SessionState& state, const EncodeSettings& settings,
-                    const CommandOrigin& origin, platform::OutputPane& pane) {
-    Explainer(state, settings, origin, pane).Explain();
+void ExplainSession(const platform::SessionState& state, const CommandOrigin& origin,
+                    platform::OutputPane& pane) {
+    Explainer(state, origin, pane).Explain();
 }
 
 std::string ExplainLine(std::string_view name, std::string_view value) {

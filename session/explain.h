@@ -24,15 +24,13 @@ struct CommandOrigin {
 };
 
 /// Writes "object.property = value" lines about the session's sources, profile and encoder, always
-/// in the same order. A source's property is left out while it is as no option ever set it; what
+/// in the same order. A source's property is left out while it is as nobody set it; what
 /// the streams are encoded to is written whole. A value that an earlier command's option decides,
 /// and a mode that is in the profile since then, ends in " (carried over)". Control characters are
 /// written as C escapes, so that a value keeps to its line. Needs the session as EncoderSetup
 /// leaves it; errors of the encoder pass through.
-///
-/// @param settings  as they stand after the set-up
-void ExplainSession(const platform::SessionState& state, const cli::EncodeSettings& settings,
-                    const CommandOrigin& origin, platform::OutputPane& pane);
+void ExplainSession(const platform::SessionState& state, const CommandOrigin& origin,
+                    platform::OutputPane& pane);
 
 /// One such line by itself.
 std::string ExplainLine(std::string_view name, std::string_view value);

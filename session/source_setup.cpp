@@ -4,9 +4,13 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
+#include <optional>
+#include <string>
 
 #include "platform/error.h"
 #include "platform/pixel_format_table.h"
+#include "profiles/predefined_profiles.h"
+#include "session/no_pane.h"
 
 namespace session {
 namespace {
@@ -14,6 +18,7 @@ namespace {
 using platform::SourceType;
 
 constexpr const char* kSourceGroupName = "SG_1";
+constexpr std::int32_t kAudienceBitRate = 10'000'000;  // bits per second
 constexpr const char* kScalingPreprocessing =
     "Preprocessing mode not supported. Use -height and -width to adjust video size.";
 
@@ -62,36 +67,73 @@ bool SourceSetup::CreateSourceGroup() {
     return true;
 }
 
+// Each step goes on without what one before it could not give. What they have gathered becomes the
+// session's when all of it could be had.
 bool SourceSetup::LoadSessionFile() {
     platform::ErrorTrap trap;
-    trap([&] {
-        state_.g_objEncoder->Load(state_.g_objFSO->GetAbsolutePathName(settings_.wme));
-        state_.g_objSrcGrp = state_.g_objEncoder->SourceGroupCollection().Item(0);
-        const auto group_profile = state_.g_objSrcGrp->Profile();
-        if (!group_profile)
-            throw platform::Error(platform::kInvalidData, "The session holds no profile.");
+    platform::WMEncoder& encoder = *state_.g_objEncoder;
+    platform::SessionState loaded = state_;
+    loaded.g_objProfile = nullptr;
+    std::optional<std::int32_t> packet = settings_.maxpacket;
 
-        // The session's profile outlives a file that cannot be loaded, so it is exchanged only
-        // for one that is complete.
-        const auto profile = factory_.MakeProfile();
-        profile->LoadFromIWMProfile(*group_profile);
-        const auto audience = profile->Audience(0);
-        auto& group = *state_.g_objSrcGrp;
-        if (group.SourceCount(SourceType::Audio) > 0) {
-            state_.g_objSrcAud = platform::AsAudio(group.Source(SourceType::Audio, 0));
-            state_.AudioCodecName = profile->EnumAudioCodec(audience->AudioCodec(0));
-        }
-        if (group.SourceCount(SourceType::Video) > 0) {
-            state_.g_objSrcVid = platform::AsVideo(group.Source(SourceType::Video, 0));
-            state_.VideoCodecName = profile->EnumVideoCodec(audience->VideoCodec(0));
-        }
-        if (!settings_.maxpacket) settings_.maxpacket = profile->MaxPacketSize();
-        state_.g_objProfile = profile;
-        state_.g_bCustomProfile = false;
+    trap([&] { encoder.Load(state_.g_objFSO->GetAbsolutePathName(settings_.wme)); });
+    trap([&] { loaded.g_objSrcGrp = encoder.SourceGroupCollection().Item(0); });
+    trap([&] { TakeProfile(loaded); });
+    trap([&] { TakeSources(loaded); });
+    trap([&] { FillNamedProfile(loaded); });
+    trap([&] { NameCodecs(loaded); });
+    trap([&] {
+        if (!packet && loaded.g_objProfile) packet = loaded.g_objProfile->MaxPacketSize();
     });
-    if (!trap.HasError()) return true;
-    pane_.OutputError("Loading the session (.wme) file failed: " + settings_.wme, trap.Report());
-    return false;
+    if (trap.HasError()) {
+        pane_.OutputError("Loading the session (.wme) file failed: " + settings_.wme,
+                          trap.Report());
+        return false;
+    }
+    for (const std::string& note : encoder.TakeNotes()) pane_.OutputInfo(note);
+    state_ = loaded;
+    state_.g_bCustomProfile = false;
+    settings_.maxpacket = packet;
+    return true;
+}
+
+void SourceSetup::TakeProfile(platform::SessionState& loaded) {
+    if (!loaded.g_objSrcGrp) return;
+    const auto group_profile = loaded.g_objSrcGrp->Profile();
+    if (!group_profile)
+        throw platform::Error(platform::kInvalidData, "The session holds no profile.");
+    const auto profile = factory_.MakeProfile();
+    profile->LoadFromIWMProfile(*group_profile);
+    loaded.g_objProfile = profile;
+}
+
+void SourceSetup::TakeSources(platform::SessionState& loaded) {
+    if (!loaded.g_objSrcGrp) return;
+    platform::WMEncSourceGroup& group = *loaded.g_objSrcGrp;
+    if (group.SourceCount(SourceType::Audio) > 0)
+        loaded.g_objSrcAud = platform::AsAudio(group.Source(SourceType::Audio, 0));
+    if (group.SourceCount(SourceType::Video) > 0)
+        loaded.g_objSrcVid = platform::AsVideo(group.Source(SourceType::Video, 0));
+}
+
+// A session may name its profile by a code, as "-profile" does.
+void SourceSetup::FillNamedProfile(platform::SessionState& loaded) {
+    if (!loaded.g_objProfile || loaded.g_objProfile->AudienceCount() > 0) return;
+    cli::EncodeSettings settings = settings_;
+    settings.profile = loaded.g_objProfile->ProfileName();
+    const auto audience = loaded.g_objProfile->AddAudience(kAudienceBitRate);
+    NoPane pane;
+    if (!profiles::SetupPredefinedProfile(loaded, settings, pane, *audience))
+        throw platform::Error(platform::kInvalidData, "The session's profile " + settings.profile +
+                                                          " is none of the predefined ones.");
+}
+
+void SourceSetup::NameCodecs(platform::SessionState& loaded) {
+    if (!loaded.g_objProfile) return;
+    const platform::WMEncProfile2& profile = *loaded.g_objProfile;
+    const auto audience = loaded.g_objProfile->Audience(0);
+    if (loaded.g_objSrcAud) loaded.AudioCodecName = profile.EnumAudioCodec(audience->AudioCodec(0));
+    if (loaded.g_objSrcVid) loaded.VideoCodecName = profile.EnumVideoCodec(audience->VideoCodec(0));
 }
 
 bool SourceSetup::SetupAudioSource() {

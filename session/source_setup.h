@@ -25,6 +25,10 @@ class SourceSetup {
 
   private:
     bool LoadSessionFile();
+    void TakeProfile(platform::SessionState& loaded);
+    void TakeSources(platform::SessionState& loaded);
+    void FillNamedProfile(platform::SessionState& loaded);
+    void NameCodecs(platform::SessionState& loaded);
     void SetupStillDuration();
 
     platform::SessionState& state_;

@@ -59,11 +59,13 @@ CaptureInput PortalInput(ScreenArea area) {
     return {{DeviceKind::Screen, kPortalDevice, name, false, false}, std::move(area), {}};
 }
 
-ScreenArea AreaNamed(const EngineParts& parts, const std::string& input) {
+ScreenArea AreaNamed(const EngineParts& parts, const std::string& input,
+                     const std::string& chosen) {
     const std::string name = platform::LowerCase(input);
     const bool is_screen =
         std::find(std::begin(kScreenNames), std::end(kScreenNames), name) != std::end(kScreenNames);
     if (!is_screen) return ParseScreenArea(input);
+    if (!chosen.empty()) return ParseScreenArea(chosen);
     return ParseScreenArea(parts.screen_choice ? parts.screen_choice() : std::string());
 }
 
@@ -79,12 +81,12 @@ Device DeviceNamed(const EngineParts& parts, SourceType type, const std::string&
 }  // namespace
 
 CaptureInput CaptureOf(const EngineParts& parts, SourceType type, const std::string& input,
-                       const std::string& scheme) {
+                       const std::string& scheme, const std::string& area_chosen) {
     if (scheme == "screencap") {
         if (type != SourceType::Video)
             RefuseArgument(fmt::format("The screen ({}) is no audio source", input));
         const ScreenAccess access = CheckedAccess(parts);
-        ScreenArea area = WithPointer(parts, AreaNamed(parts, input));
+        ScreenArea area = WithPointer(parts, AreaNamed(parts, input, area_chosen));
         if (access == ScreenAccess::Portal) return PortalInput(std::move(area));
         return X11Input(parts, {DeviceKind::Screen, kWholeScreenId, {}, false, false},
                         std::move(area));

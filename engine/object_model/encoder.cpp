@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "engine/files/file_text.h"
+#include "engine/files/session_file.h"
 #include "engine/outputs/asf/leftover_parts.h"
 #include "engine/plan/value_ranges.h"
 
@@ -23,17 +25,27 @@ void Encoder::SetVideoPerformance(std::int32_t performance) {
 }
 
 void Encoder::Load(const std::string& path) {
-    throw platform::Error(platform::kNotImplemented,
-                          fmt::format("The session file {} cannot be loaded: reading session files "
-                                      "is not possible yet, set the session up with options",
-                                      path));
+    RefuseWhileRunning();
+    platform::FileSystem& host = *parts_->files;
+    const std::string bytes = host.ReadBytes(path, files::kMostSessionBytes);
+    try {
+        files::SessionFile file =
+            files::ReadSession(files::DecodeText(bytes), files::SessionFolder(host, path));
+        tree_.TakeOver(file.session);
+        session_text_ = std::move(file.text);
+        notes_ = std::move(file.notes);
+    } catch (const platform::Error& error) {
+        throw platform::Error(error.unsigned_number(),
+                              fmt::format("The session file {} cannot be loaded: {}",
+                                          host.GetAbsolutePathName(path), error.description()));
+    }
 }
 
 void Encoder::Save(const std::string& path) {
-    throw platform::Error(
-        platform::kNotImplemented,
-        fmt::format("The session cannot be saved as {}: writing session files is not possible yet",
-                    path));
+    platform::FileSystem& host = *parts_->files;
+    host.WriteBytes(path,
+                    files::EncodeText(files::WriteSession(
+                        tree_.Record(), files::SessionFolder(host, path), session_text_.get())));
 }
 
 void Encoder::RefuseWhileRunning() const {
@@ -52,7 +64,7 @@ void Encoder::PrepareToEncode(bool force) {
     if ((prepared_ || is_made_) && !force) return;
     prepared_.reset();
     if (std::exchange(is_made_, false)) control_->Forget();
-    SessionRecord session = tree_.Record();
+    SessionRecord session = OpenedSession();
     EncodePlan plan = MakePlan(session, PlanParts());
     if (plan.LacksScreen()) plan = WithScreen(std::move(session), plan);
     // What was recorded before cannot be had again; what was encoded is encoded anew.
@@ -69,7 +81,12 @@ void Encoder::PrepareToEncode(bool force) {
 }
 
 void Encoder::CheckToEncode(platform::FileSystem& files) {
-    MakePlan(tree_.Record(), PlanParts(files));
+    MakePlan(OpenedSession(), PlanParts(files));
+}
+
+SessionRecord Encoder::OpenedSession() {
+    tree_.groups.OpenNamed();
+    return tree_.Record();
 }
 
 // The person is asked when all else is right.

@@ -41,7 +41,7 @@ class Encoder : public platform::WMEncoder {
     std::int32_t VideoPerformance() const override { return tree_.video_performance; }
     void SetVideoPerformance(std::int32_t performance) override;
 
-    /// Session files are not read or written: both throw Error (not implemented).
+    /// Throws Error (busy) while a run goes on.
     void Load(const std::string& path) override;
     void Save(const std::string& path) override;
 
@@ -62,6 +62,7 @@ class Encoder : public platform::WMEncoder {
 
   private:
     void RefuseWhileRunning() const;
+    SessionRecord OpenedSession();
     PrepareParts PlanParts() const;
     PrepareParts PlanParts(platform::FileSystem& files) const;
     EncodePlan WithScreen(SessionRecord session, const EncodePlan& plan);
@@ -72,6 +73,7 @@ class Encoder : public platform::WMEncoder {
     std::optional<EncodePlan> prepared_;  // not yet made into a run
     bool is_made_ = false;                // the run stands ready
     std::vector<std::string> notes_;
+    std::shared_ptr<const std::string> session_text_;  // of the file that was loaded
     std::optional<ScreenQuestion> question_;
     std::shared_ptr<RunControl> control_;
     engine::Statistics statistics_;

@@ -50,4 +50,17 @@ SessionRecord SessionTree::Record() const {
             video_performance};
 }
 
+void SessionTree::TakeOver(const SessionRecord& session) {
+    groups.TakeOver(session.groups);
+    // What is not there yet is refused when the session is prepared.
+    platform::ErrorTrap trap;
+    trap([&] { groups.OpenNamed(); });
+    file.SetLocalFileName(session.output);
+    broadcast.TakeOver(session.broadcast);
+    display.TakeOver(session.content);
+    attributes.TakeOver(session.attributes);
+    auto_stop = session.auto_stop;
+    video_performance = session.video_performance;
+}
+
 }  // namespace engine

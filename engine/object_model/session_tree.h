@@ -34,6 +34,7 @@ class Broadcast : public platform::WMEncBroadcast {
     void SetTemplate(const std::string& name) override { state_.template_name = name; }
 
     const BroadcastRecord& State() const { return state_; }
+    void TakeOver(const BroadcastRecord& state) { state_ = state; }
 
   private:
     BroadcastRecord state_;
@@ -53,6 +54,7 @@ class DisplayInfo : public platform::WMEncDisplayInfo {
     void SetRating(const std::string& text) override { content_.rating = text; }
 
     const ContentDescription& Content() const { return content_; }
+    void TakeOver(const ContentDescription& content) { content_ = content; }
 
   private:
     ContentDescription content_;
@@ -69,6 +71,10 @@ class Attributes : public platform::WMEncAttributes {
     const std::vector<std::pair<std::string, platform::AttributeValue>>& Items() const {
         return items_;
     }
+    void TakeOver(const std::vector<std::pair<std::string, platform::AttributeValue>>& items) {
+        items_.clear();
+        for (const auto& [name, value] : items) Add(name, value);
+    }
 
   private:
     std::vector<std::pair<std::string, platform::AttributeValue>> items_;
@@ -80,6 +86,9 @@ struct SessionTree {
 
     /// The session as it is set up now.
     SessionRecord Record() const;
+    /// Another session in its place. Its inputs may be named only: they are opened as far as they
+    /// can be.
+    void TakeOver(const SessionRecord& session);
 
     SourceGroups groups;
     OutputFile file;

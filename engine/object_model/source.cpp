@@ -28,11 +28,11 @@ SourceInput OpenFileInput(const EngineParts& parts, const std::string& path) {
 }
 
 SourceInput OpenInput(const EngineParts& parts, SourceType type, const std::string& input,
-                      const std::string& scheme) {
+                      const std::string& scheme, const std::string& area) {
     if (scheme == "device" || scheme == "screencap") {
         if (input.empty())
             RefuseArgument(fmt::format("The source of the scheme \"{}\" has no name", scheme));
-        return {input, scheme, "", {}, CaptureOf(parts, type, input, scheme)};
+        return {input, scheme, "", {}, CaptureOf(parts, type, input, scheme, area), area};
     }
     if (!scheme.empty())
         RefuseArgument(

@@ -18,13 +18,14 @@ SourceInput OpenFileInput(const EngineParts& parts, const std::string& path);
 /// or the part of the screen ("screencap") with the name. Throws Error (invalid data) when the file
 /// has no such stream; what CaptureOf throws.
 SourceInput OpenInput(const EngineParts& parts, platform::SourceType type, const std::string& input,
-                      const std::string& scheme);
+                      const std::string& scheme, const std::string& area = {});
 
 /// What audio and video sources have in common. A failed SetInput leaves the source without input.
 template <typename Interface, typename Record>
 class SourceBase : public Interface {
   public:
-    explicit SourceBase(std::shared_ptr<const EngineParts> parts) : parts_(std::move(parts)) {}
+    explicit SourceBase(std::shared_ptr<const EngineParts> parts, Record state = {})
+        : state_(std::move(state)), parts_(std::move(parts)) {}
 
     /// The source as it is set up now.
     const Record& State() const { return state_; }
@@ -33,6 +34,12 @@ class SourceBase : public Interface {
     void SetInput(const std::string& input, const std::string& scheme) override {
         state_.input = SourceInput();
         state_.input = OpenInput(*parts_, this->Type(), input, scheme);
+    }
+    /// Opens an input that is only named. Throws what OpenInput throws.
+    void OpenNamed() {
+        const SourceInput& named = state_.input;
+        if (named.LacksSource())
+            state_.input = OpenInput(*parts_, this->Type(), named.input, named.scheme, named.area);
     }
     /// Takes an input that has been opened already.
     void TakeInput(const SourceInput& input) { state_.input = input; }

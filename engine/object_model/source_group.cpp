@@ -1,12 +1,29 @@
 #include "engine/object_model/source_group.h"
 
 #include <algorithm>
+#include <type_traits>
+#include <utility>
 
 #include <fmt/format.h>
 
 namespace engine {
 
 using platform::SourceType;
+
+SourceGroup::SourceGroup(const SourceGroupRecord& record, std::shared_ptr<const EngineParts> parts)
+    : SourceGroup(record.name, std::move(parts)) {
+    for (const AudioSourceRecord& source : record.audio)
+        audio_.push_back(std::make_shared<AudioSource>(parts_, source));
+    for (const VideoSourceRecord& source : record.video)
+        video_.push_back(std::make_shared<VideoSource>(parts_, source));
+    if (record.profile)
+        profile_ = std::make_shared<engine::Profile>(parts_->files, *record.profile);
+}
+
+void SourceGroup::OpenNamed() {
+    for (const auto& source : audio_) source->OpenNamed();
+    for (const auto& source : video_) source->OpenNamed();
+}
 
 std::shared_ptr<platform::WMEncSource> SourceGroup::AddSource(SourceType type) {
     CheckAudioOrVideo(type);
@@ -20,10 +37,15 @@ void SourceGroup::AutoSetFileSource(const std::string& path) {
     if (!opened.media->audio && !opened.media->video)
         throw platform::Error(platform::kInvalidData,
                               fmt::format("{} has neither sound nor picture", opened.host_path));
-    if (opened.media->audio)
-        audio_.emplace_back(std::make_shared<AudioSource>(parts_))->TakeInput(opened);
-    if (opened.media->video)
-        video_.emplace_back(std::make_shared<VideoSource>(parts_))->TakeInput(opened);
+    // A loaded session has sources already: their settings stay, their input is this file.
+    const auto take = [&](auto& sources, bool has_stream) {
+        using Source = typename std::decay_t<decltype(sources)>::value_type::element_type;
+        if (!has_stream) return sources.clear();
+        if (sources.empty()) sources.push_back(std::make_shared<Source>(parts_));
+        sources.front()->TakeInput(opened);
+    };
+    take(audio_, opened.media->audio.has_value());
+    take(video_, opened.media->video.has_value());
 }
 
 int SourceGroup::SourceCount(SourceType type) const {
@@ -65,6 +87,16 @@ std::shared_ptr<platform::WMEncSourceGroup> SourceGroups::Item(int index) {
     if (index < 0 || index >= Count())
         RefuseArgument(fmt::format("There is no source group {}", index));
     return groups_[static_cast<std::size_t>(index)];
+}
+
+void SourceGroups::TakeOver(const std::vector<SourceGroupRecord>& records) {
+    groups_.clear();
+    for (const SourceGroupRecord& record : records)
+        groups_.push_back(std::make_shared<SourceGroup>(record, parts_));
+}
+
+void SourceGroups::OpenNamed() {
+    for (const auto& group : groups_) group->OpenNamed();
 }
 
 std::vector<SourceGroupRecord> SourceGroups::Records() const {

@@ -15,6 +15,8 @@ class SourceGroup : public platform::WMEncSourceGroup {
   public:
     SourceGroup(std::string name, std::shared_ptr<const EngineParts> parts)
         : name_(std::move(name)), parts_(std::move(parts)) {}
+    /// As it was set up before, with inputs that may be named only.
+    SourceGroup(const SourceGroupRecord& record, std::shared_ptr<const EngineParts> parts);
 
     std::string Name() const override { return name_; }
     std::shared_ptr<platform::WMEncSource> AddSource(platform::SourceType type) override;
@@ -24,6 +26,8 @@ class SourceGroup : public platform::WMEncSourceGroup {
     std::shared_ptr<platform::WMEncProfile2> Profile() override { return profile_; }
     void SetProfile(const platform::WMEncProfile2& profile) override;
 
+    /// Opens the inputs that are named only. Throws what OpenInput throws.
+    void OpenNamed();
     /// The group as it is set up now.
     SourceGroupRecord Record() const;
 
@@ -45,6 +49,9 @@ class SourceGroups : public platform::WMEncSourceGroupCollection {
     std::shared_ptr<platform::WMEncSourceGroup> Item(int index) override;
     void Remove(const std::string& name) override;
 
+    /// In the place of the groups that there are.
+    void TakeOver(const std::vector<SourceGroupRecord>& records);
+    void OpenNamed();
     std::vector<SourceGroupRecord> Records() const;
 
   private:

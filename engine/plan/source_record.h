@@ -25,9 +25,12 @@ struct SourceInput {
     std::string host_path;  // of a file
     std::optional<MediaFileInfo> media;
     std::optional<CaptureInput> capture;
+    std::string area = {};  // of a screen, where it is not the program's choice: as ParseScreenArea
 
     bool IsSet() const { return !input.empty(); }
     bool IsFile() const { return media.has_value(); }
+    /// Named, but not found when it was: a session file may come before its sources.
+    bool LacksSource() const { return IsSet() && !media && !capture; }
 };
 
 /// What every source has. Units and meanings are those of the object model's properties.

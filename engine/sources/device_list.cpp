@@ -11,6 +11,8 @@
 
 #include <fmt/format.h>
 
+#include "platform/text.h"
+
 namespace engine {
 namespace {
 
@@ -113,12 +115,25 @@ SourceType MediumOf(DeviceKind kind) {
 }
 
 const Device* FindDevice(const DeviceList& list, SourceType medium, const std::string& name) {
-    const bool any_default = medium == SourceType::Audio && name == kDefaultAudioDevice;
-    const auto found = std::find_if(list.begin(), list.end(), [&](const Device& device) {
-        return MediumOf(device.kind) == medium &&
-               (any_default ? device.is_default : device.name == name);
+    const bool any_default =
+        name == (medium == SourceType::Audio ? kDefaultAudioDevice : kDefaultVideoDevice);
+    const std::string lower = platform::LowerCase(name);
+    const auto first = [&](const auto& fits) -> const Device* {
+        const auto found = std::find_if(list.begin(), list.end(), [&](const Device& device) {
+            return MediumOf(device.kind) == medium && fits(device);
+        });
+        return found == list.end() ? nullptr : &*found;
+    };
+    if (any_default) return first([](const Device& device) { return device.is_default; });
+    if (const Device* const same = first([&](const Device& d) { return d.name == name; }))
+        return same;
+    // Other machines and systems spell the same device in another way.
+    if (const Device* const nearly =
+            first([&](const Device& d) { return platform::LowerCase(d.name) == lower; }))
+        return nearly;
+    return first([&](const Device& d) {
+        return platform::LowerCase(d.name).find(lower) != std::string::npos;
     });
-    return found == list.end() ? nullptr : &*found;
 }
 
 }  // namespace engine

@@ -18,13 +18,15 @@ namespace engine {
 
 /// The name that stands for the default audio device, whichever that is.
 inline constexpr const char* kDefaultAudioDevice = "Default_Audio_Device";
+inline constexpr const char* kDefaultVideoDevice = "Default_Video_Device";
 
 /// Nodes that cannot capture a frame are left out.
 DeviceList MakeDeviceList(const DeviceFacts& facts);
 
 platform::SourceType MediumOf(DeviceKind kind);
 
-/// The device of a medium that a source's input names; null when there is none. Points into `list`.
+/// The device of a medium that a source's input names, else in another case, else in a part of its
+/// name; null when there is none. Points into `list`.
 const Device* FindDevice(const DeviceList& list, platform::SourceType medium,
                          const std::string& name);
 

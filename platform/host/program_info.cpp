@@ -6,6 +6,7 @@ namespace {
 
 constexpr const char* kConsoleUsage =
     "Usage: tessivo-console [--json] [--explain] [WORD ... | -]\n"
+    "       tessivo-console [--json] --save-session FILE WORD ...\n"
     "       tessivo-console [--json] --repair FILE\n"
     "       tessivo-console --version | --help\n"
     "\n"
@@ -44,6 +45,9 @@ constexpr const char* kConsoleRest =
     "             are passed over\n"
     "  --explain  prints what the command would set up instead of running it, and writes nothing;\n"
     "             as the first word of a line it explains that line\n"
+    "  --save-session FILE\n"
+    "             saves what the command would set up as a session file instead of running it;\n"
+    "             \"-wme FILE\" runs it, and options beside that change it\n"
     "  --json     writes progress and reports to standard output, a JSON object a line; the\n"
     "             command's lines go to standard error\n"
     "\n"

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/host/locale_text.h"
+#include "platform/text.h"
 
 namespace platform::host {
 
@@ -66,6 +67,39 @@ void MenuCommands::ChooseOutput() {
     dialog.setNameFilters({Text("Windows Media files (*.wmv *.wma)"), Text("All files (*)")});
     QObject::connect(&dialog, &QFileDialog::fileSelected, &dialog,
                      [this](const QString& path) { command_.PutFile("-output", path); });
+    dialog.open();
+}
+
+void MenuCommands::ChooseFile(const char* name, const QString& title, const QString& kind,
+                              const QString& option) {
+    QFileDialog& dialog = OpenDialog(name, title);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setNameFilters({kind, Text("All files (*)")});
+    QObject::connect(&dialog, &QFileDialog::fileSelected, &dialog,
+                     [this, option](const QString& path) { command_.PutFile(option, path); });
+    dialog.open();
+}
+
+void MenuCommands::LoadProfile() {
+    ChooseFile("loadProfile", Text("Load a profile"), Text("Profiles (*.prx)"), "-loadprofile");
+}
+
+void MenuCommands::LoadSession() {
+    ChooseFile("loadSession", Text("Load a session"), Text("Sessions (*.wme)"), "-wme");
+}
+
+void MenuCommands::SaveSession() {
+    QFileDialog& dialog = OpenDialog("saveSession", Text("Save the session"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setNameFilters({Text("Sessions (*.wme)"), Text("All files (*)")});
+    dialog.setDefaultSuffix(QStringLiteral("wme"));
+    QObject::connect(&dialog, &QFileDialog::fileSelected, &dialog, [this](const QString& path) {
+        std::vector<std::string> words = {"--save-session", path.toStdString()};
+        for (std::string& word : Split(command_.text().toStdString(), ' '))
+            words.push_back(std::move(word));
+        RunListing(words);
+    });
     dialog.open();
 }
 

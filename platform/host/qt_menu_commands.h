@@ -24,8 +24,8 @@ namespace platform::host {
 using FileRepair = std::function<std::string(const std::string& path)>;
 
 /// Dialogs are opened without a loop of their own and named: "chooseInput", "chooseOutput",
-/// "inputFile", "repairFile", "saveFile", "message", "about". User-interface thread; everything
-/// handed over must outlive it.
+/// "loadProfile", "loadSession", "saveSession", "inputFile", "repairFile", "saveFile", "message",
+/// "about". User-interface thread; everything handed over must outlive it.
 class MenuCommands {
   public:
     MenuCommands(QWidget& window, EventLoop& loop, CommandEdit& command, OutputView& pane,
@@ -48,6 +48,9 @@ class MenuCommands {
     void ShowHelp() { RunListing({"-help"}); }
     void ChooseInput();
     void ChooseOutput();
+    void LoadProfile();
+    void LoadSession();
+    void SaveSession();
     /// What the language has after `option`.
     FollowingWords WordsAfter(const char* option) const;
     void ShowFileInformation();
@@ -62,6 +65,9 @@ class MenuCommands {
   private:
     void RunListing(const std::vector<std::string>& words);
     QFileDialog& OpenDialog(const char* name, const QString& title);
+    /// A dialog for a file that becomes the option's value.
+    void ChooseFile(const char* name, const QString& title, const QString& kind,
+                    const QString& option);
     void Repair(const QString& path);
     void WritePane(const QString& path);
     void ShowMessage(QMessageBox::Icon icon, const char* name, const QString& text,

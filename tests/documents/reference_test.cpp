@@ -31,6 +31,9 @@ void MakeInputs(const TempFolder& folder) {
         << "<profile name='Mine'><streamconfig streamnumber='1' bitrate='60000'><wmmediatype>"
            "<videoinfoheader><bitmapinfoheader bicompression='WMV3'/></videoinfoheader>"
            "</wmmediatype></streamconfig></profile>\n";
+    std::ofstream(folder / "job.wme")
+        << "<EncoderSession><SourceGroup><Source Type='video' Input='film.avi'/>"
+           "<Profile File='mine.prx'/></SourceGroup></EncoderSession>\n";
 }
 
 TEST(Documents, EachExampleDoesWhatItsMarkSays) {

@@ -123,6 +123,33 @@ TEST_F(Menus, FileInformationTakesTheNameAsOneWord) {
     EXPECT_THAT(form_.calls, ElementsAre("listing|-input|" + path.toStdString()));
 }
 
+TEST_F(Menus, ProfilesAndSessionsGoIntoTheCommand) {
+    const QString profile = folder_.filePath(QStringLiteral("own.prx"));
+    const QString session = folder_.filePath(QStringLiteral("two words.wme"));
+    for (const QString& path : {profile, session})
+        ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+    window().txtCmd().SetText("-output a.wmv");
+    Trigger("loadProfile");
+    Choose("loadProfile", profile);
+    Trigger("loadSession");
+    Choose("loadSession", session);
+    const std::string command = window().txtCmd().Text();
+    EXPECT_EQ(
+        command.rfind("-output a.wmv -loadprofile " + profile.toStdString() + " -wme file:", 0), 0U)
+        << command;
+    EXPECT_THAT(form_.calls, IsEmpty());
+
+    Trigger("saveSession");
+    Choose("saveSession", folder_.filePath(QStringLiteral("new.wme")));
+    ASSERT_EQ(form_.calls.size(), 1U);
+    EXPECT_EQ(form_.calls[0].rfind("listing|--save-session|" +
+                                       folder_.filePath(QStringLiteral("new.wme")).toStdString() +
+                                       "|-output|a.wmv|-loadprofile|",
+                                   0),
+              0U)
+        << form_.calls[0];
+}
+
 TEST_F(Menus, ATypedNameLeavesNoListOpen) {
     ASSERT_TRUE(QFile(folder_.filePath("typed.avi")).open(QIODevice::WriteOnly));
     Trigger("fileInformation");

@@ -82,7 +82,9 @@ class FakeEncoder : public platform::WMEncoder {
         int Count() const override { return static_cast<int>(items.size()); }
         std::shared_ptr<platform::WMEncSourceGroup> Item(int index) override {
             log->Call("Groups.Item", "(" + std::to_string(index) + ")");
-            return items.at(static_cast<std::size_t>(index));
+            if (index < 0 || index >= Count())
+                throw platform::Error(platform::kInvalidArgument, "no such group");
+            return items[static_cast<std::size_t>(index)];
         }
         void Remove(const std::string& name) override {
             log->Call("Groups.Remove", "(" + name + ")");

@@ -37,6 +37,7 @@ class FakeFileSystem : public platform::FileSystem {
     std::string Separator() const override { return "/"; }
     std::string GetAbsolutePathName(const std::string& path) override {
         if (path.empty()) return "/home";
+        if (path.substr(0, 2) == "./") return "/home/" + path.substr(2);
         return path.front() == '/' ? path : "/home/" + path;
     }
     std::string GetParentFolderName(const std::string& path) override {

@@ -16,8 +16,7 @@ TEST(Explain, ASourcesPropertyStandsThereOnceItWasSet) {
     Session session;
     session.AddSources(true, true);
     session.state.g_objSrcVid->SetMarkIn(1500);
-    session.settings.time = {1500, 0};  // "end" is 0, as a mark that nobody set
-    ExplainSession(session.state, session.settings, {}, session.pane);
+    ExplainSession(session.state, {}, session.pane);
     const Lines lines = session.pane.Take();
     EXPECT_THAT(lines, Contains("video.MarkIn = 1500"));
     EXPECT_THAT(lines, Contains("video.MarkOut = 0"));
@@ -52,7 +51,7 @@ TEST(Explain, TheOptionThatDecidesAValueSaysWhetherItIsCarriedOver) {
         CommandOrigin origin{{}, each.typed};
         origin.before.profile = each.before;
         origin.before.v_width = each.width_before;
-        ExplainSession(session.state, session.settings, origin, session.pane);
+        ExplainSession(session.state, origin, session.pane);
         const std::string line = "audience.VideoWidth = 320";
         EXPECT_THAT(session.pane.Take(), Contains(line + (each.carried ? " (carried over)" : "")));
     }

@@ -149,9 +149,13 @@ TEST(Sources, TakeTheStreamsThatTheFileHas) {
     EXPECT_EQ(group.Source(SourceType::Video, 0)->Duration(), 10000);
     EXPECT_EQ(group.Source(SourceType::Video, 0)->Input(), "film.avi");
 
+    // The sources of a loaded session keep their settings when they get another file.
+    group.Source(SourceType::Audio, 0)->SetMarkIn(500);
     group.AutoSetFileSource("song.mp3");
-    EXPECT_EQ(group.SourceCount(SourceType::Audio), 2);
-    EXPECT_EQ(group.SourceCount(SourceType::Video), 1);
+    ASSERT_EQ(group.SourceCount(SourceType::Audio), 1);
+    EXPECT_EQ(group.SourceCount(SourceType::Video), 0);
+    EXPECT_EQ(group.Source(SourceType::Audio, 0)->Input(), "song.mp3");
+    EXPECT_EQ(group.Source(SourceType::Audio, 0)->MarkIn(), 500);
 
     const auto video = platform::AsVideo(group.AddSource(SourceType::Video));
     const platform::Error no_picture = ErrorOf([&] { video->SetInput("song.mp3"); });
