@@ -40,6 +40,7 @@ struct StreamHeader {
     std::string codec_description;  // "64 kbps, 44 kHz, stereo CBR"
     bool variable_rate = false;
     std::uint32_t average_rate_bps = 0;
+    bool rate_is_estimate = false;  // a file that is finished says what was measured instead
     std::uint32_t buffer_ms = 0;
     std::uint32_t peak_rate_bps = 0;   // 0 = the average rate
     std::uint32_t peak_buffer_ms = 0;  // 0 = the buffer window

@@ -6,6 +6,7 @@
 #include "engine/encoders/av_gop_coder.h"
 #include "engine/encoders/full_frame_encoder.h"
 #include "engine/encoders/gop_video_encoder.h"
+#include "engine/encoders/lossless_audio_encoder.h"
 #include "engine/encoders/pcm_encoder.h"
 #include "engine/encoders/screen_video_encoder.h"
 #include "engine/encoders/video_header.h"
@@ -51,6 +52,8 @@ std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, CodedFrame
     const WrittenAudio written = WrittenFor(*plan.codec, plan.mode, plan.format);
     if (written.maker.kind == CodecMaker::Kind::Pcm)
         return std::make_unique<PcmEncoder>(plan, packets);
+    if (written.maker.kind == CodecMaker::Kind::Lossless)
+        return std::make_unique<LosslessAudioEncoder>(plan, packets);
     return std::make_unique<AvAudioEncoder>(plan, packets);
 }
 

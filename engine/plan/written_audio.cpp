@@ -41,6 +41,7 @@ WrittenAudio WrittenFor(const AudioCodecRow& row, VbrMode mode, const AudioForma
         written.value = format.sampling_rate * format.channels * format.bits_per_sample;
         return {codec.maker, kWavePcmTag, written};
     }
+    if (codec.maker.kind == CodecMaker::Kind::Lossless) return {codec.maker, codec.tag, format};
     written.channels = std::min(format.channels, kStandardMostChannels);
     written.bits_per_sample = 16;
     if (format.sampling_rate > 48000) written.sampling_rate = format.sampling_rate / 2;
@@ -52,10 +53,12 @@ WrittenAudio WrittenFor(const AudioCodecRow& row, VbrMode mode, const AudioForma
 
 std::string AudioDescription(const AudioCodecRow& row, VbrMode mode, const AudioFormat& format) {
     const AudioFormat written = WrittenFor(row, mode, format).format;
+    const bool lossless = Written(row).maker.kind == CodecMaker::Kind::Lossless;
     std::string text =
-        fmt::format("{}, {} kHz, {}", RateText(VbrMode::Constant, written.value),
+        fmt::format("{}, {} kHz, {}", RateText(lossless ? mode : VbrMode::Constant, written.value),
                     ArgumentKilohertz(written.sampling_rate), ChannelText(written.channels));
     if (written.bits_per_sample != 16) text += fmt::format(", {} bit", written.bits_per_sample);
+    if (lossless) return text + " VBR";
     if (Written(row).maker.kind != CodecMaker::Kind::Pcm) text += " CBR";
     const bool as_asked = mode != VbrMode::Quality && written == format;
     if (as_asked) return text;

@@ -104,11 +104,12 @@ void AppendCodecList(ByteWriter& out, const OutputHeader& header) {
     out.Object(guid::kCodecList, body);
 }
 
-void AppendFormat(ByteWriter& out, const AudioHeader& audio, const StreamHeader& stream) {
+void AppendFormat(ByteWriter& out, const AudioHeader& audio, const StreamHeader& stream,
+                  std::uint32_t average_rate_bps) {
     out.U16(audio.format_tag);
     out.U16(audio.channels);
     out.U32(audio.sampling_rate);
-    out.U32(audio.average_bytes_per_second);
+    out.U32(stream.rate_is_estimate ? average_rate_bps / 8 : audio.average_bytes_per_second);
     out.U16(audio.block_align);
     out.U16(audio.bits_per_sample);
     out.U16(static_cast<std::uint16_t>(stream.extra_data.size()));
@@ -136,12 +137,14 @@ void AppendFormat(ByteWriter& out, const VideoHeader& video, const StreamHeader&
     out.Bytes(stream.extra_data);
 }
 
-void AppendStreamProperties(ByteWriter& out, const StreamHeader& stream, std::uint8_t number) {
+void AppendStreamProperties(ByteWriter& out, const OutputHeader& header,
+                            const HeaderNumbers& numbers, std::size_t index) {
+    const StreamHeader& stream = header.streams[index];
     const AudioHeader* audio = std::get_if<AudioHeader>(&stream.format);
     ByteWriter format;
     ByteWriter error_correction;
     if (audio) {
-        AppendFormat(format, *audio, stream);
+        AppendFormat(format, *audio, stream, AverageRate(header, numbers, index));
         error_correction.U8(1);
         error_correction.U16(audio->block_align);
         error_correction.U16(audio->block_align);
@@ -156,7 +159,7 @@ void AppendStreamProperties(ByteWriter& out, const StreamHeader& stream, std::ui
     body.U64(0);  // time offset
     body.U32(static_cast<std::uint32_t>(format.size()));
     body.U32(static_cast<std::uint32_t>(error_correction.size()));
-    body.U16(number);
+    body.U16(StreamNumber(index));
     body.U32(0);
     body.Bytes(format.bytes());
     body.Bytes(error_correction.bytes());
@@ -248,7 +251,7 @@ std::vector<std::uint8_t> BuildHeader(const OutputHeader& header, const HeaderFa
     AppendHeaderExtension(children, header, facts, numbers);
     AppendCodecList(children, header);
     for (std::size_t i = 0; i < header.streams.size(); ++i)
-        AppendStreamProperties(children, header.streams[i], StreamNumber(i));
+        AppendStreamProperties(children, header, numbers, i);
     AppendContentDescription(children, header.content);
     AppendExtendedContent(children, header);
     AppendStreamBitRates(children, header, facts, numbers);

@@ -110,8 +110,9 @@ void AppendMetadata(ByteWriter& out, const OutputHeader& header) {
 
 std::uint32_t AverageRate(const OutputHeader& header, const HeaderNumbers& numbers,
                           std::size_t stream_index) {
-    const std::uint32_t stated = header.streams[stream_index].average_rate_bps;
-    if (stated != 0 || numbers.measured_rates.empty()) return stated;
+    const StreamHeader& stream = header.streams[stream_index];
+    const bool stated = stream.average_rate_bps != 0 && !stream.rate_is_estimate;
+    if (stated || numbers.measured_rates.empty()) return stream.average_rate_bps;
     return numbers.measured_rates[stream_index];
 }
 

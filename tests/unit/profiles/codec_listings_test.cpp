@@ -170,7 +170,7 @@ TEST(CustomAudio, TheReportNamesTheCodecInTheModeThatASettingChooses) {
     session.settings.a_codec = "WMA9LSL";
     session.settings.a_setting = "Q100_44_2_16";
     EXPECT_TRUE(SetupCustomAudioProfile(session.state, session.settings, session.pane, *audience));
-    EXPECT_EQ(session.state.AudioCodecName, "Windows Media Audio 9 Lossless (as PCM)");
+    EXPECT_EQ(session.state.AudioCodecName, "Windows Media Audio 9 Lossless");
 }
 
 }  // namespace

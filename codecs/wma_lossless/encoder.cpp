@@ -1,0 +1,154 @@
+#include "codecs/wma_lossless/encoder.h"
+
+#include <algorithm>
+#include <bit>
+#include <cassert>
+#include <cstddef>
+#include <utility>
+
+#include "codecs/common/index.h"
+#include "codecs/common/task_team.h"
+#include "codecs/wma_lossless/group_coder.h"
+
+namespace codecs::wma_lossless {
+namespace {
+
+// Where a stream can be entered, filters start afresh and need some time to learn.
+constexpr int kGroupSeconds = 6;
+// What of a group all candidates code, before the best of them goes on alone.
+constexpr int kTrialMs = 700;
+
+}  // namespace
+
+class Encoder::Impl {
+  public:
+    explicit Impl(const EncoderSettings& settings)
+        : format_(settings.format),
+          group_frames_(
+              std::max(1, kGroupSeconds * format_.SamplingRate() / format_.FrameSamples())),
+          trial_frames_(settings.low_delay ? 1
+                                           : 1 + kTrialMs * format_.SamplingRate() /
+                                                     (1000 * format_.FrameSamples())),
+          packetiser_(format_),
+          team_(settings.threads),
+          waiting_(Index(trial_frames_),
+                   FrameSamples(Index(format_.Channels()),
+                                std::vector<std::int32_t>(Index(format_.FrameSamples())))) {
+        const std::span<const Configuration> all = Candidates(format_);
+        for (const Configuration& configuration : settings.low_delay ? all.first(1) : all)
+            candidates_.emplace_back(configuration, format_);
+    }
+
+    void Encode(std::span<const std::int32_t> samples, const PacketSink& sink) {
+        const std::size_t channels = Index(format_.Channels());
+        assert(samples.size() % channels == 0);
+        for (std::size_t i = 0; i < samples.size(); i += channels) {
+            for (std::size_t channel = 0; channel < channels; ++channel)
+                waiting_[frames_waiting_][channel][filled_] = samples[i + channel];
+            if (++filled_ == Index(format_.FrameSamples())) TakeFrame(sink);
+        }
+    }
+
+    void Finish(const PacketSink& sink) {
+        if (filled_ > 0) {
+            trimmed_ = format_.FrameSamples() - static_cast<int>(filled_);
+            for (std::vector<std::int32_t>& channel : waiting_[frames_waiting_])
+                std::fill(channel.begin() + static_cast<std::ptrdiff_t>(filled_), channel.end(), 0);
+            TakeFrame(sink);
+        }
+        if (frames_waiting_ > 0) StartGroup(sink);
+        packetiser_.Finish(sink);
+    }
+
+  private:
+    void TakeFrame(const PacketSink& sink) {
+        filled_ = 0;
+        if (best_ == nullptr) {
+            if (++frames_waiting_ == waiting_.size()) StartGroup(sink);
+            return;
+        }
+        best_->Predict(waiting_[0], &team_);
+        // Filters that are lost all of a sudden do not find back: others are tried.
+        const bool lost = best_->LastIsRaw() && !raw_trial_;
+        WriteFrame(trimmed_, sink);
+        if (lost) EndGroup();
+    }
+
+    // Every candidate codes the frames that wait.
+    void StartGroup(const PacketSink& sink) {
+        std::uint32_t seen = 0;
+        for (std::size_t i = 0; i < frames_waiting_; ++i)
+            for (const std::vector<std::int32_t>& channel : waiting_[i])
+                for (const std::int32_t sample : channel)
+                    seen |= static_cast<std::uint32_t>(sample);
+        const int zeros = seen == 0 ? 0 : std::countr_zero(seen);
+        std::vector<std::int64_t> bits(candidates_.size());
+        team_.Run(static_cast<int>(candidates_.size()), [&](int n) {
+            GroupCoder& candidate = candidates_[Index(n)];
+            candidate.Begin(zeros);
+            for (std::size_t i = 0; i < frames_waiting_; ++i)
+                candidate.Predict(waiting_[i], nullptr);
+            bits[Index(n)] = candidate.Settle();
+        });
+        const auto best = std::ranges::min_element(bits) - bits.begin();
+        best_ = &candidates_[static_cast<std::size_t>(best)];
+        raw_trial_ = best_->LastIsRaw();
+        for (std::size_t left = std::exchange(frames_waiting_, 0); left > 0; --left)
+            WriteFrame(left == 1 ? trimmed_ : 0, sink);
+    }
+
+    void WriteFrame(int trimmed, const PacketSink& sink) {
+        content_.Clear();
+        content_.Put(1, 1);  // all channels have one layout
+        if (trimmed > 0) {
+            content_.Put(0b101, 3);  // at the end
+            content_.Put(static_cast<std::uint32_t>(trimmed), format_.TrimBits());
+        } else {
+            content_.Put(0, 1);
+        }
+        best_->WriteTile(content_);
+        content_.Put(1, 1);  // a filler
+        Packetiser::Frame frame;
+        frame.bits = content_.Size();
+        content_.Align();
+        frame.bytes.assign(content_.Bytes().begin(), content_.Bytes().end());
+        frame.samples = format_.FrameSamples() - trimmed;
+        frame.key = group_frame_ == 0;
+        packetiser_.Add(std::move(frame), sink);
+        ++group_frame_;
+        // Where the next frame can be entered, or could not soon: silence has hundreds in a packet.
+        if (group_frame_ >= 2 * group_frames_ ||
+            (group_frame_ >= group_frames_ && packetiser_.NextStartsFirst()))
+            EndGroup();
+    }
+
+    void EndGroup() {
+        group_frame_ = 0;
+        best_ = nullptr;
+    }
+
+    StreamFormat format_;
+    int group_frames_;
+    int trial_frames_;
+    Packetiser packetiser_;
+    TaskTeam team_;
+    std::vector<GroupCoder> candidates_;
+    std::vector<FrameSamples> waiting_;
+    std::size_t frames_waiting_ = 0;  // whole ones; the next one is being filled
+    std::size_t filled_ = 0;
+    int trimmed_ = 0;             // at the end of the last frame
+    GroupCoder* best_ = nullptr;  // of the group under way
+    int group_frame_ = 0;
+    bool raw_trial_ = false;  // its filters do not gain anything
+    BitWriter content_;
+};
+
+Encoder::Encoder(const EncoderSettings& settings) : impl_(std::make_unique<Impl>(settings)) {}
+Encoder::~Encoder() = default;
+
+void Encoder::Encode(std::span<const std::int32_t> samples, const PacketSink& sink) {
+    impl_->Encode(samples, sink);
+}
+void Encoder::Finish(const PacketSink& sink) { impl_->Finish(sink); }
+
+}  // namespace codecs::wma_lossless
