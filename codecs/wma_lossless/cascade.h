@@ -16,9 +16,12 @@ class CascadeScratch {
 
   private:
     friend class Cascade;
+    // Newest first, with room for a block on each side.
     std::vector<std::int16_t> signs_;
     std::vector<std::int16_t> narrow_;
     std::vector<std::int32_t> wide_;
+    std::vector<std::int32_t> narrow_moved_;
+    std::vector<std::int64_t> wide_moved_;
 };
 
 /// A copy predicts on from where its original is; copying into one of the same configuration

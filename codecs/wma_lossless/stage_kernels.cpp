@@ -1,5 +1,8 @@
 #include "codecs/wma_lossless/stage_kernels.h"
 
+#include <algorithm>
+#include <array>
+
 // clang-format off
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "stage_kernels.cpp"
@@ -16,150 +19,239 @@ HWY_BEFORE_NAMESPACE();
 namespace codecs::wma_lossless::HWY_NAMESPACE {
 namespace {
 
-// Finds out whether sums of 32 bits have come near to where they wrap.
-class NarrowSums {
-  public:
-    std::uint32_t Take(std::uint32_t sum) {
-        seen_ |= sum ^ (0U - (sum >> 31));
-        return sum;
-    }
-    bool Safe() const { return seen_ < std::uint32_t{1} << 30; }
+// A block moves no weight by more.
+constexpr int kMostMoved = 16 * kBlock;
+constexpr std::int16_t kHighestWeight = 32767 - kMostMoved;
 
-  private:
-    std::uint32_t seen_ = 0;  // the bits beside the sign, gathered
-};
+using Directions = std::array<std::int16_t, kBlock>;
 
-// Finds out whether sums of 64 bits have passed 32.
-class WideSums {
-  public:
-    std::uint32_t Take(std::int64_t sum) {
-        safe_ = safe_ && sum == static_cast<std::int32_t>(sum);
-        return static_cast<std::uint32_t>(sum);
-    }
-    bool Safe() const { return safe_; }
-
-  private:
-    bool safe_ = true;
-};
+// Narrow sums are looked at after they may have wrapped: what has come near will not have passed.
+constexpr std::int64_t kHighestNarrowSum = std::int64_t{1} << 30;
+constexpr std::int64_t kHighestWideSum = std::int64_t{1} << 31;
 
 #if CODECS_WMA_LOSSLESS_SIMD
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Orders are multiples of as many lanes.
-using Words = hn::CappedTag<std::int16_t, kOrderStep>;
-using Sums = hn::RepartitionToWide<Words>;
+template <class D>
+HWY_INLINE std::int64_t Total(D lanes, hn::Vec<D> values) {
+    return hn::GetLane(hn::SumOfLanes(lanes, values));
+}
+
+// Pairs of neighbours added up: those of `low` below those of `high`.
+template <class D>
+HWY_INLINE hn::Vec<D> Folded(D lanes, hn::Vec<D> low, hn::Vec<D> high) {
+    return hn::Add(hn::ConcatEven(lanes, high, low), hn::ConcatOdd(lanes, high, low));
+}
+
+// Weights of which both widths move as many at a time as `Words` has lanes.
+template <class WordLanes>
+struct Weights {
+    using Words = WordLanes;
+
+    hn::Vec<Words> directions[kBlock];
+    hn::Vec<Words> highest;
+    hn::Vec<Words> lowest;
+
+    HWY_INLINE void Begin(const Directions& by) {
+        highest = lowest = hn::Zero(Words());
+        for (int n = 0; n < kBlock; ++n) directions[n] = hn::Set(Words(), by[n]);
+    }
+    // Moves them as the errors of a block ask whose first window of signs this is.
+    HWY_INLINE hn::Vec<Words> Move(std::int16_t* weights, const std::int16_t* steps,
+                                   const std::int16_t* signs) {
+        const Words words;
+        auto sum = hn::Mul(hn::LoadU(words, signs), directions[0]);
+        for (int n = 1; n < kBlock; ++n)
+            sum = hn::Add(sum, hn::Mul(hn::LoadU(words, signs - n), directions[n]));
+        const auto moved =
+            hn::Add(hn::LoadU(words, weights), hn::Mul(sum, hn::LoadU(words, steps)));
+        hn::StoreU(moved, words, weights);
+        highest = hn::Max(highest, moved);
+        lowest = hn::Min(lowest, moved);
+        return moved;
+    }
+    HWY_INLINE bool Safe() const {
+        const Words words;
+        const auto safe = hn::And(hn::Lt(highest, hn::Set(words, kHighestWeight)),
+                                  hn::Gt(lowest, hn::Set(words, -kHighestWeight)));
+        return hn::AllTrue(words, safe);
+    }
+};
 
 struct Narrow {
-    using Value = std::int16_t;
+    using Words = hn::CappedTag<std::int16_t, kOrderStep>;
+    using Sums = hn::RepartitionToWide<Words>;
 
-    NarrowSums seen;
+    Weights<Words> weights_now;
 
-    HWY_INLINE std::uint32_t Next(std::int16_t* weights, const std::int16_t* steps,
-                                  const std::int16_t* signs, const Value* window, int order) {
+    HWY_INLINE void Next(const NarrowStageRun& run, int window, const Directions& directions,
+                         std::int64_t* sums) {
         const Words words;
-        const Sums sums;
-        const auto lanes = static_cast<int>(hn::Lanes(words));
-        auto even = hn::Zero(sums);
-        auto odd = hn::Zero(sums);
-        for (int i = 0; i < order; i += lanes) {
-            const auto weight =
-                hn::Add(hn::LoadU(words, weights + i),
-                        hn::Mul(hn::LoadU(words, signs + i), hn::LoadU(words, steps + i)));
-            hn::StoreU(weight, words, weights + i);
-            even = hn::ReorderWidenMulAccumulate(sums, weight, hn::LoadU(words, window + i), even,
-                                                 odd);
+        const Sums wide;
+        weights_now.Begin(directions);
+        const std::int16_t* const signs = run.signs + window + kBlock;
+        const std::int16_t* const values = run.values + window;
+        hn::Vec<Sums> total[kBlock];
+        hn::Vec<Sums> rest[kBlock];
+        for (int n = 0; n < kBlock; ++n) total[n] = rest[n] = hn::Zero(wide);
+        for (int i = 0; i < run.order; i += static_cast<int>(hn::Lanes(words))) {
+            const auto weights = weights_now.Move(run.weights + i, run.steps + i, signs + i);
+            for (int n = 0; n < kBlock; ++n)
+                total[n] = hn::ReorderWidenMulAccumulate(
+                    wide, weights, hn::LoadU(words, values + i - n), total[n], rest[n]);
         }
-        const auto sum =
-            static_cast<std::uint32_t>(hn::GetLane(hn::SumOfLanes(sums, hn::Add(even, odd))));
-        return seen.Take(sum);
+        for (int n = 0; n < kBlock; ++n) total[n] = hn::Add(total[n], rest[n]);
+        auto all = Folded(wide, Folded(wide, total[0], total[1]), Folded(wide, total[2], total[3]));
+        if constexpr (hn::MaxLanes(Sums()) > kBlock) all = Folded(wide, all, all);
+        HWY_ALIGN std::array<std::int32_t, hn::MaxLanes(Sums())> lanes;
+        hn::Store(all, wide, lanes.data());
+        for (int n = 0; n < kBlock; ++n) sums[n] = lanes[static_cast<std::size_t>(n)];
     }
-    bool Safe() const { return seen.Safe(); }
 };
 
 struct Wide {
-    using Value = std::int32_t;
+    using Words = hn::Half<hn::CappedTag<std::int16_t, kOrderStep>>;
+    using Values = hn::RepartitionToWide<hn::Twice<Words>>;
+    using Sums = hn::RepartitionToWide<Values>;
 
-    WideSums seen;
+    Weights<Words> weights_now;
 
-    HWY_INLINE std::uint32_t Next(std::int16_t* weights, const std::int16_t* steps,
-                                  const std::int16_t* signs, const Value* window, int order) {
-        const hn::Half<Words> words;
-        const Sums values;
-        const hn::RepartitionToWide<Sums> sums;
-        const auto lanes = static_cast<int>(hn::Lanes(words));
-        auto even = hn::Zero(sums);
-        auto odd = hn::Zero(sums);
-        for (int i = 0; i < order; i += lanes) {
-            const auto weight =
-                hn::Add(hn::LoadU(words, weights + i),
-                        hn::Mul(hn::LoadU(words, signs + i), hn::LoadU(words, steps + i)));
-            hn::StoreU(weight, words, weights + i);
-            const auto wide = hn::PromoteTo(values, weight);
-            const auto value = hn::LoadU(values, window + i);
-            even = hn::Add(even, hn::MulEven(wide, value));
-            odd = hn::Add(odd, hn::MulEven(Upper(wide), Upper(value)));
+    HWY_INLINE void Next(const WideStageRun& run, int window, const Directions& directions,
+                         std::int64_t* sums) {
+        const Values wide;
+        const Sums widest;
+        weights_now.Begin(directions);
+        const std::int16_t* const signs = run.signs + window + kBlock;
+        const std::int32_t* const values = run.values + window;
+        hn::Vec<Sums> total[kBlock];
+        for (int n = 0; n < kBlock; ++n) total[n] = hn::Zero(widest);
+        for (int i = 0; i < run.order; i += static_cast<int>(hn::Lanes(Words()))) {
+            const auto weights = hn::PromoteTo(
+                wide, weights_now.Move(run.weights + i, run.steps + i, signs + i));
+            for (int n = 0; n < kBlock; ++n) {
+                const auto value = hn::LoadU(wide, values + i - n);
+                total[n] = hn::Add(total[n], hn::Add(hn::MulEven(weights, value),
+                                                     hn::MulEven(Upper(weights), Upper(value))));
+            }
         }
-        return seen.Take(hn::GetLane(hn::SumOfLanes(sums, hn::Add(even, odd))));
+        for (int n = 0; n < kBlock; ++n) sums[n] = Total(widest, total[n]);
     }
-    bool Safe() const { return seen.Safe(); }
 
-  private:
     // The odd lanes where the even ones were.
-    static HWY_INLINE hn::Vec<Sums> Upper(hn::Vec<Sums> values) {
-        const hn::RepartitionToWide<Sums> pairs;
-        return hn::BitCast(Sums(), hn::ShiftRight<32>(hn::BitCast(pairs, values)));
+    static HWY_INLINE hn::Vec<Values> Upper(hn::Vec<Values> values) {
+        return hn::BitCast(Values(), hn::ShiftRight<32>(hn::BitCast(Sums(), values)));
     }
 };
 
 #else
 
-template <typename Value, typename Sum, class Sums>
-class Width {
-  public:
-    std::uint32_t Next(std::int16_t* weights, const std::int16_t* steps, const std::int16_t* signs,
-                       const Value* window, int order) {
-        Sum sum = 0;
-        for (int i = 0; i < order; ++i) {
-            weights[i] = static_cast<std::int16_t>(weights[i] + signs[i] * steps[i]);
-            sum += static_cast<Sum>(weights[i]) * static_cast<Sum>(window[i]);
-        }
-        return seen_.Take(sum);
-    }
-    bool Safe() const { return seen_.Safe(); }
+struct Weights {
+    int highest = 0;
+    int lowest = 0;
 
-  private:
-    Sums seen_;
+    bool Safe() const { return highest < kHighestWeight && lowest > -kHighestWeight; }
 };
-using Narrow = Width<std::int16_t, std::uint32_t, NarrowSums>;
-using Wide = Width<std::int32_t, std::int64_t, WideSums>;
+
+template <class Run>
+struct Plain {
+    Weights weights_now;
+
+    void Next(const Run& run, int window, const Directions& directions, std::int64_t* sums) {
+        std::fill_n(sums, kBlock, 0);
+        weights_now = {};
+        for (int i = 0; i < run.order; ++i) {
+            int moved = 0;
+            for (int n = 0; n < kBlock; ++n)
+                moved += run.signs[window + kBlock + i - n] * directions[static_cast<std::size_t>(n)];
+            const int weight = run.weights[i] + moved * run.steps[i];
+            run.weights[i] = static_cast<std::int16_t>(weight);
+            weights_now.highest = std::max(weights_now.highest, weight);
+            weights_now.lowest = std::min(weights_now.lowest, weight);
+            for (int n = 0; n < kBlock; ++n)
+                sums[n] += std::int64_t{weight} * run.values[window + i - n];
+        }
+    }
+};
+using Narrow = Plain<NarrowStageRun>;
+using Wide = Plain<WideStageRun>;
 
 #endif
 
-// Next of a width moves the weights as the last error asks, and returns the sum that they then
-// make of the next window.
-template <class Width, class Run>
-HWY_INLINE bool RunStage(const Run& run) {
-    Width width;
-    const std::uint32_t half = (std::uint32_t{1} << run.scaling) >> 1;
-    const std::int16_t* const unmoved = run.steps + run.order;
-    std::uint32_t sum =
-        width.Next(run.weights, unmoved, run.signs + run.count, run.values + run.count, run.order);
-    for (int i = 0; i < run.count; ++i) {
-        const std::int32_t prediction = static_cast<std::int32_t>(sum + half) >> run.scaling;
-        const auto error = static_cast<std::int32_t>(static_cast<std::uint32_t>(run.samples[i]) -
-                                                     static_cast<std::uint32_t>(prediction));
-        run.samples[i] = error;
-        const int direction = (error > 0 ? 1 : 0) - (error < 0 ? 1 : 0);
-        const int window = run.count - i;
-        sum = width.Next(run.weights, unmoved + direction * run.order, run.signs + window,
-                         run.values + window - 1, run.order);
+// What an error of 1 at the window that begins at place p adds to the sum of the sample that is
+// `lag` later: at [p] of the lag's part of the memory. The steps have three sizes, so differences
+// of running sums are enough.
+template <class Run>
+HWY_INLINE void FindMoved(const Run& run) {
+    const int places = run.count + run.order;
+    const std::int32_t sizes[] = {run.steps[0], run.steps[run.order / 16],
+                                  run.steps[run.order / 8]};
+    for (int lag = 1; lag < kBlock; ++lag) {
+        auto* const moved = run.moved + (lag - 1) * (places + 1);
+        moved[places] = 0;
+        for (int p = places - 1; p > lag; --p)
+            moved[p] = moved[p + 1] + run.signs[p] * run.values[p - lag];
+        for (int p = lag + 1; p <= run.count; ++p)
+            moved[p] = sizes[0] * (moved[p] - moved[p + run.order / 16]) +
+                       sizes[1] * (moved[p + run.order / 16] - moved[p + run.order / 8]) +
+                       sizes[2] * (moved[p + run.order / 8] - moved[p + run.order]);
     }
-    return width.Safe();
 }
 
-bool RunNarrowStageWith(const StageRun<std::int16_t>& run) { return RunStage<Narrow>(run); }
-bool RunWideStageWith(const StageRun<std::int32_t>& run) { return RunStage<Wide>(run); }
+// For blocks in which a weight may wrap, as it does in decoders.
+template <class Run>
+HWY_INLINE std::int64_t WeightedSum(const Run& run, int window) {
+    std::int64_t sum = 0;
+    for (int i = 0; i < run.order; ++i)
+        sum += std::int64_t{run.weights[i]} * run.values[window + i];
+    return sum;
+}
+template <class Run>
+HWY_INLINE void MoveAtOnce(const Run& run, int window, int direction) {
+    for (int i = 0; i < run.order; ++i)
+        run.weights[i] = static_cast<std::int16_t>(
+            run.weights[i] + direction * run.signs[window + i] * run.steps[i]);
+}
+
+template <class Width, class Run>
+HWY_INLINE bool RunStage(const Run& run, std::int64_t highest_safe) {
+    FindMoved(run);
+    const int moved_size = run.count + run.order + 1;
+    const std::int64_t half = (std::int64_t{1} << run.scaling) >> 1;
+    Width width;
+    Directions directions = {};
+    std::int64_t sums[kBlock];
+    std::int64_t highest = 0;  // of the sums, without their signs
+    for (int i = 0; i < run.count; i += kBlock) {
+        const int window = run.count - i;
+        width.Next(run, window, directions, sums);
+        const bool safe = width.weights_now.Safe();
+        for (int n = 0; n < kBlock; ++n) {
+            std::int64_t sum = sums[n];
+            if (safe)
+                for (int earlier = 0; earlier < n; ++earlier)
+                    sum += directions[static_cast<std::size_t>(earlier)] *
+                           run.moved[(n - earlier - 1) * moved_size + window - earlier];
+            else
+                sum = WeightedSum(run, window - n);
+            sum += half;
+            highest |= sum ^ (sum >> 63);
+            const auto prediction = static_cast<std::int32_t>(sum) >> run.scaling;
+            const std::int32_t error = run.samples[i + n] - prediction;
+            run.samples[i + n] = error;
+            const auto direction =
+                static_cast<std::int16_t>((error > 0 ? 1 : 0) - (error < 0 ? 1 : 0));
+            directions[static_cast<std::size_t>(n)] = direction;
+            if (!safe) MoveAtOnce(run, window - n, direction);
+        }
+        if (!safe) directions = {};
+    }
+    width.Next(run, 0, directions, sums);
+    return highest < highest_safe;
+}
+
+bool RunNarrowStageWith(const NarrowStageRun& run) { return RunStage<Narrow>(run, kHighestNarrowSum); }
+bool RunWideStageWith(const WideStageRun& run) { return RunStage<Wide>(run, kHighestWideSum); }
 
 }  // namespace
 }  // namespace codecs::wma_lossless::HWY_NAMESPACE
@@ -174,13 +266,11 @@ HWY_EXPORT(RunWideStageWith);
 
 }  // namespace
 
-bool RunNarrowStage(const StageRun<std::int16_t>& run) {
+bool RunNarrowStage(const NarrowStageRun& run) {
     return HWY_DYNAMIC_DISPATCH(RunNarrowStageWith)(run);
 }
 
-bool RunWideStage(const StageRun<std::int32_t>& run) {
-    return HWY_DYNAMIC_DISPATCH(RunWideStageWith)(run);
-}
+bool RunWideStage(const WideStageRun& run) { return HWY_DYNAMIC_DISPATCH(RunWideStageWith)(run); }
 
 }  // namespace codecs::wma_lossless
 #endif

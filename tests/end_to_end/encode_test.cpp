@@ -138,6 +138,41 @@ TEST_F(Encode, CustomProfileInEveryMode) {
     }
 }
 
+TEST(EncodeLossless, GivesEverySampleBack) {
+    struct Case {
+        const char* setting;
+        const char* source;  // ffmpeg's
+        const char* samples;
+    };
+    const Case kCases[] = {
+        // setting       source                                                  samples
+        {"Q100_44_2_16", "aevalsrc=0.8*sin(t*t*3000)|0.3*random(1):s=44100:d=3", "pcm_s16le"},
+        {"Q100_48_2_24", "aevalsrc=0.9*sin(t*t*900)|0.2*sin(440*t):s=48000:d=2", "pcm_s24le"},
+        {"Q100_96_6_24", "anoisesrc=r=96000:c=pink:d=1,aformat=cl=5.1",          "pcm_s24le"},
+    };
+    for (const Case& each : kCases) {
+        SCOPED_TRACE(each.setting);
+        const TempFolder folder;
+        const std::string samples = std::string(" -c:a ") + each.samples;
+        const std::string clip = Ffmpeg(std::string("-f lavfi -i '") + each.source + "'" + samples,
+                                        folder / "clip.wav");
+        const std::string file = folder / "out.wma";
+        const CommandResult result =
+            Console({"-input", clip, "-output", file, "-a_codec", "WMA9LSL", "-a_mode", "2",
+                     "-a_setting", each.setting});
+        ASSERT_EQ(result.status, 0) << result.out << result.err;
+        EXPECT_EQ(DecodeMessages(file), "");
+        EXPECT_EQ(Probe(file, "a:0")["codec_name"], "wmalossless");
+        const auto sum = [&](const std::string& of) {
+            return FileText(Ffmpeg("-i '" + of + "'" + samples + " -f md5", folder / "sum"));
+        };
+        EXPECT_EQ(sum(file), sum(clip));
+        EXPECT_NEAR(ProbeNumber(file, "", "duration"), ProbeNumber(clip, "", "duration"), 0.002);
+        EXPECT_LT(ProbeBytes(file, "a:0"), ProbeBytes(clip, "a:0"));
+        ExpectReportAgrees(result.out, file);
+    }
+}
+
 TEST_F(Encode, DisplayInformationAndTheDownmixReachTheFile) {
     const std::string file = folder_ / "info.wmv";
     const CommandResult result =
