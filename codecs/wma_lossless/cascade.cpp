@@ -46,8 +46,8 @@ CascadeScratch::CascadeScratch(int most_samples)
     : signs_(PlacesFor(most_samples)),
       narrow_(PlacesFor(most_samples)),
       wide_(PlacesFor(most_samples)),
-      narrow_moved_((kBlock - 1) * PlacesFor(most_samples)),
-      wide_moved_((kBlock - 1) * PlacesFor(most_samples)) {}
+      narrow_moved_(Index((kBlock - 1) * MovedPlaces(most_samples, kLargestOrder))),
+      wide_moved_(narrow_moved_.size()) {}
 
 Cascade::Cascade(const std::vector<FilterShape>& stages, int bits_per_sample)
     : most_((1 << (bits_per_sample - 1)) - 1) {

@@ -15,8 +15,8 @@ namespace {
 
 // Where a stream can be entered, filters start afresh and need some time to learn.
 constexpr int kGroupSeconds = 6;
-// What of a group all candidates code, before the best of them goes on alone.
-constexpr int kTrialMs = 700;
+// What of a group candidates code, before the best of them goes on alone.
+constexpr int kTrialMs = 1000;
 
 }  // namespace
 
@@ -74,7 +74,7 @@ class Encoder::Impl {
         if (lost) EndGroup();
     }
 
-    // Every candidate codes the frames that wait.
+    // Every candidate codes half of the frames that wait, the best two the others.
     void StartGroup(const PacketSink& sink) {
         std::uint32_t seen = 0;
         for (std::size_t i = 0; i < frames_waiting_; ++i)
@@ -82,19 +82,29 @@ class Encoder::Impl {
                 for (const std::int32_t sample : channel)
                     seen |= static_cast<std::uint32_t>(sample);
         const int zeros = seen == 0 ? 0 : std::countr_zero(seen);
-        std::vector<std::int64_t> bits(candidates_.size());
-        team_.Run(static_cast<int>(candidates_.size()), [&](int n) {
-            GroupCoder& candidate = candidates_[Index(n)];
+        std::vector<GroupCoder*> racing;
+        for (GroupCoder& candidate : candidates_) {
             candidate.Begin(zeros);
-            for (std::size_t i = 0; i < frames_waiting_; ++i)
-                candidate.Predict(waiting_[i], nullptr);
-            bits[Index(n)] = candidate.Settle();
-        });
-        const auto best = std::ranges::min_element(bits) - bits.begin();
-        best_ = &candidates_[static_cast<std::size_t>(best)];
+            racing.push_back(&candidate);
+        }
+        const std::size_t half = frames_waiting_ / 2;
+        Race(racing, 0, half);
+        racing.resize(std::min<std::size_t>(racing.size(), 2));
+        Race(racing, half, frames_waiting_);
+        best_ = racing.front();
+        best_->Settle();
         raw_trial_ = best_->LastIsRaw();
         for (std::size_t left = std::exchange(frames_waiting_, 0); left > 0; --left)
             WriteFrame(left == 1 ? trimmed_ : 0, sink);
+    }
+
+    // Frames from `begin` to before `end`; the best comes first then.
+    void Race(std::vector<GroupCoder*>& racing, std::size_t begin, std::size_t end) {
+        team_.Run(static_cast<int>(racing.size()), [&](int n) {
+            for (std::size_t i = begin; i < end; ++i)
+                racing[Index(n)]->Predict(waiting_[i], nullptr);
+        });
+        std::ranges::stable_sort(racing, {}, &GroupCoder::Bits);
     }
 
     void WriteFrame(int trimmed, const PacketSink& sink) {

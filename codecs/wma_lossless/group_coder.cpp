@@ -117,18 +117,22 @@ void GroupCoder::MakeRaw(const FrameSamples& samples, Frame& frame) {
     for (std::int64_t& all : bits_) all += bits;
 }
 
-std::int64_t GroupCoder::Settle() {
-    assert(!speed_ && written_ == 0);
+std::size_t GroupCoder::BestSpeed() const {
     std::size_t best = kUsualSpeed - kSlowest;
     for (std::size_t i = 0; i < bits_.size(); ++i)
         if (possible_[i] && bits_[i] < bits_[best]) best = i;
+    return best;
+}
+
+void GroupCoder::Settle() {
+    assert(!speed_ && written_ == 0);
+    const std::size_t best = BestSpeed();
     speed_ = kSlowest + static_cast<int>(best);
     for (Channel& channel : channels_) {
         channel.counters = {channel.counters[best]};
         channel.counts.resize(1);
         channel.writer = ResidualCoder(*speed_);
     }
-    return bits_[best];
 }
 
 void GroupCoder::WriteTile(BitWriter& out) {

@@ -29,9 +29,11 @@ class GroupCoder {
     void Predict(const FrameSamples& samples, TaskTeam* team);
     /// Whether the frame predicted last is written uncompressed.
     bool LastIsRaw() const { return frames_[waiting_ - 1].raw; }
-    /// Chooses how fast the lengths of codes adapt by the frames so far; returns their bits. Before
-    /// any of them is written.
-    std::int64_t Settle();
+    /// Of the frames so far, before the group is settled.
+    std::int64_t Bits() const { return bits_[BestSpeed()]; }
+    /// Chooses how fast the lengths of codes adapt by the frames so far, before any of them is
+    /// written.
+    void Settle();
     /// Writes the frame that has waited longest, as its tile stands in the stream.
     void WriteTile(BitWriter& out);
 
@@ -57,6 +59,7 @@ class GroupCoder {
         bool raw = false;
     };
 
+    std::size_t BestSpeed() const;  // less the slowest one
     void PredictChannel(int channel, Frame& frame);
     bool IsBetterRaw(const Frame& frame);
     void MakeRaw(const FrameSamples& samples, Frame& frame);

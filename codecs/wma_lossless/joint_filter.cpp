@@ -27,13 +27,15 @@ JointFilter::JointFilter(const Configuration& configuration, const StreamFormat&
       most_((1 << (format.Bits() - 1)) - 1),
       weights_(Index(shape_.order * channels_ * channels_)),
       same_time_weights_(Index(channels_ * channels_)),
-      history_(Index(shape_.order * channels_)) {}
+      history_(Index(shape_.order * channels_)),
+      signs_(history_.size()) {}
 
 void JointFilter::Restart() {
     last_ = {};
     std::ranges::fill(weights_, std::int16_t{0});
     std::ranges::fill(same_time_weights_, std::int16_t{0});
     std::ranges::fill(history_, 0);
+    std::ranges::fill(signs_, std::int16_t{0});
 }
 
 bool JointFilter::Run(Tile& tile) {
@@ -87,14 +89,16 @@ bool JointFilter::Predict(Tile& tile) {
             tile.channels[Index(channel)][i] = error;
             const int direction = Sign(error);
             if (direction == 0) continue;
-            for (int tap = 0; tap < taps; ++tap)
-                Move(weights[tap], direction * Sign(history_[Index(tap)]));
+            for (int tap = 0; tap < taps; ++tap) Move(weights[tap], direction * signs_[Index(tap)]);
             for (int other = 0; other < channel; ++other)
                 Move(same_time[other], direction * Sign(now[Index(other)]));
         }
         std::shift_right(history_.begin(), history_.end(), channels_);
-        for (int channel = 0; channel < channels_; ++channel)
+        std::shift_right(signs_.begin(), signs_.end(), channels_);
+        for (int channel = 0; channel < channels_; ++channel) {
             history_[Index(channel)] = std::clamp(now[Index(channel)], -most_ - 1, most_);
+            signs_[Index(channel)] = static_cast<std::int16_t>(Sign(now[Index(channel)]));
+        }
     }
     return safe;
 }

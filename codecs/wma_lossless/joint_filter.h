@@ -41,6 +41,7 @@ class JointFilter {
     std::vector<std::int16_t> weights_;
     std::vector<std::int16_t> same_time_weights_;
     std::vector<std::int32_t> history_;  // newest first, the channels of one time together
+    std::vector<std::int16_t> signs_;    // of those
 };
 
 }  // namespace codecs::wma_lossless

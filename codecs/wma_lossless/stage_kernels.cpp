@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+
+#include "codecs/common/index.h"
 
 // clang-format off
 #undef HWY_TARGET_INCLUDE
@@ -106,7 +109,7 @@ struct Narrow {
         if constexpr (hn::MaxLanes(Sums()) > kBlock) all = Folded(wide, all, all);
         HWY_ALIGN std::array<std::int32_t, hn::MaxLanes(Sums())> lanes;
         hn::Store(all, wide, lanes.data());
-        for (int n = 0; n < kBlock; ++n) sums[n] = lanes[static_cast<std::size_t>(n)];
+        for (int n = 0; n < kBlock; ++n) sums[n] = lanes[Index(n)];
     }
 };
 
@@ -127,8 +130,8 @@ struct Wide {
         hn::Vec<Sums> total[kBlock];
         for (int n = 0; n < kBlock; ++n) total[n] = hn::Zero(widest);
         for (int i = 0; i < run.order; i += static_cast<int>(hn::Lanes(Words()))) {
-            const auto weights = hn::PromoteTo(
-                wide, weights_now.Move(run.weights + i, run.steps + i, signs + i));
+            const auto weights =
+                hn::PromoteTo(wide, weights_now.Move(run.weights + i, run.steps + i, signs + i));
             for (int n = 0; n < kBlock; ++n) {
                 const auto value = hn::LoadU(wide, values + i - n);
                 total[n] = hn::Add(total[n], hn::Add(hn::MulEven(weights, value),
@@ -163,7 +166,7 @@ struct Plain {
         for (int i = 0; i < run.order; ++i) {
             int moved = 0;
             for (int n = 0; n < kBlock; ++n)
-                moved += run.signs[window + kBlock + i - n] * directions[static_cast<std::size_t>(n)];
+                moved += run.signs[window + kBlock + i - n] * directions[Index(n)];
             const int weight = run.weights[i] + moved * run.steps[i];
             run.weights[i] = static_cast<std::int16_t>(weight);
             weights_now.highest = std::max(weights_now.highest, weight);
@@ -181,20 +184,44 @@ using Wide = Plain<WideStageRun>;
 // What an error of 1 at the window that begins at place p adds to the sum of the sample that is
 // `lag` later: at [p] of the lag's part of the memory. The steps have three sizes, so differences
 // of running sums are enough.
-template <class Run>
-HWY_INLINE void FindMoved(const Run& run) {
+template <typename Value, typename Sum>
+HWY_INLINE void FindMoved(const StageRun<Value, Sum>& run) {
     const int places = run.count + run.order;
-    const std::int32_t sizes[] = {run.steps[0], run.steps[run.order / 16],
-                                  run.steps[run.order / 8]};
+    const int newest = run.order / 16;
+    const int newer = run.order / 8;
+    const int order = run.order;
+    const int count = run.count;
+    // Steps are powers of two.
+    const auto shift = [&](int place) {
+        return std::countr_zero(static_cast<unsigned>(run.steps[place]));
+    };
+    const int shifts[] = {shift(0), shift(newest), shift(newer)};
     for (int lag = 1; lag < kBlock; ++lag) {
-        auto* const moved = run.moved + (lag - 1) * (places + 1);
+        Sum* const moved = run.moved + (lag - 1) * MovedPlaces(count, order);
+        const std::int16_t* const signs = run.signs;
+        const Value* const values = run.values - lag;
+        Sum sum = 0;
         moved[places] = 0;
-        for (int p = places - 1; p > lag; --p)
-            moved[p] = moved[p + 1] + run.signs[p] * run.values[p - lag];
-        for (int p = lag + 1; p <= run.count; ++p)
-            moved[p] = sizes[0] * (moved[p] - moved[p + run.order / 16]) +
-                       sizes[1] * (moved[p + run.order / 16] - moved[p + run.order / 8]) +
-                       sizes[2] * (moved[p + run.order / 8] - moved[p + run.order]);
+        for (int p = places - 1; p > lag; --p) moved[p] = sum += signs[p] * values[p];
+        int p = lag + 1;
+#if CODECS_WMA_LOSSLESS_SIMD
+        // Also writes behind the last place, which nothing needs any more.
+        const hn::CappedTag<Sum, kOrderStep / 2> sums;
+        for (; p <= count; p += static_cast<int>(hn::Lanes(sums))) {
+            const auto at_newer = hn::LoadU(sums, moved + p + newest);
+            const auto at_oldest = hn::LoadU(sums, moved + p + newer);
+            const auto of_newest = hn::Sub(hn::LoadU(sums, moved + p), at_newer);
+            const auto of_oldest = hn::Sub(at_oldest, hn::LoadU(sums, moved + p + order));
+            hn::StoreU(hn::Add(hn::ShiftLeftSame(of_newest, shifts[0]),
+                               hn::Add(hn::ShiftLeftSame(hn::Sub(at_newer, at_oldest), shifts[1]),
+                                       hn::ShiftLeftSame(of_oldest, shifts[2]))),
+                       sums, moved + p);
+        }
+#endif
+        for (; p <= count; ++p)
+            moved[p] = (moved[p] - moved[p + newest]) * (1 << shifts[0]) +
+                       (moved[p + newest] - moved[p + newer]) * (1 << shifts[1]) +
+                       (moved[p + newer] - moved[p + order]) * (1 << shifts[2]);
     }
 }
 
@@ -216,32 +243,33 @@ HWY_INLINE void MoveAtOnce(const Run& run, int window, int direction) {
 template <class Width, class Run>
 HWY_INLINE bool RunStage(const Run& run, std::int64_t highest_safe) {
     FindMoved(run);
-    const int moved_size = run.count + run.order + 1;
+    const int moved_size = MovedPlaces(run.count, run.order);
     const std::int64_t half = (std::int64_t{1} << run.scaling) >> 1;
+    const int scaling = run.scaling;
+    std::int32_t* sample = run.samples;
     Width width;
     Directions directions = {};
     std::int64_t sums[kBlock];
     std::int64_t highest = 0;  // of the sums, without their signs
-    for (int i = 0; i < run.count; i += kBlock) {
-        const int window = run.count - i;
+    for (int window = run.count; window > 0; window -= kBlock) {
         width.Next(run, window, directions, sums);
         const bool safe = width.weights_now.Safe();
-        for (int n = 0; n < kBlock; ++n) {
+        const auto* const moved = run.moved + window;
+        for (int n = 0; n < kBlock; ++n, ++sample) {
             std::int64_t sum = sums[n];
             if (safe)
                 for (int earlier = 0; earlier < n; ++earlier)
-                    sum += directions[static_cast<std::size_t>(earlier)] *
-                           run.moved[(n - earlier - 1) * moved_size + window - earlier];
+                    sum += directions[Index(earlier)] *
+                           moved[(n - earlier - 1) * moved_size - earlier];
             else
                 sum = WeightedSum(run, window - n);
             sum += half;
             highest |= sum ^ (sum >> 63);
-            const auto prediction = static_cast<std::int32_t>(sum) >> run.scaling;
-            const std::int32_t error = run.samples[i + n] - prediction;
-            run.samples[i + n] = error;
+            const std::int32_t error = *sample - (static_cast<std::int32_t>(sum) >> scaling);
+            *sample = error;
             const auto direction =
                 static_cast<std::int16_t>((error > 0 ? 1 : 0) - (error < 0 ? 1 : 0));
-            directions[static_cast<std::size_t>(n)] = direction;
+            directions[Index(n)] = direction;
             if (!safe) MoveAtOnce(run, window - n, direction);
         }
         if (!safe) directions = {};
@@ -250,7 +278,9 @@ HWY_INLINE bool RunStage(const Run& run, std::int64_t highest_safe) {
     return highest < highest_safe;
 }
 
-bool RunNarrowStageWith(const NarrowStageRun& run) { return RunStage<Narrow>(run, kHighestNarrowSum); }
+bool RunNarrowStageWith(const NarrowStageRun& run) {
+    return RunStage<Narrow>(run, kHighestNarrowSum);
+}
 bool RunWideStageWith(const WideStageRun& run) { return RunStage<Wide>(run, kHighestWideSum); }
 
 }  // namespace

@@ -13,9 +13,12 @@ constexpr int kLargestOrder = 256;
 /// them by.
 constexpr int kBlock = 4;
 
+/// With room for vectors that reach beyond the last one.
+constexpr int MovedPlaces(int count, int order) { return count + order + kOrderStep; }
+
 /// A sign-LMS filter on a run of samples. What it predicts from is laid out newest first: the
-/// `order` values before sample n begin at place `count` - n. Before and behind all of them are kBlock
-/// more that can be read.
+/// `order` values before sample n begin at place `count` - n. Before and behind all of them are
+/// kBlock more that can be read.
 template <typename Value, typename Sum>
 struct StageRun {
     std::int16_t* weights;
@@ -24,7 +27,7 @@ struct StageRun {
     const std::int16_t* signs;  // of the values: -1, 0 or 1
     const Value* values;
     std::int32_t* samples;  // become what is left over
-    Sum* moved;             // memory: (`count` + `order` + 1) * (kBlock - 1)
+    Sum* moved;             // memory: MovedPlaces(`count`, `order`) * (kBlock - 1)
     int count;              // a multiple of kBlock
     int order;
     int scaling;

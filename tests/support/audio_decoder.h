@@ -33,6 +33,10 @@ class AudioDecoder {
     ~AudioDecoder();
 
     void Decode(std::span<const std::uint8_t> packet);
+    /// That have come out so far, for each channel.
+    std::int64_t Samples() const {
+        return static_cast<std::int64_t>(decoded_.samples.front().size());
+    }
     /// After the last packet.
     DecodedAudio Finish();
 

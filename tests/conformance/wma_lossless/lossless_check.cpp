@@ -3,49 +3,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
-#include <cstring>
+#include <cmath>
 
 #include "codecs/common/index.h"
-#include "engine/base/av/av_ptr.h"
+#include "support/audio_decoder.h"
 
 namespace lossless_conformance {
 
 using codecs::Index;
-
-namespace {
-
-// The library has one place for the messages of all its decoders.
-std::string& Messages() {
-    thread_local std::string messages;
-    return messages;
-}
-
-void Collect(void* /*source*/, int level, const char* format, va_list arguments) {
-    if (level > AV_LOG_WARNING) return;
-    char line[512];
-    std::vsnprintf(line, sizeof line, format, arguments);
-    Messages() += line;
-}
-
-void Append(const AVFrame& frame, int bits, std::vector<std::int32_t>& samples) {
-    for (int i = 0; i < frame.nb_samples; ++i)
-        for (int channel = 0; channel < frame.ch_layout.nb_channels; ++channel) {
-            const std::uint8_t* const plane = frame.extended_data[channel];
-            if (bits == 16) {
-                std::int16_t sample = 0;
-                std::memcpy(&sample, plane + std::ptrdiff_t{2} * i, sizeof sample);
-                samples.push_back(sample);
-            } else {
-                std::int32_t sample = 0;
-                std::memcpy(&sample, plane + std::ptrdiff_t{4} * i, sizeof sample);
-                samples.push_back(sample >> 8);
-            }
-        }
-}
-
-}  // namespace
 
 std::vector<StoredPacket> EncodePiece(const Piece& piece, std::span<const std::int32_t> samples,
                                       int threads, bool low_delay) {
@@ -69,39 +34,24 @@ std::vector<StoredPacket> EncodePiece(const Piece& piece, std::span<const std::i
 }
 
 Decoded Decode(const Piece& piece, std::span<const StoredPacket> packets) {
-    av_log_set_callback(Collect);
-    Messages().clear();
     const codecs::wma_lossless::StreamFormat format = piece.Format();
-    const AVCodec* const decoder = avcodec_find_decoder(AV_CODEC_ID_WMALOSSLESS);
-    const engine::AvPtr<AVCodecContext> codec(avcodec_alloc_context3(decoder));
-    const engine::AvPtr<AVPacket> packet(av_packet_alloc());
-    const engine::AvPtr<AVFrame> frame(av_frame_alloc());
-    codec->sample_rate = piece.sampling_rate;
-    av_channel_layout_default(&codec->ch_layout, piece.channels);
-    codec->block_align = format.PacketBytes();
-    codec->err_recognition = AV_EF_CRCCHECK | AV_EF_BITSTREAM | AV_EF_BUFFER | AV_EF_EXPLODE;
-    const std::vector<std::uint8_t> header = format.ExtraData();
-    codec->extradata_size = static_cast<int>(header.size());
-    codec->extradata =
-        static_cast<std::uint8_t*>(av_mallocz(header.size() + AV_INPUT_BUFFER_PADDING_SIZE));
-    std::ranges::copy(header, codec->extradata);
+    test_support::AudioDecoder decoder({.format_tag = 0x0163,
+                                        .sampling_rate = piece.sampling_rate,
+                                        .channels = piece.channels,
+                                        .bits_per_sample = piece.bits,
+                                        .block_align = format.PacketBytes(),
+                                        .extra_data = format.ExtraData()});
     Decoded decoded;
-    if (avcodec_open2(codec.get(), decoder, nullptr) < 0) Messages() += "the stream is refused";
-    const auto receive = [&] {
-        while (avcodec_receive_frame(codec.get(), frame.get()) >= 0)
-            Append(*frame, piece.bits, decoded.samples);
-        decoded.after.push_back(static_cast<std::int64_t>(decoded.samples.size()) / piece.channels);
-    };
-    for (const StoredPacket& stored : packets) {
-        av_new_packet(packet.get(), static_cast<int>(stored.data.size()));
-        std::ranges::copy(stored.data, packet->data);
-        if (avcodec_send_packet(codec.get(), packet.get()) < 0) Messages() += "a packet is refused";
-        av_packet_unref(packet.get());
-        receive();
+    for (const StoredPacket& packet : packets) {
+        decoder.Decode(packet.data);
+        decoded.after.push_back(decoder.Samples());
     }
-    avcodec_send_packet(codec.get(), nullptr);
-    receive();
-    decoded.messages = Messages();
+    const test_support::DecodedAudio audio = decoder.Finish();
+    decoded.messages = audio.messages;
+    for (std::size_t i = 0; i < audio.samples[0].size(); ++i)
+        for (const std::vector<double>& channel : audio.samples)
+            decoded.samples.push_back(
+                static_cast<std::int32_t>(std::ldexp(channel[i], piece.bits - 1)));
     return decoded;
 }
 
