@@ -75,8 +75,8 @@ bool JointFilter::Predict(Tile& tile) {
             now[Index(channel)] = tile.channels[Index(channel)][i];
         for (int channel = 0; channel < channels_; ++channel) {
             if (!tile.coded[Index(channel)]) continue;
-            std::int16_t* const weights = weights_.data() + channel * taps;
-            std::int16_t* const same_time = same_time_weights_.data() + channel * channels_;
+            std::int16_t* const weights = &weights_[Index(channel * taps)];
+            std::int16_t* const same_time = &same_time_weights_[Index(channel * channels_)];
             std::int64_t sum = half;
             const auto add = [&sum](std::int64_t weight, std::int32_t value) {
                 sum += weight * value;
