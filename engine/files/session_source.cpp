@@ -97,8 +97,12 @@ std::string PropertyText(const pugi::xml_node& source, std::string_view name) {
 
 void SetProperty(pugi::xml_node source, std::string_view name, const std::string& value) {
     pugi::xml_node property = PropertyOf(source, name);
+    if (value.empty()) {
+        while (source.remove_child(PropertyOf(source, name))) {
+        }
+        return;
+    }
     if (!property) {
-        if (value.empty()) return;
         property = source.append_child(std::string(kPropertyName).c_str());
         Put(property, "Name", std::string(name));
     }

@@ -56,10 +56,10 @@ void PutNumber(pugi::xml_node node, const char* name, std::int64_t value) {
 }
 
 void PutUnlessUsual(pugi::xml_node node, const char* name, std::int64_t value, std::int64_t usual) {
-    if (value == usual)
-        node.remove_attribute(AttributeNamed(node, name));
-    else
-        PutNumber(node, name, value);
+    if (value != usual) return PutNumber(node, name, value);
+    // A second one of that name would be read in the place of the first.
+    while (node.remove_attribute(AttributeNamed(node, name))) {
+    }
 }
 
 }  // namespace engine::files

@@ -203,6 +203,14 @@ TEST(ProfileFile, WhatIsUnknownIsWrittenBackInItsPlace) {
         EXPECT_THAT(changed, HasSubstr(part));
 }
 
+TEST(ProfileFile, AnAttributeThatStandsTwiceDoesNotComeBack) {
+    const std::string twice = "x-peakbuffer=\"0\" vbrenabled=\"0\" X-PeakBuffer=\"7\"";
+    ProfileRecord profile = ReadProfile(With(kBoth, "vbrenabled=\"0\"", twice)).profile;
+    EXPECT_EQ(Video(profile).peak_buffer_ms, 0);
+    profile.content_type = platform::kContentAudioVideo;
+    EXPECT_EQ(Video(ReadProfile(WriteProfile(profile)).profile).peak_buffer_ms, 0);
+}
+
 TEST(ProfileFile, AStreamThatTheFileLacksIsAdded) {
     ProfileRecord profile = ReadProfile(With(kBoth, kAudio, "")).profile;
     profile.content_type = platform::kContentAudioVideo;

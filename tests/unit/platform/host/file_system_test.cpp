@@ -95,6 +95,34 @@ TEST_F(PosixFiles, PipesAreRefusedWithoutWaiting) {
     EXPECT_FALSE(files.IsSpecialFile("C:\\none"));
 }
 
+TEST_F(PosixFiles, WholeFilesAreReadWithinTheirLimitAndReplaced) {
+    PosixFileSystem files = With("UTF-8");
+    const std::string bytes("\0\xFF\r\n", 4);
+    files.WriteBytes("C:\\a.prx", bytes);
+    EXPECT_EQ(files.ReadBytes("C:\\a.prx", 4), bytes);
+    EXPECT_EQ(ErrorNumber([&] { files.ReadBytes("C:\\a.prx", 3); }, {"a.prx", "3 bytes"}),
+              platform::kInvalidData);
+
+    // A link stays one, and what it leads to keeps its rights.
+    fs::permissions(folder_ / "a.prx", fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("a.prx", folder_ / "link.prx");
+    files.WriteBytes("C:\\link.prx", "new");
+    EXPECT_TRUE(fs::is_symlink(folder_ / "link.prx"));
+    EXPECT_EQ(Get("a.prx"), "new");
+    EXPECT_EQ(fs::status(folder_ / "a.prx").permissions(),
+              fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_FALSE(fs::exists(folder_ / "a.prx.part"));
+
+    ASSERT_EQ(::mkfifo((folder_ / "pipe").c_str(), 0600), 0);
+    for (const char* name : {"C:\\pipe", "C:\\"}) {
+        EXPECT_EQ(ErrorNumber([&] { files.ReadBytes(name, 9); }), platform::kInvalidArgument);
+        EXPECT_EQ(ErrorNumber([&] { files.WriteBytes(name, ""); }), platform::kInvalidArgument);
+    }
+    EXPECT_EQ(ErrorNumber([&] { files.ReadBytes("C:\\no.prx", 9); }), platform::kFileNotFound);
+    EXPECT_EQ(ErrorNumber([&] { files.WriteBytes("C:\\no\\a.prx", ""); }, {"folder"}),
+              platform::kPathNotFound);
+}
+
 TEST_F(PosixFiles, AHostPathHasANameThatKeepsItsBackslashes) {
     PosixFileSystem files = With("UTF-8");
     for (const char* name : {"plain", "50%41", "od\\d 100%/a\\b%5C.avi", "C:\\x"}) {
