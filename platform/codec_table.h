@@ -36,6 +36,7 @@ struct CodecMaker {
         Pcm,         // nothing codes: samples as they are
         Wmv9,        // our own encoder of Windows Media Video 9
         Screen,      // our own encoder of Windows Media Video 9 Screen
+        Wma,         // our own encoder of Windows Media Audio 9
         Lossless,    // our own encoder of Windows Media Audio 9 Lossless
     };
     Kind kind;
@@ -69,7 +70,7 @@ inline constexpr VbrModes kAllVbrModes = {VbrMode::Constant, VbrMode::Peak, VbrM
 // clang-format off
 inline constexpr auto kAudioCodecs = std::to_array<AudioCodecRow>({
     // short name tag    name                                  modes                several depths  maker
-    {"WMA9STD",   0x161, "Windows Media Audio 9",              kAllVbrModes,        false, {CodecMaker::Kind::Library, "wmav2"}},
+    {"WMA9STD",   0x161, "Windows Media Audio 9",              kAllVbrModes,        false, {CodecMaker::Kind::Wma}},
     {"WMA9PRO",   0x162, "Windows Media Audio 9 Professional", kAllVbrModes,        true,  {CodecMaker::Kind::StandIn, "WMA9STD"}},
     {"WMA9LSL",   0x163, "Windows Media Audio 9 Lossless",     {VbrMode::Quality},  true,  {CodecMaker::Kind::Lossless}},
     {"WMSP9",     0x00A, "Windows Media Audio 9 Voice",        {VbrMode::Constant}, false, {CodecMaker::Kind::StandIn, "WMA9STD"}},

@@ -2,30 +2,46 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "codecs/common/index.h"
 #include "codecs/wma_standard/frame_analysis.h"
 #include "codecs/wma_standard/frame_coder.h"
-#include "codecs/wma_standard/rate_control.h"
+#include "codecs/wma_standard/packet_writer.h"
 
 namespace codecs::wma_standard {
 namespace {
 
-// About as long as packets of that codec usually are.
-int FramesPerPacket(int sampling_rate) { return sampling_rate <= 11025 ? 5 : 8; }
+// About as long as packets of that codec usually are. No more than fifteen frames end in a packet,
+// so small ones leave a variable rate more room.
+int FramesPerPacket(const EncoderSettings& settings) {
+    if (settings.mode != RateMode::Constant) return 3;
+    return settings.sampling_rate <= 11025 ? 5 : 8;
+}
+
+RateSettings RateFor(const EncoderSettings& settings, const StreamFormat& format) {
+    RateSettings rate;
+    rate.mode = settings.mode;
+    rate.frame_bits = format.FrameBits();
+    rate.frame_seconds = static_cast<double>(format.frame_samples) / format.sampling_rate;
+    rate.quality = settings.quality;
+    rate.peak_bits = settings.peak_rate * rate.frame_seconds;
+    // Frames are known to the bit, but go in whole packets: one that has begun, and one that waits.
+    rate.peak_buffer =
+        std::max(settings.peak_rate * settings.peak_seconds - 16.0 * format.packet_bytes,
+                 8.0 * format.packet_bytes);
+    rate.first_pass = settings.first_pass;
+    return rate;
+}
 
 // Decoders give nothing for the first two frames: their packet ends there, so that times are
 // right whether a decoder counts those frames or not.
 constexpr int kSilentFrames = 2;
 
-constexpr double kLeastOffsetDb = -50;
-constexpr double kMostOffsetDb = 50;
 constexpr double kUsualOffsetDb = 0;
 constexpr double kOffsetStepDb = 1;
 
-// The search for an offset: how many dB halve the bits, about; within which part of the wanted bits
-// it ends.
-constexpr double kDbByDoubling = 9;
+// Within which part of the wanted bits the search for an offset ends.
 constexpr double kNearEnough = 0.06;
 constexpr int kMostTries = 12;
 
@@ -35,12 +51,11 @@ class Encoder::Impl {
   public:
     explicit Impl(const EncoderSettings& settings)
         : format_(settings.sampling_rate, settings.channels, settings.bit_rate / 8,
-                  FramesPerPacket(settings.sampling_rate)),
+                  FramesPerPacket(settings)),
           analysis_(format_, TuningFor(format_)),
           coder_(format_),
           packets_(format_),
-          rate_({format_.FrameBits(),
-                 static_cast<double>(format_.frame_samples) / format_.sampling_rate}) {}
+          rate_(MakeRateControl(RateFor(settings, format_))) {}
 
     const StreamFormat& Format() const { return format_; }
 
@@ -59,11 +74,16 @@ class Encoder::Impl {
         packets_.Finish(Timed(sink));
     }
 
+    FirstPass TakeFirstPass() { return std::move(first_pass_); }
+
   private:
     void CodeFrame(const CodedPacketSink& sink) {
         Frame& frame = analysis_.Next();
         int bits = ChooseOffset(frame);
-        while (!packets_.CanTake(bits)) bits = coder_.Code(frame, offset_db_ += 1);
+        // A packet that is left early costs less than a frame that falls out of its quality.
+        if (!packets_.CanTake(bits) && packets_.CanPad() && rate_->Missing() < 0)
+            packets_.Pad(Timed(sink));
+        while (!packets_.CanTake(bits)) bits = coder_.Code(frame, offset_db_ += kOffsetStepDb);
         bits_.Clear();
         coder_.Writer().Write(frame, bits_);
         bits_.Align();
@@ -72,23 +92,22 @@ class Encoder::Impl {
         // The frames without sound are written in advance.
         if (++frames_ <= kSilentFrames) return;
         if (frames_ == kSilentFrames + 1) packets_.Pad(Timed(sink));
-        rate_.Wrote(packets_.Bits());
-        if (!packets_.CanPad() || rate_.Behind() <= packets_.Room()) return;
-        packets_.Pad(Timed(sink));
-        rate_.SetWritten(packets_.Bits());
+        if (packets_.CanPad() && rate_->Missing() > packets_.Room()) packets_.Pad(Timed(sink));
+        rate_->Wrote(packets_.Bits());
     }
 
     int ChooseOffset(Frame& frame) {
-        FindFairOffset(frame);
+        if (rate_->NeedsFairOffset()) FindFairOffset(frame);
+        if (frames_ >= kSilentFrames) first_pass_.push_back(static_cast<float>(fair_offset_));
         if (fair_offset_ <= kLeastOffsetDb) {
             // Silence, or nearly: its fair offset says nothing of what comes later.
             fair_offset_ = kUsualOffsetDb;
             return coder_.Code(frame, offset_db_ = kLeastOffsetDb);
         }
-        offset_db_ = rate_.Offset(fair_offset_);
+        offset_db_ = rate_->Offset(fair_offset_);
         int bits = coder_.Code(frame, offset_db_);
-        while (bits > rate_.MostBits() && offset_db_ < kMostOffsetDb)
-            bits = coder_.Code(frame, offset_db_ += 1);
+        while (bits > rate_->MostBits() && offset_db_ < kMostOffsetDb)
+            bits = coder_.Code(frame, offset_db_ += kOffsetStepDb);
         return bits;
     }
 
@@ -103,7 +122,7 @@ class Encoder::Impl {
             (bits > wanted ? low : high) = offset;
             const double parts = bits / wanted;
             if (std::abs(parts - 1) < kNearEnough) break;
-            offset = std::clamp(offset + kDbByDoubling * std::log2(parts), low + kOffsetStepDb / 2,
+            offset = std::clamp(offset + kDbByHalving * std::log2(parts), low + kOffsetStepDb / 2,
                                 high - kOffsetStepDb / 2);
         }
         fair_offset_ = high - low > kOffsetStepDb ? offset : high;
@@ -125,7 +144,8 @@ class Encoder::Impl {
     FrameAnalysis analysis_;
     FrameCoder coder_;
     PacketWriter packets_;
-    ConstantRate rate_;
+    std::unique_ptr<RateControl> rate_;
+    FirstPass first_pass_;
     BitWriter bits_;
     std::int64_t samples_ = 0;
     std::int64_t frames_ = 0;
@@ -145,5 +165,7 @@ void Encoder::Encode(std::span<const std::span<const float>> samples, const Code
 }
 
 void Encoder::Finish(const CodedPacketSink& sink) { impl_->Finish(sink); }
+
+FirstPass Encoder::TakeFirstPass() { return impl_->TakeFirstPass(); }
 
 }  // namespace codecs::wma_standard

@@ -7,14 +7,19 @@
 #include <memory>
 #include <span>
 
-#include "codecs/wma_standard/packet_writer.h"
+#include "codecs/wma_standard/rate_control.h"
 
 namespace codecs::wma_standard {
 
 struct EncoderSettings {
     int sampling_rate = 44100;  // 8000 to 48000
     int channels = 2;           // 1 or 2
-    int bit_rate = 64000;       // bits per second
+    int bit_rate = 64000;       // bits per second; in quality mode about what is expected
+    RateMode mode = RateMode::Constant;
+    int quality = 75;         // 0 to 100, of that mode
+    int peak_rate = 0;        // bits per second, of that mode
+    double peak_seconds = 3;  // of the buffer, likewise
+    FirstPass first_pass = {};
 };
 
 /// One thread. Samples first to last are what packets complete: `first` counts from the start of
@@ -42,6 +47,8 @@ class Encoder {
     void Encode(std::span<const std::span<const float>> samples, const CodedPacketSink& sink);
     /// Once, after the last sample.
     void Finish(const CodedPacketSink& sink);
+    /// For the settings of the second pass over the same sound, after Finish.
+    FirstPass TakeFirstPass();
 
   private:
     class Impl;

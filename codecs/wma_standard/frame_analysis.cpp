@@ -29,6 +29,7 @@ Tuning TuningFor(const StreamFormat& format) {
     const double bits = 8.0 * format.bytes_per_second / (format.sampling_rate * format.channels);
     Tuning tuning;
     tuning.bandwidth_hz = format.sampling_rate * std::clamp(0.2 + bits * 0.3, 0.25, 0.455);
+    tuning.masking = std::clamp(0.3 + 0.15 * bits, 0.35, 0.6);
     return tuning;
 }
 

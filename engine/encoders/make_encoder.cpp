@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "engine/encoders/av_audio_encoder.h"
 #include "engine/encoders/av_gop_coder.h"
 #include "engine/encoders/full_frame_encoder.h"
 #include "engine/encoders/gop_video_encoder.h"
@@ -11,6 +10,7 @@
 #include "engine/encoders/screen_video_encoder.h"
 #include "engine/encoders/video_header.h"
 #include "engine/encoders/video_rate.h"
+#include "engine/encoders/wma_audio_encoder.h"
 #include "engine/encoders/wmv9_gop_coder.h"
 
 namespace engine {
@@ -48,13 +48,14 @@ std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const Enco
         });
 }
 
-std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, CodedFramePool& packets) {
+std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, const EncoderPass& pass,
+                                               CodedFramePool& packets) {
     const WrittenAudio written = WrittenFor(*plan.codec, plan.mode, plan.format);
     if (written.maker.kind == CodecMaker::Kind::Pcm)
         return std::make_unique<PcmEncoder>(plan, packets);
     if (written.maker.kind == CodecMaker::Kind::Lossless)
         return std::make_unique<LosslessAudioEncoder>(plan, packets);
-    return std::make_unique<AvAudioEncoder>(plan, packets);
+    return std::make_unique<WmaAudioEncoder>(plan, pass, packets);
 }
 
 }  // namespace engine

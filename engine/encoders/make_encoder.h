@@ -16,13 +16,16 @@ struct EncoderPass {
     int number = 1;
     int count = 1;
     Ticks length;  // of the picture, as far as it is known; 0 = unknown
-    std::vector<codecs::FirstPassGop> first_report;  // what the first pass found, for the second
+    // What the first pass found, for the second.
+    std::vector<codecs::FirstPassGop> first_report;
+    std::vector<float> first_audio;
 };
 
 /// The pool must outlive the encoder. Throw platform::Error (invalid argument, not implemented)
 /// with the codec named.
 std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const EncoderPass& pass,
                                                CodedFramePool& packets);
-std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, CodedFramePool& packets);
+std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, const EncoderPass& pass,
+                                               CodedFramePool& packets);
 
 }  // namespace engine

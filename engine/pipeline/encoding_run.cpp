@@ -15,7 +15,7 @@ EncodingRun::EncodingRun(EncodePlan plan, RunCallbacks callbacks, RunParts parts
       parts_(std::move(parts)),
       statistics_(plan_),
       outputs_(plan_, parts_, statistics_, NoticesOfOutputs()) {
-    OpenPass({1, plan_.passes, plan_.media_length, {}}, {});
+    OpenPass({1, plan_.passes, plan_.media_length, {}, {}}, {});
     OutputHeader header;
     header.streams = pass_->Headers();
     header.content = plan_.content;
@@ -136,7 +136,8 @@ void EncodingRun::RunPass(int number) {
         HonourLateStops();
         const Ticks end = stops_honoured_ > 0 ? statistics_.End() : Ticks{};
         if (stops_honoured_ > 0 && end.count == 0) return;
-        OpenPass({number, plan_.passes, statistics_.End(MediaKind::Video), pass_->FirstReport()},
+        OpenPass({number, plan_.passes, statistics_.End(MediaKind::Video), pass_->FirstReport(),
+                  pass_->FirstAudio()},
                  end);
         statistics_.BeginPass();
     }

@@ -52,7 +52,7 @@ Pass::Pass(const EncodePlan& plan, const EncoderPass& number, Ticks end, const R
       packets_(packets) {
     if (plan.IsLive()) captured_.emplace(plan.audio.has_value(), plan.video.has_value());
     if (plan.audio) {
-        audio_encoder_ = MakeAudioEncoder(*plan.audio, packets_);
+        audio_encoder_ = MakeAudioEncoder(*plan.audio, number, packets_);
         const InputPlan& from = plan.audio->input;
         const bool shared = plan.video && plan.video->input == from;
         Feed(audio_.emplace(Chain{MediaKind::Audio}), from, true, shared);
@@ -271,6 +271,7 @@ void Pass::ProcessAudio(Chain& chain) {
     };
     if (Drain(chain, filter)) resampler_->Finish(encode);
     audio_encoder_->Finish(to_interleaver);
+    first_audio_ = audio_encoder_->TakeFirstPass();
 }
 
 void Pass::DecodeVideo(Chain& chain) {

@@ -68,6 +68,7 @@ class Pass {
     /// After Join.
     bool YieldedNothing() const { return !yielded_; }
     const std::vector<codecs::FirstPassGop>& FirstReport() const { return first_report_; }
+    const std::vector<float>& FirstAudio() const { return first_audio_; }
 
   private:
     struct Input {
@@ -132,6 +133,7 @@ class Pass {
     std::atomic<std::int64_t> stopped_at_{0};  // on the capture clock
     std::atomic<bool> yielded_{false};
     std::vector<codecs::FirstPassGop> first_report_;
+    std::vector<float> first_audio_;
     std::vector<std::thread> threads_;
 };
 

@@ -60,6 +60,8 @@ class AudioEncoder {
     virtual StreamHeader Header() const = 0;
     virtual bool Encode(AVFrame& frame, const CodedFrameSink& sink) = 0;
     virtual bool Finish(const CodedFrameSink& sink) = 0;
+    /// For the encoder of the second pass, after Finish.
+    virtual std::vector<float> TakeFirstPass() { return {}; }
 };
 
 }  // namespace engine

@@ -37,6 +37,7 @@ EncodedSound Encode(const codecs::wma_standard::EncoderSettings& settings, const
         encoder.Encode(channels, sink);
     }
     encoder.Finish(sink);
+    result.first_pass = encoder.TakeFirstPass();
     test_support::DecodedAudio decoded = decoder.Finish();
     result.decoded = std::move(decoded.samples);
     result.messages = std::move(decoded.messages);

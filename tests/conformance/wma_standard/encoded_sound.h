@@ -16,6 +16,7 @@ struct EncodedSound {
     std::int64_t samples = 0;          // that packets say they complete
     std::vector<std::vector<double>> decoded;
     std::string messages;
+    codecs::wma_standard::FirstPass first_pass;
 
     double Seconds(int sampling_rate) const { return static_cast<double>(samples) / sampling_rate; }
 };

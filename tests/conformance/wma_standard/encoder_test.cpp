@@ -1,13 +1,16 @@
 #include <algorithm>
 #include <cmath>
 
+#include "codecs/common/index.h"
 #include "conformance/wma_standard/encoded_sound.h"
-#include "engine/plan/audio_formats.h"
+#include "engine/plan/written_audio.h"
 
 namespace wma_conformance {
 namespace {
 
+using codecs::Index;
 using codecs::wma_standard::EncoderSettings;
+using codecs::wma_standard::RateMode;
 using engine::AudioFormat;
 using platform::VbrMode;
 
@@ -22,18 +25,25 @@ double SignalToNoiseFloor(const AudioFormat& format) {
         double db;
     };
     constexpr Floor kFloors[] = {{0.5, 9}, {0.65, 15}, {0.8, 17}, {1.1, 21}, {2, 23}, {9, 32}};
-    const double bits = double(format.value) / (format.sampling_rate * format.channels);
+    const double bits =
+        static_cast<double>(format.value) / (format.sampling_rate * format.channels);
     return std::find_if(std::begin(kFloors), std::end(kFloors),
                         [&](const Floor& row) { return bits <= row.bits; })
         ->db;
 }
 
-TEST(WmaStandardEncoder, WritesEveryRateOfTheListing) {
-    const platform::AudioCodecRow& codec = *platform::FindAudioCodec("WMA9STD");
+TEST(WmaStandardEncoder, WritesEveryRateThatTheListingLeadsTo) {
     std::vector<AudioFormat> formats;
-    for (const auto list : {engine::AudioFormats(codec, VbrMode::Constant),
-                            engine::UnlistedAudioFormats(codec, VbrMode::Constant)})
-        formats.insert(formats.end(), list.begin(), list.end());
+    for (const platform::AudioCodecRow& codec : platform::kAudioCodecs)
+        for (const auto list : {engine::AudioFormats(codec, VbrMode::Constant),
+                                engine::UnlistedAudioFormats(codec, VbrMode::Constant)})
+            for (const AudioFormat& asked : list) {
+                const engine::WrittenAudio written = WrittenFor(codec, VbrMode::Constant, asked);
+                const bool known =
+                    std::find(formats.begin(), formats.end(), written.format) != formats.end();
+                if (written.tag == 0x0161 && !known) formats.push_back(written.format);
+            }
+    ASSERT_GT(formats.size(), 40U);
     for (const AudioFormat& format : formats) {
         SCOPED_TRACE(testing::Message() << format.value << " bit/s, " << format.sampling_rate
                                         << " Hz, " << format.channels << " channels");
@@ -86,6 +96,92 @@ TEST(WmaStandardEncoder, WritesWhatIsHardToWrite) {
 
 TEST(WmaStandardEncoder, WritesNothingOfNothing) {
     EXPECT_TRUE(Encode({}, Sound(2)).firsts.empty());
+}
+
+struct VariableRate {
+    double bits_per_second;
+    double fullest;  // bits, of a bucket that drains by the peak rate
+};
+
+// Reads nothing but packets' sizes and times.
+VariableRate Measure(const EncodedSound& encoded, int sampling_rate, int peak_rate) {
+    VariableRate found{};
+    double level = 0;
+    std::int64_t last = 0;
+    for (const std::int64_t first : encoded.firsts) {
+        const double drained = static_cast<double>(first - last) / sampling_rate * peak_rate;
+        level = std::max(0.0, level - drained) + 8.0 * encoded.packet_bytes;
+        found.fullest = std::max(found.fullest, level);
+        last = first;
+    }
+    found.bits_per_second = 8.0 * encoded.packet_bytes *
+                            static_cast<double>(encoded.firsts.size()) /
+                            encoded.Seconds(sampling_rate);
+    return found;
+}
+
+// Quiet chords, loud noise, then chords again.
+Sound Uneven(int sampling_rate) {
+    Sound sound = Chords(sampling_rate, 2, 24);
+    const Sound noise = WhiteNoise(sampling_rate, 2, 24);
+    for (std::size_t c = 0; c < sound.size(); ++c)
+        for (std::size_t i = 0; i < sound[c].size(); ++i)
+            if (i / Index(sampling_rate) >= 10 && i / Index(sampling_rate) < 14)
+                sound[c][i] = noise[c][i];
+    return sound;
+}
+
+TEST(WmaStandardEncoder, KeepsRateAndPeakInTwoPasses) {
+    constexpr int kRate = 96000;
+    constexpr int kPeak = 144000;
+    constexpr double kBuffer = 1.5;
+    const Sound sound = Uneven(44100);
+    struct Case {
+        const char* why;
+        RateMode mode;
+        double most_fullest;  // bits; 0 = any
+    };
+    const Case cases[] = {
+        {"constant", RateMode::Constant, 0},
+        {"on average", RateMode::BitRate, 0},
+        {"with a peak", RateMode::Peak, kPeak * kBuffer},
+    };
+    double free_fullest = 0;
+    for (const Case& c : cases) {
+        EncoderSettings settings{44100, 2, kRate, c.mode, 75, kPeak, kBuffer};
+        const EncodedSound first = Encode(settings, sound);
+        settings.first_pass = first.first_pass;
+        const EncodedSound encoded = Encode(settings, sound);
+        EXPECT_EQ(encoded.messages, "") << c.why;
+        const VariableRate found = Measure(encoded, 44100, kPeak);
+        EXPECT_NEAR(found.bits_per_second, kRate, 0.03 * kRate) << c.why;
+        if (c.mode == RateMode::BitRate) free_fullest = found.fullest;
+        if (c.most_fullest > 0) {
+            EXPECT_LE(found.fullest, c.most_fullest) << c.why;
+            EXPECT_GT(free_fullest, c.most_fullest) << "the peak changes nothing";
+        }
+    }
+}
+
+TEST(WmaStandardEncoder, EachQualityIsBetterAndLargerThanTheOneBelow) {
+    const platform::AudioCodecRow& codec = *platform::FindAudioCodec("WMA9STD");
+    const Sound sound = Chords(44100, 2, 6);
+    double last_rate = 0;
+    double last_db = 0;
+    for (const AudioFormat& format : engine::AudioFormats(codec, VbrMode::Quality)) {
+        if (format.sampling_rate != 44100) continue;
+        EncoderSettings settings = SettingsFor(WrittenFor(codec, VbrMode::Quality, format).format);
+        settings.mode = RateMode::Quality;
+        settings.quality = format.value;
+        const EncodedSound encoded = Encode(settings, sound);
+        EXPECT_EQ(encoded.messages, "") << format.value;
+        const double rate = Measure(encoded, 44100, 1).bits_per_second;
+        const double db = SignalToNoise(sound, encoded);
+        EXPECT_GT(rate, last_rate) << format.value;
+        EXPECT_GT(db, last_db) << format.value;
+        last_rate = rate;
+        last_db = db;
+    }
 }
 
 // What a decoder says to be the first sound must not be kept from others by what it leaves out.

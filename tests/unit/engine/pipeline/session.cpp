@@ -23,6 +23,8 @@ std::string_view AvName(const platform::CodecMaker& maker) {
             return "wmv3";
         case Kind::Screen:
             return "mss2";
+        case Kind::Wma:
+            return "wmav2";
         case Kind::FullFrames:
             return "rawvideo";
         case Kind::Pcm:

@@ -1,0 +1,37 @@
+// Windows Media Audio by our own encoder.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "codecs/wma_standard/encoder.h"
+#include "engine/base/av/coded_frame_pool.h"
+#include "engine/base/av/encoder.h"
+#include "engine/encoders/make_encoder.h"
+#include "engine/plan/encode_plan.h"
+
+namespace engine {
+
+class WmaAudioEncoder final : public AudioEncoder {
+  public:
+    WmaAudioEncoder(const AudioPlan& plan, const EncoderPass& pass, CodedFramePool& packets);
+
+    AudioFrameFormat Format() const override;
+    StreamHeader Header() const override;
+    bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
+    bool Finish(const CodedFrameSink& sink) override;
+    std::vector<float> TakeFirstPass() override { return encoder_.TakeFirstPass(); }
+
+  private:
+    codecs::wma_standard::CodedPacketSink Into(const CodedFrameSink& sink);
+
+    AudioPlan plan_;
+    AudioFormat format_;
+    CodedFramePool& packets_;
+    codecs::wma_standard::Encoder encoder_;
+    AvPtr<AVBufferPool> buffers_;
+    std::vector<std::span<const float>> channels_;
+    bool wanted_ = true;
+};
+
+}  // namespace engine
