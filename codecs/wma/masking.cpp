@@ -32,7 +32,7 @@ double FromDb(double db) { return std::pow(10.0, db / 10); }
 
 }  // namespace
 
-MaskingModel::MaskingModel(int sampling_rate, int block_size, std::vector<int> band_ends) {
+MaskingModel::MaskingModel(int sampling_rate, int block_size, std::span<const int> band_ends) {
     const auto hz = [&](double coefficient) {
         return coefficient * sampling_rate / (2.0 * block_size);
     };

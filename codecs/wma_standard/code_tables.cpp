@@ -1,5 +1,7 @@
 #include "codecs/wma_standard/code_tables.h"
 
+#include <bit>
+
 #include "codecs/common/index.h"
 #include "codecs/wma/floor_log2.h"
 
@@ -498,8 +500,8 @@ constexpr CoefficientTable kCoefficientTables[] = {
 };
 
 Code CodeOf(std::uint32_t marked) {
-    const auto length = static_cast<std::uint8_t>(wma::FloorLog2(static_cast<int>(marked)));
-    return {marked ^ (std::uint32_t{1} << length), length};
+    return {marked ^ std::bit_floor(marked),
+            static_cast<std::uint8_t>(wma::FloorLog2(static_cast<int>(marked)))};
 }
 
 }  // namespace

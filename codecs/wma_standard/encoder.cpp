@@ -15,7 +15,7 @@ namespace {
 // About as long as packets of that codec usually are. No more than fifteen frames end in a packet,
 // so small ones leave a variable rate more room.
 int FramesPerPacket(const EncoderSettings& settings) {
-    if (settings.mode != RateMode::Constant) return 3;
+    if (settings.low_delay || settings.mode != RateMode::Constant) return 3;
     return settings.sampling_rate <= 11025 ? 5 : 8;
 }
 

@@ -20,6 +20,7 @@ struct EncoderSettings {
     int peak_rate = 0;        // bits per second, of that mode
     double peak_seconds = 3;  // of the buffer, likewise
     FirstPass first_pass = {};
+    bool low_delay = false;  // packets are small
 };
 
 /// One thread. Samples first to last are what packets complete: `first` counts from the start of

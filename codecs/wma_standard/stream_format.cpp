@@ -86,8 +86,9 @@ std::vector<Band> BandsOf(int sampling_rate, int block) {
         return bands;
     }
     for (const int edge : kBandEdgesHz) {
-        const std::int64_t twice = std::int64_t{2} * block * edge + 2 * sampling_rate;
-        const int end = std::min(static_cast<int>(twice / (4 * sampling_rate)) * 4, block);
+        const std::int64_t twice = std::int64_t{2} * block * edge + std::int64_t{2} * sampling_rate;
+        const int end =
+            std::min(static_cast<int>(twice / (std::int64_t{4} * sampling_rate)) * 4, block);
         if (end > (bands.empty() ? 0 : bands.back().end)) add_up_to(end);
         if (end == block) break;
     }
@@ -119,7 +120,7 @@ StreamFormat::StreamFormat(int sampling_rate_hz, int channel_count, int average_
     const float bits = BitsPerSample(bytes_per_second, channels, sampling_rate);
     const float both_bits = channels == 2 ? static_cast<float>(bits * 1.6) : bits;
     const int frame_bytes =
-        static_cast<int>(bits * static_cast<float>(frame_samples) / 8.0F + 0.5F);
+        static_cast<int>(std::lround(bits * static_cast<float>(frame_samples) / 8.0F));
     completion_bits = wma::FloorLog2(std::max(frame_bytes, 1)) + 2 + 3;
     coefficient_tables = TablesFor(sampling_rate, both_bits);
 
@@ -135,7 +136,8 @@ StreamFormat::StreamFormat(int sampling_rate_hz, int channel_count, int average_
         block.coded = (frame_samples - frame_samples * 9 / 100) >> k;
         block.bands = BandsOf(sampling_rate, block.size);
         // 2 L f / R with f as a part of R / 2
-        if (noise_filling) AddHighBands(block, static_cast<int>(block.size * noise_from + 0.5));
+        if (noise_filling)
+            AddHighBands(block, static_cast<int>(std::lround(block.size * noise_from)));
     }
 }
 

@@ -44,6 +44,7 @@ EncoderSettings SettingsFor(const AudioPlan& plan, const EncoderPass& pass) {
     settings.peak_rate = plan.peak_rate_bps;
     settings.peak_seconds = plan.peak_buffer_ms / 1000.0;
     settings.first_pass = pass.first_audio;
+    settings.low_delay = plan.input.capture.has_value();
     return settings;
 }
 
