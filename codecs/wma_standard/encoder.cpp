@@ -37,6 +37,7 @@ RateSettings RateFor(const EncoderSettings& settings, const StreamFormat& format
 // Decoders give nothing for the first two frames: their packet ends there, so that times are
 // right whether a decoder counts those frames or not.
 constexpr int kSilentFrames = 2;
+constexpr double kMostSilentPart = 1.25;  // of what the rate gives a frame
 
 constexpr double kUsualOffsetDb = 0;
 constexpr double kOffsetStepDb = 1;
@@ -91,8 +92,9 @@ class Encoder::Impl {
                      Timed(sink));
         // The frames without sound are written in advance.
         if (++frames_ <= kSilentFrames) return;
-        if (frames_ == kSilentFrames + 1) packets_.Pad(Timed(sink));
-        if (packets_.CanPad() && rate_->Missing() > packets_.Room()) packets_.Pad(Timed(sink));
+        // The first frame with sound is not to be counted in the packet of those.
+        const bool leave_early = frames_ == kSilentFrames + 1 || rate_->Missing() > packets_.Room();
+        if (leave_early && packets_.CanPad()) packets_.Pad(Timed(sink));
         rate_->Wrote(packets_.Bits());
     }
 
@@ -106,7 +108,11 @@ class Encoder::Impl {
         }
         offset_db_ = rate_->Offset(fair_offset_);
         int bits = coder_.Code(frame, offset_db_);
-        while (bits > rate_->MostBits() && offset_db_ < kMostOffsetDb)
+        // Those without sound all end in the first packet.
+        const double most = frames_ < kSilentFrames
+                                ? std::min(rate_->MostBits(), kMostSilentPart * format_.FrameBits())
+                                : rate_->MostBits();
+        while (bits > most && offset_db_ < kMostOffsetDb)
             bits = coder_.Code(frame, offset_db_ += kOffsetStepDb);
         return bits;
     }
