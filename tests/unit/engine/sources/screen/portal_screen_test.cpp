@@ -15,7 +15,9 @@ TEST(FramePacer, GivesWhatTheRateHasRoomForAndTheLastOneAgain) {
     const Case cases[] = {
         {"nothing before the first", {}, {}},
         {"regular ones", {0, 100, 200}, {0, 100, 200, 480, 760, 1760}},
-        {"twice as many as there is room for", {0, 50, 100, 150, 200}, {0, 100, 200, 480, 760, 1760}},
+        {"twice as many as there is room for",
+         {0, 50, 100, 150, 200},
+         {0, 100, 200, 480, 760, 1760}},
         {"a burst: its last one, when there is room", {0, 10, 20, 30}, {0, 100, 380, 660, 1660}},
         {"somewhat early ones are kept, an interval apart",
          {0, 80, 180, 300},
