@@ -491,12 +491,8 @@ constexpr std::uint16_t kRuns5[] = {
 // clang-format on
 
 constexpr CoefficientTable kCoefficientTables[] = {
-    {kCoefficientCodes0, kRuns0},
-    {kCoefficientCodes1, kRuns1},
-    {kCoefficientCodes2, kRuns2},
-    {kCoefficientCodes3, kRuns3},
-    {kCoefficientCodes4, kRuns4},
-    {kCoefficientCodes5, kRuns5},
+    {kCoefficientCodes0, kRuns0}, {kCoefficientCodes1, kRuns1}, {kCoefficientCodes2, kRuns2},
+    {kCoefficientCodes3, kRuns3}, {kCoefficientCodes4, kRuns4}, {kCoefficientCodes5, kRuns5},
 };
 
 Code CodeOf(std::uint32_t marked) {

@@ -9,8 +9,8 @@
 namespace engine {
 
 /// How an asked format is really written: a stand-in, and an encoder whose range ends earlier, take
-/// the nearest that they can. `format.value` is a bit rate in bits per second in every mode, and 100
-/// where nothing is lost.
+/// the nearest that they can. `format.value` is a bit rate in bits per second in every mode, and
+/// 100 where nothing is lost.
 struct WrittenAudio {
     platform::CodecMaker maker{};
     std::uint16_t tag = 0;

@@ -148,14 +148,14 @@ TEST(EncodeLossless, GivesEverySampleBack) {
         // setting       source                                                  samples
         {"Q100_44_2_16", "aevalsrc=0.8*sin(t*t*3000)|0.3*random(1):s=44100:d=3", "pcm_s16le"},
         {"Q100_48_2_24", "aevalsrc=0.9*sin(t*t*900)|0.2*sin(440*t):s=48000:d=2", "pcm_s24le"},
-        {"Q100_96_6_24", "anoisesrc=r=96000:c=pink:d=1,aformat=cl=5.1",          "pcm_s24le"},
+        {"Q100_96_6_24", "anoisesrc=r=96000:c=pink:d=1,aformat=cl=5.1", "pcm_s24le"},
     };
     for (const Case& each : kCases) {
         SCOPED_TRACE(each.setting);
         const TempFolder folder;
         const std::string samples = std::string(" -c:a ") + each.samples;
-        const std::string clip = Ffmpeg(std::string("-f lavfi -i '") + each.source + "'" + samples,
-                                        folder / "clip.wav");
+        const std::string clip =
+            Ffmpeg(std::string("-f lavfi -i '") + each.source + "'" + samples, folder / "clip.wav");
         const std::string file = folder / "out.wma";
         const CommandResult result =
             Console({"-input", clip, "-output", file, "-a_codec", "WMA9LSL", "-a_mode", "2",
