@@ -131,6 +131,7 @@ const Device* FindDevice(const DeviceList& list, SourceType medium, const std::s
     if (const Device* const nearly =
             first([&](const Device& d) { return platform::LowerCase(d.name) == lower; }))
         return nearly;
+    if (name.empty()) return nullptr;
     return first([&](const Device& d) {
         return platform::LowerCase(d.name).find(lower) != std::string::npos;
     });

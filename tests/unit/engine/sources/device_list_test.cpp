@@ -115,7 +115,13 @@ TEST(DeviceList, NamesAreLookedForInTheirMediumOnly) {
     EXPECT_EQ(any_default->id, "b");
     EXPECT_EQ(FindDevice(list, SourceType::Video, "Mic"), nullptr);
     EXPECT_EQ(FindDevice(list, SourceType::Video, kDefaultAudioDevice), nullptr);
-    EXPECT_EQ(FindDevice(list, SourceType::Audio, "mic"), nullptr);
+    for (const auto& [name, id] : {std::pair("Mic", "a"), {"mic", "a"}, {"head", "b"}}) {
+        const Device* const found = FindDevice(list, SourceType::Audio, name);
+        ASSERT_NE(found, nullptr) << name;
+        EXPECT_EQ(found->id, id) << name;
+    }
+    EXPECT_EQ(FindDevice(list, SourceType::Audio, "Microphone"), nullptr);
+    EXPECT_EQ(FindDevice(list, SourceType::Audio, ""), nullptr);
     EXPECT_EQ(FindDevice({}, SourceType::Audio, kDefaultAudioDevice), nullptr);
 }
 
