@@ -6,13 +6,28 @@
 #include "engine/outputs/asf/packet_size.h"
 
 namespace engine::asf {
+namespace {
+
+// Audio blocks are not split over packets. Those of lossless audio are so large that what they
+// leave at the end of a packet would be a quarter of the file.
+std::uint32_t WithWholeBlocks(std::uint32_t packet_bytes, const OutputHeader& header) {
+    if (header.streams.size() != 1 || !header.streams.front().rate_is_estimate) return packet_bytes;
+    const auto* const audio = std::get_if<AudioHeader>(&header.streams.front().format);
+    if (audio == nullptr || audio->block_align == 0) return packet_bytes;
+    const std::uint32_t block = audio->block_align + kPayloadOverheadBytes;
+    const std::uint32_t blocks = (packet_bytes - kPacketOverheadBytes) / block;
+    const std::uint32_t whole = kPacketOverheadBytes + blocks * block;
+    return blocks == 0 || whole < header.min_packet_bytes ? packet_bytes : whole;
+}
+
+}  // namespace
 
 FramePacketizer::FramePacketizer(OutputHeader header, Packetizer::Receiver receiver)
     : header_(std::move(header)), kept_back_(header_.streams.size()) {
     std::uint64_t total_bps = 0;
     for (const StreamHeader& stream : header_.streams) total_bps += stream.average_rate_bps;
-    facts_.packet_bytes =
-        ChoosePacketSize(total_bps, header_.min_packet_bytes, header_.max_packet_bytes);
+    facts_.packet_bytes = WithWholeBlocks(
+        ChoosePacketSize(total_bps, header_.min_packet_bytes, header_.max_packet_bytes), header_);
     facts_.preroll_ms = PrerollMs(header_);
     facts_.file_id = RandomFileId();
     facts_.creation_date = CreationDateNow();
