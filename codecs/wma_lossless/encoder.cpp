@@ -18,6 +18,9 @@ constexpr int kGroupSeconds = 6;
 // What of a group candidates code, before the best of them goes on alone.
 constexpr int kTrialMs = 1000;
 
+// Samples are left out of a frame, none at its start and so many at its end.
+constexpr std::uint32_t kTrimmedAtEnd = 0b101;
+
 }  // namespace
 
 class Encoder::Impl {
@@ -29,7 +32,7 @@ class Encoder::Impl {
           trial_frames_(settings.low_delay ? 1
                                            : 1 + kTrialMs * format_.SamplingRate() /
                                                      (1000 * format_.FrameSamples())),
-          packetiser_(format_),
+          packetiser_(format_.PacketBytes()),
           team_(settings.threads),
           waiting_(Index(trial_frames_),
                    FrameSamples(Index(format_.Channels()),
@@ -57,7 +60,14 @@ class Encoder::Impl {
             TakeFrame(sink);
         }
         if (frames_waiting_ > 0) StartGroup(sink);
-        packetiser_.Finish(sink);
+        // At the end a decoder tries to make a frame of what is left of the packet: it finds one of
+        // which all is left out.
+        const auto trim_bits = static_cast<std::uint8_t>(format_.TrimBits());
+        const Code filler[] = {{0, static_cast<std::uint8_t>(format_.LengthBits())},
+                               {1, 1},  // all channels have one layout
+                               {kTrimmedAtEnd, 3},
+                               {static_cast<std::uint32_t>(format_.FrameSamples()), trim_bits}};
+        packetiser_.Finish(filler, sink);
     }
 
   private:
@@ -111,14 +121,14 @@ class Encoder::Impl {
         content_.Clear();
         content_.Put(1, 1);  // all channels have one layout
         if (trimmed > 0) {
-            content_.Put(0b101, 3);  // at the end
+            content_.Put(kTrimmedAtEnd, 3);
             content_.Put(static_cast<std::uint32_t>(trimmed), format_.TrimBits());
         } else {
             content_.Put(0, 1);
         }
         best_->WriteTile(content_);
         content_.Put(1, 1);  // a filler
-        Packetiser::Frame frame;
+        wma::Packetiser::Frame frame;
         frame.bits = content_.Size();
         content_.Align();
         frame.bytes.assign(content_.Bytes().begin(), content_.Bytes().end());
@@ -140,7 +150,7 @@ class Encoder::Impl {
     StreamFormat format_;
     int group_frames_;
     int trial_frames_;
-    Packetiser packetiser_;
+    wma::Packetiser packetiser_;
     TaskTeam team_;
     std::vector<GroupCoder> candidates_;
     std::vector<FrameSamples> waiting_;

@@ -6,10 +6,13 @@
 #include <span>
 #include <vector>
 
-#include "codecs/wma_lossless/packetiser.h"
+#include "codecs/wma/packetiser.h"
 #include "codecs/wma_lossless/stream_format.h"
 
 namespace codecs::wma_lossless {
+
+using wma::Packet;
+using wma::PacketSink;
 
 struct EncoderSettings {
     StreamFormat format;

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "codecs/wma/packetiser.h"
+
 namespace codecs::wma_lossless {
 
 constexpr int kMostChannels = 8;
@@ -21,9 +23,8 @@ class StreamFormat {
     /// Of a frame, for each channel.
     int FrameSamples() const { return frame_samples_; }
     int PacketBytes() const { return 1 << packet_bits_; }
-    /// Bits of a frame's length, and of how much of one a packet begins with. A frame has fewer
-    /// bits than 2 to this power.
-    int LengthBits() const { return packet_bits_ + 4; }
+    /// Bits of a frame's length.
+    int LengthBits() const { return wma::FrameLengthBits(PacketBytes()); }
     /// Bits of a number of samples that are left out of a frame.
     int TrimBits() const;
 

@@ -12,6 +12,10 @@
 namespace codecs::wma_standard {
 namespace {
 
+using wma::kDbByHalving;
+using wma::kLeastOffsetDb;
+using wma::kMostOffsetDb;
+
 // About as long as packets of that codec usually are. No more than fifteen frames end in a packet,
 // so small ones leave a variable rate more room.
 int FramesPerPacket(const EncoderSettings& settings) {
@@ -19,12 +23,17 @@ int FramesPerPacket(const EncoderSettings& settings) {
     return settings.sampling_rate <= 11025 ? 5 : 8;
 }
 
-RateSettings RateFor(const EncoderSettings& settings, const StreamFormat& format) {
-    RateSettings rate;
+// The offsets of quality 0 and 100.
+constexpr double kCoarsestDb = 20;
+constexpr double kFinestDb = -12;
+
+wma::RateSettings RateFor(const EncoderSettings& settings, const StreamFormat& format) {
+    wma::RateSettings rate;
     rate.mode = settings.mode;
     rate.frame_bits = format.FrameBits();
     rate.frame_seconds = static_cast<double>(format.frame_samples) / format.sampling_rate;
-    rate.quality = settings.quality;
+    rate.quality_offset_db =
+        kCoarsestDb + (kFinestDb - kCoarsestDb) * std::clamp(settings.quality, 0, 100) / 100.0;
     rate.peak_bits = settings.peak_rate * rate.frame_seconds;
     // Frames are known to the bit, but go in whole packets: one that has begun, and one that waits.
     rate.peak_buffer =
@@ -56,7 +65,7 @@ class Encoder::Impl {
           analysis_(format_, TuningFor(format_)),
           coder_(format_),
           packets_(format_),
-          rate_(MakeRateControl(RateFor(settings, format_))) {}
+          rate_(wma::MakeRateControl(RateFor(settings, format_))) {}
 
     const StreamFormat& Format() const { return format_; }
 
@@ -150,7 +159,7 @@ class Encoder::Impl {
     FrameAnalysis analysis_;
     FrameCoder coder_;
     PacketWriter packets_;
-    std::unique_ptr<RateControl> rate_;
+    std::unique_ptr<wma::RateControl> rate_;
     FirstPass first_pass_;
     BitWriter bits_;
     std::int64_t samples_ = 0;

@@ -7,9 +7,12 @@
 #include <memory>
 #include <span>
 
-#include "codecs/wma_standard/rate_control.h"
+#include "codecs/wma/rate_control.h"
 
 namespace codecs::wma_standard {
+
+using wma::FirstPass;
+using wma::RateMode;
 
 struct EncoderSettings {
     int sampling_rate = 44100;  // 8000 to 48000

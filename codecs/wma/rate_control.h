@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-namespace codecs::wma_standard {
+namespace codecs::wma {
 
 enum class RateMode : std::uint8_t {
     Constant,  // the same rate at all times, but for what a reservoir evens out
@@ -29,10 +29,10 @@ struct RateSettings {
     RateMode mode = RateMode::Constant;
     double frame_bits = 0;  // that the rate gives a frame
     double frame_seconds = 0;
-    int quality = 75;        // 0 to 100, of that mode
-    double peak_bits = 0;    // that the peak rate gives a frame, of that mode
-    double peak_buffer = 0;  // bits, likewise
-    FirstPass first_pass;    // empty where there was none
+    double quality_offset_db = 0;  // of all frames, of that mode
+    double peak_bits = 0;          // that the peak rate gives a frame, of that mode
+    double peak_buffer = 0;        // bits, likewise
+    FirstPass first_pass;          // empty where there was none
 };
 
 /// One thread. Calls alternate: Offset, then Wrote.
@@ -57,4 +57,4 @@ class RateControl {
 /// Takes the constant rate for what has no first pass although it needs one.
 std::unique_ptr<RateControl> MakeRateControl(const RateSettings& settings);
 
-}  // namespace codecs::wma_standard
+}  // namespace codecs::wma

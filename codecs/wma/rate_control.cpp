@@ -1,4 +1,4 @@
-#include "codecs/wma_standard/rate_control.h"
+#include "codecs/wma/rate_control.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,7 @@
 
 #include "codecs/common/index.h"
 
-namespace codecs::wma_standard {
+namespace codecs::wma {
 namespace {
 
 // How far a stream of constant rate may be ahead of it.
@@ -25,10 +25,6 @@ constexpr double kHorizonSeconds = 2;
 constexpr double kLeastPart = 0.2;
 // The end of a stream gets this part of what the rate gives it, whatever was taken before.
 constexpr double kLeastShare = 0.5;
-
-// The offsets of quality 0 and 100.
-constexpr double kCoarsestDb = 20;
-constexpr double kFinestDb = -12;
 
 // Fills with what frames take, and drains by what a rate gives them.
 class Bucket {
@@ -92,8 +88,7 @@ class ConstantRate final : public RateControl {
 
 class SameQuality final : public RateControl {
   public:
-    explicit SameQuality(int quality)
-        : offset_(kCoarsestDb + (kFinestDb - kCoarsestDb) * std::clamp(quality, 0, 100) / 100.0) {}
+    explicit SameQuality(double offset_db) : offset_(offset_db) {}
 
     double Offset(double /*fair_offset*/) override { return offset_; }
     double MostBits() const override { return std::numeric_limits<double>::max(); }
@@ -163,9 +158,10 @@ class PlannedRate final : public RateControl {
 }  // namespace
 
 std::unique_ptr<RateControl> MakeRateControl(const RateSettings& settings) {
-    if (settings.mode == RateMode::Quality) return std::make_unique<SameQuality>(settings.quality);
+    if (settings.mode == RateMode::Quality)
+        return std::make_unique<SameQuality>(settings.quality_offset_db);
     if (!settings.first_pass.empty()) return std::make_unique<PlannedRate>(settings);
     return std::make_unique<ConstantRate>(settings);
 }
 
-}  // namespace codecs::wma_standard
+}  // namespace codecs::wma

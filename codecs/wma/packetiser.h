@@ -1,4 +1,5 @@
-// Packs frames into packets of one size, which frames do not heed.
+// Packs frames into packets of one size, which frames do not heed, as the lossless and the
+// professional format do.
 #pragma once
 
 #include <cstddef>
@@ -9,9 +10,15 @@
 #include <vector>
 
 #include "codecs/common/bit_writer.h"
-#include "codecs/wma_lossless/stream_format.h"
+#include "codecs/wma/floor_log2.h"
 
-namespace codecs::wma_lossless {
+namespace codecs::wma {
+
+/// Bits of a frame's length, and of how much of one a packet begins with. A frame has fewer bits
+/// than 2 to this power.
+constexpr int FrameLengthBits(int packet_bytes) { return FloorLog2(packet_bytes) + 4; }
+/// Of what stands in front of each packet: a sequence number, two flags, and that length.
+constexpr int PacketHeaderBits(int packet_bytes) { return 6 + FrameLengthBits(packet_bytes); }
 
 struct Packet {
     std::span<const std::uint8_t> data;  // valid during the call that hands it on
@@ -23,7 +30,7 @@ using PacketSink = std::function<void(const Packet& packet)>;
 
 class Packetiser {
   public:
-    explicit Packetiser(const StreamFormat& format);
+    explicit Packetiser(int packet_bytes);
 
     /// What stands between the frame's length and its last bit.
     struct Frame {
@@ -39,19 +46,21 @@ class Packetiser {
     /// enters the stream gives up a packet at the first frame that it cannot decode.
     bool NextStartsFirst() const;
     /// Hands on the rest, if there was any frame.
-    void Finish(const PacketSink& sink);
+    /// @param filler  what stands behind the last frame's end, if anything has to
+    void Finish(std::span<const Code> filler, const PacketSink& sink);
 
   private:
     std::size_t Size(const Frame& frame) const;
     void PutFrame(const Frame& frame, bool another, const PacketSink& sink);
     void PutBits(std::uint32_t value, int bits, const PacketSink& sink);
-    void PutFiller(const PacketSink& sink);
+    void PutFiller(std::span<const Code> filler, const PacketSink& sink);
     void PadPacket(const PacketSink& sink);
     void BeginPacket();
     void HandOn(const PacketSink& sink);
     std::size_t Room() const { return packet_bits_ - packet_.Size(); }
 
-    StreamFormat format_;
+    int header_bits_;
+    int length_bits_;
     std::size_t packet_bits_;
     BitWriter packet_;
     std::vector<std::uint8_t> bytes_;
@@ -65,4 +74,4 @@ class Packetiser {
     std::optional<Frame> last_;      // waits for whether another one follows
 };
 
-}  // namespace codecs::wma_lossless
+}  // namespace codecs::wma

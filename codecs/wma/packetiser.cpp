@@ -1,4 +1,4 @@
-#include "codecs/wma_lossless/packetiser.h"
+#include "codecs/wma/packetiser.h"
 
 #include <algorithm>
 #include <cassert>
@@ -6,21 +6,19 @@
 
 #include "codecs/common/index.h"
 
-namespace codecs::wma_lossless {
+namespace codecs::wma {
 namespace {
 
 constexpr int kSequenceBits = 4;
 constexpr int kFlagBits = 2;             // key, and one of spliced streams
 constexpr std::uint8_t kKeyFlag = 0x08;  // in a packet's first byte
 
-int HeaderBits(const StreamFormat& format) {
-    return kSequenceBits + kFlagBits + format.LengthBits();
-}
-
 }  // namespace
 
-Packetiser::Packetiser(const StreamFormat& format)
-    : format_(format), packet_bits_(Index(format.PacketBytes()) * 8) {
+Packetiser::Packetiser(int packet_bytes)
+    : header_bits_(PacketHeaderBits(packet_bytes)),
+      length_bits_(FrameLengthBits(packet_bytes)),
+      packet_bits_(Index(packet_bytes) * 8) {
     BeginPacket();
 }
 
@@ -29,27 +27,27 @@ void Packetiser::Add(Frame frame, const PacketSink& sink) {
     last_ = std::move(frame);
 }
 
-void Packetiser::Finish(const PacketSink& sink) {
+void Packetiser::Finish(std::span<const Code> filler, const PacketSink& sink) {
     if (!last_) return;
     PutFrame(*last_, false, sink);
     last_.reset();
-    if (packet_.Size() > Index(HeaderBits(format_))) PutFiller(sink);
+    if (packet_.Size() > Index(header_bits_)) PutFiller(filler, sink);
 }
 
 bool Packetiser::NextStartsFirst() const { return last_ ? Size(*last_) >= Room() : true; }
 
 std::size_t Packetiser::Size(const Frame& frame) const {
-    return Index(format_.LengthBits()) + frame.bits + 1;
+    return Index(length_bits_) + frame.bits + 1;
 }
 
 void Packetiser::PutFrame(const Frame& frame, bool another, const PacketSink& sink) {
     const std::size_t size = Size(frame);
-    assert(size < std::size_t{1} << format_.LengthBits());
+    assert(size < std::size_t{1} << length_bits_);
     packet_has_key_ = packet_has_key_ || frame.key;
     packet_key_ = packet_key_ || (frame.key && !packet_started_);
     packet_started_ = true;
     frame_left_ = size;
-    PutBits(static_cast<std::uint32_t>(size), format_.LengthBits(), sink);
+    PutBits(static_cast<std::uint32_t>(size), length_bits_, sink);
     std::size_t left = frame.bits;
     for (const std::uint8_t byte : frame.bytes) {
         const auto bits = static_cast<int>(std::min<std::size_t>(left, 8));
@@ -62,19 +60,11 @@ void Packetiser::PutFrame(const Frame& frame, bool another, const PacketSink& si
     PutBits(another && Room() > 1 ? 1 : 0, 1, sink);
 }
 
-// At the end a decoder tries to make a frame of what is left of the packet: it finds one of which
-// all is left out.
-void Packetiser::PutFiller(const PacketSink& sink) {
-    constexpr std::uint32_t kLayout = 1;  // of all channels
-    constexpr std::uint32_t kTrimmedAtEnd = 0b101;
-    const int length = format_.LengthBits();
-    if (Room() < Index(length + 1 + 3 + format_.TrimBits())) {
-        PadPacket(sink);
-    }
-    packet_.Put(0, length);
-    packet_.Put(kLayout, 1);
-    packet_.Put(kTrimmedAtEnd, 3);
-    packet_.Put(static_cast<std::uint32_t>(format_.FrameSamples()), format_.TrimBits());
+void Packetiser::PutFiller(std::span<const Code> filler, const PacketSink& sink) {
+    std::size_t bits = 0;
+    for (const Code& code : filler) bits += code.length;
+    if (Room() < bits) PadPacket(sink);
+    for (const Code& code : filler) packet_.Put(code);
     PadPacket(sink);
 }
 
@@ -97,7 +87,7 @@ void Packetiser::BeginPacket() {
     packet_.Clear();
     packet_.Put(sequence_, kSequenceBits);
     packet_.Put(0, kFlagBits);
-    packet_.Put(static_cast<std::uint32_t>(frame_left_), format_.LengthBits());
+    packet_.Put(static_cast<std::uint32_t>(frame_left_), length_bits_);
     sequence_ = (sequence_ + 1) & ((1U << kSequenceBits) - 1);
     packet_started_ = packet_has_key_ = packet_key_ = false;
     packet_ended_ = 0;
@@ -110,4 +100,4 @@ void Packetiser::HandOn(const PacketSink& sink) {
     BeginPacket();
 }
 
-}  // namespace codecs::wma_lossless
+}  // namespace codecs::wma
