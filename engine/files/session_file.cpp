@@ -48,11 +48,24 @@ bool IsWithin(pugi::xml_node node, const pugi::xml_node& holder) {
     return false;
 }
 
-/// The first element outside the group that `fits`.
+/// Whether an element belongs to the session's sources: to its group, to another one, or to sources
+/// that stand in none. What is named there is read, and must never be written to.
+bool BelongsToSources(pugi::xml_node node, const pugi::xml_node& group) {
+    for (; node; node = node.parent()) {
+        if (node == group) return true;
+        if (IsWithin(group, node)) return false;
+        if (IsOneOf(node.name(), kGroupNames) || IsOneOf(node.name(), kProfileNames) ||
+            platform::LowerCase(node.name()).find("source") != std::string::npos)
+            return true;
+    }
+    return false;
+}
+
+/// The first element that `fits` and is none of the sources'.
 pugi::xml_node FindOutside(const pugi::xml_node& root, const pugi::xml_node& group,
                            const std::function<bool(const pugi::xml_node&)>& fits) {
     return root.find_node([&](const pugi::xml_node& node) {
-        return node.type() == pugi::node_element && fits(node) && !IsWithin(node, group);
+        return node.type() == pugi::node_element && fits(node) && !BelongsToSources(node, group);
     });
 }
 

@@ -180,6 +180,46 @@ TEST(SessionFile, WhatCannotBeUsedIsRefusedWithItsReason) {
               platform::kInvalidData);
 }
 
+TEST(SessionFile, WhatSourcesNameIsNeverAnOutput) {
+    const struct {
+        const char* why;
+        std::string sources;  // behind those of the session
+    } kCases[] = {
+        {"another group's",
+         "<SourceGroup><AudioSource><File FileName='b.wav'/></AudioSource>"
+         "<Broadcasting Port='9'/><Push Server='s'/></SourceGroup>"},
+        {"a group's by its other name",
+         "<Group><Reader><File FileName='b.wav'/><Broadcasting Port='9'/><Push Server='s'/>"
+         "</Reader></Group>"},
+        {"of no group",
+         "<Sources><Audio><File FileName='b.wav'/><Broadcasting Port='9'/>"
+         "<Push Server='s'/></Audio></Sources>"},
+        {"a profile's",
+         "<Profile><File FileName='b.wav'/><Broadcasting Port='9'/>"
+         "<Push Server='s'/></Profile>"},
+    };
+    const std::size_t outputs = kSession.find("<Output>");
+    const std::size_t display = kSession.find("<DisplayInfo>");
+    for (const auto& row : kCases) {
+        SCOPED_TRACE(row.why);
+        Files files;
+        const std::string head =
+            With(kSession.substr(0, outputs), "</SourceGroups>", row.sources + "</SourceGroups>");
+        const SessionRecord with = files.Read(head + kSession.substr(outputs)).session;
+        EXPECT_EQ(with.output, "/home/shows/lecture.wmv");
+        EXPECT_EQ(with.broadcast.http_port, 8080);
+        EXPECT_EQ(with.broadcast.server, "media.example");
+        SessionFile without = files.Read(head + kSession.substr(display));
+        EXPECT_EQ(without.session.output, "");
+        EXPECT_EQ(without.session.broadcast.http_port, 0);
+        EXPECT_EQ(without.session.broadcast.server, "");
+        without.session.output = "/home/shows/new.wmv";
+        const std::string written = files.Written(without);
+        EXPECT_THAT(written, HasSubstr("b.wav"));
+        EXPECT_EQ(files.Read(written).session.output, "/home/shows/new.wmv");
+    }
+}
+
 TEST(SessionFile, WhatIsChangedIsWrittenWhereItStands) {
     Files files;
     const std::string text =
