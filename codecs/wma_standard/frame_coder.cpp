@@ -105,14 +105,15 @@ bool FrameCoder::LimitMagnitudes(Block& block) const {
     }
     if (excess == 0) return false;
     const int louder = static_cast<int>(std::ceil(excess / kExponentsPerDb));
-    block.gain = std::min(block.gain + louder, kMostGain);
+    const int before = block.gain;
+    block.gain = std::min(before + louder, kMostGain);
     const int lower = static_cast<int>(louder * kExponentsPerDb);
     for (int c = 0; c < format_.channels; ++c) {
         auto& exponents = block.channels[Index(c)].exponents;
         for (int& exponent : exponents) exponent = std::clamp(exponent - lower, kLeastExponent, 0);
         *std::max_element(exponents.begin(), exponents.end()) = 0;
     }
-    return true;
+    return block.gain != before;
 }
 
 // Whether anything is left.
@@ -166,13 +167,15 @@ void FrameCoder::SettleNoiseLevels(const BlockFormat& sizes, BlockChannel& chann
     const auto exponent_of = [&](std::size_t i) -> int& {
         return channel.exponents[Index(sizes.high_exponents[i])];
     };
-    // An exponent that noise alone needs costs least when it is that of the band before.
+    // An exponent that noise alone needs costs least when it is that of the band before. What has
+    // been quantised keeps its own, so that the one that is 0 stays where no other is.
     for (std::size_t i = 0; i < bands; ++i) {
         const Band& whole = sizes.bands[Index(sizes.high_exponents[i])];
-        if (channel.noise[i] && sizes.high_bands[i].begin == whole.begin && whole.begin > 0)
-            exponent_of(i) = channel.exponents[Index(sizes.high_exponents[i] - 1)];
+        if (!channel.noise[i] || sizes.high_bands[i].begin != whole.begin || whole.begin == 0)
+            continue;
+        if (exponent_of(i) == 0 && std::ranges::count(channel.exponents, 0) == 1) continue;
+        exponent_of(i) = channel.exponents[Index(sizes.high_exponents[i] - 1)];
     }
-    if (bands > 0) *std::max_element(channel.exponents.begin(), channel.exponents.end()) = 0;
     int last_exponent = 0;
     for (std::size_t i = 0; i < bands; ++i)
         if (channel.noise[i]) last_exponent = exponent_of(i);
