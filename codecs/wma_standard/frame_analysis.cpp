@@ -5,6 +5,7 @@
 
 #include "codecs/common/index.h"
 #include "codecs/wma/log_sum.h"
+#include "codecs/wma/sample_range.h"
 
 namespace codecs::wma_standard {
 namespace {
@@ -52,7 +53,7 @@ void FrameAnalysis::Add(std::span<const std::span<const float>> samples) {
         samples_[c].resize(before + samples[c].size());
         std::transform(samples[c].begin(), samples[c].end(),
                        samples_[c].begin() + static_cast<std::ptrdiff_t>(before),
-                       [](float sample) { return sample * kFullScale; });
+                       [](float sample) { return wma::InRange(sample) * kFullScale; });
     }
 }
 

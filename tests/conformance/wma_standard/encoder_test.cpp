@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "codecs/common/index.h"
 #include "conformance/wma_standard/encoded_sound.h"
@@ -92,6 +93,31 @@ TEST(WmaStandardEncoder, WritesWhatIsHardToWrite) {
         EXPECT_EQ(encoded.samples, static_cast<std::int64_t>(c.sound.front().size())) << c.why;
         EXPECT_GE(encoded.decoded.front().size(), c.sound.front().size()) << c.why;
     }
+}
+
+TEST(WmaStandardEncoder, GoesOnAfterWhatIsNoSound) {
+    using Limits = std::numeric_limits<float>;
+    constexpr int kRate = 44100;
+    const Sound chords = Chords(kRate, 2, 4);
+    const EncoderSettings modes[] = {{kRate, 2, 64000}, {kRate, 2, 128000, RateMode::Quality, 90}};
+    for (const float value : {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(), 1e12F,
+                              1e20F, Limits::max(), Limits::lowest()})
+        for (const EncoderSettings& settings : modes) {
+            SCOPED_TRACE(testing::Message() << value << " at " << settings.bit_rate);
+            Sound sound = chords;
+            sound[0][100] = value;
+            std::fill_n(sound[1].begin() + kRate, kRate / 2, value);
+            const EncodedSound encoded = Encode(settings, sound);
+            EXPECT_EQ(encoded.messages, "");
+            EXPECT_EQ(encoded.samples, static_cast<std::int64_t>(sound.front().size()));
+            // Nothing of it is left in the last second.
+            const Sound wanted{{chords[0].begin() + 3 * kRate, chords[0].end()},
+                               {chords[1].begin() + 3 * kRate, chords[1].end()}};
+            EncodedSound end;
+            for (const std::vector<double>& channel : encoded.decoded)
+                end.decoded.emplace_back(channel.begin() + 3 * kRate, channel.begin() + 4 * kRate);
+            EXPECT_GT(SignalToNoise(wanted, end), 15);
+        }
 }
 
 TEST(WmaStandardEncoder, WritesNothingOfNothing) {
