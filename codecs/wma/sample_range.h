@@ -9,7 +9,10 @@ namespace codecs::wma {
 /// transforms and energies have no room for.
 constexpr float kLoudest = 16;
 
-constexpr bool IsInRange(auto sample) { return sample >= -kLoudest && sample <= kLoudest; }
+template <typename Sample>
+constexpr bool IsInRange(Sample sample) {
+    return sample >= -kLoudest && sample <= kLoudest;
+}
 
 /// What is no number, or infinite, is silence.
 template <typename Sample>

@@ -8,6 +8,7 @@
 
 #include "engine/base/av/av_error.h"
 #include "engine/filters/downmix.h"
+#include "engine/filters/sample_range.h"
 
 namespace engine {
 namespace {
@@ -96,6 +97,7 @@ void AudioResampler::FollowDevice(const AVFrame& frame) {
 bool AudioResampler::Push(FrameHandle frame, const FrameSink& next) {
     if (frame->sample_rate <= 0 || frame->ch_layout.nb_channels <= 0) return true;
     if (ShapeOf(*frame) != shape_ && !Open(*frame, next)) return false;
+    HoldSamplesToRange(*frame);
 
     const int rate = shape_.sampling_rate;
     const bool captured = clock_ == AudioClock::Capture;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <new>
+#include <vector>
 
 #include "engine/base/av/av_ptr.h"
 
@@ -21,6 +22,22 @@ void FillAudio(AVFrame& frame, engine::Ticks time, int samples, Sample&& sample)
     auto* out = reinterpret_cast<std::int16_t*>(frame.data[0]);
     for (int i = 0; i < samples; ++i) out[i] = sample(i);
     frame.pts = time.count;
+}
+
+/// The same values in both channels.
+template <typename Value>
+void FillStereo(AVFrame& frame, AVSampleFormat format, const std::vector<Value>& samples) {
+    frame.format = format;
+    frame.sample_rate = kRate;
+    frame.nb_samples = static_cast<int>(samples.size());
+    av_channel_layout_default(&frame.ch_layout, 2);
+    if (av_frame_get_buffer(&frame, 0) < 0) throw std::bad_alloc();
+    const bool planar = av_sample_fmt_is_planar(format) != 0;
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        for (std::size_t c = 0; c < 2; ++c)
+            reinterpret_cast<Value*>(frame.data[planar ? c : 0])[planar ? i : 2 * i + c] =
+                samples[i];
+    frame.pts = 0;
 }
 
 }  // namespace audio_frames

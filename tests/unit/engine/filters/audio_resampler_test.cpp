@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
+#include <vector>
 
 #include "unit/engine/filters/audio_frames.h"
 
@@ -120,6 +122,54 @@ TEST(Drift, GapsAreFilledAndOverlapsCut) {
         EXPECT_NEAR(static_cast<double>(written) / kRate, row.length_s, 0.004);
         EXPECT_NEAR(static_cast<double>(silent) / kRate, std::max(0.0, row.length_s - 1), 0.002);
     }
+}
+
+/// What comes out in whole numbers at half the rate, of a quiet sound with `value` in its middle.
+template <typename Value>
+std::vector<std::int16_t> Resampled(AVSampleFormat format, Value value) {
+    constexpr int kRate = audio_frames::kRate;
+    FramePool frames;
+    AudioResampler resampler({AV_SAMPLE_FMT_S16, kRate / 2, 2, 1024}, {}, AudioClock::Media, {},
+                             kNoStop, frames);
+    std::vector<std::int16_t> out;
+    const FrameSink sink = [&](FrameHandle frame) {
+        const auto* samples = reinterpret_cast<const std::int16_t*>(frame->data[0]);
+        out.insert(out.end(), samples, samples + 2 * frame->nb_samples);
+        return true;
+    };
+    std::vector<Value> samples(kRate, Value{0.25});
+    samples[kRate / 2] = value;
+    FrameHandle frame = frames.Get();
+    audio_frames::FillStereo(*frame, format, samples);
+    const FrameHandle kept = frames.Get();
+    EXPECT_EQ(av_frame_ref(kept.get(), frame.get()), 0);
+    EXPECT_TRUE(resampler.Push(std::move(frame), sink));
+    EXPECT_TRUE(resampler.Finish(sink));
+    const auto* own = reinterpret_cast<const Value*>(kept->data[0]);
+    const int step = av_sample_fmt_is_planar(format) != 0 ? 1 : 2;
+    EXPECT_EQ(std::isnan(own[step * kRate / 2]), std::isnan(value)) << "what others hold is theirs";
+    return out;
+}
+
+template <typename Value>
+void ExpectRangeFor(AVSampleFormat format) {
+    using Limits = std::numeric_limits<Value>;
+    const std::vector<std::int16_t> silent = Resampled(format, Value{0});
+    const std::vector<std::int16_t> loud = Resampled(format, Value{16});
+    ASSERT_GT(silent.size(), 44000U);
+    EXPECT_NE(silent, loud);
+    EXPECT_EQ(Resampled(format, Limits::quiet_NaN()), silent);
+    EXPECT_EQ(Resampled(format, Limits::infinity()), silent);
+    EXPECT_EQ(Resampled(format, -Limits::infinity()), silent);
+    EXPECT_EQ(Resampled(format, Value{1e20F}), loud);
+    EXPECT_EQ(Resampled(format, Limits::max()), loud);
+    EXPECT_EQ(Resampled(format, Limits::lowest()), Resampled(format, Value{-16}));
+}
+
+TEST(AudioResampler, WhatIsNoSoundIsSilenceAndWhatIsTooLoudIsHeld) {
+    ExpectRangeFor<float>(AV_SAMPLE_FMT_FLT);
+    ExpectRangeFor<float>(AV_SAMPLE_FMT_FLTP);
+    ExpectRangeFor<double>(AV_SAMPLE_FMT_DBL);
 }
 
 }  // namespace
