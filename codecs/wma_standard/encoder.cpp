@@ -60,8 +60,7 @@ constexpr int kMostTries = 12;
 class Encoder::Impl {
   public:
     explicit Impl(const EncoderSettings& settings)
-        : format_(settings.sampling_rate, settings.channels, settings.bit_rate / 8,
-                  FramesPerPacket(settings)),
+        : format_(FormatFor(settings)),
           analysis_(format_, TuningFor(format_)),
           coder_(format_),
           packets_(format_),
@@ -167,6 +166,11 @@ class Encoder::Impl {
     double offset_db_ = 0;
     double fair_offset_ = kUsualOffsetDb;
 };
+
+StreamFormat FormatFor(const EncoderSettings& settings) {
+    return {settings.sampling_rate, settings.channels, settings.bit_rate / 8,
+            FramesPerPacket(settings)};
+}
 
 Encoder::Encoder(const EncoderSettings& settings) : impl_(std::make_unique<Impl>(settings)) {}
 Encoder::~Encoder() = default;

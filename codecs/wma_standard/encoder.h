@@ -8,6 +8,7 @@
 #include <span>
 
 #include "codecs/wma/rate_control.h"
+#include "codecs/wma_standard/stream_format.h"
 
 namespace codecs::wma_standard {
 
@@ -25,6 +26,9 @@ struct EncoderSettings {
     FirstPass first_pass = {};
     bool low_delay = false;  // packets are small
 };
+
+/// Of the stream that an encoder makes with these settings.
+StreamFormat FormatFor(const EncoderSettings& settings);
 
 /// One thread. Samples first to last are what packets complete: `first` counts from the start of
 /// the sound.

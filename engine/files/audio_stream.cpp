@@ -7,6 +7,7 @@
 #include "engine/files/media_subtype.h"
 #include "engine/files/stream_config.h"
 #include "engine/files/xml_tree.h"
+#include "engine/plan/audio_stream_format.h"
 #include "engine/plan/value_ranges.h"
 #include "platform/error.h"
 
@@ -20,10 +21,6 @@ constexpr std::uint32_t kWavePcmTag = 1;             // uncompressed, as files k
 constexpr std::int64_t kQualityBytes = 0x7FFF'FF00;  // plus the quality stands for bytes a second
 constexpr std::int32_t kUsualBufferMs = 3000;
 constexpr std::int32_t kUsualDepth = 16;
-// What the standard codec's stream format has beside the wave format: no options but variable
-// lengths of blocks.
-constexpr const char* kStandardData = "00000000010000000000";
-constexpr std::uint16_t kStandardTag = 0x161;
 
 // clang-format off
 constexpr OwnAttribute<AudioStream> kOwn[] = {
@@ -94,37 +91,33 @@ AudioStream ReadKnown(const pugi::xml_node& stream, const ValueReader& reader) {
     return audio;
 }
 
-/// Samples of one packet of the standard codec.
-std::int64_t PacketSamples(std::int32_t sampling_rate) {
-    if (sampling_rate <= 16000) return 512;
-    if (sampling_rate <= 22050) return 1024;
-    return sampling_rate <= 48000 ? 2048 : 4096;
+/// As the program writes it; none for a format that the codec does not have.
+AudioStreamFormat FileFormat(const AudioSettings& settings, VbrMode mode) {
+    const platform::AudioCodecRow& codec =
+        platform::kAudioCodecs[static_cast<std::size_t>(settings.codec)];
+    const auto format = FindAudioFormat(codec, mode, settings.format);
+    return format ? StreamFormatOf(WrittenFor(codec, mode, *format), mode) : AudioStreamFormat();
 }
 
-std::int64_t BlockBytes(const AudioFormat& format, bool compressed) {
-    if (!compressed) return std::int64_t{format.channels} * format.bits_per_sample / 8;
-    return std::int64_t{format.value} * PacketSamples(format.sampling_rate) /
-           (std::int64_t{format.sampling_rate} * 8);
-}
-
-void WriteFormat(pugi::xml_node media, const AudioSettings& settings, bool quality) {
+void WriteFormat(pugi::xml_node media, const AudioSettings& settings, VbrMode mode) {
     const AudioFormat& format = settings.format;
     const std::uint16_t codec =
         platform::kAudioCodecs[static_cast<std::size_t>(settings.codec)].tag;
     const std::uint32_t tag = codec != 0 ? codec : kWavePcmTag;
-    const std::int64_t block = BlockBytes(format, codec != 0);
+    const AudioStreamFormat stream = FileFormat(settings, mode);
     Put(media, "subtype", SubtypeText(tag));
     PutNumber(media, "bfixedsizesamples", 1);
     PutNumber(media, "btemporalcompression", 0);
-    PutNumber(media, "lsamplesize", block);
+    PutNumber(media, "lsamplesize", stream.block_align);
     pugi::xml_node wave = NeedChild(media, "waveformatex");
     PutNumber(wave, "wFormatTag", tag);
     PutNumber(wave, "nChannels", format.channels);
     PutNumber(wave, "nSamplesPerSec", format.sampling_rate);
-    PutNumber(wave, "nAvgBytesPerSec", quality ? kQualityBytes + format.value : format.value / 8);
-    PutNumber(wave, "nBlockAlign", block);
+    PutNumber(wave, "nAvgBytesPerSec",
+              mode == VbrMode::Quality ? kQualityBytes + format.value : format.value / 8);
+    PutNumber(wave, "nBlockAlign", stream.block_align);
     PutNumber(wave, "wBitsPerSample", format.bits_per_sample);
-    Put(wave, "codecdata", tag == kStandardTag ? kStandardData : "");
+    Put(wave, "codecdata", fmt::format("{:02X}", fmt::join(stream.extra_data, "")));
 }
 
 }  // namespace
@@ -157,7 +150,7 @@ void WriteAudioStream(pugi::xml_node stream, const AudioStream& audio) {
         common.buffer_ms = quality ? 0 : kUsualBufferMs;
     }
     WriteStream(stream, common);
-    if (!as_loaded) WriteFormat(NeedChild(stream, "wmmediatype"), settings, quality);
+    if (!as_loaded) WriteFormat(NeedChild(stream, "wmmediatype"), settings, audio.mode);
     WriteOwn<AudioStream>(stream, kOwn, audio, ReadKnown(stream, reader));
 }
 

@@ -1,6 +1,9 @@
 // Profile files as other programs may write them, and what is written back.
 #include "engine/files/profile_file.h"
 
+#include <fmt/format.h>
+
+#include "engine/plan/audio_stream_format.h"
 #include "support/error_of.h"
 
 namespace engine::files {
@@ -209,6 +212,38 @@ TEST(ProfileFile, AnAttributeThatStandsTwiceDoesNotComeBack) {
     EXPECT_EQ(Video(profile).peak_buffer_ms, 0);
     profile.content_type = platform::kContentAudioVideo;
     EXPECT_EQ(Video(ReadProfile(WriteProfile(profile)).profile).peak_buffer_ms, 0);
+}
+
+TEST(ProfileFile, AStreamIsDescribedAsItWillBeWritten) {
+    const struct {
+        const char* why;
+        std::int32_t codec;
+        VbrMode mode;
+        AudioFormat format;
+        std::string extra_begins;
+    } kCases[] = {
+        {"a constant rate", 0, VbrMode::Constant, {64040, 44100, 2, 16}, "00400000"},
+        {"a quality", 0, VbrMode::Quality, {50, 44100, 2, 16}, "00180000"},
+        {"lossless", 2, VbrMode::Quality, {100, 44100, 2, 16}, "1000"},
+        {"a format that the codec does not have", 0, VbrMode::Constant, {64040, 1, 2, 16}, ""},
+    };
+    for (const auto& row : kCases) {
+        SCOPED_TRACE(row.why);
+        ProfileRecord profile;
+        profile.audio_mode = row.mode;
+        AudienceRecord& audience = profile.audiences.emplace_back();
+        audience.streams = platform::kContentAudio;
+        audience.audio.codec = row.codec;
+        audience.audio.format = row.format;
+        const WrittenAudio written = WrittenFor(
+            platform::kAudioCodecs[static_cast<std::size_t>(row.codec)], row.mode, row.format);
+        const std::int32_t block =
+            row.extra_begins.empty() ? 0 : StreamFormatOf(written, row.mode).block_align;
+        const std::string text = WriteProfile(profile);
+        EXPECT_THAT(text, HasSubstr(fmt::format("nBlockAlign=\"{}\"", block)));
+        EXPECT_THAT(text, HasSubstr(fmt::format("lsamplesize=\"{}\"", block)));
+        EXPECT_THAT(text, HasSubstr("codecdata=\"" + row.extra_begins));
+    }
 }
 
 TEST(ProfileFile, AStreamThatTheFileLacksIsAdded) {
