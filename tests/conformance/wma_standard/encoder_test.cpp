@@ -2,18 +2,35 @@
 #include <cmath>
 #include <limits>
 
-#include "codecs/common/index.h"
-#include "conformance/wma_standard/encoded_sound.h"
+#include "codecs/wma_standard/encoder.h"
+#include "conformance/wma/encoded_sound.h"
 #include "engine/plan/written_audio.h"
 
 namespace wma_conformance {
 namespace {
 
-using codecs::Index;
 using codecs::wma_standard::EncoderSettings;
 using codecs::wma_standard::RateMode;
 using engine::AudioFormat;
 using platform::VbrMode;
+
+EncodedSound Encode(const EncoderSettings& settings, const Sound& sound) {
+    codecs::wma_standard::Encoder encoder(settings);
+    const auto extra = encoder.ExtraData();
+    PacketCheck check({0x0161,
+                       settings.sampling_rate,
+                       settings.channels,
+                       16,
+                       encoder.BytesPerSecond(),
+                       encoder.PacketBytes(),
+                       {extra.begin(), extra.end()}});
+    EncodeInPieces(encoder, sound, [&](const codecs::wma_standard::CodedPacket& packet) {
+        check.Take(packet.bytes, packet.first, packet.samples);
+    });
+    EncodedSound encoded = check.Finish();
+    encoded.first_pass = encoder.TakeFirstPass();
+    return encoded;
+}
 
 EncoderSettings SettingsFor(const AudioFormat& format) {
     return {format.sampling_rate, format.channels, format.value};
@@ -124,39 +141,6 @@ TEST(WmaStandardEncoder, WritesNothingOfNothing) {
     EXPECT_TRUE(Encode({}, Sound(2)).firsts.empty());
 }
 
-struct VariableRate {
-    double bits_per_second;
-    double fullest;  // bits, of a bucket that drains by the peak rate
-};
-
-// Reads nothing but packets' sizes and times.
-VariableRate Measure(const EncodedSound& encoded, int sampling_rate, int peak_rate) {
-    VariableRate found{};
-    double level = 0;
-    std::int64_t last = 0;
-    for (const std::int64_t first : encoded.firsts) {
-        const double drained = static_cast<double>(first - last) / sampling_rate * peak_rate;
-        level = std::max(0.0, level - drained) + 8.0 * encoded.packet_bytes;
-        found.fullest = std::max(found.fullest, level);
-        last = first;
-    }
-    found.bits_per_second = 8.0 * encoded.packet_bytes *
-                            static_cast<double>(encoded.firsts.size()) /
-                            encoded.Seconds(sampling_rate);
-    return found;
-}
-
-// Quiet chords, loud noise, then chords again.
-Sound Uneven(int sampling_rate) {
-    Sound sound = Chords(sampling_rate, 2, 24);
-    const Sound noise = WhiteNoise(sampling_rate, 2, 24);
-    for (std::size_t c = 0; c < sound.size(); ++c)
-        for (std::size_t i = 0; i < sound[c].size(); ++i)
-            if (i / Index(sampling_rate) >= 10 && i / Index(sampling_rate) < 14)
-                sound[c][i] = noise[c][i];
-    return sound;
-}
-
 TEST(WmaStandardEncoder, KeepsRateAndPeakInTwoPasses) {
     constexpr int kRate = 96000;
     constexpr int kPeak = 144000;
@@ -179,7 +163,7 @@ TEST(WmaStandardEncoder, KeepsRateAndPeakInTwoPasses) {
         settings.first_pass = first.first_pass;
         const EncodedSound encoded = Encode(settings, sound);
         EXPECT_EQ(encoded.messages, "") << c.why;
-        const VariableRate found = Measure(encoded, 44100, kPeak);
+        const VariableRate found = MeasureRate(encoded, 44100, kPeak);
         EXPECT_NEAR(found.bits_per_second, kRate, 0.03 * kRate) << c.why;
         if (c.mode == RateMode::BitRate) free_fullest = found.fullest;
         if (c.most_fullest > 0) {
@@ -201,7 +185,7 @@ TEST(WmaStandardEncoder, EachQualityIsBetterAndLargerThanTheOneBelow) {
         settings.quality = format.value;
         const EncodedSound encoded = Encode(settings, sound);
         EXPECT_EQ(encoded.messages, "") << format.value;
-        const double rate = Measure(encoded, 44100, 1).bits_per_second;
+        const double rate = MeasureRate(encoded, 44100, 1).bits_per_second;
         const double db = SignalToNoise(sound, encoded);
         EXPECT_GT(rate, last_rate) << format.value;
         EXPECT_GT(db, last_db) << format.value;

@@ -1,4 +1,4 @@
-#include "conformance/wma_standard/sounds.h"
+#include "conformance/wma/sounds.h"
 
 #include <cmath>
 #include <cstddef>
@@ -39,14 +39,16 @@ Sound Chords(int sampling_rate, int channels, double seconds) {
     constexpr double kNotes[] = {196, 261.6, 329.6, 220, 293.7, 440};
     Noise noise;
     return Make(sampling_rate, channels, seconds, [&](int channel, double time) {
-        const double at = channel == 0 ? time : time + 0.2;
+        const double at = time + 0.2 * channel;
         const auto bar = static_cast<std::size_t>(at / kBar);
         const double fade = std::exp(-3 * (at - static_cast<double>(bar) * kBar));
         double sum = 0.002 * noise();
         for (int harmonic = 1; harmonic <= 4; ++harmonic) {
             const double hz = kNotes[bar % std::size(kNotes)] * harmonic;
             sum += 0.3 * fade / harmonic * Sine(hz * at);
-            sum += 0.1 / harmonic * Sine(0.75 * kNotes[channel] * harmonic * at);
+            sum += 0.1 / harmonic *
+                   Sine(0.75 * kNotes[static_cast<std::size_t>(channel) % std::size(kNotes)] *
+                        harmonic * at);
         }
         return 0.8 * sum;
     });
@@ -69,6 +71,16 @@ Sound WhiteNoise(int sampling_rate, int channels, double seconds) {
 Sound LoudSine(int sampling_rate, int channels, double hz, double seconds) {
     return Make(sampling_rate, channels, seconds,
                 [&](int, double time) { return 0.98 * Sine(hz * time); });
+}
+
+Sound Uneven(int sampling_rate) {
+    const auto rate = static_cast<std::size_t>(sampling_rate);
+    Sound sound = Chords(sampling_rate, 2, 24);
+    const Sound noise = WhiteNoise(sampling_rate, 2, 24);
+    for (std::size_t c = 0; c < sound.size(); ++c)
+        for (std::size_t i = 0; i < sound[c].size(); ++i)
+            if (i / rate >= 10 && i / rate < 14) sound[c][i] = noise[c][i];
+    return sound;
 }
 
 Sound Silence(int sampling_rate, int channels, double seconds) {
