@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "codecs/common/index.h"
+#include "codecs/wma/sample_range.h"
 
 namespace codecs::wma_pro {
 namespace {
@@ -65,7 +66,7 @@ void FrameAnalysis::Add(std::span<const std::span<const float>> samples) {
         to.resize(before + samples[c].size());
         std::transform(samples[c].begin(), samples[c].end(),
                        to.begin() + static_cast<std::ptrdiff_t>(before),
-                       [](float sample) { return sample * kFullScale; });
+                       [](float sample) { return wma::InRange(sample) * kFullScale; });
     }
 }
 
