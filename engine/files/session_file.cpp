@@ -48,6 +48,10 @@ bool IsWithin(pugi::xml_node node, const pugi::xml_node& holder) {
     return false;
 }
 
+bool HasWord(const pugi::xml_node& node, std::string_view word) {
+    return platform::LowerCase(node.name()).find(word) != std::string::npos;
+}
+
 /// Whether an element belongs to the session's sources: to its group, to another one, or to sources
 /// that stand in none. What is named there is read, and must never be written to.
 bool BelongsToSources(pugi::xml_node node, const pugi::xml_node& group) {
@@ -55,7 +59,7 @@ bool BelongsToSources(pugi::xml_node node, const pugi::xml_node& group) {
         if (node == group) return true;
         if (IsWithin(group, node)) return false;
         if (IsOneOf(node.name(), kGroupNames) || IsOneOf(node.name(), kProfileNames) ||
-            platform::LowerCase(node.name()).find("source") != std::string::npos)
+            HasWord(node, "source"))
             return true;
     }
     return false;
@@ -81,11 +85,12 @@ struct SessionParts {
             return IsOneOf(node.name(), kOutputNames) && !ValueOf(node, kOutputFileNames).empty();
         });
         broadcast = FindOutside(root, group, [](const pugi::xml_node& node) {
-            return platform::LowerCase(node.name()).find("broadcast") != std::string::npos &&
-                   !ValueOf(node, kPortNames).empty();
+            return HasWord(node, "broadcast") && !ValueOf(node, kPortNames).empty();
         });
         push = FindOutside(root, group, [](const pugi::xml_node& node) {
-            return !ValueOf(node, kServerNames).empty();
+            // Servers are named for much else.
+            return !ValueOf(node, kServerNames).empty() &&
+                   (HasWord(node, "push") || !ValueOf(node, kPointNames).empty());
         });
         profile = Descendant(group, kProfileNames);
         display = Descendant(root, kDisplayNames);
@@ -95,6 +100,15 @@ struct SessionParts {
 
     pugi::xml_node root, group, profile, file, broadcast, push, display, attributes, options;
 };
+
+/// What holds a text of the display information: it, or an element within; it also where nothing
+/// does.
+pugi::xml_node DisplayHolder(const pugi::xml_node& display, Names names) {
+    if (HasValue(display, names)) return display;
+    const pugi::xml_node within =
+        display.find_node([&](const pugi::xml_node& node) { return HasValue(node, names); });
+    return within ? within : display;
+}
 
 /// The element with its content, as a document of its own.
 std::string TextOf(const pugi::xml_node& node) {
@@ -264,12 +278,14 @@ void WriteDisplay(SessionParts& parts, const ContentDescription& content) {
     for (const DisplayRow& row : kDisplay) {
         const std::string& text = content.*(row.text);
         const std::string_view names[] = {row.name};
-        if (ValueOf(parts.display, names) == text) continue;
+        const pugi::xml_node holder = DisplayHolder(parts.display, names);
+        if (ValueOf(holder, names) == text) continue;
+        if (HasValue(holder, names)) {
+            SetValue(holder, names, text);
+            continue;
+        }
         if (!parts.display) parts.display = parts.root.append_child("DisplayInfo");
-        if (ValueOf(parts.display, names).empty() && !ChildNamed(parts.display, row.name))
-            parts.display.append_child(row.name).text().set(text.c_str());
-        else
-            SetValue(parts.display, names, text);
+        parts.display.append_child(row.name).text().set(text.c_str());
     }
 }
 
@@ -312,7 +328,7 @@ SessionFile ReadSession(const std::string& utf8, const SessionFolder& folder) {
         ValueOf(parts.push, kTemplateNames)};
     for (const DisplayRow& row : kDisplay) {
         const std::string_view names[] = {row.name};
-        session.content.*(row.text) = ValueOf(parts.display, names);
+        session.content.*(row.text) = ValueOf(DisplayHolder(parts.display, names), names);
     }
     int unknown = CountUnknown(parts.root);
     ReadAttributes(parts.attributes, session, unknown);

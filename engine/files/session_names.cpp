@@ -1,9 +1,11 @@
 #include "engine/files/session_names.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 #include "engine/files/xml_tree.h"
+#include "platform/text.h"
 
 namespace engine::files {
 
@@ -16,10 +18,8 @@ constexpr std::string_view kOtherNames[] = {
     "minor_version",
     "Description",
     "SourceGroups",
-    "AutoArchive",
     "MarkIn",
     "MarkOut",
-    "Repeat",
     "PreProcessPass",
     "ContentMode",
     "ContentEDL",
@@ -36,13 +36,8 @@ constexpr std::string_view kOtherNames[] = {
     "CroppingRightMargin",
     "CroppingBottomMargin",
     "Property",
-    "MaxSize",
-    "MaxDuration",
-    "AutoIndex",
     "Broadcast",
-    "Protocol",
     "Push",
-    "AutoRemove",
     "Title",
     "Author",
     "Copyright",
@@ -58,7 +53,27 @@ constexpr Names kKnown[] = {
     kOptionsNames, kNameNames,        kValueNames,    kOtherNames,
 };
 
-bool IsKnown(std::string_view name) {
+// What the program does in any case; other values ask for what it does not do.
+struct FixedRow {
+    std::string_view name;
+    std::array<std::string_view, 5> values;  // "" among them: not set
+};
+// clang-format off
+constexpr FixedRow kFixed[] = {
+    {"AutoArchive", {"1", "true", "start", "continue"}},
+    {"AutoIndex",   {"1", "true"}},
+    {"AutoRemove",  {"0", "false"}},
+    {"MaxDuration", {"0", "-1"}},
+    {"MaxSize",     {"0", "-1"}},
+    {"Protocol",    {"http"}},
+    {"Repeat",      {"0", "false"}},
+};
+// clang-format on
+
+bool IsUnderstood(std::string_view name, std::string_view value) {
+    const auto fixed =
+        std::ranges::find_if(kFixed, [&](const FixedRow& row) { return IsNamed(name, row.name); });
+    if (fixed != std::end(kFixed)) return IsOneOf(platform::TrimBlanks(value), fixed->values);
     return std::any_of(std::begin(kKnown), std::end(kKnown),
                        [&](Names names) { return IsOneOf(name, names); });
 }
@@ -76,6 +91,11 @@ pugi::xml_attribute AttributeOf(const pugi::xml_node& node, Names names) {
         [&](const pugi::xml_attribute& attribute) { return IsOneOf(attribute.name(), names); });
 }
 
+std::string ValueIn(const pugi::xml_node& node) {
+    const pugi::xml_attribute value = AttributeOf(node, kValueNames);
+    return value ? value.value() : TextIn(node);
+}
+
 }  // namespace
 
 bool IsOneOf(std::string_view name, Names names) {
@@ -89,12 +109,13 @@ pugi::xml_node Descendant(const pugi::xml_node& node, Names names) {
     });
 }
 
+bool HasValue(const pugi::xml_node& node, Names names) {
+    return AttributeOf(node, names) || ChildOf(node, names);
+}
+
 std::string ValueOf(const pugi::xml_node& node, Names names) {
     if (const pugi::xml_attribute attribute = AttributeOf(node, names)) return attribute.value();
-    const pugi::xml_node child = ChildOf(node, names);
-    if (!child) return {};
-    const pugi::xml_attribute value = AttributeOf(child, kValueNames);
-    return value ? value.value() : TextIn(child);
+    return ValueIn(ChildOf(node, names));
 }
 
 void SetValue(pugi::xml_node node, Names names, const std::string& value) {
@@ -125,10 +146,11 @@ std::string TextIn(const pugi::xml_node& node) {
 int CountUnknown(const pugi::xml_node& root) {
     int unknown = 0;
     for (const pugi::xml_attribute& attribute : root.attributes())
-        unknown += IsKnown(attribute.name()) || DeclaresPrefix(attribute.name()) ? 0 : 1;
+        if (!DeclaresPrefix(attribute.name()) && !IsUnderstood(attribute.name(), attribute.value()))
+            ++unknown;
     for (const pugi::xml_node& child : root.children()) {
         if (child.type() != pugi::node_element || IsOneOf(child.name(), kProfileNames)) continue;
-        unknown += (IsKnown(child.name()) ? 0 : 1) + CountUnknown(child);
+        unknown += (IsUnderstood(child.name(), ValueIn(child)) ? 0 : 1) + CountUnknown(child);
     }
     return unknown;
 }

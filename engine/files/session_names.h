@@ -39,6 +39,8 @@ bool IsOneOf(std::string_view name, Names names);
 /// The first element below `node` with one of the names, however deep.
 pugi::xml_node Descendant(const pugi::xml_node& node, Names names);
 
+/// Whether an attribute or a child element has one of the names.
+bool HasValue(const pugi::xml_node& node, Names names);
 /// The text of an attribute, or of a child element or its "Value"; "" where there is none.
 std::string ValueOf(const pugi::xml_node& node, Names names);
 /// Sets it where it stands, else as an attribute with the first name. An empty value that stands
@@ -49,7 +51,7 @@ void SetValue(pugi::xml_node node, Names names, const std::string& value);
 std::string TextIn(const pugi::xml_node& node);
 
 /// How many elements and attributes below the root, profiles left out, have names that say nothing
-/// here.
+/// here, or ask for what is not done here.
 int CountUnknown(const pugi::xml_node& root);
 
 }  // namespace engine::files

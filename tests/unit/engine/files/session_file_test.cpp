@@ -97,6 +97,16 @@ const ForeignSession kForeign[] = {
     {"another word for the output", "LocalFileName", "FileName", [](auto& s) { return s.output == "/home/shows/lecture.wmv"; }},
     {"another word for the port", "Port='8080'", "HttpPort='81'", [](auto& s) { return s.broadcast.http_port == 81; }},
     {"display information as attributes", "<DisplayInfo><Title>Lecture 3</Title>", "<DisplayInformation title='T'/><DisplayInfo>", [](auto& s) { return s.content.title == "T"; }},
+    {"display information in elements of its own", "<Title>Lecture 3</Title><Rating>G</Rating>", "<Texts><Title Value='T'/><More rating='R'/></Texts>",
+     [](auto& s) { return s.content.title == "T" && s.content.rating == "R"; }, {"2 parts of the session were not understood; they are kept."}},
+    {"a server that is for something else", "<Output>", "<License><Server>keys.example</Server></License><Output>", [](auto& s) { return s.broadcast.server == "media.example"; },
+     {"1 parts of the session were not understood; they are kept."}},
+    {"a server with a point is for pushing", "<Push ServerName='media.example'", "<Remote Server='other.example'", [](auto& s) { return s.broadcast.server == "other.example"; },
+     {"1 parts of the session were not understood; they are kept."}},
+    {"what is done in any case", "<File LocalFileName='lecture.wmv'/>", "<File LocalFileName='lecture.wmv' MaxSize='0' MaxDuration='-1' AutoIndex='1'><Repeat>0</Repeat></File>",
+     [](auto& s) { return s.output == "/home/shows/lecture.wmv"; }},
+    {"what is not done", "<File LocalFileName='lecture.wmv'/>", "<File LocalFileName='lecture.wmv' MaxSize='9' MaxDuration='9' AutoIndex='0' AutoRemove='1' Protocol='mms' AutoArchive='stop'><Repeat Value='1'/></File>",
+     [](auto& s) { return s.output == "/home/shows/lecture.wmv"; }, {"7 parts of the session were not understood; they are kept."}},
     {"kinds of attributes", "<Attributes>", "<Attributes><Qword Name='q' Value='7'/><Attribute Name='b' Type='bool' Value='true'/><Attribute Name='r' Type='bytes' Value='00'/>",
      [](auto& s) { return s.attributes.size() == 4 && s.attributes[0].second == platform::AttributeValue(7) && s.attributes[1].second == platform::AttributeValue(1); },
      {"2 parts of the session were not understood; they are kept."}},
@@ -223,12 +233,14 @@ TEST(SessionFile, WhatSourcesNameIsNeverAnOutput) {
 TEST(SessionFile, WhatIsChangedIsWrittenWhereItStands) {
     Files files;
     const std::string text =
-        With(With(kSession, "<Title>Lecture 3</Title>", "<Title lang='en' Value='Lecture 3'/>"),
+        With(With(kSession, "<Title>Lecture 3</Title><Rating>G</Rating>",
+                  "<Texts><Title lang='en' Value='Lecture 3'/></Texts><Texts Rating=''/>"),
              "<Options", "<Plugin a='1'/><Options");
     SessionFile file = files.Read(text);
     SessionRecord& session = file.session;
     session.content.title = "Lecture 4";
     session.content.author = "A. Teacher";
+    session.content.rating = "R";
     session.output = "/other/out.wmv";
     session.broadcast.http_port = 81;
     session.attributes[0].second = -3;
@@ -238,13 +250,15 @@ TEST(SessionFile, WhatIsChangedIsWrittenWhereItStands) {
     session.groups[0].video[0].mark_in_ms = 7;
     const std::string written = files.Written(file);
     for (const char* part :
-         {"<Title lang=\"en\" Value=\"Lecture 4\"", "<Author>A. Teacher</Author>",
-          "LocalFileName=\"/other/out.wmv\"", "Protocol=\"http\" Port=\"81\"", "<Plugin a=\"1\"",
+         {"<Title lang=\"en\" Value=\"Lecture 4\"", "<Texts Rating=\"R\"",
+          "<Author>A. Teacher</Author>", "LocalFileName=\"/other/out.wmv\"",
+          "Protocol=\"http\" Port=\"81\"", "<Plugin a=\"1\"",
           "Name=\"SurroundMix\" Type=\"dword\" Value=\"-3\"",
           "Name=\"New\" Type=\"string\" Value=\"text\"", "Scheme=\"File\" Input=\"clip.avi\"",
           "MarkIn=\"7\"", "secret=\"s\"", "Name=\"Lecture\"", "<Description>Camera</Description>"})
         EXPECT_THAT(written, HasSubstr(part));
-    EXPECT_THAT(written, Not(HasSubstr("lecture.wmv")));
+    for (const char* part : {"lecture.wmv", "Lecture 3", "<Title>", "<Rating>"})
+        EXPECT_THAT(written, Not(HasSubstr(part)));
 }
 
 TEST(SessionFile, ANewOneHasWhatWasSetAlone) {
