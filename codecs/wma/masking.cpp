@@ -32,7 +32,8 @@ double FromDb(double db) { return std::pow(10.0, db / 10); }
 
 }  // namespace
 
-MaskingModel::MaskingModel(int sampling_rate, int block_size, std::span<const int> band_ends) {
+MaskingModel::MaskingModel(int sampling_rate, int block_size, std::span<const int> band_ends,
+                           double tonality) {
     const auto hz = [&](double coefficient) {
         return coefficient * sampling_rate / (2.0 * block_size);
     };
@@ -50,7 +51,7 @@ MaskingModel::MaskingModel(int sampling_rate, int block_size, std::span<const in
         band.quiet =
             static_cast<float>(full * FromDb(std::min(quiet, 90.0) - kFullScaleDb) / (end - begin));
         band.noise_offset_db = 5.5F;
-        band.tone_offset_db = static_cast<float>(14.5 + bark);
+        band.tone_offset_db = static_cast<float>(5.5 + tonality * (9 + bark));
         bands_.push_back(band);
         begin = end;
     }

@@ -11,7 +11,10 @@ namespace codecs::wma {
 class MaskingModel {
   public:
     /// @param band_ends  the coefficient behind each band; bands follow each other from 0 on
-    MaskingModel(int sampling_rate, int block_size, std::span<const int> band_ends);
+    /// @param tonality   how much less noise tones mask than noise does: 1 = by 9 dB, and 1 more
+    ///                   for each Bark
+    MaskingModel(int sampling_rate, int block_size, std::span<const int> band_ends,
+                 double tonality = 1);
 
     /// The noise that is not heard in each band, as the mean square of a coefficient's error.
     /// @param coefficients  as many as the block has, or fewer: the rest is silent

@@ -103,7 +103,8 @@ class Encoder::Impl {
         // The first frame with sound is not to be counted in the packet of those.
         const bool leave_early = frames_ == kSilentFrames + 1 || rate_->Missing() > packets_.Room();
         if (leave_early && packets_.CanPad()) packets_.Pad(Timed(sink));
-        rate_->Wrote(packets_.Bits());
+        // The last packet is filled up: by half of one, as far as is known before.
+        rate_->Wrote(packets_.Bits() + 4 * std::int64_t{format_.packet_bytes});
     }
 
     int ChooseOffset(Frame& frame) {

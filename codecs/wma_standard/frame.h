@@ -15,7 +15,7 @@ constexpr int kMostChannels = 2;
 struct BlockChannel {
     // What is to be coded.
     std::vector<float> coefficients;  // those of the block that may be coded
-    std::vector<float> steps_db;      // of each band: the step that is wanted, beside others
+    std::vector<int> shape;           // of each band: the wanted exponent, -60 to 0
     std::vector<float> peaks;         // of each band: the largest magnitude
     // How it is coded.
     bool coded = false;
@@ -28,6 +28,7 @@ struct BlockChannel {
 struct Block {
     int size_index = 0;  // in StreamFormat::blocks
     bool sum_difference = false;
+    double step_db = 0;  // the largest one that is wanted, beside those of other blocks
     bool new_exponents = true;
     int gain = 1;
     std::array<BlockChannel, kMostChannels> channels;

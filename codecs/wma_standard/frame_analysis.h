@@ -15,8 +15,10 @@ namespace codecs::wma_standard {
 
 /// How the stream's bits are to be spent.
 struct Tuning {
-    double bandwidth_hz = 20000;  // what lies above is left out
-    double masking = 0.6;         // how far steps follow the ear: 0 = equal steps, 1 = wholly
+    double bandwidth_hz = 20000;     // what lies above is left out
+    double masking = 0.6;            // how far steps follow the ear: 0 = equal steps, 1 = wholly
+    double exponent_weight = 0.006;  // bits that a coefficient loses with a step that is beside
+                                     // the wanted one by one exponent; by the square of more
 };
 
 /// What the wanted rate makes of it.
@@ -45,12 +47,15 @@ class FrameAnalysis {
     struct Spectrum {
         std::vector<float> coefficients;
         std::vector<float> allowed;  // noise, of each band
+        std::vector<float> steps;    // of each band, in exponents below the block's largest
     };
 
     std::vector<int> Layout(std::size_t frame_begin);
     void Split(int begin, int index, const std::vector<bool>& attacks, std::vector<int>& sizes);
     void Analyse(Block& block, std::size_t begin, int previous_size, int next_size);
     void Transform(const Block& block, std::size_t begin, int previous_size, int next_size);
+    void ChooseShapes(Block& block, const Block* before);
+    float WeighSteps(const BlockFormat& sizes);
     int Kept(const BlockFormat& sizes) const;  // coefficients
     bool SumIsCheaper(const BlockFormat& sizes);
     void MixChannels(const BlockFormat& sizes);
@@ -64,6 +69,7 @@ class FrameAnalysis {
     std::vector<int> layout_;  // sizes of the next frame's blocks, by index
     int previous_index_ = 0;
     std::vector<Spectrum> spectra_;
+    std::vector<float> weights_;  // of bands' steps
     Frame frame_;
 };
 

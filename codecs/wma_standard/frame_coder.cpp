@@ -4,18 +4,18 @@
 #include <cmath>
 
 #include "codecs/common/index.h"
+#include "codecs/wma_standard/step_shape.h"
 
 namespace codecs::wma_standard {
 namespace {
 
-constexpr double kExponentsPerDb = 16.0 / 20;
 constexpr int kLeastExponent = -kMostExponentDifference;
 constexpr int kMostExponent = 0;
 constexpr int kMostGain = 250;
 
 // A quantiser rounds down what lies less than this above a level: small levels take the most bits
 // for what they add.
-constexpr float kRounding = 0.42F;
+constexpr float kRounding = 0.38F;
 
 // A band is better noise when the values that are left hold less than this part of its energy.
 constexpr float kSparse = 0.3F;
@@ -55,6 +55,7 @@ FrameCoder::FrameCoder(const StreamFormat& format) : format_(format), writer_(fo
 
 int FrameCoder::Code(Frame& frame, double offset_db) {
     int bits = 0;
+    const Block* last = nullptr;  // whose exponents a decoder has
     for (Block& block : frame.blocks) {
         ChooseExponents(block, offset_db);
         while (LimitMagnitudes(block)) {
@@ -64,29 +65,27 @@ int FrameCoder::Code(Frame& frame, double offset_db) {
             channel.coded = Quantise(block, c);
             ChooseNoise(block, c);
         }
+        block.new_exponents = last == nullptr || !HaveSameExponents(block, *last);
+        if (block.new_exponents) last = &block;
         bits += writer_.Bits(block);
     }
     return bits;
 }
 
-void FrameCoder::ChooseExponents(Block& block, double offset_db) {
-    double most = 0;
-    for (int c = 0; c < format_.channels; ++c)
-        for (const float step : block.channels[Index(c)].steps_db)
-            most = std::max(most, offset_db + step);
-    block.gain = std::clamp(static_cast<int>(std::lround(most)), 1, kMostGain);
+bool FrameCoder::HaveSameExponents(const Block& block, const Block& last) const {
+    if (block.size_index != last.size_index) return false;
     for (int c = 0; c < format_.channels; ++c) {
-        BlockChannel& channel = block.channels[Index(c)];
-        channel.exponents.resize(channel.steps_db.size());
-        for (std::size_t b = 0; b < channel.exponents.size(); ++b) {
-            const double wanted = (offset_db + channel.steps_db[b] - block.gain) * kExponentsPerDb;
-            channel.exponents[b] =
-                std::clamp(static_cast<int>(std::lround(wanted)), kLeastExponent, 0);
-        }
-        // Decoders measure exponents by the channel's largest one.
-        const auto largest = std::max_element(channel.exponents.begin(), channel.exponents.end());
-        *largest = 0;
+        const BlockChannel& channel = block.channels[Index(c)];
+        const BlockChannel& before = last.channels[Index(c)];
+        if (channel.coded && !(before.coded && channel.exponents == before.exponents)) return false;
     }
+    return true;
+}
+
+void FrameCoder::ChooseExponents(Block& block, double offset_db) {
+    block.gain = std::clamp(static_cast<int>(std::lround(offset_db + block.step_db)), 1, kMostGain);
+    for (int c = 0; c < format_.channels; ++c)
+        block.channels[Index(c)].exponents = block.channels[Index(c)].shape;
 }
 
 // Makes steps larger where magnitudes would have more bits than an escape has. Whether the gain had
@@ -104,10 +103,10 @@ bool FrameCoder::LimitMagnitudes(Block& block) const {
         }
     }
     if (excess == 0) return false;
-    const int louder = static_cast<int>(std::ceil(excess / kExponentsPerDb));
+    const int louder = static_cast<int>(std::ceil(excess * kExponentDb));
     const int before = block.gain;
     block.gain = std::min(before + louder, kMostGain);
-    const int lower = static_cast<int>(louder * kExponentsPerDb);
+    const int lower = static_cast<int>(louder / kExponentDb);
     for (int c = 0; c < format_.channels; ++c) {
         auto& exponents = block.channels[Index(c)].exponents;
         for (int& exponent : exponents) exponent = std::clamp(exponent - lower, kLeastExponent, 0);

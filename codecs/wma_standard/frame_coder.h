@@ -22,6 +22,7 @@ class FrameCoder {
     FrameWriter& Writer() { return writer_; }
 
   private:
+    bool HaveSameExponents(const Block& block, const Block& last) const;
     void ChooseExponents(Block& block, double offset_db);
     bool LimitMagnitudes(Block& block) const;
     bool Quantise(Block& block, int channel) const;

@@ -5,6 +5,7 @@
 #include <random>
 
 #include "codecs/common/index.h"
+#include "codecs/wma_standard/step_shape.h"
 
 namespace codecs::wma_standard {
 namespace {
@@ -15,7 +16,7 @@ void Fill(const BlockFormat& sizes, std::minstd_rand& random, BlockChannel& chan
     std::uniform_real_distribution<float> step_below_db(-10, 20);
     std::normal_distribution<float> noise;
     channel.coefficients.assign(Index(sizes.coded), 0);
-    channel.steps_db.clear();
+    channel.shape.clear();
     channel.peaks.clear();
     for (const Band& band : sizes.bands) {
         const float db = loudness_db(random);
@@ -25,8 +26,12 @@ void Fill(const BlockFormat& sizes, std::minstd_rand& random, BlockChannel& chan
             x = noise(random) * std::pow(10.0F, db / 20);
             peak = std::max(peak, std::abs(x));
         }
-        channel.steps_db.push_back(db - step_below_db(random));
+        channel.shape.push_back(
+            static_cast<int>(std::lround((db - step_below_db(random)) / kExponentDb)));
     }
+    const int largest = *std::ranges::max_element(channel.shape);
+    for (int& exponent : channel.shape)
+        exponent = std::max(exponent - largest, -kMostExponentDifference);
 }
 
 // How far levels are from the coefficients, in steps, outside of noise. Decoders multiply levels by
@@ -58,6 +63,7 @@ TEST(FrameCoder, LevelsTimesTheStepsThatAreWrittenAreTheCoefficients) {
             Frame frame;
             Block& block = frame.blocks.emplace_back();
             const BlockFormat& sizes = format.blocks.front();
+            block.step_db = 110;
             for (BlockChannel& channel : block.channels) Fill(sizes, random, channel);
             coder.Code(frame, 0);
             for (const BlockChannel& channel : block.channels) {
