@@ -1,11 +1,10 @@
 #include "support/audio_decoder.h"
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 #include <utility>
 
 #include "engine/base/av/av_ptr.h"
+#include "support/library_messages.h"
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -13,19 +12,6 @@ extern "C" {
 
 namespace test_support {
 namespace {
-
-// What the library says; it has one place for the messages of all its decoders.
-std::string& Messages() {
-    thread_local std::string messages;
-    return messages;
-}
-
-void Collect(void* /*source*/, int level, const char* format, va_list arguments) {
-    if (level > AV_LOG_WARNING) return;
-    char line[512];
-    std::vsnprintf(line, sizeof line, format, arguments);
-    Messages() += line;
-}
 
 double Sample(const AVFrame& frame, int channel, int place) {
     const auto format = static_cast<AVSampleFormat>(frame.format);
@@ -52,8 +38,7 @@ struct AudioDecoder::Library {
 };
 
 AudioDecoder::AudioDecoder(const AudioStream& stream) : library_(std::make_unique<Library>()) {
-    av_log_set_callback(Collect);
-    Messages().clear();
+    CollectLibraryMessages();
     decoded_.samples.resize(static_cast<std::size_t>(stream.channels));
     const AVCodecTag* const tags[] = {avformat_get_riff_audio_tags(), nullptr};
     const AVCodec* const codec = avcodec_find_decoder(av_codec_get_id(tags, stream.format_tag));
@@ -71,7 +56,7 @@ AudioDecoder::AudioDecoder(const AudioStream& stream) : library_(std::make_uniqu
     context.extradata = static_cast<std::uint8_t*>(
         av_mallocz(stream.extra_data.size() + AV_INPUT_BUFFER_PADDING_SIZE));
     std::copy(stream.extra_data.begin(), stream.extra_data.end(), context.extradata);
-    if (avcodec_open2(&context, codec, nullptr) < 0) Messages() += "the stream is refused";
+    if (avcodec_open2(&context, codec, nullptr) < 0) LibraryMessages() += "the stream is refused";
 }
 
 AudioDecoder::~AudioDecoder() = default;
@@ -80,7 +65,8 @@ void AudioDecoder::Decode(std::span<const std::uint8_t> packet) {
     AVPacket& to = *library_->packet;
     av_new_packet(&to, static_cast<int>(packet.size()));
     std::copy(packet.begin(), packet.end(), to.data);
-    if (avcodec_send_packet(library_->codec.get(), &to) < 0) Messages() += "a packet is refused";
+    if (avcodec_send_packet(library_->codec.get(), &to) < 0)
+        LibraryMessages() += "a packet is refused";
     av_packet_unref(&to);
     Receive();
 }
@@ -88,7 +74,7 @@ void AudioDecoder::Decode(std::span<const std::uint8_t> packet) {
 DecodedAudio AudioDecoder::Finish() {
     avcodec_send_packet(library_->codec.get(), nullptr);
     Receive();
-    decoded_.messages = Messages();
+    decoded_.messages = LibraryMessages();
     return std::move(decoded_);
 }
 
@@ -99,7 +85,8 @@ void AudioDecoder::Receive() {
         for (std::size_t c = 0; c < decoded_.samples.size(); ++c)
             for (int i = 0; i < frame.nb_samples; ++i)
                 decoded_.samples[c].push_back(Sample(frame, static_cast<int>(c), i));
-    if (result != AVERROR(EAGAIN) && result != AVERROR_EOF) Messages() += "the decoder gives up";
+    if (result != AVERROR(EAGAIN) && result != AVERROR_EOF)
+        LibraryMessages() += "the decoder gives up";
 }
 
 }  // namespace test_support

@@ -3,32 +3,18 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
 
 #include "codecs/common/index.h"
 #include "engine/base/av/av_ptr.h"
+#include "support/library_messages.h"
 
 namespace screen_conformance {
 
 using codecs::Index;
+using test_support::LibraryMessages;
 
 namespace {
-
-// What the library says; it has one place for the messages of all its decoders.
-std::string& Messages() {
-    thread_local std::string messages;
-    return messages;
-}
-
-void Collect(void* /*source*/, int level, const char* format, va_list arguments) {
-    if (level > AV_LOG_WARNING) return;
-    char line[512];
-    std::vsnprintf(line, sizeof line, format, arguments);
-    // It says so of every rectangle that is smaller than the picture.
-    if (std::strstr(line, "block count mismatch") == nullptr) Messages() += line;
-}
 
 std::uint32_t DecodedPixel(const AVFrame& frame, bool fifteen_bits, int x, int y) {
     const std::uint8_t* const row = frame.data[0] + std::ptrdiff_t{y} * frame.linesize[0];
@@ -51,8 +37,8 @@ struct ScreenCheck::Decoder {
 
 ScreenCheck::ScreenCheck(const codecs::screen::StreamFormat& format)
     : format_(format), decoder_(std::make_unique<Decoder>()) {
-    av_log_set_callback(Collect);
-    Messages().clear();
+    // The library says so of every rectangle that is smaller than the picture.
+    test_support::CollectLibraryMessages("block count mismatch");
     const AVCodec* const codec = avcodec_find_decoder(AV_CODEC_ID_MSS2);
     decoder_->codec.reset(avcodec_alloc_context3(codec));
     decoder_->packet.reset(av_packet_alloc());
@@ -68,23 +54,23 @@ ScreenCheck::ScreenCheck(const codecs::screen::StreamFormat& format)
     context.extradata =
         static_cast<std::uint8_t*>(av_mallocz(header.size() + AV_INPUT_BUFFER_PADDING_SIZE));
     std::ranges::copy(header, context.extradata);
-    if (avcodec_open2(&context, codec, nullptr) < 0) Messages() += "the stream is refused";
+    if (avcodec_open2(&context, codec, nullptr) < 0) LibraryMessages() += "the stream is refused";
 }
 
 ScreenCheck::~ScreenCheck() = default;
 
 std::string ScreenCheck::Take(std::span<const std::uint8_t> data,
                               std::span<const std::uint32_t> shown) {
-    if (!Messages().empty()) return "the decoder says " + Messages();
+    if (!LibraryMessages().empty()) return "the decoder says " + LibraryMessages();
     AVPacket& packet = *decoder_->packet;
     av_new_packet(&packet, static_cast<int>(data.size()));
     std::ranges::copy(data, packet.data);
     const int sent = avcodec_send_packet(decoder_->codec.get(), &packet);
     av_packet_unref(&packet);
-    if (sent < 0) return "is refused: " + Messages();
+    if (sent < 0) return "is refused: " + LibraryMessages();
     AVFrame& frame = *decoder_->frame;
     if (avcodec_receive_frame(decoder_->codec.get(), &frame) < 0) return "shows nothing";
-    if (!Messages().empty()) return "the decoder says " + Messages();
+    if (!LibraryMessages().empty()) return "the decoder says " + LibraryMessages();
     for (int y = 0; y < format_.height; ++y)
         for (int x = 0; x < format_.width; ++x) {
             const std::uint32_t got =

@@ -3,33 +3,20 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <utility>
 
 #include "codecs/common/index.h"
 #include "engine/base/av/av_ptr.h"
+#include "support/library_messages.h"
 
 namespace wmv9_conformance {
 
 using codecs::Index;
 using codecs::wmv9::PictureView;
+using test_support::LibraryMessages;
 
 namespace {
-
-// What the library says; it has one place for the messages of all its decoders.
-std::string& Messages() {
-    thread_local std::string messages;
-    return messages;
-}
-
-void Collect(void* /*source*/, int level, const char* format, va_list arguments) {
-    if (level > AV_LOG_WARNING) return;
-    char line[512];
-    std::vsnprintf(line, sizeof line, format, arguments);
-    Messages() += line;
-}
 
 // The first macroblock that differs; empty where none does.
 std::string Difference(const PlanarPicture& expected, const AVFrame& decoded) {
@@ -66,8 +53,7 @@ struct StreamCheck::Decoder {
 };
 
 StreamCheck::StreamCheck(const StreamFormat& format) : decoder_(std::make_unique<Decoder>()) {
-    av_log_set_callback(Collect);
-    Messages().clear();
+    test_support::CollectLibraryMessages();
     const AVCodec* const codec = avcodec_find_decoder(AV_CODEC_ID_WMV3);
     decoder_->codec.reset(avcodec_alloc_context3(codec));
     decoder_->packet.reset(av_packet_alloc());
@@ -94,7 +80,8 @@ void StreamCheck::Take(std::span<const std::uint8_t> data, const PictureView& sh
     const std::int64_t number = taken_++;
     waiting_[number] = {CopyOf(shown, context.width, context.height), place, std::move(name)};
     Send(data, number);
-    if (!Messages().empty()) Fault(waiting_[number].name + ": the decoder says " + Messages());
+    if (!LibraryMessages().empty())
+        Fault(waiting_[number].name + ": the decoder says " + LibraryMessages());
     Receive();
 }
 
@@ -113,7 +100,7 @@ void StreamCheck::Send(std::span<const std::uint8_t> data, std::int64_t number) 
     std::copy(data.begin(), data.end(), packet.data);
     packet.pts = number;
     if (avcodec_send_packet(decoder_->codec.get(), &packet) < 0)
-        Fault(waiting_[number].name + ": is refused. " + Messages());
+        Fault(waiting_[number].name + ": is refused. " + LibraryMessages());
     av_packet_unref(&packet);
 }
 
@@ -122,7 +109,7 @@ void StreamCheck::Receive() {
     while ((result = avcodec_receive_frame(decoder_->codec.get(), decoder_->frame.get())) == 0)
         Compare(*decoder_->frame);
     if (result != AVERROR(EAGAIN) && result != AVERROR_EOF) Fault("the decoder gives up");
-    if (!Messages().empty()) Fault("the decoder says " + Messages());
+    if (!LibraryMessages().empty()) Fault("the decoder says " + LibraryMessages());
 }
 
 void StreamCheck::Compare(const AVFrame& frame) {
