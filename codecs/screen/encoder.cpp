@@ -48,12 +48,14 @@ class Encoder::Impl {
         saved_before_ = before_;
         const bool asked = request.key || before_.pixels == nullptr;
         const bool key = asked || MissesTooMuch(request.seconds) ||
-                         !analysis_.AnalyseChanges(source, before_, request.seconds, state_);
+                         !analysis_.AnalyseChanges(source, before_, request.seconds,
+                                                   request.resting_bits, state_);
         if (key) {
             analysis_.Forget();
             analysis_.AnalyseKey(source, request.seconds, state_);
         }
         before_ = source;
+        coded_key_ = key;
         return Write(source, request, key);
     }
 
@@ -61,6 +63,12 @@ class Encoder::Impl {
         const bool palette_changed =
             state_.key_at != saved_state_.key_at || state_.exact != saved_state_.exact;
         analysis_.Forget();
+        // How the source changes is known whether it is shown or not.
+        for (std::size_t i = 0; !coded_key_ && i < saved_state_.tiles.size(); ++i) {
+            saved_state_.tiles[i].changes = state_.tiles[i].changes;
+            saved_state_.tiles[i].flickers = state_.tiles[i].flickers;
+            saved_state_.tiles[i].changed_at = state_.tiles[i].changed_at;
+        }
         state_ = saved_state_;
         statistics_ = saved_statistics_;
         before_ = saved_before_;
@@ -74,7 +82,8 @@ class Encoder::Impl {
         std::int64_t missed = 0;
         for (int y = 0; y < grid_.cell_rows; ++y)
             for (int x = 0; x < grid_.cell_columns; ++x)
-                if (!state_.tiles[grid_.TilePlace(x / 2, y / 2)].photo)
+                if (const TileState& tile = state_.tiles[grid_.TilePlace(x / 2, y / 2)];
+                    !tile.photo && !tile.film)
                     missed += state_.painted_pixels[grid_.CellPlace(x, y)];
         return missed;
     }
@@ -100,6 +109,9 @@ class Encoder::Impl {
         if (paints)
             parts.rectangles = painter_.Paint(paint_, source, parts.indices, request,
                                               receiver_.has_value(), state_);
+        if (parts.rectangles)
+            for (const CodedRectangle& rectangle : parts.rectangles->list)
+                coded.rectangle_bits += 8.0 * static_cast<double>(rectangle.picture.size());
         coded.quantiser = paints ? painter_.Quantiser() : 0;
         parts.trees = {analysis_.Tree()};
         parts.vector = key ? std::nullopt : analysis_.Motion();
@@ -124,6 +136,7 @@ class Encoder::Impl {
     ScreenState saved_state_;
     Statistics saved_statistics_;
     PixelView saved_before_;
+    bool coded_key_ = false;
     std::vector<std::uint8_t> paint_;
     std::vector<std::uint8_t> packet_;
     std::optional<Receiver> receiver_;

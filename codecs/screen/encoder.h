@@ -43,7 +43,8 @@ struct CodedFrame {
     bool exact = false;      // every pixel of it
     /// The same frame again, half a second later, would make it sharper.
     bool may_sharpen = false;
-    int quantiser = 0;  // of changing content; 0 = the frame has none
+    int quantiser = 0;          // of changing content; 0 = the frame has none
+    double rectangle_bits = 0;  // of `data`, for all rectangles
 };
 
 /// Text, window frames and all else whose colours the palette has are exact, whatever is asked. One

@@ -5,6 +5,8 @@
 #include <bitset>
 #include <cstring>
 
+#include "codecs/screen/films.h"
+
 namespace codecs::screen {
 namespace {
 
@@ -16,15 +18,15 @@ constexpr int kPhotoColours = 80;
 // a while.
 constexpr int kPhotoMissing = 112;
 constexpr double kPhotoSeconds = 2;
-// A photo that changes again and again, each time within so long, is a film.
-constexpr double kFilmSeconds = 0.5;
-constexpr int kFilmChanges = 3;
+// Of the bits for what rests, for films that have come to rest.
+constexpr double kSettlingShare = 0.5;
 // A cell of text has no more colours.
 constexpr int kNoiseColours = 24;
 
 // Motion is looked for where so many cells have changed, and used where so many have moved.
 constexpr int kMotionCells = 48;
 constexpr int kMovedCells = 24;
+constexpr int kLeastMotionPart = 24;  // of the area around them, one in so many
 
 // New content that misses the palette by so much of the picture asks for a new one, if the last one
 // is so old.
@@ -70,17 +72,19 @@ void FrameAnalysis::AnalyseKey(PixelView source, double seconds, ScreenState& st
     motion_.reset();
     counts_.Clear();
     std::vector<int> colours(grid_.Tiles());
+    state.tiles.resize(grid_.Tiles());
     for (int y = 0; y < grid_.tile_rows; ++y)
         for (int x = 0; x < grid_.tile_columns; ++x)
             colours[grid_.TilePlace(x, y)] = counts_.AddTile(source, grid_.Tile(x, y));
     bool all = false;
     std::vector<Colour> chosen = counts_.Choose(kFreeEntries, tolerance_, all);
     if (!all) {
-        // Photos vote for nothing: all of them is painted.
+        // Photos and films vote for nothing: all of them is painted.
         counts_.Clear();
         for (int y = 0; y < grid_.tile_rows; ++y)
             for (int x = 0; x < grid_.tile_columns; ++x)
-                if (colours[grid_.TilePlace(x, y)] < kPhotoColours)
+                if (colours[grid_.TilePlace(x, y)] < kPhotoColours &&
+                    !state.tiles[grid_.TilePlace(x, y)].film)
                     counts_.AddTile(source, grid_.Tile(x, y));
         bool rest = false;
         chosen = counts_.Choose(kFreeEntries - 1, tolerance_, rest);
@@ -96,7 +100,6 @@ void FrameAnalysis::AnalyseKey(PixelView source, double seconds, ScreenState& st
     }
     UsePalette(state);
 
-    state.tiles.resize(grid_.Tiles());
     state.painted_pixels.assign(grid_.Cells(), 0);
     state.key_at = seconds;
     newly_missed_ = 0;
@@ -109,6 +112,9 @@ void FrameAnalysis::AnalyseKey(PixelView source, double seconds, ScreenState& st
             tile.photo = !all && colours[grid_.TilePlace(x, y)] >= kPhotoColours;
             tile.photo_at = seconds;
             tile.painted = 0;
+            if (all || seconds - tile.changed_at >= kFilmSeconds) tile.film = false;
+            tile.changes = 0;
+            tile.changed_at = seconds;
             MapTile(source, x, y, seconds, state);
         }
     state.missed_at_key = newly_missed_;
@@ -127,14 +133,17 @@ bool FrameAnalysis::HasFewColours(PixelView source) {
 }
 
 bool FrameAnalysis::AnalyseChanges(PixelView source, PixelView before, double seconds,
-                                   ScreenState& state) {
+                                   double resting_bits, ScreenState& state) {
     exact_ = false;
     newly_missed_ = 0;
     motion_.reset();
     std::ranges::fill(paint_, std::uint8_t{0});
     FindChanges(source, before);
+    if (SettleFilms(grid_, seconds, kSettlingShare * resting_bits, {changed_, moved_}, state))
+        any_change_ = true;
     if (!any_change_) return true;
     FindMotion(source, before, state);
+    FindFilms(grid_, source, before, {changed_, moved_}, seconds, state);
     for (int y = 0; y < grid_.tile_rows; ++y)
         for (int x = 0; x < grid_.tile_columns; ++x)
             if (!MapTile(source, x, y, seconds, state)) return false;
@@ -193,7 +202,7 @@ void FrameAnalysis::FindMotion(PixelView source, PixelView before, const ScreenS
         for (int x = 0; x < grid_.cell_columns; ++x) {
             if (changed_[grid_.CellPlace(x, y)] == 0) continue;
             const TileState& tile = state.tiles[grid_.TilePlace(x / 2, y / 2)];
-            if (tile.photo && tile.changes >= kFilmChanges) continue;
+            if (tile.film || (tile.photo && tile.changes >= kFilmChanges)) continue;
             ++count;
             left = std::min(left, x);
             right = std::max(right, x);
@@ -205,6 +214,8 @@ void FrameAnalysis::FindMotion(PixelView source, PixelView before, const ScreenS
     area.y = bottom * kCell;
     area.width = std::min((right + 1) * kCell, grid_.width) - area.x;
     area.height = std::min((top + 1) * kCell, grid_.height) - area.y;
+    const std::int64_t cells = std::int64_t{right - left + 1} * (top - bottom + 1);
+    if (kLeastMotionPart * count < cells) return;
     motion_ = vote_.Find(source, before, area, changed_, grid_.cell_columns);
     if (!motion_) return;
     int moved = 0;
@@ -289,13 +300,11 @@ bool FrameAnalysis::MapTile(PixelView source, int x, int y, double seconds, Scre
     std::array<Part, 4> parts;
     int count = 0;
     bool changed = false;
-    bool new_content = false;
     for (int cell_y = 2 * y; cell_y < std::min(2 * y + 2, grid_.cell_rows); ++cell_y)
         for (int cell_x = 2 * x; cell_x < std::min(2 * x + 2, grid_.cell_columns); ++cell_x) {
             const std::size_t place = grid_.CellPlace(cell_x, cell_y);
             parts[Index(count++)] = {grid_.Cell(cell_x, cell_y), place};
             changed = changed || changed_[place] != 0;
-            new_content = new_content || (changed_[place] != 0 && moved_[place] == 0);
         }
     if (!changed) return true;
     TileState& tile = state.tiles[grid_.TilePlace(x, y)];
@@ -303,12 +312,9 @@ bool FrameAnalysis::MapTile(PixelView source, int x, int y, double seconds, Scre
     const std::span<const Part> cells = std::span(parts).first(Index(count));
     for (const Part& part : cells)
         if (changed_[part.place] != 0 && moved_[part.place] != 0) TakeMoved(part.cell, state);
-    if (!new_content) return true;
+    if (!HasNewContent(grid_, {changed_, moved_}, x, y)) return true;
 
-    const bool goes_on = seconds - tile.changed_at < kFilmSeconds;
-    tile.changes = static_cast<std::uint8_t>(goes_on ? std::min(tile.changes + 1, 255) : 1);
-    tile.changed_at = seconds;
-    const bool film = tile.photo && tile.changes >= kFilmChanges;
+    const bool film = tile.film || (tile.photo && tile.changes >= kFilmChanges);
     int painted = 0;
     bool paints = false;
     for (const Part& part : cells) {
@@ -316,9 +322,10 @@ bool FrameAnalysis::MapTile(PixelView source, int x, int y, double seconds, Scre
         if (changed_[part.place] != 0 && moved_[part.place] == 0) {
             const Mapped mapped = MapCell(source, part.cell, state.mask.value_or(0));
             if (mapped.missing > 0 && !state.mask) return false;
-            newly_missed_ += tile.photo ? 0 : std::max(mapped.missing - here, 0);
+            newly_missed_ += tile.photo || tile.film ? 0 : std::max(mapped.missing - here, 0);
             here = static_cast<std::uint8_t>(mapped.missing);
-            if (IsPainted(mapped, static_cast<int>(part.cell.Area()), tile.photo, film)) {
+            if (tile.film ||
+                IsPainted(mapped, static_cast<int>(part.cell.Area()), tile.photo, film)) {
                 MaskCell(part.cell, *state.mask);
                 here = static_cast<std::uint8_t>(part.cell.Area());
             }
@@ -326,11 +333,14 @@ bool FrameAnalysis::MapTile(PixelView source, int x, int y, double seconds, Scre
         }
         painted += here;
     }
-    const bool is_photo = std::int64_t{painted} * 256 >= kPhotoMissing * area.Area();
-    if (is_photo && !tile.photo) tile.photo_at = seconds;
-    tile.photo = is_photo || (tile.photo && seconds - tile.photo_at < kPhotoSeconds);
     if (painted == 0) tile.painted = 0;
-    if (paints) paint = tile.photo ? kMoving : kDetail;
+    if (!tile.film) {
+        const bool is_photo = std::int64_t{painted} * 256 >= kPhotoMissing * area.Area();
+        if (is_photo && !tile.photo) tile.photo_at = seconds;
+        tile.photo = is_photo || (tile.photo && seconds - tile.photo_at < kPhotoSeconds);
+    }
+    const bool moves = tile.photo || tile.film || tile.changes >= kFilmChanges;
+    if (paints) paint = moves ? kMoving : kDetail;
     return true;
 }
 

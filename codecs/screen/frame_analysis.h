@@ -26,7 +26,9 @@ class FrameAnalysis {
     /// A new palette, and the index of each pixel.
     void AnalyseKey(PixelView source, double seconds, ScreenState& state);
     /// The indices by what has changed. False when only a key frame will do.
-    bool AnalyseChanges(PixelView source, PixelView before, double seconds, ScreenState& state);
+    /// @param resting_bits  for films that have come to rest and become exact
+    bool AnalyseChanges(PixelView source, PixelView before, double seconds, double resting_bits,
+                        ScreenState& state);
     /// After AnalyseChanges, when it is known which tiles are painted: the tree, and the masks of
     /// the regions that are mixed.
     /// @param all_masks  also of those that are not

@@ -32,6 +32,14 @@ struct PlaneView {
     std::uint8_t At(int x, int y) const { return Row(y)[x]; }
 };
 
+/// 0x??RRGGBB each, from the bottom row up.
+struct PixelView {
+    const std::uint32_t* pixels = nullptr;
+    std::ptrdiff_t stride = 0;  // pixels from a row to the one above; may be negative
+
+    const std::uint32_t* Row(int y) const { return pixels + y * stride; }
+};
+
 /// What an inter frame says of each of its pixels.
 enum PixelMask : std::uint8_t { kNew = 1, kKept = 2, kMoved = 4 };
 

@@ -12,6 +12,11 @@ constexpr double kAverageSeconds = 20;
 constexpr double kReserve = 0.7;
 // Of what room is left, for what becomes sharper in one frame.
 constexpr double kRestingPart = 0.15;
+// What changes beside the rectangles leaves them at least so much of their bits.
+constexpr double kLeastMovingPart = 0.25;
+constexpr double kLearning = 0.1;
+// What comes so long after a dropped frame is most likely as large.
+constexpr double kHopelessSeconds = 0.25;
 
 }  // namespace
 
@@ -40,6 +45,9 @@ void RateControl::Ask(FrameRequest& request) {
         request.moving_bits = std::min(request.moving_bits, room * interval_ / seconds);
         request.resting_bits = std::min(request.resting_bits, room * kRestingPart);
     }
+    if (!buckets_.empty())
+        request.moving_bits =
+            std::max(kLeastMovingPart * request.moving_bits, request.moving_bits - beside_);
 }
 
 bool RateControl::Overruns(double bits) const {
@@ -48,7 +56,19 @@ bool RateControl::Overruns(double bits) const {
     });
 }
 
-void RateControl::Sent(double bits) {
+void RateControl::Dropped(const CodedFrame& frame) {
+    dropped_at_ = seconds_;
+    dropped_bits_ = 8.0 * static_cast<double>(frame.data.size());
+}
+
+bool RateControl::IsHopeless() const {
+    return seconds_ - dropped_at_ < kHopelessSeconds && Overruns(dropped_bits_ / 2);
+}
+
+void RateControl::Sent(const CodedFrame& frame) {
+    const double bits = 8.0 * static_cast<double>(frame.data.size());
+    if (frame.rectangle_bits > 0 && !frame.key)
+        beside_ += kLearning * (bits - frame.rectangle_bits - beside_);
     for (Bucket& bucket : buckets_) bucket.level += bits;
 }
 

@@ -21,7 +21,12 @@ class RateControl {
     /// Whether a frame of so many bits, at the time of the last request, must not be sent. What is
     /// larger than the receiver's whole buffer is let through once that is empty.
     bool Overruns(double bits) const;
-    void Sent(double bits);
+    void Sent(const CodedFrame& frame);
+    /// Of a frame that overran.
+    void Dropped(const CodedFrame& frame);
+    /// Whether the next frame, at the time of the last request, would surely be dropped too: one
+    /// was a moment ago, and not even half of it fits by now.
+    bool IsHopeless() const;
 
   private:
     struct Bucket {
@@ -35,6 +40,9 @@ class RateControl {
     const double interval_;  // seconds
     std::vector<Bucket> buckets_;
     double seconds_ = 0;  // of the last request
+    double dropped_at_ = -1e9;
+    double dropped_bits_ = 0;
+    double beside_ = 0;   // bits that a frame takes beside its rectangles, of late
 };
 
 }  // namespace codecs::screen

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "codecs/screen/macroblock_samples.h"
 #include "codecs/wmv9/dc_codes.h"
 #include "codecs/wmv9/kernels.h"
 #include "codecs/wmv9/quantiser.h"
@@ -18,7 +19,6 @@ using wmv9::kBlocks;
 using wmv9::kEighths;
 using wmv9::Symbol;
 
-constexpr int kMacroblock = 16;
 constexpr int kMeanDc = 1024;
 constexpr int kUniformUpTo = 8;  // PQINDEX; above it levels are restored further from 0
 // How levels are rounded, as a part of a step. Levels that are too large cost more.
@@ -28,51 +28,6 @@ constexpr double kRounding = 0.4;
 constexpr std::array<std::uint8_t, 32> kQuantiser = {0,  1,  2,  3,  4,  5,  6,  7,  8,  6,  7,
                                                      8,  9,  10, 11, 12, 13, 14, 15, 16, 17, 18,
                                                      19, 20, 21, 22, 23, 24, 25, 27, 29, 31};
-
-int Rgb(std::uint32_t pixel, int shift) { return static_cast<int>(pixel >> shift & 0xFF); }
-
-std::uint8_t Clip(int value) { return static_cast<std::uint8_t>(std::clamp(value, 0, 255)); }
-
-// Full range, ITU-R BT.601; sums of up to four pixels, as `count` says.
-struct Sums {
-    int red = 0;
-    int green = 0;
-    int blue = 0;
-    int count = 0;
-
-    void Add(std::uint32_t pixel) {
-        red += Rgb(pixel, 16);
-        green += Rgb(pixel, 8);
-        blue += Rgb(pixel, 0);
-        ++count;
-    }
-    static constexpr int kHalf = 1 << 15;
-    std::int16_t Luma() const {
-        return static_cast<std::int16_t>((19595 * red + 38470 * green + 7471 * blue + kHalf) >> 16);
-    }
-    std::int16_t BlueDifference() const {
-        return Difference(-11058 * red - 21710 * green + 32768 * blue);
-    }
-    std::int16_t RedDifference() const {
-        return Difference(32768 * red - 27439 * green - 5329 * blue);
-    }
-
-  private:
-    std::int16_t Difference(int scaled) const {
-        const int divided = count == 1 ? scaled : scaled / count;
-        return static_cast<std::int16_t>(std::min((divided + kHalf + (128 << 16)) >> 16, 255));
-    }
-};
-
-std::uint32_t Shown(int luma, int blue_difference, int red_difference) {
-    const int u = blue_difference - 128;
-    const int v = red_difference - 128;
-    const int red = luma + ((91881 * v + 32768) >> 16);
-    const int green = luma + ((-22554 * u - 46802 * v + 32768) >> 16);
-    const int blue = luma + ((116130 * u + 32768) >> 16);
-    return static_cast<std::uint32_t>(Clip(red)) << 16 |
-           static_cast<std::uint32_t>(Clip(green)) << 8 | Clip(blue);
-}
 
 }  // namespace
 
@@ -103,74 +58,6 @@ void RectangleCoder::Begin(const RectangleRequest& request) {
     if (row_symbols_.size() < Index(rows_)) row_symbols_.resize(Index(rows_));
 }
 
-// Samples in raster order of each block, of those pixels that show; the rest of a block has their
-// mean.
-void RectangleCoder::LoadMacroblock(PixelView source, PlaneView indices, int x, int y,
-                                    Macroblock& macroblock, Blocks& samples) const {
-    const Rect& rect = request_.rect;
-    const int left = rect.x + kMacroblock * x;
-    const int bottom = rect.y + kMacroblock * y;
-    const int width = std::min(kMacroblock, rect.x + rect.width - left);
-    const int height = std::min(kMacroblock, rect.y + rect.height - bottom);
-
-    std::array<Sums, 64> groups{};  // of four pixels
-    std::array<std::int16_t, 256> luma;
-    std::array<bool, 256> shows{};
-    for (int row = 0; row < height; ++row) {
-        const std::uint32_t* const pixels = source.Row(bottom + row) + left;
-        const std::uint8_t* const of = request_.mask ? indices.Row(bottom + row) + left : nullptr;
-        for (int column = 0; column < width; ++column) {
-            if (of != nullptr && of[column] != *request_.mask) continue;
-            Sums one;
-            one.Add(pixels[column]);
-            const std::size_t place = Index(kMacroblock * row + column);
-            shows[place] = true;
-            luma[place] = one.Luma();
-            groups[Index(8 * (row / 2) + column / 2)].Add(pixels[column]);
-        }
-    }
-
-    macroblock.wanted = 0;
-    const auto want = [&](int n) {
-        macroblock.wanted = static_cast<std::uint8_t>(macroblock.wanted | 1 << (5 - n));
-    };
-    for (int n = 0; n < 4; ++n) {
-        const int first = (n / 2) * 8 * kMacroblock + (n % 2) * 8;
-        const auto place = [&](int i) { return Index(first + (i / 8) * kMacroblock + i % 8); };
-        int sum = 0;
-        int count = 0;
-        for (int i = 0; i < 64; ++i) {
-            if (!shows[place(i)]) continue;
-            sum += luma[place(i)];
-            ++count;
-        }
-        if (count == 0) continue;
-        want(n);
-        const auto mean = static_cast<std::int16_t>((sum + count / 2) / count);
-        for (int i = 0; i < 64; ++i) samples[n][Index(i)] = shows[place(i)] ? luma[place(i)] : mean;
-    }
-    if (macroblock.wanted == 0) return;
-    want(4);
-    want(5);
-    int blue = 0;
-    int red = 0;
-    int count = 0;
-    for (std::size_t i = 0; i < groups.size(); ++i) {
-        if (groups[i].count == 0) continue;
-        samples[4][i] = groups[i].BlueDifference();
-        samples[5][i] = groups[i].RedDifference();
-        blue += samples[4][i];
-        red += samples[5][i];
-        ++count;
-    }
-    if (count == 64) return;
-    for (std::size_t i = 0; i < groups.size(); ++i) {
-        if (groups[i].count != 0) continue;
-        samples[4][i] = static_cast<std::int16_t>((blue + count / 2) / count);
-        samples[5][i] = static_cast<std::int16_t>((red + count / 2) / count);
-    }
-}
-
 void RectangleCoder::AnalyseRow(PixelView source, PlaneView indices, int y) {
     const wmv9::Kernels& kernels = wmv9::BestKernels();
     const auto quantiser = wmv9::Quantiser::Make(quantiser_, step_, false);
@@ -179,7 +66,12 @@ void RectangleCoder::AnalyseRow(PixelView source, PlaneView indices, int y) {
         Macroblock& macroblock = At(x, y);
         Blocks& levels = levels_[Place(x, y)];
         Blocks samples;
-        LoadMacroblock(source, indices, x, y, macroblock, samples);
+        const Rect& rect = request_.rect;
+        const Rect area{rect.x + kMacroblock * x, rect.y + kMacroblock * y,
+                        std::min(kMacroblock, rect.width - kMacroblock * x),
+                        std::min(kMacroblock, rect.height - kMacroblock * y)};
+        macroblock.wanted =
+            LoadMacroblock(source, indices, request_.mask.value_or(-1), area, samples);
         macroblock.coded = 0;
         for (int n = 0; n < kBlocks; ++n) {
             if ((macroblock.wanted >> (5 - n) & 1) == 0) continue;
@@ -378,7 +270,8 @@ void RectangleCoder::Reconstruct(std::vector<std::uint32_t>& pixels) {
     for (int y = 0; y < request_.rect.height; ++y)
         for (int x = 0; x < request_.rect.width; ++x) {
             const std::size_t half = Index(y / 2 * (stride / 2) + x / 2);
-            *out++ = Shown(planes_[0][Index(y * stride + x)], planes_[1][half], planes_[2][half]);
+            *out++ =
+                ShownColour(planes_[0][Index(y * stride + x)], planes_[1][half], planes_[2][half]);
         }
 }
 

@@ -18,14 +18,6 @@
 
 namespace codecs::screen {
 
-/// 0x??RRGGBB each, from the bottom row up.
-struct PixelView {
-    const std::uint32_t* pixels = nullptr;
-    std::ptrdiff_t stride = 0;  // pixels from a row to the one above; may be negative
-
-    const std::uint32_t* Row(int y) const { return pixels + y * stride; }
-};
-
 struct RectangleRequest {
     Rect rect;
     int quantiser = 2;       // PQINDEX, 1 to 31
@@ -64,8 +56,6 @@ class RectangleCoder {
     };
 
     void Begin(const RectangleRequest& request);
-    void LoadMacroblock(PixelView source, PlaneView indices, int x, int y, Macroblock& macroblock,
-                        wmv9::Blocks& samples) const;
     void AnalyseRow(PixelView source, PlaneView indices, int y);
     void PredictDc();
     int ExpectedDc(int x, int y, int n) const;

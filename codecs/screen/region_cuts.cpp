@@ -15,24 +15,6 @@ constexpr std::int64_t kLeastGain = 2;  // cells
 
 }  // namespace
 
-// The smallest rectangle around cells, within a span of rows or columns.
-struct RegionCuts::Extent {
-    int left = std::numeric_limits<int>::max();
-    int right = -1;
-    int bottom = std::numeric_limits<int>::max();
-    int top = -1;
-
-    void Add(const Extent& other) {
-        left = std::min(left, other.left);
-        right = std::max(right, other.right);
-        bottom = std::min(bottom, other.bottom);
-        top = std::max(top, other.top);
-    }
-    std::int64_t Area() const {
-        return right < 0 ? 0 : std::int64_t{right - left + 1} * (top - bottom + 1);
-    }
-};
-
 struct RegionCuts::Choice {
     std::int64_t area = 0;  // that is left of unlike cells' rectangles
     std::int64_t uncut = 0;
@@ -109,33 +91,41 @@ int RegionCuts::CutCells(const Rect& cells) {
 }
 
 // Where a cut leaves the smallest rectangles around what has not the state `wanted`.
-RegionCuts::Choice RegionCuts::BestCut(const Rect& cells, std::uint8_t wanted) const {
-    std::vector<Extent> rows(Index(cells.height));
-    std::vector<Extent> columns(Index(cells.width));
-    Extent all;
-    for (int y = 0; y < cells.height; ++y)
-        for (int x = 0; x < cells.width; ++x) {
-            if ((cells_[Index(cells.y + y) * Index(columns_) + Index(cells.x + x)] & wanted) != 0)
-                continue;
-            const Extent one{x, x, y, y};
-            rows[Index(y)].Add(one);
-            columns[Index(x)].Add(one);
-            all.Add(one);
+RegionCuts::Choice RegionCuts::BestCut(const Rect& cells, std::uint8_t wanted) {
+    std::vector<Extent>& rows = extents_of_rows_;
+    std::vector<Extent>& columns = extents_of_columns_;
+    rows.assign(Index(cells.height), Extent());
+    columns.assign(Index(cells.width), Extent());
+    for (int y = 0; y < cells.height; ++y) {
+        const std::uint8_t* const row =
+            cells_.data() + Index(cells.y + y) * Index(columns_) + Index(cells.x);
+        int left = 0;
+        while (left < cells.width && (row[left] & wanted) != 0) ++left;
+        if (left == cells.width) continue;
+        int right = cells.width - 1;
+        while ((row[right] & wanted) != 0) --right;
+        rows[Index(y)] = {left, right, y, y};
+        for (int x = left; x <= right; ++x) {
+            if ((row[x] & wanted) != 0) continue;
+            Extent& column = columns[Index(x)];
+            if (column.right < 0) column = {x, x, y, y};
+            column.top = y;
         }
+    }
     Choice best;
     best.uncut = std::int64_t{cells.width} * cells.height;
     best.area = best.uncut;
     const auto try_cuts = [&](const std::vector<Extent>& lines, bool across) {
-        std::vector<std::int64_t> after(lines.size());
+        after_.assign(lines.size(), 0);
         Extent extent;
         for (std::size_t i = lines.size(); i-- > 1;) {
             extent.Add(lines[i]);
-            after[i] = extent.Area();
+            after_[i] = extent.Area();
         }
         extent = Extent();
         for (std::size_t i = 1; i < lines.size(); ++i) {
             extent.Add(lines[i - 1]);
-            const std::int64_t area = extent.Area() + after[i];
+            const std::int64_t area = extent.Area() + after_[i];
             if (area >= best.area) continue;
             best.area = area;
             best.across = across;

@@ -1,7 +1,9 @@
 // Cuts a frame into rectangles that are kept, that have moved, and that are mixed.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <vector>
 
@@ -29,12 +31,28 @@ class RegionCuts {
     void Cut(std::span<const std::uint8_t> cells, RegionTree& tree, std::vector<Leaf>& leaves);
 
   private:
-    struct Extent;
+    // The smallest rectangle around cells, within a span of rows or columns.
+    struct Extent {
+        int left = std::numeric_limits<int>::max();
+        int right = -1;
+        int bottom = std::numeric_limits<int>::max();
+        int top = -1;
+
+        void Add(const Extent& other) {
+            left = std::min(left, other.left);
+            right = std::max(right, other.right);
+            bottom = std::min(bottom, other.bottom);
+            top = std::max(top, other.top);
+        }
+        std::int64_t Area() const {
+            return right < 0 ? 0 : std::int64_t{right - left + 1} * (top - bottom + 1);
+        }
+    };
     struct Choice;
 
     int CutCells(const Rect& cells);
     int AddLeaf(RegionKind kind, const Rect& cells);
-    Choice BestCut(const Rect& cells, std::uint8_t wanted) const;
+    Choice BestCut(const Rect& cells, std::uint8_t wanted);
     Rect Pixels(const Rect& cells) const;
 
     int width_;
@@ -43,6 +61,10 @@ class RegionCuts {
     std::span<const std::uint8_t> cells_;
     RegionTree* tree_ = nullptr;
     std::vector<Leaf>* leaves_ = nullptr;
+    std::vector<Extent>
+        extents_of_rows_;  // of cells that have not the state wanted; kept for their memory
+    std::vector<Extent> extents_of_columns_;
+    std::vector<std::int64_t> after_;
 };
 
 }  // namespace codecs::screen

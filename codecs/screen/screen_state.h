@@ -46,11 +46,13 @@ struct Grid {
 };
 
 struct TileState {
-    bool photo = false;        // all its pixels are painted, whatever the palette has
-    std::uint8_t painted = 0;  // the quantiser that it was painted with; 0 = nothing is
-    std::uint8_t changes = 0;  // soon one after the other
-    double changed_at = 0;     // seconds
-    double photo_at = 0;       // since when it is a photo
+    bool photo = false;         // all its pixels are painted, whatever the palette has
+    std::uint8_t painted = 0;   // the quantiser that it was painted with; 0 = nothing is
+    std::uint8_t changes = 0;   // soon one after the other
+    std::uint8_t flickers = 0;  // of those, such as a film's
+    bool film = false;          // changes like one, whatever its colours, and is painted meanwhile
+    double changed_at = 0;      // seconds
+    double photo_at = 0;        // since when it is a photo
 };
 
 struct ScreenState {

@@ -47,6 +47,8 @@ struct StreamHeader {
     std::string conformance;           // device conformance, "" = none
     /// Frames may come after one that is shown later: players keep one back.
     bool reordered = false;
+    /// Of a recording: where nothing changes there is next to nothing in it, for seconds.
+    bool sparse = false;
 
     MediaKind Kind() const {
         return std::holds_alternative<AudioHeader>(format) ? MediaKind::Audio : MediaKind::Video;

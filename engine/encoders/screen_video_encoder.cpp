@@ -99,7 +99,7 @@ bool ScreenVideoEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
         last_.duration = std::max(last_.duration, time + duration - last_.pts);
         return true;
     }
-    rate_.Sent(8.0 * static_cast<double>(coded->data.size()));
+    rate_.Sent(*coded);
     std::swap(before_, current_);
     if (coded->key) key_ = time;
     changed_since_key_ = !coded->key && (changed_since_key_ || !coded->unchanged);
@@ -139,7 +139,7 @@ std::optional<screen::CodedFrame> ScreenVideoEncoder::Fitted(screen::FrameReques
     const auto bits = [&] { return 8.0 * static_cast<double>(coded.data.size()); };
     if (!rate_.Overruns(bits())) return coded;
     Forget();
-    if (encoder_) {
+    if (encoder_ && !rate_.Overruns(bits() - coded.rectangle_bits)) {
         request.moving_bits = 0;
         request.resting_bits = 0;
         coded = Code(request);

@@ -25,6 +25,7 @@ StreamHeader VideoStreamHeader(const VideoPlan& plan) {
     header.codec_description = plan.codec_description;
     header.variable_rate = plan.mode != VbrMode::Constant;
     header.conformance = plan.conformance;
+    header.sparse = plan.input.capture.has_value();
     if (plan.mode == VbrMode::Quality) return header;  // its rate is known once it is written
     header.average_rate_bps = Unsigned(plan.bit_rate_bps);
     header.buffer_ms = Unsigned(plan.buffer_ms);

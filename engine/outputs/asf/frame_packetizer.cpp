@@ -1,5 +1,6 @@
 #include "engine/outputs/asf/frame_packetizer.h"
 
+#include <algorithm>
 #include <cassert>
 #include <utility>
 
@@ -7,6 +8,8 @@
 
 namespace engine::asf {
 namespace {
+
+constexpr std::uint32_t kSparsePacketBytes = 4000;
 
 // Audio blocks are not split over packets. Those of lossless audio are so large that what they
 // leave at the end of a packet would be a quarter of the file.
@@ -20,14 +23,22 @@ std::uint32_t WithWholeBlocks(std::uint32_t packet_bytes, const OutputHeader& he
     return blocks == 0 || whole < header.min_packet_bytes ? packet_bytes : whole;
 }
 
+// What waits is written at least each second, in a packet of its own however little it is.
+std::uint32_t PacketBytes(const OutputHeader& header) {
+    std::uint64_t total_bps = 0;
+    for (const StreamHeader& stream : header.streams) total_bps += stream.average_rate_bps;
+    std::uint32_t bytes =
+        ChoosePacketSize(total_bps, header.min_packet_bytes, header.max_packet_bytes);
+    if (header.max_packet_bytes == 0 && std::ranges::any_of(header.streams, &StreamHeader::sparse))
+        bytes = std::min(bytes, std::max(kSparsePacketBytes, header.min_packet_bytes));
+    return WithWholeBlocks(bytes, header);
+}
+
 }  // namespace
 
 FramePacketizer::FramePacketizer(OutputHeader header, Packetizer::Receiver receiver)
     : header_(std::move(header)), kept_back_(header_.streams.size()) {
-    std::uint64_t total_bps = 0;
-    for (const StreamHeader& stream : header_.streams) total_bps += stream.average_rate_bps;
-    facts_.packet_bytes = WithWholeBlocks(
-        ChoosePacketSize(total_bps, header_.min_packet_bytes, header_.max_packet_bytes), header_);
+    facts_.packet_bytes = PacketBytes(header_);
     facts_.preroll_ms = PrerollMs(header_);
     facts_.file_id = RandomFileId();
     facts_.creation_date = CreationDateNow();

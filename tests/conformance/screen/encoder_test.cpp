@@ -216,6 +216,57 @@ TEST(ScreenEncoder, SharpensWhatRestsAndThenSendsNothing) {
     EXPECT_GT(coarse, 1.2 * best);
 }
 
+// A photo, unmoved text, and a film whose colours the palette has too: those of the film would cost
+// more than is there.
+Frame FilmOfFewColours(int number) {
+    constexpr int kSide = 96;  // pixels, of each of the three
+    Frame frame(std::size_t{3} * kSide * kSide);
+    Random photo(5, 0);
+    Random film(5, number);
+    for (int y = 0; y < kSide; ++y)
+        for (int x = 0; x < 3 * kSide; ++x) {
+            std::uint32_t& pixel = frame[Index(y * 3 * kSide + x)];
+            if (x < kSide)
+                pixel = static_cast<std::uint32_t>(photo.Next() & 0xFFFFFF);
+            else if (x < 2 * kSide)
+                pixel = (x * y) % 7 == 0 ? 0x102030 : 0xF0F0F0;
+            else
+                pixel = 0x040404 * static_cast<std::uint32_t>(film.Next() & 0x3F);
+        }
+    return frame;
+}
+
+TEST(ScreenEncoder, PaintsFilmsOfFewColoursUntilTheyRest) {
+    EncoderSettings settings;
+    settings.width = 288;
+    settings.height = 96;
+    settings.reconstructs = true;
+    Encoder encoder(settings);
+    const auto worst = [&](const Frame& frame, int from, int to) {
+        int most = 0;
+        for (int y = 0; y < settings.height; ++y)
+            for (int x = from; x < to; ++x)
+                most = std::max(most, Difference(frame[Index(y * 288 + x)],
+                                                 encoder.Shown()[Index((95 - y) * 288 + x)]));
+        return most;
+    };
+    std::vector<Frame> frames;
+    for (int i = 0; i < 8; ++i) frames.push_back(FilmOfFewColours(i));
+    FrameRequest request;
+    request.moving_bits = 1e3;
+    for (const Frame& frame : frames) {
+        request.seconds += 0.05;
+        encoder.Encode(BottomUp(frame, settings.width), request);
+        EXPECT_EQ(worst(frame, 96, 192), 0) << request.seconds;
+    }
+    EXPECT_GT(worst(frames.back(), 192, 288), 8);
+    for (int i = 0; i < 2; ++i) {
+        request.seconds += 0.3;
+        encoder.Encode(BottomUp(frames.back(), settings.width), request);
+    }
+    EXPECT_EQ(worst(frames.back(), 192, 288), 0);
+}
+
 // Rectangles become coarser where bits are few; text beside them does not.
 TEST(ScreenEncoder, SpendsOnPhotosWhatTextLeaves) {
     const DesktopSettings desktop{.width = 320, .height = 240, .photo = true, .film = true};

@@ -5,6 +5,7 @@
 #include <chrono>
 
 #include "clips.h"
+#include "engine/outputs/asf/frame_packetizer.h"
 #include "engine/outputs/asf/header.h"
 #include "engine/outputs/asf/packet_size.h"
 #include "support/asf_reader.h"
@@ -279,6 +280,40 @@ TEST(PacketSize, IsATenthOfASecondWithinTheLimits) {
         EXPECT_EQ(ErrorNumber([&] { ChoosePacketSize(1'000'000, row.first, row.second); }),
                   platform::kInvalidArgument)
             << row.first << " to " << row.second;
+}
+
+// A still screen has a packet each second, and little more.
+TEST(AsfHeader, RecordingsHaveSmallPackets) {
+    struct Row {
+        const char* why;
+        std::uint32_t rate;
+        bool sparse;
+        std::uint32_t min, max, expected;
+    };
+    const Row rows[] = {
+        {"a file", 2'000'000, false, 0, 0, 16'000},
+        {"a recording", 2'000'000, true, 0, 0, 4000},
+        {"of a low rate", 300'000, true, 0, 0, 1400},
+        {"that asks for larger ones", 2'000'000, true, 8000, 0, 8000},
+        {"or only for a limit", 2'000'000, true, 0, 9000, 9000},
+    };
+    for (const Row& row : rows) {
+        OutputHeader header;
+        header.streams.resize(1);
+        header.streams[0].format = VideoHeader();
+        header.streams[0].average_rate_bps = row.rate;
+        header.streams[0].buffer_ms = 5000;
+        header.streams[0].sparse = row.sparse;
+        header.min_packet_bytes = row.min;
+        header.max_packet_bytes = row.max;
+        std::size_t bytes = 0;
+        FramePacketizer packets(header, [&](const auto& packet) { bytes = packet.bytes.size(); });
+        const clips::Frame frame = {
+            .stream = 0, .pts = {}, .dts = {}, .duration = {}, .key = true, .bytes = {1}};
+        packets.Add(clips::Coded(frame));
+        packets.Flush();
+        EXPECT_EQ(bytes, row.expected) << row.why;
+    }
 }
 
 }  // namespace
