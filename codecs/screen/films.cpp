@@ -9,6 +9,7 @@ namespace {
 constexpr int kSlight = 24;      // in each channel, at most
 constexpr int kManyPart = 16;    // one in so many pixels, at least
 constexpr int kMostOfText = 60;  // percent
+constexpr int kLeastFlickers = 2;
 constexpr int kMostFlickers = 8;
 constexpr int kFilmNeighbours = 2;
 
@@ -56,7 +57,7 @@ void FindFilms(const Grid& grid, PixelView source, PixelView before, const CellC
     const bool may_paint = !state.exact && state.mask;
     const auto flickers = [&](int x, int y) {
         return x >= 0 && y >= 0 && x < grid.tile_columns && y < grid.tile_rows &&
-               state.tiles[grid.TilePlace(x, y)].flickers >= kFilmChanges;
+               state.tiles[grid.TilePlace(x, y)].flickers >= kLeastFlickers;
     };
     for (int y = 0; y < grid.tile_rows; ++y)
         for (int x = 0; x < grid.tile_columns; ++x) {

@@ -15,6 +15,9 @@ constexpr double kRestingPart = 0.15;
 // What changes beside the rectangles leaves them at least so much of their bits.
 constexpr double kLeastMovingPart = 0.25;
 constexpr double kLearning = 0.1;
+// Beside content that moves at so much of the coarsest quantiser, what rests takes no more than a
+// frame's share.
+constexpr double kCoarsePart = 0.75;
 // What comes so long after a dropped frame is most likely as large.
 constexpr double kHopelessSeconds = 0.25;
 
@@ -44,6 +47,8 @@ void RateControl::Ask(FrameRequest& request) {
         const double seconds = kReserve * bucket.size / bucket.rate;
         request.moving_bits = std::min(request.moving_bits, room * interval_ / seconds);
         request.resting_bits = std::min(request.resting_bits, room * kRestingPart);
+        if (moves_coarsely_)
+            request.resting_bits = std::min(request.resting_bits, bucket.rate * interval_);
     }
     if (!buckets_.empty())
         request.moving_bits =
@@ -67,6 +72,7 @@ bool RateControl::IsHopeless() const {
 
 void RateControl::Sent(const CodedFrame& frame) {
     const double bits = 8.0 * static_cast<double>(frame.data.size());
+    moves_coarsely_ = frame.quantiser >= kCoarsePart * settings_.coarsest;
     if (frame.rectangle_bits > 0 && !frame.key)
         beside_ += kLearning * (bits - frame.rectangle_bits - beside_);
     for (Bucket& bucket : buckets_) bucket.level += bits;

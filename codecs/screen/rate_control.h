@@ -42,7 +42,8 @@ class RateControl {
     double seconds_ = 0;  // of the last request
     double dropped_at_ = -1e9;
     double dropped_bits_ = 0;
-    double beside_ = 0;   // bits that a frame takes beside its rectangles, of late
+    bool moves_coarsely_ = false;
+    double beside_ = 0;  // bits that a frame takes beside its rectangles, of late
 };
 
 }  // namespace codecs::screen
