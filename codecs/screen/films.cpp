@@ -22,8 +22,8 @@ int Channel(std::uint32_t pixel, int shift) { return static_cast<int>(pixel >> s
 // same; or many, and most of them slightly, as a camera's or a decoder's noise has it, where text
 // changes by its contrast.
 bool Flickers(PixelView source, PixelView before, const Rect& rect) {
-    int changed = 0;
-    int slight = 0;
+    std::int64_t changed = 0;
+    std::int64_t slight = 0;
     for (int y = rect.y; y < rect.y + rect.height; ++y) {
         const std::uint32_t* const a = source.Row(y);
         const std::uint32_t* const b = before.Row(y);

@@ -197,7 +197,7 @@ void FrameAnalysis::FindMotion(PixelView source, PixelView before, const ScreenS
     int right = -1;
     int bottom = -1;
     int top = -1;
-    int count = 0;
+    std::int64_t count = 0;
     for (int y = 0; y < grid_.cell_rows; ++y)
         for (int x = 0; x < grid_.cell_columns; ++x) {
             if (changed_[grid_.CellPlace(x, y)] == 0) continue;

@@ -77,7 +77,7 @@ void LoadPart(PixelView source, PlaneView indices, int mask, const Rect& area, B
     std::array<Sums, kGroups> groups{};
     std::array<int, 4> sums{};
     std::array<int, 4> counts{};
-    std::array<bool, kMacroblock * kMacroblock> shows{};
+    std::array<bool, Index(kMacroblock) * Index(kMacroblock)> shows{};
     for (int row = 0; row < area.height; ++row) {
         const std::uint32_t* const pixels = source.Row(area.y + row) + area.x;
         const std::uint8_t* const of = mask >= 0 ? indices.Row(area.y + row) + area.x : nullptr;
