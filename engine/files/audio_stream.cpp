@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "engine/files/media_subtype.h"
 #include "engine/files/stream_config.h"
@@ -132,13 +133,10 @@ void WriteAudioStream(pugi::xml_node stream, const AudioStream& audio) {
     const AudioSettings& settings = audio.settings;
     const AudioFormat& format = settings.format;
     const bool quality = audio.mode == VbrMode::Quality;
-    const bool was_loaded = static_cast<bool>(ChildNamed(stream, "wmmediatype"));
-    std::vector<std::string> notes;
-    const ValueReader reader("", notes);
-    const AudioStream loaded = was_loaded ? ReadKnown(stream, reader) : AudioStream();
-    const bool as_loaded = was_loaded && loaded.mode == audio.mode &&
-                           loaded.settings.codec == settings.codec &&
-                           loaded.settings.format == format;
+    const std::optional<AudioStream> loaded = ReadLoaded(stream, ReadKnown);
+    const bool as_loaded = loaded && loaded->mode == audio.mode &&
+                           loaded->settings.codec == settings.codec &&
+                           loaded->settings.format == format;
     StreamSettings common{
         StreamKind::Audio,
         {},
@@ -151,7 +149,7 @@ void WriteAudioStream(pugi::xml_node stream, const AudioStream& audio) {
     }
     WriteStream(stream, common);
     if (!as_loaded) WriteFormat(NeedChild(stream, "wmmediatype"), settings, audio.mode);
-    WriteOwn<AudioStream>(stream, kOwn, audio, ReadKnown(stream, reader));
+    WriteOwn<AudioStream>(stream, kOwn, audio, *ReadLoaded(stream, ReadKnown));
 }
 
 }  // namespace engine::files

@@ -247,6 +247,28 @@ pugi::xml_node NeedSource(pugi::xml_node group, SourceType type) {
     return node;
 }
 
+/// What sources of both kinds have.
+template <typename Record, typename Rows>
+Record ReadSource(const pugi::xml_node& node, const Rows& rows, const SessionFolder& folder,
+                  const ValueReader& reader) {
+    Record source;
+    source.input = ReadInput(node, folder, reader);
+    ReadNumbers<SourceRecord>(node, kSourceNumbers, reader, source);
+    ReadNumbers(node, rows, reader, source);
+    return source;
+}
+
+template <typename Record, typename Rows>
+pugi::xml_node WriteSource(pugi::xml_node group, SourceType type, const Rows& rows,
+                           const Record& source, const SessionFolder& folder) {
+    const pugi::xml_node node = NeedSource(group, type);
+    std::vector<std::string> notes;
+    WriteInput(node, source.input, folder, ValueReader(PartName(type), notes));
+    WriteNumbers<SourceRecord>(node, kSourceNumbers, source);
+    WriteNumbers(node, rows, source);
+    return node;
+}
+
 }  // namespace
 
 std::vector<FoundSource> FindSources(const pugi::xml_node& group) {
@@ -258,10 +280,7 @@ std::vector<FoundSource> FindSources(const pugi::xml_node& group) {
 AudioSourceRecord ReadAudioSource(const pugi::xml_node& node, const SessionFolder& folder,
                                   std::vector<std::string>& notes) {
     const ValueReader reader(PartName(SourceType::Audio), notes);
-    AudioSourceRecord source;
-    source.input = ReadInput(node, folder, reader);
-    ReadNumbers<SourceRecord>(node, kSourceNumbers, reader, source);
-    ReadNumbers(node, kAudioNumbers, reader, source);
+    auto source = ReadSource<AudioSourceRecord>(node, kAudioNumbers, folder, reader);
     source.content_edl = ValueOf(node, kContentEdl);
     return source;
 }
@@ -269,10 +288,7 @@ AudioSourceRecord ReadAudioSource(const pugi::xml_node& node, const SessionFolde
 VideoSourceRecord ReadVideoSource(const pugi::xml_node& node, const SessionFolder& folder,
                                   std::vector<std::string>& notes) {
     const ValueReader reader(PartName(SourceType::Video), notes);
-    VideoSourceRecord source;
-    source.input = ReadInput(node, folder, reader);
-    ReadNumbers<SourceRecord>(node, kSourceNumbers, reader, source);
-    ReadNumbers(node, kVideoNumbers, reader, source);
+    auto source = ReadSource<VideoSourceRecord>(node, kVideoNumbers, folder, reader);
     for (const auto& row : kVideoProperties)
         TakeNumber(PropertyText(node, row.names.front()), row, reader, source);
     const std::string format = ValueOf(node, kPixelFormat);
@@ -289,21 +305,14 @@ VideoSourceRecord ReadVideoSource(const pugi::xml_node& node, const SessionFolde
 
 void WriteAudioSource(pugi::xml_node group, const AudioSourceRecord& source,
                       const SessionFolder& folder) {
-    const pugi::xml_node node = NeedSource(group, SourceType::Audio);
-    std::vector<std::string> notes;
-    WriteInput(node, source.input, folder, ValueReader(PartName(SourceType::Audio), notes));
-    WriteNumbers<SourceRecord>(node, kSourceNumbers, source);
-    WriteNumbers(node, kAudioNumbers, source);
-    SetValue(node, kContentEdl, source.content_edl);
+    SetValue(WriteSource(group, SourceType::Audio, kAudioNumbers, source, folder), kContentEdl,
+             source.content_edl);
 }
 
 void WriteVideoSource(pugi::xml_node group, const VideoSourceRecord& source,
                       const SessionFolder& folder) {
-    const pugi::xml_node node = NeedSource(group, SourceType::Video);
-    std::vector<std::string> notes;
-    WriteInput(node, source.input, folder, ValueReader(PartName(SourceType::Video), notes));
-    WriteNumbers<SourceRecord>(node, kSourceNumbers, source);
-    WriteNumbers(node, kVideoNumbers, source);
+    const pugi::xml_node node =
+        WriteSource(group, SourceType::Video, kVideoNumbers, source, folder);
     const VideoSourceRecord unset;
     for (const auto& row : kVideoProperties) {
         const std::int32_t value = source.*(row.field);
@@ -311,6 +320,7 @@ void WriteVideoSource(pugi::xml_node group, const VideoSourceRecord& source,
         if (text.empty() ? value != unset.*(row.field) : ParseNumber(text) != value)
             SetProperty(node, row.names.front(), fmt::to_string(value));
     }
+    std::vector<std::string> notes;
     const VideoSourceRecord there = ReadVideoSource(node, folder, notes);
     if (there.pixel_format != source.pixel_format)
         SetValue(node, kPixelFormat, fmt::to_string(source.pixel_format));

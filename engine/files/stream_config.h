@@ -5,7 +5,9 @@
 #include <optional>
 #include <pugixml.hpp>
 #include <string>
+#include <vector>
 
+#include "engine/files/xml_tree.h"
 #include "engine/files/xml_values.h"
 #include "platform/encoder.h"
 
@@ -42,6 +44,15 @@ void WriteStream(pugi::xml_node stream, const StreamSettings& settings);
 /// A format in which `name` is missing cannot be used.
 pugi::xml_node NeedFormat(const pugi::xml_node& stream, const char* name,
                           const ValueReader& reader);
+
+/// What `read` makes of a stream that has a format already; nothing for one that was just made.
+template <typename Stream>
+std::optional<Stream> ReadLoaded(const pugi::xml_node& stream,
+                                 Stream (&read)(const pugi::xml_node&, const ValueReader&)) {
+    if (!ChildNamed(stream, "wmmediatype")) return std::nullopt;
+    std::vector<std::string> notes;
+    return read(stream, ValueReader("", notes));
+}
 
 inline constexpr ValueRange kModeRange = {"x-vbrmode", 1, 4};
 inline constexpr ValueRange kPeakRateRange = {"bitratemax", 0, kNoUpperLimit};

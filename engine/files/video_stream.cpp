@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string_view>
 
 #include "engine/files/media_subtype.h"
@@ -22,6 +24,7 @@ using platform::VbrMode;
 constexpr std::int64_t kIntervalsASecond = 10'000'000;  // of 100 ns
 constexpr std::int64_t kIntervalsAMillisecond = 10'000;
 constexpr std::uint32_t kRgb24 = 0xE436EB7D;
+constexpr std::int64_t kRgbBits = 24;
 constexpr std::int32_t kUsualQuality = 75;
 constexpr std::int32_t kUsualBufferMs = 5000;
 constexpr std::int64_t kUsualKeyDistance = 10 * kIntervalsASecond;
@@ -156,38 +159,54 @@ void PutRectangle(pugi::xml_node node, const VideoSettings& settings) {
     PutNumber(node, "bottom", settings.height);
 }
 
-void WriteMedia(pugi::xml_node media, const VideoSettings& settings) {
+/// Of uncompressed frames, whose rows are padded to four bytes.
+std::int64_t FrameBytes(const VideoSettings& settings, std::int64_t bits_per_pixel) {
+    const std::int64_t row_bits = settings.width * std::clamp<std::int64_t>(bits_per_pixel, 1, 64);
+    return (row_bits + 31) / 32 * 4 * settings.height;
+}
+
+/// @param loaded  what stands there; null where nothing does
+void WriteMedia(pugi::xml_node media, const VideoSettings& settings, const VideoSettings* loaded) {
+    const auto is_same = [&](auto field) {
+        return loaded != nullptr && loaded->*field == settings.*field;
+    };
+    const bool same_codec = is_same(&VideoSettings::codec);
+    const bool same_size = is_same(&VideoSettings::width) && is_same(&VideoSettings::height);
     const std::uint32_t four_cc = FourCcOf(settings);
     const bool compressed = four_cc != 0;
-    pugi::xml_node header = ChildNamed(media, "videoinfoheader");
-    const pugi::xml_node loaded = ChildNamed(header, "bitmapinfoheader");
-    std::vector<std::string> notes;
-    const bool is_same =
-        loaded && ReadCodec(media, loaded, ValueReader("", notes)) == settings.codec;
-    const std::int64_t frame_bytes =
-        (std::int64_t{settings.width} * 3 + 3) / 4 * 4 * settings.height;
-
-    if (!is_same) Put(media, "subtype", SubtypeText(compressed ? four_cc : kRgb24));
-    PutNumber(media, "bfixedsizesamples", compressed ? 0 : 1);
-    PutNumber(media, "btemporalcompression", compressed ? 1 : 0);
-    if (compressed || !is_same) PutNumber(media, "lsamplesize", compressed ? 0 : frame_bytes);
-    header = NeedChild(media, "videoinfoheader");
-    PutNumber(header, "dwbitrate", settings.bit_rate_bps);
-    PutNumber(header, "dwbiterrorrate", 0);
-    const auto interval = ParseNumber(AttributeNamed(header, "avgtimeperframe").value());
-    const bool asks_source = interval == 0 && settings.frame_rate == ranges::kVideoFps.most;
-    if (!asks_source) PutNumber(header, "avgtimeperframe", Reciprocal(settings.frame_rate));
-    PutRectangle(NeedChild(header, "rcsource"), settings);
-    PutRectangle(NeedChild(header, "rctarget"), settings);
+    pugi::xml_node header = NeedChild(media, "videoinfoheader");
+    if (!is_same(&VideoSettings::bit_rate_bps))
+        PutNumber(header, "dwbitrate", settings.bit_rate_bps);
+    if (!is_same(&VideoSettings::frame_rate))
+        PutNumber(header, "avgtimeperframe", Reciprocal(settings.frame_rate));
+    if (!same_size)
+        for (const char* rectangle : {"rcsource", "rctarget"})
+            PutRectangle(NeedChild(header, rectangle), settings);
     pugi::xml_node bitmap = NeedChild(header, "bitmapinfoheader");
-    PutNumber(bitmap, "biwidth", settings.width);
-    PutNumber(bitmap, "biheight", settings.height);
-    PutNumber(bitmap, "biplanes", 1);
-    PutNumber(bitmap, "bibitcount", 24);
-    if (!is_same) Put(bitmap, "bicompression", compressed ? CodeName(four_cc) : "0");
-    for (const char* name :
-         {"bisizeimage", "bixpelspermeter", "biypelspermeter", "biclrused", "biclrimportant"})
-        if (!AttributeNamed(bitmap, name)) PutNumber(bitmap, name, 0);
+    const auto there = [&](const char* name) {
+        return ParseNumber(AttributeNamed(bitmap, name).value()).value_or(0);
+    };
+    if (!same_size) {
+        const bool top_down = same_codec && there("biheight") < 0;
+        PutNumber(bitmap, "biwidth", settings.width);
+        PutNumber(bitmap, "biheight", top_down ? -settings.height : settings.height);
+    }
+    if (!same_codec) {
+        Put(media, "subtype", SubtypeText(compressed ? four_cc : kRgb24));
+        PutNumber(media, "bfixedsizesamples", compressed ? 0 : 1);
+        PutNumber(media, "btemporalcompression", compressed ? 1 : 0);
+        PutNumber(header, "dwbiterrorrate", 0);
+        PutNumber(bitmap, "biplanes", 1);
+        PutNumber(bitmap, "bibitcount", kRgbBits);
+        Put(bitmap, "bicompression", compressed ? CodeName(four_cc) : "0");
+        for (const char* name :
+             {"bixpelspermeter", "biypelspermeter", "biclrused", "biclrimportant"})
+            PutNumber(bitmap, name, 0);
+    }
+    if (!same_codec || !(compressed || same_size)) {
+        PutNumber(media, "lsamplesize", compressed ? 0 : FrameBytes(settings, there("bibitcount")));
+        PutNumber(bitmap, "bisizeimage", 0);
+    }
 }
 
 }  // namespace
@@ -201,28 +220,28 @@ VideoStream ReadVideoStream(const pugi::xml_node& stream, const ValueReader& rea
 void WriteVideoStream(pugi::xml_node stream, const VideoStream& video) {
     const VideoSettings& settings = video.settings;
     const bool quality = video.mode == VbrMode::Quality;
-    const bool was_loaded = static_cast<bool>(ChildNamed(stream, "wmmediatype"));
-    std::vector<std::string> notes;
-    const ValueReader reader("", notes);
-    const VideoStream loaded = was_loaded ? ReadKnown(stream, reader) : VideoStream();
+    const std::optional<VideoStream> loaded = ReadLoaded(stream, ReadKnown);
+    const VideoSettings* const before = loaded ? &loaded->settings : nullptr;
+    const bool same_mode = loaded && loaded->mode == video.mode;
     StreamSettings common{
         StreamKind::Video,
         settings.bit_rate_bps,
         {},
         {},
         {video.mode, settings.quality, settings.peak_rate_bps, settings.peak_buffer_ms}};
-    if (!was_loaded || loaded.mode != video.mode || loaded.settings.buffer_ms != settings.buffer_ms)
+    if (!same_mode || before->buffer_ms != settings.buffer_ms)
         common.buffer_ms = quality ? 0 : settings.buffer_ms;
-    if (!was_loaded || loaded.conformance != video.conformance)
+    if (!loaded || loaded->conformance != video.conformance)
         common.complexity = video.conformance.empty() ? kNoConformance : video.conformance;
     WriteStream(stream, common);
     pugi::xml_node properties = NeedChild(stream, "videomediaprops");
-    PutNumber(properties, "maxkeyframespacing",
-              settings.key_frame_distance_ms * kIntervalsAMillisecond);
-    PutNumber(properties, "quality", quality ? 0 : settings.sharpness);
-    WriteMedia(NeedChild(stream, "wmmediatype"), settings);
-
-    WriteOwn<VideoStream>(stream, kOwn, video, ReadKnown(stream, reader));
+    if (!loaded || before->key_frame_distance_ms != settings.key_frame_distance_ms)
+        PutNumber(properties, "maxkeyframespacing",
+                  settings.key_frame_distance_ms * kIntervalsAMillisecond);
+    if (!same_mode || before->sharpness != settings.sharpness)
+        PutNumber(properties, "quality", quality ? 0 : settings.sharpness);
+    WriteMedia(NeedChild(stream, "wmmediatype"), settings, before);
+    WriteOwn<VideoStream>(stream, kOwn, video, *ReadLoaded(stream, ReadKnown));
 }
 
 }  // namespace engine::files

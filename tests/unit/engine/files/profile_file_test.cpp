@@ -206,6 +206,44 @@ TEST(ProfileFile, WhatIsUnknownIsWrittenBackInItsPlace) {
         EXPECT_THAT(changed, HasSubstr(part));
 }
 
+TEST(ProfileFile, WhatIsNotChangedOfAVideoFormatIsLeft) {
+    const std::vector<std::pair<std::string, std::string>> format = {
+        {"dwbitrate=\"302000\"", "dwbitrate=\"300000\" dwbiterrorrate=\"9\""},
+        {"<rctarget left=\"0\" top=\"0\" right=\"320\" bottom=\"240\"/>",
+         "<rcsource left=\"8\" top=\"4\" right=\"328\" bottom=\"244\"/>"
+         "<rctarget left=\"2\" top=\"2\" right=\"322\" bottom=\"242\"/>"},
+        {"biheight=\"240\"",
+         "biheight=\"-240\" biplanes=\"2\" bibitcount=\"16\" bisizeimage=\"7\""},
+        {"80000000", "80000001"},
+    };
+    std::string text = kBoth;
+    for (const auto& [from, to] : format) text = With(text, from, to);
+    ProfileRecord profile = ReadProfile(text).profile;
+    std::string written = WriteProfile(profile);
+    for (const char* part :
+         {"dwbitrate=\"300000\" dwbiterrorrate=\"9\"", "<rcsource left=\"8\" top=\"4\"",
+          "<rctarget left=\"2\" top=\"2\" right=\"322\"", "biheight=\"-240\"", "biplanes=\"2\"",
+          "bibitcount=\"16\" bisizeimage=\"7\"", "avgtimeperframe=\"333667\"", "80000001"})
+        EXPECT_THAT(written, HasSubstr(part));
+
+    VideoSettings& video = profile.audiences[0].video;
+    video.height = 200;
+    video.bit_rate_bps = 99000;
+    written = WriteProfile(profile);
+    for (const char* part : {"dwbitrate=\"99000\"", "biheight=\"-200\"", "bibitcount=\"16\"",
+                             "<rcsource left=\"0\" top=\"0\" right=\"320\" bottom=\"200\""})
+        EXPECT_THAT(written, HasSubstr(part));
+
+    video.codec = 5;  // uncompressed
+    written = WriteProfile(profile);
+    for (const char* part : {"biheight=\"200\"", "biplanes=\"1\" bibitcount=\"24\"",
+                             "bicompression=\"0\"", "lsamplesize=\"192000\""})
+        EXPECT_THAT(written, HasSubstr(part));
+    profile.file_text = std::make_shared<const std::string>(written);
+    video.width = 318;  // rows are padded
+    EXPECT_THAT(WriteProfile(profile), HasSubstr("lsamplesize=\"191200\""));
+}
+
 TEST(ProfileFile, AnAttributeThatStandsTwiceDoesNotComeBack) {
     const std::string twice = "x-peakbuffer=\"0\" vbrenabled=\"0\" X-PeakBuffer=\"7\"";
     ProfileRecord profile = ReadProfile(With(kBoth, "vbrenabled=\"0\"", twice)).profile;
