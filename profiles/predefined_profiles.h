@@ -21,6 +21,9 @@ struct ProfileSummary {
 };
 std::vector<ProfileSummary> PredefinedProfiles();
 
+/// What an audience is made with, in bits per second, before its streams say what they take.
+inline constexpr std::int32_t kAudienceBitRate = 10'000'000;
+
 /// Fills `audience`, and for some codes the rate control of the profile and the pre-processing of
 /// the sources that exist, as the "-profile" setting names it (in any case). False, after one line,
 /// for an unknown code. Errors of the encoder go to the caller.

@@ -21,10 +21,9 @@ using platform::SourceType;
 using platform::VbrMode;
 using platform::WMEncAudience;
 
-constexpr std::int32_t kAudienceBitRate = 10'000'000;  // bits per second
-constexpr float kDefaultFrameRate = 30000;             // thousandths of a frame per second
-constexpr double kUnknownFrameRate = 100000;           // the same
-constexpr std::int32_t kFirstInterlacedFilter = 16;    // of "-v_preproc"
+constexpr float kDefaultFrameRate = 30000;           // thousandths of a frame per second
+constexpr double kUnknownFrameRate = 100000;         // the same
+constexpr std::int32_t kFirstInterlacedFilter = 16;  // of "-v_preproc"
 constexpr std::int32_t kLastInterlacedFilter = 18;
 
 /// Puts a setting back at the end of a scope, however that ends.

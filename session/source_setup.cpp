@@ -18,7 +18,6 @@ namespace {
 using platform::SourceType;
 
 constexpr const char* kSourceGroupName = "SG_1";
-constexpr std::int32_t kAudienceBitRate = 10'000'000;  // bits per second
 constexpr const char* kScalingPreprocessing =
     "Preprocessing mode not supported. Use -height and -width to adjust video size.";
 
@@ -121,7 +120,7 @@ void SourceSetup::FillNamedProfile(platform::SessionState& loaded) {
     if (!loaded.g_objProfile || loaded.g_objProfile->AudienceCount() > 0) return;
     cli::EncodeSettings settings = settings_;
     settings.profile = loaded.g_objProfile->ProfileName();
-    const auto audience = loaded.g_objProfile->AddAudience(kAudienceBitRate);
+    const auto audience = loaded.g_objProfile->AddAudience(profiles::kAudienceBitRate);
     NoPane pane;
     if (!profiles::SetupPredefinedProfile(loaded, settings, pane, *audience))
         throw platform::Error(platform::kInvalidData, "The session's profile " + settings.profile +

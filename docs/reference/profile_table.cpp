@@ -17,7 +17,6 @@ namespace {
 using platform::SourceType;
 using platform::VbrMode;
 
-constexpr std::int32_t kAudienceBitRate = 10'000'000;
 constexpr std::int32_t kRemoveTelecine = 3;  // the video source's Optimization
 
 /// Nothing runs here, so nothing is posted.
@@ -85,7 +84,7 @@ std::string ProfileTable() {
         const auto group = session.g_objEncoder->SourceGroupCollection().Add("group");
         session.g_objSrcAud = platform::AsAudio(group->AddSource(SourceType::Audio));
         session.g_objSrcVid = platform::AsVideo(group->AddSource(SourceType::Video));
-        const auto audience = session.g_objProfile->AddAudience(kAudienceBitRate);
+        const auto audience = session.g_objProfile->AddAudience(profiles::kAudienceBitRate);
         cli::EncodeSettings settings;
         settings.profile = code;
         if (!profiles::SetupPredefinedProfile(session, settings, pane, *audience))
