@@ -48,8 +48,7 @@ class Encoder::Impl {
         saved_before_ = before_;
         const bool asked = request.key || before_.pixels == nullptr;
         const bool key = asked || MissesTooMuch(request.seconds) ||
-                         !analysis_.AnalyseChanges(source, before_, request.seconds,
-                                                   request.resting_bits, state_);
+                         !analysis_.AnalyseChanges(source, before_, request, state_);
         if (key) {
             analysis_.Forget();
             analysis_.AnalyseKey(source, request.seconds, state_);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -28,6 +29,8 @@ struct EncoderSettings {
 struct FrameRequest {
     double seconds = 0;  // when it is shown; not decreasing
     bool key = false;    // the first frame is one whatever is asked
+    /// What may differ from the frame coded last, from the bottom row up; none = anything.
+    std::optional<Rect> changed = std::nullopt;
     /// What the rectangles of changing content should not pass, by coarser quantisers; and those
     /// that show again, more finely, what rests.
     double moving_bits = 1e9;

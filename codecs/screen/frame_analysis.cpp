@@ -132,14 +132,16 @@ bool FrameAnalysis::HasFewColours(PixelView source) {
     return true;
 }
 
-bool FrameAnalysis::AnalyseChanges(PixelView source, PixelView before, double seconds,
-                                   double resting_bits, ScreenState& state) {
+bool FrameAnalysis::AnalyseChanges(PixelView source, PixelView before, const FrameRequest& request,
+                                   ScreenState& state) {
+    const double seconds = request.seconds;
     exact_ = false;
     newly_missed_ = 0;
     motion_.reset();
     std::ranges::fill(paint_, std::uint8_t{0});
-    FindChanges(source, before);
-    if (SettleFilms(grid_, seconds, kSettlingShare * resting_bits, {changed_, moved_}, state))
+    FindChanges(source, before, request.changed.value_or(Rect{0, 0, grid_.width, grid_.height}));
+    if (SettleFilms(grid_, seconds, kSettlingShare * request.resting_bits, {changed_, moved_},
+                    state))
         any_change_ = true;
     if (!any_change_) return true;
     FindMotion(source, before, state);
@@ -160,17 +162,18 @@ bool FrameAnalysis::AnalyseChanges(PixelView source, PixelView before, double se
            seconds - state.key_at < kNewPaletteSeconds;
 }
 
-void FrameAnalysis::FindChanges(PixelView source, PixelView before) {
+void FrameAnalysis::FindChanges(PixelView source, PixelView before, const Rect& where) {
     std::ranges::fill(moved_, std::uint8_t{0});
-    if (source.pixels == before.pixels) {
-        std::ranges::fill(changed_, std::uint8_t{0});
-        any_change_ = false;
-        return;
-    }
-    for (int y = 0; y < grid_.cell_rows; ++y) {
+    std::ranges::fill(changed_, std::uint8_t{0});
+    any_change_ = false;
+    if (source.pixels == before.pixels || where.Empty()) return;
+    const int first = where.x / kCell;  // column of cells
+    const int left = first * kCell;
+    const int right = std::min((where.x + where.width + kCell - 1) / kCell * kCell, grid_.width);
+    for (int y = where.y / kCell; kCell * y < where.y + where.height; ++y) {
         const Rect row = grid_.Cell(0, y);
-        CompareCells(source.Row(row.y), source.stride, before.Row(row.y), before.stride,
-                     grid_.width, row.height, &changed_[grid_.CellPlace(0, y)]);
+        CompareCells(source.Row(row.y) + left, source.stride, before.Row(row.y) + left,
+                     before.stride, right - left, row.height, &changed_[grid_.CellPlace(first, y)]);
     }
     any_change_ = std::ranges::find(changed_, 1) != changed_.end();
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "codecs/screen/colour_table.h"
+#include "codecs/screen/encoder.h"
 #include "codecs/screen/motion_vote.h"
 #include "codecs/screen/rectangle_coder.h"
 #include "codecs/screen/region_coder.h"
@@ -26,8 +27,7 @@ class FrameAnalysis {
     /// A new palette, and the index of each pixel.
     void AnalyseKey(PixelView source, double seconds, ScreenState& state);
     /// The indices by what has changed. False when only a key frame will do.
-    /// @param resting_bits  for films that have come to rest and become exact
-    bool AnalyseChanges(PixelView source, PixelView before, double seconds, double resting_bits,
+    bool AnalyseChanges(PixelView source, PixelView before, const FrameRequest& request,
                         ScreenState& state);
     /// After AnalyseChanges, when it is known which tiles are painted: the tree, and the masks of
     /// the regions that are mixed.
@@ -52,7 +52,7 @@ class FrameAnalysis {
 
   private:
     bool HasFewColours(PixelView source);
-    void FindChanges(PixelView source, PixelView before);
+    void FindChanges(PixelView source, PixelView before, const Rect& where);
     void FindMotion(PixelView source, PixelView before, const ScreenState& state);
     bool MovedHere(PixelView source, PixelView before, const Rect& rect) const;
     void TakeMoved(const Rect& cell, ScreenState& state);

@@ -92,8 +92,13 @@ bool ScreenVideoEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
     screen::FrameRequest request;
     request.seconds = Seconds(time);
     request.key = KeyIsDue(time);
+    damage_.Add(*current_);
+    const PixelBox& changed = damage_.Changed();
+    request.changed = {changed.x, current_->height - changed.Bottom(), changed.width,
+                       changed.height};
     rate_.Ask(request);
-    const std::optional<screen::CodedFrame> coded = Fitted(request);
+    std::optional<screen::CodedFrame> coded;
+    if (!rate_.IsHopeless()) coded = Fitted(request);
     if (!coded) {
         ++dropped_.frames;
         last_.duration = std::max(last_.duration, time + duration - last_.pts);
@@ -101,6 +106,7 @@ bool ScreenVideoEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
     }
     rate_.Sent(*coded);
     std::swap(before_, current_);
+    damage_.Restart();
     if (coded->key) key_ = time;
     changed_since_key_ = !coded->key && (changed_since_key_ || !coded->unchanged);
     CodedFrame done;
@@ -146,6 +152,7 @@ std::optional<screen::CodedFrame> ScreenVideoEncoder::Fitted(screen::FrameReques
         if (!rate_.Overruns(bits())) return coded;
         Forget();
     }
+    rate_.Dropped(coded);
     dropped_.bytes += static_cast<std::int64_t>(coded.data.size());
     return std::nullopt;
 }

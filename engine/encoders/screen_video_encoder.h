@@ -10,6 +10,7 @@
 #include "codecs/screen/rate_control.h"
 #include "engine/base/av/coded_frame_pool.h"
 #include "engine/base/av/encoder.h"
+#include "engine/base/av/frame_damage.h"
 #include "engine/plan/encode_plan.h"
 
 namespace engine {
@@ -48,6 +49,7 @@ class ScreenVideoEncoder final : public VideoEncoder {
     StreamHeader header_;
     AvPtr<AVFrame> before_;  // the frame coded last, which the next one is compared with
     AvPtr<AVFrame> current_;
+    DamageSum damage_;          // since the frame coded last
     std::optional<Ticks> key_;  // the time of the last key frame
     bool changed_since_key_ = false;
     CodedFrame last_;  // that is kept

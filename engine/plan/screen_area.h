@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "engine/plan/pixel_box.h"
+#include "engine/base/pixel_box.h"
 
 namespace engine {
 

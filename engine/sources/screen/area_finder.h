@@ -3,7 +3,7 @@
 
 #include <xcb/xcb.h>
 
-#include "engine/plan/pixel_box.h"
+#include "engine/base/pixel_box.h"
 #include "engine/plan/screen_area.h"
 #include "engine/sources/screen/x11_display.h"
 

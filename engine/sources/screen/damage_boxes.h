@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "engine/plan/pixel_box.h"
+#include "engine/base/pixel_box.h"
 
 namespace engine {
 

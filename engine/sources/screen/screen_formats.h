@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "engine/base/av/av_ptr.h"
-#include "engine/plan/pixel_box.h"
+#include "engine/base/pixel_box.h"
 #include "engine/plan/screen_area.h"
 
 namespace engine {

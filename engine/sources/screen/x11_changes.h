@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "engine/plan/pixel_box.h"
+#include "engine/base/pixel_box.h"
 #include "engine/sources/screen/x11_display.h"
 
 namespace engine {

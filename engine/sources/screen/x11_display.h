@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/plan/pixel_box.h"
+#include "engine/base/pixel_box.h"
 #include "platform/posix/event_fd.h"
 
 namespace engine {

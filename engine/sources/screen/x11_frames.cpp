@@ -111,8 +111,10 @@ std::size_t X11Frames::ImageBytes() const {
 }
 
 void X11Frames::MarkStale(const PixelBox& box) {
-    const PixelBox inside = AsFetched(Intersection(box, {0, 0, area_.width, area_.height}));
-    for (X11Image& each : images_) each.stale.Add(inside);
+    const PixelBox inside = Intersection(box, {0, 0, area_.width, area_.height});
+    if (inside.IsEmpty()) return;
+    marked_ = marked_.IsEmpty() ? inside : Around(marked_, inside);
+    for (X11Image& each : images_) each.stale.Add(AsFetched(inside));
 }
 
 // The server can only write rows as they lie in the frame when they are whole. That costs less

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <utility>
 
 #include "engine/base/av/av_ptr.h"
 #include "engine/sources/screen/damage_boxes.h"
@@ -47,6 +48,8 @@ class X11Frames {
 
     /// This part of the frame has changed.
     void MarkStale(const PixelBox& box);
+    /// All that was marked since the last call; a box around it.
+    PixelBox TakeMarked() { return std::exchange(marked_, {}); }
 
     /// A frame that nobody holds, brought up to date. Stays valid until Show. Null when the
     /// server does not give the pixels now, or when the display was woken. Throws platform::Error
@@ -76,6 +79,7 @@ class X11Frames {
     int stride_ = 0;  // bytes
     ImageMemory scratch_;
     std::deque<X11Image> images_;
+    PixelBox marked_;
 };
 
 }  // namespace engine

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "engine/plan/pixel_box.h"
+#include "engine/base/pixel_box.h"
 #include "engine/sources/screen/pixel_layout.h"
 #include "engine/sources/screen/x11_display.h"
 

@@ -10,6 +10,7 @@
 #include <new>
 #include <utility>
 
+#include "engine/base/av/frame_damage.h"
 #include "engine/sources/screen/area_finder.h"
 #include "engine/sources/screen/named_area.h"
 #include "engine/sources/screen/rest_repeats.h"
@@ -43,6 +44,7 @@ class X11Screen : public LiveSource {
     bool NextFrame();
     bool Grab(Ticks now);
     void Deliver(X11Image& image, Ticks time);
+    PixelBox DamageSinceLast();
     void CountMissed(Ticks now);
     void WaitUntil(Ticks time, bool events) const;
     Ticks RepeatDue() const { return Ticks{last_->pts} + std::max(period_, repeats_.Interval()); }
@@ -77,6 +79,8 @@ class X11Screen : public LiveSource {
     Ticks returned_;     // when Read last did
     int refusals_ = 0;   // one after the other
     FrameHandle last_;
+    std::int64_t delivered_ = 0;  // frames that are not given again
+    PixelBox pointer_drawn_;      // in the last of them
     std::atomic<std::int64_t> missed_ = 0;
 };
 
@@ -202,6 +206,15 @@ bool X11Screen::Grab(Ticks now) {
     return true;
 }
 
+// The pointer leaves what it covered, and covers something else.
+PixelBox X11Screen::DamageSinceLast() {
+    PixelBox changed = images_.TakeMarked();
+    const PixelBox drawn = Intersection(PointerInImage(), ImageBox());
+    for (const PixelBox& box : {std::exchange(pointer_drawn_, drawn), drawn})
+        if (!box.IsEmpty()) changed = changed.IsEmpty() ? box : Around(changed, box);
+    return changed;
+}
+
 // Times lie an interval apart at least, so that players of an even rate have a place for each.
 void X11Screen::Deliver(X11Image& image, Ticks time) {
     pointer_.Draw(image.pixels(), images_.stride(), images_.layout(), finder_.Box());
@@ -214,6 +227,7 @@ void X11Screen::Deliver(X11Image& image, Ticks time) {
     last_->data[0] = image.pixels();
     last_->linesize[0] = images_.stride();
     last_->pts = time.count;
+    TellDamage(*last_, {++delivered_, DamageSinceLast()});
     repeats_.Changed();
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/plan/pixel_box.h"
+#include "engine/base/pixel_box.h"
 
 namespace test_support {
 

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <thread>
 
+#include "engine/base/av/frame_damage.h"
 #include "engine/sources/screen/named_area.h"
 #include "support/error_of.h"
 #include "support/x_server.h"
@@ -64,6 +65,7 @@ class Recording {
         EXPECT_TRUE(source->Read(frame));
         EXPECT_GT(frame->pts, last_pts);
         last_pts = frame->pts;
+        CheckDamage(*frame);
         return frame;
     }
 
@@ -78,6 +80,22 @@ class Recording {
                 return frame;
             }
         }
+    }
+
+    // Nothing but what is told has changed since the frame before.
+    void CheckDamage(const AVFrame& frame) {
+        damage.Add(frame);
+        Canvas now = CanvasOf(frame);
+        const bool comparable = shown && shown->pixels.size() == now.pixels.size();
+        int untold = 0;
+        for (int y = 0; comparable && y < frame.height; ++y)
+            for (int x = 0; x < frame.width; ++x)
+                if (now.At(x, y) != shown->At(x, y) &&
+                    Intersection(damage.Changed(), {x, y, 1, 1}).IsEmpty())
+                    ++untold;
+        EXPECT_EQ(untold, 0);
+        damage.Restart();
+        shown = std::move(now);
     }
 
     // What ends the reading, in words.
@@ -96,6 +114,8 @@ class Recording {
     std::unique_ptr<LiveSource> source;
     std::int64_t last_pts = 0;
     const std::uint8_t* last_pixels = nullptr;
+    DamageSum damage;
+    std::optional<Canvas> shown;
 };
 
 struct ServerCase {
@@ -119,6 +139,18 @@ const PixelBox kDrawn[] = {
     {0, 0, 320, 240}, {5, 7, 3, 2},       {0, 0, 1, 1},      {319, 239, 1, 1},   {10, 0, 9, 240},
     {0, 100, 320, 5}, {40, 40, 200, 150}, {300, 10, 20, 20}, {100, 230, 50, 10},
 };
+
+TEST(X11Screen, TellsWhereItHasChanged) {
+    Recording recording;
+    recording.Open();
+    recording.NextChange();
+    const PixelBox box{40, 50, 30, 20};
+    recording.Fill(box, 0x123456);
+    const auto damage = DamageOf(*recording.NextChange());
+    ASSERT_TRUE(damage);
+    EXPECT_EQ(Intersection(damage->changed, box), box);
+    EXPECT_LT(damage->changed.Pixels(), 320 * 240 / 2);
+}
 
 TEST(X11Screen, EachChangeGivesOneFrameThatStaysAsItIs) {
     for (const ServerCase& each : kServers) {
