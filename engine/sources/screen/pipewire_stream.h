@@ -11,8 +11,8 @@
 #include <string>
 
 #include "engine/base/av/av_ptr.h"
-#include "engine/base/ticks.h"
 #include "engine/base/pixel_box.h"
+#include "engine/base/ticks.h"
 #include "engine/sources/screen/pipewire_library.h"
 #include "platform/posix/event_fd.h"
 
