@@ -23,11 +23,6 @@ constexpr double kSettlingShare = 0.5;
 // A cell of text has no more colours.
 constexpr int kNoiseColours = 24;
 
-// Motion is looked for where so many cells have changed, and used where so many have moved.
-constexpr int kMotionCells = 48;
-constexpr int kMovedCells = 24;
-constexpr int kLeastMotionPart = 24;  // of the area around them, one in so many
-
 // New content that misses the palette by so much of the picture asks for a new one, if the last one
 // is so old.
 constexpr double kNewPalettePart = 0.02;
@@ -38,6 +33,7 @@ constexpr double kNewPaletteSeconds = 1;
 FrameAnalysis::FrameAnalysis(int width, int height, int tolerance)
     : grid_(width, height),
       tolerance_(tolerance),
+      finder_(grid_),
       cuts_(width, height),
       indices_(Index(width) * Index(height)),
       next_(indices_.size()),
@@ -144,7 +140,7 @@ bool FrameAnalysis::AnalyseChanges(PixelView source, PixelView before, const Fra
                     state))
         any_change_ = true;
     if (!any_change_) return true;
-    FindMotion(source, before, state);
+    motion_ = finder_.Find(source, before, {changed_, moved_}, state);
     FindFilms(grid_, source, before, {changed_, moved_}, seconds, state);
     for (int y = 0; y < grid_.tile_rows; ++y)
         for (int x = 0; x < grid_.tile_columns; ++x)
@@ -176,62 +172,6 @@ void FrameAnalysis::FindChanges(PixelView source, PixelView before, const Rect& 
                      before.stride, right - left, row.height, &changed_[grid_.CellPlace(first, y)]);
     }
     any_change_ = std::ranges::find(changed_, 1) != changed_.end();
-}
-
-bool FrameAnalysis::MovedHere(PixelView source, PixelView before, const Rect& rect) const {
-    const int x = rect.x + motion_->x;
-    const int y = rect.y + motion_->y;
-    if (x < 0 || y < 0 || x + rect.width > grid_.width || y + rect.height > grid_.height)
-        return false;
-    for (int row = 0; row < rect.height; ++row) {
-        const std::uint32_t* const a = source.Row(rect.y + row) + rect.x;
-        const std::uint32_t* const b = before.Row(y + row) + x;
-        std::uint32_t differing = 0;
-        for (int i = 0; i < rect.width; ++i) differing |= a[i] ^ b[i];
-        if ((differing & 0xFFFFFF) != 0) return false;
-    }
-    return true;
-}
-
-// A film is no place to look for what scrolls.
-void FrameAnalysis::FindMotion(PixelView source, PixelView before, const ScreenState& state) {
-    Rect area;
-    int left = grid_.cell_columns;
-    int right = -1;
-    int bottom = -1;
-    int top = -1;
-    std::int64_t count = 0;
-    for (int y = 0; y < grid_.cell_rows; ++y)
-        for (int x = 0; x < grid_.cell_columns; ++x) {
-            if (changed_[grid_.CellPlace(x, y)] == 0) continue;
-            const TileState& tile = state.tiles[grid_.TilePlace(x / 2, y / 2)];
-            if (tile.film || (tile.photo && tile.changes >= kFilmChanges)) continue;
-            ++count;
-            left = std::min(left, x);
-            right = std::max(right, x);
-            if (bottom < 0) bottom = y;
-            top = y;
-        }
-    if (count < kMotionCells) return;
-    area.x = left * kCell;
-    area.y = bottom * kCell;
-    area.width = std::min((right + 1) * kCell, grid_.width) - area.x;
-    area.height = std::min((top + 1) * kCell, grid_.height) - area.y;
-    const std::int64_t cells = std::int64_t{right - left + 1} * (top - bottom + 1);
-    if (kLeastMotionPart * count < cells) return;
-    motion_ = vote_.Find(source, before, area, changed_, grid_.cell_columns);
-    if (!motion_) return;
-    int moved = 0;
-    for (int y = bottom; y <= top; ++y)
-        for (int x = left; x <= right; ++x) {
-            const std::size_t place = grid_.CellPlace(x, y);
-            if (!MovedHere(source, before, grid_.Cell(x, y))) continue;
-            moved_[place] = 1;
-            moved += changed_[place];
-        }
-    if (moved >= kMovedCells) return;
-    motion_.reset();
-    std::ranges::fill(moved_, std::uint8_t{0});
 }
 
 void FrameAnalysis::TakeMoved(const Rect& cell, ScreenState& state) {

@@ -8,7 +8,7 @@
 
 #include "codecs/screen/colour_table.h"
 #include "codecs/screen/encoder.h"
-#include "codecs/screen/motion_vote.h"
+#include "codecs/screen/motion_finder.h"
 #include "codecs/screen/rectangle_coder.h"
 #include "codecs/screen/region_coder.h"
 #include "codecs/screen/region_cuts.h"
@@ -53,8 +53,6 @@ class FrameAnalysis {
   private:
     bool HasFewColours(PixelView source);
     void FindChanges(PixelView source, PixelView before, const Rect& where);
-    void FindMotion(PixelView source, PixelView before, const ScreenState& state);
-    bool MovedHere(PixelView source, PixelView before, const Rect& rect) const;
     void TakeMoved(const Rect& cell, ScreenState& state);
     bool MapTile(PixelView source, int x, int y, double seconds, ScreenState& state);
     struct Mapped {
@@ -74,7 +72,7 @@ class FrameAnalysis {
     const int tolerance_;
     ColourCount counts_;
     PaletteTable table_;
-    MotionVote vote_;
+    MotionFinder finder_;
     RegionCuts cuts_;
     std::vector<std::uint8_t> indices_;  // of the frame before
     std::vector<std::uint8_t> next_;
