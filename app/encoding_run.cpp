@@ -47,6 +47,10 @@ class EncodingRun::Events final : public platform::WMEncoderEvents {
     void OnNotice(const std::string& text) override {
         if (run_.on_notice_) run_.on_notice_(text);
     }
+    platform::CredentialsAnswer OnCredentials(
+        const platform::CredentialsQuestion& question) override {
+        return run_.AskCredentials(question);
+    }
 
   private:
     EncodingRun& run_;
@@ -174,6 +178,7 @@ TranscodeResult EncodingRun::Transcode() {
     platform::ErrorTrap start;
     running_ = true;
     start([&] { encoder.Start(); });
+    if (session != session_number_) return TranscodeResult::NotStarted;
     if (start.HasError()) {
         running_ = false;
         pane_.OutputError(fmt::format("Start encoder failed with error {} {}", start.Number(),
@@ -183,6 +188,17 @@ TranscodeResult EncodingRun::Transcode() {
     }
     g_dtStart = clock_();
     return TranscodeResult::Started;
+}
+
+// The same holds as for waiting for the start.
+platform::CredentialsAnswer EncodingRun::AskCredentials(
+    const platform::CredentialsQuestion& question) {
+    platform::Timer& timer = window_.Timer1();
+    const bool was_enabled = timer.Enabled();
+    timer.SetEnabled(false);  // its ticks count the seconds of the run
+    platform::CredentialsAnswer answer = window_.AskCredentials(question);
+    if (was_enabled && question.wanted()) timer.SetEnabled(true);
+    return answer;
 }
 
 // What the person does meanwhile may stop the session, or put another into its place.

@@ -87,6 +87,7 @@ class EncodingRun {
     void OnRunning();
     void OnStopped();
     bool AwaitStart(std::uint64_t session);
+    platform::CredentialsAnswer AskCredentials(const platform::CredentialsQuestion& question);
     void TellNotes(platform::WMEncoder& encoder);
     RunEnd HowItEnded() const;
     void ReleaseEncoder();

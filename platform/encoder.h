@@ -14,6 +14,7 @@
 #include <variant>
 #include <vector>
 
+#include "platform/credentials.h"
 #include "platform/error.h"
 
 namespace platform {
@@ -420,6 +421,9 @@ class WMEncoderEvents {
     /// A sentence that the person should know while all goes well: from within PrepareToEncode, or
     /// before the stopped state.
     virtual void OnNotice(const std::string& /*text*/) {}
+    /// Who pushes, from within PrepareToEncode or Start. May run the loop for as long as the answer
+    /// is wanted: Stop ends that.
+    virtual CredentialsAnswer OnCredentials(const CredentialsQuestion& /*question*/) { return {}; }
 };
 
 class WMEncoder {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "platform/credentials.h"
 #include "platform/event_loop.h"
 
 namespace platform {
@@ -91,6 +92,8 @@ class FormWindow {
     virtual bool BeforeRecording(bool /*of_screen*/, const std::function<bool()>& /*wanted*/) {
         return true;
     }
+    /// May run the loop for as long as the answer is wanted.
+    virtual CredentialsAnswer AskCredentials(const CredentialsQuestion& /*question*/) { return {}; }
 };
 
 }  // namespace platform

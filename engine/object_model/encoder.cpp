@@ -6,6 +6,7 @@
 
 #include "engine/files/file_text.h"
 #include "engine/files/session_file.h"
+#include "engine/object_model/screen_question.h"
 #include "engine/outputs/asf/leftover_parts.h"
 #include "engine/plan/value_ranges.h"
 
@@ -49,14 +50,19 @@ void Encoder::Save(const std::string& path) {
 }
 
 void Encoder::RefuseWhileRunning() const {
-    if (question_ || control_->IsRunning())
+    if (cancel_question_ || control_->IsRunning())
         throw platform::Error(platform::kBusy, "The encoder is running: stop it first");
 }
 
-PrepareParts Encoder::PlanParts() const { return PlanParts(*parts_->files); }
+PrepareParts Encoder::PlanParts() { return PlanParts(*parts_->files); }
 
-PrepareParts Encoder::PlanParts(platform::FileSystem& files) const {
-    return {files, parts_->camera_format, parts_->network ? parts_->network() : NetworkSettings()};
+PrepareParts Encoder::PlanParts(platform::FileSystem& files) {
+    PrepareParts parts{files, parts_->camera_format};
+    if (parts_->network) parts.network = parts_->network();
+    parts.network.ask_push_user = [this](const platform::CredentialsQuestion& question) {
+        return AskCredentials(question);
+    };
+    return parts;
 }
 
 void Encoder::PrepareToEncode(bool force) {
@@ -89,34 +95,47 @@ SessionRecord Encoder::OpenedSession() {
     return tree_.Record();
 }
 
+// The loop runs meanwhile: whoever stops the encoder then cancels the question.
+template <typename Question>
+auto Encoder::Asking(std::function<void()> cancel, Question&& ask) {
+    cancel_question_ = std::move(cancel);
+    try {
+        auto answer = ask();
+        cancel_question_ = nullptr;
+        return answer;
+    } catch (...) {
+        cancel_question_ = nullptr;
+        throw;
+    }
+}
+
 // The person is asked when all else is right.
 EncodePlan Encoder::WithScreen(SessionRecord session, const EncodePlan& plan) {
     const CapturePlan& wanted = *plan.video->input.capture;
     const std::shared_ptr<ScreenShare> share = parts_->make_share();
-    ScreenSize size;
-    question_.emplace(loop_, *share);
-    try {
-        size = question_->Answer(wanted.area, wanted.rate);
-    } catch (...) {
-        question_.reset();
-        throw;
-    }
-    question_.reset();
+    const ScreenSize size =
+        Asking([&] { share->Cancel(); }, [&] { return AskForScreen(loop_, *share, wanted); });
     session.groups.front().video.front().input.capture->screen_size = size;
     EncodePlan whole = MakePlan(session, PlanParts());
     whole.video->input.capture->share = share;
     return whole;
 }
 
+platform::CredentialsAnswer Encoder::AskCredentials(platform::CredentialsQuestion question) {
+    bool wanted = true;
+    question.wanted = [&] { return wanted; };
+    return Asking([&] { wanted = false; }, [&] { return control_->AskCredentials(question); });
+}
+
 void Encoder::Stop() {
-    if (question_) question_->Cancel();
+    if (cancel_question_) cancel_question_();
     // What was opened to be recorded is given back.
     if (std::exchange(is_made_, false)) control_->Forget();
     control_->Stop();
 }
 
 platform::EncoderState Encoder::RunState() const {
-    return question_ ? platform::EncoderState::Starting : control_->State();
+    return cancel_question_ ? platform::EncoderState::Starting : control_->State();
 }
 
 void Encoder::Start() {

@@ -1,6 +1,7 @@
 // The encoder object: the tree, the plan that prepare makes of it, and the run.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,7 +9,6 @@
 #include <vector>
 
 #include "engine/object_model/run_control.h"
-#include "engine/object_model/screen_question.h"
 #include "engine/object_model/session_tree.h"
 #include "engine/object_model/statistics.h"
 #include "engine/prepare/plan_maker.h"
@@ -53,7 +53,8 @@ class Encoder : public platform::WMEncoder {
     void CheckToEncode(platform::FileSystem& files) override;
     std::vector<std::string> TakeNotes() override;
     /// Uses up what was prepared: the start after a run prepares anew. Throws Error (busy) while a
-    /// run goes on that is not paused, and what opening inputs, encoders and the output throws.
+    /// run goes on that is not paused, and what opening inputs, encoders and the output throws. A
+    /// server may want to know who pushes: the person is asked as above.
     void Start() override;
     void Stop() override;
     void Pause() override { control_->Pause(); }
@@ -63,9 +64,12 @@ class Encoder : public platform::WMEncoder {
   private:
     void RefuseWhileRunning() const;
     SessionRecord OpenedSession();
-    PrepareParts PlanParts() const;
-    PrepareParts PlanParts(platform::FileSystem& files) const;
+    PrepareParts PlanParts();
+    PrepareParts PlanParts(platform::FileSystem& files);
     EncodePlan WithScreen(SessionRecord session, const EncodePlan& plan);
+    platform::CredentialsAnswer AskCredentials(platform::CredentialsQuestion question);
+    template <typename Question>
+    auto Asking(std::function<void()> cancel, Question&& ask);
 
     platform::EventLoop& loop_;
     std::shared_ptr<const EngineParts> parts_;
@@ -74,7 +78,7 @@ class Encoder : public platform::WMEncoder {
     bool is_made_ = false;                // the run stands ready
     std::vector<std::string> notes_;
     std::shared_ptr<const std::string> session_text_;  // of the file that was loaded
-    std::optional<ScreenQuestion> question_;
+    std::function<void()> cancel_question_;            // while the person is asked; else empty
     std::shared_ptr<RunControl> control_;
     engine::Statistics statistics_;
 };

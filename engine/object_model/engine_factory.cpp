@@ -40,8 +40,9 @@ std::shared_ptr<platform::WMEncoder> MakeEncoder(platform::EventLoop& loop,
     parts.shows_pointer = [] { return ParsePointer(Variable("TESSIVO_POINTER")); };
     parts.sound_choice = [] { return Variable("TESSIVO_SOUND"); };
     parts.network = [] {
-        return NetworkSettings{Variable("TESSIVO_BROADCAST_ADDRESS"), Variable("TESSIVO_PUSH_USER"),
-                               Variable("TESSIVO_PUSH_PASSWORD"), Variable("TESSIVO_PUSH_AGENT"),
+        return NetworkSettings{Variable("TESSIVO_BROADCAST_ADDRESS"),
+                               {Variable("TESSIVO_PUSH_USER"), Variable("TESSIVO_PUSH_PASSWORD")},
+                               Variable("TESSIVO_PUSH_AGENT"),
                                Variable("TESSIVO_PUSH_ANY_SERVER") == "1"};
     };
     parts.make_share = [] { return MediaLibrary().make_share(); };

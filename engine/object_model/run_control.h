@@ -21,6 +21,9 @@ class RunControl : public std::enable_shared_from_this<RunControl> {
     platform::EncoderState State() const { return state_; }
     void SetEvents(platform::WMEncoderEvents* events) { events_ = events; }
     void DeliverNotice(const std::string& text);
+    platform::CredentialsAnswer AskCredentials(const platform::CredentialsQuestion& question) {
+        return events_ == nullptr ? std::nullopt : events_->OnCredentials(question);
+    }
 
     /// Forgets the run before and makes one of the plan, which opens its inputs and its output.
     /// Throws what making it throws.

@@ -6,16 +6,16 @@
 
 namespace engine {
 
-ScreenSize ScreenQuestion::Answer(const ScreenArea& area, std::int32_t rate_thousandths) {
+ScreenSize AskForScreen(platform::EventLoop& loop, ScreenShare& share, const CapturePlan& wanted) {
     std::atomic<bool> answered{false};
-    std::packaged_task<ScreenSize()> ask([&] { return share_.Ask(area, rate_thousandths); });
+    std::packaged_task<ScreenSize()> ask([&] { return share.Ask(wanted.area, wanted.rate); });
     std::future<ScreenSize> answer = ask.get_future();
     std::thread asker([&] {
         ask();
         answered = true;
-        loop_.Post([] {});  // the loop looks again
+        loop.Post([] {});  // the loop looks again
     });
-    loop_.RunUntil([&] { return answered.load(); });
+    loop.RunUntil([&] { return answered.load(); });
     asker.join();
     return answer.get();
 }

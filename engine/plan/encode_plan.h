@@ -14,6 +14,7 @@
 #include "engine/base/ticks.h"
 #include "engine/plan/camera_format.h"
 #include "engine/plan/device.h"
+#include "engine/plan/network_settings.h"
 #include "engine/plan/screen_area.h"
 #include "engine/plan/screen_share.h"
 #include "engine/plan/written_audio.h"
@@ -157,8 +158,8 @@ struct PushOutput {
     std::string server;  // "media.example:8080"
     std::string publishing_point;
     std::string template_name;  // an existing point to make this one after; "" = none
-    std::string user;           // "" = none is known
-    std::string password;
+    platform::Credentials credentials;
+    AskCredentials ask = {};                       // when the session begins, and none are known
     std::string agent = "Tessivo/9.0";             // what the server is told of this program
     bool any_server = false;                       // also one that does not name the protocol
     std::uint64_t body_bytes = 2'147'483'647;      // of a request, after which the next one begins

@@ -28,8 +28,8 @@ PushOutput PlanPush(const BroadcastRecord& record, const NetworkSettings& networ
     push.server = record.server;
     push.publishing_point = record.publishing_point;
     push.template_name = record.template_name;
-    push.user = network.push_user;
-    push.password = network.push_password;
+    push.credentials = network.push_user;
+    push.ask = network.ask_push_user;
     if (!network.push_agent.empty()) push.agent = network.push_agent;
     push.any_server = network.push_to_any_server;
     return push;

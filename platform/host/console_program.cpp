@@ -3,13 +3,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <deque>
 #include <exception>
 #include <optional>
 #include <utility>
 
+#include "platform/host/console_lines.h"
 #include "platform/host/console_output.h"
 #include "platform/host/console_window.h"
 #include "platform/host/json_report.h"
@@ -37,54 +35,6 @@ struct ConsoleCall {
     std::vector<std::string> words;  // one command; of several, the words before each
 };
 
-constexpr std::size_t kLongestLine = std::size_t{1} << 20U;
-
-/// Lines of the input, read while the loop runs.
-class LineReader {
-  public:
-    LineReader(ConsoleLoop& loop, int descriptor) : loop_(loop), descriptor_(descriptor) {}
-
-    /// The next line without its end; nothing at the end of the input or once `stopped` is true.
-    /// Throws Error when a line is longer than a mebibyte.
-    std::optional<std::string> Next(const std::function<bool()>& stopped) {
-        loop_.Watch(descriptor_, [this] { Read(); });
-        loop_.RunUntil([&] { return HasLine() || at_end_ || IsTooLong() || stopped(); });
-        loop_.Watch(-1, {});
-        if (stopped() || text_.empty()) return std::nullopt;
-        const std::size_t end = text_.find('\n', searched_);
-        if (std::min(end, text_.size()) > kLongestLine)
-            throw Error(kInvalidData,
-                        "The input has a line of more than a mebibyte: it is no "
-                        "command. Give one command a line.");
-        searched_ = 0;
-        std::string line = text_.substr(0, end);
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        text_.erase(0, end == std::string::npos ? end : end + 1);
-        return line;
-    }
-
-  private:
-    bool HasLine() const { return text_.find('\n', searched_) != std::string::npos; }
-    bool IsTooLong() const { return searched_ > kLongestLine; }
-
-    void Read() {
-        std::array<char, 4096> buffer{};
-        const ssize_t count = ::read(descriptor_, buffer.data(), buffer.size());
-        searched_ = text_.size();  // it is read on where no line was found
-        if (count > 0) {
-            text_.append(buffer.data(), static_cast<std::size_t>(count));
-        } else if (count == 0 || errno != EINTR) {
-            at_end_ = true;
-        }
-    }
-
-    ConsoleLoop& loop_;
-    int descriptor_;
-    std::string text_;
-    std::size_t searched_ = 0;  // so much of `text_` has no line end
-    bool at_end_ = false;
-};
-
 class ConsoleRun : private RunListener {
   public:
     ConsoleRun(const ConsoleCall& call, EngineMakers makers, const FormMaker& make_form,
@@ -104,6 +54,7 @@ class ConsoleRun : private RunListener {
             window_.Loop().Post([this] { Stop(); });
         });
         window_.SetForm(*form_);
+        window_.SetInput(streams_.input);
         form_->Form_Load();
         // The first tick would run a command by itself; here commands come from words only.
         window_.Timer1().SetEnabled(false);

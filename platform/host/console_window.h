@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/form_events.h"
+#include "platform/host/console_credentials.h"
 #include "platform/host/console_loop.h"
 #include "platform/host/console_output.h"
 #include "platform/host/time_left.h"
@@ -79,6 +80,8 @@ class ConsoleWindow : public FormWindow {
 
     /// The form must live as long as the loop runs.
     void SetForm(FormEvents& form);
+    /// Where a person may be asked, if it is a terminal. It stays the caller's.
+    void SetInput(int input) { input_ = input; }
 
     TextBox& txtCmd() override { return command_; }
     TextBox& txtInfo() override { return pane_; }
@@ -101,6 +104,10 @@ class ConsoleWindow : public FormWindow {
     void MessageBox(const std::string& text, const std::string& title, MessageIcon icon) override;
     std::string Arguments() const override { return arguments_; }
     EventLoop& Loop() override { return loop_; }
+    CredentialsAnswer AskCredentials(const CredentialsQuestion& question) override {
+        output_.FlushText();
+        return AskOnTerminal(loop_, input_, question);
+    }
 
     ConsoleLoop& Console() { return loop_; }
     /// Called when there is nothing more to do for now, with whether the timer has ticked since.
@@ -114,6 +121,7 @@ class ConsoleWindow : public FormWindow {
     ConsoleOutput& output_;
     std::string arguments_;
     ConsoleLoop loop_;
+    int input_ = -1;
     bool ticked_ = false;  // since there was nothing to do
     std::function<void(bool)> on_idle_;
     ConsoleCommand command_;

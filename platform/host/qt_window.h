@@ -22,6 +22,7 @@
 #include "platform/host/qt_command_queue.h"
 #include "platform/host/qt_command_runner.h"
 #include "platform/host/qt_controls.h"
+#include "platform/host/qt_credentials_dialog.h"
 #include "platform/host/qt_desktop.h"
 #include "platform/host/qt_encoding_menu.h"
 #include "platform/host/qt_file_opener.h"
@@ -99,6 +100,9 @@ class QtWindow : public QWidget, public FormWindow {
     EventLoop& Loop() override { return loop_; }
     bool BeforeRecording(bool of_screen, const std::function<bool()>& wanted) override {
         return start_.Await(of_screen, wanted);
+    }
+    CredentialsAnswer AskCredentials(const CredentialsQuestion& question) override {
+        return CredentialsDialog(question, this).Ask(loop_);
     }
 
   protected:

@@ -233,6 +233,47 @@ TEST_F(Recording, ItsSizeIsShownWhileItRuns) {
     EXPECT_FALSE(platform::host::IsScarce(50'000'000'000));
 }
 
+TEST_F(Recording, AsksWhoPushes) {
+    struct Case {
+        const char* why;
+        bool refused;
+        int key;
+        bool stopped;
+        bool answered;
+    };
+    for (const Case& c :
+         {Case{"an answer", false, Qt::Key_Return, false, true},
+          Case{"a better one", true, Qt::Key_Return, false, true},
+          Case{"none", false, Qt::Key_Escape, false, false}, Case{"Stop", false, 0, true, false}}) {
+        bool asked = false;
+        const auto person = [&] {
+            auto& dialog = Find<QDialog>("credentialsDialog");
+            if (std::exchange(asked, true) || !dialog.isVisible()) return !c.stopped;
+            EXPECT_THAT(dialog.accessibleDescription().toStdString(),
+                        HasSubstr(c.refused ? "media/live refuses" : "media/live wants to know"));
+            auto& user = Find<QLineEdit>("pushUser");
+            auto& password = Find<QLineEdit>("pushPassword");
+            const auto& ok = *dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
+            EXPECT_EQ(dialog.focusWidget(), &user) << c.why;
+            Press(user, Qt::Key_A, Qt::NoModifier, QStringLiteral(" "));
+            EXPECT_FALSE(ok.isEnabled());
+            Press(user, Qt::Key_A, Qt::NoModifier, QStringLiteral("anna"));
+            EXPECT_TRUE(ok.isEnabled());
+            Press(password, Qt::Key_S, Qt::NoModifier, QStringLiteral("secret"));
+            EXPECT_EQ(password.displayText().indexOf(QStringLiteral("secret")), -1);
+            EXPECT_EQ(password.accessibleName(), QStringLiteral("Password"));
+            if (c.key != 0) Press(password, c.key);
+            return !c.stopped;
+        };
+        const auto answer = window().AskCredentials({"media/live", c.refused, person});
+        EXPECT_TRUE(asked) << c.why;
+        ASSERT_EQ(answer.has_value(), c.answered) << c.why;
+        if (!answer) continue;
+        EXPECT_EQ(answer->user, "anna");
+        EXPECT_EQ(answer->password, "secret");
+    }
+}
+
 TEST_F(Recording, ABroadcastShowsItsAddressAndWhoListens) {
     auto& bar = Find<QWidget>("broadcastBar");
     platform::BroadcastStats stats;

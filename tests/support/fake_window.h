@@ -141,6 +141,10 @@ class FakeWindow : public platform::FormWindow {
     bool BeforeRecording(bool of_screen, const std::function<bool()>& wanted) override {
         return !before_recording || before_recording(of_screen, wanted);
     }
+    platform::CredentialsAnswer AskCredentials(
+        const platform::CredentialsQuestion& question) override {
+        return ask_credentials(question);
+    }
 
     /// The pane's lines so far.
     std::vector<std::string> PaneLines() const {
@@ -165,6 +169,8 @@ class FakeWindow : public platform::FormWindow {
     FakeEventLoop loop;
     std::string caption, arguments;
     std::function<bool(bool of_screen, const std::function<bool()>& wanted)> before_recording;
+    std::function<platform::CredentialsAnswer(const platform::CredentialsQuestion&)>
+        ask_credentials;
 };
 
 }  // namespace test_support

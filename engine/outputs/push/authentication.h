@@ -2,13 +2,11 @@
 #pragma once
 
 #include <string>
+#include <utility>
+
+#include "platform/credentials.h"
 
 namespace engine::push {
-
-struct Credentials {
-    std::string user;  // "" = none are known
-    std::string password;
-};
 
 /// Whether the first challenge can be met, and better than the second one, which may be "".
 bool IsBetterChallenge(const std::string& challenge, const std::string& than);
@@ -16,9 +14,12 @@ bool IsBetterChallenge(const std::string& challenge, const std::string& than);
 /// Answers one challenge, request after request. One thread.
 class Authentication {
   public:
-    explicit Authentication(Credentials credentials) : credentials_(std::move(credentials)) {}
+    explicit Authentication(platform::Credentials credentials)
+        : credentials_(std::move(credentials)) {}
 
     bool HasCredentials() const { return !credentials_.user.empty(); }
+    /// Requests are not signed until there is another challenge.
+    void Use(platform::Credentials credentials) { *this = Authentication(std::move(credentials)); }
     /// From now on requests are signed for this challenge.
     void Accept(const std::string& challenge);
     /// The value of a POST's Authorization field; "" before a challenge.
@@ -26,7 +27,7 @@ class Authentication {
     std::string FieldFor(const std::string& path, const std::string& client_nonce);
 
   private:
-    Credentials credentials_;
+    platform::Credentials credentials_;
     std::string challenge_;
     unsigned count_ = 0;  // of requests with its nonce
 };

@@ -28,7 +28,7 @@ void Push::Begin(const OutputHeader& header) {
     stream_ = std::make_unique<LiveStream>(
         header, [this](LivePacketPtr packet) { Take(std::move(packet)); });
     session_ = std::make_unique<PushSession>(output_, stream_->Header());
-    session_->Open();
+    session_->Open(output_.ask);
     stats_.server = session_->Name();
     stats_.connected = true;
     thread_ = std::thread([this] { Run(); });

@@ -18,6 +18,7 @@ using std::chrono::seconds;
 constexpr auto kConnectTime = seconds(10);
 constexpr auto kSendTime = seconds(15);
 constexpr int kMostRedirections = 5;
+constexpr int kMostQuestions = 3;
 constexpr std::size_t kFrameBytes = 4;
 constexpr std::size_t kMostFilled = 65'531;  // as the protocol limits it
 constexpr std::size_t kEndBytes = kFrameBytes + 4;
@@ -35,15 +36,8 @@ std::string Unforeseen() {
 }
 
 // What the server means, and what can be done.
-std::string Meaning(const PushAnswer& answer, const PushOutput& output) {
+std::string Meaning(const PushAnswer& answer) {
     switch (answer.status) {
-        case 401:
-        case 407:
-            if (output.user.empty())
-                return "wants a user name and a password: set TESSIVO_PUSH_USER and "
-                       "TESSIVO_PUSH_PASSWORD";
-            return "refuses the user name or the password of TESSIVO_PUSH_USER and "
-                   "TESSIVO_PUSH_PASSWORD";
         case 403:
             return "does not let anybody push to this publishing point";
         case 404:
@@ -66,7 +60,7 @@ PushSession::PushSession(const PushOutput& output, std::vector<std::uint8_t> hea
     : output_(output),
       address_(ParseAddress(output.server, output.publishing_point)),
       header_(std::move(header)),
-      authentication_({output.user, output.password}) {
+      authentication_(output.credentials) {
     if (header_.size() > kMostFilled)
         throw platform::Error(platform::kInvalidArgument,
                               fmt::format("The header has {} bytes, and a push at most {}: shorten "
@@ -90,11 +84,20 @@ auto PushSession::Named(Step&& step) {
     }
 }
 
+std::string PushSession::Unwelcome() const {
+    const std::string variables = "TESSIVO_PUSH_USER and TESSIVO_PUSH_PASSWORD";
+    if (!authentication_.HasCredentials())
+        return "wants a user name and a password: set " + variables;
+    const std::string refusal = "refuses the user name or the password";
+    return questions_ > 0 ? refusal : refusal + " of " + variables;
+}
+
 void PushSession::Refuse(const PushAnswer& answer) const {
-    const bool denied = answer.status == 401 || answer.status == 403 || answer.status == 407;
+    const bool unwelcome = answer.status == 401 || answer.status == 407;
     throw platform::Error(
-        denied ? platform::kAccessDenied : platform::kUnspecified,
-        fmt::format("Cannot push to {}: the server {}", Name(), Meaning(answer, output_)));
+        unwelcome || answer.status == 403 ? platform::kAccessDenied : platform::kUnspecified,
+        fmt::format("Cannot push to {}: the server {}", Name(),
+                    unwelcome ? Unwelcome() : Meaning(answer)));
 }
 
 std::string PushSession::Head(const char* type, std::uint64_t length, const std::string& cookies) {
@@ -118,9 +121,21 @@ PushAnswer PushSession::SetUp() {
     return connection_.Receive(output_.answer_time);
 }
 
-void PushSession::Open() {
+// What the environment says is not asked for. The person may take longer than the connection or
+// the challenge live, so both are had anew.
+bool PushSession::Ask(const AskCredentials& ask) {
+    if (!ask || !output_.credentials.user.empty() || questions_ == kMostQuestions) return false;
+    const platform::CredentialsAnswer answer = ask({Name(), questions_ > 0});
+    if (!answer) return false;
+    ++questions_;
+    authentication_.Use(*answer);
     connection_.Close();
-    bool signed_once = false;
+    return true;
+}
+
+void PushSession::Open(const AskCredentials& ask) {
+    connection_.Close();
+    bool untried = authentication_.HasCredentials();
     int redirections = 0;
     for (;;) {
         const PushAnswer answer = Named([&] { return SetUp(); });
@@ -138,10 +153,11 @@ void PushSession::Open() {
         if (answer.LeadsElsewhere() && redirections++ < kMostRedirections) {
             address_ = ParseLocation(answer.location);
             connection_.Close();
-        } else if (answer.status == 401 && authentication_.HasCredentials() && !signed_once &&
-                   !answer.challenge.empty()) {
-            signed_once = true;
+        } else if (answer.status == 401 && !answer.challenge.empty() && untried) {
+            untried = false;
             authentication_.Accept(answer.challenge);
+        } else if (answer.status == 401 && !answer.challenge.empty() && Ask(ask)) {
+            untried = true;
         } else if (answer.status == 400 && push_id_ != "0") {
             push_id_ = "0";  // the server has forgotten the session
             cookies_.clear();

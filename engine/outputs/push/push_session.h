@@ -21,7 +21,8 @@ class PushSession {
     PushSession(const PushOutput& output, std::vector<std::uint8_t> header);
 
     /// Connects and sets the session up; goes on with the one before where the server allows it.
-    void Open();
+    /// @param ask  for who pushes, where the server wants to know it; may be empty
+    void Open(const AskCredentials& ask = {});
     /// Begins to send: the stream's header.
     void Start();
     void Send(const LivePacket& packet);
@@ -37,10 +38,12 @@ class PushSession {
 
   private:
     PushAnswer SetUp();
+    bool Ask(const AskCredentials& ask);
     std::string Head(const char* type, std::uint64_t length, const std::string& cookies);
     void SendBody(std::span<const boost::asio::const_buffer> buffers);
     void MakeRoom(std::size_t bytes);
     void BeginBody();
+    std::string Unwelcome() const;
     [[noreturn]] void Refuse(const PushAnswer& answer) const;
     template <typename Step>
     auto Named(Step&& step);
@@ -52,6 +55,7 @@ class PushSession {
     PushConnection connection_;
     std::string push_id_ = "0";
     std::string cookies_;
+    int questions_ = 0;       // that were answered
     std::uint64_t room_ = 0;  // in the body that is being sent
     std::atomic<std::uint64_t> bytes_sent_{0};
 };

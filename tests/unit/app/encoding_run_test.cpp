@@ -102,6 +102,42 @@ TEST_F(EncodingRunTest, WhatHappensBeforeARecordingBegins) {
     }
 }
 
+TEST_F(EncodingRunTest, WhatHappensWhileThePersonIsAskedWhoPushes) {
+    struct Case {
+        const char* why;
+        std::function<void()> meanwhile;  // empty: an answer
+        bool ticks;                       // afterwards
+        Lines lines;
+    };
+    const Case cases[] = {
+        {"an answer", {}, true, {}},
+        {"Stop", [&] { run.Stop(); }, false, {"Start encoder failed with error -2147024891 no"}},
+        {"another command", [&] { run.NewSession(); }, false, {}},
+    };
+    for (const Case& c : cases) {
+        run.NewSession();
+        bool wanted = true;
+        window.ask_credentials = [&](const platform::CredentialsQuestion&) {
+            EXPECT_FALSE(window.timer.enabled) << c.why;
+            if (c.meanwhile) c.meanwhile();
+            wanted = !c.meanwhile;
+            return platform::Credentials{"anna", "secret"};
+        };
+        Encoder().on_start = [&](test_support::FakeEncoder& started) {
+            const auto answer =
+                started.events->OnCredentials({"media/live", false, [&] { return wanted; }});
+            EXPECT_EQ(answer->password, "secret");
+            if (!wanted) throw platform::Error(platform::kAccessDenied, "no");
+        };
+        EXPECT_EQ(run.Transcode(),
+                  c.meanwhile ? TranscodeResult::NotStarted : TranscodeResult::Started)
+            << c.why;
+        EXPECT_EQ(window.timer.enabled, c.ticks) << c.why;
+        EXPECT_EQ(pane.Take(), c.lines) << c.why;
+        EXPECT_EQ(run.IsRunning(), !c.meanwhile) << c.why;
+    }
+}
+
 TEST_F(EncodingRunTest, StatesSpellTheirOwnStatus) {
     video->value_PreProcessPass = 1;
     AddVideo();

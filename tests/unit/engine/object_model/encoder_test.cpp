@@ -24,8 +24,13 @@ class Listener : public platform::WMEncoderEvents {
     void OnError(std::int32_t number, const std::string& description) override {
         log.push_back("error " + std::to_string(number) + " " + description);
     }
+    platform::CredentialsAnswer OnCredentials(
+        const platform::CredentialsQuestion& question) override {
+        return on_credentials(question);
+    }
     std::vector<std::string> log;
     std::function<void(EncoderState)> on_state;
+    std::function<platform::CredentialsAnswer(const platform::CredentialsQuestion&)> on_credentials;
 };
 
 class EncoderTest : public testing::Test {
@@ -156,6 +161,30 @@ TEST_F(EncoderTest, AScreenIsAskedForOnceAndStopIsAnAnswer) {
         EXPECT_EQ(desktop.shares.back()->asked_rate, plan.video->expected_rate);
         EXPECT_EQ(plan.video->width, 800);
         EXPECT_EQ(plan.video->height, 602);
+    }
+}
+
+TEST_F(EncoderTest, WhoPushesIsAskedWhileTheRunIsMade) {
+    encoder->Broadcast().SetServerName("media");
+    encoder->Broadcast().SetPublishingPoint("live");
+    for (const bool stops : {false, true}) {
+        SCOPED_TRACE(stops);
+        listener.on_credentials = [&](const platform::CredentialsQuestion& question) {
+            EXPECT_EQ(question.server, "media/live");
+            EXPECT_EQ(encoder->RunState(), EncoderState::Starting);
+            EXPECT_EQ(ErrorNumber([&] { encoder->PrepareToEncode(true); }), platform::kBusy);
+            if (stops) encoder->Stop();
+            EXPECT_EQ(question.wanted(), !stops);
+            return platform::Credentials{"anna", "secret"};
+        };
+        platform::CredentialsAnswer answer;
+        engine.on_plan = [&](const EncodePlan& plan) {
+            answer = std::get<PushOutput>(plan.outputs.front()).ask({"media/live"});
+            throw platform::Error(platform::kAccessDenied, "not let in");
+        };
+        EXPECT_EQ(ErrorNumber([&] { encoder->Start(); }), platform::kAccessDenied);
+        EXPECT_EQ(answer->user, "anna");
+        EXPECT_EQ(encoder->RunState(), EncoderState::Stopped);
     }
 }
 

@@ -85,6 +85,7 @@ struct FakeEngine {
                 },
                 [this](engine::EncodePlan plan, engine::RunCallbacks callbacks) {
                     if (on_make_run) on_make_run();
+                    if (on_plan) on_plan(plan);
                     runs.push_back(std::make_shared<FakeRun::Record>());
                     runs.back()->plan = std::move(plan);
                     runs.back()->callbacks = std::move(callbacks);
@@ -137,6 +138,7 @@ struct FakeEngine {
     int probes = 0;
     std::vector<std::shared_ptr<FakeRun::Record>> runs;
     std::function<void()> on_make_run, on_start;
+    std::function<void(const engine::EncodePlan& plan)> on_plan;  // that a run is made of
 };
 
 /// The profile of a plain audio-and-video session.

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <pty.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -59,6 +60,13 @@ class ScriptedForm : public FormEvents {
         if (words[0] == "refuse") status_ = ExitStatus::Refused;
         if (words[0] == "box")
             window_.MessageBox("first\r\nsecond", "title", platform::MessageIcon::Critical);
+        if (words[0] == "ask") {
+            const auto answer = window_.AskCredentials(
+                {"media/live", words[1] == "again", [&] { return words[1] != "late"; }});
+            Say(answer ? answer->user + " " +
+                             std::string(answer->password.rbegin(), answer->password.rend())
+                       : "no answer");
+        }
         if (words[0] == "throw") throw platform::Error(platform::kBusy, "the device is in use");
         if (words[0] == "encode") {  // for three ticks
             busy_ = true;
@@ -218,16 +226,24 @@ class TerminalProgram : public ConsoleProgram {
         master_ = FileDescriptor(master);
         slave_ = FileDescriptor(slave);
     }
-    /// Runs with all streams on the terminal; returns the status.
-    int RunThere(const Words& words, const std::string& typed) {
+    void Type(const std::string& typed) const {
         EXPECT_EQ(::write(master_.Number(), typed.data(), typed.size()),
                   static_cast<ssize_t>(typed.size()));
-        std::thread reader([this] {
+    }
+    /// Runs with all streams on the terminal; returns the status.
+    /// @param password  typed when it is asked for
+    int RunThere(const Words& words, const std::string& typed, const std::string& password = {}) {
+        Type(typed);
+        std::thread reader([&] {
+            bool answered = password.empty();
             char buffer[256];
             for (;;) {
                 const ssize_t count = ::read(master_.Number(), buffer, sizeof buffer);
                 if (count <= 0) return;  // the terminal's last user has gone
                 screen_.append(buffer, static_cast<std::size_t>(count));
+                if (answered || !screen_.ends_with("Password: ")) continue;
+                answered = true;
+                Type(password);
             }
         });
         const int number = slave_.Number();
@@ -254,6 +270,40 @@ TEST_F(TerminalProgram, ReadsCommandsLineByLine) {
 TEST_F(TerminalProgram, TheEndOfTheInputLeavesWithTheLastStatus) {
     EXPECT_EQ(RunThere({}, "refuse\n\x04"), 1);
     EXPECT_THAT(commands_, ElementsAre(Words{"refuse"}));
+}
+
+TEST_F(TerminalProgram, AsksWhoPushesWithoutShowingThePassword) {
+    // The echo of what was typed early comes at any place.
+    struct Case {
+        const char* how;  // the question's
+        const char* typed;
+        const char* password;
+        const char* asked;
+        const char* shown;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {"first", " anna \n", " se cret\n", "media/live wants to know who pushes.\r\nUser name: ", "Password: \r\nanna terc es \r\n"},
+        {"again", "anna\n",   "\n",         "name or the password is wrong.\r\nUser name: ",       "Password: \r\nanna \r\n"},
+        {"first", "anna\n",   "\x04",       "User name: ", "Password: no answer\r\n"},
+        {"first", "\n",       "",           "User name: ", "no answer\r\n"},
+        {"first", "\x04",     "",           "User name: ", "no answer\r\n"},
+        {"late",  "",         "",           "User name: ", "no answer\r\n"},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SetUp();
+        screen_.clear();
+        EXPECT_EQ(RunThere({"ask", c.how}, c.typed, c.password), 0);
+        EXPECT_THAT(screen_, HasSubstr(c.asked));
+        EXPECT_THAT(screen_, HasSubstr(c.shown));
+        EXPECT_THAT(screen_, Not(HasSubstr("cret")));
+        termios after{};
+        EXPECT_EQ(::tcgetattr(master_.Number(), &after), 0);
+        EXPECT_NE(after.c_lflag & ECHO, 0U) << "typing is seen again";
+    }
+    EXPECT_EQ(Run({"ask", "first"}), 0);
+    EXPECT_EQ(Out(), "no answer\nunloaded\n") << "without a terminal nobody is asked";
 }
 
 TEST_F(TerminalProgram, ProgressIsOneLineCutToTheWidthAndClearedAtTheEnd) {

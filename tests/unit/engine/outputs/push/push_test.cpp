@@ -153,14 +153,72 @@ TEST_P(Refusals, AreToldAtTheStart) {
     const RefusalCase& c = GetParam();
     const PushReceiver receiver(c.humours);
     PushOutput output = Output(receiver);
-    output.user = c.user;
-    output.password = c.password;
+    output.credentials = {c.user, c.password};
     const platform::Error error = test_support::ErrorOf([&] { Begun(output)->Finish(); });
     EXPECT_THAT(error.description(), HasSubstr(c.words));
     EXPECT_EQ(error.description().empty(), *c.words == '\0') << error.description();
     if (*c.password != '\0') {
         EXPECT_THAT(error.description(), testing::Not(HasSubstr(c.password)));
     }
+}
+
+struct QuestionCase {
+    const char* why;
+    const char* user;                  // that the environment has
+    std::vector<const char*> answers;  // passwords; a null one is no answer
+    std::size_t questions;
+    const char* words;  // "" = it is let in
+};
+
+// clang-format off
+const QuestionCase kQuestions[] = {
+    {"knows it",               "",     {"secret"},             1, ""},
+    {"has mistyped it",        "",     {"guess", "secret"},    2, ""},
+    {"does not know it",       "",     {"a", "b", "c", "d"},   3, "refuses the user name or the password"},
+    {"does not answer",        "",     {nullptr},              1, "set TESSIVO_PUSH_USER"},
+    {"gives up",               "",     {"guess", nullptr},     2, "refuses the user name or the password"},
+    {"has set something else", "anna", {"secret"},             0, "of TESSIVO_PUSH_USER"},
+};
+// clang-format on
+
+class Questions : public Pushing, public testing::WithParamInterface<QuestionCase> {};
+INSTANTIATE_TEST_SUITE_P(Rows, Questions, testing::ValuesIn(kQuestions), test_support::NameOfRow());
+
+TEST_P(Questions, AreAskedUntilThePersonIsLetIn) {
+    const QuestionCase& c = GetParam();
+    const PushReceiver receiver(Wants("secret", true));
+    PushOutput output = Output(receiver);
+    output.credentials.user = c.user;
+    std::size_t asked = 0;
+    output.ask = [&](const platform::CredentialsQuestion& question) -> platform::CredentialsAnswer {
+        EXPECT_EQ(question.server, output.server + "/live");
+        EXPECT_EQ(question.refused, asked > 0);
+        const char* const password = c.answers.at(asked++);
+        if (password == nullptr) return {};
+        return platform::Credentials{"anna", password};
+    };
+    const std::string error = test_support::ErrorOf([&] { Begun(output)->Finish(); }).description();
+    EXPECT_THAT(error, HasSubstr(c.words));
+    EXPECT_EQ(error.empty(), *c.words == '\0') << error;
+    EXPECT_EQ(asked, c.questions);
+}
+
+TEST_F(Pushing, NobodyIsAskedForAConnectionThatWasLost) {
+    PushHumours humours = Wants("secret", true);
+    humours.hangs_up_after = 4;
+    humours.forgets = true;
+    const PushReceiver receiver(humours);
+    PushOutput output = Output(receiver);
+    int asked = 0;
+    output.ask = [&](const platform::CredentialsQuestion&) {
+        ++asked;
+        return platform::Credentials{"anna", "secret"};
+    };
+    const auto push = Begun(output);
+    WriteSecond(*push);
+    EXPECT_TRUE(Eventually([&] { return receiver.Received().headers.size() == 2; }));
+    push->Finish();
+    EXPECT_EQ(asked, 1);
 }
 
 TEST_F(Pushing, NobodyThereIsToldAtTheStart) {
