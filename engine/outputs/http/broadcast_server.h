@@ -47,6 +47,7 @@ class BroadcastServer final : private ConnectionHost {
     void Bind(const ServerSettings& settings);
     void Run();
     void Accept();
+    void AwaitRound();
     void Deliver();
     void BeginEnd();
     void Tick();
@@ -69,6 +70,8 @@ class BroadcastServer final : private ConnectionHost {
     boost::asio::io_context io_{1};
     Tcp::acceptor acceptor_{io_};
     boost::asio::steady_timer tick_{io_};
+    boost::asio::steady_timer round_{io_};
+    Connection::Clock::time_point next_round_{};
     std::vector<std::shared_ptr<Connection>> connections_;
     engine::http::History history_;
     int clients_ = 0;

@@ -152,9 +152,9 @@ void Connection::Listen(bool framed, bool whole_packets) {
     ReadAway();
 }
 
-void Connection::Send(const LivePacketPtr& packet) {
+void Connection::Send(std::span<const LivePacketPtr> packets) {
     if (stage_ != Stage::Listening || ended_) return;
-    queue_.Push(packet);
+    for (const LivePacketPtr& packet : packets) queue_.Push(packet);
     if (const std::uint64_t frames = queue_.TakeWithheld(); frames > 0) host_.Withheld(frames);
     if (queue_.IsHopeless()) return Close();
     Pump();

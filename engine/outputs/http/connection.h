@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -50,7 +51,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     void Start();
     /// Nothing for those who do not listen. May close the connection.
-    void Send(const LivePacketPtr& packet);
+    void Send(std::span<const LivePacketPtr> packets);
     /// What waits is sent, then the end.
     void End();
     void Close();

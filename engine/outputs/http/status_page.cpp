@@ -19,7 +19,7 @@ h2 { font-size: 1.1rem; margin: 1.5rem 0 .5rem; }
 table { border-collapse: collapse; width: 100%; }
 th, td { text-align: left; vertical-align: top; padding: .35rem .75rem .35rem 0;
          border-bottom: 1px solid var(--line); overflow-wrap: anywhere; }
-th { font-weight: 600; width: 40%; }
+th { font-weight: 600; width: 45%; }
 code { display: block; padding: .5rem .75rem; margin: .4rem 0; background: var(--soft);
        border-radius: .4rem; overflow-x: auto; user-select: all; }
 )";
@@ -54,7 +54,8 @@ std::string Row(std::string_view name, const std::string& value) {
 std::string StreamText(const StatusText::Stream& stream) {
     std::string text = Escaped(stream.codec);
     if (!stream.description.empty()) text += "<br>" + Escaped(stream.description);
-    if (stream.bit_rate_bps > 0)
+    // The descriptions of most modes say it.
+    if (stream.bit_rate_bps > 0 && stream.description.find("bps") == std::string::npos)
         text += fmt::format("<br>{} kbit/s", (stream.bit_rate_bps + 500) / 1000);
     return text;
 }

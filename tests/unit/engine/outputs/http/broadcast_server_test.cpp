@@ -7,6 +7,7 @@
 #include "support/error_of.h"
 #include "support/row_name.h"
 #include "support/tcp_client.h"
+#include "unit/engine/outputs/http/framed_stream.h"
 #include "unit/engine/outputs/http/live_packets.h"
 
 namespace {
@@ -14,47 +15,19 @@ namespace {
 using engine::http::BroadcastServer;
 using engine::http::ServerSettings;
 using engine::http::ServerStatus;
+using framed_stream::Frame;
+using framed_stream::HearFrame;
+using framed_stream::kEndOfHead;
+using framed_stream::kPlay;
+using framed_stream::PortOf;
 using live_packets::Packet;
 using test_support::TcpClient;
 using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr const char* kDescribe = "GET / HTTP/1.0\r\nUser-Agent: NSPlayer/9\r\n\r\n";
-constexpr const char* kPlay =
-    "GET / HTTP/1.0\r\nUser-Agent: NSPlayer/9\r\nPragma: xPlayStrm=1\r\n\r\n";
 constexpr const char* kRaw = "GET / HTTP/1.0\r\n\r\n";
-constexpr const char* kEndOfHead = "\r\n\r\n";
 constexpr std::size_t kPacketBytes = 100;
-
-std::uint16_t PortOf(const ServerStatus& status) {
-    const std::string address = status.Stats().addresses.front();
-    return static_cast<std::uint16_t>(std::stoi(address.substr(address.rfind(':') + 1)));
-}
-
-// A framed data packet, or the end of the stream.
-struct Frame {
-    char kind = 0;
-    unsigned number = 0;
-    std::uint8_t counter = 0;
-    std::string bytes;
-};
-
-unsigned Number(const std::string& bytes, std::size_t at, std::size_t count) {
-    unsigned value = 0;
-    for (std::size_t i = count; i > 0; --i)
-        value = value << 8U | static_cast<std::uint8_t>(bytes[at + i - 1]);
-    return value;
-}
-
-Frame HearFrame(TcpClient& client) {
-    const std::string head = client.Hear(4);
-    if (head.size() < 4) return {};
-    const std::string body = client.Hear(Number(head, 2, 2));
-    EXPECT_EQ(head[0], '$');
-    if (head[1] == 'E') return {'E', Number(body, 0, 4), 0, {}};
-    EXPECT_EQ(Number(body, 6, 2), body.size()) << "the length stands twice";
-    return {head[1], Number(body, 0, 4), static_cast<std::uint8_t>(body[5]), body.substr(8)};
-}
 
 class Server : public testing::Test {
   protected:
@@ -83,7 +56,7 @@ class Server : public testing::Test {
     std::vector<std::uint8_t> header_ = std::vector<std::uint8_t>(70'000, 'h');
     std::unique_ptr<BroadcastServer> server_ =
         std::make_unique<BroadcastServer>(settings_, header_, status_);
-    std::uint16_t port_ = PortOf(status_);
+    std::uint16_t port_ = PortOf(status_.Stats());
 };
 
 TEST_F(Server, DescribesTheStreamAndLetsGo) {
