@@ -19,7 +19,7 @@ h2 { font-size: 1.1rem; margin: 1.5rem 0 .5rem; }
 table { border-collapse: collapse; width: 100%; }
 th, td { text-align: left; vertical-align: top; padding: .35rem .75rem .35rem 0;
          border-bottom: 1px solid var(--line); overflow-wrap: anywhere; }
-th { font-weight: 600; width: 45%; }
+th { font-weight: 600; width: 40%; }
 code { display: block; padding: .5rem .75rem; margin: .4rem 0; background: var(--soft);
        border-radius: .4rem; overflow-x: auto; user-select: all; }
 )";
@@ -115,7 +115,7 @@ std::string PageText(const StatusText& status, const std::string& host) {
     page += "</table>\n<h2>Now</h2>\n<table>\n";
     page += Row("Listeners", fmt::format("{}", status.stats.clients));
     page += Row("Most at once", fmt::format("{}", status.stats.most_clients));
-    page += Row("Listeners so far", fmt::format("{}", status.stats.clients_served));
+    page += Row("In all", fmt::format("{}", status.stats.clients_served));
     page += Row("Sent", Megabytes(status.stats.bytes_sent));
     page += Row("On air for", Duration(status.uptime_s));
     page += "</table>\n</main>\n</body>\n</html>\n";
