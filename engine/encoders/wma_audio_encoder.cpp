@@ -94,9 +94,13 @@ codecs::wma_standard::CodedPacketSink WmaAudioEncoder::Into(const CodedFrameSink
         PacketHandle bytes = PacketFromPool(packets_, *buffers_, packet.bytes.size());
         std::copy(packet.bytes.begin(), packet.bytes.end(), bytes->data);
         CodedFrame coded;
-        coded.pts = coded.dts = SampleTime(packet.first, format_.sampling_rate);
-        coded.duration =
-            SampleTime(packet.first + packet.samples, format_.sampling_rate) - coded.pts;
+        // The first packet has no sound, and the second one begins where it does: times rise all
+        // the same, by as little as the container can tell.
+        coded.pts = coded.dts =
+            std::max(SampleTime(packet.first, format_.sampling_rate), next_time_);
+        next_time_ = coded.pts + Ticks::FromMilliseconds(1);
+        const Ticks end = SampleTime(packet.first + packet.samples, format_.sampling_rate);
+        coded.duration = std::max(end, coded.pts) - coded.pts;
         coded.key = true;
         coded.audio_samples = packet.samples;
         coded.bytes = packets_.Share(std::move(bytes));

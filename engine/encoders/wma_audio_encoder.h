@@ -31,6 +31,7 @@ class WmaAudioEncoder final : public AudioEncoder {
     codecs::wma_standard::Encoder encoder_;
     AvPtr<AVBufferPool> buffers_;
     std::vector<std::span<const float>> channels_;
+    Ticks next_time_;  // at the least
     bool wanted_ = true;
 };
 
