@@ -66,40 +66,55 @@ void JointFilter::TakeTap(Tile& tile) {
 }
 
 bool JointFilter::Predict(Tile& tile) {
-    const int taps = shape_.order * channels_;
+    if (channels_ == 2 && shape_.order == 2) return PredictAs<2, 2>(tile);
+    if (channels_ == 2 && shape_.order == 8) return PredictAs<2, 8>(tile);
+    if (channels_ == 1 && shape_.order == 2) return PredictAs<1, 2>(tile);
+    return PredictAs<0, 0>(tile);
+}
+
+// For a number of channels and an order that are known, or 0 for any.
+template <int kChannels, int kOrder>
+bool JointFilter::PredictAs(Tile& tile) {
+    const int channels = kChannels > 0 ? kChannels : channels_;
+    const int taps = kOrder > 0 ? kOrder * kChannels : shape_.order * channels;
     const std::int64_t half = (std::int64_t{1} << shape_.scaling) >> 1;
+    const std::size_t count = tile.channels[0].size();
+    // Newest first, from the end of the memory down to its beginning.
+    laid_out_.resize(Index(taps) + count * Index(channels));
+    laid_out_signs_.resize(laid_out_.size());
+    std::ranges::copy(history_, laid_out_.end() - taps);
+    std::ranges::copy(signs_, laid_out_signs_.end() - taps);
+    std::int32_t* history = laid_out_.data() + laid_out_.size() - taps;
+    std::int16_t* signs = laid_out_signs_.data() + laid_out_.size() - taps;
     bool safe = true;
-    for (std::size_t i = 0; i < tile.channels[0].size(); ++i) {
+    for (std::size_t i = 0; i < count; ++i, history -= channels, signs -= channels) {
         std::array<std::int32_t, kMostChannels> now = {};
-        for (int channel = 0; channel < channels_; ++channel)
+        for (int channel = 0; channel < channels; ++channel)
             now[Index(channel)] = tile.channels[Index(channel)][i];
-        for (int channel = 0; channel < channels_; ++channel) {
+        for (int channel = 0; channel < channels; ++channel) {
             if (!tile.coded[Index(channel)]) continue;
             std::int16_t* const weights = &weights_[Index(channel * taps)];
-            std::int16_t* const same_time = &same_time_weights_[Index(channel * channels_)];
+            std::int16_t* const same_time = &same_time_weights_[Index(channel * channels)];
             std::int64_t sum = half;
-            const auto add = [&sum](std::int64_t weight, std::int32_t value) {
-                sum += weight * value;
-            };
-            for (int tap = 0; tap < taps; ++tap) add(weights[tap], history_[Index(tap)]);
-            for (int other = 0; other < channel; ++other) add(same_time[other], now[Index(other)]);
+            for (int tap = 0; tap < taps; ++tap) sum += std::int64_t{weights[tap]} * history[tap];
+            for (int other = 0; other < channel; ++other)
+                sum += std::int64_t{same_time[other]} * now[Index(other)];
             const auto narrow = static_cast<std::int32_t>(sum);
             safe = safe && sum == narrow;
             const std::int32_t error = now[Index(channel)] - (narrow >> shape_.scaling);
             tile.channels[Index(channel)][i] = error;
             const int direction = Sign(error);
-            if (direction == 0) continue;
-            for (int tap = 0; tap < taps; ++tap) Move(weights[tap], direction * signs_[Index(tap)]);
+            for (int tap = 0; tap < taps; ++tap) Move(weights[tap], direction * signs[tap]);
             for (int other = 0; other < channel; ++other)
                 Move(same_time[other], direction * Sign(now[Index(other)]));
         }
-        std::shift_right(history_.begin(), history_.end(), channels_);
-        std::shift_right(signs_.begin(), signs_.end(), channels_);
-        for (int channel = 0; channel < channels_; ++channel) {
-            history_[Index(channel)] = std::clamp(now[Index(channel)], -most_ - 1, most_);
-            signs_[Index(channel)] = static_cast<std::int16_t>(Sign(now[Index(channel)]));
+        for (int channel = 0; channel < channels; ++channel) {
+            history[channel - channels] = std::clamp(now[Index(channel)], -most_ - 1, most_);
+            signs[channel - channels] = static_cast<std::int16_t>(Sign(now[Index(channel)]));
         }
     }
+    std::copy_n(history, taps, history_.begin());
+    std::copy_n(signs, taps, signs_.begin());
     return safe;
 }
 

@@ -30,6 +30,8 @@ class JointFilter {
   private:
     void TakeTap(Tile& tile);
     bool Predict(Tile& tile);
+    template <int kChannels, int kOrder>
+    bool PredictAs(Tile& tile);
 
     bool tap_;
     bool difference_;
@@ -42,6 +44,9 @@ class JointFilter {
     std::vector<std::int16_t> same_time_weights_;
     std::vector<std::int32_t> history_;  // newest first, the channels of one time together
     std::vector<std::int16_t> signs_;    // of those
+    // Both, with a tile's own.
+    std::vector<std::int32_t> laid_out_;
+    std::vector<std::int16_t> laid_out_signs_;
 };
 
 }  // namespace codecs::wma_lossless

@@ -82,8 +82,9 @@ struct Weights {
     }
 };
 
+template <int kMostLanes>
 struct Narrow {
-    using Words = hn::CappedTag<std::int16_t, kOrderStep>;
+    using Words = hn::CappedTag<std::int16_t, kMostLanes>;
     using Sums = hn::RepartitionToWide<Words>;
 
     Weights<Words> weights_now;
@@ -106,7 +107,8 @@ struct Narrow {
         }
         for (int n = 0; n < kBlock; ++n) total[n] = hn::Add(total[n], rest[n]);
         auto all = Folded(wide, Folded(wide, total[0], total[1]), Folded(wide, total[2], total[3]));
-        if constexpr (hn::MaxLanes(Sums()) > kBlock) all = Folded(wide, all, all);
+        for (auto lanes = hn::MaxLanes(Sums()); lanes > kBlock; lanes /= 2)
+            all = Folded(wide, all, all);
         HWY_ALIGN std::array<std::int32_t, hn::MaxLanes(Sums())> lanes;
         hn::Store(all, wide, lanes.data());
         for (int n = 0; n < kBlock; ++n) sums[n] = lanes[Index(n)];
@@ -176,6 +178,7 @@ struct Plain {
         }
     }
 };
+template <int>
 using Narrow = Plain<NarrowStageRun>;
 using Wide = Plain<WideStageRun>;
 
@@ -196,13 +199,16 @@ HWY_INLINE void FindMoved(const StageRun<Value, Sum>& run) {
         return std::countr_zero(static_cast<unsigned>(run.steps[place]));
     };
     const int shifts[] = {shift(0), shift(newest), shift(newer)};
+    const auto moved_by = [&](int lag) {
+        return run.moved + (lag - 1) * MovedPlaces(count, order);
+    };
+    std::array<Sum, kBlock> running = {};
+    for (int lag = 1; lag < kBlock; ++lag) moved_by(lag)[places] = 0;
+    for (int p = places - 1; p > 1; --p)
+        for (int lag = 1; lag < kBlock; ++lag)
+            moved_by(lag)[p] = running[Index(lag)] += run.signs[p] * run.values[p - lag];
     for (int lag = 1; lag < kBlock; ++lag) {
-        Sum* const moved = run.moved + (lag - 1) * MovedPlaces(count, order);
-        const std::int16_t* const signs = run.signs;
-        const Value* const values = run.values - lag;
-        Sum sum = 0;
-        moved[places] = 0;
-        for (int p = places - 1; p > lag; --p) moved[p] = sum += signs[p] * values[p];
+        Sum* const moved = moved_by(lag);
         int p = lag + 1;
 #if CODECS_WMA_LOSSLESS_SIMD
         // Also writes behind the last place, which nothing needs any more.
@@ -279,7 +285,13 @@ HWY_INLINE bool RunStage(const Run& run, std::int64_t highest_safe) {
 }
 
 bool RunNarrowStageWith(const NarrowStageRun& run) {
-    return RunStage<Narrow>(run, kHighestNarrowSum);
+#if CODECS_WMA_LOSSLESS_SIMD
+    // Longer vectors where they are filled.
+    constexpr int kLong = 2 * kOrderStep;
+    if constexpr (hn::MaxLanes(hn::CappedTag<std::int16_t, kLong>()) > kOrderStep)
+        if (run.order % kLong == 0) return RunStage<Narrow<kLong>>(run, kHighestNarrowSum);
+#endif
+    return RunStage<Narrow<kOrderStep>>(run, kHighestNarrowSum);
 }
 bool RunWideStageWith(const WideStageRun& run) { return RunStage<Wide>(run, kHighestWideSum); }
 
