@@ -28,6 +28,8 @@ constexpr Candidate kCandidates[] = {
     {Depth::Any,    Pairs::Joined, true,  {2, 13}, {{{64, 14}, {256, 14}, {32, 12}, {16, 10}}}},
     {Depth::Narrow, Pairs::Joined, true,  {8, 13}, {{{32, 14}, {256, 14}, {128, 13}, {32, 11}, {16, 10}}}},  // pure tones
     {Depth::Any,    Pairs::Apart,  true,  {2, 12}, {{{32, 14}, {256, 14}, {128, 12}, {32, 10}, {16, 9}}}},
+    {Depth::Any,    Pairs::Joined, true,  {2, 11}, {{{32, 11}, {16, 10}}}},                  // what changes fast
+    {Depth::Narrow, Pairs::Joined, true,  {16, 14}, {{{32, 13}, {16, 11}}}},                 // a tone alone
     {Depth::Narrow, Pairs::Joined, true,  {2, 14}, {{{256, 15}, {32, 14}, {16, 12}}}},       // hiss
     {Depth::Narrow, Pairs::Joined, false, {2, 13}, {{{32, 14}, {256, 15}, {16, 13}}}},
     {Depth::Narrow, Pairs::Joined, false, {0, 0},  {{{16, 15}}}},                            // white noise

@@ -84,7 +84,7 @@ class Encoder::Impl {
         if (lost) EndGroup();
     }
 
-    // Every candidate codes half of the frames that wait, the best two the others.
+    // Every candidate codes half of the frames that wait, the best three the others.
     void StartGroup(const PacketSink& sink) {
         std::uint32_t seen = 0;
         for (std::size_t i = 0; i < frames_waiting_; ++i)
@@ -99,7 +99,7 @@ class Encoder::Impl {
         }
         const std::size_t half = frames_waiting_ / 2;
         Race(racing, 0, half);
-        racing.resize(std::min<std::size_t>(racing.size(), 2));
+        racing.resize(std::min<std::size_t>(racing.size(), 3));
         Race(racing, half, frames_waiting_);
         best_ = racing.front();
         best_->Settle();
@@ -108,13 +108,26 @@ class Encoder::Impl {
             WriteFrame(left == 1 ? trimmed_ : 0, sink);
     }
 
-    // Frames from `begin` to before `end`; the best comes first then.
+    // Frames from `begin` to before `end`; the best comes first then. What they take in the first
+    // half of the group so far does not count: they learn then, and not in the rest of the group.
     void Race(std::vector<GroupCoder*>& racing, std::size_t begin, std::size_t end) {
-        team_.Run(static_cast<int>(racing.size()), [&](int n) {
-            for (std::size_t i = begin; i < end; ++i)
-                racing[Index(n)]->Predict(waiting_[i], nullptr);
+        struct Racer {
+            GroupCoder* coder;
+            std::int64_t bits;
+        };
+        std::vector<Racer> racers;
+        for (GroupCoder* coder : racing) racers.push_back({coder, 0});
+        const std::size_t learnt = std::max(begin, end / 2);
+        team_.Run(static_cast<int>(racers.size()), [&](int n) {
+            auto& [coder, bits] = racers[Index(n)];
+            for (std::size_t i = begin; i < end; ++i) {
+                if (i == learnt) bits = -coder->Bits();
+                coder->Predict(waiting_[i], nullptr);
+            }
+            bits += coder->Bits();
         });
-        std::ranges::stable_sort(racing, {}, &GroupCoder::Bits);
+        std::ranges::stable_sort(racers, {}, &Racer::bits);
+        std::ranges::transform(racers, racing.begin(), &Racer::coder);
     }
 
     void WriteFrame(int trimmed, const PacketSink& sink) {
