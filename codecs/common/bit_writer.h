@@ -1,6 +1,7 @@
 // Puts bits together to bytes, the most significant first.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -32,6 +33,17 @@ class BitWriter {
         }
     }
     void Put(Code code) { Put(code.bits, code.length); }
+    /// `count` bits of `bytes` from bit `from` on.
+    void Put(std::span<const std::uint8_t> bytes, int from, int count) {
+        while (count > 0) {
+            const int in_byte = std::min(8 - from % 8, count);
+            Put(static_cast<std::uint32_t>(bytes[static_cast<std::size_t>(from / 8)]) >>
+                    (8 - from % 8 - in_byte),
+                in_byte);
+            from += in_byte;
+            count -= in_byte;
+        }
+    }
     /// Fills the last byte with zeros.
     void Align() {
         if (count_ > 0) Put(0, 8 - count_);
