@@ -30,14 +30,15 @@ class VbrModes {
 /// What makes a codec's stream.
 struct CodecMaker {
     enum class Kind : std::uint8_t {
-        Library,     // libavcodec's encoder called `name`
-        StandIn,     // the codec with the short name `name`: this one has no encoder here yet
-        FullFrames,  // nothing codes: frames as they are
-        Pcm,         // nothing codes: samples as they are
-        Wmv9,        // our own encoder of Windows Media Video 9
-        Screen,      // our own encoder of Windows Media Video 9 Screen
-        Wma,         // our own encoder of Windows Media Audio 9
-        Lossless,    // our own encoder of Windows Media Audio 9 Lossless
+        Library,       // libavcodec's encoder called `name`
+        StandIn,       // the codec with the short name `name`: this one has no encoder here yet
+        FullFrames,    // nothing codes: frames as they are
+        Pcm,           // nothing codes: samples as they are
+        Wmv9,          // our own encoder of Windows Media Video 9
+        Screen,        // our own encoder of Windows Media Video 9 Screen
+        Wma,           // our own encoder of Windows Media Audio 9
+        Professional,  // our own encoder of Windows Media Audio 9 Professional
+        Lossless,      // our own encoder of Windows Media Audio 9 Lossless
     };
     Kind kind;
     std::string_view name = {};
@@ -71,7 +72,7 @@ inline constexpr VbrModes kAllVbrModes = {VbrMode::Constant, VbrMode::Peak, VbrM
 inline constexpr auto kAudioCodecs = std::to_array<AudioCodecRow>({
     // short name tag    name                                  modes                several depths  maker
     {"WMA9STD",   0x161, "Windows Media Audio 9",              kAllVbrModes,        false, {CodecMaker::Kind::Wma}},
-    {"WMA9PRO",   0x162, "Windows Media Audio 9 Professional", kAllVbrModes,        true,  {CodecMaker::Kind::StandIn, "WMA9STD"}},
+    {"WMA9PRO",   0x162, "Windows Media Audio 9 Professional", kAllVbrModes,        true,  {CodecMaker::Kind::Professional}},
     {"WMA9LSL",   0x163, "Windows Media Audio 9 Lossless",     {VbrMode::Quality},  true,  {CodecMaker::Kind::Lossless}},
     {"WMSP9",     0x00A, "Windows Media Audio 9 Voice",        {VbrMode::Constant}, false, {CodecMaker::Kind::StandIn, "WMA9STD"}},
     {"PCM",       0,     "PCM",                                {VbrMode::Constant}, false, {CodecMaker::Kind::Pcm}},

@@ -17,9 +17,10 @@ using wma::kMostOffsetDb;
 // How long a packet is.
 constexpr double kPacketSeconds = 0.2;
 constexpr double kShortPacketSeconds = 0.1;
+constexpr double kVariablePacketSeconds = 0.3;
 constexpr int kLeastPacketBytes = 512;
 constexpr int kMostPacketBytes = 32767;
-// No frame is larger than a packet: what a sample may take where the rate is free.
+// No frame is larger than a packet: what a sample may take where any rate will do.
 constexpr int kMostBitsPerSample = 10;
 
 // The offsets of quality 0 and 100.
@@ -30,16 +31,12 @@ constexpr double kUsualOffsetDb = 0;
 constexpr double kOffsetStepDb = 1;
 
 int PacketBytesFor(const EncoderSettings& settings) {
-    const double seconds = settings.low_delay ? kShortPacketSeconds : kPacketSeconds;
+    double seconds = settings.low_delay ? kShortPacketSeconds : kPacketSeconds;
+    if (settings.mode != RateMode::Constant) seconds = kVariablePacketSeconds;
     double bytes = settings.bit_rate / 8.0 * seconds;
-    if (settings.mode != RateMode::Constant) {
-        const StreamFormat format(settings.sampling_rate, settings.channels,
-                                  settings.bits_per_sample, kLeastPacketBytes);
-        bytes =
-            std::max(bytes, format.frame_samples * settings.channels * kMostBitsPerSample / 8.0);
-        if (settings.mode == RateMode::Peak)
-            bytes = std::min(bytes, settings.peak_rate / 8.0 * kPacketSeconds);
-    }
+    if (settings.mode == RateMode::Quality)
+        bytes = std::max(bytes, FrameSamples(settings.sampling_rate) * settings.channels *
+                                    kMostBitsPerSample / 8.0);
     return static_cast<int>(std::clamp<double>(bytes, kLeastPacketBytes, kMostPacketBytes));
 }
 
@@ -64,11 +61,15 @@ wma::RateSettings RateFor(const EncoderSettings& settings, const StreamFormat& f
 
 }  // namespace
 
+StreamFormat FormatFor(const EncoderSettings& settings) {
+    return {settings.sampling_rate, settings.channels, settings.bits_per_sample,
+            PacketBytesFor(settings)};
+}
+
 class Encoder::Impl {
   public:
     explicit Impl(const EncoderSettings& settings)
-        : format_(settings.sampling_rate, settings.channels, settings.bits_per_sample,
-                  PacketBytesFor(settings)),
+        : format_(FormatFor(settings)),
           tuning_(TuningFor(format_, settings.bit_rate)),
           team_(std::min(settings.threads, settings.channels)),
           analysis_(format_, tuning_, team_),
@@ -166,8 +167,7 @@ class Encoder::Impl {
 Encoder::Encoder(const EncoderSettings& settings) : impl_(std::make_unique<Impl>(settings)) {}
 Encoder::~Encoder() = default;
 
-int Encoder::PacketBytes() const { return impl_->Format().packet_bytes; }
-std::array<std::uint8_t, 18> Encoder::ExtraData() const { return impl_->Format().ExtraData(); }
+const StreamFormat& Encoder::Format() const { return impl_->Format(); }
 
 void Encoder::Encode(std::span<const std::span<const float>> samples, const PacketSink& sink) {
     impl_->Encode(samples, sink);

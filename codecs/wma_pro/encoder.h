@@ -1,13 +1,13 @@
 // Encodes sound as Windows Media Audio 9 Professional, format tag 0x0162.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
 
 #include "codecs/wma/packetiser.h"
 #include "codecs/wma/rate_control.h"
+#include "codecs/wma_pro/stream_format.h"
 
 namespace codecs::wma_pro {
 
@@ -30,17 +30,20 @@ struct EncoderSettings {
     int threads = 1;         // that work side by side; changes no output
 };
 
+/// As the stream's header says it; first pass, peak and quality do not matter.
+StreamFormat FormatFor(const EncoderSettings& settings);
+
 /// One thread at a time. Decoders give back as many samples as there were.
 class Encoder {
   public:
+    using Settings = EncoderSettings;
+
     explicit Encoder(const EncoderSettings& settings);
     ~Encoder();
     Encoder(const Encoder&) = delete;
     Encoder& operator=(const Encoder&) = delete;
 
-    /// What the stream's header says.
-    int PacketBytes() const;
-    std::array<std::uint8_t, 18> ExtraData() const;
+    const StreamFormat& Format() const;
 
     /// Full scale +-1.0; a span a channel, all of one length, of any length.
     void Encode(std::span<const std::span<const float>> samples, const PacketSink& sink);

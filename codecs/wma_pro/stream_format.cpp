@@ -54,12 +54,6 @@ constexpr Speakers kSpeakers[kMostChannels + 1] = {
 };
 // clang-format on
 
-int FrameSamples(int sampling_rate) {
-    return std::find_if(std::begin(kFrameLengths), std::end(kFrameLengths),
-                        [&](const FrameLength& row) { return sampling_rate <= row.rate_up_to; })
-        ->samples;
-}
-
 int Halvings(int frame_samples) {
     return std::min(kMostHalvings, wma::FloorLog2(frame_samples / kLeastBlock));
 }
@@ -81,6 +75,12 @@ BlockFormat BlockFormatOf(int sampling_rate, int size) {
 }
 
 }  // namespace
+
+int FrameSamples(int sampling_rate) {
+    return std::find_if(std::begin(kFrameLengths), std::end(kFrameLengths),
+                        [&](const FrameLength& row) { return sampling_rate <= row.rate_up_to; })
+        ->samples;
+}
 
 StreamFormat::StreamFormat(int sampling_rate_hz, int channel_count, int bits, int bytes_of_packet)
     : sampling_rate(sampling_rate_hz),

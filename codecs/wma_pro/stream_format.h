@@ -16,6 +16,9 @@ struct BlockFormat {
     int low_frequency_end = 0;   // a channel of low frequencies has coefficients below this one
 };
 
+/// Of a frame, for each channel.
+int FrameSamples(int sampling_rate);
+
 struct StreamFormat {
     /// @param sampling_rate    Hz, up to 192000
     /// @param channels         1 to 8, in the usual order of speakers

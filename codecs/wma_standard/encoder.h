@@ -41,6 +41,8 @@ using CodedPacketSink = std::function<void(const CodedPacket& packet)>;
 
 class Encoder {
   public:
+    using Settings = EncoderSettings;
+
     explicit Encoder(const EncoderSettings& settings);
     ~Encoder();
     Encoder(const Encoder&) = delete;

@@ -55,7 +55,9 @@ std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, const Enco
         return std::make_unique<PcmEncoder>(plan, packets);
     if (written.maker.kind == CodecMaker::Kind::Lossless)
         return std::make_unique<LosslessAudioEncoder>(plan, packets);
-    return std::make_unique<WmaAudioEncoder>(plan, pass, packets);
+    if (written.maker.kind == CodecMaker::Kind::Professional)
+        return std::make_unique<WmaAudioEncoder<codecs::wma_pro::Encoder>>(plan, pass, packets);
+    return std::make_unique<WmaAudioEncoder<codecs::wma_standard::Encoder>>(plan, pass, packets);
 }
 
 }  // namespace engine

@@ -1,96 +1,81 @@
 #include "engine/encoders/wma_audio_encoder.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <thread>
 #include <utility>
 
 #include "engine/encoders/audio_header.h"
 #include "engine/encoders/packet_buffer.h"
+#include "engine/plan/audio_stream_format.h"
 
 namespace engine {
 namespace {
 
-using codecs::wma_standard::CodedPacket;
-using codecs::wma_standard::EncoderSettings;
-using codecs::wma_standard::RateMode;
-
 constexpr int kSamplesAtATime = 2048;
-
-RateMode ModeOf(platform::VbrMode mode) {
-    switch (mode) {
-        case platform::VbrMode::Quality:
-            return RateMode::Quality;
-        case platform::VbrMode::BitRate:
-            return RateMode::BitRate;
-        case platform::VbrMode::Peak:
-            return RateMode::Peak;
-        case platform::VbrMode::Constant:
-            break;
-    }
-    return RateMode::Constant;
-}
 
 AudioFormat WrittenFormat(const AudioPlan& plan) {
     return WrittenFor(*plan.codec, plan.mode, plan.format).format;
 }
 
-EncoderSettings SettingsFor(const AudioPlan& plan, const EncoderPass& pass) {
+// Two channels are not worth the waiting for each other.
+int ThreadsFor(int channels) {
+    return channels <= 2 ? 1 : static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+}
+
+template <typename Settings>
+Settings SettingsFor(const AudioPlan& plan, const EncoderPass& pass) {
     const AudioFormat written = WrittenFormat(plan);
-    EncoderSettings settings;
+    Settings settings;
     settings.sampling_rate = written.sampling_rate;
     settings.channels = written.channels;
     settings.bit_rate = written.value;
-    settings.mode = ModeOf(plan.mode);
+    settings.mode = RateModeOf(plan.mode);
     settings.quality = plan.format.value;
     settings.peak_rate = plan.peak_rate_bps;
     settings.peak_seconds = plan.peak_buffer_ms / 1000.0;
     settings.first_pass = pass.first_audio;
     settings.low_delay = plan.input.capture.has_value();
+    if constexpr (requires { settings.threads; }) {
+        settings.bits_per_sample = written.bits_per_sample;
+        settings.threads = ThreadsFor(written.channels);
+    }
     return settings;
 }
 
+// What the encoders' packets have in common.
+struct Packet {
+    std::span<const std::uint8_t> bytes;
+    std::int64_t first;
+    std::int64_t samples;
+
+    explicit Packet(const codecs::wma_standard::CodedPacket& packet)
+        : bytes(packet.bytes), first(packet.first), samples(packet.samples) {}
+    explicit Packet(const codecs::wma_pro::Packet& packet)
+        : bytes(packet.data), first(packet.first_sample), samples(packet.samples) {}
+};
+
 }  // namespace
 
-WmaAudioEncoder::WmaAudioEncoder(const AudioPlan& plan, const EncoderPass& pass,
-                                 CodedFramePool& packets)
+template <typename Encoder>
+WmaAudioEncoder<Encoder>::WmaAudioEncoder(const AudioPlan& plan, const EncoderPass& pass,
+                                          CodedFramePool& packets)
     : plan_(plan),
       format_(WrittenFormat(plan)),
       packets_(packets),
-      encoder_(SettingsFor(plan, pass)),
+      encoder_(SettingsFor<typename Encoder::Settings>(plan, pass)),
       channels_(static_cast<std::size_t>(format_.channels)) {
+    const int packet_bytes =
+        FormatFor(SettingsFor<typename Encoder::Settings>(plan, {})).packet_bytes;
     buffers_.reset(CheckAllocated(av_buffer_pool_init(
-        static_cast<std::size_t>(encoder_.PacketBytes()) + AV_INPUT_BUFFER_PADDING_SIZE, nullptr)));
+        static_cast<std::size_t>(packet_bytes) + AV_INPUT_BUFFER_PADDING_SIZE, nullptr)));
 }
 
-AudioFrameFormat WmaAudioEncoder::Format() const {
-    return {AV_SAMPLE_FMT_FLTP, format_.sampling_rate, format_.channels, kSamplesAtATime};
-}
-
-StreamHeader WmaAudioEncoder::Header() const {
-    StreamHeader header = AudioStreamHeader(plan_);
-    AudioHeader& audio = std::get<AudioHeader>(header.format);
-    audio.block_align = static_cast<std::uint16_t>(encoder_.PacketBytes());
-    audio.average_bytes_per_second = static_cast<std::uint32_t>(encoder_.BytesPerSecond());
-    const auto extra = encoder_.ExtraData();
-    header.extra_data.assign(extra.begin(), extra.end());
-    return header;
-}
-
-bool WmaAudioEncoder::Encode(AVFrame& frame, const CodedFrameSink& sink) {
-    for (std::size_t c = 0; c < channels_.size(); ++c)
-        channels_[c] = {reinterpret_cast<const float*>(frame.extended_data[c]),
-                        static_cast<std::size_t>(frame.nb_samples)};
-    encoder_.Encode(channels_, Into(sink));
-    return wanted_;
-}
-
-bool WmaAudioEncoder::Finish(const CodedFrameSink& sink) {
-    encoder_.Finish(Into(sink));
-    return wanted_;
-}
-
-codecs::wma_standard::CodedPacketSink WmaAudioEncoder::Into(const CodedFrameSink& sink) {
-    return [this, &sink](const CodedPacket& packet) {
+template <typename Encoder>
+auto WmaAudioEncoder<Encoder>::Into(const CodedFrameSink& sink) {
+    return [this, &sink](const auto& from) {
         if (!wanted_) return;
+        const Packet packet(from);
         PacketHandle bytes = PacketFromPool(packets_, *buffers_, packet.bytes.size());
         std::copy(packet.bytes.begin(), packet.bytes.end(), bytes->data);
         CodedFrame coded;
@@ -107,5 +92,40 @@ codecs::wma_standard::CodedPacketSink WmaAudioEncoder::Into(const CodedFrameSink
         wanted_ = sink(std::move(coded));
     };
 }
+
+template <typename Encoder>
+AudioFrameFormat WmaAudioEncoder<Encoder>::Format() const {
+    return {AV_SAMPLE_FMT_FLTP, format_.sampling_rate, format_.channels, kSamplesAtATime};
+}
+
+template <typename Encoder>
+StreamHeader WmaAudioEncoder<Encoder>::Header() const {
+    const auto format = FormatFor(SettingsFor<typename Encoder::Settings>(plan_, {}));
+    StreamHeader header = AudioStreamHeader(plan_);
+    AudioHeader& audio = std::get<AudioHeader>(header.format);
+    audio.block_align = static_cast<std::uint16_t>(format.packet_bytes);
+    audio.average_bytes_per_second = static_cast<std::uint32_t>(format_.value / 8);
+    const auto extra = format.ExtraData();
+    header.extra_data.assign(extra.begin(), extra.end());
+    return header;
+}
+
+template <typename Encoder>
+bool WmaAudioEncoder<Encoder>::Encode(AVFrame& frame, const CodedFrameSink& sink) {
+    for (std::size_t c = 0; c < channels_.size(); ++c)
+        channels_[c] = {reinterpret_cast<const float*>(frame.extended_data[c]),
+                        static_cast<std::size_t>(frame.nb_samples)};
+    encoder_.Encode(channels_, Into(sink));
+    return wanted_;
+}
+
+template <typename Encoder>
+bool WmaAudioEncoder<Encoder>::Finish(const CodedFrameSink& sink) {
+    encoder_.Finish(Into(sink));
+    return wanted_;
+}
+
+template class WmaAudioEncoder<codecs::wma_standard::Encoder>;
+template class WmaAudioEncoder<codecs::wma_pro::Encoder>;
 
 }  // namespace engine

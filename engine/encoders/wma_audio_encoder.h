@@ -1,9 +1,10 @@
-// Windows Media Audio by our own encoder.
+// Windows Media Audio by our own encoders.
 #pragma once
 
 #include <span>
 #include <vector>
 
+#include "codecs/wma_pro/encoder.h"
 #include "codecs/wma_standard/encoder.h"
 #include "engine/base/av/coded_frame_pool.h"
 #include "engine/base/av/encoder.h"
@@ -12,6 +13,8 @@
 
 namespace engine {
 
+/// Of the standard or the professional codec.
+template <typename Encoder>
 class WmaAudioEncoder final : public AudioEncoder {
   public:
     WmaAudioEncoder(const AudioPlan& plan, const EncoderPass& pass, CodedFramePool& packets);
@@ -23,16 +26,20 @@ class WmaAudioEncoder final : public AudioEncoder {
     std::vector<float> TakeFirstPass() override { return encoder_.TakeFirstPass(); }
 
   private:
-    codecs::wma_standard::CodedPacketSink Into(const CodedFrameSink& sink);
+    // Called with the encoder's packets.
+    auto Into(const CodedFrameSink& sink);
 
     AudioPlan plan_;
     AudioFormat format_;
     CodedFramePool& packets_;
-    codecs::wma_standard::Encoder encoder_;
+    Encoder encoder_;
     AvPtr<AVBufferPool> buffers_;
     std::vector<std::span<const float>> channels_;
     Ticks next_time_;  // at the least
     bool wanted_ = true;
 };
+
+extern template class WmaAudioEncoder<codecs::wma_standard::Encoder>;
+extern template class WmaAudioEncoder<codecs::wma_pro::Encoder>;
 
 }  // namespace engine

@@ -1,9 +1,12 @@
 #include "engine/plan/audio_stream_format.h"
 
 #include "codecs/wma_lossless/stream_format.h"
+#include "codecs/wma_pro/encoder.h"
 #include "codecs/wma_standard/encoder.h"
 
 namespace engine {
+
+using codecs::wma::RateMode;
 
 namespace {
 
@@ -15,9 +18,20 @@ AudioStreamFormat Standard(const AudioFormat& format, VbrMode mode) {
     settings.sampling_rate = format.sampling_rate;
     settings.channels = format.channels;
     settings.bit_rate = format.value;
-    // Variable rates have packets of one size.
-    if (mode != VbrMode::Constant) settings.mode = codecs::wma_standard::RateMode::Quality;
+    settings.mode = RateModeOf(mode);
     const codecs::wma_standard::StreamFormat stream = FormatFor(settings);
+    const auto extra = stream.ExtraData();
+    return {stream.packet_bytes, {extra.begin(), extra.end()}};
+}
+
+AudioStreamFormat Professional(const AudioFormat& format, VbrMode mode) {
+    codecs::wma_pro::EncoderSettings settings;
+    settings.sampling_rate = format.sampling_rate;
+    settings.channels = format.channels;
+    settings.bits_per_sample = format.bits_per_sample;
+    settings.bit_rate = format.value;
+    settings.mode = RateModeOf(mode);
+    const codecs::wma_pro::StreamFormat stream = FormatFor(settings);
     const auto extra = stream.ExtraData();
     return {stream.packet_bytes, {extra.begin(), extra.end()}};
 }
@@ -30,6 +44,20 @@ AudioStreamFormat Lossless(const AudioFormat& format) {
 
 }  // namespace
 
+RateMode RateModeOf(VbrMode mode) {
+    switch (mode) {
+        case VbrMode::Quality:
+            return RateMode::Quality;
+        case VbrMode::BitRate:
+            return RateMode::BitRate;
+        case VbrMode::Peak:
+            return RateMode::Peak;
+        case VbrMode::Constant:
+            break;
+    }
+    return RateMode::Constant;
+}
+
 AudioStreamFormat StreamFormatOf(const WrittenAudio& written, VbrMode mode) {
     const AudioFormat& format = written.format;
     switch (written.maker.kind) {
@@ -37,6 +65,8 @@ AudioStreamFormat StreamFormatOf(const WrittenAudio& written, VbrMode mode) {
             return {format.channels * format.bits_per_sample / 8, {}};
         case CodecMaker::Kind::Wma:
             return Standard(format, mode);
+        case CodecMaker::Kind::Professional:
+            return Professional(format, mode);
         case CodecMaker::Kind::Lossless:
             return Lossless(format);
         // Named one by one, so that a maker of audio that is added is not forgotten here.

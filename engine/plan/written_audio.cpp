@@ -17,7 +17,7 @@ constexpr std::uint16_t kWavePcmTag = 1;  // uncompressed, as files know it
 constexpr std::int32_t kStandardMostBps = 320000;
 constexpr std::int32_t kStandardMostChannels = 2;
 
-// About what a quality takes: its stream's header has to name a rate.
+// About what a quality takes of two channels: its stream's header has to name a rate.
 struct QualityRate {
     std::int32_t quality_up_to;
     std::int32_t bps;
@@ -42,6 +42,11 @@ WrittenAudio WrittenFor(const AudioCodecRow& row, VbrMode mode, const AudioForma
         return {codec.maker, kWavePcmTag, written};
     }
     if (codec.maker.kind == CodecMaker::Kind::Lossless) return {codec.maker, codec.tag, format};
+    if (codec.maker.kind == CodecMaker::Kind::Professional) {
+        if (mode == VbrMode::Quality)
+            written.value = RateForQuality(format.value) * format.channels / 2;
+        return {codec.maker, codec.tag, written};
+    }
     written.channels = std::min(format.channels, kStandardMostChannels);
     written.bits_per_sample = 16;
     if (format.sampling_rate > 48000) written.sampling_rate = format.sampling_rate / 2;

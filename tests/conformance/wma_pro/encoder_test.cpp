@@ -18,13 +18,13 @@ constexpr int kLowFrequencyChannel = 3;
 
 EncodedSound Encode(const EncoderSettings& settings, const Sound& sound) {
     codecs::wma_pro::Encoder encoder(settings);
-    const auto extra = encoder.ExtraData();
+    const auto extra = encoder.Format().ExtraData();
     PacketCheck check({0x0162,
                        settings.sampling_rate,
                        settings.channels,
                        settings.bits_per_sample,
                        settings.bit_rate / 8,
-                       encoder.PacketBytes(),
+                       encoder.Format().packet_bytes,
                        {extra.begin(), extra.end()}});
     EncodeInPieces(encoder, sound, [&](const codecs::wma_pro::Packet& packet) {
         check.Take(packet.data, packet.first_sample, packet.samples);

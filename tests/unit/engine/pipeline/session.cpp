@@ -29,6 +29,8 @@ std::string_view AvName(const platform::CodecMaker& maker) {
             return "rawvideo";
         case Kind::Pcm:
             return "pcm_s16le";
+        case Kind::Professional:
+            return "wmapro";
         case Kind::Lossless:
             return "wmalossless";
         case Kind::StandIn:

@@ -139,8 +139,11 @@ TEST(WrittenAudio, IsTheNearestThatTheEncoderCan) {
         {"variable", Standard(), VbrMode::Peak, {64000, 44100, 2, 16},
          {{Kind::Wma}, 0x0161, {64000, 44100, 2, 16}}, "64 kbps, 44 kHz, stereo VBR"},
         {"more channels, rate and depth", Professional(), VbrMode::Constant, {768000, 96000, 8, 24},
-         {{Kind::Wma}, 0x0161, {320000, 48000, 2, 16}},
-         "320 kbps, 48 kHz, stereo CBR (asked: 768 kbps, 96 kHz, 8 channels, 24 bit)"},
+         {{Kind::Professional}, 0x0162, {768000, 96000, 8, 24}},
+         "768 kbps, 96 kHz, 8 channels, 24 bit CBR"},
+        {"quality of more channels", Professional(), VbrMode::Quality, {50, 48000, 6, 16},
+         {{Kind::Professional}, 0x0162, {288000, 48000, 6, 16}},
+         "quality 50, 48 kHz, 6 channels VBR"},
         {"voice", Voice(), VbrMode::Constant, {12000, 16000, 1, 16},
          {{Kind::Wma}, 0x0161, {12000, 16000, 1, 16}}, "12 kbps, 16 kHz, mono CBR"},
         {"lossless", Lossless(), VbrMode::Quality, {100, 44100, 2, 24},
@@ -180,8 +183,7 @@ TEST(CodecNames, SayWhatStandsIn) {
         return AudioDisplayName(row, VbrMode::Constant);
     };
     EXPECT_EQ(audio(Standard()), "Windows Media Audio 9");
-    EXPECT_EQ(audio(Professional()),
-              "Windows Media Audio 9 Professional (as Windows Media Audio 9)");
+    EXPECT_EQ(audio(Professional()), "Windows Media Audio 9 Professional");
     EXPECT_EQ(audio(Lossless()), "Windows Media Audio 9 Lossless (needs -a_mode 2)");
     EXPECT_EQ(AudioDisplayName(Lossless(), VbrMode::Quality), "Windows Media Audio 9 Lossless");
     EXPECT_EQ(VideoDisplayName(platform::kVideoCodecs[3]), "Windows Media Video 9 Screen");
