@@ -18,6 +18,10 @@ constexpr float kUsualStepDb = 80;
 constexpr float kLeastStepDb = 10;
 constexpr float kMostStepDb = 130;
 
+// As for the standard codec: less than the difference that is usually taken between what tones and
+// noise mask gives the best grades.
+constexpr double kTonality = 0.5;
+
 constexpr int kHeard = 48000;  // sampling rate above which nothing is heard
 // Bits a sample of which what is not heard gets some too.
 constexpr double kBitsForAll = 4;
@@ -55,7 +59,7 @@ FrameAnalysis::FrameAnalysis(const StreamFormat& format, const Tuning& tuning, T
         for (const BlockFormat& sizes : format.blocks)
             channel.sizes.push_back(
                 {wma::LappedTransform(sizes.size),
-                 wma::MaskingModel(format.sampling_rate, sizes.size, sizes.band_ends)});
+                 wma::MaskingModel(format.sampling_rate, sizes.size, sizes.band_ends, kTonality)});
     }
 }
 

@@ -18,7 +18,7 @@ namespace codecs::wma_pro {
 struct Tuning {
     double bandwidth_hz = 20000;  // what lies above is left out
     double masking = 0.6;         // how far steps follow the ear: 0 = equal steps, 1 = wholly
-    int scale_step_db = 1;        // of a scale factor
+    int scale_step_db = 3;        // of a scale factor
 };
 
 /// What the wanted rate, in bits per second, makes of it.
