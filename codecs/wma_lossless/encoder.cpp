@@ -116,6 +116,7 @@ class Encoder::Impl {
             std::int64_t bits;
         };
         std::vector<Racer> racers;
+        racers.reserve(racing.size());
         for (GroupCoder* coder : racing) racers.push_back({coder, 0});
         const std::size_t learnt = std::max(begin, end / 2);
         team_.Run(static_cast<int>(racers.size()), [&](int n) {
