@@ -80,7 +80,7 @@ class Encoder::Impl {
     }
 
     void Code(int length, const CodedPacketSink& sink) {
-        const int fill = static_cast<int>(std::max(rate_.Missing(), 0.0) + 0.5);
+        const int fill = static_cast<int>(std::lround(std::max(rate_.Missing(), 0.0)));
         coder_.Code(std::span(waiting_).first(Needed()), length,
                     {rate_.DbPerBit(), rate_.MostBits()}, fill, bits_);
         if (decoded_) decoded_(coder_.Decoded().first(Index(length)));

@@ -14,7 +14,7 @@ constexpr int kPredictions = 32;
 constexpr int kPredictionBits = 5;
 constexpr int kTried = 8;  // of them: those that leave the least
 
-using Pair = std::array<float, 2 * kMostOrder>;  // of two spectra, interleaved
+using Pair = std::array<float, std::size_t{2} * kMostOrder>;  // of two spectra, interleaved
 
 std::vector<Codebook> Codebooks(std::span<const CodebookTable> tables) {
     return {tables.begin(), tables.end()};

@@ -69,7 +69,8 @@ void SuperframeCoder::Code(std::span<const float> samples, int length, const All
         left -= frame.bits;
         state_ = frame.state;
         state_.decoder.NextFrame();
-        std::copy(frame.decoded.begin(), frame.decoded.end(), decoded_.begin() + f * kFrameSamples);
+        std::copy(frame.decoded.begin(), frame.decoded.end(),
+                  decoded_.begin() + std::ptrdiff_t{f} * kFrameSamples);
         spectrum_ = input.spectrum;
     }
     const int missing = fill - static_cast<int>(bits.Size()) - 1 - kFillerCountBits;

@@ -29,7 +29,7 @@ void RepeatPitch(float* excitation, int samples, int quarters) {
         return;
     }
     constexpr int kTaps = 8;
-    std::array<float, 2 * kTaps> filter;  // by place, the oldest first
+    std::array<float, std::size_t{2} * kTaps> filter;  // by place, the oldest first
     for (int i = 0; i < kTaps; ++i) {
         filter[Index(kTaps + i)] = kPitchInterpolation[Index(4 * i + phase)];
         filter[Index(kTaps - 1 - i)] = kPitchInterpolation[Index(4 * (i + 1) - phase)];
