@@ -1218,6 +1218,8 @@ constexpr SpectrumTables kHighTables = {kHighMean, kHighSpectrum, kHighInterpola
 
 }  // namespace
 
-const SpectrumTables& SpectrumTablesFor(int order) { return order == 10 ? kLowTables : kHighTables; }
+const SpectrumTables& SpectrumTablesFor(int order) {
+    return order == 10 ? kLowTables : kHighTables;
+}
 
 }  // namespace codecs::wma_voice
