@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "codecs/common/index.h"
+#include "codecs/wma/block_layout.h"
 #include "codecs/wma/sample_range.h"
 
 namespace codecs::wma_pro {
@@ -120,24 +121,7 @@ std::vector<int> FrameAnalysis::Layout(std::size_t frame_begin) {
         channel.detector.Find(std::span<const float>(channel.samples)
                                   .subspan(frame_begin, Index(format_.frame_samples)),
                               attacks);
-    std::vector<int> sizes;
-    Split(0, 0, attacks, sizes);
-    return sizes;
-}
-
-// An attack is in a block of the smallest size, whose neighbours grow with the distance.
-void FrameAnalysis::Split(int begin, int index, const std::vector<bool>& attacks,
-                          std::vector<int>& sizes) {
-    const int size = format_.blocks[Index(index)].size;
-    const auto first = attacks.begin() + begin / attack_slice_;
-    const bool attacked = size > attack_slice_ && std::find(first, first + size / attack_slice_,
-                                                            true) != first + size / attack_slice_;
-    if (!attacked || index + 1 == static_cast<int>(format_.blocks.size())) {
-        sizes.push_back(index);
-        return;
-    }
-    Split(begin, index + 1, attacks, sizes);
-    Split(begin + size / 2, index + 1, attacks, sizes);
+    return wma::BlockLayout(attacks, static_cast<int>(format_.blocks.size()));
 }
 
 void FrameAnalysis::Analyse(Block& block, int channel_index, std::size_t begin, int previous_size,

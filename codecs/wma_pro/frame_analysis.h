@@ -53,7 +53,6 @@ class FrameAnalysis {
     };
 
     std::vector<int> Layout(std::size_t frame_begin);
-    void Split(int begin, int index, const std::vector<bool>& attacks, std::vector<int>& sizes);
     void Analyse(Block& block, int channel, std::size_t begin, int previous_size, int next_size);
     int Kept(const BlockFormat& sizes, int channel) const;  // coefficients
 

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "codecs/common/index.h"
+#include "codecs/wma/block_layout.h"
 #include "codecs/wma/log_sum.h"
 #include "codecs/wma/sample_range.h"
 #include "codecs/wma_standard/step_shape.h"
@@ -127,24 +128,7 @@ std::vector<int> FrameAnalysis::Layout(std::size_t frame_begin) {
         detectors_[c].Find(
             std::span<const float>(samples_[c]).subspan(frame_begin, Index(format_.frame_samples)),
             attacks);
-    std::vector<int> sizes;
-    Split(0, 0, attacks, sizes);
-    return sizes;
-}
-
-// An attack is in a block of the smallest size, whose neighbours grow with the distance.
-void FrameAnalysis::Split(int begin, int index, const std::vector<bool>& attacks,
-                          std::vector<int>& sizes) {
-    const int size = format_.blocks[Index(index)].size;
-    const auto first = attacks.begin() + begin / kAttackSlice;
-    const bool attacked = size > kAttackSlice && std::find(first, first + size / kAttackSlice,
-                                                           true) != first + size / kAttackSlice;
-    if (!attacked || index + 1 == static_cast<int>(format_.blocks.size())) {
-        sizes.push_back(index);
-        return;
-    }
-    Split(begin, index + 1, attacks, sizes);
-    Split(begin + size / 2, index + 1, attacks, sizes);
+    return wma::BlockLayout(attacks, static_cast<int>(format_.blocks.size()));
 }
 
 void FrameAnalysis::Transform(const Block& block, std::size_t begin, int previous_size,

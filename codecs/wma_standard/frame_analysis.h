@@ -51,7 +51,6 @@ class FrameAnalysis {
     };
 
     std::vector<int> Layout(std::size_t frame_begin);
-    void Split(int begin, int index, const std::vector<bool>& attacks, std::vector<int>& sizes);
     void Analyse(Block& block, std::size_t begin, int previous_size, int next_size);
     void Transform(const Block& block, std::size_t begin, int previous_size, int next_size);
     void ChooseShapes(Block& block, const Block* before);
