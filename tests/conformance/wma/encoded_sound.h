@@ -1,12 +1,15 @@
 // A sound encoded and decoded, and what is known of it then.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "codecs/wma/rate_control.h"
 #include "conformance/wma/sounds.h"
 #include "support/audio_decoder.h"
 
@@ -65,5 +68,46 @@ struct VariableRate {
 
 /// Reads nothing but packets' sizes and times.
 VariableRate MeasureRate(const EncodedSound& encoded, int sampling_rate, int peak_rate);
+
+/// The modes that look at the sound twice keep their rate, and their peak where they have one.
+/// @param encode  from Settings and a Sound to an EncodedSound
+template <typename Settings, typename Encode>
+void ExpectRateAndPeakInTwoPasses(const Encode& encode) {
+    using codecs::wma::RateMode;
+    constexpr int kRate = 96000;
+    constexpr int kPeak = 144000;
+    constexpr double kBuffer = 1.5;
+    const Sound sound = Uneven(44100);
+    struct Case {
+        const char* why;
+        RateMode mode;
+        double most_fullest;  // bits; 0 = any
+    };
+    const Case cases[] = {
+        {"constant", RateMode::Constant, 0},
+        {"on average", RateMode::BitRate, 0},
+        {"with a peak", RateMode::Peak, kPeak * kBuffer},
+    };
+    double free_fullest = 0;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        Settings settings;
+        settings.bit_rate = kRate;
+        settings.mode = c.mode;
+        settings.peak_rate = kPeak;
+        settings.peak_seconds = kBuffer;
+        settings.first_pass = encode(settings, sound).first_pass;
+        const EncodedSound encoded = encode(settings, sound);
+        EXPECT_EQ(encoded.messages, "");
+        EXPECT_EQ(encoded.samples, static_cast<std::int64_t>(sound.front().size()));
+        const VariableRate found = MeasureRate(encoded, 44100, kPeak);
+        EXPECT_NEAR(found.bits_per_second, kRate, 0.03 * kRate);
+        if (c.mode == RateMode::BitRate) free_fullest = found.fullest;
+        if (c.most_fullest > 0) {
+            EXPECT_LE(found.fullest, c.most_fullest);
+            EXPECT_GT(free_fullest, c.most_fullest) << "the peak changes nothing";
+        }
+    }
+}
 
 }  // namespace wma_conformance
