@@ -42,6 +42,7 @@ struct alignas(64) Samples {
 
 /// Rows of 8.
 struct alignas(64) Block : std::array<std::int16_t, 64> {};
+constexpr Block kNoLevels{};
 struct Blocks {
     std::array<Block, kBlocks> values;
     Block& operator[](int n) { return values[Index(n)]; }

@@ -166,15 +166,17 @@ class IntraCoder {
         Block expected;
         Expect(offers, predicted ? prediction.side : Side::None, expected);
         const AcCodes& codes = estimates_.Levels(true, n);
-        const TransformBlock block{coefficients_[n].data(), whole_[n].data(),
-                                   IntraScan(picture_.header.IsI(), candidate_.macroblock, n),
-                                   expected.data()};
         // Without a choice by bits; levels are more often too large than too small. By
         // hand, on the clips of bench/quality.
         constexpr double kRounding = 0.4;
         const double rounding = rd ? kChoiceRounding : kRounding;
         picture_.kernels.quantise(whole_[n].data(), coefficients_[n].data(), quantiser_.reciprocal,
                                   static_cast<int>(rounding * quantiser_.step * kEighths));
+        const Scan& scan = IntraScan(picture_.header.IsI(), candidate_.macroblock, n);
+        const TransformBlock block{
+            coefficients_[n].data(), whole_[n].data(), scan,
+            scan.InOrder(picture_.kernels.differing(whole_[n].data(), expected.data())),
+            expected.data()};
         const LevelCost cost =
             rd ? ChooseLevels(block, quantiser_, codes) : CostOfLevels(block, quantiser_, codes);
         candidate_.macroblock.SetCoded(n, cost.any);
@@ -247,13 +249,11 @@ void CodeIntra(const Picture& picture, const Estimates& estimates, const Quantis
     coder.Reconstruct();
 }
 
-std::span<const std::uint8_t> IntraScan(bool i_picture, const Macroblock& macroblock, int block) {
+const Scan& IntraScan(bool i_picture, const Macroblock& macroblock, int block) {
+    if (!i_picture) return kIntraScans.among_inter;
+    if (!macroblock.ac_predicted) return kIntraScans.unpredicted;
     const bool above = (macroblock.from_above >> block & 1) != 0;
-    const std::span<const std::uint8_t> scan = !i_picture                 ? kScan8x8
-                                               : !macroblock.ac_predicted ? kScanI
-                                               : above                    ? kScanIAbove
-                                                                          : kScanILeft;
-    return scan.subspan(1);
+    return above ? kIntraScans.from_above : kIntraScans.from_left;
 }
 
 int WrittenIPattern(const MacroblockGrid& grid, const Macroblock& macroblock, int x, int y) {

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 
 #include "codecs/wmv9/candidate.h"
 #include "codecs/wmv9/estimates.h"
 #include "codecs/wmv9/quantiser.h"
+#include "codecs/wmv9/scan.h"
 
 namespace codecs::wmv9 {
 
@@ -23,7 +23,7 @@ void CodeIntra(const Picture& picture, const Estimates& estimates, const Quantis
                const IntraOptions& options, int x, int y, Candidate& candidate);
 
 /// The order in which the AC levels of an intra block are written.
-std::span<const std::uint8_t> IntraScan(bool i_picture, const Macroblock& macroblock, int block);
+const Scan& IntraScan(bool i_picture, const Macroblock& macroblock, int block);
 
 /// The pattern of coded blocks of an I picture's macroblock at (x, y), as it is written.
 int WrittenIPattern(const MacroblockGrid& grid, const Macroblock& macroblock, int x, int y);

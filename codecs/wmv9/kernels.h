@@ -10,6 +10,12 @@ namespace codecs::wmv9 {
 /// Shapes of a transform block, in the order of the format's two bits for a picture's type.
 enum class Shape : std::uint8_t { Whole8x8, Wide8x4, Tall4x8, Small4x4 };
 
+/// Of two blocks of samples.
+struct BlockDifference {
+    std::uint32_t absolute = 0;  // sums
+    std::uint32_t squared = 0;
+};
+
 /// Samples are eight bits; a stride is the distance of two rows in samples. Blocks of coefficients,
 /// levels and residuals are 64 values in rows of 8, aligned to 32 bytes; those of smaller shapes
 /// stand in their own corner of the block. Every set gives the same results; nothing reads or
@@ -50,9 +56,9 @@ struct Kernels {
                     int width, int height);
 
     // Transforms.
-    /// a - b of an 8x8 block.
-    void (*subtract)(std::int16_t* out, const std::uint8_t* a, std::ptrdiff_t a_stride,
-                     const std::uint8_t* b, std::ptrdiff_t b_stride);
+    /// a - b of an 8x8 block, and how much that is.
+    BlockDifference (*subtract)(std::int16_t* out, const std::uint8_t* a, std::ptrdiff_t a_stride,
+                           const std::uint8_t* b, std::ptrdiff_t b_stride);
     /// The adjoint of the inverse, over the whole 8x8 block in transforms of this shape; in eighths
     /// of what the inverse takes. Within 1 of the exact value; residuals are within 340 of zero.
     void (*forward)(Shape shape, std::int16_t* coefficients, const std::int16_t* residual);
@@ -71,6 +77,8 @@ struct Kernels {
     /// the absolute levels.
     std::uint32_t (*quantise)(std::int16_t* levels, const std::int16_t* coefficients,
                               std::uint32_t reciprocal, int rounding);
+    /// The places of a block at which two sets of levels differ: bit 8 * row + column.
+    std::uint64_t (*differing)(const std::int16_t* a, const std::int16_t* b);
     /// coefficients = level * step + sign(level) * extra.
     void (*restore)(std::int16_t* coefficients, const std::int16_t* levels, int step, int extra);
 

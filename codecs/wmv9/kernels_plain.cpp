@@ -160,10 +160,12 @@ void Average(std::uint8_t* out, std::ptrdiff_t out_stride, const std::uint8_t* a
 
 // ---- Transforms
 
-void Subtract(std::int16_t* out, const std::uint8_t* a, std::ptrdiff_t a_stride,
-              const std::uint8_t* b, std::ptrdiff_t b_stride) {
-    for (int y = 0; y < 8; ++y, a += a_stride, b += b_stride)
-        for (int x = 0; x < 8; ++x) *out++ = static_cast<std::int16_t>(a[x] - b[x]);
+BlockDifference Subtract(std::int16_t* out, const std::uint8_t* a, std::ptrdiff_t a_stride,
+                         const std::uint8_t* b, std::ptrdiff_t b_stride) {
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 8; ++x)
+            *out++ = static_cast<std::int16_t>(a[y * a_stride + x] - b[y * b_stride + x]);
+    return {Sad(a, a_stride, b, b_stride, 8, 8), Squared(a, a_stride, b, b_stride, 8, 8)};
 }
 
 bool IsNarrow(Shape shape) { return shape == Shape::Tall4x8 || shape == Shape::Small4x4; }
@@ -240,6 +242,13 @@ std::uint32_t Quantise(std::int16_t* levels, const std::int16_t* coefficients,
     return sum;
 }
 
+std::uint64_t Differing(const std::int16_t* a, const std::int16_t* b) {
+    std::uint64_t places = 0;
+    for (int i = 0; i < 64; ++i)
+        if (a[i] != b[i]) places |= std::uint64_t{1} << i;
+    return places;
+}
+
 void Restore(std::int16_t* coefficients, const std::int16_t* levels, int step, int extra) {
     for (int i = 0; i < 64; ++i) {
         const int sign = levels[i] > 0 ? 1 : levels[i] < 0 ? -1 : 0;
@@ -312,6 +321,7 @@ Kernels PlainKernels() {
             .add = Add,
             .put = Put,
             .quantise = Quantise,
+            .differing = Differing,
             .restore = Restore,
             .filter_horizontal = FilterHorizontal,
             .filter_vertical = FilterVertical};

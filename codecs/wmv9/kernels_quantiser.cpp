@@ -32,6 +32,18 @@ std::uint32_t Quantise(std::int16_t* levels, const std::int16_t* coefficients,
     return Sum(sums, sum);
 }
 
+std::uint64_t Differing(const std::int16_t* a, const std::int16_t* b) {
+    const Words words;
+    std::uint64_t places = 0;
+    for (std::ptrdiff_t i = 0; i < 64; i += kLanes<Words>) {
+        std::uint8_t bits[8] = {};
+        hn::StoreMaskBits(words, hn::Ne(hn::Load(words, a + i), hn::Load(words, b + i)), bits);
+        for (std::ptrdiff_t byte = 0; byte < kLanes<Words> / 8; ++byte)
+            places |= std::uint64_t{bits[byte]} << (i + 8 * byte);
+    }
+    return places;
+}
+
 void Restore(std::int16_t* coefficients, const std::int16_t* levels, int step, int extra) {
     const Words words;
     const auto factor = hn::Set(words, static_cast<std::int16_t>(step));
@@ -49,6 +61,7 @@ void Restore(std::int16_t* coefficients, const std::int16_t* levels, int step, i
 
 void SetQuantiser(Kernels& kernels) {
     kernels.quantise = Quantise;
+    kernels.differing = Differing;
     kernels.restore = Restore;
 }
 

@@ -287,11 +287,19 @@ void Inverse(Shape shape, std::int16_t* residual, const std::int16_t* coefficien
 
 // ---- Between samples and residuals
 
-void Subtract(std::int16_t* out, const std::uint8_t* a, std::ptrdiff_t a_stride,
-              const std::uint8_t* b, std::ptrdiff_t b_stride) {
+BlockDifference Subtract(std::int16_t* out, const std::uint8_t* a, std::ptrdiff_t a_stride,
+                    const std::uint8_t* b, std::ptrdiff_t b_stride) {
     const Words8 words;
-    for (int y = 0; y < 8; ++y, a += a_stride, b += b_stride, out += 8)
-        hn::Store(hn::Sub(LoadWords(words, a), LoadWords(words, b)), words, out);
+    const hn::RepartitionToWide<Words8> sums;
+    auto absolute = hn::Zero(words);
+    auto squared = hn::Zero(sums);
+    for (int y = 0; y < 8; ++y, a += a_stride, b += b_stride, out += 8) {
+        const auto difference = hn::Sub(LoadWords(words, a), LoadWords(words, b));
+        absolute = hn::Add(absolute, hn::Abs(difference));
+        squared = hn::Add(squared, MulPairs(words, difference, difference));
+        hn::Store(difference, words, out);
+    }
+    return {Sum(sums, MulPairs(words, absolute, hn::Set(words, 1))), Sum(sums, squared)};
 }
 
 void Add(std::uint8_t* samples, std::ptrdiff_t stride, const std::int16_t* residual) {

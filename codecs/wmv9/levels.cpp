@@ -42,46 +42,38 @@ class LevelSearch {
     }
 
     LevelCost Run() {
-        std::array<std::uint8_t, kMost> places;
-        int count = 0;
-        for (int i = 0; i < static_cast<int>(block_.scan.size()); ++i) {
-            const int at = block_.scan[Index(i)];
-            places[Index(count)] = static_cast<std::uint8_t>(i);
-            count += block_.levels[at] != Expected(block_, at) ? 1 : 0;
-        }
-        const std::span<const std::uint8_t> changed{places.data(), Index(count)};
-        if (!MayGain(changed)) {
-            Clear(changed);
+        if (!MayGain()) {
+            Clear();
             return {};
         }
-        for (const std::uint8_t place : changed) {
+        ForEachBit(block_.changed, [&](int place) {
             const int at = block_.scan[place];
             Visit(place, block_.coefficients[at], block_.levels[at], Expected(block_, at));
-        }
-        Clear(changed);
+        });
+        Clear();
         return end_cost_ < 0 ? Chosen() : LevelCost();
     }
 
   private:
     // Whether the levels save more of the error than the shortest codes are worth.
-    bool MayGain(std::span<const std::uint8_t> places) const {
+    bool MayGain() const {
         const std::int64_t other = lambda_ * codes_.Shortest().other;
         std::int64_t gain = other - lambda_ * codes_.Shortest().last;
-        for (const std::uint8_t place : places) {
+        ForEachBit(block_.changed, [&](int place) {
             const int at = block_.scan[place];
             const int coefficient = block_.coefficients[at];
             const std::int64_t one = Square(coefficient - Expected(block_, at) * step_) -
                                      Square(coefficient - block_.levels[at] * step_);
             gain += std::max<std::int64_t>(0, one - other);
-        }
+        });
         return gain > 0;
     }
 
-    void Clear(std::span<const std::uint8_t> places) const {
-        for (const std::uint8_t place : places) {
+    void Clear() const {
+        ForEachBit(block_.changed, [&](int place) {
             const int at = block_.scan[place];
             block_.levels[at] = static_cast<std::int16_t>(Expected(block_, at));
-        }
+        });
     }
 
     // Costs are compared together with what they are the costs of, below them: which survivor a
@@ -133,7 +125,7 @@ class LevelSearch {
         bool last = true;
         for (const Node* node = &end_; node->place >= 0; last = false) {
             const Node* const before = &nodes_[node->before];
-            block_.levels[block_.scan[Index(node->place)]] = node->level;
+            block_.levels[block_.scan[node->place]] = node->level;
             bits += codes_.Length(last, node->place - before->place - 1, node->size);
             node = before;
         }
@@ -168,23 +160,20 @@ LevelCost CostOfLevels(const TransformBlock& block, const Quantiser& quantiser,
                        const AcCodes& codes) {
     const int step = quantiser.step * kEighths;
     LevelCost cost;
-    int run = 0;
+    int next = 0;  // place after the last one
     int held_run = 0;
     int held = 0;  // the level whose place is not known to be the last
-    for (const std::uint8_t at : block.scan) {
+    ForEachBit(block.changed, [&](int place) {
+        const int at = block.scan[place];
         const int level = block.levels[at];
         const int expected = Expected(block, at);
-        if (level == expected) {
-            ++run;
-            continue;
-        }
         cost.change += Square(block.coefficients[at] - level * step) -
                        Square(block.coefficients[at] - expected * step);
         if (held != 0) cost.bits += codes.Length(false, held_run, held);
         held = std::abs(level - expected);
-        held_run = run;
-        run = 0;
-    }
+        held_run = place - next;
+        next = place + 1;
+    });
     if (held != 0) cost.bits += codes.Length(true, held_run, held);
     cost.any = held != 0;
     return cost;
@@ -193,7 +182,7 @@ LevelCost CostOfLevels(const TransformBlock& block, const Quantiser& quantiser,
 std::int64_t SilentError(const TransformBlock& block, const Quantiser& quantiser) {
     const int step = quantiser.step * kEighths;
     std::int64_t error = 0;
-    for (const std::uint8_t at : block.scan)
+    for (const std::uint8_t at : block.scan.Places())
         error += Square(block.coefficients[at] - Expected(block, at) * step);
     return error;
 }

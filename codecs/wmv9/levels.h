@@ -2,10 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 
 #include "codecs/wmv9/ac_codes.h"
 #include "codecs/wmv9/quantiser.h"
+#include "codecs/wmv9/scan.h"
 
 namespace codecs::wmv9 {
 
@@ -22,7 +22,8 @@ struct LevelCost {
 struct TransformBlock {
     const std::int16_t* coefficients = nullptr;  // eighths, rows of 8
     std::int16_t* levels = nullptr;              // quantised, rows of 8
-    std::span<const std::uint8_t> scan;
+    const Scan& scan;
+    std::uint64_t changed = 0;                // places of the scan; levels are not as predicted
     const std::int16_t* predicted = nullptr;  // levels, rows of 8; null = none
 };
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 #include "codecs/common/index.h"
@@ -30,21 +29,6 @@ std::ptrdiff_t Stride(const Frame& frame, int n) {
 
 std::uint32_t Limit(const Quantiser& quantiser) {
     return static_cast<std::uint32_t>((1 - kSafeRounding) / kLargestPart * quantiser.step);
-}
-
-bool HasLevels(Shape shape, const std::int16_t* levels) {
-    const bool narrow = shape == Shape::Tall4x8 || shape == Shape::Small4x4;
-    const bool low = shape == Shape::Wide8x4 || shape == Shape::Small4x4;
-    std::uint64_t any = 0;
-    for (int row = 0; row < (low ? 4 : 8); ++row, levels += 8) {
-        std::uint64_t four = 0;
-        std::memcpy(&four, levels, sizeof four);
-        any |= four;
-        if (narrow) continue;
-        std::memcpy(&four, levels + 4, sizeof four);
-        any |= four;
-    }
-    return any != 0;
 }
 
 // A block in transforms of one shape.
@@ -109,10 +93,11 @@ class ResidualCoder {
         const std::ptrdiff_t stride = Stride(picture_.source, n);
         const std::uint8_t* const predicted = prediction_.Block(n);
         const int own = kBlockPlaces[Index(n)].stride;
-        work.silent = ErrorOf(kernels_.squared(source, stride, predicted, own, 8, 8));
-        work.worth = kernels_.sad(source, stride, predicted, own, 8, 8) >= Limit(quantiser_);
+        const BlockDifference difference =
+            kernels_.subtract(work.residual.data(), source, stride, predicted, own);
+        work.silent = ErrorOf(difference.squared);
+        work.worth = difference.absolute >= Limit(quantiser_);
         if (!work.worth) return;
-        kernels_.subtract(work.residual.data(), source, stride, predicted, own);
         if (picture_.header.shape) {
             Try(n, work, *picture_.header.shape);
         } else {
@@ -149,13 +134,14 @@ class ResidualCoder {
             return;
         }
         const AcCodes& codes = estimates_.Levels(false, n);
-        const std::span<const std::uint8_t> scan = PartScan(shape);
+        const Scan& scan = PartScan(shape);
+        const std::uint64_t changed = kernels_.differing(shaped.levels.data(), kNoLevels.data());
         const int count = PartCount(shape);
         for (int part = 0; part < count; ++part) {
             const int place = PartPlace(shape, part);
             const TransformBlock block{coefficients.data() + place, shaped.levels.data() + place,
-                                       scan, nullptr};
-            if (!HasLevels(shape, block.levels)) continue;
+                                       scan, scan.InOrder(changed >> place)};
+            if (block.changed == 0) continue;
             const LevelCost cost = options_.rd ? ChooseLevels(block, quantiser_, codes)
                                                : CostOfLevels(block, quantiser_, codes);
             if (cost.any && cost.RdCost(quantiser_.lambda) < 0) {
@@ -163,7 +149,7 @@ class ResidualCoder {
                 shaped.bits += cost.bits;
                 shaped.error += cost.change;
             } else if (cost.any) {
-                for (const std::uint8_t at : scan) block.levels[at] = 0;
+                for (const std::uint8_t at : scan.Places()) block.levels[at] = 0;
             }
         }
     }
@@ -333,10 +319,14 @@ void LeaveResidual(const Picture& picture, int x, int y, const Samples& predicti
     candidate.macroblock.parts = {};
     candidate.samples = prediction;
     candidate.error = 0;
-    for (int n = 0; n < kBlocks; ++n)
-        candidate.error += ErrorOf(
-            picture.kernels.squared(SourceBlock(picture.source, x, y, n), Stride(picture.source, n),
-                                    prediction.Block(n), kBlockPlaces[Index(n)].stride, 8, 8));
+    const auto add = [&](int n, int size) {
+        candidate.error += ErrorOf(picture.kernels.squared(
+            SourceBlock(picture.source, x, y, n), Stride(picture.source, n), prediction.Block(n),
+            kBlockPlaces[Index(n)].stride, size, size));
+    };
+    add(0, 16);
+    add(4, 8);
+    add(5, 8);
 }
 
 }  // namespace codecs::wmv9

@@ -44,13 +44,16 @@ void RowOutput::Clear() {
 
 void RowOutput::Add(const Picture& picture, const Macroblock& macroblock, const Blocks& levels) {
     const PictureHeader& header = picture.header;
+    const auto present = [&](int n) {
+        return picture.kernels.differing(levels[n].data(), kNoLevels.data());
+    };
     if (macroblock.intra) {
         for (int n = 0; n < kBlocks; ++n) {
             const DcCode code = DcCodeOf(macroblock.dc[Index(n)], macroblock.quantiser);
             ++(n < 4 ? counts_.luma_dc : counts_.chroma_dc)[Index(code.symbol)];
-            if (macroblock.IsCoded(n))
-                AddLevels(levels[n].data(), IntraScan(header.IsI(), macroblock, n), n < 4,
-                          header.HighRate());
+            if (!macroblock.IsCoded(n)) continue;
+            const Scan& scan = IntraScan(header.IsI(), macroblock, n);
+            AddLevels(levels[n].data(), scan, scan.InOrder(present(n)), n < 4, header.HighRate());
         }
         if (header.IsI()) return;
         ++counts_.vectors[Index(kIntraSymbol + (macroblock.coded != 0 ? kCodedSymbols : 0))];
@@ -64,10 +67,14 @@ void RowOutput::Add(const Picture& picture, const Macroblock& macroblock, const 
     for (int n = 0; n < kBlocks; ++n) {
         if (!macroblock.IsCoded(n)) continue;
         const Shape shape = macroblock.shapes[Index(n)];
-        for (int part = 0; part < PartCount(shape); ++part)
-            if (HasPart(shape, macroblock.parts[Index(n)], part))
-                AddLevels(levels[n].data() + PartPlace(shape, part), PartScan(shape), false,
-                          header.HighRate());
+        const Scan& scan = PartScan(shape);
+        const std::uint64_t of_block = present(n);
+        for (int part = 0; part < PartCount(shape); ++part) {
+            if (!HasPart(shape, macroblock.parts[Index(n)], part)) continue;
+            const int place = PartPlace(shape, part);
+            AddLevels(levels[n].data() + place, scan, scan.InOrder(of_block >> place), false,
+                      header.HighRate());
+        }
     }
 }
 
@@ -96,18 +103,14 @@ void RowOutput::AddVectors(const Picture& picture, const Macroblock& macroblock)
     if (second) count(forward, coded);
 }
 
-void RowOutput::AddLevels(const std::int16_t* levels, std::span<const std::uint8_t> scan,
+void RowOutput::AddLevels(const std::int16_t* levels, const Scan& scan, std::uint64_t present,
                           bool intra_luma, bool high_rate) {
-    int run = 0;
+    int next = 0;  // place after the last one
     const std::size_t first = symbols_.size();
-    for (const std::uint8_t at : scan) {
-        if (levels[at] == 0) {
-            ++run;
-            continue;
-        }
-        symbols_.push_back({levels[at], static_cast<std::uint8_t>(run), false});
-        run = 0;
-    }
+    ForEachBit(present, [&](int place) {
+        symbols_.push_back({levels[scan[place]], static_cast<std::uint8_t>(place - next), false});
+        next = place + 1;
+    });
     symbols_.back().last = true;
     auto& bits = intra_luma ? counts_.luma_levels : counts_.other_levels;
     const auto& all = AcCodes::All();

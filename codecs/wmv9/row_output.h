@@ -10,6 +10,7 @@
 #include "codecs/wmv9/candidate.h"
 #include "codecs/wmv9/motion_vector_codes.h"
 #include "codecs/wmv9/picture.h"
+#include "codecs/wmv9/scan.h"
 
 namespace codecs::wmv9 {
 
@@ -38,8 +39,9 @@ class RowOutput {
     const TableCounts& Counts() const { return counts_; }
 
   private:
-    void AddLevels(const std::int16_t* levels, std::span<const std::uint8_t> scan, bool intra_luma,
-                   bool high_rate);
+    // `present`: places of the scan.
+    void AddLevels(const std::int16_t* levels, const Scan& scan, std::uint64_t present,
+                   bool intra_luma, bool high_rate);
     void AddVectors(const Picture& picture, const Macroblock& macroblock);
 
     std::vector<Symbol> symbols_;

@@ -5,12 +5,12 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 
 #include "codecs/common/bit_writer.h"
 #include "codecs/common/index.h"
 #include "codecs/wmv9/kernels.h"
 #include "codecs/wmv9/macroblock.h"
+#include "codecs/wmv9/scan.h"
 #include "codecs/wmv9/tables.h"
 
 namespace codecs::wmv9 {
@@ -99,19 +99,7 @@ constexpr int PartPlace(Shape shape, int part) {
     return 0;
 }
 
-inline std::span<const std::uint8_t> PartScan(Shape shape) {
-    switch (shape) {
-        case Shape::Whole8x8:
-            break;
-        case Shape::Wide8x4:
-            return kScan8x4;
-        case Shape::Tall4x8:
-            return kScan4x8;
-        case Shape::Small4x4:
-            return kScan4x4;
-    }
-    return kScan8x8;
-}
+inline const Scan& PartScan(Shape shape) { return kPartScans[static_cast<std::size_t>(shape)]; }
 
 /// Whether a part is coded; the first one has the highest bit.
 constexpr bool HasPart(Shape shape, int parts, int part) {

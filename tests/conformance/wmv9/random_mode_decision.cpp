@@ -251,14 +251,14 @@ class Dice {
     }
 
     // Few, so that runs are long, and not so large that sums would pass sixteen bits.
-    void ScatterPart(std::int16_t* levels, std::span<const std::uint8_t> scan) {
+    void ScatterPart(std::int16_t* levels, const Scan& scan) {
         constexpr int kLargestCoefficient = 2000;
         const int count = random_.Between(1, 4);
         for (int i = 0; i < count; ++i) {
             const int largest = random_.Roll(60) ? 3 : kLargestCoefficient / quantiser_.step;
             const int level = random_.Between(1, largest);
-            const int place = random_.Below(static_cast<int>(scan.size()));
-            levels[scan[Index(place)]] =
+            const int place = random_.Below(static_cast<int>(scan.Places().size()));
+            levels[scan[place]] =
                 static_cast<std::int16_t>(random_.Roll(50) ? level : -level);
         }
     }
