@@ -39,6 +39,9 @@ struct Kernels {
     /// Sum, and sum of squares, of the samples of a 16x16 block.
     void (*moments)(const std::uint8_t* a, std::ptrdiff_t stride, std::uint32_t& sum,
                     std::uint32_t& squares);
+    /// Means of each two samples of a row and the two below, rounded to the nearest, halves up.
+    void (*halve)(std::uint8_t* out, const std::uint8_t* upper, const std::uint8_t* lower,
+                  int count);
 
     // Prediction. `source` is the sample at the whole position; `x`, `y` are quarters 0..3.
     // Reads one row above and two below, one column left and up to 16 right of the block.

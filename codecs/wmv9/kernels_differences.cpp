@@ -176,6 +176,29 @@ void Moments(const std::uint8_t* a, std::ptrdiff_t stride, std::uint32_t& sum,
     squares = Sum(wide, sums_of_squares);
 }
 
+// The last ones of a row are worked out with those before them once more.
+void Halve(std::uint8_t* out, const std::uint8_t* upper, const std::uint8_t* lower, int count) {
+    const Words8 words;
+    const hn::Rebind<std::uint8_t, Words8> halves;
+    const auto ones = hn::Set(hn::Repartition<std::int8_t, Words8>(), 1);
+    constexpr auto kStep = static_cast<int>(kLanes<Words8>);
+    const auto some = [&](int i) {
+        const auto sum =
+            hn::Add(MulSamplePairs(words, hn::LoadU(Samples16(), upper + 2 * i), ones),
+                    MulSamplePairs(words, hn::LoadU(Samples16(), lower + 2 * i), ones));
+        const auto mean = hn::ShiftRight<2>(hn::Add(sum, hn::Set(words, 2)));
+        hn::StoreU(hn::DemoteTo(halves, mean), halves, out + i);
+    };
+    if (count < kStep) {
+        for (int i = 0; i < count; ++i)
+            out[i] = static_cast<std::uint8_t>(
+                (upper[2 * i] + upper[2 * i + 1] + lower[2 * i] + lower[2 * i + 1] + 2) >> 2);
+        return;
+    }
+    for (int i = 0; i + kStep <= count; i += kStep) some(i);
+    some(count - kStep);
+}
+
 }  // namespace
 
 void SetDifferences(Kernels& kernels) {
@@ -183,6 +206,7 @@ void SetDifferences(Kernels& kernels) {
     kernels.sad_of_four = SadOfFour;
     kernels.squared = Squared;
     kernels.hadamard = Hadamard;
+    kernels.halve = Halve;
     kernels.moments = Moments;
 }
 

@@ -107,6 +107,11 @@ void BicubicOneWay(std::uint8_t* out, std::ptrdiff_t out_stride, const std::uint
                 Clip8((Cubic(source + y * stride + x, step, quarter) + half) >> shift);
 }
 
+void Halve(std::uint8_t* out, const std::uint8_t* upper, const std::uint8_t* lower, int count) {
+    for (int i = 0; i < count; ++i, upper += 2, lower += 2)
+        out[i] = static_cast<std::uint8_t>((upper[0] + upper[1] + lower[0] + lower[1] + 2) >> 2);
+}
+
 void Bicubic(std::uint8_t* out, std::ptrdiff_t out_stride, const std::uint8_t* source,
              std::ptrdiff_t stride, int width, int height, int x, int y, int rounding) {
     if (x == 0 && y == 0) return Copy(out, out_stride, source, stride, width, height);
@@ -311,6 +316,7 @@ Kernels PlainKernels() {
             .squared = Squared,
             .hadamard = Hadamard,
             .moments = Moments,
+            .halve = Halve,
             .bicubic = Bicubic,
             .bilinear = Bilinear,
             .chroma = Chroma,

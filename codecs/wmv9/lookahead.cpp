@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "codecs/common/index.h"
-#include "codecs/wmv9/b_fractions.h"
 
 namespace codecs::wmv9 {
 namespace {
@@ -22,11 +21,6 @@ constexpr std::uint32_t kOwnCost = 24;  // of a block coded by itself
 constexpr double kBCostPart = 0.5;
 // A scene changes where prediction saves less than this part.
 constexpr double kScenePart = 0.3;
-
-// Of two samples in a row and the two below.
-std::uint8_t Mean(const std::uint8_t* upper, const std::uint8_t* lower) {
-    return static_cast<std::uint8_t>((upper[0] + upper[1] + lower[0] + lower[1] + 2) >> 2);
-}
 
 int BlocksIn(int samples) { return (samples / 2 + kBlock - 1) / kBlock; }
 
@@ -44,8 +38,9 @@ Lookahead::Lookahead(int width, int height, int rounds)
       rows_(BlocksIn(height)),
       stride_(kBlock * columns_ + 2 * kMargin),
       rounds_(rounds),
-      to_earlier_(Index(columns_) * Index(rows_)),
-      to_later_(to_earlier_.size()) {}
+      to_later_(Index(columns_) * Index(rows_)) {
+    for (std::vector<Move>& moves : to_earlier_) moves.resize(to_later_.size());
+}
 
 void Lookahead::Add(const PictureView& picture) {
     Small small;
@@ -54,8 +49,8 @@ void Lookahead::Add(const PictureView& picture) {
         spare_.pop_back();
     }
     small.memory.resize(static_cast<std::size_t>(stride_) * Index(kBlock * rows_ + 2 * kMargin));
-    small.own.resize(to_earlier_.size());
-    small.moves.resize(to_earlier_.size());
+    small.own.resize(to_later_.size());
+    small.moves.resize(to_later_.size());
     Load(picture, small);
     for (int row = 0; row < rows_; ++row)
         for (int column = 0; column < columns_; ++column)
@@ -86,9 +81,8 @@ void Lookahead::Load(const PictureView& picture, Small& small) const {
     const std::ptrdiff_t stride = picture.strides[0];
     const std::uint8_t* a = picture.planes[0];
     for (int y = 0; y < height; ++y, a += 2 * stride) {
-        const std::uint8_t* const b = a + stride;
         std::uint8_t* const out = row_at(y);
-        for (int x = 0; x < width; ++x) out[x + kMargin] = Mean(a + x + x, b + x + x);
+        kernels_.halve(out + kMargin, a, a + stride, width);
         std::memset(out, out[kMargin], kMargin);
         std::memset(out + kMargin + width, out[kMargin + width - 1],
                     static_cast<std::size_t>(stride_) - Index(kMargin + width));
@@ -102,10 +96,8 @@ void Lookahead::Load(const PictureView& picture, Small& small) const {
 
 std::uint32_t Lookahead::OwnBlockCost(const Small& picture, int column, int row) const {
     const std::uint8_t* const block = picture.At(kBlock * column, kBlock * row, stride_);
-    int sum = 0;
-    for (int y = 0; y < kBlock; ++y)
-        for (int x = 0; x < kBlock; ++x) sum += block[y * stride_ + x];
-    std::uint8_t mean[kBlock];
+    std::uint8_t mean[kBlock] = {};
+    const std::uint32_t sum = kernels_.sad(block, stride_, mean, 0, kBlock, kBlock);
     std::fill(std::begin(mean), std::end(mean), static_cast<std::uint8_t>((sum + 32) >> 6));
     return kernels_.sad(block, stride_, mean, 0, kBlock, kBlock) + kOwnCost;
 }
@@ -179,13 +171,13 @@ std::int64_t Lookahead::MovedCost(const Small& picture, const Small& reference,
     return cost;
 }
 
-std::int64_t Lookahead::BCost(const Small& picture, const Small& earlier, const Small& later) {
-    MovedCost(picture, earlier, to_earlier_);
+std::int64_t Lookahead::BCost(const Small& picture, const Small& earlier,
+                              const std::vector<Move>& to_earlier, const Small& later) {
     MovedCost(picture, later, to_later_);
     std::int64_t cost = 0;
     for (int row = 0; row < rows_; ++row) {
         for (int column = 0; column < columns_; ++column) {
-            const Move& e = to_earlier_[Place(column, row)];
+            const Move& e = to_earlier[Place(column, row)];
             const Move& l = to_later_[Place(column, row)];
             alignas(64) std::uint8_t one[kBlock * kBlock];
             alignas(64) std::uint8_t other[kBlock * kBlock];
@@ -214,7 +206,8 @@ int Lookahead::Choose(int before, int first, int count) {
         const bool follows = i > 0 || before == first - 1;
         std::int64_t moved = 0;
         std::int64_t own = 0;
-        if (!follows) moved = MovedCost(picture, At(before), to_earlier_);
+        if (!follows) moved = MovedCost(picture, At(before), to_earlier_[Index(i)]);
+        if (follows && i == 0) to_earlier_[0] = picture.moves;
         for (std::size_t n = 0; n < picture.own.size(); ++n) {
             own += picture.own[n];
             if (follows) moved += std::min(picture.moves[n].cost, picture.own[n]);
@@ -228,9 +221,11 @@ int Lookahead::Choose(int before, int first, int count) {
     auto least = static_cast<double>(first_cost);
     for (int b_pictures = 1; b_pictures <= most; ++b_pictures) {
         const Small& anchor = At(first + b_pictures);
-        auto cost = static_cast<double>(MovedCost(anchor, At(before), to_earlier_));
+        auto cost = static_cast<double>(
+            MovedCost(anchor, At(before), to_earlier_[Index(b_pictures)]));
         for (int i = 0; i < b_pictures; ++i)
-            cost += kBCostPart * static_cast<double>(BCost(At(first + i), At(before), anchor));
+            cost += kBCostPart * static_cast<double>(BCost(At(first + i), At(before),
+                                                           to_earlier_[Index(i)], anchor));
         cost /= b_pictures + 1;
         if (cost >= least) continue;
         least = cost;

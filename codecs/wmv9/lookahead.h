@@ -1,10 +1,12 @@
 // Looks at small copies of the pictures that come: what moves where, and what is referred to.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <vector>
 
+#include "codecs/wmv9/b_fractions.h"
 #include "codecs/wmv9/encoder.h"
 #include "codecs/wmv9/kernels.h"
 
@@ -55,7 +57,8 @@ class Lookahead {
     void Load(const PictureView& picture, Small& small) const;
     std::int64_t MovedCost(const Small& picture, const Small& reference,
                            std::vector<Move>& moves) const;
-    std::int64_t BCost(const Small& picture, const Small& earlier, const Small& later);
+    std::int64_t BCost(const Small& picture, const Small& earlier,
+                       const std::vector<Move>& to_earlier, const Small& later);
     /// Where the prediction stands: in the reference, or in `room` of 8x8.
     const std::uint8_t* Predict(const Small& reference, const Move& move, int column, int row,
                                 std::uint8_t* room, std::ptrdiff_t& stride) const;
@@ -76,7 +79,8 @@ class Lookahead {
     std::deque<Small> pictures_;
     std::vector<Small> spare_;
     int first_ = 0;  // number of the first of them
-    std::vector<Move> to_earlier_;
+    // Of those that may become B pictures, and of the P picture after them, to the one before them.
+    std::array<std::vector<Move>, kMostBPictures + 1> to_earlier_;
     std::vector<Move> to_later_;
 };
 

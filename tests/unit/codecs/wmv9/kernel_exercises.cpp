@@ -91,6 +91,13 @@ std::vector<Variant> CountsAndQuantisers() {
     return variants;
 }
 
+std::vector<Variant> Counts() {
+    std::vector<Variant> variants;
+    for (const int count : {1, 7, 8, 9, 16, 35})
+        variants.push_back({.width = 2 * count, .height = 2, .count = count});
+    return variants;
+}
+
 // ---- What calls read
 
 Scene SceneOf(const Variant& variant, Content content, unsigned seed, Margins margins) {
@@ -202,6 +209,10 @@ void RunMoments(const Kernels& kernels, const Variant&, Scene& scene) {
     kernels.moments(scene.a.At(), scene.a.Stride(), scene.numbers[0], scene.numbers[1]);
 }
 
+void RunHalve(const Kernels& kernels, const Variant& variant, Scene& scene) {
+    kernels.halve(scene.out.At(), scene.a.At(), scene.a.At() + scene.a.Stride(), variant.count);
+}
+
 template <auto Kernel>
 void RunPrediction(const Kernels& kernels, const Variant& variant, Scene& scene) {
     (kernels.*Kernel)(scene.out.At(), scene.out.Stride(), scene.a.At(), scene.a.Stride(),
@@ -219,8 +230,11 @@ void RunAverage(const Kernels& kernels, const Variant& variant, Scene& scene) {
 }
 
 void RunSubtract(const Kernels& kernels, const Variant&, Scene& scene) {
-    kernels.subtract(scene.result.values, scene.a.At(), scene.a.Stride(), scene.b[0].At(),
-                     scene.b[0].Stride());
+    const BlockDifference difference =
+        kernels.subtract(scene.result.values, scene.a.At(), scene.a.Stride(), scene.b[0].At(),
+                         scene.b[0].Stride());
+    scene.numbers[0] = difference.absolute;
+    scene.numbers[1] = difference.squared;
 }
 
 void RunForward(const Kernels& kernels, const Variant& variant, Scene& scene) {
@@ -244,6 +258,14 @@ void RunQuantise(const Kernels& kernels, const Variant& variant, Scene& scene) {
     scene.numbers[0] = kernels.quantise(scene.result.values, scene.in.values,
                                         static_cast<std::uint32_t>(Reciprocal(variant.quantiser)),
                                         5 * variant.quantiser);
+}
+
+void RunDiffering(const Kernels& kernels, const Variant& variant, Scene& scene) {
+    alignas(32) std::int16_t other[64] = {};
+    for (int i = 0; i < 64; i += variant.quantiser) other[i] = scene.in.values[i];
+    const std::uint64_t places = kernels.differing(scene.in.values, other);
+    scene.numbers[0] = static_cast<std::uint32_t>(places);
+    scene.numbers[1] = static_cast<std::uint32_t>(places >> 32U);
 }
 
 void RunRestore(const Kernels& kernels, const Variant& variant, Scene& scene) {
@@ -303,6 +325,7 @@ const std::vector<Exercise>& Exercises() {
         {"squared",            Sizes,               PlainScene,       RunComparison<&Kernels::squared>},
         {"hadamard",           Sizes,               PlainScene,       RunComparison<&Kernels::hadamard>},
         {"moments",            Once,                PlainScene,       RunMoments},
+        {"halve",              Counts,              PlainScene,       RunHalve},
         {"bicubic",            Quarters,            BicubicScene,     RunPrediction<&Kernels::bicubic>},
         {"bilinear",           Halves,              BilinearScene,    RunPrediction<&Kernels::bilinear>},
         {"chroma",             ChromaQuarters,      BilinearScene,    RunChroma},
@@ -313,6 +336,7 @@ const std::vector<Exercise>& Exercises() {
         {"add",                ShapesAndQuantisers, RestoredScene,    RunAdd},
         {"put",                ShapesAndQuantisers, RestoredScene,    RunPut},
         {"quantise",           ShapesAndQuantisers, CoefficientScene, RunQuantise},
+        {"differing",          ShapesAndQuantisers, LevelScene,       RunDiffering},
         {"restore",            ShapesAndQuantisers, LevelScene,       RunRestore},
         {"filter_horizontal",  CountsAndQuantisers, HorizontalScene,  RunHorizontal},
         {"filter_vertical",    CountsAndQuantisers, VerticalScene,    RunVertical},
