@@ -58,6 +58,17 @@ struct Candidate {
     int bits = 0;
     std::int64_t error = 0;  // squared eighths
 
+    /// What the other means to whoever writes it.
+    void Take(const Candidate& other) {
+        macroblock = other.macroblock;
+        samples = other.samples;
+        bits = other.bits;
+        error = other.error;
+        if (macroblock.coded != 0) levels = other.levels;
+        if (!macroblock.intra) return;
+        residual = other.residual;
+        edges = other.edges;
+    }
     std::int64_t RdCost(std::int64_t lambda) const { return error + lambda * bits; }
 };
 

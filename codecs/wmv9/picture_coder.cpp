@@ -5,6 +5,17 @@
 #include "codecs/common/index.h"
 
 namespace codecs::wmv9 {
+namespace {
+
+// A macroblock's part of a plane, of so many samples across and down.
+template <int kSize>
+void Put(const Plane& plane, int x, int y, const std::uint8_t* from) {
+    std::uint8_t* to = plane.At(kSize * x, kSize * y);
+    for (int row = 0; row < kSize; ++row, to += plane.stride, from += kSize)
+        std::memcpy(to, from, kSize);
+}
+
+}  // namespace
 
 PictureCoder::PictureCoder(int width, int height, int threads)
     : rows_(Index(height)),
@@ -32,15 +43,9 @@ void PictureCoder::Commit(Picture& picture, const Candidate& candidate, int x, i
         picture.grid.Edges(x, y) = candidate.edges;
         if (picture.Overlaps()) overlap_.Take(x, y, candidate.residual);
     }
-    for (int n = 0; n < kBlocks; ++n) {
-        const BlockPlace& place = kBlockPlaces[Index(n)];
-        const Plane& plane = picture.result[place.plane];
-        const int unit = place.plane == 0 ? 16 : 8;
-        std::uint8_t* to = plane.At(unit * x + place.x, unit * y + place.y);
-        const std::uint8_t* from = candidate.samples.Block(n);
-        for (int row = 0; row < 8; ++row, to += plane.stride, from += place.stride)
-            std::memcpy(to, from, 8);
-    }
+    Put<16>(picture.result[0], x, y, candidate.samples.Block(0));
+    Put<8>(picture.result[1], x, y, candidate.samples.Block(4));
+    Put<8>(picture.result[2], x, y, candidate.samples.Block(5));
     rows_[Index(y)].Add(picture, candidate.macroblock, candidate.levels);
 }
 

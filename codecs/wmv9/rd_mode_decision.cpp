@@ -69,7 +69,9 @@ class MacroblockDecision {
         const MotionSearch search(picture_, *picture_.past, estimates_, quantiser_, preset_);
         const FoundVector one = search.Search(block, Nearest(prediction), starts.All());
         TryOne(prediction, one.vector);
-        if (picture_.header.mode == VectorMode::Mixed) TryFourMv(search, one);
+        // Where one vector leaves nothing to code, four seldom gain.
+        if (picture_.header.mode == VectorMode::Mixed && best_->macroblock.coded != 0)
+            TryFourMv(search, one);
         TryIntra(one.cost);
         Finish();
     }
@@ -225,6 +227,10 @@ class MacroblockDecision {
 
     // Only where the prediction from other pictures is poor beside the macroblock's own detail.
     void TryIntra(std::uint32_t inter_cost) {
+        const std::uint32_t least = quantiser_.search_lambda * kIntraBits >> 4;
+        const std::uint32_t limit =
+            preset_.intra_candidate ? inter_cost + inter_cost / 4 : inter_cost;
+        if (least > limit) return;
         std::uint32_t sum = 0;
         std::uint32_t squares = 0;
         const Plane& plane = picture_.source[0];
@@ -234,9 +240,7 @@ class MacroblockDecision {
         const std::uint32_t own =
             (preset_.hadamard ? picture_.kernels.hadamard : picture_.kernels.sad)(
                 plane.At(kLuma * x_, kLuma * y_), plane.stride, mean, 0, kLuma, kLuma) +
-            (quantiser_.search_lambda * kIntraBits >> 4);
-        const std::uint32_t limit =
-            preset_.intra_candidate ? inter_cost + inter_cost / 4 : inter_cost;
+            least;
         if (own > limit) return;
         Candidate& candidate = Begin();
         CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, preset_.rd_intra}, x_,
@@ -313,7 +317,7 @@ class MacroblockDecision {
     }
 
     void Finish() {
-        if (best_ != &out_) out_ = *best_;
+        if (best_ != &out_) out_.Take(*best_);
     }
 
     const Picture& picture_;
