@@ -76,8 +76,8 @@ class LevelSearch {
         });
     }
 
-    // Costs are compared together with what they are the costs of, below them: which survivor a
-    // level follows, and whether it is the nearest or the one towards nothing.
+    // Costs stand above what they are the costs of, so that both are compared at once: which
+    // survivor a level follows, and whether it is the nearest or the one towards nothing.
     static constexpr int kTagBits = 8;
     static constexpr std::int64_t kTagged = std::int64_t{1} << kTagBits;
 
@@ -92,7 +92,7 @@ class LevelSearch {
                 kTagged * (Square(coefficient - level * step_) - nothing) + tag;
             for (int s = 0; s < survivors_; ++s) {
                 const AcCodes::Lengths length = lengths[place - next_[s]];
-                const std::int64_t so_far = kTagged * costs_[s] + change + 2 * std::int64_t{s};
+                const std::int64_t so_far = costs_[s] + change + 2 * std::int64_t{s};
                 best = std::min(best, so_far + lambda * length.other);
                 end = std::min(end, so_far + lambda * length.last);
             }
@@ -107,11 +107,11 @@ class LevelSearch {
                         static_cast<std::int16_t>(lower ? towards : nearest), node_of_[survivor],
                         static_cast<std::int16_t>(size - (lower ? 1 : 0))};
         };
-        if (end >> kTagBits < end_cost_) {
-            end_cost_ = end >> kTagBits;
+        if ((end & -kTagged) < end_cost_) {
+            end_cost_ = end & -kTagged;
             end_ = node(end);
         }
-        const std::int64_t cost = best >> kTagBits;
+        const std::int64_t cost = best & -kTagged;
         nodes_[node_count_] = node(best);
         // One that is further away and no cheaper does not come back into play.
         while (survivors_ > 0 && costs_[survivors_ - 1] >= cost) --survivors_;
@@ -129,7 +129,7 @@ class LevelSearch {
             bits += codes_.Length(last, node->place - before->place - 1, node->size);
             node = before;
         }
-        return {bits, end_cost_ - lambda_ * bits, true};
+        return {bits, (end_cost_ >> kTagBits) - lambda_ * bits, true};
     }
 
     const TransformBlock& block_;

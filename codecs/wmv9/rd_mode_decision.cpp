@@ -15,6 +15,9 @@ namespace {
 constexpr int kLuma = 16;
 // Bits that an intra macroblock takes at least. Chosen by hand on the clips of bench/quality.
 constexpr std::uint32_t kIntraBits = 24;
+// Of what the best other vectors cost: direct vectors are coded, and nothing else is.
+constexpr double kDirectAtMost = 1.25;
+constexpr double kDirectAlone = 0.9;
 
 Quantiser MakeQuantiser(const Picture& picture, int x, int y) {
     const PictureHeader& header = picture.header;
@@ -80,7 +83,8 @@ class MacroblockDecision {
         direct_ = DeriveDirect(picture_, x_, y_);
         forward_ = PredictForward(picture_, x_, y_);
         backward_ = PredictBackward(picture_, x_, y_);
-        if (TryDirect()) return;
+        if (LeaveDirect()) return;
+        const std::uint32_t direct = DifferenceTo(samples_.values.data(), kLuma);
         const SearchBlock block{kLuma * x_, kLuma * y_, kLuma};
         const MotionSearch past(picture_, *picture_.past, estimates_, quantiser_, preset_);
         const MotionSearch future(picture_, *picture_.future, estimates_, quantiser_, preset_);
@@ -94,11 +98,14 @@ class MacroblockDecision {
         const FoundVector b = future.Search(block, backward_, to_future.All());
         const std::uint32_t both = BothCost(f, b);
         const std::uint32_t single = std::min(f.cost, b.cost);
+        const std::uint32_t moved = std::min(single, both);
+        if (direct <= kDirectAtMost * moved) CodeDirect();
+        if (direct <= kDirectAlone * moved) return Finish();
         if (preset_.both_ways || both >= single)
             TryMoved(f.cost <= b.cost ? Direction::Forward : Direction::Backward, f.vector,
                      b.vector);
         if (preset_.both_ways || both < single) TryMoved(Direction::Both, f.vector, b.vector);
-        TryIntra(std::min(both, single));
+        TryIntra(moved);
         Finish();
     }
 
@@ -133,6 +140,14 @@ class MacroblockDecision {
         candidate.macroblock.quantiser = static_cast<std::uint8_t>(quantiser_.number);
         candidate.bits = 0;
         return candidate;
+    }
+
+    // Of the source's luma.
+    std::uint32_t DifferenceTo(const std::uint8_t* samples, std::ptrdiff_t stride) const {
+        const Kernels& kernels = picture_.kernels;
+        const Plane& plane = picture_.source[0];
+        return (preset_.hadamard ? kernels.hadamard : kernels.sad)(
+            plane.At(kLuma * x_, kLuma * y_), plane.stride, samples, stride, kLuma, kLuma);
     }
 
     // True when nothing is left to code, so that nothing better needs to be looked for.
@@ -237,11 +252,7 @@ class MacroblockDecision {
         picture_.kernels.moments(plane.At(kLuma * x_, kLuma * y_), plane.stride, sum, squares);
         alignas(64) std::uint8_t mean[kLuma];
         std::fill(std::begin(mean), std::end(mean), static_cast<std::uint8_t>((sum + 128) >> 8));
-        const std::uint32_t own =
-            (preset_.hadamard ? picture_.kernels.hadamard : picture_.kernels.sad)(
-                plane.At(kLuma * x_, kLuma * y_), plane.stride, mean, 0, kLuma, kLuma) +
-            least;
-        if (own > limit) return;
+        if (DifferenceTo(mean, 0) + least > limit) return;
         Candidate& candidate = Begin();
         CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, preset_.rd_intra}, x_,
                   y_, candidate);
@@ -249,7 +260,7 @@ class MacroblockDecision {
         Consider(candidate);
     }
 
-    bool TryDirect() {
+    bool LeaveDirect() {
         Candidate& candidate = Begin();
         Macroblock& macroblock = candidate.macroblock;
         macroblock.direction = Direction::Direct;
@@ -263,11 +274,21 @@ class MacroblockDecision {
             Finish();
             return true;
         }
+        candidate.bits = 2;
+        Consider(candidate);
+        return false;
+    }
+
+    void CodeDirect() {
+        Candidate& candidate = Begin();
+        Macroblock& macroblock = candidate.macroblock;
+        macroblock.direction = Direction::Direct;
+        macroblock.vectors[0] = direct_.forward;
+        macroblock.backward = direct_.backward;
         CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, candidate);
         macroblock.skipped = macroblock.coded == 0;
         candidate.bits += 2;
         Consider(candidate);
-        return false;
     }
 
     std::uint32_t BothCost(const FoundVector& f, const FoundVector& b) const {
@@ -278,10 +299,7 @@ class MacroblockDecision {
                     kLuma);
         const Kernels& kernels = picture_.kernels;
         kernels.average(one, kLuma, one, kLuma, other, kLuma, kLuma, kLuma);
-        const Plane& plane = picture_.source[0];
-        const std::uint32_t difference = (preset_.hadamard ? kernels.hadamard : kernels.sad)(
-            plane.At(kLuma * x_, kLuma * y_), plane.stride, one, kLuma, kLuma, kLuma);
-        return difference + (f.cost - f.difference) + (b.cost - b.difference);
+        return DifferenceTo(one, kLuma) + (f.cost - f.difference) + (b.cost - b.difference);
     }
 
     void TryMoved(Direction direction, MotionVector forward, MotionVector backward) {
