@@ -16,7 +16,7 @@ constexpr int kMargin = 16;
 
 // Chosen by hand on the clips of bench/quality.
 constexpr std::uint32_t kMoveCost = 4;  // of a vector, in differences
-// A level for each sample: no other move is looked for.
+// Of a block that stands still: a level for each sample. No move is looked for.
 constexpr std::uint32_t kNearEnough = kBlock * kBlock;
 constexpr std::uint32_t kOwnCost = 24;  // of a block coded by itself
 // What a B picture costs beside a P picture, being coded more coarsely.
@@ -147,7 +147,7 @@ Lookahead::Move Lookahead::FindMove(const Small& picture, const Small& reference
     if (column > 0) consider_whole(found[Place(column - 1, row)]);
     if (row > 0) consider_whole(found[Place(column, row - 1)]);
     if (row > 0 && column + 1 < columns_) consider_whole(found[Place(column + 1, row - 1)]);
-    if (best.cost <= kNearEnough) return best;
+    if (best.x == 0 && best.y == 0 && best.cost <= kNearEnough) return best;
     const auto around = [&](int step) {
         const Move c = best;
         bool better = consider(c.x - step, c.y);
