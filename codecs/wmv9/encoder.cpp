@@ -69,7 +69,6 @@ class Encoder::Impl {
         const int kept = settings_.b_pictures > 0 ? kKept : 0;
         for (int i = 0; i < kAnchors + kept; ++i) anchors_.emplace_back(width_, height_);
         for (int i = 0; i < 2 + kept; ++i) grids_.emplace_back(width_, height_);
-        for (int i = 0; i < 2; ++i) mapped_.emplace_back(width_, height_);
         next_.tools = UsualTools(preset_);
     }
 
@@ -285,6 +284,8 @@ class Encoder::Impl {
                 picture.header.intensity = FindIntensity(picture.kernels, source_, *picture.past);
             if (picture.header.intensity) {
                 mapped = past_.mapped == 0 ? 1 : 0;
+                while (static_cast<int>(mapped_.size()) <= mapped)
+                    mapped_.emplace_back(width_, height_);
                 MapIntensity(*picture.header.intensity, *picture.past, mapped_[Index(mapped)]);
                 picture.past = &mapped_[Index(mapped)];
             }
@@ -377,7 +378,7 @@ class Encoder::Impl {
     MacroblockGrid b_grid_;
     std::vector<Frame> anchors_;
     std::vector<MacroblockGrid> grids_;
-    std::vector<Frame> mapped_;  // references in turn
+    std::vector<Frame> mapped_;  // references in turn, once there is a fade
     CodingState past_;           // before the picture coded last
     CodingState next_;           // after it
     int kept_anchor_ = -1;       // by a trial

@@ -62,7 +62,7 @@ int LookaheadPictures(const EncoderSettings& settings);
 /// Takes pictures in coding order: a B picture after the later one of the two that it refers to.
 /// The first picture becomes an I picture whatever is asked, and a B picture without two others
 /// before it a P picture. Values out of range are brought into it. One thread at a time; allocates
-/// on construction, and where a picture takes more bytes than any before it.
+/// on construction, at the first fade, and where a picture takes more bytes than any before it.
 class Encoder {
   public:
     explicit Encoder(const EncoderSettings& settings);
