@@ -61,7 +61,7 @@ struct Kernels {
     // Transforms.
     /// a - b of an 8x8 block, and how much that is.
     BlockDifference (*subtract)(std::int16_t* out, const std::uint8_t* a, std::ptrdiff_t a_stride,
-                           const std::uint8_t* b, std::ptrdiff_t b_stride);
+                                const std::uint8_t* b, std::ptrdiff_t b_stride);
     /// The adjoint of the inverse, over the whole 8x8 block in transforms of this shape; in eighths
     /// of what the inverse takes. Within 1 of the exact value; residuals are within 340 of zero.
     void (*forward)(Shape shape, std::int16_t* coefficients, const std::int16_t* residual);

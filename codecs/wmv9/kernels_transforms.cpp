@@ -288,7 +288,7 @@ void Inverse(Shape shape, std::int16_t* residual, const std::int16_t* coefficien
 // ---- Between samples and residuals
 
 BlockDifference Subtract(std::int16_t* out, const std::uint8_t* a, std::ptrdiff_t a_stride,
-                    const std::uint8_t* b, std::ptrdiff_t b_stride) {
+                         const std::uint8_t* b, std::ptrdiff_t b_stride) {
     const Words8 words;
     const hn::RepartitionToWide<Words8> sums;
     auto absolute = hn::Zero(words);

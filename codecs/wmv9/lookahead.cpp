@@ -224,8 +224,8 @@ int Lookahead::Choose(int before, int first, int count) {
     auto least = static_cast<double>(first_cost);
     for (int b_pictures = 1; b_pictures <= most; ++b_pictures) {
         const Small& anchor = At(first + b_pictures);
-        auto cost = static_cast<double>(
-            MovedCost(anchor, At(before), to_earlier_[Index(b_pictures)]));
+        auto cost =
+            static_cast<double>(MovedCost(anchor, At(before), to_earlier_[Index(b_pictures)]));
         for (int i = 0; i < b_pictures; ++i)
             cost += kBCostPart * static_cast<double>(BCost(At(first + i), At(before),
                                                            to_earlier_[Index(i)], anchor));

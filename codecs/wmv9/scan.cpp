@@ -16,8 +16,7 @@ Scan::Scan(std::span<const std::uint8_t> places) : size_(places.size()) {
     for (std::size_t i = 0; i < size_; ++i) {
         const std::size_t place = places_[i];
         for (std::size_t four = 0; four < 16; ++four)
-            if ((four >> place % 4 & 1U) != 0)
-                ordered_[place / 4][four] |= std::uint64_t{1} << i;
+            if ((four >> place % 4 & 1U) != 0) ordered_[place / 4][four] |= std::uint64_t{1} << i;
     }
 }
 

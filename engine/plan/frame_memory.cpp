@@ -19,7 +19,7 @@ struct Limits {
 constexpr Limits kOwn{
     // bytes  least  most
     96,       60,    300,   // of a GOP
-    64,       4,     16,    // ahead
+    36,       4,     16,    // ahead
     64,       8,     150};  // waiting
 constexpr Limits kOthers{
     96,       60,    100,

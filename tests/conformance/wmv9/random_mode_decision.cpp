@@ -258,8 +258,7 @@ class Dice {
             const int largest = random_.Roll(60) ? 3 : kLargestCoefficient / quantiser_.step;
             const int level = random_.Between(1, largest);
             const int place = random_.Below(static_cast<int>(scan.Places().size()));
-            levels[scan[place]] =
-                static_cast<std::int16_t>(random_.Roll(50) ? level : -level);
+            levels[scan[place]] = static_cast<std::int16_t>(random_.Roll(50) ? level : -level);
         }
     }
 

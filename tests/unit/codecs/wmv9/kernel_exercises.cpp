@@ -230,9 +230,8 @@ void RunAverage(const Kernels& kernels, const Variant& variant, Scene& scene) {
 }
 
 void RunSubtract(const Kernels& kernels, const Variant&, Scene& scene) {
-    const BlockDifference difference =
-        kernels.subtract(scene.result.values, scene.a.At(), scene.a.Stride(), scene.b[0].At(),
-                         scene.b[0].Stride());
+    const BlockDifference difference = kernels.subtract(
+        scene.result.values, scene.a.At(), scene.a.Stride(), scene.b[0].At(), scene.b[0].Stride());
     scene.numbers[0] = difference.absolute;
     scene.numbers[1] = difference.squared;
 }
