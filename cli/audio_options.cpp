@@ -47,9 +47,11 @@ constexpr Option kOptions[] = {
      .help = "[-a_content] <mode>\n"
              "    Specifies the content mode of the voice codec (WMSP9): 0, 1 or 2.\n",
      .note = {.accepts = "0, 1 or 2",
-              .fallback = "none",
-              .effect = "The voice codec's kind of content. Kept; the codec that stands in for it "
-                        "has no use for it.",
+              .fallback = "0",
+              .effect =
+                  "What the voice codec takes the sound for: 1 speech, 2 speech with music, 0 "
+                  "as it sounds from moment to moment. Music that lasts is told of at the "
+                  "end: another codec keeps it better.",
               .example = "-input talk.wav -output talk.wma -a_codec WMSP9 -a_content 1",
               .errors = "`Invalid range for parameter -a_content`"}},
     {.name = "-a_contentedl",
@@ -58,10 +60,13 @@ constexpr Option kOptions[] = {
              "    Specifies an optimization definition file for the voice codec (WMSP9).\n",
      .note = {.accepts = "a file name",
               .fallback = "none",
-              .effect = "The voice codec's optimization definition file.",
+              .effect =
+                  "The content mode of parts of the sound, from a text file: each line has a "
+                  "part's begin and end in milliseconds of the source and its mode, as in "
+                  "`1000 61500 2`, one after the other; lines that begin with # are left out. "
+                  "Elsewhere `-a_content` holds. Other codecs do not read it.",
               .example = "-input talk.wav -output talk.wma -a_codec WMSP9 -a_contentedl parts.edl",
-              .today = Today::Refused,
-              .errors = kNotYet}},
+              .errors = "`Prepare to encode failed with error …` that names the line"}},
     {.name = "-a_folddown6to2",
      .values = {Integer<&Set::a_folddown6to2, &FoldDownSettings::surround>(),
                 Integer<&Set::a_folddown6to2, &FoldDownSettings::center>(),

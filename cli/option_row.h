@@ -109,7 +109,5 @@ inline constexpr std::string_view kNoSize =
     "above 16384";
 inline constexpr std::string_view kNoRate =
     "no whole number: `Expect integer value for parameter …`";
-inline constexpr std::string_view kNotYet =
-    "not possible yet: refused in one line before anything is written";
 
 }  // namespace cli

@@ -60,7 +60,6 @@ struct OptionValue {
 /// Whether the example of a note runs today.
 enum class Today {
     Works,
-    Refused,  // one line says that it is not possible yet; exit status 1
     Hardware  // it depends on the machine
 };
 
@@ -69,9 +68,10 @@ struct OptionNote {
     std::string_view values = {};   // names of the values where the help has no entry
     std::string_view accepts = {};  // "" = the texts of its rule
     std::string_view fallback = {};
-    std::string_view effect = {};   // "" = the reference leaves the word out
-    std::string_view example = {};  // words behind the program's name, as a shell takes them; they
-                                    // read film.avi, talk.wav, card.png, job.weu and holiday/
+    std::string_view effect = {};  // "" = the reference leaves the word out
+    std::string_view example =
+        {};  // words behind the program's name, as a shell takes them; they
+             // read film.avi, talk.wav, card.png, job.weu, parts.edl and holiday/
     Today today = Today::Works;
     std::string_view errors = {};
 };

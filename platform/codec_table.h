@@ -31,7 +31,6 @@ class VbrModes {
 struct CodecMaker {
     enum class Kind : std::uint8_t {
         Library,       // libavcodec's encoder called `name`
-        StandIn,       // the codec with the short name `name`: this one has no encoder here yet
         FullFrames,    // nothing codes: frames as they are
         Pcm,           // nothing codes: samples as they are
         Wmv9,          // our own encoder of Windows Media Video 9
@@ -39,6 +38,7 @@ struct CodecMaker {
         Wma,           // our own encoder of Windows Media Audio 9
         Professional,  // our own encoder of Windows Media Audio 9 Professional
         Lossless,      // our own encoder of Windows Media Audio 9 Lossless
+        Voice,         // our own encoder of Windows Media Audio 9 Voice
     };
     Kind kind;
     std::string_view name = {};
@@ -74,7 +74,7 @@ inline constexpr auto kAudioCodecs = std::to_array<AudioCodecRow>({
     {"WMA9STD",   0x161, "Windows Media Audio 9",              kAllVbrModes,        false, {CodecMaker::Kind::Wma}},
     {"WMA9PRO",   0x162, "Windows Media Audio 9 Professional", kAllVbrModes,        true,  {CodecMaker::Kind::Professional}},
     {"WMA9LSL",   0x163, "Windows Media Audio 9 Lossless",     {VbrMode::Quality},  true,  {CodecMaker::Kind::Lossless}},
-    {"WMSP9",     0x00A, "Windows Media Audio 9 Voice",        {VbrMode::Constant}, false, {CodecMaker::Kind::StandIn, "WMA9STD"}},
+    {"WMSP9",     0x00A, "Windows Media Audio 9 Voice",        {VbrMode::Constant}, false, {CodecMaker::Kind::Voice}},
     {"PCM",       0,     "PCM",                                {VbrMode::Constant}, false, {CodecMaker::Kind::Pcm}},
 });
 
@@ -117,18 +117,6 @@ constexpr const VideoCodecRow* FindVideoCodec(std::string_view short_name) {
 }
 constexpr const VideoCodecRow* FindVideoCodec(std::uint32_t four_cc) {
     return FindRow(kVideoCodecs, &VideoCodecRow::four_cc, four_cc);
-}
-
-/// The codec that is written when `row` is asked for: itself, or the one that stands in for it.
-constexpr const AudioCodecRow& Written(const AudioCodecRow& row) {
-    if (row.maker.kind != CodecMaker::Kind::StandIn) return row;
-    const AudioCodecRow* stand_in = FindAudioCodec(row.maker.name);
-    return stand_in != nullptr ? *stand_in : row;
-}
-constexpr const VideoCodecRow& Written(const VideoCodecRow& row) {
-    if (row.maker.kind != CodecMaker::Kind::StandIn) return row;
-    const VideoCodecRow* stand_in = FindVideoCodec(row.maker.name);
-    return stand_in != nullptr ? *stand_in : row;
 }
 
 /// How many codecs a mode lists: those up to the last that has it, since places hold in all modes.

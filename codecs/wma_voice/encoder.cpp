@@ -8,15 +8,13 @@
 
 #include "codecs/common/index.h"
 #include "codecs/wma/sample_range.h"
+#include "codecs/wma_voice/music_detector.h"
 #include "codecs/wma_voice/packetiser.h"
 #include "codecs/wma_voice/rate_control.h"
 #include "codecs/wma_voice/superframe_coder.h"
 
 namespace codecs::wma_voice {
 namespace {
-
-constexpr double kPacketSeconds = 0.5;
-constexpr double kShortPacketSeconds = 0.1;
 
 // Takes off what is constant: a second-order filter. Further up it would turn the phases of voices.
 class HighPass {
@@ -44,11 +42,16 @@ class HighPass {
 
 }  // namespace
 
+StreamFormat FormatFor(const EncoderSettings& settings) {
+    return {settings.sampling_rate, settings.bit_rate, settings.low_delay};
+}
+
 class Encoder::Impl {
   public:
     Impl(const EncoderSettings& settings, DecodedSink decoded)
-        : format_(settings.sampling_rate, settings.bit_rate,
-                  settings.low_delay ? kShortPacketSeconds : kPacketSeconds),
+        : format_(FormatFor(settings)),
+          content_(settings.content),
+          music_(settings.sampling_rate),
           high_pass_(settings.sampling_rate),
           coder_(format_),
           packets_(format_),
@@ -56,16 +59,14 @@ class Encoder::Impl {
           decoded_(std::move(decoded)),
           waiting_(Index(coder_.Before())) {}
 
-    const StreamFormat& Format() const { return format_; }
-
-    void Encode(std::span<const float> samples, const CodedPacketSink& sink) {
+    void Encode(std::span<const float> samples, const PacketSink& sink) {
         for (const float sample : samples)
             waiting_.push_back(high_pass_(std::clamp(wma::InRange(sample), -1.0F, 1.0F)));
         samples_ += static_cast<std::int64_t>(samples.size());
         while (waiting_.size() >= Needed()) Code(kSuperframeSamples, sink);
     }
 
-    void Finish(const CodedPacketSink& sink) {
+    void Finish(const PacketSink& sink) {
         while (coded_ < samples_) {
             waiting_.resize(Needed());
             const std::int64_t left = samples_ - coded_;
@@ -74,15 +75,28 @@ class Encoder::Impl {
         packets_.Finish(coder_.Dummy(), Timed(sink));
     }
 
+    std::int64_t MusicSamples() const { return music_samples_; }
+
   private:
+    ContentMode ModeAt(std::int64_t sample) const {
+        for (const ContentPart& part : content_.parts)
+            if (sample >= part.begin && sample < part.end) return part.mode;
+        return content_.mode;
+    }
+
     std::size_t Needed() const {
         return Index(coder_.Before() + kSuperframeSamples + coder_.Behind());
     }
 
-    void Code(int length, const CodedPacketSink& sink) {
+    void Code(int length, const PacketSink& sink) {
         const int fill = static_cast<int>(std::lround(std::max(rate_.Missing(), 0.0)));
-        coder_.Code(std::span(waiting_).first(Needed()), length,
-                    {rate_.DbPerBit(), rate_.MostBits()}, fill, bits_);
+        const auto superframe = std::span(waiting_).first(Needed());
+        music_.Add(superframe.last(kSuperframeSamples));
+        if (music_.IsMusic()) music_samples_ += length;
+        const ContentMode mode = ModeAt(coded_);
+        const bool mixed =
+            mode == ContentMode::Automatic ? music_.IsMusic() : mode == ContentMode::Mixed;
+        coder_.Code(superframe, length, {rate_.DbPerBit(), rate_.MostBits(), mixed}, fill, bits_);
         if (decoded_) decoded_(coder_.Decoded().first(Index(length)));
         waiting_.erase(waiting_.begin(), waiting_.begin() + kSuperframeSamples);
         coded_ += length;
@@ -91,17 +105,19 @@ class Encoder::Impl {
         if (rate_.Missing() > packets_.Room() && packets_.CanPad()) packets_.Pad(Timed(sink));
     }
 
-    PacketSink Timed(const CodedPacketSink& sink) const {
-        return [this, &sink](const Packet& packet) {
-            const auto time = [&](std::int64_t superframe) {
-                return std::min(superframe * kSuperframeSamples, samples_);
-            };
-            const std::int64_t first = time(packet.first_superframe);
-            sink({packet.bytes, first, time(packet.first_superframe + packet.superframes) - first});
+    PacketSink Timed(const PacketSink& sink) const {
+        return [this, &sink](Packet packet) {
+            const std::int64_t end = std::min(packet.first_sample + packet.samples, samples_);
+            packet.first_sample = std::min(packet.first_sample, samples_);
+            packet.samples = end - packet.first_sample;
+            sink(packet);
         };
     }
 
     StreamFormat format_;
+    Content content_;
+    MusicDetector music_;
+    std::int64_t music_samples_ = 0;
     HighPass high_pass_;
     SuperframeCoder coder_;
     Packetiser packets_;
@@ -117,11 +133,10 @@ Encoder::Encoder(const EncoderSettings& settings, DecodedSink decoded)
     : impl_(std::make_unique<Impl>(settings, std::move(decoded))) {}
 Encoder::~Encoder() = default;
 
-int Encoder::PacketBytes() const { return impl_->Format().PacketBytes(); }
-std::array<std::uint8_t, 46> Encoder::ExtraData() const { return impl_->Format().ExtraData(); }
-void Encoder::Encode(std::span<const float> samples, const CodedPacketSink& sink) {
-    impl_->Encode(samples, sink);
+void Encoder::Encode(std::span<const std::span<const float>> samples, const PacketSink& sink) {
+    impl_->Encode(samples.front(), sink);
 }
-void Encoder::Finish(const CodedPacketSink& sink) { impl_->Finish(sink); }
+std::int64_t Encoder::MusicSamples() const { return impl_->MusicSamples(); }
+void Encoder::Finish(const PacketSink& sink) { impl_->Finish(sink); }
 
 }  // namespace codecs::wma_voice

@@ -1,46 +1,64 @@
 // Encodes speech as Windows Media Audio 9 Voice, format tag 0x000A.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <span>
+#include <vector>
+
+#include "codecs/wma/packetiser.h"
+#include "codecs/wma_voice/stream_format.h"
 
 namespace codecs::wma_voice {
+
+using wma::Packet;
+using wma::PacketSink;
+
+/// Mixed = music may be among speech. Automatic = as it sounds.
+enum class ContentMode : std::uint8_t { Automatic, Speech, Mixed };
+
+struct ContentPart {
+    std::int64_t begin = 0;  // sample
+    std::int64_t end = 0;
+    ContentMode mode = ContentMode::Automatic;
+};
+
+/// What there is to be encoded.
+struct Content {
+    ContentMode mode = ContentMode::Automatic;  // outside the parts
+    std::vector<ContentPart> parts = {};        // one after the other
+};
 
 struct EncoderSettings {
     int sampling_rate = 8000;  // 8000 to 22050
     int bit_rate = 8000;       // bits per second
     bool low_delay = false;    // packets are small
+    Content content = {};
 };
 
-/// One thread. Samples first to last are what packets complete: `first` counts from the start of
-/// the sound.
-struct CodedPacket {
-    std::span<const std::uint8_t> bytes;  // until the sink returns
-    std::int64_t first = 0;
-    std::int64_t samples = 0;
-};
-using CodedPacketSink = std::function<void(const CodedPacket& packet)>;
+/// Of the stream that an encoder makes with these settings.
+StreamFormat FormatFor(const EncoderSettings& settings);
+
 /// What decoders give out, in order.
 using DecodedSink = std::function<void(std::span<const float> samples)>;
 
+/// One thread. Decoders give back as many samples as there were.
 class Encoder {
   public:
+    using Settings = EncoderSettings;
+
     explicit Encoder(const EncoderSettings& settings, DecodedSink decoded = {});
     ~Encoder();
     Encoder(const Encoder&) = delete;
     Encoder& operator=(const Encoder&) = delete;
 
-    /// What the stream's header says.
-    int PacketBytes() const;
-    std::array<std::uint8_t, 46> ExtraData() const;
-
-    /// One channel, full scale +-1.0, of any length.
-    void Encode(std::span<const float> samples, const CodedPacketSink& sink);
+    /// Full scale +-1.0, of any length; of one channel.
+    void Encode(std::span<const std::span<const float>> samples, const PacketSink& sink);
     /// Once, after the last sample.
-    void Finish(const CodedPacketSink& sink);
+    void Finish(const PacketSink& sink);
+    /// How much of the sound so far is music, or sounds like that, whatever it was said to be.
+    std::int64_t MusicSamples() const;
 
   private:
     class Impl;

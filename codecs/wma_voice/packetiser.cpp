@@ -67,7 +67,8 @@ void Packetiser::Close(bool last, const PacketSink& sink) {
     while (static_cast<int>(packet.Size()) < capacity_) packet.Put(0, 1);
     const std::int64_t first = std::max<std::int64_t>(begun_before_ - 1, 0);
     const std::int64_t begun = begun_before_ + begun_;
-    sink({packet.Bytes(), first, (last ? begun : begun - 1) - first});
+    const std::int64_t end = last ? begun : begun - 1;
+    sink({packet.Bytes(), first * kSuperframeSamples, (end - first) * kSuperframeSamples, true});
     ++packets_;
     begun_before_ = begun;
     Begin();

@@ -3,25 +3,18 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <span>
-#include <vector>
 
 #include "codecs/common/bit_writer.h"
+#include "codecs/wma/packetiser.h"
 #include "codecs/wma_voice/stream_format.h"
 
 namespace codecs::wma_voice {
 
-/// Which superframes a decoder gives out when it gets the packet: it keeps back the last one that
-/// has begun.
-struct Packet {
-    std::span<const std::uint8_t> bytes;  // until the sink returns
-    std::int64_t first_superframe = 0;
-    std::int64_t superframes = 0;
-};
-using PacketSink = std::function<void(const Packet& packet)>;
+using wma::Packet;
+using wma::PacketSink;
 
-/// The format outlives it. One thread.
+/// A packet has the samples that a decoder gives out when it gets it: all but those of the last
+/// superframe that has begun. The format outlives it. One thread.
 class Packetiser {
   public:
     explicit Packetiser(const StreamFormat& format);

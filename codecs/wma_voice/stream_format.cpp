@@ -24,6 +24,8 @@ constexpr std::array<std::uint8_t, kTypes> kClasses = {
     // type 0 and 1, 2 to 7, 8 to 10, 11 to 13, 14 to 16
     1, 0, 4, 4, 4, 5, 5, 5, 0, 1, 0, 1, 2, 2, 2, 3, 3};
 
+constexpr double kPacketSeconds = 0.5;
+constexpr double kShortPacketSeconds = 0.1;
 // Packets are no longer than what can be left empty at the end of one, and filled, in silence.
 constexpr double kMostPacketBits = 3600;
 // Nor shorter than the longest superframe, and another's beginning.
@@ -35,7 +37,7 @@ int CeilLog2(int value) {
 
 }  // namespace
 
-StreamFormat::StreamFormat(int sampling_rate, int bit_rate, double packet_seconds)
+StreamFormat::StreamFormat(int sampling_rate, int bit_rate, bool low_delay)
     : sampling_rate_(sampling_rate),
       bit_rate_(bit_rate),
       order_(sampling_rate < 16000 ? 10 : 16),
@@ -56,7 +58,8 @@ StreamFormat::StreamFormat(int sampling_rate, int bit_rate, double packet_second
     pitch_delta_bits_ = 1 + CeilLog2(reach_);
 
     const double packet_bits =
-        std::clamp(packet_seconds * bit_rate, kLeastPacketBits, kMostPacketBits);
+        std::clamp((low_delay ? kShortPacketSeconds : kPacketSeconds) * bit_rate, kLeastPacketBits,
+                   kMostPacketBits);
     const double superframes = std::floor(packet_bits / SuperframeBits());
     packet_bytes_ = static_cast<int>(superframes * SuperframeBits() / 8);
 }

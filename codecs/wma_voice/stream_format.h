@@ -17,8 +17,8 @@ constexpr int kMostLag = 416;  // samples, at 22.05 kHz and below
 class StreamFormat {
   public:
     /// @param sampling_rate  8000 to 22050
-    /// @param packet_seconds  about as long as a packet shall be
-    StreamFormat(int sampling_rate, int bit_rate, double packet_seconds);
+    /// @param low_delay  packets are small
+    StreamFormat(int sampling_rate, int bit_rate, bool low_delay);
 
     /// What stands after the WAVEFORMATEX in the stream's header.
     std::array<std::uint8_t, 46> ExtraData() const;

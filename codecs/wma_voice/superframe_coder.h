@@ -16,6 +16,7 @@ namespace codecs::wma_voice {
 struct Allowance {
     double db_per_bit = 0;  // that a bit more has to improve a frame
     int most_bits = 0;      // in all; more than LeastBits()
+    bool mixed = false;     // music may be in it
 };
 
 /// One thread.

@@ -93,7 +93,6 @@ std::string Section(const cli::Option& option) {
     const std::string fallback =
         note.fallback.empty() ? std::string() : fmt::format("- Default: {}\n", note.fallback);
     std::string_view mark;
-    if (note.today == Today::Refused) mark = " (not possible yet)";
     if (note.today == Today::Hardware) mark = " (depends on the machine)";
     return fmt::format(
         "### {}\n\n`{}{}{}`\n\n{}\n\n- Values: {}\n{}- Example{}: `tessivo-console {}`\n"
@@ -140,25 +139,14 @@ std::string FilterTable() {
     return table + "\n";
 }
 
-template <typename Row>
-std::string_view WrittenAs(const Row& row) {
-    const Row& written = Written(row);
-    return &written == &row ? "itself" : written.name;
-}
-
 std::string CodecTables() {
-    std::string text = "## Codecs\n\n| -a_codec | name | encoded as |\n|---|---|---|\n";
+    std::string text = "## Codecs\n\n| -a_codec | name |\n|---|---|\n";
     for (const platform::AudioCodecRow& row : platform::kAudioCodecs)
-        text += fmt::format("| {} | {} | {} |\n", row.short_name, row.name, WrittenAs(row));
-    text += "\n| -v_codec | name | encoded as |\n|---|---|---|\n";
+        text += fmt::format("| {} | {} |\n", row.short_name, row.name);
+    text += "\n| -v_codec | name |\n|---|---|\n";
     for (const platform::VideoCodecRow& row : platform::kVideoCodecs)
-        text += fmt::format("| {} | {} | {} |\n", row.short_name, row.name, WrittenAs(row));
-    return text +
-           "\nA codec that is encoded as another is so until its own encoder is built; listings, "
-           "report and file say so. WMA9STD is encoded from 24000 bits per second on, at a "
-           "constant "
-           "rate in every mode: what is asked for below comes out at that, and a quality at a rate "
-           "that comes near it.\n\n";
+        text += fmt::format("| {} | {} |\n", row.short_name, row.name);
+    return text + "\n";
 }
 
 std::string ArgumentsOf(const platform::AudioCodecRow& row, VbrMode mode) {

@@ -43,7 +43,7 @@ AvGopCoder::AvGopCoder(const VideoPlan& plan, const codecs::RateSettings& rate,
     : fields_(plan.fields), packets_(packets) {
     const std::string subject = fmt::format("Video codec {}", plan.codec->name);
     const AVCodec* encoder =
-        avcodec_find_encoder_by_name(std::string(plan.WrittenCodec().maker.name).c_str());
+        avcodec_find_encoder_by_name(std::string(plan.codec->maker.name).c_str());
     if (encoder == nullptr) throw AvError(AVERROR_ENCODER_NOT_FOUND, subject);
     codec_.reset(CheckAllocated(avcodec_alloc_context3(encoder)));
     codec_->width = plan.width;

@@ -19,7 +19,7 @@ using platform::CodecMaker;
 
 std::unique_ptr<VideoEncoder> MakeVideoEncoder(const VideoPlan& plan, const EncoderPass& pass,
                                                CodedFramePool& packets) {
-    const CodecMaker::Kind maker = plan.WrittenCodec().maker.kind;
+    const CodecMaker::Kind maker = plan.codec->maker.kind;
     if (maker == CodecMaker::Kind::FullFrames)
         return std::make_unique<FullFrameEncoder>(plan, packets);
     StreamHeader header = VideoStreamHeader(plan);
@@ -57,6 +57,8 @@ std::unique_ptr<AudioEncoder> MakeAudioEncoder(const AudioPlan& plan, const Enco
         return std::make_unique<LosslessAudioEncoder>(plan, packets);
     if (written.maker.kind == CodecMaker::Kind::Professional)
         return std::make_unique<WmaAudioEncoder<codecs::wma_pro::Encoder>>(plan, pass, packets);
+    if (written.maker.kind == CodecMaker::Kind::Voice)
+        return std::make_unique<WmaAudioEncoder<codecs::wma_voice::Encoder>>(plan, pass, packets);
     return std::make_unique<WmaAudioEncoder<codecs::wma_standard::Encoder>>(plan, pass, packets);
 }
 

@@ -11,7 +11,7 @@ std::uint32_t Unsigned(std::int64_t value) { return static_cast<std::uint32_t>(v
 
 StreamHeader VideoStreamHeader(const VideoPlan& plan) {
     VideoHeader video;
-    video.four_cc = plan.WrittenCodec().four_cc;
+    video.four_cc = plan.codec->four_cc;
     video.width = plan.width;
     video.height = plan.height;
     video.frame_rate_thousandths = Unsigned(CodedFrameRate(plan));

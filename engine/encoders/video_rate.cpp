@@ -48,7 +48,7 @@ void KeepToLevel(const VideoPlan& plan, codecs::RateSettings& rate) {
 }
 
 bool IsWmv9(const VideoPlan& plan) {
-    return plan.WrittenCodec().maker.kind == platform::CodecMaker::Kind::Wmv9;
+    return plan.codec->maker.kind == platform::CodecMaker::Kind::Wmv9;
 }
 
 Ticks LengthOf(const VideoPlan& plan, int pictures) {

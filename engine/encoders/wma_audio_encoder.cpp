@@ -5,6 +5,8 @@
 #include <thread>
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "engine/encoders/audio_header.h"
 #include "engine/encoders/packet_buffer.h"
 #include "engine/plan/audio_stream_format.h"
@@ -23,23 +25,52 @@ int ThreadsFor(int channels) {
     return channels <= 2 ? 1 : static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
 }
 
+codecs::wma_voice::ContentMode VoiceModeOf(ContentMode mode) {
+    switch (mode) {
+        case ContentMode::Speech:
+            return codecs::wma_voice::ContentMode::Speech;
+        case ContentMode::Mixed:
+            return codecs::wma_voice::ContentMode::Mixed;
+        case ContentMode::Automatic:
+            break;
+    }
+    return codecs::wma_voice::ContentMode::Automatic;
+}
+
+// Music that lasts less is not told of.
+constexpr double kMusicSeconds = 5;
+
+codecs::wma_voice::Content ContentFor(const VoiceContent& content, int sampling_rate) {
+    const auto sample = [&](Ticks time) {
+        return av_rescale(time.count, sampling_rate, Ticks::kPerSecond);
+    };
+    codecs::wma_voice::Content voice{VoiceModeOf(content.mode), {}};
+    for (const ContentPart& part : content.parts)
+        voice.parts.push_back({sample(part.begin), sample(part.end), VoiceModeOf(part.mode)});
+    return voice;
+}
+
 template <typename Settings>
 Settings SettingsFor(const AudioPlan& plan, const EncoderPass& pass) {
     const AudioFormat written = WrittenFormat(plan);
     Settings settings;
     settings.sampling_rate = written.sampling_rate;
-    settings.channels = written.channels;
     settings.bit_rate = written.value;
-    settings.mode = RateModeOf(plan.mode);
-    settings.quality = plan.format.value;
-    settings.peak_rate = plan.peak_rate_bps;
-    settings.peak_seconds = plan.peak_buffer_ms / 1000.0;
-    settings.first_pass = pass.first_audio;
     settings.low_delay = plan.input.capture.has_value();
+    if constexpr (requires { settings.mode; }) {  // more than speech at one rate
+        settings.channels = written.channels;
+        settings.mode = RateModeOf(plan.mode);
+        settings.quality = plan.format.value;
+        settings.peak_rate = plan.peak_rate_bps;
+        settings.peak_seconds = plan.peak_buffer_ms / 1000.0;
+        settings.first_pass = pass.first_audio;
+    }
     if constexpr (requires { settings.threads; }) {
         settings.bits_per_sample = written.bits_per_sample;
         settings.threads = ThreadsFor(written.channels);
     }
+    if constexpr (requires { settings.content; })
+        settings.content = ContentFor(plan.content, written.sampling_rate);
     return settings;
 }
 
@@ -51,9 +82,17 @@ struct Packet {
 
     explicit Packet(const codecs::wma_standard::CodedPacket& packet)
         : bytes(packet.bytes), first(packet.first), samples(packet.samples) {}
-    explicit Packet(const codecs::wma_pro::Packet& packet)
+    explicit Packet(const codecs::wma::Packet& packet)
         : bytes(packet.data), first(packet.first_sample), samples(packet.samples) {}
 };
+
+template <typename Format>
+int PacketBytes(const Format& format) {
+    if constexpr (requires { format.packet_bytes; })
+        return format.packet_bytes;
+    else
+        return format.PacketBytes();
+}
 
 }  // namespace
 
@@ -66,7 +105,7 @@ WmaAudioEncoder<Encoder>::WmaAudioEncoder(const AudioPlan& plan, const EncoderPa
       encoder_(SettingsFor<typename Encoder::Settings>(plan, pass)),
       channels_(static_cast<std::size_t>(format_.channels)) {
     const int packet_bytes =
-        FormatFor(SettingsFor<typename Encoder::Settings>(plan, {})).packet_bytes;
+        PacketBytes(FormatFor(SettingsFor<typename Encoder::Settings>(plan, {})));
     buffers_.reset(CheckAllocated(av_buffer_pool_init(
         static_cast<std::size_t>(packet_bytes) + AV_INPUT_BUFFER_PADDING_SIZE, nullptr)));
 }
@@ -103,7 +142,7 @@ StreamHeader WmaAudioEncoder<Encoder>::Header() const {
     const auto format = FormatFor(SettingsFor<typename Encoder::Settings>(plan_, {}));
     StreamHeader header = AudioStreamHeader(plan_);
     AudioHeader& audio = std::get<AudioHeader>(header.format);
-    audio.block_align = static_cast<std::uint16_t>(format.packet_bytes);
+    audio.block_align = static_cast<std::uint16_t>(PacketBytes(format));
     audio.average_bytes_per_second = static_cast<std::uint32_t>(format_.value / 8);
     const auto extra = format.ExtraData();
     header.extra_data.assign(extra.begin(), extra.end());
@@ -125,7 +164,29 @@ bool WmaAudioEncoder<Encoder>::Finish(const CodedFrameSink& sink) {
     return wanted_;
 }
 
+template <typename Encoder>
+std::vector<float> WmaAudioEncoder<Encoder>::TakeFirstPass() {
+    if constexpr (requires { encoder_.TakeFirstPass(); })
+        return encoder_.TakeFirstPass();
+    else
+        return {};
+}
+
+template <typename Encoder>
+std::string WmaAudioEncoder<Encoder>::NoteText() const {
+    if constexpr (requires { encoder_.MusicSamples(); }) {
+        const double seconds = static_cast<double>(encoder_.MusicSamples()) / format_.sampling_rate;
+        if (seconds >= kMusicSeconds)
+            return fmt::format(
+                "{} carries speech; {:.0f} seconds of {} sound like music, which -a_codec WMA9STD "
+                "keeps better.",
+                plan_.codec->name, seconds, plan_.input.Name());
+    }
+    return {};
+}
+
 template class WmaAudioEncoder<codecs::wma_standard::Encoder>;
 template class WmaAudioEncoder<codecs::wma_pro::Encoder>;
+template class WmaAudioEncoder<codecs::wma_voice::Encoder>;
 
 }  // namespace engine

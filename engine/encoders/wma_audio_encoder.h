@@ -2,10 +2,12 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <vector>
 
 #include "codecs/wma_pro/encoder.h"
 #include "codecs/wma_standard/encoder.h"
+#include "codecs/wma_voice/encoder.h"
 #include "engine/base/av/coded_frame_pool.h"
 #include "engine/base/av/encoder.h"
 #include "engine/encoders/make_encoder.h"
@@ -13,7 +15,7 @@
 
 namespace engine {
 
-/// Of the standard or the professional codec.
+/// Of the standard, the professional or the voice codec.
 template <typename Encoder>
 class WmaAudioEncoder final : public AudioEncoder {
   public:
@@ -23,7 +25,8 @@ class WmaAudioEncoder final : public AudioEncoder {
     StreamHeader Header() const override;
     bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;
     bool Finish(const CodedFrameSink& sink) override;
-    std::vector<float> TakeFirstPass() override { return encoder_.TakeFirstPass(); }
+    std::vector<float> TakeFirstPass() override;
+    std::string NoteText() const override;
 
   private:
     // Called with the encoder's packets.
@@ -41,5 +44,6 @@ class WmaAudioEncoder final : public AudioEncoder {
 
 extern template class WmaAudioEncoder<codecs::wma_standard::Encoder>;
 extern template class WmaAudioEncoder<codecs::wma_pro::Encoder>;
+extern template class WmaAudioEncoder<codecs::wma_voice::Encoder>;
 
 }  // namespace engine

@@ -13,6 +13,7 @@ namespace engine {
 namespace {
 
 using platform::SourceType;
+using platform::VideoCodecRow;
 
 template <typename Rows>
 const auto& RowAt(const Rows& rows, const char* list, int index) {
@@ -82,7 +83,7 @@ int Profile::VideoCodecCount() const {
 std::string Profile::EnumAudioCodec(int index) const {
     return AudioDisplayName(AudioRow(index), state_->audio_mode);
 }
-std::string Profile::EnumVideoCodec(int index) const { return VideoDisplayName(VideoRow(index)); }
+std::string Profile::EnumVideoCodec(int index) const { return std::string(VideoRow(index).name); }
 
 std::uint32_t Profile::GetCodecFourCCFromIndex(SourceType type, int index) const {
     CheckAudioOrVideo(type);

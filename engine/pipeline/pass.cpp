@@ -272,6 +272,8 @@ void Pass::ProcessAudio(Chain& chain) {
     if (Drain(chain, filter)) resampler_->Finish(encode);
     audio_encoder_->Finish(to_interleaver);
     first_audio_ = audio_encoder_->TakeFirstPass();
+    const std::string note = audio_encoder_->NoteText();
+    if (!note.empty()) events_.noted(note);
 }
 
 void Pass::DecodeVideo(Chain& chain) {

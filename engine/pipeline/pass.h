@@ -39,7 +39,7 @@ class Pass {
         std::function<void(const platform::Error&)> failed;
         /// The same of a source that ends before its time: what it gave before is good.
         std::function<void(const platform::Error&)> lost;
-        /// A line about what was read.
+        /// A line about what was read, or how it suits its codec.
         std::function<void(const std::string&)> noted;
         /// From the writer, after the last frame.
         std::function<void()> ended;

@@ -3,6 +3,7 @@
 #include "codecs/wma_lossless/stream_format.h"
 #include "codecs/wma_pro/encoder.h"
 #include "codecs/wma_standard/encoder.h"
+#include "codecs/wma_voice/stream_format.h"
 
 namespace engine {
 
@@ -42,6 +43,12 @@ AudioStreamFormat Lossless(const AudioFormat& format) {
     return {stream.PacketBytes(), stream.ExtraData()};
 }
 
+AudioStreamFormat Voice(const AudioFormat& format) {
+    const codecs::wma_voice::StreamFormat stream(format.sampling_rate, format.value, false);
+    const auto extra = stream.ExtraData();
+    return {stream.PacketBytes(), {extra.begin(), extra.end()}};
+}
+
 }  // namespace
 
 RateMode RateModeOf(VbrMode mode) {
@@ -69,9 +76,10 @@ AudioStreamFormat StreamFormatOf(const WrittenAudio& written, VbrMode mode) {
             return Professional(format, mode);
         case CodecMaker::Kind::Lossless:
             return Lossless(format);
+        case CodecMaker::Kind::Voice:
+            return Voice(format);
         // Named one by one, so that a maker of audio that is added is not forgotten here.
         case CodecMaker::Kind::Library:
-        case CodecMaker::Kind::StandIn:
         case CodecMaker::Kind::FullFrames:
         case CodecMaker::Kind::Wmv9:
         case CodecMaker::Kind::Screen:

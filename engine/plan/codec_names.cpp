@@ -4,18 +4,7 @@
 
 namespace engine {
 
-namespace {
-
 using platform::VbrMode;
-
-template <typename Row>
-std::string NameWithStandIn(const Row& row) {
-    const Row& written = Written(row);
-    return &written == &row ? std::string(row.name)
-                            : fmt::format("{} (as {})", row.name, written.name);
-}
-
-}  // namespace
 
 const char* ModeName(VbrMode mode) {
     switch (mode) {
@@ -34,9 +23,7 @@ const char* ModeName(VbrMode mode) {
 std::string AudioDisplayName(const AudioCodecRow& row, VbrMode mode) {
     if (!row.modes.Has(mode) && row.modes.Has(VbrMode::Quality))
         return fmt::format("{} (needs -a_mode 2)", row.name);
-    return NameWithStandIn(row);
+    return std::string(row.name);
 }
-
-std::string VideoDisplayName(const VideoCodecRow& row) { return NameWithStandIn(row); }
 
 }  // namespace engine

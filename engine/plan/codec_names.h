@@ -8,15 +8,12 @@
 namespace engine {
 
 using platform::AudioCodecRow;
-using platform::VideoCodecRow;
 
 /// "constant rate", "peak rate", "quality", "bit rate VBR".
 const char* ModeName(platform::VbrMode mode);
 
-/// The name in a listing and a report: the codec's own, with what stands in for it where it has no
-/// encoder of its own ("Windows Media Video 9 Screen (as Windows Media Video 8)"), or with the mode
-/// that it needs where the mode lists it without formats.
+/// The name in a listing and a report: the codec's own, with the mode that it needs where the mode
+/// lists it without formats.
 std::string AudioDisplayName(const AudioCodecRow& row, platform::VbrMode mode);
-std::string VideoDisplayName(const VideoCodecRow& row);
 
 }  // namespace engine

@@ -17,6 +17,7 @@
 #include "engine/plan/network_settings.h"
 #include "engine/plan/screen_area.h"
 #include "engine/plan/screen_share.h"
+#include "engine/plan/voice_content.h"
 #include "engine/plan/written_audio.h"
 #include "platform/codec_table.h"
 #include "platform/pixel_format_table.h"
@@ -94,6 +95,7 @@ struct AudioPlan {
     std::int32_t peak_rate_bps = 0;   // peak mode only
     std::int32_t peak_buffer_ms = 0;  // peak mode only
     Downmix downmix;
+    VoiceContent content;  // of the voice codec
 };
 
 /// Whether frames are coded as two fields, and which one is shown first.
@@ -133,9 +135,6 @@ struct VideoPlan {
     /// What a device that conforms can take; 0 = no limit.
     std::int64_t level_rate_bps = 0;
     std::int64_t level_buffer_bits = 0;
-
-    /// The codec that is written.
-    const platform::VideoCodecRow& WrittenCodec() const { return platform::Written(*codec); }
 };
 
 /// A file that holds the whole session.

@@ -30,7 +30,7 @@ constexpr Limits kOthers{
 }  // namespace
 
 FrameMemory FrameMemoryOf(const VideoPlan& plan) {
-    const bool own = plan.WrittenCodec().maker.kind == platform::CodecMaker::Kind::Wmv9;
+    const bool own = plan.codec->maker.kind == platform::CodecMaker::Kind::Wmv9;
     const Limits& limits = own ? kOwn : kOthers;
     const std::int64_t frame = std::int64_t{plan.width} * plan.height * 3 / 2;
     const auto frames_of = [frame](std::int64_t mebibytes, std::int64_t least, std::int64_t most) {

@@ -1,4 +1,4 @@
-// How an audio format that was asked for is really written.
+// How an audio format that was asked for is written.
 #pragma once
 
 #include <cstdint>
@@ -8,9 +8,7 @@
 
 namespace engine {
 
-/// How an asked format is really written: a stand-in, and an encoder whose range ends earlier, take
-/// the nearest that they can. `format.value` is a bit rate in bits per second in every mode, and
-/// 100 where nothing is lost.
+/// `format.value` is a bit rate in bits per second in every mode, and 100 where nothing is lost.
 struct WrittenAudio {
     platform::CodecMaker maker{};
     std::uint16_t tag = 0;
@@ -19,8 +17,7 @@ struct WrittenAudio {
 WrittenAudio WrittenFor(const AudioCodecRow& row, platform::VbrMode mode,
                         const AudioFormat& format);
 
-/// The codec description of the file's codec list: what is written ("64 kbps, 44 kHz, stereo CBR"),
-/// and in brackets what was asked for where that differs.
+/// The codec description of the file's codec list: "64 kbps, 44 kHz, stereo CBR".
 std::string AudioDescription(const AudioCodecRow& row, platform::VbrMode mode,
                              const AudioFormat& format);
 

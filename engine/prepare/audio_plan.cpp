@@ -6,6 +6,7 @@
 
 #include "engine/plan/codec_names.h"
 #include "engine/plan/value_checks.h"
+#include "engine/prepare/content_parts.h"
 #include "engine/prepare/peak_plan.h"
 
 namespace engine {
@@ -16,15 +17,28 @@ using platform::VbrMode;
 constexpr PeakNames kPeakNames = {"audio", "AudioPeakBitrate", "AudioBufferMax", "-a_peakbitrate",
                                   3000};
 
+// Real definitions have some lines.
+constexpr std::size_t kMostDefinitionBytes = std::size_t{1} << 20U;
+
+VoiceContent ContentOf(const AudioSourceRecord& source, platform::FileSystem& files) {
+    VoiceContent content{static_cast<ContentMode>(source.content_mode), {}};
+    if (source.content_edl.empty()) return content;
+    content.parts = ReadContentParts(files.ReadBytes(source.content_edl, kMostDefinitionBytes),
+                                     source.content_edl);
+    // Its times are the source's, which begins at its mark.
+    const Ticks start = Ticks::FromMilliseconds(source.mark_in_ms);
+    for (ContentPart& part : content.parts) {
+        part.begin = part.begin - start;
+        part.end = part.end - start;
+    }
+    return content;
+}
+
 }  // namespace
 
-AudioPlan PlanAudio(const AudioSourceRecord& source, const ProfileRecord& profile) {
+AudioPlan PlanAudio(const AudioSourceRecord& source, const ProfileRecord& profile,
+                    platform::FileSystem& files) {
     const AudioSettings& audio = profile.audiences.front().audio;
-    if (!source.content_edl.empty())
-        RefuseUnbuilt(
-            fmt::format("The optimization definition file {} cannot be used yet: leave "
-                        "-a_contentedl out",
-                        source.content_edl));
     if (audio.format.sampling_rate == 0)
         RefuseArgument("The profile has no audio format: give -a_setting or a profile code");
     AudioPlan plan;
@@ -41,6 +55,8 @@ AudioPlan PlanAudio(const AudioSourceRecord& source, const ProfileRecord& profil
         plan.peak_rate_bps = peak.rate_bps;
         plan.peak_buffer_ms = peak.buffer_ms;
     }
+    if (plan.codec->maker.kind == platform::CodecMaker::Kind::Voice)
+        plan.content = ContentOf(source, files);
     return plan;
 }
 

@@ -58,8 +58,8 @@ void EvenSides(bool source_size, VideoPlan& plan) {
         --side;
         if (source_size) ++margin;
     };
-    even(plan.WrittenCodec().even_width, plan.width, plan.crop.right);
-    even(plan.WrittenCodec().even_height, plan.height, plan.crop.bottom);
+    even(plan.codec->even_width, plan.width, plan.crop.right);
+    even(plan.codec->even_height, plan.height, plan.crop.bottom);
 }
 
 }  // namespace

@@ -172,7 +172,7 @@ EncodePlan MakePlan(const SessionRecord& session, const PrepareParts& parts) {
 
     EncodePlan plan;
     if (audio != nullptr) {
-        plan.audio = PlanAudio(*audio, profile);
+        plan.audio = PlanAudio(*audio, profile, parts.files);
         if (MayBeSurround(audio->input) && plan.audio->written.format.channels == 2)
             plan.audio->downmix = PlanDownmix(session.attributes);
     }

@@ -66,7 +66,7 @@ void PlanPreprocessing(const VideoSourceRecord& source, const ProfileRecord& pro
     // A profile is kept from one command to the next, and once interlaced stays so.
     plan.fields =
         filter.fields.value_or(profile.interlaced ? FieldCoding::AsTheSource : FieldCoding::None);
-    if (plan.fields != FieldCoding::None && !plan.WrittenCodec().fields)
+    if (plan.fields != FieldCoding::None && !plan.codec->fields)
         RefuseUnbuilt(
             fmt::format("{} cannot code interlaced pictures here: give -v_preproc 1 to make whole "
                         "ones of them, or -v_codec MP41",

@@ -62,7 +62,7 @@ void PlanPixels(const VideoSourceRecord& source, VideoPlan& plan) {
             fmt::format("Pictures cannot be turned into the pixel format {:08X} (one with a "
                         "palette, or unknown): give -pixelformat another",
                         source.pixel_format));
-    if (plan.WrittenCodec().four_cc != 0) return;
+    if (plan.codec->four_cc != 0) return;
     if (!plan.pixels->uncompressed)
         RefuseArgument(
             fmt::format("{} in {} would be read as RGB555: give -pixelformat RGB555 or RGB24, or "
@@ -156,7 +156,7 @@ VideoPlan PlanVideo(const VideoSourceRecord& source, const ProfileRecord& profil
     }
     const std::string target = ConformanceTarget(profile);
     if (!target.empty()) PlanConformance(target, plan);
-    plan.codec_name = VideoDisplayName(*plan.codec);
+    plan.codec_name = plan.codec->name;
     plan.codec_description = VideoDescription(plan);
     return plan;
 }

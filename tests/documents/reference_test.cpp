@@ -27,6 +27,7 @@ void MakeInputs(const TempFolder& folder) {
     Ffmpeg("-f lavfi -i sine=sample_rate=44100:duration=1", folder / "talk.wav");
     Ffmpeg("-f lavfi -i testsrc2=size=64x48 -frames:v 1", folder / "card.png");
     std::ofstream(folder / "job.weu") << "-profile av100 -v_bitrate 60000\n";
+    std::ofstream(folder / "parts.edl") << "# milliseconds, and the content mode\n0 500 2\n";
     std::ofstream(folder / "mine.prx")
         << "<profile name='Mine'><streamconfig streamnumber='1' bitrate='60000'><wmmediatype>"
            "<videoinfoheader><bitmapinfoheader bicompression='WMV3'/></videoinfoheader>"
@@ -36,7 +37,7 @@ void MakeInputs(const TempFolder& folder) {
            "<Profile File='mine.prx'/></SourceGroup></EncoderSession>\n";
 }
 
-TEST(Documents, EachExampleDoesWhatItsMarkSays) {
+TEST(Documents, EachExampleWorks) {
     const TempFolder folder;
     MakeInputs(folder);
     std::vector<cli::Option> options;
@@ -50,14 +51,7 @@ TEST(Documents, EachExampleDoesWhatItsMarkSays) {
             RunCommand({"bash", "-c",
                         "cd '" + folder.path().string() + "' && '" TESSIVO_CONSOLE "' " +
                             std::string(note.example)});
-        if (note.today == cli::Today::Works) {
-            EXPECT_EQ(result.status, 0) << result.out << result.err;
-            continue;
-        }
-        EXPECT_EQ(result.status, 1) << result.out;
-        const bool says_so = result.out.find(" yet") != std::string::npos ||
-                             result.out.find("Loading the session") != std::string::npos;
-        EXPECT_TRUE(says_so) << result.out;
+        EXPECT_EQ(result.status, 0) << result.out << result.err;
     }
 }
 

@@ -38,6 +38,8 @@ float Sample(const AVFrame& frame, int i) {
     switch (frame.format) {
         case AV_SAMPLE_FMT_FLTP:
             return reinterpret_cast<const float*>(frame.extended_data[0])[at];
+        case AV_SAMPLE_FMT_FLT:
+            return reinterpret_cast<const float*>(frame.data[0])[interleaved];
         case AV_SAMPLE_FMT_S16:
             return static_cast<float>(
                        reinterpret_cast<const std::int16_t*>(frame.data[0])[interleaved]) /

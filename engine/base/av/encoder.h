@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "codecs/common/two_pass_plan.h"
@@ -62,6 +63,8 @@ class AudioEncoder {
     virtual bool Finish(const CodedFrameSink& sink) = 0;
     /// For the encoder of the second pass, after Finish.
     virtual std::vector<float> TakeFirstPass() { return {}; }
+    /// What the person should know of how the sound suits the codec, a sentence; after Finish.
+    virtual std::string NoteText() const { return {}; }
 };
 
 }  // namespace engine

@@ -53,15 +53,10 @@ double SignalToNoiseFloor(const AudioFormat& format) {
 
 TEST(WmaStandardEncoder, WritesEveryRateThatTheListingLeadsTo) {
     std::vector<AudioFormat> formats;
-    for (const platform::AudioCodecRow& codec : platform::kAudioCodecs)
-        for (const auto list : {engine::AudioFormats(codec, VbrMode::Constant),
-                                engine::UnlistedAudioFormats(codec, VbrMode::Constant)})
-            for (const AudioFormat& asked : list) {
-                const engine::WrittenAudio written = WrittenFor(codec, VbrMode::Constant, asked);
-                const bool known =
-                    std::find(formats.begin(), formats.end(), written.format) != formats.end();
-                if (written.tag == 0x0161 && !known) formats.push_back(written.format);
-            }
+    const auto& codec = *platform::FindAudioCodec("WMA9STD");
+    for (const auto list : {engine::AudioFormats(codec, VbrMode::Constant),
+                            engine::UnlistedAudioFormats(codec, VbrMode::Constant)})
+        formats.insert(formats.end(), list.begin(), list.end());
     ASSERT_GT(formats.size(), 40U);
     for (const AudioFormat& format : formats) {
         SCOPED_TRACE(testing::Message() << format.value << " bit/s, " << format.sampling_rate

@@ -11,9 +11,9 @@
 namespace voice_conformance {
 namespace {
 
-using codecs::wma_voice::CodedPacket;
 using codecs::wma_voice::Encoder;
 using codecs::wma_voice::EncoderSettings;
+using codecs::wma_voice::Packet;
 
 struct EncodedSpeech {
     int packet_bytes = 0;
@@ -28,30 +28,33 @@ EncodedSpeech Encode(const EncoderSettings& settings, const Sound& sound) {
     Encoder encoder(settings, [&](std::span<const float> samples) {
         result.own.insert(result.own.end(), samples.begin(), samples.end());
     });
-    const auto extra = encoder.ExtraData();
+    const codecs::wma_voice::StreamFormat format = FormatFor(settings);
+    const auto extra = format.ExtraData();
     test_support::AudioDecoder decoder({0x000A,
                                         settings.sampling_rate,
                                         1,
                                         16,
                                         settings.bit_rate / 8,
-                                        encoder.PacketBytes(),
+                                        format.PacketBytes(),
                                         {extra.begin(), extra.end()}});
-    result.packet_bytes = encoder.PacketBytes();
+    result.packet_bytes = format.PacketBytes();
     std::int64_t samples = 0;
-    const auto sink = [&](const CodedPacket& packet) {
-        EXPECT_EQ(static_cast<int>(packet.bytes.size()), result.packet_bytes);
+    const auto sink = [&](const Packet& packet) {
+        EXPECT_EQ(static_cast<int>(packet.data.size()), result.packet_bytes);
         // Times are those of what a decoder gives out with the packet.
-        EXPECT_EQ(packet.first, decoder.Samples());
-        EXPECT_EQ(packet.first, samples);
+        EXPECT_EQ(packet.first_sample, decoder.Samples());
+        EXPECT_EQ(packet.first_sample, samples);
         samples += packet.samples;
         ++result.packets;
-        decoder.Decode(packet.bytes);
+        decoder.Decode(packet.data);
     };
     // Pieces of any length.
     const std::span whole(sound);
     for (std::size_t from = 0, piece = 1; from < sound.size();
-         from += piece, piece = piece * 7 % 5003)
-        encoder.Encode(whole.subspan(from, std::min(piece, sound.size() - from)), sink);
+         from += piece, piece = piece * 7 % 5003) {
+        const auto part = whole.subspan(from, std::min(piece, sound.size() - from));
+        encoder.Encode({&part, 1}, sink);
+    }
     encoder.Finish(sink);
     EXPECT_EQ(samples, static_cast<std::int64_t>(sound.size()));
     test_support::DecodedAudio decoded = decoder.Finish();
@@ -143,6 +146,27 @@ TEST(WmaVoiceEncoder, WritesWhatIsHardToWrite) {
         const EncodedSpeech encoded = Encode(c.settings, c.sound);
         ExpectTheSame(encoded, c.sound);
         for (const double sample : encoded.decoded) ASSERT_LT(std::abs(sample), 3);
+    }
+}
+
+TEST(WmaVoiceEncoder, HearsMusicThatLasts) {
+    const struct {
+        const char* why;
+        Sound sound;
+        double least, most;  // seconds of music
+    } cases[] = {
+        {"speech", Speech(16000, 6), 0, 0},
+        {"silence", Silence(16000, 6), 0, 0},
+        {"music", Chords(16000, 6), 4.5, 5.2},
+        {"speech, then music", Joined(Speech(16000, 5), Chords(16000, 6)), 2.5, 5},
+    };
+    for (const auto& c : cases) {
+        Encoder encoder({16000, 12000});
+        const std::span<const float> whole(c.sound);
+        encoder.Encode({&whole, 1}, [](const Packet& /*packet*/) {});
+        const double seconds = static_cast<double>(encoder.MusicSamples()) / 16000;
+        EXPECT_GE(seconds, c.least) << c.why;
+        EXPECT_LE(seconds, c.most) << c.why;
     }
 }
 

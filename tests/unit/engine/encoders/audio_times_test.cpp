@@ -25,6 +25,8 @@ const TimesCase kCases[] = {
     {"recorded",            "WMA9STD", VbrMode::Constant, {128000, 44100, 2, 16},    true},
     {"any number of bits",  "WMA9STD", VbrMode::Quality,  {98, 44100, 2, 16},        false},
     {"lossless",            "WMA9LSL", VbrMode::Quality,  {100, 44100, 2, 16},       false},
+    {"voice",               "WMSP9",   VbrMode::Constant, {12000, 16000, 1, 16},     false},
+    {"voice, recorded",     "WMSP9",   VbrMode::Constant, {20000, 22050, 1, 16},     true},
 };
 // clang-format on
 

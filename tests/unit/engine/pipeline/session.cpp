@@ -33,8 +33,8 @@ std::string_view AvName(const platform::CodecMaker& maker) {
             return "wmapro";
         case Kind::Lossless:
             return "wmalossless";
-        case Kind::StandIn:
-            break;
+        case Kind::Voice:
+            return "wmavoice";
     }
     return "";
 }

@@ -127,7 +127,7 @@ struct WrittenCase {
     const char* description;
 };
 
-TEST(WrittenAudio, IsTheNearestThatTheEncoderCan) {
+TEST(WrittenAudio, HasARateInEveryMode) {
     // clang-format off
     const WrittenCase cases[] = {
         {"as asked", Standard(), VbrMode::Constant, {64040, 44100, 2, 16},
@@ -145,7 +145,7 @@ TEST(WrittenAudio, IsTheNearestThatTheEncoderCan) {
          {{Kind::Professional}, 0x0162, {288000, 48000, 6, 16}},
          "quality 50, 48 kHz, 6 channels VBR"},
         {"voice", Voice(), VbrMode::Constant, {12000, 16000, 1, 16},
-         {{Kind::Wma}, 0x0161, {12000, 16000, 1, 16}}, "12 kbps, 16 kHz, mono CBR"},
+         {{Kind::Voice}, 0x000A, {12000, 16000, 1, 16}}, "12 kbps, 16 kHz, mono CBR"},
         {"lossless", Lossless(), VbrMode::Quality, {100, 44100, 2, 24},
          {{Kind::Lossless}, 0x0163, {100, 44100, 2, 24}},
          "quality 100, 44 kHz, stereo, 24 bit VBR"},
@@ -155,7 +155,6 @@ TEST(WrittenAudio, IsTheNearestThatTheEncoderCan) {
     for (const WrittenCase& c : cases) {
         const WrittenAudio written = WrittenFor(c.row, c.mode, c.format);
         EXPECT_EQ(written.maker.kind, c.written.maker.kind) << c.why;
-        EXPECT_EQ(written.maker.name, c.written.maker.name) << c.why;
         EXPECT_EQ(written.tag, c.written.tag) << c.why;
         EXPECT_EQ(written.format, c.written.format) << c.why;
         EXPECT_EQ(AudioDescription(c.row, c.mode, c.format), c.description) << c.why;
@@ -163,22 +162,17 @@ TEST(WrittenAudio, IsTheNearestThatTheEncoderCan) {
 }
 
 TEST(CodecTable, RowsHoldTogether) {
-    for (const AudioCodecRow& row : platform::kAudioCodecs) {
-        EXPECT_NE(Written(row).maker.kind, Kind::StandIn) << row.short_name;
+    for (const AudioCodecRow& row : platform::kAudioCodecs)
         for (const VbrMode mode : kModes)
             EXPECT_EQ(row.modes.Has(mode), !AudioFormats(row, mode).empty())
                 << row.short_name << " " << ModeName(mode);
-    }
-    for (const VideoCodecRow& row : platform::kVideoCodecs) {
-        const platform::CodecMaker maker = Written(row).maker;
-        EXPECT_NE(maker.kind, Kind::StandIn) << row.short_name;
-        EXPECT_TRUE(maker.kind != Kind::Library ||
-                    avcodec_find_encoder_by_name(maker.name.data()) != nullptr)
+    for (const platform::VideoCodecRow& row : platform::kVideoCodecs)
+        EXPECT_TRUE(row.maker.kind != Kind::Library ||
+                    avcodec_find_encoder_by_name(row.maker.name.data()) != nullptr)
             << row.short_name;
-    }
 }
 
-TEST(CodecNames, SayWhatStandsIn) {
+TEST(CodecNames, SayWhichModeIsNeeded) {
     const auto audio = [](const AudioCodecRow& row) {
         return AudioDisplayName(row, VbrMode::Constant);
     };
@@ -186,7 +180,6 @@ TEST(CodecNames, SayWhatStandsIn) {
     EXPECT_EQ(audio(Professional()), "Windows Media Audio 9 Professional");
     EXPECT_EQ(audio(Lossless()), "Windows Media Audio 9 Lossless (needs -a_mode 2)");
     EXPECT_EQ(AudioDisplayName(Lossless(), VbrMode::Quality), "Windows Media Audio 9 Lossless");
-    EXPECT_EQ(VideoDisplayName(platform::kVideoCodecs[3]), "Windows Media Video 9 Screen");
 }
 
 }  // namespace

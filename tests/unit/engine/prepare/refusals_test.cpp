@@ -141,10 +141,6 @@ const Contradiction kContradictions[] = {
          s.Video().SetPixelFormat(platform::FourCC("YUY2"));
          s.Video().SetCroppingLeftMargin(1);
      }},
-    {"optimization definition", kUnbuilt, {"a.edl"},
-     [](Session& s) {
-         platform::AsAudio(s.group->Source(SourceType::Audio, 0))->SetContentEDL("a.edl");
-     }},
     {"push to no point", kInvalid, {"live1", "point", "-push"}, [](Session& s) { s.tree.broadcast.SetServerName("live1"); }},
     // output
     {"no output", kInvalid, {"no output", "-output"}, [](Session& s) { s.tree.file.SetLocalFileName(""); }},
