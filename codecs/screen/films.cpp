@@ -1,7 +1,8 @@
 #include "codecs/screen/films.h"
 
 #include <algorithm>
-#include <cstdlib>
+
+#include "codecs/screen/pixel_kernels.h"
 
 namespace codecs::screen {
 namespace {
@@ -16,28 +17,15 @@ constexpr int kFilmNeighbours = 2;
 constexpr double kSettlingSeconds = 0.25;
 constexpr double kSettlingBits = 400;  // of a tile
 
-int Channel(std::uint32_t pixel, int shift) { return static_cast<int>(pixel >> shift & 0xFF); }
-
 // Whether so many of a rectangle's pixels have changed as text never has, whose paper stays the
 // same; or many, and most of them slightly, as a camera's or a decoder's noise has it, where text
 // changes by its contrast.
 bool Flickers(PixelView source, PixelView before, const Rect& rect) {
-    std::int64_t changed = 0;
-    std::int64_t slight = 0;
-    for (int y = rect.y; y < rect.y + rect.height; ++y) {
-        const std::uint32_t* const a = source.Row(y);
-        const std::uint32_t* const b = before.Row(y);
-        for (int x = rect.x; x < rect.x + rect.width; ++x) {
-            const int red = std::abs(Channel(a[x], 16) - Channel(b[x], 16));
-            const int green = std::abs(Channel(a[x], 8) - Channel(b[x], 8));
-            const int blue = std::abs(Channel(a[x], 0) - Channel(b[x], 0));
-            const int most = std::max({red, green, blue});
-            changed += most > 0 ? 1 : 0;
-            slight += most > 0 && most <= kSlight ? 1 : 0;
-        }
-    }
-    return 100 * changed > kMostOfText * rect.Area() ||
-           (kManyPart * changed >= rect.Area() && 2 * slight > changed);
+    const PixelChanges changes =
+        CountChanges(source.Row(rect.y) + rect.x, source.stride, before.Row(rect.y) + rect.x,
+                     before.stride, rect.width, rect.height, kSlight);
+    return 100 * changes.all > kMostOfText * rect.Area() ||
+           (kManyPart * changes.all >= rect.Area() && 2 * changes.slight > changes.all);
 }
 
 }  // namespace

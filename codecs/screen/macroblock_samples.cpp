@@ -4,6 +4,7 @@
 #include <array>
 
 #include "codecs/common/index.h"
+#include "codecs/screen/pixel_kernels.h"
 
 namespace codecs::screen {
 namespace {
@@ -38,31 +39,6 @@ std::int16_t Difference(int scaled) {
 // Where a sample of luma stands in its block, by its row and column.
 std::int16_t* LumaRow(Blocks& samples, int row, int half) {
     return &samples[2 * (row / 8) + half][Index(row % 8 * 8)];
-}
-
-// All pixels show.
-void LoadWhole(PixelView source, const Rect& area, Blocks& samples) {
-    for (int row = 0; row < kMacroblock; ++row) {
-        const std::uint32_t* const pixels = source.Row(area.y + row) + area.x;
-        for (int half = 0; half < 2; ++half) {
-            std::int16_t* const out = LumaRow(samples, row, half);
-            for (int i = 0; i < 8; ++i) out[i] = Luma(pixels[8 * half + i]);
-        }
-    }
-    for (int row = 0; row < kMacroblock; row += 2) {
-        const std::uint32_t* const a = source.Row(area.y + row) + area.x;
-        const std::uint32_t* const b = source.Row(area.y + row + 1) + area.x;
-        for (int i = 0; i < 8; ++i) {
-            const int left = 2 * i;
-            const int right = 2 * i + 1;
-            const int red = Red(a[left]) + Red(a[right]) + Red(b[left]) + Red(b[right]);
-            const int green = Green(a[left]) + Green(a[right]) + Green(b[left]) + Green(b[right]);
-            const int blue = Blue(a[left]) + Blue(a[right]) + Blue(b[left]) + Blue(b[right]);
-            const std::size_t place = Index(row / 2 * 8 + i);
-            samples[4][place] = Difference(ScaledBlueDifference(red, green, blue) / 4);
-            samples[5][place] = Difference(ScaledRedDifference(red, green, blue) / 4);
-        }
-    }
 }
 
 struct Sums {
@@ -144,7 +120,7 @@ std::uint8_t LoadMacroblock(PixelView source, PlaneView indices, int mask, const
     if (mask < 0) showing = static_cast<int>(area.Area());
     std::uint8_t blocks = 0;
     if (showing == kMacroblock * kMacroblock) {
-        LoadWhole(source, area, samples);
+        ConvertMacroblock(source.Row(area.y) + area.x, source.stride, samples[0].data());
         blocks = kAllBlocks;
     } else if (showing > 0) {
         LoadPart(source, indices, mask, area, samples, blocks);

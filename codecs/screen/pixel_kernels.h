@@ -15,4 +15,17 @@ constexpr int kCell = 8;
 void CompareCells(const std::uint32_t* a, std::ptrdiff_t a_stride, const std::uint32_t* b,
                   std::ptrdiff_t b_stride, int width, int rows, std::uint8_t* changed);
 
+/// Of pixels in which two rectangles differ.
+struct PixelChanges {
+    int all = 0;
+    int slight = 0;  // each channel by no more than what was asked for
+};
+/// Strides in pixels; `slight` is 0 to 255. Any thread; cannot fail.
+PixelChanges CountChanges(const std::uint32_t* a, std::ptrdiff_t a_stride, const std::uint32_t* b,
+                          std::ptrdiff_t b_stride, int width, int rows, int slight);
+
+/// 16x16 pixels as full-range BT.601 samples in 4:2:0: four blocks of luma, one of blue and one of
+/// red difference, 64 samples each in rows of 8. Stride in pixels. Any thread; cannot fail.
+void ConvertMacroblock(const std::uint32_t* pixels, std::ptrdiff_t stride, std::int16_t* samples);
+
 }  // namespace codecs::screen

@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "codecs/common/index.h"
 #include "codecs/screen/plane_view.h"
 #include "codecs/screen/region_coder.h"
 
@@ -52,18 +53,29 @@ class RegionCuts {
 
     int CutCells(const Rect& cells);
     int AddLeaf(RegionKind kind, const Rect& cells);
-    Choice BestCut(const Rect& cells, std::uint8_t wanted);
+    Choice BestCut(const Rect& cells, const std::vector<std::uint64_t>& unlike);
+    void SetUnlike(std::span<const std::uint8_t> cells);
+    static constexpr int kWordBits = 64;
+    static int FirstWord(const Rect& cells) { return cells.x / kWordBits; }
+    static int LastWord(const Rect& cells) { return (cells.x + cells.width - 1) / kWordBits; }
+    static std::uint64_t Inside(const Rect& cells, int word);
+    std::size_t Place(int y, int word) const { return Index(y) * Index(words_) + Index(word); }
     Rect Pixels(const Rect& cells) const;
 
     int width_;
     int height_;
-    int columns_;
-    std::span<const std::uint8_t> cells_;
+    int columns_;  // cells
+    int rows_;
+    int words_;  // of a row
+    // A bit for each cell that cannot be kept, or moved.
+    std::vector<std::uint64_t> unlike_kept_;
+    std::vector<std::uint64_t> unlike_moved_;
     RegionTree* tree_ = nullptr;
     std::vector<Leaf>* leaves_ = nullptr;
-    std::vector<Extent>
-        extents_of_rows_;  // of cells that have not the state wanted; kept for their memory
+    // Of cells that are unlike; kept for their memory.
+    std::vector<Extent> extents_of_rows_;
     std::vector<Extent> extents_of_columns_;
+    std::vector<std::uint64_t> seen_;
     std::vector<std::int64_t> after_;
 };
 
