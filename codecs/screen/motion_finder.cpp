@@ -10,6 +10,7 @@ namespace {
 // Motion is looked for where so many cells have changed, and used where so many have moved.
 constexpr int kMotionCells = 48;
 constexpr int kMovedCells = 24;
+constexpr int kBesideCells = 4;
 constexpr int kLeastMotionPart = 24;  // of the area around them, one in so many
 
 bool MovedHere(const Grid& grid, PixelView source, PixelView before, Vector vector,
@@ -51,9 +52,11 @@ std::optional<Vector> MotionFinder::Find(PixelView source, PixelView before,
             top = y;
         }
     if (count < kMotionCells) return std::nullopt;
-    area.x = left * kCell;
+    // Where few columns have changed, as those of numbers, what stands beside them tells rows
+    // apart.
+    area.x = std::max(left - kBesideCells, 0) * kCell;
     area.y = bottom * kCell;
-    area.width = std::min((right + 1) * kCell, grid_.width) - area.x;
+    area.width = std::min((right + 1 + kBesideCells) * kCell, grid_.width) - area.x;
     area.height = std::min((top + 1) * kCell, grid_.height) - area.y;
     const std::int64_t around = std::int64_t{right - left + 1} * (top - bottom + 1);
     if (kLeastMotionPart * count < around) return std::nullopt;

@@ -65,8 +65,11 @@ void MotionVote::Collect(PixelView now, const Rect& area, std::span<const std::u
         std::max<std::int64_t>(1, places / static_cast<std::int64_t>(3 * kMostPieces)));
     for (int y = area.y; y < area.y + area.height; y += step) {
         for (int x = area.x; x + kLength <= area.x + area.width; x += kLength) {
-            const std::size_t cell = Index(y / kCell) * Index(columns) + Index(x / kCell);
-            if (changed[cell] == 0) continue;
+            const auto row = changed.subspan(Index(y / kCell) * Index(columns), Index(columns));
+            const auto has_changed = [](std::uint8_t cell) { return cell != 0; };
+            if (std::none_of(row.begin() + x / kCell, row.begin() + (x + kLength - 1) / kCell + 1,
+                             has_changed))
+                continue;
             const std::uint32_t* const pixels = now.Row(y) + x;
             if (IsFlat(pixels)) continue;
             if (pieces_.size() == kMostPieces) return;

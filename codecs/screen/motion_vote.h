@@ -18,7 +18,7 @@ class MotionVote {
 
     /// The vector from pixels of `now` to those of `before` that most pieces of rows which are not
     /// flat agree on; none where few do. Never (0, 0).
-    /// @param area     that has changed, within the pictures
+    /// @param area     around what has changed, within the pictures
     /// @param changed  cells, rows of `columns` from the bottom up
     std::optional<Vector> Find(PixelView now, PixelView before, const Rect& area,
                                std::span<const std::uint8_t> changed, int columns);

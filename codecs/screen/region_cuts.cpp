@@ -12,7 +12,7 @@ namespace {
 
 // A cut must leave this much less than there was: contexts begin anew in each part.
 constexpr double kWorthwhile = 15.0 / 16;
-constexpr std::int64_t kLeastGain = 2;  // cells
+constexpr std::int64_t kLeastGain = 16;  // cells  // cells
 
 }  // namespace
 
@@ -171,8 +171,8 @@ RegionCuts::Choice RegionCuts::BestCut(const Rect& cells,
             extent.Add(lines[i - 1]);
             const std::int64_t area = extent.Area() + after_[i];
             // Of cuts before the first unlike cell, the one beside it.
-            const bool closer = area == best.area && best.pivot != 0 && best.across == across &&
-                                extent.Area() == 0;
+            const bool closer =
+                area == best.area && best.pivot != 0 && best.across == across && extent.Area() == 0;
             if (area >= best.area && !closer) continue;
             best.area = area;
             best.across = across;
