@@ -4,6 +4,7 @@
 #include <array>
 
 #include "codecs/common/index.h"
+#include "codecs/screen/colour_matrix.h"
 #include "codecs/screen/pixel_kernels.h"
 
 namespace codecs::screen {
@@ -11,7 +12,6 @@ namespace {
 
 using wmv9::Blocks;
 
-constexpr int kHalf = 1 << 15;
 constexpr int kGroups = 64;  // of four pixels
 constexpr std::uint8_t kAllBlocks = 0x3F;
 
@@ -20,20 +20,21 @@ int Green(std::uint32_t pixel) { return static_cast<int>(pixel >> 8 & 0xFF); }
 int Blue(std::uint32_t pixel) { return static_cast<int>(pixel & 0xFF); }
 
 std::int16_t Luma(std::uint32_t pixel) {
-    const int scaled = 19595 * Red(pixel) + 38470 * Green(pixel) + 7471 * Blue(pixel);
+    const int scaled =
+        kLumaOfRed * Red(pixel) + kLumaOfGreen * Green(pixel) + kLumaOfBlue * Blue(pixel);
     return static_cast<std::int16_t>((scaled + kHalf) >> 16);
 }
 
 int ScaledBlueDifference(int red, int green, int blue) {
-    return -11058 * red - 21710 * green + 32768 * blue;
+    return kBlueOfRed * red + kBlueOfGreen * green + kBlueOfBlue * blue;
 }
 
 int ScaledRedDifference(int red, int green, int blue) {
-    return 32768 * red - 27439 * green - 5329 * blue;
+    return kRedOfRed * red + kRedOfGreen * green + kRedOfBlue * blue;
 }
 
 std::int16_t Difference(int scaled) {
-    return static_cast<std::int16_t>(std::min((scaled + kHalf + (128 << 16)) >> 16, 255));
+    return static_cast<std::int16_t>(std::min((scaled + kHalf + kMiddle) >> 16, 255));
 }
 
 // Where a sample of luma stands in its block, by its row and column.

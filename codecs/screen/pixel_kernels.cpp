@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "codecs/screen/colour_matrix.h"
+
 // clang-format off
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "pixel_kernels.cpp"
@@ -40,37 +42,34 @@ void CompareCellsWith(const std::uint32_t* a, std::ptrdiff_t a_stride, const std
     *changed = (differing & kColourBits) != 0 ? 1 : 0;
 }
 
-constexpr int kMacroblockSide = 16;
-constexpr int kBlockSide = 8;
-constexpr int kBlockSamples = kBlockSide * kBlockSide;
-constexpr int kHalf = 1 << 15;
-constexpr int kMiddle = 128 << 16;
-// BT.601, in sixteen bits of fraction.
-constexpr int kLumaOfRed = 19595;
-constexpr int kLumaOfGreen = 38470;
-constexpr int kLumaOfBlue = 7471;
-constexpr int kBlueOfRed = -11058;
-constexpr int kBlueOfGreen = -21710;
-constexpr int kOneHalf = 32768;
-constexpr int kRedOfGreen = -27439;
-constexpr int kRedOfBlue = -5329;
+constexpr std::ptrdiff_t kMacroblockSide = 16;
+constexpr std::ptrdiff_t kBlockSide = 8;
+constexpr std::ptrdiff_t kBlockSamples = kBlockSide * kBlockSide;
 
-#if HWY_TARGET == HWY_SCALAR
+// Of a row and column of luma in the blocks.
+std::ptrdiff_t LumaPlace(std::ptrdiff_t y, std::ptrdiff_t x) {
+    return (2 * (y / kBlockSide) + x / kBlockSide) * kBlockSamples + y % kBlockSide * kBlockSide +
+           x % kBlockSide;
+}
 
 int Channel(std::uint32_t pixel, int shift) { return static_cast<int>(pixel >> shift & 0xFF); }
+
+void AddChange(std::uint32_t a, std::uint32_t b, int slight, PixelChanges& changes) {
+    int most = 0;
+    for (int shift = 0; shift < 24; shift += 8)
+        most = std::max(most, std::abs(Channel(a, shift) - Channel(b, shift)));
+    changes.all += most > 0 ? 1 : 0;
+    changes.slight += most > 0 && most <= slight ? 1 : 0;
+}
+
+#if HWY_TARGET == HWY_SCALAR
 
 PixelChanges CountChangesWith(const std::uint32_t* a, std::ptrdiff_t a_stride,
                               const std::uint32_t* b, std::ptrdiff_t b_stride, int width, int rows,
                               int slight) {
     PixelChanges changes;
     for (int y = 0; y < rows; ++y, a += a_stride, b += b_stride)
-        for (int x = 0; x < width; ++x) {
-            int most = 0;
-            for (int shift = 0; shift < 24; shift += 8)
-                most = std::max(most, std::abs(Channel(a[x], shift) - Channel(b[x], shift)));
-            changes.all += most > 0 ? 1 : 0;
-            changes.slight += most > 0 && most <= slight ? 1 : 0;
-        }
+        for (int x = 0; x < width; ++x) AddChange(a[x], b[x], slight, changes);
     return changes;
 }
 
@@ -80,18 +79,16 @@ std::int16_t Difference(int scaled_by_four) {
 
 void ConvertMacroblockWith(const std::uint32_t* pixels, std::ptrdiff_t stride,
                            std::int16_t* samples) {
-    for (int y = 0; y < kMacroblockSide; ++y)
-        for (int x = 0; x < kMacroblockSide; ++x) {
+    for (std::ptrdiff_t y = 0; y < kMacroblockSide; ++y)
+        for (std::ptrdiff_t x = 0; x < kMacroblockSide; ++x) {
             const std::uint32_t pixel = pixels[y * stride + x];
             const int scaled = kLumaOfRed * Channel(pixel, 16) + kLumaOfGreen * Channel(pixel, 8) +
                                kLumaOfBlue * Channel(pixel, 0);
-            const int block = 2 * (y / kBlockSide) + x / kBlockSide;
-            samples[block * kBlockSamples + y % kBlockSide * kBlockSide + x % kBlockSide] =
-                static_cast<std::int16_t>((scaled + kHalf) >> 16);
+            samples[LumaPlace(y, x)] = static_cast<std::int16_t>((scaled + kHalf) >> 16);
         }
     std::int16_t* out = samples + 4 * kBlockSamples;
-    for (int y = 0; y < kMacroblockSide; y += 2)
-        for (int x = 0; x < kMacroblockSide; x += 2, ++out) {
+    for (std::ptrdiff_t y = 0; y < kMacroblockSide; y += 2)
+        for (std::ptrdiff_t x = 0; x < kMacroblockSide; x += 2, ++out) {
             const std::uint32_t* const upper = pixels + y * stride + x;
             const std::uint32_t* const lower = upper + stride;
             const auto sum = [&](int shift) {
@@ -101,9 +98,9 @@ void ConvertMacroblockWith(const std::uint32_t* pixels, std::ptrdiff_t stride,
             const int red = sum(16);
             const int green = sum(8);
             const int blue = sum(0);
-            *out = Difference(kBlueOfRed * red + kBlueOfGreen * green + kOneHalf * blue);
+            *out = Difference(kBlueOfRed * red + kBlueOfGreen * green + kBlueOfBlue * blue);
             out[kBlockSamples] =
-                Difference(kOneHalf * red + kRedOfGreen * green + kRedOfBlue * blue);
+                Difference(kRedOfRed * red + kRedOfGreen * green + kRedOfBlue * blue);
         }
 }
 
@@ -118,27 +115,24 @@ PixelChanges CountChangesWith(const std::uint32_t* a, std::ptrdiff_t a_stride,
     const auto colour = hn::Set(pixels, kColourBits);
     const auto none = hn::Zero(pixels);
     const auto limit = hn::Set(channels, static_cast<std::uint8_t>(slight));
-    std::size_t all = 0;
-    std::size_t slightly = 0;
+    PixelChanges changes;
     const auto count = [&](auto one, auto other) {
         const auto x = hn::BitCast(channels, hn::And(one, colour));
         const auto y = hn::BitCast(channels, hn::And(other, colour));
         const auto difference = hn::Or(hn::SaturatedSub(x, y), hn::SaturatedSub(y, x));
         const auto same = hn::Eq(hn::BitCast(pixels, difference), none);
         const auto near = hn::Eq(hn::BitCast(pixels, hn::SaturatedSub(difference, limit)), none);
-        const std::size_t alike = hn::CountTrue(pixels, same);
-        all += hn::Lanes(pixels) - alike;
-        slightly += hn::CountTrue(pixels, near) - alike;
+        const auto alike = static_cast<int>(hn::CountTrue(pixels, same));
+        changes.all += lanes - alike;
+        changes.slight += static_cast<int>(hn::CountTrue(pixels, near)) - alike;
     };
     for (int y = 0; y < rows; ++y, a += a_stride, b += b_stride) {
         int x = 0;
         for (; x + lanes <= width; x += lanes)
             count(hn::LoadU(pixels, a + x), hn::LoadU(pixels, b + x));
-        if (x == width) continue;
-        const auto last = hn::FirstN(pixels, static_cast<std::size_t>(width - x));
-        count(hn::MaskedLoad(last, pixels, a + x), hn::MaskedLoad(last, pixels, b + x));
+        for (; x < width; ++x) AddChange(a[x], b[x], slight, changes);
     }
-    return {static_cast<int>(all), static_cast<int>(slightly)};
+    return changes;
 }
 
 // A mean of four is rounded towards nothing.
@@ -155,38 +149,36 @@ void ConvertMacroblockWith(const std::uint32_t* pixels, std::ptrdiff_t stride,
     const hn::CappedTag<std::int32_t, kBlockSide> words;
     const hn::RepartitionToWide<decltype(words)> pairs;
     const hn::Rebind<std::int16_t, decltype(words)> halves;
-    const auto lanes = static_cast<int>(hn::Lanes(words));
+    const auto lanes = static_cast<std::ptrdiff_t>(hn::Lanes(words));
     const auto byte = hn::Set(words, 0xFF);
     const auto two_bytes = hn::Set(words, 0xFFFF);
     const auto red_and_blue = hn::Set(words, 0xFF00FF);
-    const auto load = [&](int x, int y) {
+    const auto load = [&](std::ptrdiff_t x, std::ptrdiff_t y) {
         return hn::BitCast(
             words, hn::LoadU(hn::RebindToUnsigned<decltype(words)>(), pixels + y * stride + x));
     };
     const auto times = [&](auto value, int factor) {
         return hn::Mul(value, hn::Set(words, factor));
     };
-    for (int y = 0; y < kMacroblockSide; ++y)
-        for (int x = 0; x < kMacroblockSide; x += lanes) {
+    for (std::ptrdiff_t y = 0; y < kMacroblockSide; ++y)
+        for (std::ptrdiff_t x = 0; x < kMacroblockSide; x += lanes) {
             const auto pixel = load(x, y);
             const auto red = hn::And(hn::ShiftRight<16>(pixel), byte);
             const auto green = hn::And(hn::ShiftRight<8>(pixel), byte);
             const auto blue = hn::And(pixel, byte);
             const auto scaled = hn::Add(hn::Add(times(red, kLumaOfRed), times(green, kLumaOfGreen)),
                                         hn::Add(times(blue, kLumaOfBlue), hn::Set(words, kHalf)));
-            const int block = 2 * (y / kBlockSide) + x / kBlockSide;
-            hn::StoreU(
-                hn::DemoteTo(halves, hn::ShiftRight<16>(scaled)), halves,
-                samples + block * kBlockSamples + y % kBlockSide * kBlockSide + x % kBlockSide);
+            hn::StoreU(hn::DemoteTo(halves, hn::ShiftRight<16>(scaled)), halves,
+                       samples + LumaPlace(y, x));
         }
     // Of two rows, and then of each two pixels: in every other lane.
-    const auto sums = [&](int x, int y, auto&& channels) {
+    const auto sums = [&](std::ptrdiff_t x, std::ptrdiff_t y, auto&& channels) {
         const auto rows =
             hn::BitCast(pairs, hn::Add(channels(load(x, y)), channels(load(x, y + 1))));
         return hn::BitCast(words, hn::Add(rows, hn::ShiftRight<32>(rows)));
     };
-    for (int y = 0; y < kMacroblockSide; y += 2)
-        for (int x = 0; x < kMacroblockSide; x += 2 * lanes) {
+    for (std::ptrdiff_t y = 0; y < kMacroblockSide; y += 2)
+        for (std::ptrdiff_t x = 0; x < kMacroblockSide; x += 2 * lanes) {
             const auto both = [&](auto&& channels) {
                 return hn::ConcatEven(words, sums(x + lanes, y, channels), sums(x, y, channels));
             };
@@ -195,9 +187,10 @@ void ConvertMacroblockWith(const std::uint32_t* pixels, std::ptrdiff_t stride,
                 both([&](auto pixel) { return hn::And(hn::ShiftRight<8>(pixel), byte); });
             const auto red = hn::And(hn::ShiftRight<16>(two), two_bytes);
             const auto blue = hn::And(two, two_bytes);
-            const auto of_blue = hn::Add(
-                hn::Add(times(red, kBlueOfRed), times(green, kBlueOfGreen)), times(blue, kOneHalf));
-            const auto of_red = hn::Add(hn::Add(times(red, kOneHalf), times(green, kRedOfGreen)),
+            const auto of_blue =
+                hn::Add(hn::Add(times(red, kBlueOfRed), times(green, kBlueOfGreen)),
+                        times(blue, kBlueOfBlue));
+            const auto of_red = hn::Add(hn::Add(times(red, kRedOfRed), times(green, kRedOfGreen)),
                                         times(blue, kRedOfBlue));
             std::int16_t* const out = samples + 4 * kBlockSamples + y / 2 * kBlockSide + x / 2;
             hn::StoreU(hn::DemoteTo(halves, DifferenceOf(words, of_blue)), halves, out);

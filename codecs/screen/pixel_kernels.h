@@ -17,8 +17,8 @@ void CompareCells(const std::uint32_t* a, std::ptrdiff_t a_stride, const std::ui
 
 /// Of pixels in which two rectangles differ.
 struct PixelChanges {
-    int all = 0;
-    int slight = 0;  // each channel by no more than what was asked for
+    std::int64_t all = 0;
+    std::int64_t slight = 0;  // each channel by no more than what was asked for
 };
 /// Strides in pixels; `slight` is 0 to 255. Any thread; cannot fail.
 PixelChanges CountChanges(const std::uint32_t* a, std::ptrdiff_t a_stride, const std::uint32_t* b,

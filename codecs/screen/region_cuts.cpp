@@ -12,13 +12,14 @@ namespace {
 
 // A cut must leave this much less than there was: contexts begin anew in each part.
 constexpr double kWorthwhile = 15.0 / 16;
-constexpr std::int64_t kLeastGain = 16;  // cells  // cells
+constexpr std::int64_t kLeastGain = 16;  // cells
 
 }  // namespace
 
 struct RegionCuts::Choice {
     std::int64_t area = 0;  // that is left of unlike cells' rectangles
     std::int64_t uncut = 0;
+    bool splits = false;  // there are unlike cells on both sides of the cut
     bool across = false;
     int pivot = 0;  // cells; 0 = none
 };
@@ -170,11 +171,13 @@ RegionCuts::Choice RegionCuts::BestCut(const Rect& cells,
         for (std::size_t i = 1; i < lines.size(); ++i) {
             extent.Add(lines[i - 1]);
             const std::int64_t area = extent.Area() + after_[i];
-            // Of cuts before the first unlike cell, the one beside it.
-            const bool closer =
-                area == best.area && best.pivot != 0 && best.across == across && extent.Area() == 0;
-            if (area >= best.area && !closer) continue;
+            if (area > best.area) continue;
+            // Of cuts that leave the same, one beside all unlike cells, and the nearest to them.
+            const bool splits = extent.Area() != 0 && after_[i] != 0;
+            const bool closer = best.pivot != 0 && best.across == across && extent.Area() == 0;
+            if (area == best.area && (splits || !(best.splits || closer))) continue;
             best.area = area;
+            best.splits = splits;
             best.across = across;
             best.pivot = static_cast<int>(i);
         }
