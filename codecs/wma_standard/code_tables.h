@@ -1,6 +1,7 @@
 // The variable-length codes of the bitstream.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 
@@ -28,7 +29,11 @@ constexpr int kEscapeSymbol = 0;
 constexpr int kEndSymbol = 1;
 constexpr int kFirstSymbol = 2;
 
-/// 0 to 5.
-const CoefficientTable& CoefficientTableOf(int number);
+/// For all but the difference of two channels, and for that.
+using CoefficientTables = std::array<CoefficientTable, 2>;
+/// By how many bits a stream has for a coefficient.
+const CoefficientTables& LowRateTables();
+const CoefficientTables& MiddleRateTables();
+const CoefficientTables& HighRateTables();
 
 }  // namespace codecs::wma_standard

@@ -36,7 +36,7 @@ class CoefficientCodes {
         return run < row.runs ? row.symbol + run : kEscapeSymbol;
     }
 
-    const CoefficientTable& table_;
+    CoefficientTable table_;
     int run_bits_;  // of a run behind an escape
     std::array<Magnitude, kMagnitudes> magnitudes_{};
     std::vector<std::uint8_t> lengths_;  // of the codes, with the sign's bit

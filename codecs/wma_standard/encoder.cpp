@@ -1,10 +1,9 @@
 #include "codecs/wma_standard/encoder.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
-#include "codecs/common/index.h"
+#include "codecs/wma/offset_search.h"
 #include "codecs/wma_standard/frame_analysis.h"
 #include "codecs/wma_standard/frame_coder.h"
 #include "codecs/wma_standard/packet_writer.h"
@@ -12,7 +11,6 @@
 namespace codecs::wma_standard {
 namespace {
 
-using wma::kDbByHalving;
 using wma::kLeastOffsetDb;
 using wma::kMostOffsetDb;
 
@@ -50,10 +48,6 @@ constexpr double kMostSilentPart = 1.25;  // of what the rate gives a frame
 
 constexpr double kUsualOffsetDb = 0;
 constexpr double kOffsetStepDb = 1;
-
-// Within which part of the wanted bits the search for an offset ends.
-constexpr double kNearEnough = 0.06;
-constexpr int kMostTries = 12;
 
 }  // namespace
 
@@ -108,7 +102,10 @@ class Encoder::Impl {
     }
 
     int ChooseOffset(Frame& frame) {
-        if (rate_->NeedsFairOffset()) FindFairOffset(frame);
+        if (rate_->NeedsFairOffset())
+            fair_offset_ =
+                wma::FairOffset(format_.FrameBits(), fair_offset_,
+                                [&](double offset_db) { return coder_.Code(frame, offset_db); });
         if (frames_ >= kSilentFrames) first_pass_.push_back(static_cast<float>(fair_offset_));
         if (fair_offset_ <= kLeastOffsetDb) {
             // Silence, or nearly: its fair offset says nothing of what comes later.
@@ -124,24 +121,6 @@ class Encoder::Impl {
         while (bits > most && offset_db_ < kMostOffsetDb)
             bits = coder_.Code(frame, offset_db_ += kOffsetStepDb);
         return bits;
-    }
-
-    // The offset with which the frame takes as much as the rate gives a frame, about.
-    void FindFairOffset(Frame& frame) {
-        const double wanted = format_.FrameBits();
-        double low = kLeastOffsetDb;
-        double high = kMostOffsetDb;
-        double offset = fair_offset_;
-        for (int tries = 0; tries < kMostTries && high - low > kOffsetStepDb; ++tries) {
-            const double bits = coder_.Code(frame, offset);
-            (bits > wanted ? low : high) = offset;
-            const double parts = bits / wanted;
-            if (std::abs(parts - 1) < kNearEnough) break;
-            offset = std::clamp(offset + kDbByHalving * std::log2(parts), low + kOffsetStepDb / 2,
-                                high - kOffsetStepDb / 2);
-        }
-        fair_offset_ = high - low > kOffsetStepDb ? offset : high;
-        if (high - kLeastOffsetDb <= kOffsetStepDb) fair_offset_ = kLeastOffsetDb;
     }
 
     PacketSink Timed(const CodedPacketSink& sink) const {

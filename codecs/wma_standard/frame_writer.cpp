@@ -53,10 +53,8 @@ int ExponentBits(std::span<const int> exponents) {
 
 FrameWriter::FrameWriter(const StreamFormat& format)
     : format_(format),
-      codes_{
-          CoefficientCodes(CoefficientTableOf(format.coefficient_tables[0]), format.frame_samples),
-          CoefficientCodes(CoefficientTableOf(format.coefficient_tables[1]),
-                           format.frame_samples)} {}
+      codes_{CoefficientCodes(format.coefficient_tables[0], format.frame_samples),
+             CoefficientCodes(format.coefficient_tables[1], format.frame_samples)} {}
 
 // The levels outside of noise bands.
 std::span<const std::int16_t> FrameWriter::Sequence(const Block& block, int channel) {

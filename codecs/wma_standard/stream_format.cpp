@@ -68,10 +68,9 @@ double NoiseFrom(int sampling_rate, float bits, float both_bits) {
     return bits >= 0.8F ? 0.75 : bits >= 0.6F ? 0.6 : 0.5;
 }
 
-std::array<int, 2> TablesFor(int sampling_rate, float both_bits) {
-    if (sampling_rate < 32000 || both_bits >= 1.16F) return {4, 5};
-    if (both_bits >= 0.72F) return {2, 3};
-    return {0, 1};
+const CoefficientTables& TablesFor(int sampling_rate, float both_bits) {
+    if (sampling_rate < 32000 || both_bits >= 1.16F) return HighRateTables();
+    return both_bits >= 0.72F ? MiddleRateTables() : LowRateTables();
 }
 
 std::vector<Band> BandsOf(int sampling_rate, int block) {

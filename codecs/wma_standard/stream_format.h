@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "codecs/wma_standard/code_tables.h"
+
 namespace codecs::wma_standard {
 
 /// Coefficients `begin` to `end` - 1.
@@ -38,8 +40,8 @@ struct StreamFormat {
     int size_bits;        // of a block's size in a frame
     int completion_bits;  // of the count of bits that complete a frame in the next packet
     bool noise_filling;
-    std::array<int, 2> coefficient_tables;  // for all but the difference of channels; for that
-    std::vector<BlockFormat> blocks;        // from the largest size to the smallest, halved each
+    CoefficientTables coefficient_tables;
+    std::vector<BlockFormat> blocks;  // from the largest size to the smallest, halved each
 
     /// What stands after the WAVEFORMATEX in the stream's header.
     std::array<std::uint8_t, 10> ExtraData() const;
