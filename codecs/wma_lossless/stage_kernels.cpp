@@ -36,11 +36,6 @@ constexpr std::int64_t kHighestWideSum = std::int64_t{1} << 31;
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-template <class D>
-HWY_INLINE std::int64_t Total(D lanes, hn::Vec<D> values) {
-    return hn::GetLane(hn::SumOfLanes(lanes, values));
-}
-
 // Pairs of neighbours added up: those of `low` below those of `high`.
 template <class D>
 HWY_INLINE hn::Vec<D> Folded(D lanes, hn::Vec<D> low, hn::Vec<D> high) {
@@ -82,29 +77,25 @@ struct Weights {
     }
 };
 
+// The sums of a block's products of weights and values, of 16 bits ...
 template <int kMostLanes>
-struct Narrow {
+struct NarrowSums {
     using Words = hn::CappedTag<std::int16_t, kMostLanes>;
     using Sums = hn::RepartitionToWide<Words>;
 
-    Weights<Words> weights_now;
+    hn::Vec<Sums> total[kBlock];
+    hn::Vec<Sums> rest[kBlock];
 
-    HWY_INLINE void Next(const NarrowStageRun& run, int window, const Directions& directions,
-                         std::int64_t* sums) {
-        const Words words;
+    HWY_INLINE void Begin() {
+        for (int n = 0; n < kBlock; ++n) total[n] = rest[n] = hn::Zero(Sums());
+    }
+    HWY_INLINE void Add(hn::Vec<Words> weights, const std::int16_t* values) {
+        for (int n = 0; n < kBlock; ++n)
+            total[n] = hn::ReorderWidenMulAccumulate(
+                Sums(), weights, hn::LoadU(Words(), values - n), total[n], rest[n]);
+    }
+    HWY_INLINE void Get(std::int64_t* sums) {
         const Sums wide;
-        weights_now.Begin(directions);
-        const std::int16_t* const signs = run.signs + window + kBlock;
-        const std::int16_t* const values = run.values + window;
-        hn::Vec<Sums> total[kBlock];
-        hn::Vec<Sums> rest[kBlock];
-        for (int n = 0; n < kBlock; ++n) total[n] = rest[n] = hn::Zero(wide);
-        for (int i = 0; i < run.order; i += static_cast<int>(hn::Lanes(words))) {
-            const auto weights = weights_now.Move(run.weights + i, run.steps + i, signs + i);
-            for (int n = 0; n < kBlock; ++n)
-                total[n] = hn::ReorderWidenMulAccumulate(
-                    wide, weights, hn::LoadU(words, values + i - n), total[n], rest[n]);
-        }
         for (int n = 0; n < kBlock; ++n) total[n] = hn::Add(total[n], rest[n]);
         auto all = Folded(wide, Folded(wide, total[0], total[1]), Folded(wide, total[2], total[3]));
         for (auto lanes = hn::MaxLanes(Sums()); lanes > kBlock; lanes /= 2)
@@ -115,32 +106,28 @@ struct Narrow {
     }
 };
 
-struct Wide {
+// ... and of 32.
+struct WideSums {
     using Words = hn::Half<hn::CappedTag<std::int16_t, kOrderStep>>;
     using Values = hn::RepartitionToWide<hn::Twice<Words>>;
     using Sums = hn::RepartitionToWide<Values>;
 
-    Weights<Words> weights_now;
+    hn::Vec<Sums> total[kBlock];
 
-    HWY_INLINE void Next(const WideStageRun& run, int window, const Directions& directions,
-                         std::int64_t* sums) {
+    HWY_INLINE void Begin() {
+        for (int n = 0; n < kBlock; ++n) total[n] = hn::Zero(Sums());
+    }
+    HWY_INLINE void Add(hn::Vec<Words> words, const std::int32_t* values) {
         const Values wide;
-        const Sums widest;
-        weights_now.Begin(directions);
-        const std::int16_t* const signs = run.signs + window + kBlock;
-        const std::int32_t* const values = run.values + window;
-        hn::Vec<Sums> total[kBlock];
-        for (int n = 0; n < kBlock; ++n) total[n] = hn::Zero(widest);
-        for (int i = 0; i < run.order; i += static_cast<int>(hn::Lanes(Words()))) {
-            const auto weights =
-                hn::PromoteTo(wide, weights_now.Move(run.weights + i, run.steps + i, signs + i));
-            for (int n = 0; n < kBlock; ++n) {
-                const auto value = hn::LoadU(wide, values + i - n);
-                total[n] = hn::Add(total[n], hn::Add(hn::MulEven(weights, value),
-                                                     hn::MulEven(Upper(weights), Upper(value))));
-            }
+        const auto weights = hn::PromoteTo(wide, words);
+        for (int n = 0; n < kBlock; ++n) {
+            const auto value = hn::LoadU(wide, values - n);
+            total[n] = hn::Add(total[n], hn::Add(hn::MulEven(weights, value),
+                                                 hn::MulEven(Upper(weights), Upper(value))));
         }
-        for (int n = 0; n < kBlock; ++n) sums[n] = Total(widest, total[n]);
+    }
+    HWY_INLINE void Get(std::int64_t* sums) {
+        for (int n = 0; n < kBlock; ++n) sums[n] = hn::GetLane(hn::SumOfLanes(Sums(), total[n]));
     }
 
     // The odd lanes where the even ones were.
@@ -148,6 +135,29 @@ struct Wide {
         return hn::BitCast(Values(), hn::ShiftRight<32>(hn::BitCast(Sums(), values)));
     }
 };
+
+template <class BlockSums>
+struct Vectors {
+    using Words = typename BlockSums::Words;
+
+    Weights<Words> weights_now;
+
+    template <class Run>
+    HWY_INLINE void Next(const Run& run, int window, const Directions& directions,
+                         std::int64_t* sums) {
+        weights_now.Begin(directions);
+        BlockSums block;
+        block.Begin();
+        const std::int16_t* const signs = run.signs + window + kBlock;
+        const auto* const values = run.values + window;
+        for (int i = 0; i < run.order; i += static_cast<int>(hn::Lanes(Words())))
+            block.Add(weights_now.Move(run.weights + i, run.steps + i, signs + i), values + i);
+        block.Get(sums);
+    }
+};
+template <int kMostLanes>
+using Narrow = Vectors<NarrowSums<kMostLanes>>;
+using Wide = Vectors<WideSums>;
 
 #else
 
