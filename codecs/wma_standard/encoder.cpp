@@ -14,11 +14,12 @@ namespace {
 using wma::kLeastOffsetDb;
 using wma::kMostOffsetDb;
 
-// About as long as packets of that codec usually are. No more than fifteen frames end in a packet,
-// so small ones leave a variable rate more room.
+// Few, since the first packet has no sound: at 44.1 kHz as many as profile files tell of that
+// codec. At the lowest rates what a file tells of each packet counts more. No more than fifteen
+// frames end in a packet, so small ones leave a variable rate more room.
 int FramesPerPacket(const EncoderSettings& settings) {
     if (settings.low_delay || settings.mode != RateMode::Constant) return 3;
-    return settings.sampling_rate <= 11025 ? 5 : 8;
+    return settings.sampling_rate <= 16000 ? 5 : 4;
 }
 
 // The offsets of quality 0 and 100.

@@ -21,9 +21,11 @@ constexpr float kUsualStepDb = 80;
 
 float StepFor(float allowed_noise) { return std::sqrt(12 * allowed_noise); }
 
-// Of the grade and of the noise above the masking threshold that PEAQ finds, both are best with
-// less than the difference that is usually taken between what tones and noise mask.
-constexpr double kTonality = 0.5;
+// Both signal to noise and PEAQ's grade are best with much less than the difference that is usually
+// taken between what tones and noise mask (bench/audio at 32 to 192 kbit/s, on music and single
+// instruments); speech at the lower sampling rates keeps more of it.
+constexpr double kSpeechTonality = 0.5;
+constexpr int kMusicRate = 22050;
 
 // How wide sound is best at the rate of one channel; two need 1.25 times as much. From 16 kbit/s on
 // where PEAQ grades best (bench/audio, on the clips that docs/audio.md names). Grades do not heed
@@ -61,6 +63,7 @@ Tuning TuningFor(const StreamFormat& format) {
     const double bits = 8.0 * format.bytes_per_second / (format.sampling_rate * format.channels);
     Tuning tuning;
     tuning.bandwidth_hz = BandwidthHz(format);
+    if (format.sampling_rate < kMusicRate) tuning.tonality = kSpeechTonality;
     tuning.masking = std::clamp(0.45 + 0.15 * bits, 0.5, 0.6);
     return tuning;
 }
@@ -73,9 +76,9 @@ FrameAnalysis::FrameAnalysis(const StreamFormat& format, const Tuning& tuning)
       samples_(Index(format.channels), std::vector<float>(Index(2 * format.frame_samples))),
       spectra_(Index(format.channels)) {
     for (const BlockFormat& sizes : format.blocks)
-        sizes_.push_back(
-            {wma::LappedTransform(sizes.size),
-             wma::MaskingModel(format.sampling_rate, sizes.size, BandEnds(sizes), kTonality)});
+        sizes_.push_back({wma::LappedTransform(sizes.size),
+                          wma::MaskingModel(format.sampling_rate, sizes.size, BandEnds(sizes),
+                                            tuning.tonality)});
     layout_ = Layout(Index(format.frame_samples / 2));
 }
 

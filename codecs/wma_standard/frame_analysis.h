@@ -17,6 +17,7 @@ namespace codecs::wma_standard {
 struct Tuning {
     double bandwidth_hz = 20000;     // what lies above is left out
     double masking = 0.6;            // how far steps follow the ear: 0 = equal steps, 1 = wholly
+    double tonality = 0.1;           // how much less tones mask than noise does: 1 = as is usual
     double exponent_weight = 0.006;  // bits that a coefficient loses with a step that is beside
                                      // the wanted one by one exponent; by the square of more
 };

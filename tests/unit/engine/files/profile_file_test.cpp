@@ -260,7 +260,7 @@ TEST(ProfileFile, AStreamIsDescribedAsItWillBeWritten) {
         AudioFormat format;
         std::string extra_begins;
     } kCases[] = {
-        {"a constant rate", 0, VbrMode::Constant, {64040, 44100, 2, 16}, "00400000"},
+        {"a constant rate", 0, VbrMode::Constant, {64040, 44100, 2, 16}, "00200000"},
         {"a quality", 0, VbrMode::Quality, {50, 44100, 2, 16}, "00180000"},
         {"lossless", 2, VbrMode::Quality, {100, 44100, 2, 16}, "1000"},
         {"a format that the codec does not have", 0, VbrMode::Constant, {64040, 1, 2, 16}, ""},
