@@ -20,7 +20,15 @@ constexpr int kChoices = 2 * kReach + 1;
 constexpr int kMostBands = 32;
 constexpr int kLeastExponent = -kMostExponentDifference;
 
-float Bits(int difference) { return ExponentDifferenceCode(difference).length; }
+float Bits(int difference) {
+    static const auto all = [] {
+        std::array<float, 2 * kMostExponentDifference + 1> made{};
+        for (int i = 0; i < static_cast<int>(made.size()); ++i)
+            made[Index(i)] = ExponentDifferenceCode(i - kMostExponentDifference).length;
+        return made;
+    }();
+    return all[Index(difference + kMostExponentDifference)];
+}
 
 float Loss(float wanted, float weight, int exponent) {
     const float beside = static_cast<float>(exponent) - wanted;
@@ -56,29 +64,29 @@ double ChooseShape(std::span<const float> wanted, std::span<const float> weights
     // The cheapest way to each choice of a band, and from which choice of the band before.
     std::array<float, kChoices> costs{};
     std::array<std::array<std::uint8_t, kChoices>, kMostBands> from{};
-    const auto exponent = [&](std::size_t band, int choice) {
-        return std::clamp(static_cast<int>(std::lround(wanted[band])) - kReach + choice,
-                          kLeastExponent, 0);
-    };
+    std::array<std::array<int, kChoices>, kMostBands> exponents;
     for (std::size_t b = 0; b < bands; ++b) {
+        const int nearest = static_cast<int>(std::lround(wanted[b]));
+        for (int choice = 0; choice < kChoices; ++choice)
+            exponents[b][Index(choice)] = std::clamp(nearest - kReach + choice, kLeastExponent, 0);
         std::array<float, kChoices> next{};
         for (int to = 0; to < kChoices; ++to) {
             float least = b == 0 ? 0 : std::numeric_limits<float>::max();
             for (int choice = 0; b > 0 && choice < kChoices; ++choice) {
-                const int difference = exponent(b, to) - exponent(b - 1, choice);
+                const int difference = exponents[b][Index(to)] - exponents[b - 1][Index(choice)];
                 const float cost = costs[Index(choice)] + Bits(difference);
                 if (cost >= least) continue;
                 least = cost;
                 from[b][Index(to)] = static_cast<std::uint8_t>(choice);
             }
-            next[Index(to)] = least + Loss(wanted[b], weights[b], exponent(b, to));
+            next[Index(to)] = least + Loss(wanted[b], weights[b], exponents[b][Index(to)]);
         }
         costs = next;
     }
     const auto best = std::min_element(costs.begin(), costs.end());
     int choice = static_cast<int>(best - costs.begin());
     for (std::size_t b = bands; b-- > 0;) {
-        shape[b] = exponent(b, choice);
+        shape[b] = exponents[b][Index(choice)];
         choice = from[b][Index(choice)];
     }
     return *best + RaiseOne(wanted, weights, shape);
