@@ -21,11 +21,19 @@ constexpr float kUsualStepDb = 80;
 
 float StepFor(float allowed_noise) { return std::sqrt(12 * allowed_noise); }
 
-// Both signal to noise and PEAQ's grade are best with much less than the difference that is usually
-// taken between what tones and noise mask (bench/audio at 32 to 192 kbit/s, on music and single
-// instruments); speech at the lower sampling rates keeps more of it.
-constexpr double kSpeechTonality = 0.5;
-constexpr int kMusicRate = 22050;
+// How the ear is heeded, from a sampling rate on. Measured by bench/audio: music and single
+// instruments at 32 to 192 kbit/s, speech at 5 to 16. Both signal to noise and PEAQ's grade are
+// best with less than the difference that is usually taken between what tones and noise mask. Steps
+// that follow masking closer gain little grade for much noise.
+struct Ear {
+    int sampling_rate;
+    double tonality;
+    double masking;  // how far steps follow it, without any bits for a sample ...
+    double least_masking;
+};
+constexpr double kMaskingByBit = 0.15;  // ... and with each of them
+constexpr double kMostMasking = 0.6;
+constexpr Ear kEars[] = {{22050, 0.1, 0.36, 0.46}, {0, 0.5, 0.45, 0.5}};
 
 // How wide sound is best at the rate of one channel; two need 1.25 times as much. From 16 kbit/s on
 // where PEAQ grades best (bench/audio, on the clips that docs/audio.md names). Grades do not heed
@@ -63,8 +71,11 @@ Tuning TuningFor(const StreamFormat& format) {
     const double bits = 8.0 * format.bytes_per_second / (format.sampling_rate * format.channels);
     Tuning tuning;
     tuning.bandwidth_hz = BandwidthHz(format);
-    if (format.sampling_rate < kMusicRate) tuning.tonality = kSpeechTonality;
-    tuning.masking = std::clamp(0.45 + 0.15 * bits, 0.5, 0.6);
+    const Ear& ear = *std::ranges::find_if(
+        kEars, [&](const Ear& row) { return format.sampling_rate >= row.sampling_rate; });
+    tuning.tonality = ear.tonality;
+    tuning.masking =
+        std::clamp(ear.masking + kMaskingByBit * bits, ear.least_masking, kMostMasking);
     return tuning;
 }
 
