@@ -23,8 +23,10 @@ constexpr double kAheadOfTime = 0.01;
 constexpr double kHorizonSeconds = 2;
 // A frame gets this part of what the rate gives one, however empty the reservoir is.
 constexpr double kLeastPart = 0.2;
-// The end of a stream gets this part of what the rate gives it, whatever was taken before.
+// The end of a stream gets this part of what the rate gives it, or of what the first pass planned
+// for it where the rate varies, whatever was taken before.
 constexpr double kLeastShare = 0.5;
+constexpr double kLeastOfPlan = 0.3;
 
 // Fills with what frames take, and drains by what a rate gives them.
 class Bucket {
@@ -116,6 +118,7 @@ class PlannedRate final : public RateControl {
         for (std::size_t i = 0; i < frames; ++i)
             weights_[i + 1] =
                 weights_[i] + std::exp2(static_cast<double>(settings.first_pass[i]) / kDbByHalving);
+        planned_ = static_cast<double>(frames) / weights_[frames];
     }
 
     double Offset(double /*fair_offset*/) override {
@@ -123,8 +126,10 @@ class PlannedRate final : public RateControl {
         const std::size_t first = std::min(next_, frames - 1);
         const std::size_t end = std::min(first + horizon_, frames);
         const double given = settings_.frame_bits * static_cast<double>(end - first);
-        const double bits = std::max(given - mean_.Level(), kLeastShare * given);
         const double weight = (weights_[end] - weights_[first]) * settings_.frame_bits;
+        const double bits =
+            std::max(given - mean_.Level(),
+                     stuffs_ ? kLeastShare * given : kLeastOfPlan * weight * planned_);
         return std::clamp(kDbByHalving * std::log2(weight / bits), kLeastOffsetDb, kMostOffsetDb);
     }
     double MostBits() const override { return limit_.MostBits(); }
@@ -152,6 +157,7 @@ class PlannedRate final : public RateControl {
     Bucket mean_, limit_;
     std::size_t horizon_;
     std::vector<double> weights_;  // of all frames before: what they take at offset 0, in parts
+    double planned_ = 0;           // of that, what they get if all goes as the first pass says
     std::size_t next_ = 0;
 };
 

@@ -73,13 +73,13 @@ Sound LoudSine(int sampling_rate, int channels, double hz, double seconds) {
                 [&](int, double time) { return 0.98 * Sine(hz * time); });
 }
 
-Sound Uneven(int sampling_rate) {
+Sound Uneven(int sampling_rate, std::size_t from, std::size_t to) {
     const auto rate = static_cast<std::size_t>(sampling_rate);
     Sound sound = Chords(sampling_rate, 2, 24);
     const Sound noise = WhiteNoise(sampling_rate, 2, 24);
     for (std::size_t c = 0; c < sound.size(); ++c)
         for (std::size_t i = 0; i < sound[c].size(); ++i)
-            if (i / rate >= 10 && i / rate < 14) sound[c][i] = noise[c][i];
+            if (i / rate >= from && i / rate < to) sound[c][i] = noise[c][i];
     return sound;
 }
 

@@ -1,6 +1,7 @@
 // Generated sounds that try an encoder.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 namespace wma_conformance {
@@ -15,8 +16,8 @@ Sound Bursts(int sampling_rate, int channels, double quiet, double seconds);
 Sound WhiteNoise(int sampling_rate, int channels, double seconds);
 /// A sine, nearly of full scale.
 Sound LoudSine(int sampling_rate, int channels, double hz, double seconds);
-/// 24 seconds of two channels: chords, four of loud noise, then chords again.
-Sound Uneven(int sampling_rate);
+/// 24 seconds of two channels: chords, loud noise from one second to another, then chords again.
+Sound Uneven(int sampling_rate, std::size_t from = 10, std::size_t to = 14);
 Sound Silence(int sampling_rate, int channels, double seconds);
 
 /// The second channel as the first one times `gain`.
