@@ -26,6 +26,19 @@ float Worth(float correlation, float power) {
     return correlation > 0 && power > 0 ? correlation * correlation / power : 0;
 }
 
+double Square(float value) { return static_cast<double>(value) * static_cast<double>(value); }
+
+// Of kNoise from a place on.
+float NoisePower(int place, std::size_t samples) {
+    static const auto sums = [] {  // of squares before a place
+        std::array<double, kNoiseLength + 1> before{};
+        for (std::size_t n = 0; n < kNoise.size(); ++n)
+            before[n + 1] = before[n] + Square(kNoise[n]);
+        return before;
+    }();
+    return static_cast<float>(sums[Index(place) + samples] - sums[Index(place)]);
+}
+
 }  // namespace
 
 BlockCoder::BlockCoder(const StreamFormat& format) : format_(format), pulse_gains_(kPulseGainLogs) {
@@ -40,6 +53,7 @@ std::vector<int> BlockCoder::LikelyLags(const BlockFilter& filter, const float* 
     const int longest = format_.Quarters(pitches.end - 1) / 4;
     std::vector<float> worths;  // without the filter on the power
     Block repeated;
+    double power = -1;  // of the last lag's vector, where nothing is repeated
     for (int lag = shortest; lag <= longest; ++lag) {
         const float* from = now - lag;
         if (lag < samples) {
@@ -48,7 +62,11 @@ std::vector<int> BlockCoder::LikelyLags(const BlockFilter& filter, const float* 
             from = repeated.data();
         }
         const std::span vector(from, Index(samples));
-        worths.push_back(Worth(Product(correlation, vector), Power(vector)));
+        if (lag <= samples || power < 0)
+            power = static_cast<double>(Power(vector));
+        else
+            power = std::max(power + Square(from[0]) - Square(from[samples]), 0.0);
+        worths.push_back(Worth(Product(correlation, vector), static_cast<float>(power)));
     }
     std::vector<std::pair<float, int>> peaks;
     for (std::size_t k = 0; k < worths.size(); ++k) {
@@ -106,7 +124,7 @@ BlockChoice BlockCoder::Choose(const BlockFilter& filter, const CoderState& stat
                                const PulseType& type, PitchSpan pitches) const {
     const std::size_t samples = Index(filter.Samples());
     Block target_block;
-    Block correlation_block;
+    Block correlation_block{};
     const auto target = std::span(target_block).first(samples);
     const auto correlation = std::span(correlation_block).first(samples);
     filter.Target(state, target);
@@ -124,25 +142,24 @@ BlockChoice BlockCoder::Choose(const BlockFilter& filter, const CoderState& stat
     const float pitch_product = Product(target, pitch);
 
     // For the pulses: what the pitch leaves of the target.
+    const Block target_correlation = correlation_block;
     Block pitch_correlation{};
+    float pitch_norm = 0;
     if (pitch_power > 0) {
+        pitch_norm = std::sqrt(pitch_power);
         filter.Correlate(pitch, pitch_correlation);
-        const float norm = 1 / std::sqrt(pitch_power);
-        const float part = pitch_product * norm;
+        const float part = pitch_product / pitch_norm;
         for (std::size_t i = 0; i < samples; ++i) {
-            pitch_correlation[i] *= norm;
+            pitch_correlation[i] /= pitch_norm;
             correlation[i] -= part * pitch_correlation[i];
         }
     }
     choice.pulses = SearchPulses(filter.Correlations(), correlation, pitch_correlation, type);
     Block pulse_block{};
     AddPulses(choice.pulses, pulse_block);
-    Block pulses_heard;
-    const auto pulses = std::span(pulses_heard).first(samples);
-    filter.Filter(pulse_block, pulses);
-    const float pulse_power = Power(pulses);
-    const float pulse_product = Product(target, pulses);
-    const float mixed_product = Product(pitch, pulses);
+    const float pulse_power = filter.Correlations().Power(choice.pulses, filter.Samples());
+    const float pulse_product = Product(target_correlation, pulse_block);
+    const float mixed_product = pitch_norm * Product(pitch_correlation, pulse_block);
 
     const float target_power = Power(target);
     const float predicted = std::exp(PredictedGainLog(state.decoder));
@@ -189,7 +206,8 @@ NoiseChoice BlockCoder::ChooseNoise(const BlockFilter& filter, const CoderState&
     std::vector<std::pair<float, int>> likeliest;
     for (int place = first_place; place < first_place + places; ++place) {
         const auto noise = std::span(kNoise).subspan(Index(place), samples);
-        likeliest.emplace_back(Product(correlation, noise) / std::sqrt(Power(noise)), place);
+        likeliest.emplace_back(
+            Product(correlation, noise) / std::sqrt(NoisePower(place, noise.size())), place);
     }
     const std::size_t tried = std::min(likeliest.size(), kFilteredNoises);
     std::ranges::partial_sort(likeliest, likeliest.begin() + static_cast<std::ptrdiff_t>(tried),

@@ -17,14 +17,18 @@ struct CoderState {
 };
 
 /// A block, or a silent frame, and the filters that it passes, whatever came before it. Errors are
-/// heard through A(z / 0.94) / A(z / 0.6), which lets noise follow the spectrum.
+/// heard through A(z / w) / A(z / 0.6), which lets noise follow the spectrum: w is 0.97, in music
+/// 0.94.
 class BlockFilter {
   public:
     /// @param samples  outlive it
-    BlockFilter(const Prediction& prediction, std::span<const float> samples);
+    /// @param mixed    music may be among them
+    BlockFilter(const Prediction& prediction, std::span<const float> samples, bool mixed);
 
     int Samples() const { return static_cast<int>(samples_.size()); }
-    std::span<const float> Response() const { return std::span(response_).first(samples_.size()); }
+    std::span<const float> Response() const {
+        return std::span(response_).subspan(kLanes - 1, samples_.size());
+    }
     const PulseCorrelations& Correlations() const { return correlations_; }
 
     /// What excitations have to add to what the past leaves, as it is heard.
@@ -38,6 +42,7 @@ class BlockFilter {
     void Advance(CoderState& state, int at, std::span<float> decoded) const;
 
   private:
+    static constexpr std::size_t kLanes = 4;  // samples of an excitation that are filtered together
     using Signal = std::array<float, kMostOrder + kFrameSamples>;  // behind what came before
 
     std::span<float> Whole(Signal& signal) const;  // as far as the block goes
@@ -47,7 +52,7 @@ class BlockFilter {
     Weights prediction_;
     Weights numerator_, denominator_;  // of what is heard
     std::span<const float> samples_;
-    std::array<float, kFrameSamples> response_{};
+    std::array<float, kLanes - 1 + kFrameSamples> response_{};  // behind zeros
     std::array<float, kFrameSamples> reversed_{};  // the response, to the block's length
     PulseCorrelations correlations_;
 };

@@ -10,7 +10,8 @@
 namespace codecs::wma_voice {
 namespace {
 
-constexpr int kSurvivors = 12;  // sums of entries that a stage hands to the next
+constexpr int kMostEntries = 256;  // of a stage
+constexpr int kSurvivors = 12;     // sums of entries that a stage hands to the next
 
 }  // namespace
 
@@ -19,9 +20,11 @@ Codebook::Codebook(const CodebookTable& table) : values_(table.values) {
     for (const CodebookStage& stage : table.stages) {
         Stage& to = stages_.emplace_back();
         to.entries = stage.entries;
-        for (int i = 0; i < stage.entries * values_; ++i)
-            to.values.push_back(static_cast<float>(stage.lowest_pi * std::numbers::pi +
-                                                   stage.step * table.bytes[from++]));
+        to.values.resize(Index(stage.entries * values_));
+        for (int entry = 0; entry < stage.entries; ++entry)
+            for (int i = 0; i < values_; ++i)
+                to.values[Index(i * stage.entries + entry)] = static_cast<float>(
+                    stage.lowest_pi * std::numbers::pi + stage.step * table.bytes[from++]);
     }
 }
 
@@ -41,19 +44,22 @@ CodebookChoice Codebook::Search(std::span<const float> target,
     };
     for (std::size_t s = 0; s < stages_.size(); ++s) {
         const Stage& stage = stages_[s];
+        const std::size_t entries = Index(stage.entries);
         std::array<Extension, kSurvivors> best;
         int found = 0;
         for (int survivor = 0; survivor < count; ++survivor) {
-            std::array<float, kMostValues> left;
-            for (std::size_t i = 0; i < Index(values_); ++i)
-                left[i] = target[i] - survivors[Index(survivor)].vector[i];
-            const float* entry = stage.values.data();
-            for (int e = 0; e < stage.entries; ++e, entry += values_) {
-                float error = 0;
-                for (std::size_t i = 0; i < Index(values_); ++i) {
-                    const float off = left[i] - entry[i];
-                    error += weights[i] * off * off;
+            std::array<float, kMostEntries> errors{};
+            for (std::size_t i = 0; i < Index(values_); ++i) {
+                const float left = target[i] - survivors[Index(survivor)].vector[i];
+                const float weight = weights[i];
+                const float* const values = stage.values.data() + i * entries;
+                for (std::size_t e = 0; e < entries; ++e) {
+                    const float off = left - values[e];
+                    errors[e] += weight * off * off;
                 }
+            }
+            for (int e = 0; e < stage.entries; ++e) {
+                const float error = errors[Index(e)];
                 if (found == kSurvivors && error >= best[kSurvivors - 1].error) continue;
                 int place = found < kSurvivors ? found++ : kSurvivors - 1;
                 for (; place > 0 && best[Index(place - 1)].error > error; --place)
@@ -69,8 +75,8 @@ CodebookChoice Codebook::Search(std::span<const float> target,
             to = before[Index(from.survivor)];
             to.error = from.error;
             to.entries[s] = static_cast<std::uint8_t>(from.entry);
-            const float* const entry = stage.values.data() + Index(from.entry * values_);
-            for (std::size_t i = 0; i < Index(values_); ++i) to.vector[i] += entry[i];
+            for (std::size_t i = 0; i < Index(values_); ++i)
+                to.vector[i] += stage.values[i * entries + Index(from.entry)];
         }
         count = found;
     }

@@ -34,7 +34,7 @@ class Codebook {
   private:
     struct Stage {
         int entries;
-        std::vector<float> values;
+        std::vector<float> values;  // the first of all entries, then the second of all ...
     };
     int values_;
     std::vector<Stage> stages_;

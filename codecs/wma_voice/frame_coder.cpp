@@ -42,18 +42,22 @@ FrameCoder::FrameCoder(const StreamFormat& format) : format_(format), coder_(for
 void FrameCoder::Begin(const FrameInput& input, const CoderState& state) {
     input_ = input;
     state_ = state;
-    for (std::vector<BlockFilter>& filters : filters_) filters.clear();
+    for (Blocks& blocks : blocks_) {
+        blocks.filters.clear();
+        blocks.first_pitch.reset();
+    }
 }
 
-std::vector<BlockFilter>& FrameCoder::Filters(int blocks) {
-    auto& filters = filters_[std::bit_width(static_cast<unsigned>(blocks)) - 1U];
+FrameCoder::Blocks& FrameCoder::Cut(int blocks) {
+    Blocks& cut = blocks_[std::bit_width(static_cast<unsigned>(blocks)) - 1U];
+    if (!cut.filters.empty()) return cut;
     const std::size_t samples = Index(kFrameSamples / blocks);
-    if (filters.empty())
-        for (int b = 0; b < blocks; ++b)
-            filters.emplace_back(
-                BlockPrediction(input_.before, input_.spectrum, format_.Order(), b, blocks),
-                input_.samples.subspan(Index(b) * samples, samples));
-    return filters;
+    cut.filters.reserve(Index(blocks));
+    for (int b = 0; b < blocks; ++b)
+        cut.filters.emplace_back(
+            BlockPrediction(input_.before, input_.spectrum, format_.Order(), b, blocks),
+            input_.samples.subspan(Index(b) * samples, samples), input_.mixed);
+    return cut;
 }
 
 CodedFrame FrameCoder::Silence() {
@@ -61,7 +65,7 @@ CodedFrame FrameCoder::Silence() {
     frame.type = kSilenceType;
     frame.bits = format_.NoiseBits(kSilenceType);
     frame.state = state_;
-    const BlockFilter& filter = Filters(1).front();
+    const BlockFilter& filter = Cut(1).filters.front();
     frame.noises[0] =
         coder_.ChooseNoise(filter, state_, kSilenceGains, SilentNoisePlace(input_.number), 1);
     frame.error = frame.noises[0].error;
@@ -74,7 +78,7 @@ CodedFrame FrameCoder::Noise() {
     frame.type = kNoiseType;
     frame.bits = format_.NoiseBits(kNoiseType);
     frame.state = state_;
-    const std::vector<BlockFilter>& filters = Filters(kNoiseBlocks);
+    const std::vector<BlockFilter>& filters = Cut(kNoiseBlocks).filters;
     for (int b = 0; b < kNoiseBlocks; ++b) {
         const BlockFilter& filter = filters[Index(b)];
         const int at = b * filter.Samples();
@@ -98,12 +102,15 @@ CodedFrame FrameCoder::WithPulses(const PulseType& type) {
     frame.type = type.number;
     frame.bits = format_.Bits(type);
     frame.state = state_;
-    const std::vector<BlockFilter>& filters = Filters(type.blocks);
+    Blocks& cut = Cut(type.blocks);
     for (int b = 0; b < type.blocks; ++b) {
-        const BlockFilter& filter = filters[Index(b)];
+        const BlockFilter& filter = cut.filters[Index(b)];
         const int at = b * filter.Samples();
         BlockChoice& choice = frame.blocks[Index(b)];
-        choice = coder_.Choose(filter, frame.state, at, type, Span(frame, b));
+        PitchSpan pitches = Span(frame, b);
+        if (b == 0 && cut.first_pitch) pitches = {*cut.first_pitch, *cut.first_pitch + 1};
+        choice = coder_.Choose(filter, frame.state, at, type, pitches);
+        if (b == 0) cut.first_pitch = choice.pitch;
         frame.error += choice.error;
         coder_.Apply(filter, choice, type, at, frame.state,
                      std::span(frame.decoded).subspan(Index(at), Index(filter.Samples())));
@@ -114,7 +121,7 @@ CodedFrame FrameCoder::WithPulses(const PulseType& type) {
 float FrameCoder::HeardPower() {
     CoderState rest;
     std::array<float, kFrameSamples> heard;
-    Filters(1).front().Target(rest, heard);
+    Cut(1).filters.front().Target(rest, heard);
     float power = 0;
     for (const float value : heard) power += value * value;
     return power;

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -17,13 +18,14 @@ struct FrameInput {
     LineSpectrum spectrum{};  // ... and at its end
     std::span<const float> samples;
     std::int64_t number = 0;  // in the stream
+    bool mixed = false;       // music may be in it
 };
 
 struct CodedFrame {
     int type = kSilenceType;
     int bits = 0;
     float error = 0;  // squares, as it is heard
-    std::array<BlockChoice, 4> blocks;
+    std::array<BlockChoice, kMostBlocks> blocks;
     std::array<NoiseChoice, 2> noises;
     CoderState state;  // after it; the excitation's past is not moved on yet
     std::array<float, kFrameSamples> decoded{};
@@ -45,14 +47,18 @@ class FrameCoder {
     void Write(const CodedFrame& frame, BitWriter& bits) const;
 
   private:
-    std::vector<BlockFilter>& Filters(int blocks);
+    struct Blocks {
+        std::vector<BlockFilter> filters;
+        std::optional<int> first_pitch;  // what was chosen, which is the same for all types
+    };
+    Blocks& Cut(int blocks);
     PitchSpan Span(const CodedFrame& frame, int block) const;
 
     const StreamFormat& format_;
     BlockCoder coder_;
     FrameInput input_;
     CoderState state_;
-    std::array<std::vector<BlockFilter>, 3> filters_;  // for 1, 2 and 4 blocks
+    std::array<Blocks, 4> blocks_;  // for 1, 2, 4 and 8
 };
 
 }  // namespace codecs::wma_voice

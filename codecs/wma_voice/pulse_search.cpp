@@ -1,6 +1,7 @@
 #include "codecs/wma_voice/pulse_search.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 #include "codecs/common/index.h"
@@ -97,7 +98,7 @@ class Search {
             // The sign that gains more.
             const float target = target_[from + p];
             const float mixed = mixed_[from + p];
-            const float sign = target * energy_ >= correlation_ * mixed ? 1.0F : -1.0F;
+            const float sign = std::copysign(1.0F, target * energy_ - correlation_ * mixed);
             const float with = std::max(correlation_ + sign * target, 0.0F);
             const float energy = energy_ + 2 * sign * mixed + power_[from + p];
             signs[p] = sign;
@@ -161,6 +162,29 @@ void PulseCorrelations::Compute(std::span<const float> response) {
         for (std::size_t k = 0; k < count; ++k) row[k] = row[k + 1] + reversed[i] * reversed[k];
         ByTracks(std::span(row).first(count), products[i % kTracks * places + i / kTracks]);
     }
+}
+
+float PulseCorrelations::Power(const Pulses& pulses, int block_samples) const {
+    std::array<std::size_t, kMostPulses> places;
+    std::array<float, kMostPulses> signs;
+    std::size_t count = 0;
+    const int track_places = block_samples / kTracks;
+    const auto add = [&](int track, int place, bool plus) {
+        places[count] = Index(track * track_places + place);
+        signs[count++] = plus ? 1.0F : -1.0F;
+    };
+    for (int track = 0; track < kTracks; ++track) {
+        const TrackPulses& from = pulses[Index(track)];
+        add(track, from.first, from.first_plus);
+        if (from.second >= 0) add(track, from.second, from.second_plus);
+    }
+    float power = 0;
+    for (std::size_t a = 0; a < count; ++a) {
+        power += products[places[a]][places[a]];
+        for (std::size_t b = 0; b < a; ++b)
+            power += 2 * signs[a] * signs[b] * products[places[a]][places[b]];
+    }
+    return power;
 }
 
 Pulses SearchPulses(const PulseCorrelations& correlations, std::span<const float> target,

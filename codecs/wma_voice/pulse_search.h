@@ -29,6 +29,8 @@ struct PulseCorrelations {
 
     /// @param response  the filter's to a pulse, as long as the block
     void Compute(std::span<const float> response);
+    /// Of what is heard of the pulses of a block.
+    float Power(const Pulses& pulses, int block_samples) const;
 };
 
 /// Spans are as long as the block, in the order of time.

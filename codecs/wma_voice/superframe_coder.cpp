@@ -23,6 +23,7 @@ constexpr float kEnough = 0.02F;
 // music. Tuned for signal to noise on asterisk-moh-opsound at 8 and 16 kbit/s.
 constexpr double kNoiseBonusDb = 0.5;
 constexpr double kMixedNoiseBonusDb = -3;
+constexpr int kFewBits = 130;            // of a frame
 constexpr float kLoudnessFall = 0.998F;  // a frame
 constexpr float kLeastLoudness = 160 * 1e-6F;
 
@@ -33,7 +34,8 @@ SuperframeCoder::SuperframeCoder(const StreamFormat& format)
       analysis_(format),
       quantiser_(format),
       frames_(format),
-      spectrum_(FirstSpectrum(format.Order())) {
+      spectrum_(FirstSpectrum(format.Order())),
+      few_bits_(format.SuperframeBits() < kFewBits * kFramesTogether) {
     const int half = analysis_.WindowSamples() / 2;
     before_ = std::max(half - kWindowCentre, 0);
     behind_ = std::max(kWindowCentre + half - kFrameSamples, 0);
@@ -65,6 +67,7 @@ void SuperframeCoder::Code(std::span<const float> samples, int length, const All
         input.spectrum = quantised[Index(f)];
         input.samples = samples.subspan(Index(before_ + f * kFrameSamples), Index(kFrameSamples));
         input.number = frame_++;
+        input.mixed = allowance.mixed;
         const int later = (kFramesTogether - 1 - f) * least_frame;
         const CodedFrame frame =
             CodeFrame(input, {allowance.db_per_bit, left - later, allowance.mixed});
@@ -106,6 +109,7 @@ CodedFrame SuperframeCoder::CodeFrame(const FrameInput& input, const Allowance& 
     if (format_.NoiseBits(kNoiseType) <= allowance.most_bits) consider(frames_.Noise());
 
     for (const PulseType& type : kPulseTypes) {
+        if (!(few_bits_ ? type.of_few_bits : type.of_many_bits)) continue;
         const int bits = format_.Bits(type);
         // Whatever it leaves of the error.
         const double least_cost =

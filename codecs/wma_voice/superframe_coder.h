@@ -49,6 +49,7 @@ class SuperframeCoder {
     FrameCoder frames_;
     CoderState state_;
     LineSpectrum spectrum_;  // the last, as decoders have it
+    bool few_bits_;          // for a frame, at the rate
     std::int64_t frame_ = 0;
     float loudness_ = 0;  // power of a frame that is heard well
     int before_ = 0;

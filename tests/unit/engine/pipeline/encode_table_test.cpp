@@ -130,6 +130,7 @@ TEST_P(AudioTable, IsWrittenAsAskedAndCounted) {
     audio.codec = &session::AudioCodec(row.encoder);
     audio.mode = row.mode;
     audio.format = row.format;
+    audio.content.mode = ContentMode::Mixed;  // a tone is no speech
     plan.audio = audio;
 
     const session::Outcome outcome = session::RunCleanly(plan);
