@@ -63,13 +63,13 @@ class Encoder::Impl {
 
     const StreamFormat& Format() const { return format_; }
 
-    void Encode(std::span<const std::span<const float>> samples, const CodedPacketSink& sink) {
+    void Encode(std::span<const std::span<const float>> samples, const PacketSink& sink) {
         samples_ += static_cast<std::int64_t>(samples.front().size());
         analysis_.Add(samples);
         while (analysis_.HasFrame()) CodeFrame(sink);
     }
 
-    void Finish(const CodedPacketSink& sink) {
+    void Finish(const PacketSink& sink) {
         if (samples_ == 0) return;
         const std::int64_t frame = format_.frame_samples;
         const std::int64_t frames = (samples_ + frame - 1) / frame + kSilentFrames;
@@ -81,7 +81,7 @@ class Encoder::Impl {
     FirstPass TakeFirstPass() { return std::move(first_pass_); }
 
   private:
-    void CodeFrame(const CodedPacketSink& sink) {
+    void CodeFrame(const PacketSink& sink) {
         Frame& frame = analysis_.Next();
         int bits = ChooseOffset(frame);
         // A packet that is left early costs less than a frame that falls out of its quality.
@@ -124,14 +124,14 @@ class Encoder::Impl {
         return bits;
     }
 
-    PacketSink Timed(const CodedPacketSink& sink) const {
-        return [this, &sink](const Packet& packet) {
+    FramePacketSink Timed(const PacketSink& sink) const {
+        return [this, &sink](const FramePacket& packet) {
             const auto time = [&](std::int64_t frame) {
                 return std::clamp<std::int64_t>((frame - kSilentFrames) * format_.frame_samples, 0,
                                                 samples_);
             };
             const std::int64_t first = time(packet.first_frame);
-            sink({packet.bytes, first, time(packet.first_frame + packet.frames) - first});
+            sink({packet.bytes, first, time(packet.first_frame + packet.frames) - first, true});
         };
     }
 
@@ -160,11 +160,11 @@ int Encoder::PacketBytes() const { return impl_->Format().packet_bytes; }
 int Encoder::BytesPerSecond() const { return impl_->Format().bytes_per_second; }
 std::array<std::uint8_t, 10> Encoder::ExtraData() const { return impl_->Format().ExtraData(); }
 
-void Encoder::Encode(std::span<const std::span<const float>> samples, const CodedPacketSink& sink) {
+void Encoder::Encode(std::span<const std::span<const float>> samples, const PacketSink& sink) {
     impl_->Encode(samples, sink);
 }
 
-void Encoder::Finish(const CodedPacketSink& sink) { impl_->Finish(sink); }
+void Encoder::Finish(const PacketSink& sink) { impl_->Finish(sink); }
 
 FirstPass Encoder::TakeFirstPass() { return impl_->TakeFirstPass(); }
 

@@ -3,16 +3,18 @@
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <span>
 
+#include "codecs/wma/packetiser.h"
 #include "codecs/wma/rate_control.h"
 #include "codecs/wma_standard/stream_format.h"
 
 namespace codecs::wma_standard {
 
 using wma::FirstPass;
+using wma::Packet;
+using wma::PacketSink;
 using wma::RateMode;
 
 struct EncoderSettings {
@@ -30,15 +32,7 @@ struct EncoderSettings {
 /// Of the stream that an encoder makes with these settings.
 StreamFormat FormatFor(const EncoderSettings& settings);
 
-/// One thread. Samples first to last are what packets complete: `first` counts from the start of
-/// the sound.
-struct CodedPacket {
-    std::span<const std::uint8_t> bytes;  // until the sink returns
-    std::int64_t first = 0;
-    std::int64_t samples = 0;
-};
-using CodedPacketSink = std::function<void(const CodedPacket& packet)>;
-
+/// One thread. Packets have the samples that they complete, from the start of the sound.
 class Encoder {
   public:
     using Settings = EncoderSettings;
@@ -54,9 +48,9 @@ class Encoder {
     std::array<std::uint8_t, 10> ExtraData() const;
 
     /// Full scale +-1.0; a span a channel, all of one length, of any length.
-    void Encode(std::span<const std::span<const float>> samples, const CodedPacketSink& sink);
+    void Encode(std::span<const std::span<const float>> samples, const PacketSink& sink);
     /// Once, after the last sample.
-    void Finish(const CodedPacketSink& sink);
+    void Finish(const PacketSink& sink);
     /// For the settings of the second pass over the same sound, after Finish.
     FirstPass TakeFirstPass();
 

@@ -40,7 +40,7 @@ PacketWriter::Place PacketWriter::PlaceFor(int bits) const {
     return CanPad() ? Place::AfterPadding : Place::Nowhere;
 }
 
-void PacketWriter::Add(const FrameBits& frame, const PacketSink& sink) {
+void PacketWriter::Add(const FrameBits& frame, const FramePacketSink& sink) {
     assert(CanTake(frame.bits));
     if (PlaceFor(frame.bits) == Place::AfterPadding) Pad(sink);
     frame_.Clear();
@@ -69,7 +69,7 @@ void PacketWriter::Add(const FrameBits& frame, const PacketSink& sink) {
     completed_ = 1;
 }
 
-void PacketWriter::Pad(const PacketSink& sink) {
+void PacketWriter::Pad(const FramePacketSink& sink) {
     assert(CanPad());
     // The last frame is what the packet leaves over, so that a decoder does not take the zeros for
     // another.
@@ -79,7 +79,7 @@ void PacketWriter::Pad(const PacketSink& sink) {
     Begin(0);
 }
 
-void PacketWriter::Finish(const PacketSink& sink) {
+void PacketWriter::Finish(const FramePacketSink& sink) {
     if (completed_ > 0) Close(completed_, sink);
 }
 
@@ -93,7 +93,7 @@ void PacketWriter::Put(std::span<const std::uint8_t> bytes, int from, int count,
     }
 }
 
-void PacketWriter::Close(int completed, const PacketSink& sink) {
+void PacketWriter::Close(int completed, const FramePacketSink& sink) {
     BitWriter head;
     head.Put(static_cast<std::uint32_t>(packets_ % (1 << kNumberBits)), kNumberBits);
     head.Put(static_cast<std::uint32_t>(completed + (left_over_ ? 0 : 1)), kCountBits);

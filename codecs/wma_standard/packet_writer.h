@@ -13,12 +13,12 @@
 namespace codecs::wma_standard {
 
 /// `first_frame` is the first that a decoder completes with the packet, `frames` how many it does.
-struct Packet {
+struct FramePacket {
     std::span<const std::uint8_t> bytes;
     std::int64_t first_frame = 0;
     int frames = 0;
 };
-using PacketSink = std::function<void(const Packet& packet)>;
+using FramePacketSink = std::function<void(const FramePacket& packet)>;
 
 struct FrameBits {
     std::span<const std::uint8_t> bytes;
@@ -35,13 +35,13 @@ class PacketWriter {
     /// Whether a frame of so many bits can be the next one. It can be when it is smaller.
     bool CanTake(int bits) const { return PlaceFor(bits) != Place::Nowhere; }
     /// @param bits  what CanTake takes
-    void Add(const FrameBits& frame, const PacketSink& sink);
+    void Add(const FrameBits& frame, const FramePacketSink& sink);
     /// Fills the packet that is being written with zeros. There must be a whole frame in it that
     /// was begun in it.
-    void Pad(const PacketSink& sink);
+    void Pad(const FramePacketSink& sink);
     bool CanPad() const { return whole_frames_ > 0; }
     /// After the last frame.
-    void Finish(const PacketSink& sink);
+    void Finish(const FramePacketSink& sink);
 
     /// All that packets hold up to here, with what is told about them.
     std::int64_t Bits() const { return packets_ * format_.packet_bytes * std::int64_t{8} + used_; }
@@ -54,7 +54,7 @@ class PacketWriter {
     void Begin(int completion_bits);
     Place PlaceFor(int bits) const;
     void Put(std::span<const std::uint8_t> bytes, int from, int count, BitWriter& to);
-    void Close(int completed, const PacketSink& sink);
+    void Close(int completed, const FramePacketSink& sink);
 
     const StreamFormat& format_;
     int capacity_;  // bits of a packet

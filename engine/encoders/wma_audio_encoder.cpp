@@ -1,7 +1,6 @@
 #include "engine/encoders/wma_audio_encoder.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <thread>
 #include <utility>
 
@@ -74,18 +73,6 @@ Settings SettingsFor(const AudioPlan& plan, const EncoderPass& pass) {
     return settings;
 }
 
-// What the encoders' packets have in common.
-struct Packet {
-    std::span<const std::uint8_t> bytes;
-    std::int64_t first;
-    std::int64_t samples;
-
-    explicit Packet(const codecs::wma_standard::CodedPacket& packet)
-        : bytes(packet.bytes), first(packet.first), samples(packet.samples) {}
-    explicit Packet(const codecs::wma::Packet& packet)
-        : bytes(packet.data), first(packet.first_sample), samples(packet.samples) {}
-};
-
 template <typename Format>
 int PacketBytes(const Format& format) {
     if constexpr (requires { format.packet_bytes; })
@@ -111,19 +98,18 @@ WmaAudioEncoder<Encoder>::WmaAudioEncoder(const AudioPlan& plan, const EncoderPa
 }
 
 template <typename Encoder>
-auto WmaAudioEncoder<Encoder>::Into(const CodedFrameSink& sink) {
-    return [this, &sink](const auto& from) {
+codecs::wma::PacketSink WmaAudioEncoder<Encoder>::Into(const CodedFrameSink& sink) {
+    return [this, &sink](const codecs::wma::Packet& packet) {
         if (!wanted_) return;
-        const Packet packet(from);
-        PacketHandle bytes = PacketFromPool(packets_, *buffers_, packet.bytes.size());
-        std::copy(packet.bytes.begin(), packet.bytes.end(), bytes->data);
+        PacketHandle bytes = PacketFromPool(packets_, *buffers_, packet.data.size());
+        std::copy(packet.data.begin(), packet.data.end(), bytes->data);
         CodedFrame coded;
         // The first packet has no sound, and the second one begins where it does: times rise all
         // the same, by as little as the container can tell.
         coded.pts = coded.dts =
-            std::max(SampleTime(packet.first, format_.sampling_rate), next_time_);
+            std::max(SampleTime(packet.first_sample, format_.sampling_rate), next_time_);
         next_time_ = coded.pts + Ticks::FromMilliseconds(1);
-        const Ticks end = SampleTime(packet.first + packet.samples, format_.sampling_rate);
+        const Ticks end = SampleTime(packet.first_sample + packet.samples, format_.sampling_rate);
         coded.duration = std::max(end, coded.pts) - coded.pts;
         coded.key = true;
         coded.audio_samples = packet.samples;

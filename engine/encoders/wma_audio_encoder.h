@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "codecs/wma/packetiser.h"
 #include "codecs/wma_pro/encoder.h"
 #include "codecs/wma_standard/encoder.h"
 #include "codecs/wma_voice/encoder.h"
@@ -29,8 +30,7 @@ class WmaAudioEncoder final : public AudioEncoder {
     std::string NoteText() const override;
 
   private:
-    // Called with the encoder's packets.
-    auto Into(const CodedFrameSink& sink);
+    codecs::wma::PacketSink Into(const CodedFrameSink& sink);
 
     AudioPlan plan_;
     AudioFormat format_;

@@ -25,8 +25,8 @@ EncodedSound Encode(const EncoderSettings& settings, const Sound& sound) {
                        encoder.BytesPerSecond(),
                        encoder.PacketBytes(),
                        {extra.begin(), extra.end()}});
-    EncodeInPieces(encoder, sound, [&](const codecs::wma_standard::CodedPacket& packet) {
-        check.Take(packet.bytes, packet.first, packet.samples);
+    EncodeInPieces(encoder, sound, [&](const codecs::wma_standard::Packet& packet) {
+        check.Take(packet.data, packet.first_sample, packet.samples);
     });
     EncodedSound encoded = check.Finish();
     encoded.first_pass = encoder.TakeFirstPass();
