@@ -98,7 +98,7 @@ TEST(WmaStandardEncoder, WritesWhatIsHardToWrite) {
         {"channels opposed", {44100, 2, 64040}, WithSecond(Chords(44100, 2, 3), -1)},
         {"channels equal", {32000, 2, 32000}, WithSecond(Chords(32000, 2, 3), 1)},
         {"nothing but silence", {44100, 2, 64040}, Silence(44100, 2, 9)},
-        {"one sample", {16000, 1, 16000}, {{0.5F}}},
+        {"one sample", {16000, 1, 16000}, Sound(1, std::vector<float>(1, 0.5F))},
         {"a frame", {44100, 1, 32000}, Sound(1, std::vector<float>(2048, 0.25F))},
         {"beyond full scale", {44100, 1, 64000}, Sound(1, std::vector<float>(30000, 4.0F))},
     };
