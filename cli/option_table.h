@@ -69,9 +69,9 @@ struct OptionNote {
     std::string_view accepts = {};  // "" = the texts of its rule
     std::string_view fallback = {};
     std::string_view effect = {};  // "" = the reference leaves the word out
-    std::string_view example =
-        {};  // words behind the program's name, as a shell takes them; they
-             // read film.avi, talk.wav, card.png, job.weu, parts.edl and holiday/
+    // Words behind the program's name, as a shell takes them; they read film.avi, talk.wav,
+    // card.png, job.weu, parts.edl and holiday/.
+    std::string_view example = {};
     Today today = Today::Works;
     std::string_view errors = {};
 };

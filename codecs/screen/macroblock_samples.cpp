@@ -15,43 +15,14 @@ using wmv9::Blocks;
 constexpr int kGroups = 64;  // of four pixels
 constexpr std::uint8_t kAllBlocks = 0x3F;
 
-int Red(std::uint32_t pixel) { return static_cast<int>(pixel >> 16 & 0xFF); }
-int Green(std::uint32_t pixel) { return static_cast<int>(pixel >> 8 & 0xFF); }
-int Blue(std::uint32_t pixel) { return static_cast<int>(pixel & 0xFF); }
-
-std::int16_t Luma(std::uint32_t pixel) {
-    const int scaled =
-        kLumaOfRed * Red(pixel) + kLumaOfGreen * Green(pixel) + kLumaOfBlue * Blue(pixel);
-    return static_cast<std::int16_t>((scaled + kHalf) >> 16);
-}
-
-int ScaledBlueDifference(int red, int green, int blue) {
-    return kBlueOfRed * red + kBlueOfGreen * green + kBlueOfBlue * blue;
-}
-
-int ScaledRedDifference(int red, int green, int blue) {
-    return kRedOfRed * red + kRedOfGreen * green + kRedOfBlue * blue;
-}
-
-std::int16_t Difference(int scaled) {
-    return static_cast<std::int16_t>(std::min((scaled + kHalf + kMiddle) >> 16, 255));
-}
-
 // Where a sample of luma stands in its block, by its row and column.
 std::int16_t* LumaRow(Blocks& samples, int row, int half) {
     return &samples[2 * (row / 8) + half][Index(row % 8 * 8)];
 }
 
-struct Sums {
-    int red = 0;
-    int green = 0;
-    int blue = 0;
-    int count = 0;
-};
-
 void LoadPart(PixelView source, PlaneView indices, int mask, const Rect& area, Blocks& samples,
               std::uint8_t& blocks) {
-    std::array<Sums, kGroups> groups{};
+    std::array<ChannelSums, kGroups> groups{};
     std::array<int, 4> sums{};
     std::array<int, 4> counts{};
     std::array<bool, Index(kMacroblock) * Index(kMacroblock)> shows{};
@@ -67,11 +38,7 @@ void LoadPart(PixelView source, PlaneView indices, int mask, const Rect& area, B
             sums[n] += luma;
             ++counts[n];
             shows[Index(kMacroblock * row + column)] = true;
-            Sums& group = groups[Index(8 * (row / 2) + column / 2)];
-            group.red += Red(pixel);
-            group.green += Green(pixel);
-            group.blue += Blue(pixel);
-            ++group.count;
+            groups[Index(8 * (row / 2) + column / 2)].Add(pixel);
         }
     }
     for (int n = 0; n < 4; ++n) {
@@ -89,12 +56,10 @@ void LoadPart(PixelView source, PlaneView indices, int mask, const Rect& area, B
     int red = 0;
     int count = 0;
     for (int i = 0; i < kGroups; ++i) {
-        const Sums& group = groups[Index(i)];
+        const ChannelSums& group = groups[Index(i)];
         if (group.count == 0) continue;
-        samples[4][Index(i)] =
-            Difference(ScaledBlueDifference(group.red, group.green, group.blue) / group.count);
-        samples[5][Index(i)] =
-            Difference(ScaledRedDifference(group.red, group.green, group.blue) / group.count);
+        samples[4][Index(i)] = group.BlueDifference();
+        samples[5][Index(i)] = group.RedDifference();
         blue += samples[4][Index(i)];
         red += samples[5][Index(i)];
         ++count;

@@ -52,12 +52,9 @@ std::ptrdiff_t LumaPlace(std::ptrdiff_t y, std::ptrdiff_t x) {
            x % kBlockSide;
 }
 
-int Channel(std::uint32_t pixel, int shift) { return static_cast<int>(pixel >> shift & 0xFF); }
-
 void AddChange(std::uint32_t a, std::uint32_t b, int slight, PixelChanges& changes) {
-    int most = 0;
-    for (int shift = 0; shift < 24; shift += 8)
-        most = std::max(most, std::abs(Channel(a, shift) - Channel(b, shift)));
+    const int most = std::max(
+        {std::abs(Red(a) - Red(b)), std::abs(Green(a) - Green(b)), std::abs(Blue(a) - Blue(b))});
     changes.all += most > 0 ? 1 : 0;
     changes.slight += most > 0 && most <= slight ? 1 : 0;
 }
@@ -73,34 +70,21 @@ PixelChanges CountChangesWith(const std::uint32_t* a, std::ptrdiff_t a_stride,
     return changes;
 }
 
-std::int16_t Difference(int scaled_by_four) {
-    return static_cast<std::int16_t>(std::min((scaled_by_four / 4 + kHalf + kMiddle) >> 16, 255));
-}
-
 void ConvertMacroblockWith(const std::uint32_t* pixels, std::ptrdiff_t stride,
                            std::int16_t* samples) {
     for (std::ptrdiff_t y = 0; y < kMacroblockSide; ++y)
-        for (std::ptrdiff_t x = 0; x < kMacroblockSide; ++x) {
-            const std::uint32_t pixel = pixels[y * stride + x];
-            const int scaled = kLumaOfRed * Channel(pixel, 16) + kLumaOfGreen * Channel(pixel, 8) +
-                               kLumaOfBlue * Channel(pixel, 0);
-            samples[LumaPlace(y, x)] = static_cast<std::int16_t>((scaled + kHalf) >> 16);
-        }
+        for (std::ptrdiff_t x = 0; x < kMacroblockSide; ++x)
+            samples[LumaPlace(y, x)] = Luma(pixels[y * stride + x]);
     std::int16_t* out = samples + 4 * kBlockSamples;
     for (std::ptrdiff_t y = 0; y < kMacroblockSide; y += 2)
         for (std::ptrdiff_t x = 0; x < kMacroblockSide; x += 2, ++out) {
             const std::uint32_t* const upper = pixels + y * stride + x;
-            const std::uint32_t* const lower = upper + stride;
-            const auto sum = [&](int shift) {
-                return Channel(upper[0], shift) + Channel(upper[1], shift) +
-                       Channel(lower[0], shift) + Channel(lower[1], shift);
-            };
-            const int red = sum(16);
-            const int green = sum(8);
-            const int blue = sum(0);
-            *out = Difference(kBlueOfRed * red + kBlueOfGreen * green + kBlueOfBlue * blue);
-            out[kBlockSamples] =
-                Difference(kRedOfRed * red + kRedOfGreen * green + kRedOfBlue * blue);
+            ChannelSums sums;
+            for (const std::ptrdiff_t at :
+                 {std::ptrdiff_t{0}, std::ptrdiff_t{1}, stride, stride + 1})
+                sums.Add(upper[at]);
+            *out = sums.BlueDifference();
+            out[kBlockSamples] = sums.RedDifference();
         }
 }
 
