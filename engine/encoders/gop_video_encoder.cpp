@@ -14,13 +14,13 @@ namespace {
 
 using codecs::PictureKind;
 
-// Threads that wake each other for every frame do little else.
-constexpr std::size_t kBurst = 16;  // frames, packets
+constexpr std::size_t kBurst = 16;  // packets; see FrameMemory for frames
 constexpr int kMostRecoded = 2;     // times; then as coarsely as can be
 
 // What is recorded has one, so that each packet follows its picture.
 std::size_t Workers(const VideoPlan& plan) {
-    const int asked = plan.input.capture || CodesRows(plan) ? 1 : plan.encoder_threads;
+    const bool one = plan.input.capture || CodesRows(plan) || FrameMemoryOf(plan).waiting == 0;
+    const int asked = one ? 1 : plan.encoder_threads;
     const unsigned count = asked > 0 ? static_cast<unsigned>(asked)
                                      : std::max(1U, std::thread::hardware_concurrency());
     return std::min<std::size_t>(count, codecs::RateAllocator::kMostAtOnce);
@@ -93,7 +93,8 @@ GopVideoEncoder::GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettin
       keeps_last_(!plan.input.capture),
       workers_(Workers(plan)),
       most_held_(MostHeld(workers_, FrameMemoryOf(plan), b_pictures_, ahead_)),
-      few_held_(most_held_ - std::min(kBurst, (most_held_ - FewestHeld()) / 2)),
+      few_held_(most_held_ - std::min(static_cast<std::size_t>(FrameMemoryOf(plan).burst),
+                                      (most_held_ - FewestHeld()) / 2)),
       usual_(UsualExperience(plan)),
       // A second pass knows all about them, and one quantiser needs no knowledge.
       tries_(pass.first_report.empty() && rate.finest < rate.coarsest),

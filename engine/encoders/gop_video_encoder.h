@@ -33,6 +33,7 @@ class GopVideoEncoder final : public VideoEncoder {
 
     VideoFrameFormat Format() const override { return format_; }
     StreamHeader Header() const override { return header_; }
+    bool CodesAside() const override { return workers_ > 1; }
     /// The packet of a recorded frame follows at once; else it may take some frames. Blocks while
     /// as many frames wait as the workers need to stay busy.
     bool Encode(AVFrame& frame, const CodedFrameSink& sink) override;

@@ -98,8 +98,12 @@ codecs::RateExperience UsualExperience(const VideoPlan& plan) {
 }
 
 bool CodesRows(const VideoPlan& plan) {
-    return IsWmv9(plan) && (plan.input.capture ||
-                            AskedLength(plan) > LengthOf(plan, FrameMemoryOf(plan).longest_gop));
+    if (!IsWmv9(plan)) return false;
+    if (plan.input.capture) return true;
+    const FrameMemory memory = FrameMemoryOf(plan);
+    const Ticks longest = LengthOf(plan, memory.longest_gop);
+    const Ticks length = AskedLength(plan).count > 0 ? AskedLength(plan) : longest;
+    return length > longest || length > LengthOf(plan, 2 * memory.waiting + 1);
 }
 
 Ticks GopLength(const VideoPlan& plan) {

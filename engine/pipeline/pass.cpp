@@ -146,7 +146,7 @@ void Pass::Start(RunOutputs* outputs) {
     }
     if (video_) {
         Run(video_->device ? &Pass::Capture : &Pass::DecodeVideo, *video_);
-        Run(&Pass::FilterVideo, *video_);
+        if (!video_encoder_->CodesAside()) Run(&Pass::QueueVideo, *video_);
         Run(&Pass::EncodeVideo, *video_);
     }
     threads_.emplace_back([this, outputs] {
@@ -284,15 +284,13 @@ void Pass::DecodeVideo(Chain& chain) {
     Drain(chain, [this](FrameHandle frame) { return decoded_.Push(std::move(frame)); });
 }
 
-void Pass::FilterVideo(Chain& chain) {
+void Pass::FilterVideo(Chain& chain, const FrameSink& next) {
     const AtExit end([&] {
-        filtered_.Finish();
         if (chain.file)
             decoded_.Cancel();
         else
             CancelSource(chain);
     });
-    const FrameSink next = [this](FrameHandle frame) { return filtered_.Push(std::move(frame)); };
     const FrameSink filter = [&](FrameHandle frame) {
         return video_filters_->Push(std::move(frame), next);
     };
@@ -307,18 +305,28 @@ void Pass::FilterVideo(Chain& chain) {
     if (chain.device) video_filters_->HoldUntil(LiveEnd(), next);
 }
 
+void Pass::QueueVideo(Chain& chain) {
+    const AtExit end([&] { filtered_.Finish(); });
+    FilterVideo(chain, [this](FrameHandle frame) { return filtered_.Push(std::move(frame)); });
+}
+
+// A thread that would only hand frames to the encoder's own threads filters them as well.
 void Pass::EncodeVideo(Chain& chain) {
     const AtExit end([&] {
         interleaver_->Finish(chain.kind);
         filtered_.Cancel();
     });
     const CodedFrameSink to_interleaver = ToInterleaver(chain.kind);
-    FrameHandle frame;
-    bool wanted = true;
-    while (wanted && filtered_.Pop(frame)) {
-        wanted = video_encoder_->Encode(*frame, to_interleaver);
-        frame.reset();
+    const FrameSink encode = [&](FrameHandle frame) {
+        const bool wanted = video_encoder_->Encode(*frame, to_interleaver);
         statistics_.Dropped(video_encoder_->TakeDroppedFrames());
+        return wanted;
+    };
+    if (video_encoder_->CodesAside()) {
+        FilterVideo(chain, encode);
+    } else {
+        FrameHandle frame;
+        while (filtered_.Pop(frame) && encode(std::move(frame))) continue;
     }
     video_encoder_->Finish(to_interleaver);
     statistics_.Dropped(video_encoder_->TakeDroppedFrames());

@@ -106,7 +106,8 @@ class Pass {
     CodedFrameSink ToInterleaver(MediaKind kind);
     void ProcessAudio(Chain& chain);
     void DecodeVideo(Chain& chain);
-    void FilterVideo(Chain& chain);
+    void FilterVideo(Chain& chain, const FrameSink& next);
+    void QueueVideo(Chain& chain);
     void EncodeVideo(Chain& chain);
     void Write(RunOutputs* outputs);
 
@@ -124,8 +125,8 @@ class Pass {
     std::optional<VideoFilterChain> video_filters_;
     std::optional<CaptureQueues> captured_;  // of a live plan
     std::optional<Chain> audio_, video_;
-    FrameQueue decoded_;  // of a file
-    FrameQueue filtered_;
+    FrameQueue decoded_;   // of a file
+    FrameQueue filtered_;  // unless the encoder has threads of its own
     std::unique_ptr<Interleaver> interleaver_;
     PauseGate gate_;
     std::optional<Pacer> pacer_;  // of a file that is streamed

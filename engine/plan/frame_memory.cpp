@@ -10,21 +10,25 @@ namespace {
 struct Limits {
     std::int64_t gop_bytes, least_gop, most_gop;
     std::int64_t ahead_bytes, least_ahead, most_ahead;
-    std::int64_t waiting_bytes, least_waiting, most_waiting;
+    std::int64_t waiting_bytes, most_waiting;
 };
 
 // clang-format off
-// Our own encoder takes so long that what waits decides how busy the processors are; beside the others
-// decoding is half of the work.
+// Beside encoders that are not ours decoding is part of the work: less than half a GOP keeps two
+// processors busy.
 constexpr Limits kOwn{
     // bytes  least  most
     96,       60,    300,   // of a GOP
     36,       4,     16,    // ahead
-    64,       8,     150};  // waiting
+    24,              150};  // waiting
 constexpr Limits kOthers{
     96,       60,    100,
     4,        4,     16,
-    32,       8,     16};
+    12,              50};
+constexpr std::int64_t kBurstMebibytes = 2;
+constexpr std::int64_t kMostBurst = 16;
+// Fewer do not make up for a second encoder's memory.
+constexpr std::int64_t kFewestWaiting = 4;
 // clang-format on
 
 }  // namespace
@@ -39,9 +43,10 @@ FrameMemory FrameMemoryOf(const VideoPlan& plan) {
     const std::int64_t gop = frames_of(limits.gop_bytes, limits.least_gop, limits.most_gop);
     const std::int64_t ahead = frames_of(limits.ahead_bytes, limits.least_ahead, limits.most_ahead);
     const std::int64_t waiting =
-        frames_of(limits.waiting_bytes, limits.least_waiting, limits.most_waiting);
+        std::min(frames_of(limits.waiting_bytes, 0, limits.most_waiting), gop / 2);
     return {static_cast<int>(gop), static_cast<int>(ahead),
-            static_cast<int>(std::min(waiting, gop / 2))};
+            static_cast<int>(waiting < kFewestWaiting ? 0 : waiting),
+            static_cast<int>(frames_of(kBurstMebibytes, 1, kMostBurst))};
 }
 
 }  // namespace engine

@@ -29,8 +29,12 @@ struct FrameMemory {
     /// That wait so that rate control and the encoder know what comes.
     int look_ahead = 0;
     /// For each GOP but one that is coded at the same time. While one is coded, the next one comes
-    /// in: what arrives of two in the time of one and is not coded meanwhile is half a GOP.
+    /// in: what arrives of two in the time of one and is not coded meanwhile is half a GOP. None
+    /// where frames are too large: then GOPs are coded one after the other.
     int waiting = 0;
+    /// That come at once when there is room again: threads that wake each other for every small
+    /// frame do little else, and a burst of large ones would leave the decoder without work.
+    int burst = 0;
 };
 FrameMemory FrameMemoryOf(const VideoPlan& plan);
 

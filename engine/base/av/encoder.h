@@ -43,6 +43,8 @@ class VideoEncoder {
     virtual ~VideoEncoder() = default;
     virtual VideoFrameFormat Format() const = 0;
     virtual StreamHeader Header() const = 0;
+    /// Whether threads of its own do the work: Encode then takes no time, but may wait for them.
+    virtual bool CodesAside() const { return false; }
     /// May change the frame's own fields or move it out, never change its pixels. False when the
     /// consumer wants no more. Throws platform::Error.
     virtual bool Encode(AVFrame& frame, const CodedFrameSink& sink) = 0;

@@ -118,9 +118,9 @@ struct MemoryCase {
 // clang-format off
 const MemoryCase kMemoryCases[] = {
     // why                       size          GOP  least  MiB
-    {"television",               768,  576,    100, 20,    16},
-    {"high definition",          1920, 1080,   60,  14,    50},
-    {"ultra high definition",    3840, 2160,   60,  12,    180},
+    {"television",               768,  576,    100, 25,    18},
+    {"high definition",          1920, 1080,   60,  10,    33},
+    {"one worker",               3840, 2160,   60,  0,     72},
 };
 // clang-format on
 
