@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "engine/sources/files/av_times.h"
+#include "engine/sources/files/kept_media.h"
 #include "engine/sources/files/open_media.h"
 
 namespace engine {
@@ -40,7 +41,7 @@ bool QuarterTurned(const AVStream& stream) {
 }  // namespace
 
 MediaFileInfo ProbeMediaFile(const std::string& path) {
-    const OpenMedia media = OpenMediaFile(path);
+    OpenMedia media = OpenMediaFile(path);
     MediaFileInfo info;
     if (media.audio != nullptr) {
         const AVCodecParameters& codec = *media.audio->codecpar;
@@ -65,6 +66,7 @@ MediaFileInfo ProbeMediaFile(const std::string& path) {
         }
         info.video = video;
     }
+    KeepMedia(path, std::move(media));
     return info;
 }
 
