@@ -3,6 +3,13 @@
 #include <algorithm>
 
 namespace codecs {
+namespace {
+
+// A thread that catches up with the row above sleeps until that is so many places further: waking
+// it for each of them costs a tenth of the time. Fewer where that would leave threads without a row.
+constexpr int kLongestStep = 8;
+
+}  // namespace
 
 void Wavefront::Run(int columns, int rows, const std::function<void(int x, int y)>& visit) {
     if (team_.Threads() == 1 || rows == 1) {
@@ -15,6 +22,7 @@ void Wavefront::Run(int columns, int rows, const std::function<void(int x, int y
     for (std::atomic<int>& visited : visited_) visited = 0;
     columns_ = columns;
     rows_ = rows;
+    step_ = std::clamp(columns / (2 * team_.Threads()), 1, kLongestStep);
     visit_ = &visit;
     next_row_ = 0;
     team_.Run(team_.Threads(), [this](int /*thread*/) { VisitRows(); });
@@ -31,7 +39,7 @@ void Wavefront::VisitRows() {
             }
             (*visit_)(x, y);
             own = x + 1;
-            own.notify_all();
+            if ((x + 1) % step_ == 0 || x + 1 == columns_) own.notify_all();
         }
     }
 }

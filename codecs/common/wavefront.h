@@ -25,6 +25,7 @@ class Wavefront {
     TaskTeam team_;
     int columns_ = 0;
     int rows_ = 0;
+    int step_ = 1;  // places of a row after which who waits for it is woken
     const std::function<void(int, int)>* visit_ = nullptr;
     std::atomic<int> next_row_ = 0;
     std::vector<std::atomic<int>> visited_;  // places of each row
