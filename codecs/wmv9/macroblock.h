@@ -67,22 +67,25 @@ constexpr int PartCount(Shape shape) {
     return shape == Shape::Whole8x8 ? 1 : shape == Shape::Small4x4 ? 4 : 2;
 }
 
-/// The macroblocks of a picture in raster order.
+/// The macroblocks of a picture, visited as by a Wavefront: it keeps the edges of two rows.
 class MacroblockGrid {
   public:
     MacroblockGrid(int width, int height)
         : width_(width),
           height_(height),
           macroblocks_(Index(width) * Index(height)),
-          edges_(macroblocks_.size()) {}
+          edges_(2 * Index(width)) {}
 
     int Width() const { return width_; }
     int Height() const { return height_; }
     Macroblock& At(int x, int y) { return macroblocks_[Place(x, y)]; }
     const Macroblock& At(int x, int y) const { return macroblocks_[Place(x, y)]; }
-    /// Of the macroblock's blocks; stale where it is not intra.
-    std::array<BlockEdge, kBlocks>& Edges(int x, int y) { return edges_[Place(x, y)]; }
-    const std::array<BlockEdge, kBlocks>& Edges(int x, int y) const { return edges_[Place(x, y)]; }
+    /// Of the macroblock's blocks; stale where it is not intra, and from when the one that is two
+    /// rows below it is visited.
+    std::array<BlockEdge, kBlocks>& Edges(int x, int y) { return edges_[Place(x, y % 2)]; }
+    const std::array<BlockEdge, kBlocks>& Edges(int x, int y) const {
+        return edges_[Place(x, y % 2)];
+    }
 
   private:
     std::size_t Place(int x, int y) const { return Index(y) * Index(width_) + Index(x); }

@@ -47,6 +47,14 @@ codecs::LumaPlane Luma(const AVFrame& frame) {
     return {frame.data[0], frame.linesize[0], frame.width, frame.height};
 }
 
+// Of a frame that only others are compared with.
+void ReleaseChroma(AVFrame& frame) {
+    for (int plane = 1; plane < 3; ++plane) {
+        av_buffer_unref(&frame.buf[plane]);
+        frame.data[plane] = nullptr;
+    }
+}
+
 }  // namespace
 
 struct GopVideoEncoder::Frame {
@@ -416,6 +424,7 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
     if (!is_b) {
         work.before_time = time;
         work.before_index = frame.index;
+        ReleaseChroma(*frame.frame);
         work.past = std::exchange(work.before, std::move(frame.frame));
         if (b_pictures_ == 0) work.past.reset();
     }

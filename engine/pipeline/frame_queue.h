@@ -27,8 +27,10 @@ class FrameQueue {
         ring_[(first_ + count_) % ring_.size()] = {std::move(frame), bytes};
         ++count_;
         bytes_ += bytes;
-        lock.unlock();
         filled_.notify_one();
+        // The producer's next one is as large: it is not begun before this one is taken.
+        if (bytes > kMostQueuedBytes)
+            freed_.wait(lock, [this] { return cancelled_ || count_ == 0; });
         return true;
     }
 

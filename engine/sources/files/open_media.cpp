@@ -1,6 +1,7 @@
 #include "engine/sources/files/open_media.h"
 
 #include <fmt/format.h>
+#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -128,6 +129,7 @@ OpenMedia OpenMediaFile(const std::string& path) {
     if (std::find(kNoMedia.begin(), kNoMedia.end(), format.iformat->name) != kNoMedia.end())
         throw NoMedia(path, "it is a text file");
     CheckOpened(avformat_find_stream_info(&format, nullptr), path);
+    ::malloc_trim(0);  // what decoders have had to find it out would stay taken
     media.audio = Choose(format, AVMEDIA_TYPE_AUDIO);
     media.video = Choose(format, AVMEDIA_TYPE_VIDEO);
     if (media.audio == nullptr && media.video == nullptr)
