@@ -6,7 +6,8 @@ namespace codecs {
 namespace {
 
 // A thread that catches up with the row above sleeps until that is so many places further: waking
-// it for each of them costs a tenth of the time. Fewer where that would leave threads without a row.
+// it for each of them costs a tenth of the time. Fewer where that would leave threads without a
+// row.
 constexpr int kLongestStep = 8;
 
 }  // namespace

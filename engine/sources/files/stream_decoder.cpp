@@ -1,6 +1,7 @@
 #include "engine/sources/files/stream_decoder.h"
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 #include "engine/base/av/av_error.h"
@@ -12,6 +13,7 @@ namespace {
 
 constexpr Ticks kUnknownFrameDuration = Ticks::FromMilliseconds(40);
 constexpr int kMostBrokenAtEnd = 100;
+constexpr unsigned kMostDecoderThreads = 16;  // more of them help little, and each has frames
 
 // Rows as far apart as libavcodec's encoders have them: frames of whole macroblocks they then take
 // as they are, and need not copy first.
@@ -45,7 +47,10 @@ StreamDecoder::StreamDecoder(const AVStream& stream, Ticks start, const std::str
     codec_.reset(CheckAllocated(avcodec_alloc_context3(decoder)));
     CheckAv(avcodec_parameters_to_context(codec_.get(), stream.codecpar), path);
     codec_->pkt_timebase = stream.time_base;
-    codec_->thread_count = 0;  // as many as there are processors
+    // Left to itself it has one more, and frames for it, which the threads of other stages make
+    // good.
+    codec_->thread_count =
+        static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, kMostDecoderThreads));
     if (codec_->codec_type == AVMEDIA_TYPE_VIDEO) AllocateForEncoders(*codec_);
     CheckAv(avcodec_open2(codec_.get(), decoder, nullptr), path);
     const Ratio rate = NominalFrameRate(stream);
