@@ -140,13 +140,25 @@ def cuts(folder, frames):
     return _make("cuts", folder, frames, ["-filter_complex", f"{graph}{scenes}concat={math.ceil(frames / length)},fps={RATE}"])
 
 
-def wild_end(folder, frames):
-    """A still that turns into noise under a shaking camera for its last third, 352x288."""
-    still = frames - frames // 3
-    graph = (f"{STILL},crop=352:288:460:200,trim=end_frame={still},setpts=N/FR/TB[still];"
-             f"{STILL},{CAMERA['shake']},noise=all_seed=5:alls=30:allf=t,trim=end_frame={frames - still},setpts=N/FR/TB[wild];"
-             f"[still][wild]concat,fps={RATE}")
-    return _make("wild_end", folder, frames, ["-filter_complex", graph])
+def still_and_wild(name, order):
+    """A still for two thirds, and noise under a shaking camera for the rest, 352x288, in that order."""
+    def build(folder, frames):
+        wild = max(1, frames // 3)
+        graph = (f"{STILL},crop=352:288:460:200,trim=end_frame={frames - wild},setpts=N/FR/TB[still];"
+                 f"{STILL},{CAMERA['shake']},noise=all_seed=5:alls=30:allf=t,trim=end_frame={wild},setpts=N/FR/TB[wild];"
+                 f"{order}concat,fps={RATE}")
+        return _make(name, folder, frames, ["-filter_complex", graph])
+    return build
+
+
+def slides(folder, frames):
+    """A still of its own every second and a half, 352x288: sparse, but for a cut now and then."""
+    length = RATE * 3 // 2
+    count = math.ceil(frames / length)
+    graph = "".join(f"{STILL},hue=h={70 * i},crop=352:288:{300 + 80 * (i % 5)}:{150 + 40 * (i % 3)},trim=end_frame={length},"
+                    f"setpts=N/FR/TB[slide{i}];" for i in range(count))
+    slide_pads = "".join(f"[slide{i}]" for i in range(count))
+    return _make("slides", folder, frames, ["-filter_complex", f"{graph}{slide_pads}concat={count},fps={RATE}"])
 
 
 class CameraFile(NamedTuple):
@@ -177,7 +189,8 @@ def camera_file(name, path, folder):
 
 
 GENERATED = {"text": text, "fades": fades, **{name: camera(name) for name in CAMERA}, "animation": animation,
-             "cuts": cuts, "wild_end": wild_end}
+             "cuts": cuts, "slides": slides, "wild_end": still_and_wild("wild_end", "[still][wild]"),
+             "wild_start": still_and_wild("wild_start", "[wild][still]")}
 
 
 def make(what, folder, frames):

@@ -1,52 +1,50 @@
 #include "codecs/common/gop_rate_control.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace codecs {
 namespace {
 
-// The numbers below were chosen by hand on the clips of bench/quality, and so that the pretended
-// encoders of tests/unit/codecs/rate_control_test.cpp keep their rates; none is derived.
+// The numbers below were chosen by hand on the clips of bench/quality and bench/rates, and so that
+// the pretended encoders of tests/unit/codecs/rate_control_test.cpp keep their rates; none is
+// derived.
 
 // Of the quantiser, from picture to picture; larger while little is known of the GOP.
 constexpr double kLargestStep = 1.25;
 constexpr double kLargestFinerStep = 1.12;  // until all that the GOP has is known
+constexpr double kLargestLastStep = 1.5;    // finer, among the stream's last pictures
+constexpr std::size_t kEnd = 6;             // they are
 constexpr double kLargestSteadyStep = 1.1;
+constexpr double kTelling = 0.03;  // of its intra cost is new: a picture by which to go
 constexpr double kLargestFreeStep = 2;
 // Of a picture that is coded again: near the noise of a source, bits rise faster than the model
 // has it.
 constexpr double kLargestSecondStep = 1.4;
-constexpr int kEarly = 4;  // deltas
+constexpr int kMostTries = 4;
+constexpr double kWorthDropping = 0.1;  // of what the rate gives a picture
+constexpr int kEarly = 4;               // deltas
 constexpr double kIntervalMemory = 0.3;
-constexpr int kDeltaMemory = 5;   // pictures
-constexpr int kMixedMemory = 12;  // where B pictures take turns with P pictures
-constexpr double kTrustMemory = 0.1;
-constexpr double kLargestMistrust = 2;
 constexpr double kSoftEndPart = 0.1;  // of its pictures, at most
 constexpr double kSoftEnd = 3;        // pictures beyond the GOP's end that share in an error
 constexpr double kTolerance = 0.03;   // of the budget, before pictures are dropped
-// Of the intra cost: what two pictures differ by that show the same.
-constexpr double kNoise = 0.02;
 // Of what the VBV has left, for one picture: it may take more than is expected of it.
 constexpr double kRoomShare = 0.6;
 constexpr double kPlannedRoomShare = 0.8;
 constexpr double kPlannedFill = 0.85;  // of the VBV, by pictures that a first pass has found
 constexpr int kRoomHalvings = 10;
 constexpr double kDraining = 0.7;  // of the VBV's rate, at a GOP's end
-constexpr double kSurprise = 2;
 // Of the VBV; one that holds no more takes an I picture whatever its size.
 constexpr double kNearlyEmpty = 0.15;
 constexpr int kHalvings = 40;
+constexpr double kNoEnd = 1e30;  // bits
 constexpr double kNoBits = 1e4;  // the quantiser where none are left
-constexpr double kLeastSurprise = 0.25;
-constexpr double kLargestSurprise = 30;
-// Of a B picture, beside a P picture, before any is known.
-constexpr double kUsualB = 0.5;
 constexpr double kRecodeMargin = 1.05;
-constexpr double kMostFromWaiting = 8;      // what a picture that waits may take, in usual ones
 constexpr double kForced = 1.3;             // of the quantiser that was wanted
 constexpr double kGrossSurprise = 1.4;      // a picture's bits beside the expected ones
+constexpr double kRepaid = 0.15;            // of what the pictures after it take
+constexpr double kNearEnough = 0.005;       // of the budget
 constexpr double kShortestInterval = 1e-3;  // seconds
 // Of what is left, for a picture that is made sharper: the rest is for what moves next.
 constexpr double kSharpeningShare = 0.5;
@@ -60,75 +58,18 @@ GopRateControl::GopRateControl(const RateSettings& settings, GopBudget budget)
       budget_(std::move(budget)),
       seconds_(budget_.seconds),
       budget_bits_(budget_.bits),
+      forecast_(budget_.experience, std::move(budget_.pictures)),
       level_bits_(budget_.vbv_level_bits),
       interval_(1 / budget_.experience.pictures_per_second) {
     result_.seconds = budget_.seconds;
-    for (const FoundPicture& picture : budget_.pictures) found_ += picture.ByP();
-    undecided_ = found_;
 }
 
-void GopRateControl::Mean::Learn(const PictureBits& taken, double inter_cost, int memory) {
-    learnt = std::min(learnt + 1, memory);
-    const double weight = 1.0 / learnt;
-    bits.texture += weight * (taken.texture - bits.texture);
-    bits.fixed += weight * (taken.fixed - bits.fixed);
-    cost += weight * (inter_cost - cost);
-}
-
-// Until deltas are known, what they usually are beside an I picture.
-PictureBits GopRateControl::DeltaMean() const {
-    const PictureBits usual{budget_.experience.delta_texture * ITexture(),
-                            budget_.experience.delta_fixed};
-    if (deltas_.learnt == 0)
-        return surprised_ ? FoundPicture{expected_, picture_.kind}.ByP() : usual;
-    if (deltas_.learnt >= kDeltaMemory) return deltas_.bits;
-    // The usual counts as one of them.
-    const double weight = deltas_.learnt / (deltas_.learnt + 1.0);
-    PictureBits mean = deltas_.bits * weight;
-    mean += usual * (1 - weight);
-    return mean;
-}
-
-PictureBits GopRateControl::Expected(const Picture& picture) {
-    if (picture.index < budget_.pictures.size()) {
-        const FoundPicture& found = budget_.pictures[picture.index];
-        const bool trusted = found.kind != PictureKind::kI && picture.kind != PictureKind::kI;
-        // The choice of B pictures need not have been the same.
-        if (found.kind == picture.kind || !trusted || MeanOf(picture.kind).learnt == 0)
-            return {found.bits.texture * (trusted ? texture_trust_ : 1), found.bits.fixed};
-    }
-    if (picture.kind == PictureKind::kI)
-        return {budget_.experience.i_texture_per_cost * picture.intra_cost,
-                budget_.experience.i_fixed};
-    const Mean& mean = MeanOf(picture.kind);
-    if (mean.learnt == 0) {
-        return DeltaMean() * (picture.kind == PictureKind::kB ? kUsualB : 1);
-    }
-    PictureBits delta = mean.bits;
-    const double noise = kNoise * picture.intra_cost;
-    delta.texture *= std::clamp((picture.inter_cost + noise) / (mean.cost + noise), kLeastSurprise,
-                                kLargestSurprise);
-    return delta;
-}
-
-// The GOP's pictures that have not been decided, after `picture_`.
-PictureBits GopRateControl::Following() const {
-    if (!budget_.pictures.empty()) return {undecided_.texture * texture_trust_, undecided_.fixed};
-    const PictureBits mean = DeltaMean();
-    const double noise = kNoise * picture_.intra_cost;
-    double textures = 0;  // in means
-    for (const Waiting& waiting : picture_.waiting)
-        textures += deltas_.learnt == 0
-                        ? 1
-                        : std::clamp((waiting.step_cost + noise) / (deltas_.cost + noise),
-                                     kLeastSurprise, kMostFromWaiting);
-    auto pictures = static_cast<double>(picture_.waiting.size());
-    if (!picture_.last) {
-        const double unseen = std::max(0.0, Remaining() - pictures);
-        pictures += unseen;
-        textures += unseen;
-    }
-    return {mean.texture * textures, mean.fixed * pictures};
+std::optional<std::size_t> GopRateControl::FoundB(std::size_t first) const {
+    const std::span<const FoundPicture> found = forecast_.Found();
+    if (first >= found.size()) return {};
+    std::size_t end = first;
+    while (end < found.size() && found[end].kind == PictureKind::kB) ++end;
+    return end - first;
 }
 
 // Pictures after `picture_`, by the time that is left.
@@ -139,37 +80,32 @@ double GopRateControl::Remaining() const {
 
 double GopRateControl::IPart() const {
     if (settings_.weighs_i) return 1;
-    const std::size_t pictures = budget_.pictures.size();
-    if (pictures < 2) return IQuantiserPart(budget_.experience.delta_texture, Remaining());
-    const double deltas = static_cast<double>(pictures) - 1;
-    const double i_texture = budget_.pictures.front().bits.texture;
-    return IQuantiserPart((found_.texture - i_texture) / deltas / std::max(1.0, i_texture), deltas);
+    const double deltas =
+        Planned() ? static_cast<double>(forecast_.Found().size()) - 1 : Remaining();
+    return IQuantiserPart(forecast_.DeltaPart(), deltas);
 }
 
 // The quantiser at which this picture and all that follow take just what is left. As if the GOP
 // went on for a little, so that its last pictures need not pay for an error alone.
-double GopRateControl::EvenQuantiser(const Picture& picture) const {
+double GopRateControl::EvenQuantiser() const {
+    const PictureBits& expected = forecast_.Expected();
     PictureBits others = Following();
-    const double pictures = budget_.pictures.empty() ? static_cast<double>(decided_) + Remaining()
-                                                     : static_cast<double>(budget_.pictures.size());
+    const double pictures = Planned() ? static_cast<double>(forecast_.Found().size())
+                                      : static_cast<double>(decided_) + Remaining();
     const double share = budget_.last ? 0 : std::min(kSoftEnd / pictures, kSoftEndPart);
-    PictureBits beyond = DeltaMean() * (share * pictures);
-    if (!budget_.pictures.empty()) {
-        beyond = found_ * share;
-        beyond.texture *= texture_trust_;
-    }
-    others += beyond;
+    others +=
+        Planned() ? forecast_.FoundInAll() * share : forecast_.DeltaMean() * (share * pictures);
     const double bits = budget_bits_ * (1 + share) - result_.bits;
-    if (bits <= others.fixed + expected_.fixed) return kNoBits;
-    if (picture.kind != PictureKind::kI) {
-        others += FoundPicture{expected_, picture.kind}.ByP();
+    if (bits <= others.fixed + expected.fixed) return kNoBits;
+    if (picture_.kind != PictureKind::kI) {
+        others += FoundPicture{expected, picture_.kind}.ByP();
         return others.QuantiserFor(bits);
     }
     double fine = 0;
     double coarse = kNoBits;
     for (int i = 0; i < kHalvings; ++i) {
         const double middle = (fine + coarse) / 2;
-        (expected_.At(middle * IPart()) + others.At(middle) > bits ? fine : coarse) = middle;
+        (expected.At(middle * IPart()) + others.At(middle) > bits ? fine : coarse) = middle;
     }
     return coarse;
 }
@@ -177,18 +113,17 @@ double GopRateControl::EvenQuantiser(const Picture& picture) const {
 // Of pictures that a first pass has found: the least one at which none of those that are left
 // overruns the VBV.
 double GopRateControl::RoomQuantiser() const {
-    if (picture_.index >= budget_.pictures.size()) return 0;
-    const auto left = std::span(budget_.pictures).subspan(picture_.index + 1);
-    const double drained =
-        settings_.vbv_rate_bps * seconds_ / static_cast<double>(budget_.pictures.size());
+    const std::span<const FoundPicture> found = forecast_.Found();
+    if (picture_.index >= found.size()) return 0;
+    const auto left = found.subspan(picture_.index + 1);
+    const double drained = settings_.vbv_rate_bps * seconds_ / static_cast<double>(found.size());
+    const PictureBits& expected = forecast_.Expected();
     const auto fits = [&](double quantiser) {
-        double level = level_bits_ + expected_.At(quantiser);
-        double own_level = own_level_bits_ + expected_.At(quantiser);
+        double level = level_bits_ + expected.At(quantiser);
+        double own_level = own_level_bits_ + expected.At(quantiser);
         double still_drains = drained * static_cast<double>(left.size());
         for (const FoundPicture& picture : left) {
-            PictureBits found = picture.ByP();
-            found.texture *= texture_trust_;
-            const double bits = found.At(quantiser);
+            const double bits = picture.ByP().Scaled(forecast_.Trust()).At(quantiser);
             level = std::max(0.0, level - drained) + bits;
             own_level = std::max(0.0, own_level - drained) + bits;
             still_drains -= drained;
@@ -211,8 +146,9 @@ double GopRateControl::RoomQuantiser() const {
 
 // At which the picture takes no more than that.
 double GopRateControl::QuantiserFor(double bits) const {
-    if (bits <= expected_.fixed) return settings_.coarsest;
-    return std::clamp(expected_.QuantiserFor(bits), settings_.finest, settings_.coarsest);
+    const PictureBits& expected = forecast_.Expected();
+    if (bits <= expected.fixed) return settings_.coarsest;
+    return std::clamp(expected.QuantiserFor(bits), settings_.finest, settings_.coarsest);
 }
 
 // Finer than the others; but where those are at their coarsest, what they leave.
@@ -230,7 +166,7 @@ double GopRateControl::Overdraft(double seconds) const {
     const double part = std::min(1.0, (seconds + interval_) / seconds_);
     const double ahead = std::max(0.0, settings_.vbv_bits - budget_.vbv_level_bits);
     const double allowed = std::min(budget_bits_ * part + ahead * (1 - part), budget_bits_);
-    return result_.bits + expected_.At(settings_.coarsest) - allowed -
+    return result_.bits + forecast_.Expected().At(settings_.coarsest) - allowed -
            kTolerance * std::max(0.0, budget_bits_);
 }
 
@@ -266,33 +202,43 @@ double GopRateControl::Coarser(double quantiser, double bits) const {
     return std::max(least, settings_.Coded(std::min(wanted, RateSettings::kMostCoarse)));
 }
 
+// Pictures that show nothing new tell nothing: what comes after them may be anything.
+double GopRateControl::SteadyStep() const {
+    const double told = picture_.step_cost / (kTelling * picture_.intra_cost);
+    return 1 + (kLargestSteadyStep - 1) * std::min(1.0, told);
+}
+
 // From picture to picture the quantiser changes in steps.
 double GopRateControl::Restrained(double even) const {
-    if (settings_.steady && deltas_.learnt >= kEarly)
-        return std::clamp(even, quantiser_ / kLargestSteadyStep, quantiser_ * kLargestSteadyStep);
-    const bool planned = !budget_.pictures.empty();
-    const bool free = deltas_.learnt < kEarly;
-    const bool surprise = !planned && expected_.texture > kSurprise * DeltaMean().texture;
-    const double finer = planned || picture_.last ? kLargestStep : kLargestFinerStep;
+    if (settings_.steady)
+        return std::clamp(even, quantiser_ / SteadyStep(), quantiser_ * SteadyStep());
+    const bool free = forecast_.Learnt() < kEarly;
+    const bool surprise = forecast_.Jumps(quantiser_);
+    const bool ends = budget_.last && picture_.last && picture_.waiting.size() < kEnd;
+    const double finer = ends                         ? kLargestLastStep
+                         : Planned() || picture_.last ? kLargestStep
+                                                      : kLargestFinerStep;
     const double coarser = surprise ? kLargestFreeStep : kLargestStep;
     const double restrained = std::clamp(even, quantiser_ / (free ? kLargestFreeStep : finer),
                                          quantiser_ * (free ? kLargestFreeStep : coarser));
     // Finer than what they are predicted from would mostly code its noise.
-    return free && !planned ? std::max(restrained, i_quantiser_) : restrained;
+    return free && !Planned() ? std::max(restrained, i_quantiser_) : restrained;
 }
 
-bool GopRateControl::MustDrop(const Picture& picture, double even) const {
+bool GopRateControl::MustDrop(double even) const {
     // Where B pictures may be, the next picture is as early as one that was left out: the VBV does
     // not drain meanwhile, so that what is expected of it would leave out all that follow.
     if (stands_still_) return false;
-    const double least = expected_.At(settings_.coarsest);
-    if (picture.kind == PictureKind::kI)
+    const double least = forecast_.Expected().At(settings_.coarsest);
+    if (picture_.kind == PictureKind::kI)
         return least > HardRoom() && level_bits_ > kNearlyEmpty * settings_.vbv_bits;
     if (least > HardRoom()) return true;
     // An error at the end of a GOP is no reason.
     const bool coarse =
         even >= settings_.coarsest && quantiser_ * kLargestStep >= settings_.coarsest;
-    return coarse && Overdraft(picture.seconds) > 0;
+    // What takes next to nothing saves nothing.
+    const double usual = settings_.rate_bps * interval_;
+    return coarse && least > kWorthDropping * usual && Overdraft(picture_.seconds) > 0;
 }
 
 void GopRateControl::LearnInterval(double passed) {
@@ -316,9 +262,9 @@ void GopRateControl::Shorten() {
     seconds_ *= part;
 }
 
-// The quantiser of `picture_`, which is expected to take `expected_`.
+// The quantiser of `picture_`.
 double GopRateControl::Chosen() {
-    even_ = EvenQuantiser(picture_);
+    even_ = EvenQuantiser();
     double quantiser = 0;
     if (picture_.kind == PictureKind::kI) {
         quantiser = i_quantiser_ = IQuantiser(even_);
@@ -329,7 +275,7 @@ double GopRateControl::Chosen() {
             quantiser = std::min(kBQuantiserPart * quantiser, RateSettings::kMostCoarse);
     }
     if (settings_.vbv_rate_bps > 0) {
-        const double share = budget_.pictures.empty() ? kRoomShare : kPlannedRoomShare;
+        const double share = Planned() || picture_.last ? kPlannedRoomShare : kRoomShare;
         quantiser = std::max({quantiser, QuantiserFor(share * SoftRoom()), RoomQuantiser()});
     }
     return settings_.Coded(quantiser);
@@ -345,48 +291,75 @@ double GopRateControl::SharpeningBits() const {
     return std::max(0.0, std::min(std::max(saved, drained), kSharpeningShare * VbvRoom()));
 }
 
-// Of the GOP's I pictures.
-double GopRateControl::ITexture() const {
-    return result_.i_pictures > 0 ? result_.i_bits.texture / static_cast<double>(result_.i_pictures)
-                                  : budget_.experience.i_texture_per_cost * picture_.intra_cost;
-}
-
 double GopRateControl::SharperQuantiser() const {
     const double quantiser = sharpening_.Quantiser(SharpeningBits());
     return settings_.Coded(std::clamp(quantiser, settings_.finest, settings_.coarsest));
 }
 
-double GopRateControl::Reconsidered(double quantiser, const PictureBits& taken) {
+// By which the stream misses its bits when the picture in hand takes so many.
+double GopRateControl::Missed(double bits) const {
+    const double even = std::clamp(even_, settings_.finest, settings_.coarsest);
+    return std::abs(result_.bits + bits + Following().At(even) - budget_bits_);
+}
+
+// Whether that is worth coding a picture again.
+bool GopRateControl::Surprises(double bits, double expected) const {
+    const bool is_i = picture_.kind == PictureKind::kI;
+    if (settings_.steady && forecast_.Learnt() >= kEarly) return false;
+    const bool first = is_i || (forecast_.Learnt() == 0 && !Planned());
+    const double part = bits / expected;
+    if (part >= kGrossSurprise || (first && part <= 1 / kGrossSurprise)) return true;
+    if (!budget_.last || settings_.steady) return false;
+    // At a stream's end few pictures are left that may make good for it.
+    const double even = std::clamp(even_, settings_.finest, settings_.coarsest);
+    return Missed(bits) > kRepaid * Following().Coefficients(even) + kNearEnough * budget_bits_;
+}
+
+// In place of `quantiser`, between those that were too fine and too coarse; where none is left, the
+// better one.
+double GopRateControl::Untried(double quantiser, double chosen, double missed) {
+    if (chosen == quantiser) return quantiser;
+    if (++tries_ > kMostTries) return quantiser;
+    const bool fine = chosen > quantiser;
+    (fine ? too_fine_ : too_coarse_) = {quantiser, missed};
+    const auto untried = [this](double q) {
+        return tries_ < kMostTries && q > too_fine_.quantiser && q < too_coarse_.quantiser;
+    };
+    if (untried(chosen)) return chosen;
+    const double between = settings_.Coded(std::sqrt(too_fine_.quantiser * too_coarse_.quantiser));
+    if (untried(between)) return between;
+    const Tried& other = fine ? too_coarse_ : too_fine_;
+    return other.missed < missed ? other.quantiser : quantiser;
+}
+
+double GopRateControl::Reconsidered(double quantiser, const PictureBits& taken, double bits) {
     if (settings_.finest == settings_.coarsest) return quantiser;
     if (rests_) {
-        const double bits = taken.At(quantiser);
         sharpening_.Took(bits, quantiser);
-        if (bits <= kSharpeningExcess * SharpeningBits()) return quantiser;
+        if (bits <= kSharpeningExcess * SharpeningBits() || ++tries_ > 1) return quantiser;
         return std::max(quantiser, SharperQuantiser());
     }
-    if (settings_.steady && deltas_.learnt >= kEarly) return quantiser;
-    const double part = taken.At(quantiser) / std::max(1.0, expected_.At(quantiser));
+    if (!Surprises(bits, std::max(1.0, forecast_.Expected().At(quantiser)))) return quantiser;
     const bool is_i = picture_.kind == PictureKind::kI;
-    const bool planned = !budget_.pictures.empty();
-    const bool first = is_i || (deltas_.learnt == 0 && !planned);
-    if (part < kGrossSurprise && !(first && part < 1 / kGrossSurprise)) return quantiser;
-    expected_ = taken;
-    surprised_ = !is_i;
+    const double missed = Missed(bits);
+    forecast_.Surprise(taken, quantiser);
     const double chosen = Chosen();
-    if (is_i) return chosen;
+    if (is_i) return Untried(quantiser, chosen, missed);
     const double least = quantiser / kLargestSecondStep;
     const double most = quantiser * kLargestSecondStep;
-    even_ = std::clamp(even_, least, most);
-    return settings_.Coded(std::clamp(chosen, least, most));
+    const double by_p = picture_.kind == PictureKind::kB ? kBQuantiserPart : 1;
+    even_ = std::clamp(even_, least / by_p, most / by_p);
+    return Untried(quantiser, settings_.Coded(std::clamp(chosen, least, most)), missed);
 }
 
 void GopRateControl::Dropped() {
     ++result_.dropped;
     just_dropped_ = true;
     picture_.waiting = {};  // the caller's
+    forecast_.Forget();
 }
 
-GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
+GopRateControl::Decision GopRateControl::Decide(const RatedPicture& picture) {
     passed_ = decided_ > 0 ? picture.seconds - picture_.seconds : 0;
     stands_still_ = just_dropped_ && passed_ <= 0;
     picture_ = picture;
@@ -398,13 +371,10 @@ GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
     level_bits_ = std::max(0.0, level_bits_ - passed_ * settings_.vbv_rate_bps);
     own_level_bits_ = std::max(0.0, own_level_bits_ - passed_ * settings_.vbv_rate_bps);
     ++decided_;
-    if (picture.index < budget_.pictures.size()) {
-        const PictureBits found = budget_.pictures[picture.index].ByP();
-        undecided_.texture = std::max(0.0, undecided_.texture - found.texture);
-        undecided_.fixed = std::max(0.0, undecided_.fixed - found.fixed);
-    }
-    surprised_ = false;
-    expected_ = Expected(picture);
+    forecast_.Begin(picture);
+    too_fine_ = {0, kNoEnd};
+    too_coarse_ = {kNoBits, kNoEnd};
+    tries_ = 0;
 
     Decision decision;
     if (rests_) {
@@ -417,47 +387,34 @@ GopRateControl::Decision GopRateControl::Decide(const Picture& picture) {
     if (rests && picture.kind == PictureKind::kI)
         decision.quantiser =
             std::min(decision.quantiser, settings_.Coded(QuantiserFor(SharpeningBits())));
-    decision.drop = settings_.vbv_rate_bps > 0 && settings_.may_drop && MustDrop(picture, even_);
-    decision.expected_bits = expected_.At(decision.quantiser);
+    decision.drop = settings_.vbv_rate_bps > 0 && settings_.may_drop && MustDrop(even_);
+    decision.expected_bits = forecast_.Expected().At(decision.quantiser);
     if (decision.drop) Dropped();
     return decision;
 }
 
-void GopRateControl::Coded(const PictureBits& taken, double bits, double quantiser, bool is_i) {
+FoundPicture GopRateControl::Coded(const PictureBits& taken, double bits, double quantiser,
+                                   bool is_i) {
     const bool sharpened = rests_ && !is_i;
-    if (!is_i && !sharpened) {
-        MeanOf(picture_.kind).Learn(taken, picture_.inter_cost, kDeltaMemory);
-        deltas_.Learn(FoundPicture{taken, picture_.kind}.ByP(), picture_.step_cost,
-                      b_mean_.learnt > 0 ? kMixedMemory : kDeltaMemory);
-    }
-    if (!is_i && !sharpened && expected_.texture > 0 && !budget_.pictures.empty()) {
-        const double found = expected_.texture / texture_trust_;
-        const double weight = std::max(kTrustMemory, 1.0 / static_cast<double>(decided_));
-        texture_trust_ += weight * (taken.texture / found - texture_trust_);
-        texture_trust_ = std::clamp(texture_trust_, 1 / kLargestMistrust, kLargestMistrust);
-    }
     just_dropped_ = false;
     level_bits_ += bits;
     own_level_bits_ += bits;
     result_.bits += bits;
     result_.own_level_bits = own_level_bits_;
     result_.last_seconds = picture_.seconds;
-    (is_i ? result_.i_pictures : result_.deltas) += 1;
-    if (is_i)
-        result_.i_bits += taken;
-    else
-        result_.delta_bits += FoundPicture{taken, picture_.kind}.ByP();
-    if (is_i) result_.i_cost += picture_.intra_cost;
+    const FoundPicture found = forecast_.Coded(taken, quantiser, is_i, sharpened);
+    result_.coded = forecast_.Sum();
     picture_.waiting = {};  // the caller's
     if (sharpened) {
         sharpening_.Sharpened(quantiser);
-        return;
+        return found;
     }
-    sharpening_.Showed(quantiser, ITexture());
+    sharpening_.Showed(quantiser, forecast_.ITexture());
     quantiser_ = std::clamp(even_, settings_.finest, settings_.coarsest);
     // Where the VBV has forced it, what follows refers to no better.
     if (picture_.kind == PictureKind::kB) quantiser /= kBQuantiserPart;
     if (quantiser > kForced * quantiser_) quantiser_ = quantiser;
+    return found;
 }
 
 }  // namespace codecs

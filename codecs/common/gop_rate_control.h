@@ -3,23 +3,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
 #include "codecs/common/picture_bits.h"
+#include "codecs/common/picture_forecast.h"
 #include "codecs/common/rate_settings.h"
 #include "codecs/common/sharpening.h"
 
 namespace codecs {
-
-/// What coded GOPs have taught of the pictures' sizes. A delta is a P or B picture.
-struct RateExperience {
-    double pictures_per_second = 0;
-    double i_texture_per_cost = 0;  // texture of an I picture by its IntraCost
-    double i_fixed = 0;             // bits
-    double delta_texture = 0;       // as a part of the I picture's texture
-    double delta_fixed = 0;         // bits
-};
 
 /// What a GOP may take, and what is known of it before it is coded.
 struct GopBudget {
@@ -42,12 +35,8 @@ struct GopResult {
     double bits = 0;
     double own_level_bits = 0;  // of a VBV that was empty before the GOP, after its ...
     double last_seconds = 0;    // ... last picture
-    std::int64_t i_pictures = 0;
-    std::int64_t deltas = 0;
     std::int64_t dropped = 0;
-    double i_cost = 0;  // sums over its pictures
-    PictureBits i_bits;
-    PictureBits delta_bits;
+    CodedSum coded;
 };
 
 /// Keeps the quantiser as even over the GOP as its bits allow. The state is the GOP's own: what
@@ -56,44 +45,32 @@ class GopRateControl {
   public:
     GopRateControl(const RateSettings& settings, GopBudget budget);
 
-    /// A picture that waits.
-    struct Waiting {
-        double seconds = 0;    // when it is shown, since the GOP began
-        double step_cost = 0;  // InterCost beside the one shown before it
-    };
-    struct Picture {
-        double seconds = 0;     // when it is decoded, since the GOP began; not decreasing
-        std::size_t index = 0;  // its place among the GOP's pictures as they are shown
-        PictureKind kind = PictureKind::kI;
-        double intra_cost = 1;
-        double inter_cost = 0;  // beside the nearest of what it is predicted from
-        // Beside the picture shown before it; of the first one, intra_cost.
-        double step_cost = 0;
-        std::span<const Waiting> waiting = {};  // as shown, of those that have not been decided
-        bool last = false;                      // they are all that the GOP has
-    };
     struct Decision {
         bool drop = false;
         double quantiser = 1;
         double expected_bits = 0;
     };
 
+    /// How many consecutive B pictures a first pass has found from that picture on, as shown.
+    std::optional<std::size_t> FoundB(std::size_t first) const;
     /// In coding order.
-    Decision Decide(const Picture& picture);
+    Decision Decide(const RatedPicture& picture);
     /// Bits that the VBV takes before the picture of the last decision.
     double VbvRoom() const { return settings_.vbv_bits - level_bits_; }
     /// Whether it may take so much: the VBV holds it, now and with what the GOPs after this
     /// one may put into it. Only an I picture that is larger than the whole VBV is let through
     /// once the VBV has surely run empty: there would never be another.
     bool Fits(double bits, double quantiser) const;
-    /// What it had better have in place of `quantiser`, now that it has taken this: the same unless
-    /// that was a surprise.
-    double Reconsidered(double quantiser, const PictureBits& taken);
+    /// What it had better have in place of `quantiser`, now that it has taken so many bits: the
+    /// same unless that was a surprise. To be asked again of what it has then taken,
+    /// until it is the same.
+    double Reconsidered(double quantiser, const PictureBits& taken, double bits);
     /// For that picture in place of `quantiser`, at which it took more than fits; not above 31.
     double Coarser(double quantiser, double bits) const;
     /// What the picture of the last decision has taken, and with which quantiser. An encoder may
     /// have made an I picture of one that was not asked to be one.
-    void Coded(const PictureBits& taken, double bits, double quantiser, bool is_i);
+    /// Returns what is to be believed of it in a second pass.
+    FoundPicture Coded(const PictureBits& taken, double bits, double quantiser, bool is_i);
     /// In place of Coded: it fitted at no quantiser and was left out.
     void Dropped();
 
@@ -101,52 +78,50 @@ class GopRateControl {
     const GopResult& Result() const { return result_; }
 
   private:
-    struct Mean {
-        PictureBits bits;
-        double cost = 0;  // InterCost; of deltas_, the step's
-        int learnt = 0;   // pictures
-        void Learn(const PictureBits& taken, double inter_cost, int memory);
+    struct Tried {
+        double quantiser = 0;
+        double missed = 0;  // bits of the stream
     };
 
-    Mean& MeanOf(PictureKind kind) { return kind == PictureKind::kB ? b_mean_ : p_mean_; }
-    PictureBits Expected(const Picture& picture);
-    PictureBits Following() const;
     double Remaining() const;
+    PictureBits Following() const { return forecast_.Following(Remaining()); }
+    bool Planned() const { return forecast_.Planned(); }
     void LearnInterval(double passed);
     void Shorten();
-    PictureBits DeltaMean() const;
     double IPart() const;
-    double EvenQuantiser(const Picture& picture) const;
+    double EvenQuantiser() const;
     double QuantiserFor(double bits) const;
     double RoomQuantiser() const;
     double IQuantiser(double even) const;
     double Overdraft(double seconds) const;
     double HardRoom() const;
     double SoftRoom() const;
+    double SteadyStep() const;
     double Restrained(double even) const;
     double Chosen();
     double SharpeningBits() const;
-    double ITexture() const;
     double SharperQuantiser() const;
-    bool MustDrop(const Picture& picture, double even) const;
+    bool Surprises(double bits, double expected) const;
+    double Missed(double bits) const;
+    double Untried(double quantiser, double chosen, double missed);
+    bool MustDrop(double even) const;
 
     RateSettings settings_;
     GopBudget budget_;
-    PictureBits found_;       // all of budget_.pictures, by P pictures' quantiser
-    PictureBits undecided_;   // those of them that have not been decided
     double seconds_ = 0;      // of the budget, until more is known
     double budget_bits_ = 0;  // its bits, the same
     bool shortened_ = false;
     GopResult result_;
 
-    Picture picture_;       // of the last decision
-    PictureBits expected_;  // of it
+    PictureForecast forecast_;
+    RatedPicture picture_;  // of the last decision
     bool just_dropped_ = false;
     bool stands_still_ = false;  // it is as early as one that was dropped
     bool rests_ = false;         // it shows nothing new, and becomes sharper
     double passed_ = 0;          // seconds since the one before it
     Sharpening sharpening_;
-    bool surprised_ = false;     // that is what it has taken once
+    Tried too_fine_, too_coarse_;  // at which it took too much and too little
+    int tries_ = 0;
     double even_ = 0;            // quantiser at its time, as a P picture
     double level_bits_ = 0;      // of the VBV, at most
     double own_level_bits_ = 0;  // had it been empty before the GOP
@@ -154,9 +129,6 @@ class GopRateControl {
     double interval_ = 0;        // between pictures, seconds
     double quantiser_ = 0;       // of the last delta, as a P picture; 0 = none yet
     double i_quantiser_ = 0;
-    Mean deltas_;  // recent ones, by P pictures' quantiser
-    Mean p_mean_, b_mean_;
-    double texture_trust_ = 1;  // what a first pass's pictures take now over what they took then
 };
 
 }  // namespace codecs

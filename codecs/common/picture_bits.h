@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 namespace codecs {
@@ -14,28 +15,49 @@ enum class PictureKind : std::uint8_t { kI, kP, kB };
 /// other picture inherits. Chosen by hand on the clips of bench/quality.
 inline constexpr double kBQuantiserPart = 1.4;
 
-/// A model of a block transform coder: what the coefficients take falls with the quantiser, a
-/// little less than in proportion where it is fine; vectors, types and headers cost the same with
-/// each. The offset is what fits footage coded at quantisers from 1 to 31 best.
+/// A model of a block transform coder. What the coefficients of intra macroblocks take falls with
+/// the quantiser, a little less than in proportion where it is fine; those of predicted ones, which
+/// are small beside it, fall below it altogether, about with its square; vectors, types and headers
+/// cost the same with each. The offset is what fits footage coded at quantisers from 1 to 31 best.
 struct PictureBits {
     static constexpr double kOffset = 1.5;
+    /// Where what falls differently with the quantiser is compared.
+    static constexpr double kUsualQuantiser = 8;
+    static constexpr double kUsualStep = kUsualQuantiser + kOffset;
 
-    double texture = 0;  // bits of the coefficients times (quantiser + offset)
+    double texture = 0;  // bits of intra coefficients times (quantiser + offset)
+    double residue = 0;  // bits of the others times its square
     double fixed = 0;    // bits that no quantiser changes
 
-    static PictureBits Taken(double coefficient_bits, double other_bits, double quantiser) {
-        return {coefficient_bits * (quantiser + kOffset), other_bits};
+    static PictureBits Taken(double intra_bits, double predicted_bits, double other_bits,
+                             double quantiser) {
+        const double step = quantiser + kOffset;
+        return {intra_bits * step, predicted_bits * step * step, other_bits};
     }
-    double At(double quantiser) const { return texture / (quantiser + kOffset) + fixed; }
+    /// Bits of the coefficients.
+    double Coefficients(double quantiser) const {
+        const double step = quantiser + kOffset;
+        return (texture + residue / step) / step;
+    }
+    double Usually() const { return Coefficients(kUsualQuantiser); }
+    double At(double quantiser) const { return Coefficients(quantiser) + fixed; }
     /// At which it takes `bits`, which are more than `fixed`; may be below every real one.
-    double QuantiserFor(double bits) const { return texture / (bits - fixed) - kOffset; }
+    double QuantiserFor(double bits) const {
+        const double left = bits - fixed;
+        return (texture + std::sqrt(texture * texture + 4 * residue * left)) / (2 * left) - kOffset;
+    }
 
     PictureBits& operator+=(const PictureBits& other) {
         texture += other.texture;
+        residue += other.residue;
         fixed += other.fixed;
         return *this;
     }
-    PictureBits operator*(double factor) const { return {texture * factor, fixed * factor}; }
+    PictureBits operator*(double factor) const {
+        return {texture * factor, residue * factor, fixed * factor};
+    }
+    /// With so many times the coefficients.
+    PictureBits Scaled(double factor) const { return {texture * factor, residue * factor, fixed}; }
 };
 
 /// A picture as a first pass has found it.
@@ -45,7 +67,8 @@ struct FoundPicture {
 
     /// In terms of the quantiser that P pictures have while this one is coded.
     PictureBits ByP() const {
-        return {kind == PictureKind::kB ? bits.texture / kBQuantiserPart : bits.texture,
+        if (kind != PictureKind::kB) return bits;
+        return {bits.texture / kBQuantiserPart, bits.residue / (kBQuantiserPart * kBQuantiserPart),
                 bits.fixed};
     }
 };

@@ -27,6 +27,14 @@ double IntraCost(const LumaPlane& picture) {
     return sum;
 }
 
+double NewPart(double found_new) {
+    constexpr double kSlope = 0.45;
+    constexpr double kOtherScene = 0.5;  // from here on ...
+    constexpr double kAllNew = 0.65;  // ... to here, motion search has found nothing but likeness
+    const double beyond = (found_new - kOtherScene) / (kAllNew - kOtherScene);
+    return kSlope * found_new + (1 - kSlope) * std::clamp(beyond, 0.0, 1.0);
+}
+
 double InterCost(const LumaPlane& picture, const LumaPlane& before) {
     double sum = 0;
     const int width = std::min(picture.width, before.width);

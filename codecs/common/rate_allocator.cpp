@@ -111,7 +111,7 @@ void RateAllocator::Account(std::int64_t index, const GopResult& result) {
     if (!settings_.steady) debt_bits_ += result.bits - budget;
     if (settings_.vbv_rate_bps > 0 && plan_.empty())
         debt_bits_ = std::max(debt_bits_, -kVbvSaving * settings_.vbv_bits);
-    const auto coded = static_cast<double>(result.i_pictures + result.deltas);
+    const auto coded = static_cast<double>(result.coded.i_pictures + result.coded.deltas);
     drops_ = static_cast<double>(result.dropped) > kManyDropped * coded;
     Learn(result, kLearning);
 }
@@ -119,20 +119,23 @@ void RateAllocator::Account(std::int64_t index, const GopResult& result) {
 void RateAllocator::LearnTrial(const GopResult& trial) { Learn(trial, 1); }
 
 void RateAllocator::Learn(const GopResult& result, double weight) {
-    if (result.i_pictures == 0) return;
-    const auto i_pictures = static_cast<double>(result.i_pictures);
+    const CodedSum& coded = result.coded;
+    if (coded.i_pictures == 0) return;
+    const auto i_pictures = static_cast<double>(coded.i_pictures);
     const auto towards = [&](double& value, double found) { value += weight * (found - value); };
-    if (result.seconds > 0 && result.deltas > 0)
-        towards(experience_.pictures_per_second,
-                static_cast<double>(result.i_pictures + result.deltas + result.dropped) /
-                    result.seconds);
-    towards(experience_.i_texture_per_cost, result.i_bits.texture / result.i_cost);
-    towards(experience_.i_fixed, result.i_bits.fixed / i_pictures);
-    if (result.deltas == 0 || result.i_bits.texture <= 0) return;
-    const auto deltas = static_cast<double>(result.deltas);
-    towards(experience_.delta_texture,
-            result.delta_bits.texture / deltas / (result.i_bits.texture / i_pictures));
-    towards(experience_.delta_fixed, result.delta_bits.fixed / deltas);
+    if (result.seconds > 0 && coded.deltas > 0)
+        towards(
+            experience_.pictures_per_second,
+            static_cast<double>(coded.i_pictures + coded.deltas + result.dropped) / result.seconds);
+    towards(experience_.i_fixed, coded.i_bits.fixed / i_pictures);
+    if (!coded.TellsTexture()) return;
+    towards(experience_.i_texture_per_cost, coded.i_bits.texture / coded.i_cost);
+    if (coded.deltas == 0) return;
+    const auto deltas = static_cast<double>(coded.deltas);
+    towards(experience_.delta_residue, PictureBits::kUsualStep *
+                                           (coded.delta_bits.Usually() / deltas) /
+                                           (coded.i_bits.Usually() / i_pictures));
+    towards(experience_.delta_fixed, coded.delta_bits.fixed / deltas);
 }
 
 }  // namespace codecs

@@ -19,6 +19,7 @@ struct Demand {
     double i_part = 1;    // of the quantiser
     double hardness = 1;  // quantiser beside the even one
 
+    double Coefficients() const { return i_picture.Usually() + deltas.Usually(); }
     double At(const RateSettings& settings, double quantiser) const {
         const auto allowed = [&](double q) {
             return std::clamp(q, settings.finest, settings.coarsest);
@@ -37,36 +38,36 @@ Demand DemandOf(const RateSettings& settings, const FirstPassGop& gop) {
     if (settings.weighs_i) return demand;
     const double count = std::max(1.0, static_cast<double>(gop.pictures.size()) - 1);
     demand.i_part = IQuantiserPart(
-        demand.deltas.texture / count / std::max(1.0, demand.i_picture.texture), count);
+        demand.deltas.Usually() / count / std::max(1.0, demand.i_picture.Usually()), count);
     return demand;
 }
 
 std::vector<Demand> Demands(const RateSettings& settings, const std::vector<FirstPassGop>& gops) {
     std::vector<Demand> demands;
-    double texture = 0;
+    double bits = 0;
     double seconds = 0;
     for (const FirstPassGop& gop : gops) {
         const Demand demand = DemandOf(settings, gop);
-        texture += demand.i_picture.texture + demand.deltas.texture;
+        bits += demand.Coefficients();
         seconds += demand.seconds;
         demands.push_back(demand);
     }
     for (Demand& demand : demands) {
-        const double own = demand.i_picture.texture + demand.deltas.texture;
+        const double own = demand.Coefficients();
         if (own > 0 && demand.seconds > 0)
-            demand.hardness = std::pow(own / demand.seconds / (texture / seconds), kEvening);
+            demand.hardness = std::pow(own / demand.seconds / (bits / seconds), kEvening);
     }
     return demands;
 }
 
-// The budgets at an even quantiser, cut to what the VBV takes. Returns their sum.
+// The budgets at an even quantiser and times `gain`, cut to what the VBV takes. Returns their sum.
 double Fill(const RateSettings& settings, const std::vector<Demand>& demands, double quantiser,
-            std::vector<PlannedGop>& plan) {
+            double gain, std::vector<PlannedGop>& plan) {
     double level = 0;
     double sum = 0;
     for (std::size_t i = 0; i < demands.size(); ++i) {
         const Demand& demand = demands[i];
-        double bits = demand.At(settings, quantiser);
+        double bits = gain * demand.At(settings, quantiser);
         if (settings.vbv_rate_bps > 0) {
             const bool last = i + 1 == demands.size();
             const double cap = (last ? 1 - kHandOver : kHandOver) * settings.vbv_bits;
@@ -92,12 +93,14 @@ std::vector<PlannedGop> PlanGops(const RateSettings& settings, std::vector<First
     double coarse = std::log(settings.coarsest * 4);
     for (int i = 0; i < kHalvings; ++i) {
         const double middle = (fine + coarse) / 2;
-        if (Fill(settings, demands, std::exp(middle), plan) > total)
+        if (Fill(settings, demands, std::exp(middle), 1, plan) > total)
             fine = middle;
         else
             coarse = middle;
     }
-    Fill(settings, demands, std::exp(coarse), plan);
+    const double sum = Fill(settings, demands, std::exp(coarse), 1, plan);
+    // What the finest or the coarsest quantiser makes of pictures is only known once it is tried.
+    if (sum > 0) Fill(settings, demands, std::exp(coarse), total / sum, plan);
     for (std::size_t i = 0; i < gops.size(); ++i) plan[i].pictures = std::move(gops[i].pictures);
     return plan;
 }

@@ -97,10 +97,10 @@ class Encoder::Impl {
         return result_ == nullptr ? PictureView() : result_->View();
     }
 
-    void LookAhead(const PictureView& picture) {
-        if (preset_.lookahead == 0) return;
+    std::optional<double> LookAhead(const PictureView& picture) {
+        if (preset_.lookahead == 0) return {};
         lookahead_.DropBefore(past_.later_number);
-        lookahead_.Add(picture);
+        return lookahead_.Add(picture);
     }
 
     int ChooseBPictures(std::span<const PictureView> next, int first) {
@@ -222,7 +222,7 @@ class Encoder::Impl {
         header.b_number = std::clamp(request.b_number, 1, header.b_pictures);
         number_ = lookahead_.Has(request.number) ? request.number : -1;
         asked_ = SetQuantiser(header, request.quantiser);
-        mean_quantiser_ = asked_;
+        mean_quantiser_ = effective_ = asked_;
         if (!header.IsB()) ChooseQuantisers(header);
         header.counter = past_.counter;
         header.vector_range = VectorRange(settings_);
@@ -247,8 +247,10 @@ class Encoder::Impl {
         std::span<const float> worth;
         if (number_ >= 0) worth = tree_.Worth(lookahead_, number_);
         if (header.IsI()) {
-            if (!worth.empty())
-                mean_quantiser_ = SetQuantiser(header, asked_ * QuantiserPart(worth));
+            if (worth.empty()) return;
+            const double part = QuantiserPart(worth);
+            mean_quantiser_ = SetQuantiser(header, asked_ * part);
+            effective_ = mean_quantiser_ / part;
             return;
         }
         if (!sequence_.varying_quantiser) return;
@@ -308,9 +310,10 @@ class Encoder::Impl {
         coded.data = coder_.Bits().Bytes();
         coded.kind = header.kind;
         coded.quantiser = asked_;
-        coded.bits = PictureBits::Taken(static_cast<double>(level_bits),
-                                        static_cast<double>(8 * coded.data.size() - level_bits),
-                                        coded.quantiser);
+        const double intra = IntraPart();
+        coded.bits = PictureBits::Taken(
+            intra * static_cast<double>(level_bits), (1 - intra) * static_cast<double>(level_bits),
+            static_cast<double>(8 * coded.data.size() - level_bits), effective_);
         return coded;
     }
 
@@ -351,11 +354,16 @@ class Encoder::Impl {
 
     // Where a scene changes, little can be predicted.
     bool MostlyIntra() const {
-        constexpr int kPart = 60;  // percent; chosen by hand
+        constexpr double kPart = 0.6;  // chosen by hand
+        return IntraPart() > kPart;
+    }
+
+    // Of the macroblocks of the picture coded last.
+    double IntraPart() const {
         int count = 0;
         for (int y = 0; y < height_; ++y)
             for (int x = 0; x < width_; ++x) count += grid_->At(x, y).intra ? 1 : 0;
-        return 100 * count > kPart * width_ * height_;
+        return static_cast<double>(count) / (width_ * height_);
     }
 
     const EncoderSettings settings_;
@@ -373,6 +381,7 @@ class Encoder::Impl {
     int number_ = -1;            // in the look-ahead
     double asked_ = 0;           // quantiser
     double mean_quantiser_ = 0;  // of its macroblocks
+    double effective_ = 0;       // that had better been asked for to come to it
     Frame source_;
     Frame b_frame_;
     MacroblockGrid b_grid_;
@@ -408,7 +417,9 @@ void Encoder::Forget() { impl_->Forget(); }
 
 PictureView Encoder::Reconstruction() const { return impl_->Reconstruction(); }
 
-void Encoder::LookAhead(const PictureView& picture) { impl_->LookAhead(picture); }
+std::optional<double> Encoder::LookAhead(const PictureView& picture) {
+    return impl_->LookAhead(picture);
+}
 
 int Encoder::ChooseBPictures(std::span<const PictureView> next, int first) {
     return impl_->ChooseBPictures(next, first);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
 #include "codecs/common/picture_bits.h"
@@ -84,7 +85,9 @@ class Encoder {
 
     /// The next picture in the order in which they are shown. I and P pictures become finer the
     /// more of those that it has been given since are predicted with them, and are so again.
-    void LookAhead(const PictureView& picture);
+    /// Returns how much of the picture is new, from 0 to 1; nothing where the preset has no
+    /// look-ahead.
+    std::optional<double> LookAhead(const PictureView& picture);
     /// How many of the pictures after the I or P picture coded last are better coded as B pictures:
     /// the first n of them, n below their number. Afterwards the picture coded last cannot be coded
     /// again.

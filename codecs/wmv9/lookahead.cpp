@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <utility>
 
 #include "codecs/common/index.h"
@@ -44,7 +45,7 @@ Lookahead::Lookahead(int width, int height, int rounds)
     for (std::vector<Move>& moves : to_earlier_) moves.resize(to_later_.size());
 }
 
-void Lookahead::Add(const PictureView& picture) {
+double Lookahead::Add(const PictureView& picture) {
     Small small;
     if (!spare_.empty()) {
         small = std::move(spare_.back());
@@ -57,8 +58,11 @@ void Lookahead::Add(const PictureView& picture) {
     for (int row = 0; row < rows_; ++row)
         for (int column = 0; column < columns_; ++column)
             small.own[Place(column, row)] = OwnBlockCost(small, column, row);
-    if (!pictures_.empty()) MovedCost(small, pictures_.back(), small.moves);
+    const auto own = std::accumulate(small.own.begin(), small.own.end(), std::int64_t{0});
+    const std::int64_t moved =
+        pictures_.empty() ? own : MovedCost(small, pictures_.back(), small.moves);
     pictures_.push_back(std::move(small));
+    return static_cast<double>(moved) / static_cast<double>(own);
 }
 
 void Lookahead::DropBefore(int number) {

@@ -26,8 +26,9 @@ class Lookahead {
     /// @param rounds         of the motion search; 0 = nothing is taken to move
     Lookahead(int width, int height, int rounds);
 
-    /// The next picture.
-    void Add(const PictureView& picture);
+    /// The next picture. Returns how much of it is new beside the one before it: 0 = nothing, 1 =
+    /// all of it.
+    double Add(const PictureView& picture);
     /// Those before that one are needed no more.
     void DropBefore(int number);
     int End() const { return first_ + static_cast<int>(pictures_.size()); }

@@ -105,7 +105,7 @@ void AvGopCoder::SetFields(AVFrame& frame) const {
 codecs::PictureBits AvGopCoder::ReportedBits() const {
     if (codec_->stats_out == nullptr) return {};
     const std::string_view report(codec_->stats_out);
-    return codecs::PictureBits::Taken(Field(report, " itex:") + Field(report, " ptex:"),
+    return codecs::PictureBits::Taken(Field(report, " itex:"), Field(report, " ptex:"),
                                       Field(report, " mv:") + Field(report, " misc:"),
                                       Field(report, " q:") / FF_QP2LAMBDA);
 }

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 
 #include "codecs/common/picture_bits.h"
@@ -48,8 +49,9 @@ class GopCoder {
     /// As if the picture coded last had not been.
     virtual void Forget() {}
 
-    /// The GOP's pictures as they are shown, each before any later one is coded.
-    virtual void LookAhead(const AVFrame& /*frame*/) {}
+    /// The GOP's pictures as they are shown, each before any later one is coded. Returns how much
+    /// of the picture is new beside the one before it, from 0 to 1; nothing where that is unknown.
+    virtual std::optional<double> LookAhead(const AVFrame& /*frame*/) { return {}; }
     /// How many of the pictures after the I or P picture coded last are better coded as B pictures:
     /// the first n of them, n below their number.
     /// @param next   some of them, as many as are at hand

@@ -14,8 +14,10 @@ namespace {
 
 using codecs::PictureKind;
 
-constexpr std::size_t kBurst = 16;  // packets; see FrameMemory for frames
-constexpr int kMostRecoded = 2;     // times; then as coarsely as can be
+constexpr std::size_t kBurst = 16;   // packets; see FrameMemory for frames
+constexpr double kNewOfStep = 0.35;  // of what differs, where no motion is searched for
+constexpr double kFarther = 0.3;     // of what a picture between adds to what is new
+constexpr int kMostRecoded = 2;      // times; then as coarsely as can be
 
 // What is recorded has one, so that each packet follows its picture.
 std::size_t Workers(const VideoPlan& plan) {
@@ -83,7 +85,7 @@ struct GopVideoEncoder::Work {
     Ticks before_time;
     std::size_t before_index = 0;  // in the GOP
     bool all = false;              // of the GOP that are left are in `next`
-    std::vector<codecs::GopRateControl::Waiting> waiting;
+    std::vector<codecs::WaitingPicture> waiting;
 };
 
 GopVideoEncoder::GopVideoEncoder(const VideoPlan& plan, const codecs::RateSettings& rate,
@@ -330,13 +332,29 @@ void GopVideoEncoder::Judge(Work& work) const {
         Frame& frame = work.next[work.judged];
         frame.intra_cost = codecs::IntraCost(Luma(*frame.frame));
         // What is recorded has nothing ahead, which is not to say that nothing will refer to it.
-        if (ahead_ > 0) work.coder->LookAhead(*frame.frame);
-        frame.step_cost = work.latest ? codecs::InterCost(Luma(*frame.frame), Luma(*work.latest))
-                                      : frame.intra_cost;
+        std::optional<double> news;
+        if (ahead_ > 0) news = work.coder->LookAhead(*frame.frame);
+        if (!work.latest)
+            frame.step_cost = frame.intra_cost;
+        else if (news)
+            frame.step_cost = codecs::NewPart(*news) * frame.intra_cost;
+        else
+            frame.step_cost = (ahead_ > 0 ? kNewOfStep : 1) *
+                              codecs::InterCost(Luma(*frame.frame), Luma(*work.latest));
         FrameHandle latest = frames_.Get();
         CheckAv(av_frame_ref(latest.get(), frame.frame.get()), "Encoding of the picture failed");
         work.latest = std::move(latest);
     }
+}
+
+// A second pass has them where the first one had, so that what pictures took then they take again.
+std::size_t GopVideoEncoder::ChooseBPictures(Work& work) const {
+    const std::size_t first = work.next.front().index;
+    if (const std::optional<std::size_t> found = work.gop->control->FoundB(first))
+        return std::min(*found, work.next.size() - 1);
+    std::vector<const AVFrame*> next;
+    for (const Frame& frame : work.next) next.push_back(frame.frame.get());
+    return static_cast<std::size_t>(work.coder->ChooseBPictures(next, static_cast<int>(first)));
 }
 
 std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) const {
@@ -345,12 +363,7 @@ std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) c
     work.all = work.next.size() < Wanted(work);
     std::vector<Outcome> outcomes;
     std::size_t b_count = 0;
-    if (b_pictures_ > 0 && work.before && work.next.size() > 1) {
-        std::vector<const AVFrame*> next;
-        for (const Frame& frame : work.next) next.push_back(frame.frame.get());
-        b_count = static_cast<std::size_t>(
-            work.coder->ChooseBPictures(next, static_cast<int>(work.next.front().index)));
-    }
+    if (b_pictures_ > 0 && work.before && work.next.size() > 1) b_count = ChooseBPictures(work);
     const auto last = work.next.begin() + static_cast<std::ptrdiff_t>(b_count);
     const PictureKind kind = work.before ? PictureKind::kP : PictureKind::kI;
     // What stands before it refers to more than it: nobody could start from it.
@@ -388,9 +401,9 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
     work.waiting.clear();
     for (const Frame& other : work.next)
         if (!other.decided)
-            work.waiting.push_back(
-                {(Ticks{other.frame->pts} - work.gop->start).Seconds(), other.step_cost});
-    codecs::GopRateControl::Picture picture;
+            work.waiting.push_back({(Ticks{other.frame->pts} - work.gop->start).Seconds(),
+                                    other.intra_cost, other.step_cost});
+    codecs::RatedPicture picture;
     picture.seconds = (outcome.coded.dts - work.gop->start).Seconds();
     picture.index = frame.index;
     picture.kind = request.kind;
@@ -400,13 +413,14 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
         picture.waiting = work.waiting;
         picture.last = work.all;
     }
-    if (work.before)
-        picture.inter_cost = frame.index == work.before_index + 1
-                                 ? frame.step_cost
-                                 : codecs::InterCost(Luma(*frame.frame), Luma(*work.before));
-    if (is_b)
-        picture.inter_cost =
-            std::min(picture.inter_cost, codecs::InterCost(Luma(*frame.frame), Luma(*work.past)));
+    picture.inter_cost = frame.step_cost;
+    // Behind the B pictures that stand before it, more is new: not all, since much of it is noise.
+    if (request.kind == PictureKind::kP)
+        for (const Frame& other : work.next)
+            if (!other.decided && other.index < frame.index)
+                picture.inter_cost = std::max(picture.inter_cost, other.step_cost) +
+                                     kFarther * std::min(picture.inter_cost, other.step_cost);
+    picture.inter_cost = std::min(picture.inter_cost, frame.intra_cost);
     const codecs::GopRateControl::Decision decision = control.Decide(picture);
     outcome.dropped = {1, static_cast<std::int64_t>(decision.expected_bits / 8)};
     if (decision.drop) return outcome;
@@ -416,10 +430,9 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
         control.Dropped();
         return outcome;
     }
-    control.Coded(coded->bits, coded->Size(), request.quantiser, coded->key);
+    outcome.found = control.Coded(coded->bits, coded->Size(), request.quantiser, coded->key);
     outcome.coded.bytes = std::move(coded->bytes);
     outcome.coded.key = coded->key;
-    outcome.found = {coded->bits, coded->key ? PictureKind::kI : request.kind};
     outcome.dropped = {};
     if (!is_b) {
         work.before_time = time;
@@ -439,8 +452,9 @@ std::optional<CodedPicture> GopVideoEncoder::Fitted(Work& work, AVFrame& frame,
     if (!work.coder) work.coder = make_coder_(control.VbvRoom());
     CodedPicture coded = work.coder->Encode(frame, request);
     if (!work.coder->Recodes()) return coded;
-    const double better = control.Reconsidered(request.quantiser, coded.bits);
-    if (better != request.quantiser) {
+    for (;;) {
+        const double better = control.Reconsidered(request.quantiser, coded.bits, coded.Size());
+        if (better == request.quantiser) break;
         request.quantiser = better;
         coded = work.coder->Recode(frame, request);
     }

@@ -79,6 +79,7 @@ class GopVideoEncoder final : public VideoEncoder {
     std::size_t Wanted(const Work& work) const;
     std::size_t FewestHeld() const;
     void Judge(Work& work) const;
+    std::size_t ChooseBPictures(Work& work) const;
     std::vector<Outcome> CodeMiniGop(Work& work) const;
     Outcome Code(Work& work, Frame& frame, PictureRequest request) const;
     std::optional<CodedPicture> Fitted(Work& work, AVFrame& frame, PictureRequest& request) const;

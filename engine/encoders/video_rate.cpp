@@ -11,6 +11,7 @@ namespace {
 using platform::VbrMode;
 
 constexpr double kFinestQuantiser = 1;
+constexpr double kFinestFirst = 3;    // of a first pass: a still that it begins with tells nothing
 constexpr double kBestQuantiser = 2;  // of quality mode
 constexpr double kCoarsestQuantiser = 31;
 constexpr double kSharpestCoarsest = 12;
@@ -76,7 +77,10 @@ codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
     rate.coarsest = CoarsestQuantiser(plan.sharpness);
     // The first of two passes only finds out what the pictures take.
     rate.steady = pass.number < pass.count;
-    if (rate.steady) return rate;
+    if (rate.steady) {
+        rate.finest = kFinestFirst;
+        return rate;
+    }
     if (plan.mode == VbrMode::Constant) {
         rate.vbv_rate_bps = plan.bit_rate_bps;
         rate.vbv_bits = VbvBits(plan.bit_rate_bps, plan.buffer_ms);
@@ -91,10 +95,14 @@ codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
 
 codecs::RateExperience UsualExperience(const VideoPlan& plan) {
     constexpr double kKeyTexturePerCost = 2.7;
-    constexpr double kDeltaTexture = 0.15;
+    constexpr double kDeltaResidue = 1.4;
     constexpr double kFixedPerPixel = 0.02;
-    const double fixed = kFixedPerPixel * plan.width * plan.height;
-    return {CodedFrameRate(plan) / 1000.0, kKeyTexturePerCost, fixed, kDeltaTexture, fixed};
+    constexpr double kMostFixed = 0.2;  // of what the rate gives a picture
+    const double pictures_per_second = CodedFrameRate(plan) / 1000.0;
+    double fixed = kFixedPerPixel * plan.width * plan.height;
+    if (plan.bit_rate_bps > 0)
+        fixed = std::min(fixed, kMostFixed * plan.bit_rate_bps / pictures_per_second);
+    return {pictures_per_second, kKeyTexturePerCost, fixed, kDeltaResidue, fixed};
 }
 
 bool CodesRows(const VideoPlan& plan) {

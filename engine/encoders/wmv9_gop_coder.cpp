@@ -83,7 +83,9 @@ int Wmv9GopCoder::ChooseBPictures(std::span<const AVFrame* const> next, int firs
     return encoder_.ChooseBPictures(views, first);
 }
 
-void Wmv9GopCoder::LookAhead(const AVFrame& frame) { encoder_.LookAhead(View(frame)); }
+std::optional<double> Wmv9GopCoder::LookAhead(const AVFrame& frame) {
+    return encoder_.LookAhead(View(frame));
+}
 
 std::vector<std::uint8_t> Wmv9GopCoder::ExtraData() const {
     const auto header = encoder_.SequenceHeader();

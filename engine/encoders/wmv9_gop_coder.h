@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "codecs/wmv9/encoder.h"
@@ -24,7 +25,7 @@ class Wmv9GopCoder final : public GopCoder {
     CodedPicture Recode(AVFrame& frame, const PictureRequest& request) override;
     void Forget() override { encoder_.Forget(); }
     bool Recodes() const override { return true; }
-    void LookAhead(const AVFrame& frame) override;
+    std::optional<double> LookAhead(const AVFrame& frame) override;
     int ChooseBPictures(std::span<const AVFrame* const> next, int first) override;
     /// The same for all GOPs of a plan.
     std::vector<std::uint8_t> ExtraData() const;

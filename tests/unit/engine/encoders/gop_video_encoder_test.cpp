@@ -165,7 +165,10 @@ class ShownCoder : public GopCoder {
   public:
     ShownCoder(std::vector<int>& shown, CodedFramePool& packets)
         : shown_(shown), packets_(packets) {}
-    void LookAhead(const AVFrame& /*frame*/) override { ++count_; }
+    std::optional<double> LookAhead(const AVFrame& /*frame*/) override {
+        ++count_;
+        return {};
+    }
     CodedPicture Encode(AVFrame& /*frame*/, const PictureRequest& request) override {
         shown_.push_back(count_);
         const std::uint8_t byte = 0;
