@@ -60,7 +60,7 @@ void RectangleCoder::Begin(const RectangleRequest& request) {
 
 void RectangleCoder::AnalyseRow(PixelView source, PlaneView indices, int y) {
     const wmv9::Kernels& kernels = wmv9::BestKernels();
-    const auto quantiser = wmv9::Quantiser::Make(quantiser_, step_, false);
+    const auto quantiser = wmv9::Quantiser::Make(quantiser_, step_);
     const int rounding = outward_ > 0 ? 0 : static_cast<int>(kRounding * step_ * kEighths);
     for (int x = 0; x < columns_; ++x) {
         Macroblock& macroblock = At(x, y);

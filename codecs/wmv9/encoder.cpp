@@ -30,6 +30,9 @@ constexpr double kFinestHalves = 9;  // quantisers in halves below
 
 // Pictures after an I picture until P pictures are what they usually are, and tools can be tried.
 constexpr int kFirstTrial = 2;
+// What other tools must be better by than the usual ones: the sharper picture is the better
+// reference, which does not show in its own cost.
+constexpr double kToolMargin = 1.01;
 constexpr int kNoTrial = 1 << 20;  // pictures away
 // Trials whose outcome stays the same come at longer and longer distances.
 constexpr int kLongestTools = 48;  // P pictures
@@ -41,9 +44,9 @@ constexpr int kFewestTried = 4;
 constexpr int kTrialPreset = 20;  // or a lower one: it tells them apart as well
 // What the newest trial weighs beside those before it.
 constexpr double kNewest = 0.5;
-// Of what B pictures seem to cost in a trial, what they do: it is too short to show all that they
-// save. Chosen on 17 clips, see docs/video9.md.
-constexpr double kBPart = 0.975;
+// Of what so many B pictures in a row seem to cost in a trial, what they do: it is too short to
+// show all that they save. Chosen on 14 clips, see docs/video9.md.
+constexpr double kBParts[kMostBPictures + 1] = {1, 1, 0.97, 0.97};
 constexpr double kHopeless = 1.1;  // part of P pictures' cost
 
 int MacroblocksIn(int samples) { return (samples + 15) / 16; }
@@ -130,7 +133,7 @@ class Encoder::Impl {
                 costs[Index(b)] = costs[1];
                 continue;
             }
-            const double cost = kBPart * CostOfPattern(next, first, b) / alone;
+            const double cost = kBParts[b] * CostOfPattern(next, first, b) / alone;
             costs[Index(b)] = known ? costs[Index(b)] + kNewest * (cost - costs[Index(b)]) : cost;
             if (costs[Index(b)] < costs[Index(best)]) best = b;
         }
@@ -188,18 +191,22 @@ class Encoder::Impl {
             return Code(header);
         };
         // Those that suited before come last, so that they need not be coded again.
+        const auto cost_with = [&](const PictureTools& tools) {
+            const bool usual = tools == UsualTools(preset_);
+            return (usual ? 1 : kToolMargin) * Cost(mean_quantiser_);
+        };
         PictureTools best = past_.tools;
         double least = std::numeric_limits<double>::max();
         for (const PictureTools& tools : ToolsToTry(preset_)) {
             if (tools == past_.tools) continue;
             code(tools);
-            const double cost = Cost(mean_quantiser_);
+            const double cost = cost_with(tools);
             if (cost >= least) continue;
             least = cost;
             best = tools;
         }
         CodedPicture coded = code(past_.tools);
-        if (Cost(mean_quantiser_) <= least)
+        if (cost_with(past_.tools) <= least)
             best = past_.tools;
         else
             coded = code(best);
@@ -223,7 +230,7 @@ class Encoder::Impl {
         number_ = lookahead_.Has(request.number) ? request.number : -1;
         asked_ = SetQuantiser(header, request.quantiser);
         mean_quantiser_ = effective_ = asked_;
-        if (!header.IsB()) ChooseQuantisers(header);
+        ChooseQuantisers(header);
         header.counter = past_.counter;
         header.vector_range = VectorRange(settings_);
         past_.tools.ApplyTo(header);
@@ -242,10 +249,10 @@ class Encoder::Impl {
         return coded;
     }
 
-    // Of an I or P picture, by what later ones refer to and by what is seen.
+    // By what later pictures refer to, which is nothing of a B picture, and by what is seen.
     void ChooseQuantisers(PictureHeader& header) {
         std::span<const float> worth;
-        if (number_ >= 0) worth = tree_.Worth(lookahead_, number_);
+        if (!header.IsB() && number_ >= 0) worth = tree_.Worth(lookahead_, number_);
         if (header.IsI()) {
             if (worth.empty()) return;
             const double part = QuantiserPart(worth);

@@ -33,7 +33,7 @@ class LevelSearch {
     LevelSearch(const TransformBlock& block, const Quantiser& quantiser, const AcCodes& codes)
         : block_(block),
           step_(quantiser.step * kEighths),
-          lambda_(quantiser.lambda),
+          lambda_(quantiser.level_lambda),
           codes_(codes) {
         nodes_[0] = {-1, 0, 0, 0};
         costs_[0] = 0;

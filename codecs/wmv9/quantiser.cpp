@@ -8,22 +8,24 @@
 namespace codecs::wmv9 {
 namespace {
 
-// Of the squared step, what a bit is worth. Chosen by hand on the clips of bench/quality.
-constexpr double kLambda = 0.26;
-constexpr double kLambdaB = 0.26;
+// Chosen by hand on the clips of bench/quality, see docs/video9.md.
+constexpr double kLambda = 0.2;         // of the squared step, what a bit is worth ...
+constexpr double kLevelPart = 0.87;     // ... and of that, a bit of levels
+constexpr double kSearchLambda = 0.36;  // of the step, what a bit is worth in absolute differences
 
 }  // namespace
 
-Quantiser Quantiser::Make(int number, int step, bool b_picture) {
+Quantiser Quantiser::Make(int number, int step) {
     Quantiser made;
     made.number = number;
     made.step = step;
     made.dc_step = kDcStep[Index(number)];
     const int step_eighths = step * kEighths;
     made.reciprocal = static_cast<std::uint32_t>(((1 << 16) + step_eighths - 1) / step_eighths);
-    const double lambda = (b_picture ? kLambdaB : kLambda) * step * step;
-    made.lambda = std::llround(lambda * kErrorOfSquaredSample);
-    made.search_lambda = static_cast<std::uint32_t>(std::lround(16 * std::sqrt(lambda / 0.85)));
+    const double lambda = kLambda * step * step * kErrorOfSquaredSample;
+    made.lambda = std::llround(lambda);
+    made.level_lambda = std::llround(kLevelPart * lambda);
+    made.search_lambda = static_cast<std::uint32_t>(std::lround(16 * kSearchLambda * step));
     return made;
 }
 

@@ -16,10 +16,10 @@ struct Quantiser {
     int dc_step = 2;
     std::uint32_t reciprocal = 0;     // for Kernels::quantise
     std::int64_t lambda = 0;          // what a bit is worth, in squared eighths
+    std::int64_t level_lambda = 0;    // the same where levels are chosen
     std::uint32_t search_lambda = 0;  // in absolute differences, in sixteenths
 
-    /// @param b_picture  that no other refers to
-    static Quantiser Make(int number, int step, bool b_picture);
+    static Quantiser Make(int number, int step);
 };
 
 }  // namespace codecs::wmv9

@@ -22,7 +22,7 @@ constexpr double kDirectAlone = 0.9;
 Quantiser MakeQuantiser(const Picture& picture, int x, int y) {
     const PictureHeader& header = picture.header;
     const int number = header.varying ? picture.quantisers->At(x, y) : header.quantiser;
-    return Quantiser::Make(number, header.Step(number), header.IsB());
+    return Quantiser::Make(number, header.Step(number));
 }
 
 // Vectors worth a look, each once.

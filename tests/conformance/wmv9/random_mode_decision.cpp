@@ -72,7 +72,7 @@ class Dice {
         if (header_.varying)
             number = random_.Roll(50) ? std::min(number + random_.Below(8), kLargestQuantiser)
                                       : random_.Between(1, kLargestQuantiser);
-        Quantiser made = Quantiser::Make(number, header_.Step(number), header_.IsB());
+        Quantiser made = Quantiser::Make(number, header_.Step(number));
         if (random_.Roll(50)) made.lambda = 0;  // whatever it takes
         return made;
     }
