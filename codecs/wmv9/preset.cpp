@@ -16,8 +16,8 @@ constexpr Preset kPresets[] = {
     {  29,   false,  false,    8,    true,   false,  1,  false, false, true,  true,   kWhole,      0,  24,  true,  true,  16,  4,    0,  false},
     {  49,   true,   false,   12,    true,   false,  1,  false, true,  true,  true,   kAllShapes, 30,  16,  true,  true,  16,  4,    6,  false},
     {  69,   true,   false,   16,    true,   false,  1,  true,  true,  true,  true,   kAllShapes, 20,  12,  true,  true,  16,  6,    6,  false},
-    {  89,   true,   true,    24,    true,   false,  2,  true,  true,  true,  true,   kAllShapes,  8,  12,  true,  true,  16,  8,    6,  false},
-    { 100,   true,   true,    32,    true,   true,   3,  true,  true,  true,  true,   kAllShapes,  0,  12,  true,  true,  16,  8,    4,  true},
+    {  89,   true,   true,    24,    true,   false,  2,  true,  true,  true,  true,   kAllShapes,  8,  12,  true,  true,  16,  6,    6,  false},
+    { 100,   true,   true,    32,    true,   true,   3,  true,  true,  true,  true,   kAllShapes,  0,  12,  true,  true,  16,  6,    4,  true},
 };
 // clang-format on
 
