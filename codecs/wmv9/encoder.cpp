@@ -46,8 +46,8 @@ constexpr int kTrialPreset = 20;  // or a lower one: it tells them apart as well
 constexpr double kNewest = 0.5;
 // Of what so many B pictures in a row seem to cost in a trial, what they do: it is too short to
 // show all that they save. Chosen on 14 clips, see docs/video9.md.
-constexpr double kBParts[kMostBPictures + 1] = {1, 1, 0.97, 0.97};
-constexpr double kHopeless = 1.1;  // part of P pictures' cost
+constexpr double kBParts[kMostBPictures + 1] = {1, 1.03, 0.97, 0.97};
+constexpr double kClearly = 0.96;
 
 int MacroblocksIn(int samples) { return (samples + 15) / 16; }
 
@@ -127,15 +127,12 @@ class Encoder::Impl {
         const bool known = costs[0] > 0;
         costs[0] = 1;
         int best = 0;
-        for (int b = 1; b <= settings_.b_pictures; ++b) {
-            // What one B picture loses by far, two do not win.
-            if (b > 1 && costs[1] > kHopeless) {
-                costs[Index(b)] = costs[1];
-                continue;
-            }
+        // What the longest row wins by far, no shorter one does.
+        for (int b = settings_.b_pictures; b > 0 && costs[Index(best)] > kClearly; --b) {
             const double cost = kBParts[b] * CostOfPattern(next, first, b) / alone;
-            costs[Index(b)] = known ? costs[Index(b)] + kNewest * (cost - costs[Index(b)]) : cost;
-            if (costs[Index(b)] < costs[Index(best)]) best = b;
+            double& mean = costs[Index(b)];
+            mean = mean > 0 ? mean + kNewest * (cost - mean) : cost;
+            if (mean < costs[Index(best)]) best = b;
         }
         const bool same = known && best == next_.b_pictures;
         next_.b_pictures = best;
