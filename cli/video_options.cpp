@@ -220,7 +220,7 @@ constexpr Option kOptions[] = {
      .note = {.accepts = "0, 20, 40, 60, 80 or 100",
               .fallback = "the encoder's own balance",
               .effect = "Speed (0) against quality (100) of the encoder's search and decisions. "
-                        "With WMV9 a file has B pictures from 40 on, at most two in a row.",
+                        "With WMV9 a file has B pictures from 10 on, at most two in a row.",
               .example = "-input film.avi -output film.wmv -v_performance 100",
               .errors = "any other number ends the command without a line"}},
     {.name = "-v_profile",

@@ -14,8 +14,8 @@ namespace {
 namespace wmv9 = codecs::wmv9;
 
 constexpr std::int32_t kLargestSide = 8192;
-// The level of performance from which there are B pictures: each costs two searches.
-constexpr std::int32_t kBPicturesFrom = 40;
+// The level of performance from which there are B pictures.
+constexpr std::int32_t kBPicturesFrom = 10;
 constexpr int kMostBPictures = 2;  // in a row
 
 wmv9::PictureView View(const AVFrame& frame) {
