@@ -252,13 +252,13 @@ class Encoder::Impl {
         if (!header.IsB() && number_ >= 0) worth = tree_.Worth(lookahead_, number_);
         if (header.IsI()) {
             if (worth.empty()) return;
-            const double part = QuantiserPart(worth);
+            const double part = QuantiserPart(worth, preset_.worth_power);
             mean_quantiser_ = SetQuantiser(header, asked_ * part);
             effective_ = mean_quantiser_ / part;
             return;
         }
         if (!sequence_.varying_quantiser) return;
-        quantisers_.Choose(BestKernels(), source_, asked_, worth);
+        quantisers_.Choose(BestKernels(), source_, asked_, worth, preset_.worth_power);
         header.varying = true;
         header.half_step = false;
         header.quantiser = quantisers_.OfPicture();

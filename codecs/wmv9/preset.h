@@ -25,6 +25,9 @@ struct Preset {
     bool overlap = false;      // coarse blocks are smoothed where they meet
     int lookahead = 0;         // pictures beyond the one that is coded
     int lookahead_rounds = 0;  // of its motion search
+    /// By which quantisers follow what later pictures refer to. Bilinear prediction loses more of
+    /// what it refers to.
+    double worth_power = 0;
     /// P pictures from one that is coded with all tools that may suit it to the next; 0 = none is.
     int tool_trials = 0;
     bool both_ways = false;  // with one reference and with two, a macroblock is coded whole

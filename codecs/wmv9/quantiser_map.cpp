@@ -13,25 +13,26 @@ constexpr double kMasked = 0.2;         // quantisers by a doubling of the varia
 constexpr double kMaskedPart = 0.07;    // ... and parts of the quantiser
 constexpr double kMostBelow = 2;        // doublings below the mean that count
 constexpr double kMostAbove = 1;        // of the quantiser: sharp text on paper is far above
-constexpr double kUnworthy = 1.4;       // part of the quantiser where no later picture refers to
-constexpr double kWorthPower = 0.5;     // squared errors are worth in proportion
+constexpr double kUsualWorth = 1.96;       // of what has the quantiser that is asked for
 constexpr double kWithinPicture = 0.4;  // of the differences in worth, as far as they are trusted
 
 constexpr int kCoarsest = 31;
 constexpr int kShortDifference = 6;  // of a macroblock's quantiser, in three bits in place of eight
 constexpr double kSamples = 256;
 
-double LogPart(double worth) { return std::log(kUnworthy) - kWorthPower * std::log(worth); }
+double LogPart(double worth, double power) { return power * std::log(kUsualWorth / worth); }
 
-double MeanLogPart(std::span<const float> worth) {
+double MeanLogPart(std::span<const float> worth, double power) {
     double sum = 0;
-    for (const float one : worth) sum += LogPart(one);
+    for (const float one : worth) sum += LogPart(one, power);
     return sum / static_cast<double>(worth.size());
 }
 
 }  // namespace
 
-double QuantiserPart(std::span<const float> worth) { return std::exp(MeanLogPart(worth)); }
+double QuantiserPart(std::span<const float> worth, double power) {
+    return std::exp(MeanLogPart(worth, power));
+}
 
 // Logarithms of the variances, beside their mean.
 void QuantiserMap::MeasureActivity(const Kernels& kernels, const Frame& source) {
@@ -51,13 +52,14 @@ void QuantiserMap::MeasureActivity(const Kernels& kernels, const Frame& source) 
 }
 
 void QuantiserMap::Choose(const Kernels& kernels, const Frame& source, double quantiser,
-                          std::span<const float> worth) {
+                          std::span<const float> worth, double power) {
     MeasureActivity(kernels, source);
-    const double mean = worth.empty() ? 0 : MeanLogPart(worth);
+    const double mean = worth.empty() ? 0 : MeanLogPart(worth, power);
     std::array<int, kCoarsest + 1> counts{};
     for (std::size_t i = 0; i < quantisers_.size(); ++i) {
         double part = 1;
-        if (!worth.empty()) part = std::exp(mean + kWithinPicture * (LogPart(worth[i]) - mean));
+        if (!worth.empty())
+            part = std::exp(mean + kWithinPicture * (LogPart(worth[i], power) - mean));
         const double due = quantiser * part;
         const double step = kMasked + kMaskedPart * due;
         const double wanted =

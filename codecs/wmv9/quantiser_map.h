@@ -13,7 +13,8 @@ namespace codecs::wmv9 {
 
 /// The quantiser of a whole picture whose macroblocks are worth so much to later ones (see
 /// MacroblockTree), as a part of the quantiser asked for.
-double QuantiserPart(std::span<const float> worth);
+/// @param power  of what worth makes finer: a half where squared errors count in proportion
+double QuantiserPart(std::span<const float> worth, double power);
 
 /// Busy macroblocks hide more than flat ones: quantisers follow the logarithm of their variance,
 /// beside the picture's mean. Those that later pictures refer to are finer.
@@ -26,8 +27,9 @@ class QuantiserMap {
 
     /// @param quantiser  asked for, 1 to 31
     /// @param worth      of macroblocks in raster order; empty = all alike
+    /// @param power      see QuantiserPart
     void Choose(const Kernels& kernels, const Frame& source, double quantiser,
-                std::span<const float> worth);
+                std::span<const float> worth, double power);
     int At(int x, int y) const { return quantisers_[Index(y) * Index(width_) + Index(x)]; }
     /// The picture's own, beside which the macroblocks' take the fewest bits.
     int OfPicture() const { return of_picture_; }
