@@ -10,6 +10,10 @@ namespace codecs::wmv9 {
 constexpr int kEighths = 8;
 constexpr double kErrorOfSquaredSample = kEighths * kEighths / 1.28;
 
+/// Where levels are chosen by bits and error. Chosen by hand on the clips of bench/quality, see
+/// docs/video9.md.
+constexpr double kBitWorth = 0.2;
+
 struct Quantiser {
     int number = 1;  // 1 to 31
     int step = 2;    // between reconstructed levels
@@ -19,7 +23,8 @@ struct Quantiser {
     std::int64_t level_lambda = 0;    // the same where levels are chosen
     std::uint32_t search_lambda = 0;  // in absolute differences, in sixteenths
 
-    static Quantiser Make(int number, int step);
+    /// @param bit_worth  what a bit is worth, in squared steps
+    static Quantiser Make(int number, int step, double bit_worth = kBitWorth);
 };
 
 }  // namespace codecs::wmv9

@@ -19,10 +19,14 @@ constexpr std::uint32_t kIntraBits = 24;
 constexpr double kDirectAtMost = 1.25;
 constexpr double kDirectAlone = 0.9;
 
-Quantiser MakeQuantiser(const Picture& picture, int x, int y) {
+// What a bit is worth where levels are rounded alone: more, so that lone ones are left out.
+constexpr double kBitWorthOfRounded = 0.26;
+
+Quantiser MakeQuantiser(const Picture& picture, const Preset& preset, int x, int y) {
     const PictureHeader& header = picture.header;
     const int number = header.varying ? picture.quantisers->At(x, y) : header.quantiser;
-    return Quantiser::Make(number, header.Step(number));
+    return Quantiser::Make(number, header.Step(number),
+                           preset.rd ? kBitWorth : kBitWorthOfRounded);
 }
 
 // Vectors worth a look, each once.
@@ -47,7 +51,7 @@ class MacroblockDecision {
         : picture_(picture),
           estimates_(estimates),
           preset_(preset),
-          quantiser_(MakeQuantiser(picture, x, y)),
+          quantiser_(MakeQuantiser(picture, preset, x, y)),
           x_(x),
           y_(y),
           best_(&best),
