@@ -25,8 +25,7 @@ constexpr double kBitWorthOfRounded = 0.26;
 Quantiser MakeQuantiser(const Picture& picture, const Preset& preset, int x, int y) {
     const PictureHeader& header = picture.header;
     const int number = header.varying ? picture.quantisers->At(x, y) : header.quantiser;
-    return Quantiser::Make(number, header.Step(number),
-                           preset.rd ? kBitWorth : kBitWorthOfRounded);
+    return Quantiser::Make(number, header.Step(number), preset.rd ? kBitWorth : kBitWorthOfRounded);
 }
 
 // Vectors worth a look, each once.

@@ -151,7 +151,7 @@ TEST_F(Rates, NoBurstOverrunsTheBufferOrThePeak) {
     const Case cases[] = {
         // why                        mode               passes keys  drain    bucket   level
         {"constant",                  VbrMode::Constant, 1,     8000, 100'000, 100'000, 0},
-        {"constant, many keys",       VbrMode::Constant, 1,      1000, 100'000, 100'000, 0},
+        {"constant, many keys",       VbrMode::Constant, 1,      2000, 100'000, 100'000, 0},
         {"constant, planned",         VbrMode::Constant, 2,     8000, 100'000, 100'000, 0},
         {"peak",                      VbrMode::Peak,     2,     2000, 200'000, 100'000, 0},
         {"a device with a quality",   VbrMode::Quality,  1,     2000, 125'000, 100'000, 125'000},
