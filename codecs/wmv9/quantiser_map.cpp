@@ -13,7 +13,7 @@ constexpr double kMasked = 0.2;         // quantisers by a doubling of the varia
 constexpr double kMaskedPart = 0.07;    // ... and parts of the quantiser
 constexpr double kMostBelow = 2;        // doublings below the mean that count
 constexpr double kMostAbove = 1;        // of the quantiser: sharp text on paper is far above
-constexpr double kUsualWorth = 1.96;       // of what has the quantiser that is asked for
+constexpr double kUsualWorth = 1.96;    // of what has the quantiser that is asked for
 constexpr double kWithinPicture = 0.4;  // of the differences in worth, as far as they are trusted
 
 constexpr int kCoarsest = 31;
