@@ -12,7 +12,6 @@
 #include "engine/base/av/av_error.h"
 #include "engine/sources/files/av_times.h"
 #include "engine/sources/files/cut_off.h"
-#include "engine/sources/files/kept_media.h"
 #include "engine/sources/files/stated_size.h"
 
 namespace engine {
@@ -25,18 +24,20 @@ constexpr Ticks kLeadIns[] = {Ticks::FromMilliseconds(500), Ticks::FromMilliseco
 constexpr int kMostBrokenReads = 1000;  // in a row
 constexpr std::size_t kMostReadAhead = 4096;
 
+int Interrupted(void* stop) { return static_cast<std::atomic<bool>*>(stop)->load() ? 1 : 0; }
+
 }  // namespace
 
 FileReader::FileReader(InputPlan input, bool want_audio, bool want_video, PacketPool& packets)
     : input_(std::move(input)),
       want_audio_(want_audio),
       want_video_(want_video),
-      packets_(packets) {
+      packets_(packets),
+      interrupt_{Interrupted, &stop_} {
     Open();
     BeginTimes(media_.origin);
     if (input_.mark_in.count <= 0 || media_.still) return;
     for (const Ticks lead_in : kLeadIns) {
-        if (Start() - lead_in <= media_.origin) return;  // further back there is nothing
         if (SeekBeforeStart(lead_in) && CanDecodeStart()) {
             BeginTimes(Start());
             return;
@@ -52,9 +53,7 @@ void FileReader::BeginTimes(Ticks begin) {
 }
 
 void FileReader::Open() {
-    media_.format.reset();  // while there is what may stop its reads
-    std::optional<OpenMedia> kept = TakeKeptMedia(input_.path);
-    media_ = kept ? std::move(*kept) : OpenMediaFile(input_.path);
+    media_ = OpenMediaFile(input_.path, &interrupt_);
     ended_ = false;
     unwanted_end_ = {};
     for (const MediaKind kind : {MediaKind::Audio, MediaKind::Video}) {
@@ -82,7 +81,9 @@ const AVStream& FileReader::Stream(MediaKind kind) const {
 
 bool FileReader::SeekBeforeStart(Ticks lead_in) {
     const AVStream& stream = Stream(want_video_ ? MediaKind::Video : MediaKind::Audio);
-    const std::int64_t time = av_rescale_q((Start() - lead_in).count, kTicksBase, stream.time_base);
+    const Ticks target = Start() - lead_in;
+    if (target <= media_.origin) return false;
+    const std::int64_t time = av_rescale_q(target.count, kTicksBase, stream.time_base);
     return avformat_seek_file(media_.format.get(), stream.index,
                               std::numeric_limits<std::int64_t>::min(), time, time, 0) >= 0;
 }
@@ -107,7 +108,7 @@ bool FileReader::CanDecodeStart() {
 }
 
 bool FileReader::ReadPacket(PacketHandle& packet) {
-    for (int broken = 0; !*media_.stop;) {
+    for (int broken = 0; !stop_;) {
         const int result = av_read_frame(media_.format.get(), packet.get());
         if (result >= 0) {
             const AVStream* stream = media_.format->streams[packet->stream_index];

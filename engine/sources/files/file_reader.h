@@ -34,7 +34,7 @@ class FileReader {
     /// router in every case. Broken stretches are passed over. Throws platform::Error when the
     /// file cannot be read any more.
     void Run(PacketRouter& router);
-    void Stop() { *media_.stop = true; }
+    void Stop() { stop_ = true; }
 
     // After Run, or once the router has nothing more.
     /// @param decoded  session time up to which frames of the stream came
@@ -57,6 +57,8 @@ class FileReader {
     bool want_audio_;
     bool want_video_;
     PacketPool& packets_;
+    std::atomic<bool> stop_{false};
+    AVIOInterruptCB interrupt_;
     OpenMedia media_;
     std::vector<PacketHandle> read_ahead_;
     std::optional<SourceTimes> times_;

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "engine/sources/files/av_times.h"
-#include "engine/sources/files/kept_media.h"
 #include "engine/sources/files/open_media.h"
 
 namespace engine {
@@ -41,7 +40,7 @@ bool QuarterTurned(const AVStream& stream) {
 }  // namespace
 
 MediaFileInfo ProbeMediaFile(const std::string& path) {
-    OpenMedia media = OpenMediaFile(path);
+    const OpenMedia media = OpenMediaFile(path);
     MediaFileInfo info;
     if (media.audio != nullptr) {
         const AVCodecParameters& codec = *media.audio->codecpar;
@@ -66,7 +65,6 @@ MediaFileInfo ProbeMediaFile(const std::string& path) {
         }
         info.video = video;
     }
-    KeepMedia(path, std::move(media));
     return info;
 }
 

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 #include <malloc.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -88,16 +87,7 @@ void CheckOpened(int code, const std::string& path) {
     CheckAv(code, path);
 }
 
-int Stopped(void* stop) { return static_cast<std::atomic<bool>*>(stop)->load() ? 1 : 0; }
-
 }  // namespace
-
-std::optional<FileState> FileStateOf(const std::string& path) {
-    struct stat found {};
-    if (::stat(path.c_str(), &found) != 0) return {};
-    return FileState{found.st_dev, found.st_ino, found.st_size, found.st_mtim.tv_sec,
-                     found.st_mtim.tv_nsec};
-}
 
 Ticks OpenMedia::Length() const {
     return format->duration > 0 ? TicksOf(format->duration, AV_TIME_BASE_Q) : Ticks{};
@@ -109,13 +99,10 @@ Ticks OpenMedia::StatedLength(const AVStream& stream) const {
     return TicksOf(stream.duration, stream.time_base);
 }
 
-OpenMedia OpenMediaFile(const std::string& path) {
+OpenMedia OpenMediaFile(const std::string& path, const AVIOInterruptCB* stop) {
     RefuseWhatIsNoFile(path);
-    OpenMedia media;
-    media.stop = std::make_unique<std::atomic<bool>>(false);
-    media.state = FileStateOf(path);
     AVFormatContext* raw = CheckAllocated(avformat_alloc_context());
-    raw->interrupt_callback = {Stopped, media.stop.get()};
+    if (stop != nullptr) raw->interrupt_callback = *stop;
     // "%d" in a frame's name is part of the name; other demuxers do not know the option.
     AVDictionary* raw_options = nullptr;
     av_dict_set(&raw_options, "pattern_type", "none", 0);
@@ -124,6 +111,7 @@ OpenMedia OpenMediaFile(const std::string& path) {
     const AvPtr<AVDictionary> options(raw_options);
     CheckOpened(opened, path);
 
+    OpenMedia media;
     media.format.reset(raw);
     AVFormatContext& format = *media.format;
     if (std::find(kNoMedia.begin(), kNoMedia.end(), format.iformat->name) != kNoMedia.end())

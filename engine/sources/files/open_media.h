@@ -1,10 +1,6 @@
 // Opens a media file and chooses the streams that a session encodes.
 #pragma once
 
-#include <atomic>
-#include <cstdint>
-#include <memory>
-#include <optional>
 #include <string>
 
 #include "engine/base/av/av_ptr.h"
@@ -13,21 +9,7 @@
 
 namespace engine {
 
-/// Which file it is, and whether it has been written to.
-struct FileState {
-    std::uint64_t device = 0;
-    std::uint64_t number = 0;  // on the device
-    std::int64_t bytes = 0;
-    std::int64_t changed_s = 0;
-    std::int64_t changed_ns = 0;
-    bool operator==(const FileState&) const = default;
-};
-/// None when it cannot be had.
-std::optional<FileState> FileStateOf(const std::string& path);
-
 struct OpenMedia {
-    std::unique_ptr<std::atomic<bool>> stop;  // once it is true, blocking reads end
-    std::optional<FileState> state;           // when it was opened
     AvPtr<AVFormatContext> format;
     AVStream* audio = nullptr;  // null = the file has none that can be decoded
     AVStream* video = nullptr;  // cover art is no video
@@ -41,9 +23,9 @@ struct OpenMedia {
     Ticks StatedLength(const AVStream& stream) const;
 };
 
-/// Throws platform::Error (file not found, access denied, invalid data: no media file, or one with
-/// neither audio nor video).
-OpenMedia OpenMediaFile(const std::string& path);
+/// `stop`, when given, ends blocking reads once it is true. Throws platform::Error (file not found,
+/// access denied, invalid data: no media file, or one with neither audio nor video).
+OpenMedia OpenMediaFile(const std::string& path, const AVIOInterruptCB* stop = nullptr);
 
 /// Nominal frame rate of a video stream; 0/1 = unknown.
 Ratio NominalFrameRate(const AVStream& stream);
