@@ -75,9 +75,9 @@ class MacroblockDecision {
         const MotionSearch search(picture_, *picture_.past, estimates_, quantiser_, preset_);
         const FoundVector one = search.Search(block, Nearest(prediction), starts.All());
         TryOne(prediction, one.vector);
-        // Where one vector leaves nothing to code, four seldom gain; SATD tells where they do.
+        // Where one vector leaves nothing to code, four seldom gain.
         if (picture_.header.mode == VectorMode::Mixed &&
-            (preset_.hadamard || best_->macroblock.coded != 0))
+            (preset_.thorough || best_->macroblock.coded != 0))
             TryFourMv(search, one);
         TryIntra(one.cost);
         Finish();
@@ -104,7 +104,7 @@ class MacroblockDecision {
         const std::uint32_t single = std::min(f.cost, b.cost);
         const std::uint32_t moved = std::min(single, both);
         if (direct <= kDirectAtMost * moved) CodeDirect();
-        if (!preset_.hadamard && direct <= kDirectAlone * moved) return Finish();
+        if (!preset_.thorough && direct <= kDirectAlone * moved) return Finish();
         if (preset_.both_ways || both >= single)
             TryMoved(f.cost <= b.cost ? Direction::Forward : Direction::Backward, f.vector,
                      b.vector);

@@ -23,6 +23,13 @@ std::int64_t ErrorOf(std::uint32_t squared_samples) {
     return std::int64_t{squared_samples} * static_cast<std::int64_t>(kErrorOfSquaredSample);
 }
 
+// Of a transform, in squared eighths.
+std::int64_t EnergyOf(const Block& coefficients) {
+    std::int32_t energy = 0;  // two to the 28th at most
+    for (const std::int16_t c : coefficients) energy += c * c;
+    return energy;
+}
+
 std::ptrdiff_t Stride(const Frame& frame, int n) {
     return frame[kBlockPlaces[Index(n)].plane].stride;
 }
@@ -126,6 +133,9 @@ class ResidualCoder {
             kernels_.quantise(shaped.levels.data(), coefficients.data(), quantiser_.reciprocal,
                               static_cast<int>(rounding * quantiser_.step * kEighths));
         if (sum == 0) return;
+        // Not that of the samples: it differs by a hundredth, which is more than what remains of a
+        // large residual.
+        shaped.error = EnergyOf(coefficients);
         // Levels tell beforehand what smaller transforms are not worth the search.
         if (shape == Shape::Whole8x8) {
             work.sum = sum;
