@@ -1,7 +1,10 @@
 #include "codecs/wmv9/bitplane.h"
 
+#include <array>
 #include <limits>
+#include <span>
 
+#include "codecs/common/index.h"
 #include "codecs/wmv9/tables.h"
 
 namespace codecs::wmv9 {
@@ -22,45 +25,38 @@ bool IsOfChange(PlaneMode mode) {
     return mode == PlaneMode::PairsOfChange || mode == PlaneMode::TilesOfChange;
 }
 
-// A plane as it is written: inverted, or as differences from what the neighbours let expect.
-class Written {
-  public:
-    Written(const BitPlane& plane, PlaneCoding coding)
-        : plane_(plane), invert_(coding.invert), change_(IsOfChange(coding.mode)) {}
-
-    std::uint32_t At(int x, int y) const {
-        const bool expected = change_ ? Expected(x, y) : invert_;
-        return plane_.At(x, y) != expected ? 1 : 0;
-    }
-    int Width() const { return plane_.Width(); }
-    int Height() const { return plane_.Height(); }
-
-  private:
-    bool Expected(int x, int y) const {
-        if (x == 0 && y == 0) return invert_;
-        if (y == 0) return plane_.At(x - 1, 0);
-        if (x == 0) return plane_.At(0, y - 1);
-        const bool left = plane_.At(x - 1, y);
-        return left == plane_.At(x, y - 1) ? left : invert_;
-    }
-
-    const BitPlane& plane_;
-    bool invert_;
-    bool change_;
-};
-
-template <typename Sink>
-void PutPairs(Sink& out, const Written& plane) {
+// What is written: the plane, inverted or not, or its differences from what the neighbours let
+// expect.
+BitPlane Written(const BitPlane& plane, PlaneCoding coding) {
+    BitPlane written = plane;
     const int width = plane.Width();
-    const int count = width * plane.Height();
-    const auto bit = [&](int i) { return plane.At(i % width, i / width); };
-    int i = count % 2;
-    if (i == 1) out.Put(bit(0), 1);
-    for (; i < count; i += 2) out.Put(kPairs[bit(i) + 2 * bit(i + 1)]);
+    if (!IsOfChange(coding.mode)) {
+        for (int y = 0; coding.invert && y < plane.Height(); ++y)
+            for (int x = 0; x < width; ++x) written.Set(x, y, !plane.At(x, y));
+        return written;
+    }
+    for (int y = 0; y < plane.Height(); ++y) {
+        bool left = y == 0 ? coding.invert : plane.At(0, y - 1);
+        for (int x = 0; x < width; ++x) {
+            const bool bit = plane.At(x, y);
+            const bool above = y == 0 ? left : plane.At(x, y - 1);
+            written.Set(x, y, bit != (left == above ? left : coding.invert));
+            left = bit;
+        }
+    }
+    return written;
 }
 
 template <typename Sink>
-void PutColumn(Sink& out, const Written& plane, int x) {
+void PutPairs(Sink& out, const BitPlane& plane) {
+    const std::span<const std::uint8_t> bits = plane.Bits();
+    std::size_t i = bits.size() % 2;
+    if (i == 1) out.Put(bits[0], 1);
+    for (; i < bits.size(); i += 2) out.Put(kPairs[Index(bits[i] + 2 * bits[i + 1])]);
+}
+
+template <typename Sink>
+void PutColumn(Sink& out, const BitPlane& plane, int x) {
     std::uint32_t any = 0;
     for (int y = 0; y < plane.Height(); ++y) any |= plane.At(x, y);
     out.Put(any, 1);
@@ -69,7 +65,7 @@ void PutColumn(Sink& out, const Written& plane, int x) {
 }
 
 template <typename Sink>
-void PutRow(Sink& out, const Written& plane, int y, int from) {
+void PutRow(Sink& out, const BitPlane& plane, int y, int from) {
     std::uint32_t any = 0;
     for (int x = from; x < plane.Width(); ++x) any |= plane.At(x, y);
     out.Put(any, 1);
@@ -78,7 +74,7 @@ void PutRow(Sink& out, const Written& plane, int y, int from) {
 }
 
 template <typename Sink>
-void PutTiles(Sink& out, const Written& plane) {
+void PutTiles(Sink& out, const BitPlane& plane) {
     const int width = plane.Width();
     const int height = plane.Height();
     const bool upright = height % 3 == 0 && width % 3 != 0;
@@ -100,11 +96,11 @@ void PutTiles(Sink& out, const Written& plane) {
     if (top > 0) PutRow(out, plane, 0, left);
 }
 
+// `plane` as it is written.
 template <typename Sink>
-void PutPlane(Sink& out, const BitPlane& bits, PlaneCoding coding) {
+void PutPlane(Sink& out, const BitPlane& plane, PlaneCoding coding) {
     out.Put(coding.invert ? 1 : 0, 1);
     out.Put(kModeCodes[static_cast<int>(coding.mode)]);
-    const Written plane(bits, coding);
     switch (coding.mode) {
         case PlaneMode::Raw:
             break;
@@ -127,21 +123,20 @@ void PutPlane(Sink& out, const BitPlane& bits, PlaneCoding coding) {
 
 }  // namespace
 
-int PlaneBits(const BitPlane& plane, PlaneCoding coding) {
-    Counter counter;
-    PutPlane(counter, plane, coding);
-    return counter.bits;
-}
-
 PlaneCoding CheapestCoding(const BitPlane& plane) {
     PlaneCoding cheapest;
     int least = std::numeric_limits<int>::max();
+    const std::array<BitPlane, 2> same = {Written(plane, {PlaneMode::Pairs, false}),
+                                          Written(plane, {PlaneMode::Pairs, true})};
+    const std::array<BitPlane, 2> change = {Written(plane, {PlaneMode::PairsOfChange, false}),
+                                            Written(plane, {PlaneMode::PairsOfChange, true})};
     for (int mode = 1; mode < kPlaneModes; ++mode) {
         for (const bool invert : {false, true}) {
             const PlaneCoding coding{static_cast<PlaneMode>(mode), invert};
-            const int bits = PlaneBits(plane, coding);
-            if (bits >= least) continue;
-            least = bits;
+            Counter counter;
+            PutPlane(counter, (IsOfChange(coding.mode) ? change : same)[invert ? 1 : 0], coding);
+            if (counter.bits >= least) continue;
+            least = counter.bits;
             cheapest = coding;
         }
     }
@@ -149,7 +144,7 @@ PlaneCoding CheapestCoding(const BitPlane& plane) {
 }
 
 void WritePlane(BitWriter& out, const BitPlane& plane, PlaneCoding coding) {
-    PutPlane(out, plane, coding);
+    PutPlane(out, Written(plane, coding), coding);
 }
 
 }  // namespace codecs::wmv9

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "codecs/common/bit_writer.h"
@@ -19,6 +20,8 @@ class BitPlane {
     int Height() const { return height_; }
     bool At(int x, int y) const { return bits_[Place(x, y)] != 0; }
     void Set(int x, int y, bool bit) { bits_[Place(x, y)] = bit ? 1 : 0; }
+    /// A byte each, row by row.
+    std::span<const std::uint8_t> Bits() const { return bits_; }
 
   private:
     std::size_t Place(int x, int y) const { return Index(y) * Index(width_) + Index(x); }
@@ -48,8 +51,6 @@ struct PlaneCoding {
 
 /// The cheapest but raw.
 PlaneCoding CheapestCoding(const BitPlane& plane);
-/// Bits that the plane takes with its header.
-int PlaneBits(const BitPlane& plane, PlaneCoding coding);
 void WritePlane(BitWriter& out, const BitPlane& plane, PlaneCoding coding);
 
 }  // namespace codecs::wmv9

@@ -54,6 +54,7 @@ double Lookahead::Add(const PictureView& picture) {
     small.memory.resize(static_cast<std::size_t>(stride_) * Index(kBlock * rows_ + 2 * kMargin));
     small.own.resize(to_later_.size());
     small.moves.resize(to_later_.size());
+    small.saved.assign(to_later_.size(), 0);
     Load(picture, small);
     for (int row = 0; row < rows_; ++row)
         for (int column = 0; column < columns_; ++column)
@@ -61,6 +62,10 @@ double Lookahead::Add(const PictureView& picture) {
     const auto own = std::accumulate(small.own.begin(), small.own.end(), std::int64_t{0});
     const std::int64_t moved =
         pictures_.empty() ? own : MovedCost(small, pictures_.back(), small.moves);
+    for (std::size_t i = 0; !pictures_.empty() && i < small.saved.size(); ++i)
+        if (small.moves[i].cost < small.own[i])
+            small.saved[i] =
+                1 - static_cast<float>(small.moves[i].cost) / static_cast<float>(small.own[i]);
     pictures_.push_back(std::move(small));
     return static_cast<double>(moved) / static_cast<double>(own);
 }

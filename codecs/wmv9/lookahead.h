@@ -44,6 +44,8 @@ class Lookahead {
     /// Of a picture's blocks, from the picture before it; what they cost by themselves.
     const std::vector<Move>& Moves(int number) const { return At(number).moves; }
     const std::vector<std::uint32_t>& OwnCosts(int number) const { return At(number).own; }
+    /// Of those, what the moves save: 0 to 1.
+    const std::vector<float>& SavedParts(int number) const { return At(number).saved; }
 
   private:
     // Luma at half the size, in whole blocks, with a margin.
@@ -51,6 +53,7 @@ class Lookahead {
         std::vector<std::uint8_t> memory;
         std::vector<std::uint32_t> own;
         std::vector<Move> moves;
+        std::vector<float> saved;
         const std::uint8_t* At(int x, int y, std::ptrdiff_t stride) const;
     };
 

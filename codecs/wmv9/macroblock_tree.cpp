@@ -18,18 +18,21 @@ void MacroblockTree::Propagate(const Lookahead& lookahead, int number) {
     const int rows = lookahead.Rows();
     const std::vector<Lookahead::Move>& moves = lookahead.Moves(number);
     const std::vector<std::uint32_t>& own = lookahead.OwnCosts(number);
+    const std::vector<float>& saved = lookahead.SavedParts(number);
     to_.assign(own.size(), 0);
     const auto add = [&](int column, int row, float amount) {
         if (column < 0 || row < 0 || column >= columns || row >= rows) return;
         to_[Index(row) * Index(columns) + Index(column)] += amount;
     };
+    std::size_t place = 0;
     for (int row = 0; row < rows; ++row) {
-        for (int column = 0; column < columns; ++column) {
-            const std::size_t place = Index(row) * Index(columns) + Index(column);
+        for (int column = 0; column < columns; ++column, ++place) {
+            const float amount = saved[place] * (carried_[place] + static_cast<float>(own[place]));
             const Lookahead::Move& move = moves[place];
-            if (move.cost >= own[place]) continue;
-            const float part = 1 - static_cast<float>(move.cost) / static_cast<float>(own[place]);
-            const float amount = part * (carried_[place] + static_cast<float>(own[place]));
+            if (move.x == 0 && move.y == 0) {
+                to_[place] += amount;
+                continue;
+            }
             // The block that predicts it lies over up to four.
             const int left = kBlock * column + (move.x >> 1);
             const int top = kBlock * row + (move.y >> 1);
