@@ -88,7 +88,7 @@ void PutTiles(Sink& out, const BitPlane& plane) {
             int place = 0;
             for (int row = 0; row < tile_height; ++row)
                 for (int column = 0; column < tile_width; ++column)
-                    tile |= plane.At(x + column, y + row) << place++;
+                    tile |= (plane.At(x + column, y + row) ? 1U : 0U) << place++;
             out.Put(kTiles[tile]);
         }
     }

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <limits>
 
 #include "codecs/common/index.h"
 #include "codecs/wmv9/macroblock.h"
@@ -48,6 +49,8 @@ struct Blocks {
     Block& operator[](int n) { return values[Index(n)]; }
     const Block& operator[](int n) const { return values[Index(n)]; }
 };
+
+constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();  // of a cost
 
 struct Candidate {
     Macroblock macroblock;

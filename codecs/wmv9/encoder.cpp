@@ -96,7 +96,9 @@ class Encoder::Impl {
 
     void Forget() { next_ = past_; }
 
-    PictureView Reconstruction() const {
+    PictureView Reconstruction() {
+        if (unfiltered_) coder_.Filter(*unfiltered_);
+        unfiltered_.reset();
         return result_ == nullptr ? PictureView() : result_->View();
     }
 
@@ -258,7 +260,7 @@ class Encoder::Impl {
             return;
         }
         if (!sequence_.varying_quantiser) return;
-        quantisers_.Choose(BestKernels(), source_, asked_, worth, preset_.worth_power);
+        quantisers_.Choose(BestKernels(), source_, number_, asked_, worth, preset_.worth_power);
         header.varying = true;
         header.half_step = false;
         header.quantiser = quantisers_.OfPicture();
@@ -308,6 +310,12 @@ class Encoder::Impl {
         Remember(picture.header, place, grid, mapped);
         result_ = &result;
         grid_ = &picture.grid;
+        unfiltered_.reset();
+        // Nothing refers to a B picture.
+        if (anchor || kept_anchor_ >= 0)
+            coder_.Filter(picture);
+        else
+            unfiltered_.emplace(picture);
         if (anchor) result.Extend();
 
         CodedPicture coded;
@@ -396,6 +404,7 @@ class Encoder::Impl {
     CodingState next_;           // after it
     int kept_anchor_ = -1;       // by a trial
     int kept_grid_ = -1;
+    std::optional<Picture> unfiltered_;  // the picture coded last, where nobody has looked at it
     const Frame* result_ = nullptr;
     const MacroblockGrid* grid_ = nullptr;
 };

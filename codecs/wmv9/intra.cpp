@@ -70,6 +70,28 @@ class IntraCoder {
         candidate_.bits += PatternBits();
     }
 
+    // What Code leaves.
+    struct Coded {
+        Macroblock macroblock;
+        std::array<BlockEdge, kBlocks> edges;
+        Blocks levels;
+        Blocks whole;
+        int bits;
+        std::int64_t error;
+    };
+    Coded Take() const {
+        return {candidate_.macroblock, candidate_.edges, candidate_.levels, whole_,
+                candidate_.bits,       candidate_.error};
+    }
+    void Put(const Coded& coded) {
+        candidate_.macroblock = coded.macroblock;
+        candidate_.edges = coded.edges;
+        candidate_.levels = coded.levels;
+        whole_ = coded.whole;
+        candidate_.bits = coded.bits;
+        candidate_.error = coded.error;
+    }
+
     void Reconstruct() {
         const int bias = Bias();
         for (int n = 0; n < kBlocks; ++n) {
@@ -235,18 +257,21 @@ class IntraCoder {
 
 }  // namespace
 
-void CodeIntra(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
+bool CodeIntra(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
                const IntraOptions& options, int x, int y, Candidate& candidate) {
     IntraCoder coder(picture, estimates, quantiser, x, y, candidate);
     if (options.prediction != AcPrediction::Choose) {
         coder.Code(options.prediction == AcPrediction::On, options.rd);
     } else {
         coder.Code(false, options.rd);
-        const std::int64_t plain = candidate.RdCost(quantiser.lambda);
+        const IntraCoder::Coded plain = coder.Take();
         coder.Code(true, options.rd);
-        if (candidate.RdCost(quantiser.lambda) > plain) coder.Code(false, options.rd);
+        const std::int64_t lambda = quantiser.lambda;
+        if (candidate.RdCost(lambda) > plain.error + lambda * plain.bits) coder.Put(plain);
     }
+    if (candidate.RdCost(quantiser.lambda) >= options.limit) return false;
     coder.Reconstruct();
+    return true;
 }
 
 const Scan& IntraScan(bool i_picture, const Macroblock& macroblock, int block) {

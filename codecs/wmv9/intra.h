@@ -16,10 +16,13 @@ enum class AcPrediction : std::uint8_t { Off, On, Choose };
 struct IntraOptions {
     AcPrediction prediction = AcPrediction::Choose;
     bool rd = false;  // levels by bits and error
+    /// What costs as much or more, error + lambda * bits, is given up.
+    std::int64_t limit = kNoLimit;
 };
 
-/// `candidate` is overwritten; its bits are those of blocks, pattern and prediction flag.
-void CodeIntra(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
+/// `candidate` is overwritten; its bits are those of blocks, pattern and prediction flag. Returns
+/// false, with no samples, where it is given up.
+bool CodeIntra(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
                const IntraOptions& options, int x, int y, Candidate& candidate);
 
 /// The order in which the AC levels of an intra block are written.

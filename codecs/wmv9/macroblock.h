@@ -29,9 +29,9 @@ enum class Hybrid : std::uint8_t { None, Left, Above };
 
 /// Values that intra blocks to the right of and below this one are predicted from.
 struct BlockEdge {
-    std::int16_t dc = 0;
-    std::array<std::int16_t, 7> row{};     // levels 1 to 7 of the first row
-    std::array<std::int16_t, 7> column{};  // of the first column
+    std::int16_t dc;
+    std::array<std::int16_t, 7> row;     // levels 1 to 7 of the first row
+    std::array<std::int16_t, 7> column;  // of the first column
 };
 
 struct Macroblock {

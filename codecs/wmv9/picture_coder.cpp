@@ -33,8 +33,11 @@ void PictureCoder::Analyse(Picture& picture, const ModeDecision& mode_decision) 
         Commit(picture, candidate, x, y);
     });
     if (picture.Overlaps() && !picture.header.IsB()) overlap_.Run(picture);
-    if (picture.sequence.loop_filter) filter_.Run(picture);
     planes_.Take(picture.grid);
+}
+
+void PictureCoder::Filter(const Picture& picture) {
+    if (picture.sequence.loop_filter) filter_.Run(picture);
 }
 
 void PictureCoder::Commit(Picture& picture, const Candidate& candidate, int x, int y) {

@@ -19,8 +19,10 @@ class PictureCoder {
   public:
     PictureCoder(int width, int height, int threads);
 
-    /// Decides, transforms and reconstructs all macroblocks, and filters the result.
+    /// Decides, transforms and reconstructs all macroblocks.
     void Analyse(Picture& picture, const ModeDecision& mode_decision);
+    /// After Analyse: what the loop filter leaves of the result.
+    void Filter(const Picture& picture);
     /// After Analyse.
     TableCounts Counts() const;
     const PicturePlanes& Planes() const { return planes_; }

@@ -34,26 +34,28 @@ double QuantiserPart(std::span<const float> worth, double power) {
     return std::exp(MeanLogPart(worth, power));
 }
 
-// Logarithms of the variances, beside their mean.
-void QuantiserMap::MeasureActivity(const Kernels& kernels, const Frame& source) {
-    activity_.clear();
+void QuantiserMap::Measure(const Kernels& kernels, const Frame& source,
+                           std::vector<double>& activity) const {
+    activity.clear();
     for (int y = 0; y < height_; ++y) {
         for (int x = 0; x < width_; ++x) {
             std::uint32_t sum = 0;
             std::uint32_t squares = 0;
             kernels.moments(source[0].At(16 * x, 16 * y), source[0].stride, sum, squares);
             const double mean = sum / kSamples;
-            activity_.push_back(std::log2(1 + std::max(0.0, squares / kSamples - mean * mean)));
+            activity.push_back(std::log2(1 + std::max(0.0, squares / kSamples - mean * mean)));
         }
     }
-    const double mean = std::accumulate(activity_.begin(), activity_.end(), 0.0) /
-                        static_cast<double>(activity_.size());
-    for (double& activity : activity_) activity -= mean;
+    const double mean = std::accumulate(activity.begin(), activity.end(), 0.0) /
+                        static_cast<double>(activity.size());
+    for (double& one : activity) one -= mean;
 }
 
-void QuantiserMap::Choose(const Kernels& kernels, const Frame& source, double quantiser,
+void QuantiserMap::Choose(const Kernels& kernels, const Frame& source, int number, double quantiser,
                           std::span<const float> worth, double power) {
-    MeasureActivity(kernels, source);
+    Activity& activity = activities_[Index(std::max(number, 0)) % activities_.size()];
+    if (number < 0 || activity.number != number) Measure(kernels, source, activity.values);
+    activity.number = number;
     const double mean = worth.empty() ? 0 : MeanLogPart(worth, power);
     std::array<int, kCoarsest + 1> counts{};
     for (std::size_t i = 0; i < quantisers_.size(); ++i) {
@@ -63,7 +65,7 @@ void QuantiserMap::Choose(const Kernels& kernels, const Frame& source, double qu
         const double due = quantiser * part;
         const double step = kMasked + kMaskedPart * due;
         const double wanted =
-            due + std::min(step * std::max(activity_[i], -kMostBelow), kMostAbove * due);
+            due + std::min(step * std::max(activity.values[i], -kMostBelow), kMostAbove * due);
         const int whole = std::clamp(static_cast<int>(std::lround(wanted)), 1, kCoarsest);
         quantisers_[i] = static_cast<std::uint8_t>(whole);
         ++counts[Index(whole)];

@@ -1,6 +1,7 @@
 // How coarsely each macroblock of a picture is coded.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -25,10 +26,11 @@ class QuantiserMap {
         quantisers_.resize(Index(width) * Index(height));
     }
 
+    /// @param number     of the picture, -1 = unknown: what is seen of the last few is kept
     /// @param quantiser  asked for, 1 to 31
     /// @param worth      of macroblocks in raster order; empty = all alike
     /// @param power      see QuantiserPart
-    void Choose(const Kernels& kernels, const Frame& source, double quantiser,
+    void Choose(const Kernels& kernels, const Frame& source, int number, double quantiser,
                 std::span<const float> worth, double power);
     int At(int x, int y) const { return quantisers_[Index(y) * Index(width_) + Index(x)]; }
     /// The picture's own, beside which the macroblocks' take the fewest bits.
@@ -36,7 +38,13 @@ class QuantiserMap {
     double Mean() const { return mean_; }
 
   private:
-    void MeasureActivity(const Kernels& kernels, const Frame& source);
+    // Of a picture's macroblocks: logarithms of their variances, beside the mean of those.
+    struct Activity {
+        int number = -1;
+        std::vector<double> values;
+    };
+
+    void Measure(const Kernels& kernels, const Frame& source, std::vector<double>& activity) const;
     void Summarise(std::span<const int> counts);
 
     int width_;
@@ -44,7 +52,8 @@ class QuantiserMap {
     int of_picture_ = 1;
     double mean_ = 1;
     std::vector<std::uint8_t> quantisers_;
-    std::vector<double> activity_;
+    // Trials code the next pictures again and again.
+    std::array<Activity, 8> activities_;
 };
 
 }  // namespace codecs::wmv9

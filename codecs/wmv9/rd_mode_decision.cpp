@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <array>
-#include <limits>
 
 #include "codecs/common/index.h"
 #include "codecs/wmv9/intra.h"
@@ -88,7 +87,7 @@ class MacroblockDecision {
         forward_ = PredictForward(picture_, x_, y_);
         backward_ = PredictBackward(picture_, x_, y_);
         if (LeaveDirect()) return;
-        const std::uint32_t direct = DifferenceTo(samples_.values.data(), kLuma);
+        const std::uint32_t direct = DifferenceTo(best_->samples.values.data(), kLuma);
         const SearchBlock block{kLuma * x_, kLuma * y_, kLuma};
         const MotionSearch past(picture_, *picture_.past, estimates_, quantiser_, preset_);
         const MotionSearch future(picture_, *picture_.future, estimates_, quantiser_, preset_);
@@ -129,7 +128,7 @@ class MacroblockDecision {
     }
 
     Candidate& Spare() { return best_ == &out_ ? spare_ : out_; }
-    bool HasBest() const { return best_cost_ < std::numeric_limits<std::int64_t>::max(); }
+    bool HasBest() const { return best_cost_ < kNoLimit; }
 
     void Consider(Candidate& candidate) {
         const std::int64_t cost = candidate.RdCost(quantiser_.lambda);
@@ -144,6 +143,12 @@ class MacroblockDecision {
         candidate.macroblock.quantiser = static_cast<std::uint8_t>(quantiser_.number);
         candidate.bits = 0;
         return candidate;
+    }
+
+    // False where it already costs as much as the best one.
+    bool Code(Candidate& candidate) {
+        residual_.limit = best_cost_;
+        return CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, candidate);
     }
 
     // Of the source's luma.
@@ -165,8 +170,8 @@ class MacroblockDecision {
             Candidate& candidate = Begin();
             SetVector(candidate.macroblock, vector, prediction, picture_.header);
             candidate.macroblock.skipped = true;
-            Predict(picture_, x_, y_, candidate.macroblock, samples_);
-            LeaveResidual(picture_, x_, y_, samples_, candidate);
+            Predict(picture_, x_, y_, candidate.macroblock, candidate.samples);
+            LeaveResidual(picture_, x_, y_, candidate);
             candidate.bits = 1 + (prediction.is_hybrid ? 1 : 0);
             Consider(candidate);
             if (IsGoodEnough(candidate)) {
@@ -185,8 +190,8 @@ class MacroblockDecision {
     void TryOne(const VectorPrediction& prediction, MotionVector vector) {
         Candidate& candidate = Begin();
         SetVector(candidate.macroblock, vector, prediction, picture_.header);
-        Predict(picture_, x_, y_, candidate.macroblock, samples_);
-        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, candidate);
+        Predict(picture_, x_, y_, candidate.macroblock, candidate.samples);
+        if (!Code(candidate)) return;
         const Macroblock& macroblock = candidate.macroblock;
         candidate.bits +=
             1 + (prediction.is_hybrid ? 1 : 0) +
@@ -221,9 +226,9 @@ class MacroblockDecision {
             differ = differ || !(found.vector == macroblock.vectors[0]);
         }
         if (!differ || !ChromaFits(picture_, x_, y_, macroblock)) return;
-        Predict(picture_, x_, y_, macroblock, samples_);
+        Predict(picture_, x_, y_, macroblock, candidate.samples);
         candidate.bits = 1 + hybrids;
-        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, candidate);
+        if (!Code(candidate)) return;
         int pattern = macroblock.coded;
         for (int n = 0; n < 4; ++n) {
             const MotionVector difference = macroblock.differences[Index(n)];
@@ -258,8 +263,8 @@ class MacroblockDecision {
         std::fill(std::begin(mean), std::end(mean), static_cast<std::uint8_t>((sum + 128) >> 8));
         if (DifferenceTo(mean, 0) + least > limit) return;
         Candidate& candidate = Begin();
-        CodeIntra(picture_, estimates_, quantiser_, {AcPrediction::Choose, preset_.rd_intra}, x_,
-                  y_, candidate);
+        const IntraOptions options{AcPrediction::Choose, preset_.rd_intra, best_cost_};
+        if (!CodeIntra(picture_, estimates_, quantiser_, options, x_, y_, candidate)) return;
         ++candidate.bits;
         Consider(candidate);
     }
@@ -271,8 +276,8 @@ class MacroblockDecision {
         macroblock.vectors[0] = direct_.forward;
         macroblock.backward = direct_.backward;
         macroblock.skipped = true;
-        Predict(picture_, x_, y_, macroblock, samples_);
-        LeaveResidual(picture_, x_, y_, samples_, candidate);
+        Predict(picture_, x_, y_, macroblock, candidate.samples);
+        LeaveResidual(picture_, x_, y_, candidate);
         if (IsGoodEnough(candidate)) {
             best_ = &candidate;
             Finish();
@@ -283,13 +288,16 @@ class MacroblockDecision {
         return false;
     }
 
+    // After it was left as it is predicted.
     void CodeDirect() {
+        const Samples& prediction = best_->samples;
         Candidate& candidate = Begin();
         Macroblock& macroblock = candidate.macroblock;
         macroblock.direction = Direction::Direct;
         macroblock.vectors[0] = direct_.forward;
         macroblock.backward = direct_.backward;
-        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, candidate);
+        candidate.samples = prediction;
+        if (!Code(candidate)) return;
         macroblock.skipped = macroblock.coded == 0;
         candidate.bits += 2;
         Consider(candidate);
@@ -319,8 +327,8 @@ class MacroblockDecision {
             macroblock.differences[0] = Difference(forward, forward_, header.vector_range);
         if (uses_future)
             macroblock.backward_difference = Difference(backward, backward_, header.vector_range);
-        Predict(picture_, x_, y_, macroblock, samples_);
-        CodeResidual(picture_, estimates_, quantiser_, residual_, x_, y_, samples_, candidate);
+        Predict(picture_, x_, y_, macroblock, candidate.samples);
+        if (!Code(candidate)) return;
         const bool coded = macroblock.coded != 0;
         constexpr int kDirectionBits = 2;
         candidate.bits += 2 + kDirectionBits;
@@ -352,11 +360,10 @@ class MacroblockDecision {
     DirectVectors direct_;  // of a B picture
     MotionVector forward_;  // predictors in one
     MotionVector backward_;
-    Samples samples_;
     Candidate spare_;
     Candidate* best_;
     Candidate& out_;
-    std::int64_t best_cost_ = std::numeric_limits<std::int64_t>::max();
+    std::int64_t best_cost_ = kNoLimit;
 };
 
 }  // namespace

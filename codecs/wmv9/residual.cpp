@@ -67,8 +67,7 @@ struct Plan {
 class ResidualCoder {
   public:
     ResidualCoder(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
-                  const ResidualOptions& options, int x, int y, const Samples& prediction,
-                  Candidate& candidate)
+                  const ResidualOptions& options, int x, int y, Candidate& candidate)
         : picture_(picture),
           kernels_(picture.kernels),
           estimates_(estimates),
@@ -76,10 +75,9 @@ class ResidualCoder {
           options_(options),
           x_(x),
           y_(y),
-          prediction_(prediction),
           candidate_(candidate) {}
 
-    void Run() {
+    bool Run() {
         bool any = false;
         for (int n = 0; n < kBlocks; ++n) {
             Prepare(n);
@@ -89,8 +87,19 @@ class ResidualCoder {
         for (const BlockWork& work : work_) silent += work.silent;
         Plan best;
         if (any) best = BestPlan();
-        if (best.cost >= silent) best.coded = {};
+        if (best.cost >= silent) {
+            best.coded = {};
+            best.cost = silent;
+        }
+        // The vectors of 4MV share the pattern, which is then the caller's to count.
+        if (candidate_.macroblock.four_mv) {
+            const int pattern = PatternBits(best.coded);
+            best.bits -= pattern;
+            best.cost -= quantiser_.lambda * pattern;
+        }
+        if (best.cost >= options_.limit) return false;
         Apply(best);
+        return true;
     }
 
   private:
@@ -98,7 +107,7 @@ class ResidualCoder {
         BlockWork& work = work_[Index(n)];
         const std::uint8_t* const source = SourceBlock(picture_.source, x_, y_, n);
         const std::ptrdiff_t stride = Stride(picture_.source, n);
-        const std::uint8_t* const predicted = prediction_.Block(n);
+        const std::uint8_t* const predicted = candidate_.samples.Block(n);
         const int own = kBlockPlaces[Index(n)].stride;
         const BlockDifference difference =
             kernels_.subtract(work.residual.data(), source, stride, predicted, own);
@@ -272,7 +281,6 @@ class ResidualCoder {
         macroblock.coded = 0;
         macroblock.block_types = plan.block_types;
         macroblock.parts = {};
-        candidate_.samples = prediction_;
         candidate_.error = 0;
         for (int n = 0; n < kBlocks; ++n) {
             const auto index = Index(n);
@@ -296,8 +304,6 @@ class ResidualCoder {
         }
         if (macroblock.coded == 0) return;
         candidate_.bits += plan.bits;
-        // The vectors of 4MV share the pattern, which is then the caller's to count.
-        if (macroblock.four_mv) candidate_.bits -= PatternBits(plan.coded);
     }
 
     static constexpr std::array<bool, kBlocks> kNone{};
@@ -309,30 +315,26 @@ class ResidualCoder {
     const ResidualOptions& options_;
     const int x_;
     const int y_;
-    const Samples& prediction_;
     Candidate& candidate_;
     std::array<BlockWork, kBlocks> work_;
 };
 
 }  // namespace
 
-void CodeResidual(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
-                  const ResidualOptions& options, int x, int y, const Samples& prediction,
-                  Candidate& candidate) {
-    ResidualCoder(picture, estimates, quantiser, options, x, y, prediction, candidate).Run();
+bool CodeResidual(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
+                  const ResidualOptions& options, int x, int y, Candidate& candidate) {
+    return ResidualCoder(picture, estimates, quantiser, options, x, y, candidate).Run();
 }
 
-void LeaveResidual(const Picture& picture, int x, int y, const Samples& prediction,
-                   Candidate& candidate) {
+void LeaveResidual(const Picture& picture, int x, int y, Candidate& candidate) {
     candidate.macroblock.coded = 0;
     candidate.macroblock.block_types = false;
     candidate.macroblock.parts = {};
-    candidate.samples = prediction;
     candidate.error = 0;
     const auto add = [&](int n, int size) {
         candidate.error += ErrorOf(picture.kernels.squared(
-            SourceBlock(picture.source, x, y, n), Stride(picture.source, n), prediction.Block(n),
-            kBlockPlaces[Index(n)].stride, size, size));
+            SourceBlock(picture.source, x, y, n), Stride(picture.source, n),
+            candidate.samples.Block(n), kBlockPlaces[Index(n)].stride, size, size));
     };
     add(0, 16);
     add(4, 8);

@@ -16,16 +16,17 @@ struct ResidualOptions {
     bool rd = false;                              // levels by bits and error
     /// Smaller transforms are tried where a block takes this many bits.
     int try_from_bits = 0;
+    /// What costs as much or more, error + lambda * bits, is given up.
+    std::int64_t limit = kNoLimit;
 };
 
-/// The macroblock's vectors and quantiser are set; this sets what is coded of the residual, the
-/// samples, the error, and adds the bits of pattern, types and levels.
-void CodeResidual(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
-                  const ResidualOptions& options, int x, int y, const Samples& prediction,
-                  Candidate& candidate);
+/// The macroblock's vectors and quantiser are set, and the samples are what they predict; this sets
+/// what is coded of the residual, the samples, the error, and adds the bits of pattern, types and
+/// levels. Returns false, with nothing of that done, where it is given up.
+bool CodeResidual(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
+                  const ResidualOptions& options, int x, int y, Candidate& candidate);
 
 /// The same with nothing of it coded.
-void LeaveResidual(const Picture& picture, int x, int y, const Samples& prediction,
-                   Candidate& candidate);
+void LeaveResidual(const Picture& picture, int x, int y, Candidate& candidate);
 
 }  // namespace codecs::wmv9

@@ -210,22 +210,20 @@ class Dice {
     // ---- What is added
 
     void Residual(bool still) {
-        Samples prediction;
-        Predict(picture_, x_, y_, macroblock_, prediction);
-        if (still || !random_.Roll(odds_.coded))
-            return LeaveResidual(picture_, x_, y_, prediction, out_);
-        if (random_.Roll(40)) return Scatter(prediction);
+        Predict(picture_, x_, y_, macroblock_, out_.samples);
+        if (still || !random_.Roll(odds_.coded)) return LeaveResidual(picture_, x_, y_, out_);
+        if (random_.Roll(40)) return Scatter();
         ResidualOptions options;
         options.shapes = static_cast<unsigned>(random_.Between(1, kAllShapes));
         options.rd = random_.Roll(50);
-        CodeResidual(picture_, estimates_, quantiser_, options, x_, y_, prediction, out_);
+        CodeResidual(picture_, estimates_, quantiser_, options, x_, y_, out_);
     }
 
     Shape AnyShape() { return static_cast<Shape>(random_.Below(4)); }
 
     // Levels that have nothing to do with the source.
-    void Scatter(const Samples& prediction) {
-        LeaveResidual(picture_, x_, y_, prediction, out_);
+    void Scatter() {
+        LeaveResidual(picture_, x_, y_, out_);
         macroblock_.block_types = !header_.shape && random_.Roll(50);
         const Shape shape_of_all = header_.shape ? *header_.shape : AnyShape();
         for (int n = 0; n < kBlocks; ++n) {

@@ -156,6 +156,7 @@ class RandomStream::Impl {
         }
         if (!header.IsI() && !later_is_i_) picture.anchor = &grids_[Index(later_grid_)];
         coder_.Analyse(picture, RandomModeDecision(random_.Next()));
+        coder_.Filter(picture);
         coder_.Write(picture);
         if (!anchor) return result;
         result.Extend();
