@@ -62,7 +62,8 @@ class Encoder::Impl {
           height_(MacroblocksIn(settings_.height)),
           preset_(PresetOf(settings_.preset)),
           mode_decision_(preset_),
-          trial_decision_(PresetOf(std::min(settings_.preset, kTrialPreset))),
+          trial_of_tools_(preset_),
+          trial_of_b_(PresetOf(std::min(settings_.preset, kTrialPreset))),
           coder_(width_, height_, settings_.threads),
           lookahead_(settings_.width, settings_.height, preset_.lookahead_rounds),
           quantisers_(width_, height_),
@@ -148,6 +149,7 @@ class Encoder::Impl {
         kept_anchor_ = now.later;
         kept_grid_ = now.later_grid;
         next_.until_tools = kNoTrial;
+        trial_ = &trial_of_b_;
         if (next_.tools.mode == VectorMode::Mixed) next_.tools.mode = VectorMode::Quarter;
         double cost = 0;
         const auto add = [&](int i, PictureRequest request) {
@@ -166,6 +168,7 @@ class Encoder::Impl {
                              .b_pictures = group});
             at += group + 1;
         }
+        trial_ = nullptr;
         kept_anchor_ = kept_grid_ = -1;
         next_ = now;
         return cost;
@@ -173,7 +176,7 @@ class Encoder::Impl {
 
     // Of the picture coded last.
     double Cost(double quantiser) const {
-        return PictureCost(source_, *result_, static_cast<double>(coder_.Bits().Size()), quantiser);
+        return TrialCost(source_, *result_, static_cast<double>(coder_.Bits().Size()), quantiser);
     }
 
     // With the tools that suited the P pictures before it, or now and then with all.
@@ -184,31 +187,21 @@ class Encoder::Impl {
             next_.until_tools = past_.until_tools - 1;
             return coded;
         }
-        const auto code = [&](const PictureTools& tools) {
-            next_ = past_;
-            tools.ApplyTo(header);
-            return Code(header);
-        };
-        // Those that suited before come last, so that they need not be coded again.
-        const auto cost_with = [&](const PictureTools& tools) {
-            const bool usual = tools == UsualTools(preset_);
-            return (usual ? 1 : kToolMargin) * Cost(mean_quantiser_);
-        };
         PictureTools best = past_.tools;
         double least = std::numeric_limits<double>::max();
+        trial_ = &trial_of_tools_;
         for (const PictureTools& tools : ToolsToTry(preset_)) {
-            if (tools == past_.tools) continue;
-            code(tools);
-            const double cost = cost_with(tools);
-            if (cost >= least) continue;
+            tools.ApplyTo(header);
+            Code(header);
+            const bool usual = tools == UsualTools(preset_);
+            const double cost = (usual ? 1 : kToolMargin) * Cost(mean_quantiser_);
+            if (cost > least || (cost == least && best == past_.tools)) continue;
             least = cost;
             best = tools;
         }
-        CodedPicture coded = code(past_.tools);
-        if (cost_with(past_.tools) <= least)
-            best = past_.tools;
-        else
-            coded = code(best);
+        trial_ = nullptr;
+        best.ApplyTo(header);
+        const CodedPicture coded = Code(header);
         next_.tools_distance = best == past_.tools && past_.tools_distance > 0
                                    ? std::min(2 * past_.tools_distance, kLongestTools)
                                    : preset_.tool_trials;
@@ -304,7 +297,7 @@ class Encoder::Impl {
         }
         if (!header.IsI() && !past_.later_is_i) picture.anchor = &grids_[Index(past_.later_grid)];
         const ModeDecision& own = mode_decision_;
-        coder_.Analyse(picture, kept_anchor_ < 0 ? own : trial_decision_);
+        coder_.Analyse(picture, trial_ == nullptr ? own : *trial_);
         ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
         const std::size_t level_bits = coder_.Write(picture);
         Remember(picture.header, place, grid, mapped);
@@ -312,7 +305,7 @@ class Encoder::Impl {
         grid_ = &picture.grid;
         unfiltered_.reset();
         // Nothing refers to a B picture.
-        if (anchor || kept_anchor_ >= 0)
+        if (anchor)
             coder_.Filter(picture);
         else
             unfiltered_.emplace(picture);
@@ -384,7 +377,9 @@ class Encoder::Impl {
     const int height_;
     const Preset& preset_;
     const RdModeDecision mode_decision_;
-    const TrialDecision trial_decision_;
+    const TrialDecision trial_of_tools_;
+    const TrialDecision trial_of_b_;
+    const TrialDecision* trial_ = nullptr;  // under way
     PictureCoder coder_;
     Lookahead lookahead_;
     MacroblockTree tree_;

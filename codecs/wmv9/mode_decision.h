@@ -16,6 +16,9 @@ class ModeDecision {
     /// Works out the macroblock at (x, y) whole.
     virtual void Choose(const Picture& picture, const Estimates& estimates, int x, int y,
                         Candidate& out) const = 0;
+    /// False where a row of macroblocks is not decided at all: it is skipped, and its samples are
+    /// the source's.
+    virtual bool Decides(const Picture& /*picture*/, int /*y*/) const { return true; }
 };
 
 /// By bits and error, as hard as the preset says.

@@ -28,6 +28,10 @@ void PictureCoder::Analyse(Picture& picture, const ModeDecision& mode_decision) 
     const Estimates estimates(picture.header);
     for (RowOutput& row : rows_) row.Clear();
     wavefront_.Run(picture.Width(), picture.Height(), [&](int x, int y) {
+        if (!mode_decision.Decides(picture, y)) {
+            if (x == 0) Leave(picture, y);
+            return;
+        }
         Candidate candidate;
         mode_decision.Choose(picture, estimates, x, y, candidate);
         Commit(picture, candidate, x, y);
@@ -50,6 +54,21 @@ void PictureCoder::Commit(Picture& picture, const Candidate& candidate, int x, i
     Put<8>(picture.result[1], x, y, candidate.samples.Block(4));
     Put<8>(picture.result[2], x, y, candidate.samples.Block(5));
     rows_[Index(y)].Add(picture, candidate.macroblock, candidate.levels);
+}
+
+void PictureCoder::Leave(Picture& picture, int y) {
+    Macroblock left;
+    left.skipped = true;
+    left.direction = Direction::Direct;
+    left.quantiser = static_cast<std::uint8_t>(picture.header.quantiser);
+    for (int x = 0; x < picture.Width(); ++x) picture.grid.At(x, y) = left;
+    if (picture.header.IsB()) return;  // nothing refers to it
+    for (int i = 0; i < 3; ++i) {
+        const Plane& from = picture.source[i];
+        const int rows = i == 0 ? 16 : 8;
+        for (int row = rows * y; row < rows * (y + 1); ++row)
+            std::memcpy(picture.result[i].At(0, row), from.At(0, row), Index(from.width));
+    }
 }
 
 TableCounts PictureCoder::Counts() const {

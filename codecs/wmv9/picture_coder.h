@@ -19,7 +19,8 @@ class PictureCoder {
   public:
     PictureCoder(int width, int height, int threads);
 
-    /// Decides, transforms and reconstructs all macroblocks.
+    /// Decides, transforms and reconstructs all macroblocks. Of a B picture, rows that are not
+    /// decided keep the samples that the result had.
     void Analyse(Picture& picture, const ModeDecision& mode_decision);
     /// After Analyse: what the loop filter leaves of the result.
     void Filter(const Picture& picture);
@@ -32,6 +33,8 @@ class PictureCoder {
 
   private:
     void Commit(Picture& picture, const Candidate& candidate, int x, int y);
+    // A row that is not decided.
+    static void Leave(Picture& picture, int y);
 
     std::vector<RowOutput> rows_;
     PicturePlanes planes_;

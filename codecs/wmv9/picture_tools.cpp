@@ -1,9 +1,10 @@
 #include "codecs/wmv9/picture_tools.h"
 
+#include "codecs/wmv9/trial_decision.h"
+
 namespace codecs::wmv9 {
 namespace {
 
-constexpr int kBlock = 8;
 // Of the squared step, what a bit is worth among whole pictures. Chosen by hand on the clips of
 // bench/quality, see docs/video9.md.
 constexpr double kPictureLambda = 0.26;
@@ -28,16 +29,16 @@ std::vector<PictureTools> ToolsToTry(const Preset& preset) {
         UsualTools(preset), {VectorMode::HalfBilinear, false}, {VectorMode::HalfBilinear, true}};
 }
 
-double PictureCost(const Frame& source, const Frame& result, double bits, double quantiser) {
+double TrialCost(const Frame& source, const Frame& result, double bits, double quantiser) {
     const Kernels& kernels = BestKernels();
     std::int64_t error = 0;
     for (int plane = 0; plane < 3; ++plane) {
         const Plane& a = source[plane];
         const Plane& b = result[plane];
-        for (int y = 0; y < a.height; y += kBlock)
-            for (int x = 0; x < a.width; x += kBlock)
-                error +=
-                    kernels.squared(a.At(x, y), a.stride, b.At(x, y), b.stride, kBlock, kBlock);
+        const int size = plane == 0 ? 16 : 8;
+        for (int y = 0; y < a.height; y += size)
+            for (int x = 0; IsTried(y / size, a.height / size) && x < a.width; x += size)
+                error += kernels.squared(a.At(x, y), a.stride, b.At(x, y), b.stride, size, size);
     }
     const double step = 2 * quantiser;
     return static_cast<double>(error) + kPictureLambda * step * step * bits;

@@ -25,7 +25,8 @@ PictureTools UsualTools(const Preset& preset);
 /// later picture has any use for.
 std::vector<PictureTools> ToolsToTry(const Preset& preset);
 
-/// Squared error and what the bits are worth, in squared samples, at an anchor's quantiser.
-double PictureCost(const Frame& source, const Frame& result, double bits, double quantiser);
+/// Squared error of what trials code, and what the bits are worth, in squared samples, at an
+/// anchor's quantiser.
+double TrialCost(const Frame& source, const Frame& result, double bits, double quantiser);
 
 }  // namespace codecs::wmv9

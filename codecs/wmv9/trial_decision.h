@@ -5,13 +5,20 @@
 
 namespace codecs::wmv9 {
 
-/// Codes bands of a picture, half of it, as `preset` says. The rest is as if it were skipped and
-/// looked like the source.
+/// Whether trials code a row of macroblocks: two bands of a picture, a quarter of it.
+bool IsTried(int y, int height);
+
+/// Decides what is tried as `preset` says, and no other row.
 class TrialDecision final : public ModeDecision {
   public:
     explicit TrialDecision(const Preset& preset) : decision_(preset) {}
     void Choose(const Picture& picture, const Estimates& estimates, int x, int y,
-                Candidate& out) const override;
+                Candidate& out) const override {
+        decision_.Choose(picture, estimates, x, y, out);
+    }
+    bool Decides(const Picture& picture, int y) const override {
+        return IsTried(y, picture.Height());
+    }
 
   private:
     const RdModeDecision decision_;
