@@ -17,6 +17,9 @@ constexpr std::uint32_t kIntraBits = 24;
 // Of what the best other vectors cost: direct vectors are coded, and nothing else is.
 constexpr double kDirectAtMost = 1.25;
 constexpr double kDirectAlone = 0.9;
+// Where direct vectors leave no levels, they are good enough up to an error that so many bits are
+// worth: nothing refers to a B picture.
+constexpr int kSilentBits = 80;
 
 // What a bit is worth where levels are rounded alone: more, so that lone ones are left out.
 constexpr double kBitWorthOfRounded = 0.26;
@@ -187,6 +190,11 @@ class MacroblockDecision {
         return skipped.error < quantiser_.lambda * preset_.skip_bits;
     }
 
+    bool IsSilent(const Candidate& direct) const {
+        return direct.error < quantiser_.lambda * kSilentBits &&
+               !HasLevels(picture_, quantiser_, x_, y_, direct.samples);
+    }
+
     void TryOne(const VectorPrediction& prediction, MotionVector vector) {
         Candidate& candidate = Begin();
         SetVector(candidate.macroblock, vector, prediction, picture_.header);
@@ -278,7 +286,7 @@ class MacroblockDecision {
         macroblock.skipped = true;
         Predict(picture_, x_, y_, macroblock, candidate.samples);
         LeaveResidual(picture_, x_, y_, candidate);
-        if (IsGoodEnough(candidate)) {
+        if (IsGoodEnough(candidate) || (!preset_.thorough && IsSilent(candidate))) {
             best_ = &candidate;
             Finish();
             return true;

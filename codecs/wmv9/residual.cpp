@@ -326,6 +326,25 @@ bool CodeResidual(const Picture& picture, const Estimates& estimates, const Quan
     return ResidualCoder(picture, estimates, quantiser, options, x, y, candidate).Run();
 }
 
+bool HasLevels(const Picture& picture, const Quantiser& quantiser, int x, int y,
+               const Samples& prediction) {
+    const Kernels& kernels = picture.kernels;
+    for (int n = 0; n < kBlocks; ++n) {
+        Block residual;
+        const BlockDifference difference = kernels.subtract(
+            residual.data(), SourceBlock(picture.source, x, y, n), Stride(picture.source, n),
+            prediction.Block(n), kBlockPlaces[Index(n)].stride);
+        if (difference.absolute < Limit(quantiser)) continue;
+        Block coefficients;
+        Block levels;
+        kernels.forward(Shape::Whole8x8, coefficients.data(), residual.data());
+        if (kernels.quantise(levels.data(), coefficients.data(), quantiser.reciprocal,
+                             static_cast<int>(kChoiceRounding * quantiser.step * kEighths)) != 0)
+            return true;
+    }
+    return false;
+}
+
 void LeaveResidual(const Picture& picture, int x, int y, Candidate& candidate) {
     candidate.macroblock.coded = 0;
     candidate.macroblock.block_types = false;

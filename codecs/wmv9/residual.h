@@ -26,7 +26,11 @@ struct ResidualOptions {
 bool CodeResidual(const Picture& picture, const Estimates& estimates, const Quantiser& quantiser,
                   const ResidualOptions& options, int x, int y, Candidate& candidate);
 
-/// The same with nothing of it coded.
+/// Whether what `prediction` leaves of the macroblock has levels in 8x8 transforms.
+bool HasLevels(const Picture& picture, const Quantiser& quantiser, int x, int y,
+               const Samples& prediction);
+
+/// The same as CodeResidual with nothing of it coded.
 void LeaveResidual(const Picture& picture, int x, int y, Candidate& candidate);
 
 }  // namespace codecs::wmv9
