@@ -20,6 +20,14 @@ int Expected(const TransformBlock& block, int at) {
 
 constexpr std::int64_t kNoCost = std::numeric_limits<std::int64_t>::max();
 
+// What a place of the scan may hold.
+struct Choice {
+    int place;
+    int coefficient;
+    int nearest;  // level
+    int expected;
+};
+
 // A level that may be the last one chosen so far.
 struct Node {
     std::int16_t place;   // in the scan; -1 = before it
@@ -42,38 +50,28 @@ class LevelSearch {
     }
 
     LevelCost Run() {
-        if (!MayGain()) {
-            Clear();
-            return {};
-        }
-        ForEachBit(block_.changed, [&](int place) {
-            const int at = block_.scan[place];
-            Visit(place, block_.coefficients[at], block_.levels[at], Expected(block_, at));
-        });
-        Clear();
+        if (!Take()) return {};
+        for (int i = 0; i < count_; ++i) Visit(choices_[i]);
         return end_cost_ < 0 ? Chosen() : LevelCost();
     }
 
   private:
-    // Whether the levels save more of the error than the shortest codes are worth.
-    bool MayGain() const {
+    // Leaves nothing in the block. False where the levels save less of the error than the shortest
+    // codes are worth.
+    bool Take() {
         const std::int64_t other = lambda_ * codes_.Shortest().other;
         std::int64_t gain = other - lambda_ * codes_.Shortest().last;
         ForEachBit(block_.changed, [&](int place) {
             const int at = block_.scan[place];
-            const int coefficient = block_.coefficients[at];
-            const std::int64_t one = Square(coefficient - Expected(block_, at) * step_) -
-                                     Square(coefficient - block_.levels[at] * step_);
+            const Choice choice{place, block_.coefficients[at], block_.levels[at],
+                                Expected(block_, at)};
+            block_.levels[at] = static_cast<std::int16_t>(choice.expected);
+            choices_[count_++] = choice;
+            const std::int64_t one = Square(choice.coefficient - choice.expected * step_) -
+                                     Square(choice.coefficient - choice.nearest * step_);
             gain += std::max<std::int64_t>(0, one - other);
         });
         return gain > 0;
-    }
-
-    void Clear() const {
-        ForEachBit(block_.changed, [&](int place) {
-            const int at = block_.scan[place];
-            block_.levels[at] = static_cast<std::int16_t>(Expected(block_, at));
-        });
     }
 
     // Costs stand above what they are the costs of, so that both are compared at once: which
@@ -81,7 +79,11 @@ class LevelSearch {
     static constexpr int kTagBits = 8;
     static constexpr std::int64_t kTagged = std::int64_t{1} << kTagBits;
 
-    void Visit(int place, int coefficient, int nearest, int expected) {
+    void Visit(const Choice& choice) {
+        const int place = choice.place;
+        const int coefficient = choice.coefficient;
+        const int nearest = choice.nearest;
+        const int expected = choice.expected;
         const int size = std::abs(nearest - expected);
         const std::int64_t nothing = Square(coefficient - expected * step_);
         const std::int64_t lambda = kTagged * lambda_;
@@ -137,7 +139,10 @@ class LevelSearch {
     const std::int64_t lambda_;
     const AcCodes& codes_;
 
-    // Set as far as they are counted; the first stands before the scan.
+    // Set as far as they are counted.
+    Choice choices_[kMost];
+    int count_ = 0;
+    // The first stands before the scan.
     Node nodes_[kMost + 1];
     int node_count_ = 1;
     // Nodes that others may follow, by their place.
