@@ -29,19 +29,22 @@ bool IsOfChange(PlaneMode mode) {
 // expect.
 BitPlane Written(const BitPlane& plane, PlaneCoding coding) {
     BitPlane written = plane;
-    const int width = plane.Width();
+    const std::uint8_t invert = coding.invert ? 1 : 0;
     if (!IsOfChange(coding.mode)) {
-        for (int y = 0; coding.invert && y < plane.Height(); ++y)
-            for (int x = 0; x < width; ++x) written.Set(x, y, !plane.At(x, y));
+        for (std::uint8_t& bit : written.Bits()) bit ^= invert;
         return written;
     }
-    for (int y = 0; y < plane.Height(); ++y) {
-        bool left = y == 0 ? coding.invert : plane.At(0, y - 1);
-        for (int x = 0; x < width; ++x) {
-            const bool bit = plane.At(x, y);
-            const bool above = y == 0 ? left : plane.At(x, y - 1);
-            written.Set(x, y, bit != (left == above ? left : coding.invert));
-            left = bit;
+    const std::uint8_t* bit = plane.Bits().data();
+    std::uint8_t* out = written.Bits().data();
+    const int width = plane.Width();
+    for (int y = 0; y < plane.Height(); ++y, bit += width, out += width) {
+        const std::uint8_t* const above = bit - width;
+        out[0] = bit[0] ^ (y == 0 ? invert : above[0]);
+        for (int x = 1; y == 0 && x < width; ++x) out[x] = bit[x] ^ bit[x - 1];
+        for (int x = 1; y > 0 && x < width; ++x) {
+            const int differ = bit[x - 1] ^ above[x];
+            out[x] =
+                static_cast<std::uint8_t>(bit[x] ^ (differ & invert) ^ (bit[x - 1] & above[x]));
         }
     }
     return written;

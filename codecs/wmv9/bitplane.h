@@ -22,6 +22,7 @@ class BitPlane {
     void Set(int x, int y, bool bit) { bits_[Place(x, y)] = bit ? 1 : 0; }
     /// A byte each, row by row.
     std::span<const std::uint8_t> Bits() const { return bits_; }
+    std::span<std::uint8_t> Bits() { return bits_; }
 
   private:
     std::size_t Place(int x, int y) const { return Index(y) * Index(width_) + Index(x); }

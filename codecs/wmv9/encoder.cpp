@@ -228,6 +228,8 @@ class Encoder::Impl {
         past_.tools.ApplyTo(header);
         header.rounding = header.kind == PictureKind::kP ? 1 - past_.rounding : past_.rounding;
         UseTables(header);
+        if (header.kind == PictureKind::kP && settings_.profile == Profile::Main && preset_.fades)
+            header.intensity = FindIntensity(BestKernels(), source_, Anchor(past_.later));
         return header;
     }
 
@@ -281,8 +283,6 @@ class Encoder::Impl {
         int mapped = -1;
         if (header.kind == PictureKind::kP) {
             picture.past = &Anchor(past_.later);
-            if (settings_.profile == Profile::Main && preset_.fades)
-                picture.header.intensity = FindIntensity(picture.kernels, source_, *picture.past);
             if (picture.header.intensity) {
                 mapped = past_.mapped == 0 ? 1 : 0;
                 while (static_cast<int>(mapped_.size()) <= mapped)

@@ -55,6 +55,7 @@ double Lookahead::Add(const PictureView& picture) {
     small.own.resize(to_later_.size());
     small.moves.resize(to_later_.size());
     small.saved.assign(to_later_.size(), 0);
+    small.moving.clear();
     Load(picture, small);
     for (int row = 0; row < rows_; ++row)
         for (int column = 0; column < columns_; ++column)
@@ -62,12 +63,21 @@ double Lookahead::Add(const PictureView& picture) {
     const auto own = std::accumulate(small.own.begin(), small.own.end(), std::int64_t{0});
     const std::int64_t moved =
         pictures_.empty() ? own : MovedCost(small, pictures_.back(), small.moves);
-    for (std::size_t i = 0; !pictures_.empty() && i < small.saved.size(); ++i)
-        if (small.moves[i].cost < small.own[i])
-            small.saved[i] =
-                1 - static_cast<float>(small.moves[i].cost) / static_cast<float>(small.own[i]);
+    if (!pictures_.empty()) FindSavings(small);
     pictures_.push_back(std::move(small));
     return static_cast<double>(moved) / static_cast<double>(own);
+}
+
+void Lookahead::FindSavings(Small& small) {
+    for (std::size_t i = 0; i < small.own.size(); ++i) {
+        const Move& move = small.moves[i];
+        if (move.cost >= small.own[i]) continue;
+        const float part = 1 - static_cast<float>(move.cost) / static_cast<float>(small.own[i]);
+        if (move.x == 0 && move.y == 0)
+            small.saved[i] = part;
+        else
+            small.moving.push_back({static_cast<int>(i), part});
+    }
 }
 
 void Lookahead::DropBefore(int number) {

@@ -44,8 +44,13 @@ class Lookahead {
     /// Of a picture's blocks, from the picture before it; what they cost by themselves.
     const std::vector<Move>& Moves(int number) const { return At(number).moves; }
     const std::vector<std::uint32_t>& OwnCosts(int number) const { return At(number).own; }
-    /// Of those, what the moves save: 0 to 1.
-    const std::vector<float>& SavedParts(int number) const { return At(number).saved; }
+    /// Of those, what the moves save, 0 to 1; where a block stands still, and where it moves.
+    const std::vector<float>& SavedByStill(int number) const { return At(number).saved; }
+    struct Saving {
+        int place = 0;
+        float part = 0;
+    };
+    const std::vector<Saving>& SavedByMoving(int number) const { return At(number).moving; }
 
   private:
     // Luma at half the size, in whole blocks, with a margin.
@@ -53,11 +58,13 @@ class Lookahead {
         std::vector<std::uint8_t> memory;
         std::vector<std::uint32_t> own;
         std::vector<Move> moves;
-        std::vector<float> saved;
+        std::vector<float> saved;  // by blocks that stand still
+        std::vector<Saving> moving;
         const std::uint8_t* At(int x, int y, std::ptrdiff_t stride) const;
     };
 
     const Small& At(int number) const;
+    static void FindSavings(Small& small);
     void Load(const PictureView& picture, Small& small) const;
     std::int64_t MovedCost(const Small& picture, const Small& reference,
                            std::vector<Move>& moves) const;

@@ -18,34 +18,31 @@ void MacroblockTree::Propagate(const Lookahead& lookahead, int number) {
     const int rows = lookahead.Rows();
     const std::vector<Lookahead::Move>& moves = lookahead.Moves(number);
     const std::vector<std::uint32_t>& own = lookahead.OwnCosts(number);
-    const std::vector<float>& saved = lookahead.SavedParts(number);
-    to_.assign(own.size(), 0);
+    const std::vector<float>& still = lookahead.SavedByStill(number);
+    const auto cost = [&](std::size_t place) {
+        return carried_[place] + static_cast<float>(static_cast<std::int32_t>(own[place]));
+    };
+    to_.resize(own.size());
+    for (std::size_t place = 0; place < own.size(); ++place)
+        to_[place] = still[place] * cost(place);
     const auto add = [&](int column, int row, float amount) {
         if (column < 0 || row < 0 || column >= columns || row >= rows) return;
         to_[Index(row) * Index(columns) + Index(column)] += amount;
     };
-    std::size_t place = 0;
-    for (int row = 0; row < rows; ++row) {
-        for (int column = 0; column < columns; ++column, ++place) {
-            const float amount = saved[place] * (carried_[place] + static_cast<float>(own[place]));
-            const Lookahead::Move& move = moves[place];
-            if (move.x == 0 && move.y == 0) {
-                to_[place] += amount;
-                continue;
-            }
-            // The block that predicts it lies over up to four.
-            const int left = kBlock * column + (move.x >> 1);
-            const int top = kBlock * row + (move.y >> 1);
-            const int x = left & (kBlock - 1);
-            const int y = top & (kBlock - 1);
-            const int c = (left - x) / kBlock;
-            const int r = (top - y) / kBlock;
-            const float unit = amount / (kBlock * kBlock);
-            add(c, r, unit * static_cast<float>((kBlock - x) * (kBlock - y)));
-            if (x != 0) add(c + 1, r, unit * static_cast<float>(x * (kBlock - y)));
-            if (y != 0) add(c, r + 1, unit * static_cast<float>((kBlock - x) * y));
-            if (x != 0 && y != 0) add(c + 1, r + 1, unit * static_cast<float>(x * y));
-        }
+    for (const auto& [place, part] : lookahead.SavedByMoving(number)) {
+        // The block that predicts it lies over up to four.
+        const Lookahead::Move& move = moves[Index(place)];
+        const int left = kBlock * (place % columns) + (move.x >> 1);
+        const int top = kBlock * (place / columns) + (move.y >> 1);
+        const int x = left & (kBlock - 1);
+        const int y = top & (kBlock - 1);
+        const int c = (left - x) / kBlock;
+        const int r = (top - y) / kBlock;
+        const float unit = part * cost(Index(place)) / (kBlock * kBlock);
+        add(c, r, unit * static_cast<float>((kBlock - x) * (kBlock - y)));
+        if (x != 0) add(c + 1, r, unit * static_cast<float>(x * (kBlock - y)));
+        if (y != 0) add(c, r + 1, unit * static_cast<float>((kBlock - x) * y));
+        if (x != 0 && y != 0) add(c + 1, r + 1, unit * static_cast<float>(x * y));
     }
     std::swap(carried_, to_);
 }
