@@ -19,7 +19,8 @@ bool Any(int quarters, int of) { return (quarters & of) != 0; }
 
 }  // namespace
 
-LoopFilter::LoopFilter(int width, int height) {
+LoopFilter::LoopFilter(int width, int height)
+    : width_(width), busy_(Index(width) * Index(height)), busy_rows_(Index(height)) {
     for (int i = 0; i < 3; ++i) {
         PlaneState& plane = planes_[i];
         plane.width = i == 0 ? 2 * width : width;
@@ -34,8 +35,28 @@ void LoopFilter::Run(const Picture& picture) {
         for (int plane = 0; plane < 3; ++plane) FilterAll(picture, plane);
         return;
     }
+    FindBusy(picture.grid);
     Gather(picture);
     for (int plane = 0; plane < 3; ++plane) FilterSome(picture, plane);
+}
+
+void LoopFilter::FindBusy(const MacroblockGrid& grid) {
+    const auto plain = [](const Macroblock& m) { return !m.intra && !m.four_mv && m.coded == 0; };
+    const auto alike = [&](const Macroblock& a, const Macroblock& b) {
+        return plain(b) && a.vectors[0] == b.vectors[0];
+    };
+    std::size_t place = 0;
+    for (int y = 0; y < grid.Height(); ++y) {
+        std::uint8_t any = 0;
+        for (int x = 0; x < width_; ++x) {
+            const Macroblock& macroblock = grid.At(x, y);
+            const bool quiet = plain(macroblock) &&
+                               (x == 0 || alike(macroblock, grid.At(x - 1, y))) &&
+                               (y == 0 || alike(macroblock, grid.At(x, y - 1)));
+            any |= busy_[place++] = quiet ? 0 : 1;
+        }
+        busy_rows_[Index(y)] = any;
+    }
 }
 
 void LoopFilter::Gather(const Picture& picture) {
@@ -112,16 +133,20 @@ void LoopFilter::FilterSome(const Picture& picture, int plane) {
     const PlaneState& state = planes_[plane];
     const Kernels& kernels = picture.kernels;
     const int quantiser = picture.header.quantiser;
+    const auto row_is_busy = [&](int y) { return busy_rows_[Index(InMacroblocks(plane, y))] != 0; };
     for (int y = 1; y < state.height; ++y)
-        if (BelowEdge(state, y))
+        if (row_is_busy(y) && BelowEdge(state, y))
             kernels.filter_horizontal(samples.At(0, 8 * y), samples.stride, segments_.data(),
                                       2 * state.width, quantiser);
     for (int y = 0; y < state.height; ++y)
-        if (InsideRows(state, y))
+        if (row_is_busy(y) && InsideRows(state, y))
             kernels.filter_horizontal(samples.At(0, 8 * y + 4), samples.stride, segments_.data(),
                                       2 * state.width, quantiser);
     for (int y = 0; y < state.height; ++y) {
+        if (!row_is_busy(y)) continue;
+        const std::uint8_t* const busy = &busy_[Index(InMacroblocks(plane, y)) * Index(width_)];
         for (int x = 1; x < state.width; ++x) {
+            if (busy[InMacroblocks(plane, x)] == 0) continue;
             const BlockState& left = state.At(x - 1, y);
             const BlockState& right = state.At(x, y);
             const bool both = left.intra || right.intra || !(left.vector == right.vector);

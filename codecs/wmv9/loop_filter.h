@@ -42,9 +42,16 @@ class LoopFilter {
     void FilterSome(const Picture& picture, int plane);
     bool BelowEdge(const PlaneState& state, int y);
     bool InsideRows(const PlaneState& state, int y);
+    void FindBusy(const MacroblockGrid& grid);
+    // The place of a plane's block among macroblocks.
+    static int InMacroblocks(int plane, int block) { return plane == 0 ? block / 2 : block; }
 
     PlaneState planes_[3];
     std::vector<std::uint8_t> segments_;  // of a row of blocks
+    int width_;                           // macroblocks
+    // Macroblocks that have an edge to filter, inside or to the left or above; rows with any.
+    std::vector<std::uint8_t> busy_;
+    std::vector<std::uint8_t> busy_rows_;
 };
 
 }  // namespace codecs::wmv9
