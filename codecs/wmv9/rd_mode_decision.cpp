@@ -20,6 +20,8 @@ constexpr double kDirectAlone = 0.9;
 // Where direct vectors leave no levels, they are good enough up to an error that so many bits are
 // worth: nothing refers to a B picture.
 constexpr int kSilentBits = 80;
+// Where a skipped macroblock's error is worth fewer, its vector is likely the best one.
+constexpr int kLikelyBits = 24;
 
 // What a bit is worth where levels are rounded alone: more, so that lone ones are left out.
 constexpr double kBitWorthOfRounded = 0.26;
@@ -70,13 +72,18 @@ class MacroblockDecision {
     void PPicture() {
         const VectorPrediction prediction = PredictVector(picture_, x_, y_);
         if (TrySkipped(prediction)) return;
+        const bool tried = !preset_.thorough && HasBest() && IsLikely(prediction);
+        if (tried) {
+            TryOne(prediction, prediction.median);
+            if (best_->macroblock.skipped) return Finish();
+        }
         const SearchBlock block{kLuma * x_, kLuma * y_, kLuma};
         Starts starts;
         AddNeighbours(starts, [](const Macroblock& m) { return m.vectors[3]; });
         if (picture_.anchor != nullptr) starts.Add(picture_.anchor->At(x_, y_).vectors[0]);
         const MotionSearch search(picture_, *picture_.past, estimates_, quantiser_, preset_);
         const FoundVector one = search.Search(block, Nearest(prediction), starts.All());
-        TryOne(prediction, one.vector);
+        if (!tried || !(one.vector == prediction.median)) TryOne(prediction, one.vector);
         // Where one vector leaves nothing to code, four seldom gain.
         if (picture_.header.mode == VectorMode::Mixed &&
             (preset_.thorough || best_->macroblock.coded != 0))
@@ -184,6 +191,21 @@ class MacroblockDecision {
             }
         }
         return false;
+    }
+
+    // Whether a search would hardly find anything better than the predicted vector, which has
+    // little error or is what all around it have.
+    bool IsLikely(const VectorPrediction& prediction) const {
+        if (prediction.is_hybrid) return false;
+        if (best_->error < quantiser_.lambda * kLikelyBits) return true;
+        const auto agrees = [&](const Macroblock& macroblock) {
+            return !macroblock.intra && macroblock.vectors[3] == prediction.median;
+        };
+        const MacroblockGrid& grid = picture_.grid;
+        return (x_ == 0 || agrees(grid.At(x_ - 1, y_))) &&
+               (y_ == 0 || agrees(grid.At(x_, y_ - 1))) &&
+               (y_ == 0 || x_ + 1 == picture_.Width() || agrees(grid.At(x_ + 1, y_ - 1))) &&
+               (picture_.anchor == nullptr || agrees(picture_.anchor->At(x_, y_)));
     }
 
     bool IsGoodEnough(const Candidate& skipped) const {
