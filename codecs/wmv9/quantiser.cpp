@@ -11,7 +11,7 @@ constexpr double kLevelPart = 0.87;     // of what a bit is worth, one of levels
 constexpr double kSearchLambda = 0.36;  // of the step, what a bit is worth in absolute differences
 
 // Positive ones, in line: a quantiser is made for each macroblock.
-std::int64_t Rounded(double value) { return static_cast<std::int64_t>(value + 0.5); }
+std::int64_t Rounded(double value) { return (static_cast<std::int64_t>(2 * value) + 1) / 2; }
 
 }  // namespace
 
