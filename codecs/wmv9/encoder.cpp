@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <optional>
 #include <vector>
 
@@ -18,6 +17,7 @@
 #include "codecs/wmv9/preset.h"
 #include "codecs/wmv9/sequence_setup.h"
 #include "codecs/wmv9/trial_decision.h"
+#include "codecs/wmv9/trials.h"
 
 namespace codecs::wmv9 {
 namespace {
@@ -30,25 +30,11 @@ constexpr double kFinestHalves = 9;  // quantisers in halves below
 
 // Pictures after an I picture until P pictures are what they usually are, and tools can be tried.
 constexpr int kFirstTrial = 2;
-// What other tools must be better by than the usual ones: the sharper picture is the better
-// reference, which does not show in its own cost.
-constexpr double kToolMargin = 1.01;
 constexpr int kNoTrial = 1 << 20;  // pictures away
-// Trials whose outcome stays the same come at longer and longer distances.
-constexpr int kLongestTools = 48;  // P pictures
-constexpr int kShortestB = 12;     // pictures
-constexpr int kLongestB = 96;
 // A trial of B pictures codes whole groups of one, of two and of three pictures.
-static_assert(kTriedPictures % 2 == 0 && kTriedPictures % 3 == 0);
+constexpr int kPatternPictures = 6;
 constexpr int kFewestTried = 4;
 constexpr int kTrialPreset = 20;  // or a lower one: it tells them apart as well
-// What the newest trial weighs beside those before it.
-constexpr double kNewest = 0.5;
-// Of what so many B pictures in a row seem to cost in a trial, what they do: it is too short to
-// show all that they save. Chosen on 14 clips, see docs/video9.md.
-constexpr double kBParts[kMostBPictures + 1] = {1, 1.03, 0.97, 0.97};
-constexpr double kClearly = 0.96;
-
 int MacroblocksIn(int samples) { return (samples + 15) / 16; }
 
 }  // namespace
@@ -118,60 +104,92 @@ class Encoder::Impl {
         if (tries && most > 0) TryB(next, first);
         const int chosen = std::min(most, next_.b_pictures);
         next_.until_b -= chosen + 1;
+        if (TriesTools(next_)) TryTools(next, first, chosen);
         return chosen;
     }
 
   private:
     // Which pattern the next pictures cost the least in.
     void TryB(std::span<const PictureView> next, int first) {
-        next = next.first(std::min<std::size_t>(next.size(), kTriedPictures));
+        next = next.first(std::min<std::size_t>(next.size(), kPatternPictures));
         const double alone = CostOfPattern(next, first, 0);
-        std::array<double, kMostBPictures + 1>& costs = next_.b_costs;
-        const bool known = costs[0] > 0;
-        costs[0] = 1;
-        int best = 0;
-        // What the longest row wins by far, no shorter one does.
-        for (int b = settings_.b_pictures; b > 0 && costs[Index(best)] > kClearly; --b) {
-            const double cost = kBParts[b] * CostOfPattern(next, first, b) / alone;
-            double& mean = costs[Index(b)];
-            mean = mean > 0 ? mean + kNewest * (cost - mean) : cost;
-            if (mean < costs[Index(best)]) best = b;
-        }
-        const bool same = known && best == next_.b_pictures;
-        next_.b_pictures = best;
-        next_.b_distance = same ? std::min(2 * next_.b_distance, kLongestB) : kShortestB;
-        next_.until_b = next_.b_distance;
+        BTrial trial(next_);
+        for (int b = settings_.b_pictures; b > 0 && !trial.IsClear(); --b)
+            trial.Add(b, CostOfPattern(next, first, b) / alone);
+        trial.Note(next_);
     }
 
     // Of all pictures of `next`, in groups of so many B pictures and a P picture.
     double CostOfPattern(std::span<const PictureView> next, int first, int b_pictures) {
-        const CodingState now = next_;
-        kept_anchor_ = now.later;
-        kept_grid_ = now.later_grid;
-        next_.until_tools = kNoTrial;
-        trial_ = &trial_of_b_;
-        if (next_.tools.mode == VectorMode::Mixed) next_.tools.mode = VectorMode::Quarter;
+        const double quantiser = next_.quantiser;
         double cost = 0;
         const auto add = [&](int i, PictureRequest request) {
             request.number = first + i;
             Encode(next[Index(i)], request);
-            cost += Cost(now.quantiser);
+            cost += Cost(quantiser);
         };
         const int count = static_cast<int>(next.size());
-        for (int at = 0; at < count;) {
-            const int group = std::min(b_pictures, count - 1 - at);
-            add(at + group, {.kind = PictureKind::kP, .quantiser = now.quantiser});
-            for (int i = 0; i < group; ++i)
-                add(at + i, {.kind = PictureKind::kB,
-                             .quantiser = kBQuantiserPart * now.quantiser,
-                             .b_number = i + 1,
-                             .b_pictures = group});
-            at += group + 1;
+        Try(trial_of_b_, [&] {
+            if (next_.tools.mode == VectorMode::Mixed) next_.tools.mode = VectorMode::Quarter;
+            for (int at = 0; at < count;) {
+                const int group = std::min(b_pictures, count - 1 - at);
+                add(at + group, {.kind = PictureKind::kP, .quantiser = quantiser});
+                for (int i = 0; i < group; ++i)
+                    add(at + i, {.kind = PictureKind::kB,
+                                 .quantiser = kBQuantiserPart * quantiser,
+                                 .b_number = i + 1,
+                                 .b_pictures = group});
+                at += group + 1;
+            }
+        });
+        return cost;
+    }
+
+    bool TriesTools(const CodingState& state) const {
+        return preset_.tool_trials != 0 && state.until_tools <= 0;
+    }
+
+    // On the next P pictures, where more than one is known.
+    void TryTools(std::span<const PictureView> next, int first, int b_pictures) {
+        const int distance = b_pictures + 1;
+        const int count = std::min(kToolPictures, static_cast<int>(next.size()) / distance);
+        const double quantiser = next_.quantiser;
+        if (count < 2) return;
+        TryEach(next_, [&](const PictureTools& tools, ToolTrial& trial) {
+            next_.tools = tools;
+            for (int i = 0, at = b_pictures; i < count; ++i, at += distance) {
+                Encode(next[Index(at)],
+                       {.kind = PictureKind::kP, .quantiser = quantiser, .number = first + at});
+                if (!trial.Add(Cost(mean_quantiser_))) return;
+            }
+        });
+    }
+
+    template <typename CodeWith>
+    void TryEach(CodingState& state, const CodeWith& code_with) {
+        ToolTrial trial(preset_, state.tools);
+        for (const PictureTools& tools : ToolsToTry(preset_)) {
+            trial.Begin(tools);
+            Try(trial_of_tools_, [&] { code_with(tools, trial); });
+            trial.End();
         }
+        trial.Note(state);
+    }
+
+    // What `code` codes leaves everything as it was.
+    template <typename CodeSome>
+    void Try(const TrialDecision& decision, const CodeSome& code) {
+        const CodingState past = past_;
+        const CodingState now = next_;
+        kept_anchor_ = now.later;
+        kept_grid_ = now.later_grid;
+        trial_ = &decision;
+        next_.until_tools = kNoTrial;
+        code();
         trial_ = nullptr;
         kept_anchor_ = kept_grid_ = -1;
+        past_ = past;
         next_ = now;
-        return cost;
     }
 
     // Of the picture coded last.
@@ -181,32 +199,18 @@ class Encoder::Impl {
 
     // With the tools that suited the P pictures before it, or now and then with all.
     CodedPicture CodeP(PictureHeader header) {
-        if (preset_.tool_trials == 0) return Code(header);
-        if (past_.until_tools > 0) {
-            const CodedPicture coded = Code(header);
-            next_.until_tools = past_.until_tools - 1;
-            return coded;
-        }
-        PictureTools best = past_.tools;
-        double least = std::numeric_limits<double>::max();
-        trial_ = &trial_of_tools_;
-        for (const PictureTools& tools : ToolsToTry(preset_)) {
-            tools.ApplyTo(header);
-            Code(header);
-            const bool usual = tools == UsualTools(preset_);
-            const double cost = (usual ? 1 : kToolMargin) * Cost(mean_quantiser_);
-            if (cost > least || (cost == least && best == past_.tools)) continue;
-            least = cost;
-            best = tools;
-        }
-        trial_ = nullptr;
-        best.ApplyTo(header);
+        CodingState tried = past_;
+        if (TriesTools(past_))
+            TryEach(tried, [&](const PictureTools& tools, ToolTrial& trial) {
+                tools.ApplyTo(header);
+                Code(header);
+                trial.Add(Cost(mean_quantiser_));
+            });
+        tried.tools.ApplyTo(header);
         const CodedPicture coded = Code(header);
-        next_.tools_distance = best == past_.tools && past_.tools_distance > 0
-                                   ? std::min(2 * past_.tools_distance, kLongestTools)
-                                   : preset_.tool_trials;
-        next_.tools = best;
-        next_.until_tools = next_.tools_distance - 1;
+        next_.tools = tried.tools;
+        next_.tools_distance = tried.tools_distance;
+        next_.until_tools = tried.until_tools - 1;
         return coded;
     }
 

@@ -54,8 +54,8 @@ struct CodedPicture {
     PictureBits bits;
 };
 
-/// By how many of the next pictures B pictures are chosen.
-constexpr int kTriedPictures = 6;
+/// By how many of the next pictures B pictures and tools are chosen.
+constexpr int kTriedPictures = 9;
 
 /// How many pictures Encoder::LookAhead had better be given beyond the one that is coded.
 int LookaheadPictures(const EncoderSettings& settings);
