@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "codecs/common/picture_cost.h"
 #include "engine/base/av/av_error.h"
 #include "engine/encoders/video_header.h"
 #include "engine/encoders/video_rate.h"
@@ -14,10 +13,8 @@ namespace {
 
 using codecs::PictureKind;
 
-constexpr std::size_t kBurst = 16;   // packets; see FrameMemory for frames
-constexpr double kNewOfStep = 0.35;  // of what differs, where no motion is searched for
-constexpr double kFarther = 0.3;     // of what a picture between adds to what is new
-constexpr int kMostRecoded = 2;      // times; then as coarsely as can be
+constexpr std::size_t kBurst = 16;  // packets; see FrameMemory for frames
+constexpr int kMostRecoded = 2;     // times; then as coarsely as can be
 
 // What is recorded has one, so that each packet follows its picture.
 std::size_t Workers(const VideoPlan& plan) {
@@ -45,10 +42,6 @@ int Ahead(const VideoPlan& plan, const codecs::RateSettings& rate, const Encoder
     return knows ? std::min(lookahead, most) : most;
 }
 
-codecs::LumaPlane Luma(const AVFrame& frame) {
-    return {frame.data[0], frame.linesize[0], frame.width, frame.height};
-}
-
 // Of a frame that only others are compared with.
 void ReleaseChroma(AVFrame& frame) {
     for (int plane = 1; plane < 3; ++plane) {
@@ -58,14 +51,6 @@ void ReleaseChroma(AVFrame& frame) {
 }
 
 }  // namespace
-
-struct GopVideoEncoder::Frame {
-    FrameHandle frame;
-    std::size_t index = 0;  // in the GOP, as shown
-    double intra_cost = 0;
-    double step_cost = 0;
-    bool decided = false;
-};
 
 struct GopVideoEncoder::Outcome {
     CodedFrame coded;  // without bytes when the frame was dropped
@@ -77,11 +62,11 @@ struct GopVideoEncoder::Outcome {
 struct GopVideoEncoder::Work {
     Gop* gop = nullptr;
     std::unique_ptr<GopCoder> coder;
-    std::size_t taken = 0;     // frames
-    std::vector<Frame> next;   // as shown, not yet coded
-    std::size_t judged = 0;    // of those, their costs are known
-    FrameHandle latest;        // that was judged
-    FrameHandle past, before;  // the last two that others refer to
+    std::size_t taken = 0;       // frames
+    std::vector<GopFrame> next;  // as shown, not yet coded
+    std::size_t judged = 0;      // of those, their costs are known
+    FrameHandle latest;          // that was judged
+    FrameHandle past, before;    // the last two that others refer to
     Ticks before_time;
     std::size_t before_index = 0;  // in the GOP
     bool all = false;              // of the GOP that are left are in `next`
@@ -157,7 +142,7 @@ void GopVideoEncoder::Try(const AVFrame& frame) {
     work.gop = &gop;
     FrameHandle copy = frames_.Get();
     CheckAv(av_frame_ref(copy.get(), &frame), "Encoding of the picture failed");
-    Frame tried{.frame = std::move(copy), .intra_cost = codecs::IntraCost(Luma(frame))};
+    GopFrame tried{.frame = std::move(copy), .intra_cost = IntraCostOf(frame)};
     Code(work, tried, {.kind = PictureKind::kI});
     allocator_.LearnTrial(gop.control->Result());
 }
@@ -326,40 +311,22 @@ void GopVideoEncoder::CodeNext(Lock& lock, Work& work) {
     if (held_ <= few_held_ || MayHandOn()) worked_.notify_one();
 }
 
-// Each beside the one shown before it.
-void GopVideoEncoder::Judge(Work& work) const {
-    for (; work.judged < work.next.size(); ++work.judged) {
-        Frame& frame = work.next[work.judged];
-        frame.intra_cost = codecs::IntraCost(Luma(*frame.frame));
-        // What is recorded has nothing ahead, which is not to say that nothing will refer to it.
-        std::optional<double> news;
-        if (ahead_ > 0) news = work.coder->LookAhead(*frame.frame);
-        if (!work.latest)
-            frame.step_cost = frame.intra_cost;
-        else if (news)
-            frame.step_cost = codecs::NewPart(*news) * frame.intra_cost;
-        else
-            frame.step_cost = (ahead_ > 0 ? kNewOfStep : 1) *
-                              codecs::InterCost(Luma(*frame.frame), Luma(*work.latest));
-        FrameHandle latest = frames_.Get();
-        CheckAv(av_frame_ref(latest.get(), frame.frame.get()), "Encoding of the picture failed");
-        work.latest = std::move(latest);
-    }
-}
-
 // A second pass has them where the first one had, so that what pictures took then they take again.
 std::size_t GopVideoEncoder::ChooseBPictures(Work& work) const {
     const std::size_t first = work.next.front().index;
     if (const std::optional<std::size_t> found = work.gop->control->FoundB(first))
         return std::min(*found, work.next.size() - 1);
     std::vector<const AVFrame*> next;
-    for (const Frame& frame : work.next) next.push_back(frame.frame.get());
+    for (const GopFrame& frame : work.next) next.push_back(frame.frame.get());
     return static_cast<std::size_t>(work.coder->ChooseBPictures(next, static_cast<int>(first)));
 }
 
 std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) const {
     if (!work.coder) work.coder = make_coder_(work.gop->control->VbvRoom());
-    Judge(work);
+    // What is recorded has nothing ahead, which is not to say that nothing will refer to it.
+    GopCoder* const shown = ahead_ > 0 ? work.coder.get() : nullptr;
+    for (; work.judged < work.next.size(); ++work.judged)
+        Judge(work.next[work.judged], work.latest, shown, frames_);
     work.all = work.next.size() < Wanted(work);
     std::vector<Outcome> outcomes;
     std::size_t b_count = 0;
@@ -384,7 +351,7 @@ std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) c
     return outcomes;
 }
 
-GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
+GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, GopFrame& frame,
                                                PictureRequest request) const {
     codecs::GopRateControl& control = *work.gop->control;
     const bool is_b = request.kind == PictureKind::kB;
@@ -398,29 +365,13 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, Frame& frame,
 
     request.index = static_cast<int>(frame.index);
     frame.decided = true;
-    work.waiting.clear();
-    for (const Frame& other : work.next)
-        if (!other.decided)
-            work.waiting.push_back({(Ticks{other.frame->pts} - work.gop->start).Seconds(),
-                                    other.intra_cost, other.step_cost});
-    codecs::RatedPicture picture;
+    codecs::RatedPicture picture = Rated(frame, request.kind, work.next);
     picture.seconds = (outcome.coded.dts - work.gop->start).Seconds();
-    picture.index = frame.index;
-    picture.kind = request.kind;
-    picture.intra_cost = frame.intra_cost;
-    picture.step_cost = frame.step_cost;
     if (ahead_ > 0) {
+        ListWaiting(work.next, work.gop->start, work.waiting);
         picture.waiting = work.waiting;
         picture.last = work.all;
     }
-    picture.inter_cost = frame.step_cost;
-    // Behind the B pictures that stand before it, more is new: not all, since much of it is noise.
-    if (request.kind == PictureKind::kP)
-        for (const Frame& other : work.next)
-            if (!other.decided && other.index < frame.index)
-                picture.inter_cost = std::max(picture.inter_cost, other.step_cost) +
-                                     kFarther * std::min(picture.inter_cost, other.step_cost);
-    picture.inter_cost = std::min(picture.inter_cost, frame.intra_cost);
     const codecs::GopRateControl::Decision decision = control.Decide(picture);
     outcome.dropped = {1, static_cast<std::int64_t>(decision.expected_bits / 8)};
     if (decision.drop) return outcome;

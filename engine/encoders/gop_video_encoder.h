@@ -15,6 +15,7 @@
 #include "codecs/common/rate_allocator.h"
 #include "engine/base/av/encoder.h"
 #include "engine/encoders/gop_coder.h"
+#include "engine/encoders/gop_frames.h"
 #include "engine/encoders/make_encoder.h"
 #include "engine/plan/encode_plan.h"
 
@@ -55,7 +56,6 @@ class GopVideoEncoder final : public VideoEncoder {
         std::vector<codecs::FoundPicture> pictures;  // as shown
         std::optional<codecs::GopRateControl> control;
     };
-    struct Frame;    // one of a GOP
     struct Work;     // what a worker has at hand for one GOP
     struct Outcome;  // of one frame
 
@@ -78,10 +78,9 @@ class GopVideoEncoder final : public VideoEncoder {
     void CodeAlong(Lock& lock);
     std::size_t Wanted(const Work& work) const;
     std::size_t FewestHeld() const;
-    void Judge(Work& work) const;
     std::size_t ChooseBPictures(Work& work) const;
     std::vector<Outcome> CodeMiniGop(Work& work) const;
-    Outcome Code(Work& work, Frame& frame, PictureRequest request) const;
+    Outcome Code(Work& work, GopFrame& frame, PictureRequest request) const;
     std::optional<CodedPicture> Fitted(Work& work, AVFrame& frame, PictureRequest& request) const;
     void Note(Gop& gop, Outcome outcome);
     void EndGop(Gop& gop);
