@@ -36,6 +36,13 @@ class BitWriter {
     /// `count` bits of `bytes` from bit `from` on.
     void Put(std::span<const std::uint8_t> bytes, int from, int count) {
         while (count > 0) {
+            if (from % 8 == 0 && count >= 16) {
+                const auto at = static_cast<std::size_t>(from / 8);
+                Put(static_cast<std::uint32_t>(bytes[at] << 8 | bytes[at + 1]), 16);
+                from += 16;
+                count -= 16;
+                continue;
+            }
             const int in_byte = std::min(8 - from % 8, count);
             Put(static_cast<std::uint32_t>(bytes[static_cast<std::size_t>(from / 8)]) >>
                     (8 - from % 8 - in_byte),

@@ -1,5 +1,7 @@
 #include "codecs/common/task_team.h"
 
+#include "codecs/common/spin.h"
+
 namespace codecs {
 
 TaskTeam::TaskTeam(int threads) {
@@ -11,7 +13,7 @@ TaskTeam::~TaskTeam() {
         const std::lock_guard lock(mutex_);
         ended_ = true;
     }
-    changed_.notify_all();
+    begun_.notify_all();
     for (std::thread& thread : threads_) thread.join();
 }
 
@@ -20,36 +22,41 @@ void TaskTeam::Run(int count, const std::function<void(int n)>& task) {
         for (int n = 0; n < count; ++n) task(n);
         return;
     }
-    count_ = count;
+    Lock lock(mutex_);
     task_ = &task;
+    count_ = left_ = count;
     next_ = 0;
-    {
-        const std::lock_guard lock(mutex_);
-        ++job_;
-        working_ = static_cast<int>(threads_.size());
-    }
-    changed_.notify_all();
-    DoTasks();
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return working_ == 0; });
+    ++jobs_;
+    begun_.notify_all();
+    DoTasks(lock);
+    lock.unlock();
+    if (SpinUntil([this] { return left_ == 0; })) return;
+    lock.lock();
+    done_.wait(lock, [this] { return left_ == 0; });
 }
 
 void TaskTeam::Work() {
-    int last_job = 0;
-    std::unique_lock lock(mutex_);
-    for (;;) {
-        changed_.wait(lock, [&] { return ended_ || job_ != last_job; });
-        if (ended_) return;
-        last_job = job_;
+    Lock lock(mutex_);
+    for (int seen = 0;;) {
         lock.unlock();
-        DoTasks();
+        SpinUntil([&] { return jobs_ != seen; });
         lock.lock();
-        if (--working_ == 0) changed_.notify_all();
+        begun_.wait(lock, [this] { return ended_ || next_ < count_; });
+        if (ended_) return;
+        seen = jobs_;
+        DoTasks(lock);
     }
 }
 
-void TaskTeam::DoTasks() {
-    for (int n = next_++; n < count_; n = next_++) (*task_)(n);
+void TaskTeam::DoTasks(Lock& lock) {
+    while (next_ < count_) {
+        const int n = next_++;
+        const std::function<void(int)>& task = *task_;
+        lock.unlock();
+        task(n);
+        lock.lock();
+        if (--left_ == 0) done_.notify_one();
+    }
 }
 
 }  // namespace codecs

@@ -10,7 +10,8 @@
 
 namespace codecs {
 
-/// Its threads wait between jobs. One job at a time, from one thread, which works along.
+/// Its threads wait between jobs. One job at a time, from one thread, which works along: a thread
+/// that is slow to wake finds less to do, or nothing.
 class TaskTeam {
   public:
     /// @param threads  that work, the caller's among them; at least 1
@@ -25,18 +26,19 @@ class TaskTeam {
     void Run(int count, const std::function<void(int n)>& task);
 
   private:
+    using Lock = std::unique_lock<std::mutex>;
     void Work();
-    void DoTasks();
+    void DoTasks(Lock& lock);
 
     std::mutex mutex_;
-    std::condition_variable changed_;
-    int job_ = 0;      // counts the jobs
-    int working_ = 0;  // threads beside the caller's
+    std::condition_variable begun_;
+    std::condition_variable done_;
     bool ended_ = false;
-
-    int count_ = 0;
+    int count_ = 0;  // tasks of the job
+    int next_ = 0;
+    std::atomic<int> left_ = 0;  // that are not done
+    std::atomic<int> jobs_ = 0;
     const std::function<void(int)>* task_ = nullptr;
-    std::atomic<int> next_ = 0;
     std::vector<std::thread> threads_;
 };
 

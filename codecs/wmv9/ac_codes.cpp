@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <utility>
 
 #include "codecs/common/index.h"
 
@@ -111,9 +110,9 @@ AcWriter::AcWriter(BitWriter& out, int largest_level, bool fine)
                              fine ? kFineLevelBits : kCoarseLevelBits)),
       fine_(fine) {}
 
-// The sizes of the fields of a plain escape stand in a picture's first one: ESCLVLSZ, ESCRUNSZ.
 void AcWriter::PutSizes() {
-    if (std::exchange(sizes_written_, true)) return;
+    if (sizes_.count > 0) return;
+    sizes_.from = out_.Size();
     if (!fine_) {
         const int zeros = level_bits_ - 2;
         out_.Put(level_bits_ < kCoarseLevelBits ? 1 : 0, std::min(zeros + 1, 6));
@@ -123,6 +122,7 @@ void AcWriter::PutSizes() {
         out_.Put(static_cast<std::uint32_t>(level_bits_ - 8), 5);
     }
     out_.Put(kRunBits - 3, 2);
+    sizes_.count = out_.Size() - sizes_.from;
 }
 
 void AcWriter::Put(const AcCodes& codes, const Symbol& symbol) {

@@ -68,14 +68,22 @@ class AcCodes {
     Lengths shortest_{255, 255};
 };
 
-/// Writes the symbols of one picture.
+/// Writes the symbols of one picture, or of some of its rows.
 class AcWriter {
   public:
+    /// Bits among those that were written.
+    struct Sizes {
+        std::size_t from = 0;
+        std::size_t count = 0;
+    };
     /// @param largest_level  that the picture's symbols have
     /// @param fine           the quantiser is below 8 or varies
     AcWriter(BitWriter& out, int largest_level, bool fine);
 
     void Put(const AcCodes& codes, const Symbol& symbol);
+    /// The sizes of the fields of a plain escape, which stand in a picture's first one: ESCLVLSZ,
+    /// ESCRUNSZ.
+    Sizes WrittenSizes() const { return sizes_; }
 
   private:
     void PutSizes();
@@ -83,7 +91,7 @@ class AcWriter {
     BitWriter& out_;
     int level_bits_;
     bool fine_;
-    bool sizes_written_ = false;
+    Sizes sizes_;
 };
 
 }  // namespace codecs::wmv9

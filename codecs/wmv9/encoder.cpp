@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "codecs/common/index.h"
+#include "codecs/common/task_team.h"
 #include "codecs/wmv9/coding_state.h"
 #include "codecs/wmv9/frame.h"
 #include "codecs/wmv9/intensity.h"
@@ -50,8 +51,9 @@ class Encoder::Impl {
           mode_decision_(preset_),
           trial_of_tools_(preset_),
           trial_of_b_(PresetOf(std::min(settings_.preset, kTrialPreset))),
-          coder_(width_, height_, settings_.threads),
-          lookahead_(settings_.width, settings_.height, preset_.lookahead_rounds),
+          team_(settings_.threads),
+          coder_(width_, height_, team_),
+          lookahead_(settings_.width, settings_.height, preset_.lookahead_rounds, team_),
           quantisers_(width_, height_),
           source_(width_, height_),
           b_frame_(width_, height_),
@@ -71,7 +73,7 @@ class Encoder::Impl {
 
     CodedPicture Recode(const PictureView& picture, const PictureRequest& request) {
         next_ = past_;
-        source_.Load(picture, settings_.width, settings_.height);
+        Look(picture, request);
         const PictureHeader header = HeaderFor(request);
         const CodedPicture coded = header.kind == PictureKind::kP ? CodeP(header) : Code(header);
         if (header.kind != PictureKind::kP || !request.may_be_i || !MostlyIntra()) return coded;
@@ -84,7 +86,7 @@ class Encoder::Impl {
     void Forget() { next_ = past_; }
 
     PictureView Reconstruction() {
-        if (unfiltered_) coder_.Filter(*unfiltered_);
+        if (unfiltered_) coder_.FilterB(*unfiltered_);
         unfiltered_.reset();
         return result_ == nullptr ? PictureView() : result_->View();
     }
@@ -214,16 +216,34 @@ class Encoder::Impl {
         return coded;
     }
 
+    // Loads the picture, and finds what its quantisers depend on.
+    void Look(const PictureView& picture, const PictureRequest& request) {
+        number_ = lookahead_.Has(request.number) ? request.number : -1;
+        const PictureKind kind = KindFor(request);
+        const bool has_worth = kind != PictureKind::kB && number_ >= 0;
+        worth_ = {};
+        team_.Run(2, [&](int task) {
+            if (task == 0) {
+                if (has_worth) worth_ = tree_.Worth(lookahead_, number_);
+                return;
+            }
+            source_.Load(picture, settings_.width, settings_.height);
+            if (kind != PictureKind::kI && sequence_.varying_quantiser)
+                quantisers_.Look(BestKernels(), source_, number_);
+        });
+    }
+
+    PictureKind KindFor(const PictureRequest& request) const {
+        if (past_.later < 0) return PictureKind::kI;
+        const bool lacks = past_.earlier < 0 || settings_.b_pictures == 0;
+        return request.kind == PictureKind::kB && lacks ? PictureKind::kP : request.kind;
+    }
+
     PictureHeader HeaderFor(const PictureRequest& request) {
         PictureHeader header;
-        header.kind = request.kind;
-        if (past_.later < 0)
-            header.kind = PictureKind::kI;
-        else if (header.IsB() && (past_.earlier < 0 || settings_.b_pictures == 0))
-            header.kind = PictureKind::kP;
+        header.kind = KindFor(request);
         header.b_pictures = std::clamp(request.b_pictures, 1, std::max(1, settings_.b_pictures));
         header.b_number = std::clamp(request.b_number, 1, header.b_pictures);
-        number_ = lookahead_.Has(request.number) ? request.number : -1;
         asked_ = SetQuantiser(header, request.quantiser);
         mean_quantiser_ = effective_ = asked_;
         ChooseQuantisers(header);
@@ -233,7 +253,7 @@ class Encoder::Impl {
         header.rounding = header.kind == PictureKind::kP ? 1 - past_.rounding : past_.rounding;
         UseTables(header);
         if (header.kind == PictureKind::kP && settings_.profile == Profile::Main && preset_.fades)
-            header.intensity = FindIntensity(BestKernels(), source_, Anchor(past_.later));
+            header.intensity = FindIntensity(BestKernels(), source_, Anchor(past_.later), team_);
         return header;
     }
 
@@ -249,17 +269,15 @@ class Encoder::Impl {
 
     // By what later pictures refer to, which is nothing of a B picture, and by what is seen.
     void ChooseQuantisers(PictureHeader& header) {
-        std::span<const float> worth;
-        if (!header.IsB() && number_ >= 0) worth = tree_.Worth(lookahead_, number_);
         if (header.IsI()) {
-            if (worth.empty()) return;
-            const double part = QuantiserPart(worth, preset_.worth_power);
+            if (worth_.empty()) return;
+            const double part = QuantiserPart(worth_, preset_.worth_power);
             mean_quantiser_ = SetQuantiser(header, asked_ * part);
             effective_ = mean_quantiser_ / part;
             return;
         }
         if (!sequence_.varying_quantiser) return;
-        quantisers_.Choose(BestKernels(), source_, number_, asked_, worth, preset_.worth_power);
+        quantisers_.Choose(asked_, worth_, preset_.worth_power);
         header.varying = true;
         header.half_step = false;
         header.quantiser = quantisers_.OfPicture();
@@ -302,18 +320,16 @@ class Encoder::Impl {
         if (!header.IsI() && !past_.later_is_i) picture.anchor = &grids_[Index(past_.later_grid)];
         const ModeDecision& own = mode_decision_;
         coder_.Analyse(picture, trial_ == nullptr ? own : *trial_);
-        ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
+        team_.Run(anchor ? 2 : 1, [&](int task) {
+            if (task == 1) return result.Extend();
+            ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
+        });
         const std::size_t level_bits = coder_.Write(picture);
         Remember(picture.header, place, grid, mapped);
         result_ = &result;
         grid_ = &picture.grid;
         unfiltered_.reset();
-        // Nothing refers to a B picture.
-        if (anchor)
-            coder_.Filter(picture);
-        else
-            unfiltered_.emplace(picture);
-        if (anchor) result.Extend();
+        if (!anchor) unfiltered_.emplace(picture);
 
         CodedPicture coded;
         coded.data = coder_.Bits().Bytes();
@@ -384,15 +400,17 @@ class Encoder::Impl {
     const TrialDecision trial_of_tools_;
     const TrialDecision trial_of_b_;
     const TrialDecision* trial_ = nullptr;  // under way
+    TaskTeam team_;
     PictureCoder coder_;
     Lookahead lookahead_;
     MacroblockTree tree_;
     QuantiserMap quantisers_;
     // Of the picture in hand.
-    int number_ = -1;            // in the look-ahead
-    double asked_ = 0;           // quantiser
-    double mean_quantiser_ = 0;  // of its macroblocks
-    double effective_ = 0;       // that had better been asked for to come to it
+    int number_ = -1;               // in the look-ahead
+    std::span<const float> worth_;  // of its macroblocks; empty = no later picture is known
+    double asked_ = 0;              // quantiser
+    double mean_quantiser_ = 0;     // of its macroblocks
+    double effective_ = 0;          // that had better been asked for to come to it
     Frame source_;
     Frame b_frame_;
     MacroblockGrid b_grid_;

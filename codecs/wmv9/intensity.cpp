@@ -94,11 +94,14 @@ std::int64_t Distance(const Plane& source, const Plane& reference, const Map& ma
 }  // namespace
 
 std::optional<Intensity> FindIntensity(const Kernels& kernels, const Frame& source,
-                                       const Frame& reference) {
+                                       const Frame& reference, TaskTeam& team) {
     constexpr double kLeastMean = 1;          // of a change worth a look, in samples
     constexpr double kLeastDeviation = 0.02;  // as a part
-    const Brightness now = Measure(kernels, source[0]);
-    const Brightness before = Measure(kernels, reference[0]);
+    Brightness now;
+    Brightness before;
+    team.Run(2, [&](int task) {
+        (task == 0 ? now : before) = Measure(kernels, task == 0 ? source[0] : reference[0]);
+    });
     if (before.deviation < 1) return std::nullopt;
     const double ratio = now.deviation / before.deviation;
     if (std::abs(now.mean - before.mean) < kLeastMean && std::abs(ratio - 1) < kLeastDeviation)
@@ -110,8 +113,12 @@ std::optional<Intensity> FindIntensity(const Kernels& kernels, const Frame& sour
                    kLeastShift, kLargestShift);
     const Intensity found{scale - 32, shift < 0 ? shift + 64 : shift};
     if (found == Intensity()) return std::nullopt;
-    const std::int64_t plain = Distance(source[0], reference[0], LumaMap(Intensity()));
-    const std::int64_t mapped = Distance(source[0], reference[0], LumaMap(found));
+    std::int64_t plain = 0;
+    std::int64_t mapped = 0;
+    team.Run(2, [&](int task) {
+        (task == 0 ? plain : mapped) =
+            Distance(source[0], reference[0], LumaMap(task == 0 ? Intensity() : found));
+    });
     if (static_cast<double>(mapped) > kClearly * static_cast<double>(plain)) return std::nullopt;
     return found;
 }

@@ -3,15 +3,17 @@
 
 #include <optional>
 
+#include "codecs/common/task_team.h"
 #include "codecs/wmv9/frame.h"
 #include "codecs/wmv9/kernels.h"
 #include "codecs/wmv9/picture.h"
 
 namespace codecs::wmv9 {
 
-/// The mapping that brings `reference` near `source`; none where it does not clearly help.
+/// The mapping that brings `reference` near `source`; none where it does not clearly help. The
+/// team does the work.
 std::optional<Intensity> FindIntensity(const Kernels& kernels, const Frame& source,
-                                       const Frame& reference);
+                                       const Frame& reference, TaskTeam& team);
 
 /// `reference` mapped, with its margins.
 void MapIntensity(const Intensity& intensity, const Frame& reference, Frame& mapped);

@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kBlock = 8;
 constexpr int kMargin = 16;
+constexpr int kAtOnce = 4;  // blocks of a row
 
 // Chosen by hand on the clips of bench/quality.
 constexpr std::uint32_t kMoveCost = 4;  // of a vector, in differences
@@ -33,7 +34,7 @@ const std::uint8_t* Lookahead::Small::At(int x, int y, std::ptrdiff_t stride) co
     return memory.data() + (y + kMargin) * stride + x + kMargin;
 }
 
-Lookahead::Lookahead(int width, int height, int rounds)
+Lookahead::Lookahead(int width, int height, int rounds, TaskTeam& team)
     : kernels_(BestKernels()),
       width_(width),
       height_(height),
@@ -41,7 +42,9 @@ Lookahead::Lookahead(int width, int height, int rounds)
       rows_(BlocksIn(height)),
       stride_(kBlock * columns_ + 2 * kMargin),
       rounds_(rounds),
-      to_later_(Index(columns_) * Index(rows_)) {
+      to_later_(Index(columns_) * Index(rows_)),
+      b_costs_(to_later_.size()),
+      wavefront_(team) {
     for (std::vector<Move>& moves : to_earlier_) moves.resize(to_later_.size());
 }
 
@@ -56,14 +59,17 @@ double Lookahead::Add(const PictureView& picture) {
     small.moves.resize(to_later_.size());
     small.saved.assign(to_later_.size(), 0);
     small.moving.clear();
-    Load(picture, small);
-    for (int row = 0; row < rows_; ++row)
-        for (int column = 0; column < columns_; ++column)
-            small.own[Place(column, row)] = OwnBlockCost(small, column, row);
+    const Small* const before = pictures_.empty() ? nullptr : &pictures_.back();
+    ForBlocks([&](int column, int row) {
+        if (column == 0) LoadRow(picture, small, row);
+        const std::size_t place = Place(column, row);
+        small.own[place] = OwnBlockCost(small, column, row);
+        if (before != nullptr)
+            small.moves[place] = FindMove(small, *before, column, row, small.moves);
+    });
     const auto own = std::accumulate(small.own.begin(), small.own.end(), std::int64_t{0});
-    const std::int64_t moved =
-        pictures_.empty() ? own : MovedCost(small, pictures_.back(), small.moves);
-    if (!pictures_.empty()) FindSavings(small);
+    const std::int64_t moved = before == nullptr ? own : MovedCost(small, small.moves);
+    if (before != nullptr) FindSavings(small);
     pictures_.push_back(std::move(small));
     return static_cast<double>(moved) / static_cast<double>(own);
 }
@@ -95,14 +101,24 @@ std::size_t Lookahead::Place(int column, int row) const {
     return Index(row) * Index(columns_) + Index(column);
 }
 
-void Lookahead::Load(const PictureView& picture, Small& small) const {
+template <typename Visit>
+void Lookahead::ForBlocks(Visit&& visit) {
+    const int steps = (columns_ + kAtOnce - 1) / kAtOnce;
+    wavefront_.Run(steps, rows_, [&](int step, int row) {
+        const int end = std::min(kAtOnce * (step + 1), columns_);
+        for (int column = kAtOnce * step; column < end; ++column) visit(column, row);
+    });
+}
+
+void Lookahead::LoadRow(const PictureView& picture, Small& small, int row) const {
     const int width = width_ / 2;
     const int height = height_ / 2;
     const auto row_at = [&](int y) { return small.memory.data() + (y + kMargin) * stride_; };
     const std::ptrdiff_t stride = picture.strides[0];
-    const std::uint8_t* a = picture.planes[0];
-    for (int y = 0; y < height; ++y, a += 2 * stride) {
+    const int end = std::min(kBlock * (row + 1), height);
+    for (int y = kBlock * row; y < end; ++y) {
         std::uint8_t* const out = row_at(y);
+        const std::uint8_t* const a = picture.planes[0] + 2 * y * stride;
         kernels_.halve(out + kMargin, a, a + stride, width);
         std::memset(out, out[kMargin], kMargin);
         std::memset(out + kMargin + width, out[kMargin + width - 1],
@@ -111,8 +127,10 @@ void Lookahead::Load(const PictureView& picture, Small& small) const {
     const auto copy = [&](int to, int from) {
         std::memcpy(row_at(to), row_at(from), static_cast<std::size_t>(stride_));
     };
-    for (int y = height; y < kBlock * rows_ + kMargin; ++y) copy(y, height - 1);
-    for (int y = -kMargin; y < 0; ++y) copy(y, 0);
+    if (row == 0)
+        for (int y = -kMargin; y < 0; ++y) copy(y, 0);
+    if (row + 1 == rows_)
+        for (int y = height; y < kBlock * rows_ + kMargin; ++y) copy(y, height - 1);
 }
 
 std::uint32_t Lookahead::OwnBlockCost(const Small& picture, int column, int row) const {
@@ -180,42 +198,37 @@ Lookahead::Move Lookahead::FindMove(const Small& picture, const Small& reference
     return best;
 }
 
-std::int64_t Lookahead::MovedCost(const Small& picture, const Small& reference,
-                                  std::vector<Move>& moves) const {
+void Lookahead::FindMoves(const Small& picture, const Small& reference, std::vector<Move>& moves) {
+    ForBlocks([&](int column, int row) {
+        moves[Place(column, row)] = FindMove(picture, reference, column, row, moves);
+    });
+}
+
+std::int64_t Lookahead::MovedCost(const Small& picture, const std::vector<Move>& moves) {
     std::int64_t cost = 0;
-    for (int row = 0; row < rows_; ++row) {
-        for (int column = 0; column < columns_; ++column) {
-            const Move move = FindMove(picture, reference, column, row, moves);
-            moves[Place(column, row)] = move;
-            cost += std::min(move.cost, picture.own[Place(column, row)]);
-        }
-    }
+    for (std::size_t n = 0; n < moves.size(); ++n) cost += std::min(moves[n].cost, picture.own[n]);
     return cost;
 }
 
 std::int64_t Lookahead::BCost(const Small& picture, const Small& earlier,
                               const std::vector<Move>& to_earlier, const Small& later) {
-    MovedCost(picture, later, to_later_);
-    std::int64_t cost = 0;
-    for (int row = 0; row < rows_; ++row) {
-        for (int column = 0; column < columns_; ++column) {
-            const Move& e = to_earlier[Place(column, row)];
-            const Move& l = to_later_[Place(column, row)];
-            alignas(64) std::uint8_t one[kBlock * kBlock];
-            alignas(64) std::uint8_t other[kBlock * kBlock];
-            std::ptrdiff_t one_stride = 0;
-            std::ptrdiff_t other_stride = 0;
-            const std::uint8_t* const a = Predict(earlier, e, column, row, one, one_stride);
-            const std::uint8_t* const b = Predict(later, l, column, row, other, other_stride);
-            kernels_.average(one, kBlock, a, one_stride, b, other_stride, kBlock, kBlock);
-            const std::uint32_t both =
-                kernels_.sad(picture.At(kBlock * column, kBlock * row, stride_), stride_, one,
-                             kBlock, kBlock, kBlock) +
-                kMoveCost;
-            cost += std::min({e.cost, l.cost, both, picture.own[Place(column, row)]});
-        }
-    }
-    return cost;
+    ForBlocks([&](int column, int row) {
+        const std::size_t place = Place(column, row);
+        const Move& e = to_earlier[place];
+        const Move& l = to_later_[place] = FindMove(picture, later, column, row, to_later_);
+        alignas(64) std::uint8_t one[kBlock * kBlock];
+        alignas(64) std::uint8_t other[kBlock * kBlock];
+        std::ptrdiff_t one_stride = 0;
+        std::ptrdiff_t other_stride = 0;
+        const std::uint8_t* const a = Predict(earlier, e, column, row, one, one_stride);
+        const std::uint8_t* const b = Predict(later, l, column, row, other, other_stride);
+        kernels_.average(one, kBlock, a, one_stride, b, other_stride, kBlock, kBlock);
+        const std::uint32_t both = kernels_.sad(picture.At(kBlock * column, kBlock * row, stride_),
+                                                stride_, one, kBlock, kBlock, kBlock) +
+                                   kMoveCost;
+        b_costs_[place] = std::min({e.cost, l.cost, both, picture.own[place]});
+    });
+    return std::accumulate(b_costs_.begin(), b_costs_.end(), std::int64_t{0});
 }
 
 int Lookahead::Choose(int before, int first, int count) {
@@ -226,14 +239,11 @@ int Lookahead::Choose(int before, int first, int count) {
         const Small& picture = At(first + i);
         // What was dropped leaves gaps.
         const bool follows = i > 0 || before == first - 1;
-        std::int64_t moved = 0;
-        std::int64_t own = 0;
-        if (!follows) moved = MovedCost(picture, At(before), to_earlier_[Index(i)]);
+        if (!follows) FindMoves(picture, At(before), to_earlier_[Index(i)]);
         if (follows && i == 0) to_earlier_[0] = picture.moves;
-        for (std::size_t n = 0; n < picture.own.size(); ++n) {
-            own += picture.own[n];
-            if (follows) moved += std::min(picture.moves[n].cost, picture.own[n]);
-        }
+        const auto own = std::accumulate(picture.own.begin(), picture.own.end(), std::int64_t{0});
+        const std::int64_t moved =
+            MovedCost(picture, follows ? picture.moves : to_earlier_[Index(i)]);
         if (i == 0) first_cost = moved;
         if (static_cast<double>(moved) > (1 - kScenePart) * static_cast<double>(own))
             most = std::max(0, i - 1);
@@ -243,8 +253,8 @@ int Lookahead::Choose(int before, int first, int count) {
     auto least = static_cast<double>(first_cost);
     for (int b_pictures = 1; b_pictures <= most; ++b_pictures) {
         const Small& anchor = At(first + b_pictures);
-        auto cost =
-            static_cast<double>(MovedCost(anchor, At(before), to_earlier_[Index(b_pictures)]));
+        FindMoves(anchor, At(before), to_earlier_[Index(b_pictures)]);
+        auto cost = static_cast<double>(MovedCost(anchor, to_earlier_[Index(b_pictures)]));
         for (int i = 0; i < b_pictures; ++i)
             cost += kBCostPart * static_cast<double>(BCost(At(first + i), At(before),
                                                            to_earlier_[Index(i)], anchor));

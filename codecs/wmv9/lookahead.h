@@ -6,6 +6,8 @@
 #include <deque>
 #include <vector>
 
+#include "codecs/common/task_team.h"
+#include "codecs/common/wavefront.h"
 #include "codecs/wmv9/b_fractions.h"
 #include "codecs/wmv9/encoder.h"
 #include "codecs/wmv9/kernels.h"
@@ -24,7 +26,8 @@ class Lookahead {
 
     /// @param width, height  of the pictures, in samples of luma
     /// @param rounds         of the motion search; 0 = nothing is taken to move
-    Lookahead(int width, int height, int rounds);
+    /// @param team           does the work of each call
+    Lookahead(int width, int height, int rounds, TaskTeam& team);
 
     /// The next picture. Returns how much of it is new beside the one before it: 0 = nothing, 1 =
     /// all of it.
@@ -65,9 +68,12 @@ class Lookahead {
 
     const Small& At(int number) const;
     static void FindSavings(Small& small);
-    void Load(const PictureView& picture, Small& small) const;
-    std::int64_t MovedCost(const Small& picture, const Small& reference,
-                           std::vector<Move>& moves) const;
+    template <typename Visit>
+    void ForBlocks(Visit&& visit);
+    /// What stands in a row of blocks, and the margin that follows from it.
+    void LoadRow(const PictureView& picture, Small& small, int row) const;
+    void FindMoves(const Small& picture, const Small& reference, std::vector<Move>& moves);
+    static std::int64_t MovedCost(const Small& picture, const std::vector<Move>& moves);
     std::int64_t BCost(const Small& picture, const Small& earlier,
                        const std::vector<Move>& to_earlier, const Small& later);
     /// Where the prediction stands: in the reference, or in `room` of 8x8.
@@ -93,6 +99,8 @@ class Lookahead {
     // Of those that may become B pictures, and of the P picture after them, to the one before them.
     std::array<std::vector<Move>, kMostBPictures + 1> to_earlier_;
     std::vector<Move> to_later_;
+    std::vector<std::uint32_t> b_costs_;  // of blocks
+    Wavefront wavefront_;
 };
 
 }  // namespace codecs::wmv9

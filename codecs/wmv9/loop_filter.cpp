@@ -30,75 +30,61 @@ LoopFilter::LoopFilter(int width, int height)
     segments_.resize(4 * Index(std::max(width, 1)));
 }
 
-void LoopFilter::Run(const Picture& picture) {
-    if (picture.header.kind != PictureKind::kP) {
-        for (int plane = 0; plane < 3; ++plane) FilterAll(picture, plane);
-        return;
+void LoopFilter::FilterRow(const Picture& picture, int y) {
+    if (picture.header.kind == PictureKind::kP) {
+        FindBusy(picture.grid, y);
+        Gather(picture, y);
     }
-    FindBusy(picture.grid);
-    Gather(picture);
-    for (int plane = 0; plane < 3; ++plane) FilterSome(picture, plane);
+    for (int plane = 0; plane < 3; ++plane) {
+        const int rows = plane == 0 ? 2 : 1;
+        const int first = rows * y;
+        const int end = first + rows;
+        for (int row = std::max(first, 1); row < end; ++row) FilterAbove(picture, plane, row);
+        // Vertical edges come after the horizontal ones that bound their row.
+        const int whole = y + 1 == picture.Height() ? end : end - 1;
+        for (int row = std::max(first - 1, 0); row < whole; ++row)
+            FilterWithin(picture, plane, row);
+    }
 }
 
-void LoopFilter::FindBusy(const MacroblockGrid& grid) {
+void LoopFilter::FindBusy(const MacroblockGrid& grid, int y) {
     const auto plain = [](const Macroblock& m) { return !m.intra && !m.four_mv && m.coded == 0; };
     const auto alike = [&](const Macroblock& a, const Macroblock& b) {
         return plain(b) && a.vectors[0] == b.vectors[0];
     };
-    std::size_t place = 0;
-    for (int y = 0; y < grid.Height(); ++y) {
-        std::uint8_t any = 0;
-        for (int x = 0; x < width_; ++x) {
-            const Macroblock& macroblock = grid.At(x, y);
-            const bool quiet = plain(macroblock) &&
-                               (x == 0 || alike(macroblock, grid.At(x - 1, y))) &&
-                               (y == 0 || alike(macroblock, grid.At(x, y - 1)));
-            any |= busy_[place++] = quiet ? 0 : 1;
-        }
-        busy_rows_[Index(y)] = any;
+    std::uint8_t any = 0;
+    for (int x = 0; x < width_; ++x) {
+        const Macroblock& macroblock = grid.At(x, y);
+        const bool quiet = plain(macroblock) && (x == 0 || alike(macroblock, grid.At(x - 1, y))) &&
+                           (y == 0 || alike(macroblock, grid.At(x, y - 1)));
+        any |= busy_[Index(y) * Index(width_) + Index(x)] = quiet ? 0 : 1;
     }
+    busy_rows_[Index(y)] = any;
 }
 
-void LoopFilter::Gather(const Picture& picture) {
-    for (int y = 0; y < picture.Height(); ++y) {
-        for (int x = 0; x < picture.Width(); ++x) {
-            const Macroblock& macroblock = picture.grid.At(x, y);
-            const MotionVector chroma =
-                macroblock.intra ? MotionVector() : ChromaVector(CombinedVector(macroblock));
-            for (int n = 0; n < kBlocks; ++n) {
-                const auto index = Index(n);
-                BlockState state;
-                state.intra = macroblock.intra;
-                state.vector = n < 4 ? macroblock.vectors[index] : chroma;
-                if (!macroblock.intra && macroblock.IsCoded(n)) {
-                    const Shape shape = macroblock.shapes[index];
-                    state.quarters =
-                        static_cast<std::uint8_t>(CodedQuarters(shape, macroblock.parts[index]));
-                    state.rows = shape == Shape::Wide8x4 || shape == Shape::Small4x4;
-                    state.columns = shape == Shape::Tall4x8 || shape == Shape::Small4x4;
-                }
-                if (n < 4)
-                    planes_[0].At(2 * x + (n & 1), 2 * y + (n >> 1)) = state;
-                else
-                    planes_[n - 3].At(x, y) = state;
+void LoopFilter::Gather(const Picture& picture, int y) {
+    for (int x = 0; x < picture.Width(); ++x) {
+        const Macroblock& macroblock = picture.grid.At(x, y);
+        const MotionVector chroma =
+            macroblock.intra ? MotionVector() : ChromaVector(CombinedVector(macroblock));
+        for (int n = 0; n < kBlocks; ++n) {
+            const auto index = Index(n);
+            BlockState state;
+            state.intra = macroblock.intra;
+            state.vector = n < 4 ? macroblock.vectors[index] : chroma;
+            if (!macroblock.intra && macroblock.IsCoded(n)) {
+                const Shape shape = macroblock.shapes[index];
+                state.quarters =
+                    static_cast<std::uint8_t>(CodedQuarters(shape, macroblock.parts[index]));
+                state.rows = shape == Shape::Wide8x4 || shape == Shape::Small4x4;
+                state.columns = shape == Shape::Tall4x8 || shape == Shape::Small4x4;
             }
+            if (n < 4)
+                planes_[0].At(2 * x + (n & 1), 2 * y + (n >> 1)) = state;
+            else
+                planes_[n - 3].At(x, y) = state;
         }
     }
-}
-
-// Every edge between blocks, and none inside.
-void LoopFilter::FilterAll(const Picture& picture, int plane) {
-    const Plane& samples = picture.result[plane];
-    const PlaneState& state = planes_[plane];
-    const int quantiser = picture.header.quantiser;
-    std::fill(segments_.begin(), segments_.end(), std::uint8_t{1});
-    for (int y = 1; y < state.height; ++y)
-        picture.kernels.filter_horizontal(samples.At(0, 8 * y), samples.stride, segments_.data(),
-                                          2 * state.width, quantiser);
-    for (int y = 0; y < state.height; ++y)
-        for (int x = 1; x < state.width; ++x)
-            picture.kernels.filter_vertical(samples.At(8 * x, 8 * y), samples.stride,
-                                            segments_.data(), 2, quantiser);
 }
 
 // The segments of the edge above a row of blocks; false when there is none to filter.
@@ -128,44 +114,57 @@ bool LoopFilter::InsideRows(const PlaneState& state, int y) {
     return any != 0;
 }
 
-void LoopFilter::FilterSome(const Picture& picture, int plane) {
+// The edge above a row of blocks. But for P pictures, all edges between blocks are filtered, and
+// none inside.
+void LoopFilter::FilterAbove(const Picture& picture, int plane, int y) {
+    const PlaneState& state = planes_[plane];
+    if (picture.header.kind == PictureKind::kP) {
+        if (!RowIsBusy(plane, y) || !BelowEdge(state, y)) return;
+    } else {
+        std::fill(segments_.begin(), segments_.end(), std::uint8_t{1});
+    }
+    const Plane& samples = picture.result[plane];
+    picture.kernels.filter_horizontal(samples.At(0, 8 * y), samples.stride, segments_.data(),
+                                      2 * state.width, picture.header.quantiser);
+}
+
+// All other edges of a row of blocks.
+void LoopFilter::FilterWithin(const Picture& picture, int plane, int y) {
     const Plane& samples = picture.result[plane];
     const PlaneState& state = planes_[plane];
     const Kernels& kernels = picture.kernels;
     const int quantiser = picture.header.quantiser;
-    const auto row_is_busy = [&](int y) { return busy_rows_[Index(InMacroblocks(plane, y))] != 0; };
-    for (int y = 1; y < state.height; ++y)
-        if (row_is_busy(y) && BelowEdge(state, y))
-            kernels.filter_horizontal(samples.At(0, 8 * y), samples.stride, segments_.data(),
-                                      2 * state.width, quantiser);
-    for (int y = 0; y < state.height; ++y)
-        if (row_is_busy(y) && InsideRows(state, y))
-            kernels.filter_horizontal(samples.At(0, 8 * y + 4), samples.stride, segments_.data(),
-                                      2 * state.width, quantiser);
-    for (int y = 0; y < state.height; ++y) {
-        if (!row_is_busy(y)) continue;
-        const std::uint8_t* const busy = &busy_[Index(InMacroblocks(plane, y)) * Index(width_)];
-        for (int x = 1; x < state.width; ++x) {
-            if (busy[InMacroblocks(plane, x)] == 0) continue;
-            const BlockState& left = state.At(x - 1, y);
-            const BlockState& right = state.At(x, y);
-            const bool both = left.intra || right.intra || !(left.vector == right.vector);
-            const std::uint8_t segments[2] = {
-                both || Any(left.quarters, kTopRight) || Any(right.quarters, kTopLeft),
-                both || Any(left.quarters, kBottomRight) || Any(right.quarters, kBottomLeft)};
-            if ((segments[0] | segments[1]) != 0)
-                kernels.filter_vertical(samples.At(8 * x, 8 * y), samples.stride, segments, 2,
-                                        quantiser);
-        }
-        // An edge inside a block reads the samples of the edges on its both sides.
-        for (int x = 0; x < state.width; ++x) {
-            const BlockState& block = state.At(x, y);
-            if (!block.columns) continue;
-            const std::uint8_t segments[2] = {Any(block.quarters, kTopLeft | kTopRight),
-                                              Any(block.quarters, kBottomLeft | kBottomRight)};
-            kernels.filter_vertical(samples.At(8 * x + 4, 8 * y), samples.stride, segments, 2,
+    if (picture.header.kind != PictureKind::kP) {
+        constexpr std::uint8_t kAll[2] = {1, 1};
+        for (int x = 1; x < state.width; ++x)
+            kernels.filter_vertical(samples.At(8 * x, 8 * y), samples.stride, kAll, 2, quantiser);
+        return;
+    }
+    if (!RowIsBusy(plane, y)) return;
+    if (InsideRows(state, y))
+        kernels.filter_horizontal(samples.At(0, 8 * y + 4), samples.stride, segments_.data(),
+                                  2 * state.width, quantiser);
+    const std::uint8_t* const busy = &busy_[Index(InMacroblocks(plane, y)) * Index(width_)];
+    for (int x = 1; x < state.width; ++x) {
+        if (busy[InMacroblocks(plane, x)] == 0) continue;
+        const BlockState& left = state.At(x - 1, y);
+        const BlockState& right = state.At(x, y);
+        const bool both = left.intra || right.intra || !(left.vector == right.vector);
+        const std::uint8_t segments[2] = {
+            both || Any(left.quarters, kTopRight) || Any(right.quarters, kTopLeft),
+            both || Any(left.quarters, kBottomRight) || Any(right.quarters, kBottomLeft)};
+        if ((segments[0] | segments[1]) != 0)
+            kernels.filter_vertical(samples.At(8 * x, 8 * y), samples.stride, segments, 2,
                                     quantiser);
-        }
+    }
+    // An edge inside a block reads the samples of the edges on its both sides.
+    for (int x = 0; x < state.width; ++x) {
+        const BlockState& block = state.At(x, y);
+        if (!block.columns) continue;
+        const std::uint8_t segments[2] = {Any(block.quarters, kTopLeft | kTopRight),
+                                          Any(block.quarters, kBottomLeft | kBottomRight)};
+        kernels.filter_vertical(samples.At(8 * x + 4, 8 * y), samples.stride, segments, 2,
+                                quantiser);
     }
 }
 

@@ -15,8 +15,10 @@ class LoopFilter {
     /// In macroblocks.
     LoopFilter(int width, int height);
 
-    /// The result of `picture`, once all its macroblocks are reconstructed.
-    void Run(const Picture& picture);
+    /// What a row of macroblocks completes of the result of `picture`, once it is reconstructed:
+    /// the last block above an edge is filtered with the row below. To be called for each row, from
+    /// the top.
+    void FilterRow(const Picture& picture, int y);
 
   private:
     // Of a block of 8x8 samples: what its edges are filtered by.
@@ -37,12 +39,16 @@ class LoopFilter {
         BlockState& At(int x, int y) { return blocks[Index(y) * Index(width) + Index(x)]; }
     };
 
-    void Gather(const Picture& picture);
-    void FilterAll(const Picture& picture, int plane);
-    void FilterSome(const Picture& picture, int plane);
+    void Gather(const Picture& picture, int y);
+    // Rows of blocks of a plane.
+    void FilterAbove(const Picture& picture, int plane, int y);
+    void FilterWithin(const Picture& picture, int plane, int y);
     bool BelowEdge(const PlaneState& state, int y);
     bool InsideRows(const PlaneState& state, int y);
-    void FindBusy(const MacroblockGrid& grid);
+    void FindBusy(const MacroblockGrid& grid, int y);
+    bool RowIsBusy(int plane, int y) const {
+        return busy_rows_[Index(InMacroblocks(plane, y))] != 0;
+    }
     // The place of a plane's block among macroblocks.
     static int InMacroblocks(int plane, int block) { return plane == 0 ? block / 2 : block; }
 

@@ -1,8 +1,5 @@
 #include "codecs/wmv9/macroblock_tree.h"
 
-#include <algorithm>
-#include <utility>
-
 #include "codecs/common/index.h"
 
 namespace codecs::wmv9 {
@@ -14,20 +11,21 @@ constexpr int kBlock = 8;
 
 // To the picture before it.
 void MacroblockTree::Propagate(const Lookahead& lookahead, int number) {
+    const std::vector<float>& carried = carried_[Index(end_ - 1 - number)];
+    std::vector<float>& to = carried_[Index(end_ - number)];
     const int columns = lookahead.Columns();
     const int rows = lookahead.Rows();
     const std::vector<Lookahead::Move>& moves = lookahead.Moves(number);
     const std::vector<std::uint32_t>& own = lookahead.OwnCosts(number);
     const std::vector<float>& still = lookahead.SavedByStill(number);
     const auto cost = [&](std::size_t place) {
-        return carried_[place] + static_cast<float>(static_cast<std::int32_t>(own[place]));
+        return carried[place] + static_cast<float>(static_cast<std::int32_t>(own[place]));
     };
-    to_.resize(own.size());
-    for (std::size_t place = 0; place < own.size(); ++place)
-        to_[place] = still[place] * cost(place);
+    to.resize(own.size());
+    for (std::size_t place = 0; place < own.size(); ++place) to[place] = still[place] * cost(place);
     const auto add = [&](int column, int row, float amount) {
         if (column < 0 || row < 0 || column >= columns || row >= rows) return;
-        to_[Index(row) * Index(columns) + Index(column)] += amount;
+        to[Index(row) * Index(columns) + Index(column)] += amount;
     };
     for (const auto& [place, part] : lookahead.SavedByMoving(number)) {
         // The block that predicts it lies over up to four.
@@ -44,16 +42,22 @@ void MacroblockTree::Propagate(const Lookahead& lookahead, int number) {
         if (y != 0) add(c, r + 1, unit * static_cast<float>((kBlock - x) * y));
         if (x != 0 && y != 0) add(c + 1, r + 1, unit * static_cast<float>(x * y));
     }
-    std::swap(carried_, to_);
 }
 
 std::span<const float> MacroblockTree::Worth(const Lookahead& lookahead, int number) {
     const std::vector<std::uint32_t>& own = lookahead.OwnCosts(number);
-    carried_.assign(own.size(), 0);
-    for (int later = lookahead.End() - 1; later > number; --later) Propagate(lookahead, later);
+    if (end_ != lookahead.End()) {
+        end_ = lookahead.End();
+        known_ = 1;
+        if (carried_.empty()) carried_.emplace_back(own.size());
+    }
+    const int needed = end_ - number;
+    if (Index(needed) > carried_.size()) carried_.resize(Index(needed));
+    for (; known_ < needed; ++known_) Propagate(lookahead, end_ - known_);
+    const std::vector<float>& carried = carried_[Index(needed - 1)];
     worth_.resize(own.size());
     for (std::size_t i = 0; i < own.size(); ++i)
-        worth_[i] = 1 + carried_[i] / static_cast<float>(own[i]);
+        worth_[i] = 1 + carried[i] / static_cast<float>(own[i]);
     return worth_;
 }
 

@@ -13,16 +13,19 @@ namespace codecs::wmv9 {
 /// depends on it.
 class MacroblockTree {
   public:
-    /// Of the picture, which `lookahead` has: for each macroblock in raster order, what depends on
-    /// it, itself counted, as a multiple of its own cost; 1 where no later picture refers to it.
-    /// Until the next call.
+    /// Of the picture, which `lookahead` has, always the same one: for each macroblock in raster
+    /// order, what depends on it, itself counted, as a multiple of its own cost; 1 where no later
+    /// picture refers to it. Until the next call.
     std::span<const float> Worth(const Lookahead& lookahead, int number);
 
   private:
     void Propagate(const Lookahead& lookahead, int number);
 
-    std::vector<float> carried_;  // by blocks of the picture that is propagated from ...
-    std::vector<float> to_;       // ... and of the one before it
+    // What later pictures carry to the blocks of each, from the last one back: those before stay as
+    // they are until another one comes.
+    std::vector<std::vector<float>> carried_;
+    int end_ = 0;    // number after the last one
+    int known_ = 0;  // of them
     std::vector<float> worth_;
 };
 

@@ -71,30 +71,46 @@ bool Overlap::IsIntra(const Picture& picture, int plane, int x, int y) const {
     return plane == 0 ? picture.grid.At(x >> 1, y >> 1).intra : picture.grid.At(x, y).intra;
 }
 
-void Overlap::Run(const Picture& picture) {
+void Overlap::SmoothRow(const Picture& picture, int y) {
     for (int plane = 0; plane < 3; ++plane) {
-        Surface& surface = planes_[plane];
-        const std::ptrdiff_t stride = std::ptrdiff_t{8} * surface.width;
-        for (int y = 0; y < surface.height; ++y)
-            for (int x = 1; x < surface.width; ++x)
-                if (IsIntra(picture, plane, x - 1, y) && IsIntra(picture, plane, x, y))
-                    for (int line = 0; line < 8; ++line)
-                        Smooth(surface.At(8 * x - 2, 8 * y + line), 1, line);
-        for (int y = 1; y < surface.height; ++y)
-            for (int x = 0; x < surface.width; ++x)
-                if (IsIntra(picture, plane, x, y - 1) && IsIntra(picture, plane, x, y))
-                    for (int line = 0; line < 8; ++line)
-                        Smooth(surface.At(8 * x + line, 8 * y - 2), stride, line);
-        const Plane& result = picture.result[plane];
-        for (int y = 0; y < surface.height; ++y) {
-            for (int x = 0; x < surface.width; ++x) {
-                if (!IsIntra(picture, plane, x, y)) continue;
-                Block block;
-                for (int row = 0; row < 8; ++row)
-                    std::copy_n(surface.At(8 * x, 8 * y + row), 8, &block[Index(8 * row)]);
-                picture.kernels.put(result.At(8 * x, 8 * y), result.stride, block.data(), kBias);
-            }
+        const int rows = plane == 0 ? 2 : 1;
+        const int first = rows * y;
+        const int end = first + rows;
+        for (int row = first; row < end; ++row) {
+            SmoothWithin(picture, plane, row);
+            if (row > 0) SmoothAbove(picture, plane, row);
         }
+        const int whole = y + 1 == picture.Height() ? end : end - 1;
+        for (int row = std::max(first - 1, 0); row < whole; ++row) Put(picture, plane, row);
+    }
+}
+
+void Overlap::SmoothWithin(const Picture& picture, int plane, int y) {
+    Surface& surface = planes_[plane];
+    for (int x = 1; x < surface.width; ++x)
+        if (IsIntra(picture, plane, x - 1, y) && IsIntra(picture, plane, x, y))
+            for (int line = 0; line < 8; ++line)
+                Smooth(surface.At(8 * x - 2, 8 * y + line), 1, line);
+}
+
+void Overlap::SmoothAbove(const Picture& picture, int plane, int y) {
+    Surface& surface = planes_[plane];
+    const std::ptrdiff_t stride = std::ptrdiff_t{8} * surface.width;
+    for (int x = 0; x < surface.width; ++x)
+        if (IsIntra(picture, plane, x, y - 1) && IsIntra(picture, plane, x, y))
+            for (int line = 0; line < 8; ++line)
+                Smooth(surface.At(8 * x + line, 8 * y - 2), stride, line);
+}
+
+void Overlap::Put(const Picture& picture, int plane, int y) {
+    Surface& surface = planes_[plane];
+    const Plane& result = picture.result[plane];
+    for (int x = 0; x < surface.width; ++x) {
+        if (!IsIntra(picture, plane, x, y)) continue;
+        Block block;
+        for (int row = 0; row < 8; ++row)
+            std::copy_n(surface.At(8 * x, 8 * y + row), 8, &block[Index(8 * row)]);
+        picture.kernels.put(result.At(8 * x, 8 * y), result.stride, block.data(), kBias);
     }
 }
 

@@ -17,8 +17,10 @@ class Overlap {
     Overlap(int width, int height);
 
     void Take(int x, int y, const Blocks& residual);
-    /// Writes all intra blocks to the picture's result.
-    void Run(const Picture& picture);
+    /// Smooths a row of macroblocks once all of it is taken, and writes the intra blocks that this
+    /// completes to the picture's result: the last blocks of a row are smoothed with the row below.
+    /// To be called for each row, from the top.
+    void SmoothRow(const Picture& picture, int y);
 
     /// Sharpens the edges of blocks of a source, so that smoothing gives back what was there.
     static void Sharpen(Frame& source);
@@ -33,6 +35,10 @@ class Overlap {
         }
     };
     bool IsIntra(const Picture& picture, int plane, int x, int y) const;
+    // Rows of blocks of a plane.
+    void SmoothWithin(const Picture& picture, int plane, int y);
+    void SmoothAbove(const Picture& picture, int plane, int y);
+    void Put(const Picture& picture, int plane, int y);
 
     Surface planes_[3];
 };

@@ -1,11 +1,15 @@
 #include "codecs/wmv9/picture_coder.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "codecs/common/index.h"
 
 namespace codecs::wmv9 {
 namespace {
+
+// Of the rows, when they are written: some hold far more than others.
+constexpr int kPartsOfThread = 3;
 
 // A macroblock's part of a plane, of so many samples across and down.
 template <int kSize>
@@ -17,17 +21,21 @@ void Put(const Plane& plane, int x, int y, const std::uint8_t* from) {
 
 }  // namespace
 
-PictureCoder::PictureCoder(int width, int height, int threads)
+PictureCoder::PictureCoder(int width, int height, TaskTeam& team)
     : rows_(Index(height)),
       planes_(width, height),
       filter_(width, height),
       overlap_(width, height),
-      wavefront_(threads) {}
+      team_(team),
+      wavefront_(team),
+      parts_(Index(std::min(team.Threads() == 1 ? 1 : kPartsOfThread * team.Threads(), height))) {}
 
 void PictureCoder::Analyse(Picture& picture, const ModeDecision& mode_decision) {
     const Estimates estimates(picture.header);
     for (RowOutput& row : rows_) row.Clear();
-    wavefront_.Run(picture.Width(), picture.Height(), [&](int x, int y) {
+    // The last place of a row stands for what is left to do when all its macroblocks are there.
+    wavefront_.Run(picture.Width() + 1, picture.Height(), [&](int x, int y) {
+        if (x == picture.Width()) return FinishRow(picture, y);
         if (!mode_decision.Decides(picture, y)) {
             if (x == 0) Leave(picture, y);
             return;
@@ -36,12 +44,11 @@ void PictureCoder::Analyse(Picture& picture, const ModeDecision& mode_decision) 
         mode_decision.Choose(picture, estimates, x, y, candidate);
         Commit(picture, candidate, x, y);
     });
-    if (picture.Overlaps() && !picture.header.IsB()) overlap_.Run(picture);
-    planes_.Take(picture.grid);
 }
 
-void PictureCoder::Filter(const Picture& picture) {
-    if (picture.sequence.loop_filter) filter_.Run(picture);
+void PictureCoder::FilterB(const Picture& picture) {
+    if (!picture.sequence.loop_filter) return;
+    for (int y = 0; y < picture.Height(); ++y) filter_.FilterRow(picture, y);
 }
 
 void PictureCoder::Commit(Picture& picture, const Candidate& candidate, int x, int y) {
@@ -71,6 +78,17 @@ void PictureCoder::Leave(Picture& picture, int y) {
     }
 }
 
+void PictureCoder::FinishRow(const Picture& picture, int y) {
+    planes_.TakeRow(picture.grid, y);
+    if (picture.header.IsB()) return;
+    const bool smooths = picture.Overlaps();
+    if (smooths) overlap_.SmoothRow(picture, y);
+    if (!picture.sequence.loop_filter) return;
+    // Smoothing leaves a row open until the next one is there.
+    if (smooths && y > 0) filter_.FilterRow(picture, y - 1);
+    if (!smooths || y + 1 == picture.Height()) filter_.FilterRow(picture, y);
+}
+
 TableCounts PictureCoder::Counts() const {
     TableCounts counts;
     for (const RowOutput& row : rows_) counts += row.Counts();
@@ -79,7 +97,7 @@ TableCounts PictureCoder::Counts() const {
 
 std::size_t PictureCoder::Write(const Picture& picture) {
     out_.Clear();
-    return WritePicture(out_, picture, planes_, rows_);
+    return WritePicture(out_, picture, planes_, rows_, parts_, team_);
 }
 
 }  // namespace codecs::wmv9

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "codecs/common/bit_writer.h"
+#include "codecs/common/task_team.h"
 #include "codecs/common/wavefront.h"
 #include "codecs/wmv9/loop_filter.h"
 #include "codecs/wmv9/mode_decision.h"
@@ -17,13 +18,14 @@ namespace codecs::wmv9 {
 /// Keeps what pictures of one size need; in macroblocks.
 class PictureCoder {
   public:
-    PictureCoder(int width, int height, int threads);
+    PictureCoder(int width, int height, TaskTeam& team);
 
-    /// Decides, transforms and reconstructs all macroblocks. Of a B picture, rows that are not
-    /// decided keep the samples that the result had.
+    /// Decides, transforms, reconstructs and filters all macroblocks. Of a B picture, rows that are
+    /// not decided keep the samples that the result had, and none is filtered.
     void Analyse(Picture& picture, const ModeDecision& mode_decision);
-    /// After Analyse: what the loop filter leaves of the result.
-    void Filter(const Picture& picture);
+    /// After Analyse of a B picture, to which nothing refers: what the loop filter leaves of the
+    /// result.
+    void FilterB(const Picture& picture);
     /// After Analyse.
     TableCounts Counts() const;
     const PicturePlanes& Planes() const { return planes_; }
@@ -35,12 +37,16 @@ class PictureCoder {
     void Commit(Picture& picture, const Candidate& candidate, int x, int y);
     // A row that is not decided.
     static void Leave(Picture& picture, int y);
+    // What is left to do when all macroblocks of a row are there.
+    void FinishRow(const Picture& picture, int y);
 
     std::vector<RowOutput> rows_;
     PicturePlanes planes_;
     LoopFilter filter_;
     Overlap overlap_;
+    TaskTeam& team_;
     Wavefront wavefront_;
+    std::vector<WrittenRows> parts_;
     BitWriter out_;
 };
 

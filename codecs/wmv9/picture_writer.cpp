@@ -114,6 +114,7 @@ class Writer {
     }
 
     std::size_t LevelBits() const { return level_bits_; }
+    AcWriter::Sizes WrittenSizes() const { return levels_.WrittenSizes(); }
 
   private:
     // PTYPE, BFRACTION.
@@ -307,14 +308,12 @@ class Writer {
 
 }  // namespace
 
-void PicturePlanes::Take(const MacroblockGrid& grid) {
-    for (int y = 0; y < grid.Height(); ++y) {
-        for (int x = 0; x < grid.Width(); ++x) {
-            const Macroblock& macroblock = grid.At(x, y);
-            four_mv.Set(x, y, macroblock.four_mv);
-            skipped.Set(x, y, macroblock.skipped);
-            direct.Set(x, y, !macroblock.intra && macroblock.direction == Direction::Direct);
-        }
+void PicturePlanes::TakeRow(const MacroblockGrid& grid, int y) {
+    for (int x = 0; x < grid.Width(); ++x) {
+        const Macroblock& macroblock = grid.At(x, y);
+        four_mv.Set(x, y, macroblock.four_mv);
+        skipped.Set(x, y, macroblock.skipped);
+        direct.Set(x, y, !macroblock.intra && macroblock.direction == Direction::Direct);
     }
 }
 
@@ -340,15 +339,43 @@ void ChooseTables(PictureHeader& header, const TableCounts& counts, const Pictur
 }
 
 std::size_t WritePicture(BitWriter& out, const Picture& picture, const PicturePlanes& planes,
-                         std::span<const RowOutput> rows) {
+                         std::span<const RowOutput> rows, std::span<WrittenRows> parts,
+                         TaskTeam& team) {
     int largest_level = 0;
     for (const RowOutput& row : rows)
         largest_level = std::max(largest_level, row.Counts().largest_level);
+    team.Run(static_cast<int>(parts.size()), [&](int n) {
+        WrittenRows& part = parts[Index(n)];
+        part.bits.Clear();
+        Writer writer(part.bits, picture, largest_level);
+        const std::size_t end = (Index(n) + 1) * rows.size() / parts.size();
+        for (std::size_t y = Index(n) * rows.size() / parts.size(); y < end; ++y)
+            writer.Row(static_cast<int>(y), rows[y]);
+        part.sizes = writer.WrittenSizes();
+        part.level_bits = writer.LevelBits();
+    });
     Writer writer(out, picture, largest_level);
     writer.Header(planes);
-    for (std::size_t y = 0; y < rows.size(); ++y) writer.Row(static_cast<int>(y), rows[y]);
+    std::size_t level_bits = 0;
+    bool has_sizes = false;
+    for (WrittenRows& part : parts) {
+        const std::size_t size = part.bits.Size();
+        part.bits.Align();
+        const auto copy = [&](std::size_t from, std::size_t end) {
+            out.Put(part.bits.Bytes(), static_cast<int>(from), static_cast<int>(end - from));
+        };
+        level_bits += part.level_bits;
+        if (has_sizes) {
+            copy(0, part.sizes.from);
+            copy(part.sizes.from + part.sizes.count, size);
+            level_bits -= part.sizes.count;
+        } else {
+            copy(0, size);
+            has_sizes = part.sizes.count > 0;
+        }
+    }
     writer.End();
-    return writer.LevelBits();
+    return level_bits;
 }
 
 }  // namespace codecs::wmv9

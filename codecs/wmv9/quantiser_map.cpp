@@ -51,11 +51,15 @@ void QuantiserMap::Measure(const Kernels& kernels, const Frame& source,
     for (double& one : activity) one -= mean;
 }
 
-void QuantiserMap::Choose(const Kernels& kernels, const Frame& source, int number, double quantiser,
-                          std::span<const float> worth, double power) {
-    Activity& activity = activities_[Index(std::max(number, 0)) % activities_.size()];
+void QuantiserMap::Look(const Kernels& kernels, const Frame& source, int number) {
+    current_ = Index(std::max(number, 0)) % activities_.size();
+    Activity& activity = activities_[current_];
     if (number < 0 || activity.number != number) Measure(kernels, source, activity.values);
     activity.number = number;
+}
+
+void QuantiserMap::Choose(double quantiser, std::span<const float> worth, double power) {
+    const std::vector<double>& activity = activities_[current_].values;
     const double mean = worth.empty() ? 0 : MeanLogPart(worth, power);
     std::array<int, kCoarsest + 1> counts{};
     for (std::size_t i = 0; i < quantisers_.size(); ++i) {
@@ -65,7 +69,7 @@ void QuantiserMap::Choose(const Kernels& kernels, const Frame& source, int numbe
         const double due = quantiser * part;
         const double step = kMasked + kMaskedPart * due;
         const double wanted =
-            due + std::min(step * std::max(activity.values[i], -kMostBelow), kMostAbove * due);
+            due + std::min(step * std::max(activity[i], -kMostBelow), kMostAbove * due);
         const int whole = std::clamp(static_cast<int>(std::lround(wanted)), 1, kCoarsest);
         quantisers_[i] = static_cast<std::uint8_t>(whole);
         ++counts[Index(whole)];

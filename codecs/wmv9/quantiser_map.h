@@ -26,12 +26,14 @@ class QuantiserMap {
         quantisers_.resize(Index(width) * Index(height));
     }
 
-    /// @param number     of the picture, -1 = unknown: what is seen of the last few is kept
+    /// @param number  of the picture that quantisers are to be chosen for, -1 = unknown: what is
+    ///                seen of the last few is kept
+    void Look(const Kernels& kernels, const Frame& source, int number);
+    /// After Look, as often as is wanted.
     /// @param quantiser  asked for, 1 to 31
     /// @param worth      of macroblocks in raster order; empty = all alike
     /// @param power      see QuantiserPart
-    void Choose(const Kernels& kernels, const Frame& source, int number, double quantiser,
-                std::span<const float> worth, double power);
+    void Choose(double quantiser, std::span<const float> worth, double power);
     int At(int x, int y) const { return quantisers_[Index(y) * Index(width_) + Index(x)]; }
     /// The picture's own, beside which the macroblocks' take the fewest bits.
     int OfPicture() const { return of_picture_; }
@@ -54,6 +56,7 @@ class QuantiserMap {
     std::vector<std::uint8_t> quantisers_;
     // Trials code the next pictures again and again.
     std::array<Activity, 8> activities_;
+    std::size_t current_ = 0;
 };
 
 }  // namespace codecs::wmv9

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "codecs/common/index.h"
+#include "codecs/common/task_team.h"
 #include "codecs/wmv9/intensity.h"
 #include "codecs/wmv9/picture_coder.h"
 #include "conformance/wmv9/random.h"
@@ -63,7 +64,7 @@ class RandomStream::Impl {
           sequence_(RandomSequence(random_)),
           width_(MacroblocksIn(settings.width)),
           height_(MacroblocksIn(settings.height)),
-          coder_(width_, height_, 1),
+          coder_(width_, height_, team_),
           source_(width_, height_),
           b_frame_(width_, height_),
           mapped_(width_, height_),
@@ -156,7 +157,7 @@ class RandomStream::Impl {
         }
         if (!header.IsI() && !later_is_i_) picture.anchor = &grids_[Index(later_grid_)];
         coder_.Analyse(picture, RandomModeDecision(random_.Next()));
-        coder_.Filter(picture);
+        if (header.IsB()) coder_.FilterB(picture);
         coder_.Write(picture);
         if (!anchor) return result;
         result.Extend();
@@ -174,6 +175,7 @@ class RandomStream::Impl {
     const codecs::wmv9::SequenceHeader sequence_;
     const int width_;  // macroblocks
     const int height_;
+    codecs::TaskTeam team_{2};
     PictureCoder coder_;
     Frame source_;
     Frame b_frame_;

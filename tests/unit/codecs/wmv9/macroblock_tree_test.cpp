@@ -44,7 +44,8 @@ class Worth : public testing::Test {
         return tree_.Worth(lookahead_, number)[static_cast<std::size_t>(kMacroblocks + column)];
     }
 
-    Lookahead lookahead_{kSize, kSize, 8};
+    codecs::TaskTeam team_{1};
+    Lookahead lookahead_{kSize, kSize, 8, team_};
     MacroblockTree tree_;
 };
 
