@@ -118,7 +118,7 @@ void Lookahead::LoadRow(const PictureView& picture, Small& small, int row) const
     const int end = std::min(kBlock * (row + 1), height);
     for (int y = kBlock * row; y < end; ++y) {
         std::uint8_t* const out = row_at(y);
-        const std::uint8_t* const a = picture.planes[0] + 2 * y * stride;
+        const std::uint8_t* const a = picture.planes[0] + std::ptrdiff_t{2} * y * stride;
         kernels_.halve(out + kMargin, a, a + stride, width);
         std::memset(out, out[kMargin], kMargin);
         std::memset(out + kMargin + width, out[kMargin + width - 1],
