@@ -44,6 +44,14 @@ struct alignas(64) Samples {
 /// Rows of 8.
 struct alignas(64) Block : std::array<std::int16_t, 64> {};
 constexpr Block kNoLevels{};
+
+/// Of a transform, in squared eighths.
+inline std::int64_t EnergyOf(const Block& coefficients) {
+    std::int32_t energy = 0;  // two to the 28th at most
+    for (const std::int16_t c : coefficients) energy += c * c;
+    return energy;
+}
+
 struct Blocks {
     std::array<Block, kBlocks> values;
     Block& operator[](int n) { return values[Index(n)]; }

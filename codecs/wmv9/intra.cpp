@@ -1,5 +1,6 @@
 #include "codecs/wmv9/intra.h"
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -55,6 +56,8 @@ class IntraCoder {
             Block samples;
             Differences(n, bias, samples);
             picture_.kernels.forward(Shape::Whole8x8, coefficients_[n].data(), samples.data());
+            const std::int64_t dc = coefficients_[n][0];
+            energies_[Index(n)] = EnergyOf(coefficients_[n]) - dc * dc;
         }
     }
 
@@ -91,6 +94,9 @@ class IntraCoder {
         candidate_.bits = coded.bits;
         candidate_.error = coded.error;
     }
+
+    // Whether what was coded with predicted levels differs from what is coded without.
+    bool Predicts() const { return picture_.header.IsI() || predicts_; }
 
     void Reconstruct() {
         const int bias = Bias();
@@ -159,20 +165,27 @@ class IntraCoder {
         return {};
     }
 
-    // Levels that are expected in the block's first row or column.
-    void Expect(const Offers& offers, Side side, Block& expected) const {
+    // Levels that are expected in the block's first row or column. Returns the error where no
+    // others are coded.
+    std::int64_t Expect(int n, const Offers& offers, Side side, Block& expected) {
         expected.fill(0);
+        std::int64_t error = energies_[Index(n)];
         const Offer& offer = side == Side::Left ? offers.left : offers.above;
-        if (side == Side::None || offer.edge == nullptr) return;
+        if (side == Side::None || offer.edge == nullptr) return error;
         const auto scale = [&](int level) {
             if (offer.quantiser == quantiser_.number) return level;
             return Rescaled(level, 2 * offer.quantiser - 1, 2 * quantiser_.number - 1);
         };
         for (std::size_t i = 0; i < 7; ++i) {
             const int level = side == Side::Left ? offer.edge->column[i] : offer.edge->row[i];
-            expected[side == Side::Left ? 8 * (i + 1) : i + 1] =
-                static_cast<std::int16_t>(scale(level));
+            if (level == 0) continue;
+            const std::size_t place = side == Side::Left ? 8 * (i + 1) : i + 1;
+            expected[place] = static_cast<std::int16_t>(scale(level));
+            predicts_ = predicts_ || expected[place] != 0;
+            const std::int64_t value = std::int64_t{expected[place]} * quantiser_.step * kEighths;
+            error += value * (value - 2 * std::int64_t{coefficients_[n][place]});
         }
+        return error;
     }
 
     void CodeBlock(int n, bool rd) {
@@ -186,7 +199,8 @@ class IntraCoder {
             candidate_.macroblock.from_above =
                 static_cast<std::uint8_t>(candidate_.macroblock.from_above | 1 << n);
         Block expected;
-        Expect(offers, predicted ? prediction.side : Side::None, expected);
+        const std::int64_t silent =
+            Expect(n, offers, predicted ? prediction.side : Side::None, expected);
         const AcCodes& codes = estimates_.Levels(true, n);
         // Without a choice by bits; levels are more often too large than too small. By
         // hand, on the clips of bench/quality.
@@ -203,7 +217,7 @@ class IntraCoder {
             rd ? ChooseLevels(block, quantiser_, codes) : CostOfLevels(block, quantiser_, codes);
         candidate_.macroblock.SetCoded(n, cost.any);
         candidate_.bits += cost.bits;
-        candidate_.error += SilentError(block, quantiser_) + cost.change;
+        candidate_.error += silent + cost.change;
         Keep(n, dc, expected);
     }
 
@@ -253,6 +267,8 @@ class IntraCoder {
     Candidate& candidate_;
     Blocks coefficients_;  // eighths
     Blocks whole_;         // levels as they are reconstructed; [0] means nothing
+    std::array<std::int64_t, kBlocks> energies_{};  // of AC coefficients
+    bool predicts_ = false;                         // levels that are not 0
 };
 
 }  // namespace
@@ -263,11 +279,14 @@ bool CodeIntra(const Picture& picture, const Estimates& estimates, const Quantis
     if (options.prediction != AcPrediction::Choose) {
         coder.Code(options.prediction == AcPrediction::On, options.rd);
     } else {
-        coder.Code(false, options.rd);
-        const IntraCoder::Coded plain = coder.Take();
         coder.Code(true, options.rd);
-        const std::int64_t lambda = quantiser.lambda;
-        if (candidate.RdCost(lambda) > plain.error + lambda * plain.bits) coder.Put(plain);
+        if (coder.Predicts()) {
+            const IntraCoder::Coded predicted = coder.Take();
+            coder.Code(false, options.rd);
+            const std::int64_t lambda = quantiser.lambda;
+            if (candidate.RdCost(lambda) >= predicted.error + lambda * predicted.bits)
+                coder.Put(predicted);
+        }
     }
     if (candidate.RdCost(quantiser.lambda) >= options.limit) return false;
     coder.Reconstruct();

@@ -184,12 +184,4 @@ LevelCost CostOfLevels(const TransformBlock& block, const Quantiser& quantiser,
     return cost;
 }
 
-std::int64_t SilentError(const TransformBlock& block, const Quantiser& quantiser) {
-    const int step = quantiser.step * kEighths;
-    std::int64_t error = 0;
-    for (const std::uint8_t at : block.scan.Places())
-        error += Square(block.coefficients[at] - Expected(block, at) * step);
-    return error;
-}
-
 }  // namespace codecs::wmv9

@@ -40,7 +40,4 @@ LevelCost ChooseLevels(const TransformBlock& block, const Quantiser& quantiser,
 LevelCost CostOfLevels(const TransformBlock& block, const Quantiser& quantiser,
                        const AcCodes& codes);
 
-/// The error of nothing transmitted.
-std::int64_t SilentError(const TransformBlock& block, const Quantiser& quantiser);
-
 }  // namespace codecs::wmv9

@@ -17,6 +17,11 @@ constexpr int kBottomRight = 1;
 
 bool Any(int quarters, int of) { return (quarters & of) != 0; }
 
+// Without edges inside.
+bool IsPlain(const Macroblock& macroblock) {
+    return !macroblock.intra && !macroblock.four_mv && macroblock.coded == 0;
+}
+
 }  // namespace
 
 LoopFilter::LoopFilter(int width, int height)
@@ -48,14 +53,14 @@ void LoopFilter::FilterRow(const Picture& picture, int y) {
 }
 
 void LoopFilter::FindBusy(const MacroblockGrid& grid, int y) {
-    const auto plain = [](const Macroblock& m) { return !m.intra && !m.four_mv && m.coded == 0; };
     const auto alike = [&](const Macroblock& a, const Macroblock& b) {
-        return plain(b) && a.vectors[0] == b.vectors[0];
+        return IsPlain(b) && a.vectors[0] == b.vectors[0];
     };
     std::uint8_t any = 0;
     for (int x = 0; x < width_; ++x) {
         const Macroblock& macroblock = grid.At(x, y);
-        const bool quiet = plain(macroblock) && (x == 0 || alike(macroblock, grid.At(x - 1, y))) &&
+        const bool quiet = IsPlain(macroblock) &&
+                           (x == 0 || alike(macroblock, grid.At(x - 1, y))) &&
                            (y == 0 || alike(macroblock, grid.At(x, y - 1)));
         any |= busy_[Index(y) * Index(width_) + Index(x)] = quiet ? 0 : 1;
     }
@@ -67,6 +72,14 @@ void LoopFilter::Gather(const Picture& picture, int y) {
         const Macroblock& macroblock = picture.grid.At(x, y);
         const MotionVector chroma =
             macroblock.intra ? MotionVector() : ChromaVector(CombinedVector(macroblock));
+        if (IsPlain(macroblock)) {
+            BlockState state;
+            state.vector = macroblock.vectors[0];
+            for (int n = 0; n < 4; ++n) planes_[0].At(2 * x + (n & 1), 2 * y + (n >> 1)) = state;
+            state.vector = chroma;
+            planes_[1].At(x, y) = planes_[2].At(x, y) = state;
+            continue;
+        }
         for (int n = 0; n < kBlocks; ++n) {
             const auto index = Index(n);
             BlockState state;

@@ -1,10 +1,13 @@
 // Decides how macroblocks are coded.
 #pragma once
 
+#include <array>
+
 #include "codecs/wmv9/candidate.h"
 #include "codecs/wmv9/estimates.h"
 #include "codecs/wmv9/motion_vectors.h"
 #include "codecs/wmv9/preset.h"
+#include "codecs/wmv9/quantiser.h"
 
 namespace codecs::wmv9 {
 
@@ -24,12 +27,14 @@ class ModeDecision {
 /// By bits and error, as hard as the preset says.
 class RdModeDecision final : public ModeDecision {
   public:
-    explicit RdModeDecision(const Preset& preset) : preset_(preset) {}
+    explicit RdModeDecision(const Preset& preset);
     void Choose(const Picture& picture, const Estimates& estimates, int x, int y,
                 Candidate& out) const override;
 
   private:
     const Preset& preset_;
+    // By number, and whether there is half a quantiser more.
+    std::array<std::array<Quantiser, 2>, 32> quantisers_;
 };
 
 /// Sets the vectors of a macroblock with one, the difference, and what names the predictor.

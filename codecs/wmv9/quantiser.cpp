@@ -1,5 +1,7 @@
 #include "codecs/wmv9/quantiser.h"
 
+#include <cmath>
+
 #include "codecs/common/index.h"
 #include "codecs/wmv9/tables.h"
 
@@ -9,9 +11,6 @@ namespace {
 // Chosen by hand on the clips of bench/quality, see docs/video9.md.
 constexpr double kLevelPart = 0.87;     // of what a bit is worth, one of levels
 constexpr double kSearchLambda = 0.36;  // of the step, what a bit is worth in absolute differences
-
-// Positive ones, in line: a quantiser is made for each macroblock.
-std::int64_t Rounded(double value) { return (static_cast<std::int64_t>(2 * value) + 1) / 2; }
 
 }  // namespace
 
@@ -23,9 +22,9 @@ Quantiser Quantiser::Make(int number, int step, double bit_worth) {
     const int step_eighths = step * kEighths;
     made.reciprocal = static_cast<std::uint32_t>(((1 << 16) + step_eighths - 1) / step_eighths);
     const double lambda = bit_worth * step * step * kErrorOfSquaredSample;
-    made.lambda = Rounded(lambda);
-    made.level_lambda = Rounded(kLevelPart * lambda);
-    made.search_lambda = static_cast<std::uint32_t>(Rounded(16 * kSearchLambda * step));
+    made.lambda = std::llround(lambda);
+    made.level_lambda = std::llround(kLevelPart * lambda);
+    made.search_lambda = static_cast<std::uint32_t>(std::lround(16 * kSearchLambda * step));
     return made;
 }
 

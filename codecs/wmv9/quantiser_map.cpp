@@ -22,16 +22,12 @@ constexpr double kSamples = 256;
 
 double LogPart(double worth, double power) { return power * std::log(kUsualWorth / worth); }
 
-double MeanLogPart(std::span<const float> worth, double power) {
-    double sum = 0;
-    for (const float one : worth) sum += LogPart(one, power);
-    return sum / static_cast<double>(worth.size());
-}
-
 }  // namespace
 
 double QuantiserPart(std::span<const float> worth, double power) {
-    return std::exp(MeanLogPart(worth, power));
+    double sum = 0;
+    for (const float one : worth) sum += LogPart(one, power);
+    return std::exp(sum / static_cast<double>(worth.size()));
 }
 
 void QuantiserMap::Measure(const Kernels& kernels, const Frame& source,
@@ -60,12 +56,14 @@ void QuantiserMap::Look(const Kernels& kernels, const Frame& source, int number)
 
 void QuantiserMap::Choose(double quantiser, std::span<const float> worth, double power) {
     const std::vector<double>& activity = activities_[current_].values;
-    const double mean = worth.empty() ? 0 : MeanLogPart(worth, power);
+    log_parts_.clear();
+    for (const float one : worth) log_parts_.push_back(LogPart(one, power));
+    const double mean = std::accumulate(log_parts_.begin(), log_parts_.end(), 0.0) /
+                        std::max(1.0, static_cast<double>(worth.size()));
     std::array<int, kCoarsest + 1> counts{};
     for (std::size_t i = 0; i < quantisers_.size(); ++i) {
         double part = 1;
-        if (!worth.empty())
-            part = std::exp(mean + kWithinPicture * (LogPart(worth[i], power) - mean));
+        if (!worth.empty()) part = std::exp(mean + kWithinPicture * (log_parts_[i] - mean));
         const double due = quantiser * part;
         const double step = kMasked + kMaskedPart * due;
         const double wanted =

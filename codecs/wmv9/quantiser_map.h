@@ -54,6 +54,7 @@ class QuantiserMap {
     int of_picture_ = 1;
     double mean_ = 1;
     std::vector<std::uint8_t> quantisers_;
+    std::vector<double> log_parts_;  // see QuantiserPart
     // Trials code the next pictures again and again.
     std::array<Activity, 8> activities_;
     std::size_t current_ = 0;

@@ -26,12 +26,6 @@ constexpr int kLikelyBits = 24;
 // What a bit is worth where levels are rounded alone: more, so that lone ones are left out.
 constexpr double kBitWorthOfRounded = 0.26;
 
-Quantiser MakeQuantiser(const Picture& picture, const Preset& preset, int x, int y) {
-    const PictureHeader& header = picture.header;
-    const int number = header.varying ? picture.quantisers->At(x, y) : header.quantiser;
-    return Quantiser::Make(number, header.Step(number), preset.rd ? kBitWorth : kBitWorthOfRounded);
-}
-
 // Vectors worth a look, each once.
 class Starts {
   public:
@@ -50,11 +44,11 @@ class Starts {
 class MacroblockDecision {
   public:
     MacroblockDecision(const Picture& picture, const Estimates& estimates, const Preset& preset,
-                       int x, int y, Candidate& best)
+                       const Quantiser& quantiser, int x, int y, Candidate& best)
         : picture_(picture),
           estimates_(estimates),
           preset_(preset),
-          quantiser_(MakeQuantiser(picture, preset, x, y)),
+          quantiser_(quantiser),
           x_(x),
           y_(y),
           best_(&best),
@@ -383,7 +377,7 @@ class MacroblockDecision {
     const Picture& picture_;
     const Estimates& estimates_;
     const Preset& preset_;
-    const Quantiser quantiser_;
+    const Quantiser& quantiser_;
     const int x_;
     const int y_;
     ResidualOptions residual_;
@@ -416,9 +410,20 @@ void SetVector(Macroblock& macroblock, MotionVector vector, const VectorPredicti
         Difference(vector, prediction.For(macroblock.hybrid[0]), header.vector_range);
 }
 
+RdModeDecision::RdModeDecision(const Preset& preset) : preset_(preset) {
+    const double bit_worth = preset.rd ? kBitWorth : kBitWorthOfRounded;
+    for (int number = 1; number < 32; ++number)
+        for (int half = 0; half < 2; ++half)
+            quantisers_[Index(number)][Index(half)] =
+                Quantiser::Make(number, 2 * number + half, bit_worth);
+}
+
 void RdModeDecision::Choose(const Picture& picture, const Estimates& estimates, int x, int y,
                             Candidate& out) const {
-    MacroblockDecision decision(picture, estimates, preset_, x, y, out);
+    const PictureHeader& header = picture.header;
+    const int number = header.varying ? picture.quantisers->At(x, y) : header.quantiser;
+    const Quantiser& quantiser = quantisers_[Index(number)][Index(header.Step(number) & 1)];
+    MacroblockDecision decision(picture, estimates, preset_, quantiser, x, y, out);
     switch (picture.header.kind) {
         case PictureKind::kI:
             return decision.IPicture();

@@ -23,13 +23,6 @@ std::int64_t ErrorOf(std::uint32_t squared_samples) {
     return std::int64_t{squared_samples} * static_cast<std::int64_t>(kErrorOfSquaredSample);
 }
 
-// Of a transform, in squared eighths.
-std::int64_t EnergyOf(const Block& coefficients) {
-    std::int32_t energy = 0;  // two to the 28th at most
-    for (const std::int16_t c : coefficients) energy += c * c;
-    return energy;
-}
-
 std::ptrdiff_t Stride(const Frame& frame, int n) {
     return frame[kBlockPlaces[Index(n)].plane].stride;
 }
