@@ -56,7 +56,7 @@ class QuantiserMap {
     std::vector<std::uint8_t> quantisers_;
     std::vector<double> log_parts_;  // see QuantiserPart
     // Trials code the next pictures again and again.
-    std::array<Activity, 8> activities_;
+    std::array<Activity, 10> activities_;
     std::size_t current_ = 0;
 };
 
