@@ -38,7 +38,10 @@ LoopFilter::LoopFilter(int width, int height)
 void LoopFilter::FilterRow(const Picture& picture, int y) {
     if (picture.header.kind == PictureKind::kP) {
         FindBusy(picture.grid, y);
-        Gather(picture, y);
+        // Edges of a busy row have the row above on their other side.
+        const bool busy = busy_rows_[Index(y)] != 0;
+        if (busy && y > 0 && busy_rows_[Index(y - 1)] == 0) Gather(picture, y - 1);
+        if (busy) Gather(picture, y);
     }
     for (int plane = 0; plane < 3; ++plane) {
         const int rows = plane == 0 ? 2 : 1;
