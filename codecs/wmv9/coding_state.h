@@ -15,6 +15,18 @@ struct Tables {
     int ac = 0;
     int luma_ac = 0;
     int dc = 0;
+
+    static Tables Of(const PictureHeader& header) {
+        return {header.vector_table, header.pattern_table, header.ac_table, header.luma_ac_table,
+                header.dc_table};
+    }
+    void ApplyTo(PictureHeader& header) const {
+        header.vector_table = vector;
+        header.pattern_table = pattern;
+        header.ac_table = ac;
+        header.luma_ac_table = luma_ac;
+        header.dc_table = dc;
+    }
 };
 
 /// As the pictures so far have left it.

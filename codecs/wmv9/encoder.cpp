@@ -251,7 +251,7 @@ class Encoder::Impl {
         header.vector_range = VectorRange(settings_);
         past_.tools.ApplyTo(header);
         header.rounding = header.kind == PictureKind::kP ? 1 - past_.rounding : past_.rounding;
-        UseTables(header);
+        past_.tables[static_cast<int>(header.kind)].ApplyTo(header);
         if (header.kind == PictureKind::kP && settings_.profile == Profile::Main && preset_.fades)
             header.intensity = FindIntensity(BestKernels(), source_, Anchor(past_.later), team_);
         return header;
@@ -282,15 +282,6 @@ class Encoder::Impl {
         header.half_step = false;
         header.quantiser = quantisers_.OfPicture();
         mean_quantiser_ = quantisers_.Mean();
-    }
-
-    void UseTables(PictureHeader& header) const {
-        const Tables& tables = past_.tables[static_cast<int>(header.kind)];
-        header.vector_table = tables.vector;
-        header.pattern_table = tables.pattern;
-        header.ac_table = tables.ac;
-        header.luma_ac_table = tables.luma_ac;
-        header.dc_table = tables.dc;
     }
 
     CodedPicture Code(PictureHeader header) {
@@ -335,7 +326,7 @@ class Encoder::Impl {
         coded.data = coder_.Bits().Bytes();
         coded.kind = header.kind;
         coded.quantiser = asked_;
-        const double intra = IntraPart();
+        const double intra = picture.grid.IntraPart();
         coded.bits = PictureBits::Taken(
             intra * static_cast<double>(level_bits), (1 - intra) * static_cast<double>(level_bits),
             static_cast<double>(8 * coded.data.size() - level_bits), effective_);
@@ -359,9 +350,7 @@ class Encoder::Impl {
     void Remember(const PictureHeader& header, int place, int grid, int mapped) {
         next_ = past_;
         next_.counter = (past_.counter + 1) % 4;
-        next_.tables[static_cast<int>(header.kind)] = {header.vector_table, header.pattern_table,
-                                                       header.ac_table, header.luma_ac_table,
-                                                       header.dc_table};
+        next_.tables[static_cast<int>(header.kind)] = Tables::Of(header);
         if (header.IsB()) return;
         next_.earlier = past_.later;
         next_.later = place;
@@ -380,15 +369,7 @@ class Encoder::Impl {
     // Where a scene changes, little can be predicted.
     bool MostlyIntra() const {
         constexpr double kPart = 0.6;  // chosen by hand
-        return IntraPart() > kPart;
-    }
-
-    // Of the macroblocks of the picture coded last.
-    double IntraPart() const {
-        int count = 0;
-        for (int y = 0; y < height_; ++y)
-            for (int x = 0; x < width_; ++x) count += grid_->At(x, y).intra ? 1 : 0;
-        return static_cast<double>(count) / (width_ * height_);
+        return grid_->IntraPart() > kPart;
     }
 
     const EncoderSettings settings_;

@@ -80,6 +80,11 @@ class MacroblockGrid {
     int Height() const { return height_; }
     Macroblock& At(int x, int y) { return macroblocks_[Place(x, y)]; }
     const Macroblock& At(int x, int y) const { return macroblocks_[Place(x, y)]; }
+    double IntraPart() const {
+        const auto count = std::count_if(macroblocks_.begin(), macroblocks_.end(),
+                                         [](const Macroblock& one) { return one.intra; });
+        return static_cast<double>(count) / static_cast<double>(macroblocks_.size());
+    }
     /// Of the macroblock's blocks; stale where it is not intra, and from when the one that is two
     /// rows below it is visited.
     std::array<BlockEdge, kBlocks>& Edges(int x, int y) { return edges_[Place(x, y % 2)]; }
