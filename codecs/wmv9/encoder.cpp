@@ -36,6 +36,7 @@ constexpr int kNoTrial = 1 << 20;  // pictures away
 constexpr int kPatternPictures = 6;
 constexpr int kFewestTried = 4;
 constexpr int kTrialPreset = 20;  // or a lower one: it tells them apart as well
+
 int MacroblocksIn(int samples) { return (samples + 15) / 16; }
 
 }  // namespace
