@@ -45,6 +45,7 @@ constexpr double kForced = 1.3;             // of the quantiser that was wanted
 constexpr double kGrossSurprise = 1.4;      // a picture's bits beside the expected ones
 constexpr double kRepaid = 0.15;            // of what the pictures after it take
 constexpr double kNearEnough = 0.005;       // of the budget
+constexpr double kLittleLeft = 0.01;        // of the budget
 constexpr double kShortestInterval = 1e-3;  // seconds
 // Of what is left, for a picture that is made sharper: the rest is for what moves next.
 constexpr double kSharpeningShare = 0.5;
@@ -208,6 +209,15 @@ double GopRateControl::SteadyStep() const {
     return 1 + (kLargestSteadyStep - 1) * std::min(1.0, told);
 }
 
+// Little is left, and yet more than pictures take that show next to nothing new: finer, they would
+// code the noise of what they are predicted from.
+bool GopRateControl::NothingTakesWhatIsLeft() const {
+    PictureBits others = Following();
+    others += forecast_.Expected();
+    const double left = budget_bits_ - result_.bits - others.At(quantiser_);
+    return left < kLittleLeft * budget_bits_ && left > others.Coefficients(quantiser_);
+}
+
 // From picture to picture the quantiser changes in steps.
 double GopRateControl::Restrained(double even) const {
     if (settings_.steady)
@@ -221,6 +231,7 @@ double GopRateControl::Restrained(double even) const {
     const double coarser = surprise ? kLargestFreeStep : kLargestStep;
     const double restrained = std::clamp(even, quantiser_ / (free ? kLargestFreeStep : finer),
                                          quantiser_ * (free ? kLargestFreeStep : coarser));
+    if (ends && NothingTakesWhatIsLeft()) return std::max(restrained, quantiser_);
     // Finer than what they are predicted from would mostly code its noise.
     return free && !Planned() ? std::max(restrained, i_quantiser_) : restrained;
 }

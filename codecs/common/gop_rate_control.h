@@ -97,6 +97,7 @@ class GopRateControl {
     double HardRoom() const;
     double SoftRoom() const;
     double SteadyStep() const;
+    bool NothingTakesWhatIsLeft() const;
     double Restrained(double even) const;
     double Chosen();
     double SharpeningBits() const;
