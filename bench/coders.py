@@ -13,7 +13,7 @@ from typing import NamedTuple
 import measuring
 
 KEY_SECONDS = 10  # the longest time between key frames, of all encoders
-LEVELS = ["0", "20", "40", "60", "80", "100"]
+LEVELS = ["0", "20", "40", "60", "100"]
 QUALITIES = ["97", "90", "79", "62"]  # of -v_mode 2: quantisers of about 3, 5, 8 and 13
 QUANTISERS = ["3", "5", "8", "13"]
 CRF = ["20", "25", "30", "36"]

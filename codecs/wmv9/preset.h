@@ -30,8 +30,7 @@ struct Preset {
     double worth_power = 0;
     /// P pictures from one that is coded with all tools that may suit it to the next; 0 = none is.
     int tool_trials = 0;
-    bool thorough = false;   // candidates are coded whole that the search leaves little chance
-    bool both_ways = false;  // with one reference and with two, a macroblock is coded whole
+    bool thorough = false;  // candidates are coded whole that the search leaves little chance
 };
 
 const Preset& PresetOf(int level);

@@ -108,10 +108,10 @@ class MacroblockDecision {
         const std::uint32_t moved = std::min(single, both);
         if (direct <= kDirectAtMost * moved) CodeDirect();
         if (!preset_.thorough && direct <= kDirectAlone * moved) return Finish();
-        if (preset_.both_ways || both >= single)
+        if (preset_.thorough || both >= single)
             TryMoved(f.cost <= b.cost ? Direction::Forward : Direction::Backward, f.vector,
                      b.vector);
-        if (preset_.both_ways || both < single) TryMoved(Direction::Both, f.vector, b.vector);
+        if (preset_.thorough || both < single) TryMoved(Direction::Both, f.vector, b.vector);
         TryIntra(moved);
         Finish();
     }
