@@ -10,7 +10,7 @@ namespace codecs {
 /// could run on its processor do so meanwhile.
 template <typename Ready>
 bool SpinUntil(Ready&& ready) {
-    constexpr int kTurns = 16;
+    constexpr int kTurns = 200;
     for (int turn = 0; turn < kTurns; ++turn) {
         if (ready()) return true;
         std::this_thread::yield();
