@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "codecs/wmv9/activity.h"
 #include "codecs/wmv9/b_fractions.h"
 #include "codecs/wmv9/picture_tools.h"
 
@@ -36,6 +37,7 @@ struct CodingState {
     int later_number = -1;  // in the look-ahead; -1 = not there
     bool later_is_i = false;
     int later_grid = 0;
+    Brightness later_brightness;
     int mapped = -1;  // the picture that the later one was predicted from; -1 = the earlier one
     int rounding = 1;
     int counter = 0;

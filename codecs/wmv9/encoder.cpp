@@ -7,6 +7,7 @@
 
 #include "codecs/common/index.h"
 #include "codecs/common/task_team.h"
+#include "codecs/wmv9/activity.h"
 #include "codecs/wmv9/coding_state.h"
 #include "codecs/wmv9/frame.h"
 #include "codecs/wmv9/intensity.h"
@@ -25,6 +26,8 @@ namespace {
 
 constexpr int kAnchors = 3;  // two references and the one that is coded
 constexpr int kKept = 1;     // that trials leave as they are: the next picture refers to it
+
+constexpr int kLoadedParts = 8;  // of a picture, side by side
 
 constexpr double kCoarsest = 31;
 constexpr double kFinestHalves = 9;  // quantisers in halves below
@@ -55,6 +58,7 @@ class Encoder::Impl {
           team_(settings_.threads),
           coder_(width_, height_, team_),
           lookahead_(settings_.width, settings_.height, preset_.lookahead_rounds, team_),
+          activity_(width_, height_),
           quantisers_(width_, height_),
           source_(width_, height_),
           b_frame_(width_, height_),
@@ -222,17 +226,25 @@ class Encoder::Impl {
         number_ = lookahead_.Has(request.number) ? request.number : -1;
         const PictureKind kind = KindFor(request);
         const bool has_worth = kind != PictureKind::kB && number_ >= 0;
+        const bool measures =
+            (sequence_.varying_quantiser || FollowsFades()) && activity_.Begin(number_);
+        const int parts = std::min(kLoadedParts, height_);
         worth_ = {};
-        team_.Run(2, [&](int task) {
+        team_.Run(1 + parts, [&](int task) {
             if (task == 0) {
                 if (has_worth) worth_ = tree_.Worth(lookahead_, number_);
                 return;
             }
-            source_.Load(picture, settings_.width, settings_.height);
-            if (kind != PictureKind::kI && sequence_.varying_quantiser)
-                quantisers_.Look(BestKernels(), source_, number_);
+            const int first = height_ * (task - 1) / parts;
+            const int end = height_ * task / parts;
+            source_.Load(picture, settings_.width, settings_.height, first, end);
+            for (int y = first; measures && y < end; ++y)
+                activity_.MeasureRow(BestKernels(), source_, y);
         });
+        if (measures) activity_.End();
     }
+
+    bool FollowsFades() const { return settings_.profile == Profile::Main; }
 
     PictureKind KindFor(const PictureRequest& request) const {
         if (past_.later < 0) return PictureKind::kI;
@@ -253,8 +265,9 @@ class Encoder::Impl {
         past_.tools.ApplyTo(header);
         header.rounding = header.kind == PictureKind::kP ? 1 - past_.rounding : past_.rounding;
         past_.tables[static_cast<int>(header.kind)].ApplyTo(header);
-        if (header.kind == PictureKind::kP && settings_.profile == Profile::Main && preset_.fades)
-            header.intensity = FindIntensity(BestKernels(), source_, Anchor(past_.later), team_);
+        if (header.kind == PictureKind::kP && FollowsFades())
+            header.intensity = FindIntensity(source_, activity_.Found().brightness,
+                                             Anchor(past_.later), past_.later_brightness, team_);
         return header;
     }
 
@@ -278,7 +291,7 @@ class Encoder::Impl {
             return;
         }
         if (!sequence_.varying_quantiser) return;
-        quantisers_.Choose(asked_, worth_, preset_.worth_power);
+        quantisers_.Choose(asked_, activity_.Found().values, worth_, preset_.worth_power);
         header.varying = true;
         header.half_step = false;
         header.quantiser = quantisers_.OfPicture();
@@ -312,12 +325,18 @@ class Encoder::Impl {
         if (!header.IsI() && !past_.later_is_i) picture.anchor = &grids_[Index(past_.later_grid)];
         const ModeDecision& own = mode_decision_;
         coder_.Analyse(picture, trial_ == nullptr ? own : *trial_);
-        team_.Run(anchor ? 2 : 1, [&](int task) {
+        Brightness brightness;
+        team_.Run(anchor ? 3 : 1, [&](int task) {
             if (task == 1) return result.Extend();
+            if (task == 2) {
+                if (FollowsFades()) brightness = MeasureBrightness(BestKernels(), result);
+                return;
+            }
             ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
         });
         const std::size_t level_bits = coder_.Write(picture);
         Remember(picture.header, place, grid, mapped);
+        if (anchor) next_.later_brightness = brightness;
         result_ = &result;
         grid_ = &picture.grid;
         unfiltered_.reset();
@@ -386,6 +405,7 @@ class Encoder::Impl {
     PictureCoder coder_;
     Lookahead lookahead_;
     MacroblockTree tree_;
+    ActivityMeter activity_;
     QuantiserMap quantisers_;
     // Of the picture in hand.
     int number_ = -1;               // in the look-ahead

@@ -30,18 +30,18 @@ Frame::Frame(int width, int height) {
     }
 }
 
-void Frame::Load(const PictureView& picture, int width, int height) {
+void Frame::Load(const PictureView& picture, int width, int height, int first, int end) {
     for (std::size_t i = 0; i < planes_.size(); ++i) {
         const Plane& plane = planes_[i];
+        const int unit = i == 0 ? 16 : 8;
         const int columns = i == 0 ? width : width / 2;
         const int rows = i == 0 ? height : height / 2;
-        for (int y = 0; y < rows; ++y) {
+        for (int y = unit * first; y < unit * end; ++y) {
             std::uint8_t* const row = plane.At(0, y);
-            std::memcpy(row, picture.planes[i] + y * picture.strides[i], Index(columns));
+            std::memcpy(row, picture.planes[i] + std::min(y, rows - 1) * picture.strides[i],
+                        Index(columns));
             std::memset(row + columns, row[columns - 1], Index(plane.width - columns));
         }
-        for (int y = rows; y < plane.height; ++y)
-            std::memcpy(plane.At(0, y), plane.At(0, rows - 1), Index(plane.width));
     }
 }
 

@@ -28,8 +28,9 @@ class Frame {
 
     const Plane& operator[](int plane) const { return planes_[Index(plane)]; }
 
-    /// Fills whole macroblocks, repeating the last column and row. Sizes in samples of luma.
-    void Load(const PictureView& picture, int width, int height);
+    /// Fills rows of macroblocks from `first` to before `end`, repeating the last column and row of
+    /// a picture of that width and height in samples of luma.
+    void Load(const PictureView& picture, int width, int height, int first, int end);
     /// Repeats the samples of the edge into the margins.
     void Extend();
     PictureView View() const;

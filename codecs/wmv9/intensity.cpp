@@ -11,7 +11,6 @@
 namespace codecs::wmv9 {
 namespace {
 
-constexpr int kUnit = 16;
 constexpr int kOne = 64;  // a scale that changes nothing
 constexpr int kLeastScale = 33;
 constexpr int kLargestScale = 95;
@@ -55,31 +54,6 @@ Map ChromaMap(const Intensity& intensity) {
     return map;
 }
 
-struct Brightness {
-    double mean = 0;
-    double deviation = 0;
-};
-
-// Of every other macroblock.
-Brightness Measure(const Kernels& kernels, const Plane& plane) {
-    double sum = 0;
-    double squares = 0;
-    double count = 0;
-    for (int y = 0; y < plane.height; y += kUnit) {
-        for (int x = (y / kUnit % 2) * kUnit; x < plane.width; x += 2 * kUnit) {
-            std::uint32_t block_sum = 0;
-            std::uint32_t block_squares = 0;
-            kernels.moments(plane.At(x, y), plane.stride, block_sum, block_squares);
-            sum += block_sum;
-            squares += block_squares;
-            count += kUnit * kUnit;
-        }
-    }
-    if (count == 0) return {};
-    const double mean = sum / count;
-    return {mean, std::sqrt(std::max(0.0, squares / count - mean * mean))};
-}
-
 // Of every fourth row, with the reference mapped.
 std::int64_t Distance(const Plane& source, const Plane& reference, const Map& map) {
     std::int64_t sum = 0;
@@ -93,15 +67,11 @@ std::int64_t Distance(const Plane& source, const Plane& reference, const Map& ma
 
 }  // namespace
 
-std::optional<Intensity> FindIntensity(const Kernels& kernels, const Frame& source,
-                                       const Frame& reference, TaskTeam& team) {
+std::optional<Intensity> FindIntensity(const Frame& source, const Brightness& now,
+                                       const Frame& reference, const Brightness& before,
+                                       TaskTeam& team) {
     constexpr double kLeastMean = 1;          // of a change worth a look, in samples
     constexpr double kLeastDeviation = 0.02;  // as a part
-    Brightness now;
-    Brightness before;
-    team.Run(2, [&](int task) {
-        (task == 0 ? now : before) = Measure(kernels, task == 0 ? source[0] : reference[0]);
-    });
     if (before.deviation < 1) return std::nullopt;
     const double ratio = now.deviation / before.deviation;
     if (std::abs(now.mean - before.mean) < kLeastMean && std::abs(ratio - 1) < kLeastDeviation)

@@ -4,16 +4,17 @@
 #include <optional>
 
 #include "codecs/common/task_team.h"
+#include "codecs/wmv9/activity.h"
 #include "codecs/wmv9/frame.h"
-#include "codecs/wmv9/kernels.h"
 #include "codecs/wmv9/picture.h"
 
 namespace codecs::wmv9 {
 
-/// The mapping that brings `reference` near `source`; none where it does not clearly help. The
-/// team does the work.
-std::optional<Intensity> FindIntensity(const Kernels& kernels, const Frame& source,
-                                       const Frame& reference, TaskTeam& team);
+/// The mapping that brings `reference`, which shows a picture so bright before, near `source`,
+/// which is so bright now; none where it does not clearly help. The team does the work.
+std::optional<Intensity> FindIntensity(const Frame& source, const Brightness& now,
+                                       const Frame& reference, const Brightness& before,
+                                       TaskTeam& team);
 
 /// `reference` mapped, with its margins.
 void MapIntensity(const Intensity& intensity, const Frame& reference, Frame& mapped);

@@ -21,7 +21,6 @@ struct Preset {
     int try_from_bits = 0;
     /// A skipped macroblock is not looked at further where its error is worth no more bits.
     int skip_bits = 0;
-    bool fades = false;        // references are mapped where the brightness changes
     bool overlap = false;      // coarse blocks are smoothed where they meet
     int lookahead = 0;         // pictures beyond the one that is coded
     int lookahead_rounds = 0;  // of its motion search

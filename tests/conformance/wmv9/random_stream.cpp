@@ -80,7 +80,7 @@ class RandomStream::Impl {
         const int place = PlaceOf(header);
         const PlanarPicture picture = MakePicture(settings_.content, settings_.width,
                                                   settings_.height, place, settings_.seed);
-        source_.Load(picture.View(), settings_.width, settings_.height);
+        source_.Load(picture.View(), settings_.width, settings_.height, 0, height_);
         const Frame& result = Code(header);
         ++number_;
         return {coder_.Bits().Bytes(), result.View(), place, Describe(header, number_)};
