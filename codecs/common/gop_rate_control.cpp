@@ -370,10 +370,18 @@ void GopRateControl::Dropped() {
     forecast_.Forget();
 }
 
+// With B pictures, a picture is as early as those before it that were dropped. The VBV would never
+// drain, and all that follow would be dropped: then it comes as late as it may.
+double GopRateControl::TimeOf(const RatedPicture& picture) const {
+    return just_dropped_ ? std::max(picture.seconds, picture.needed_seconds) : picture.seconds;
+}
+
 GopRateControl::Decision GopRateControl::Decide(const RatedPicture& picture) {
-    passed_ = decided_ > 0 ? picture.seconds - picture_.seconds : 0;
-    stands_still_ = just_dropped_ && passed_ <= 0;
+    const double before = picture_.seconds;
     picture_ = picture;
+    picture_.seconds = TimeOf(picture);
+    passed_ = decided_ > 0 ? picture_.seconds - before : 0;
+    stands_still_ = just_dropped_ && passed_ <= 0;
     const bool rests =
         settings_.sharpens && Sharpening::Rests(picture.step_cost, picture.intra_cost);
     rests_ = rests && picture.kind != PictureKind::kI;

@@ -86,6 +86,7 @@ class GopRateControl {
     double Remaining() const;
     PictureBits Following() const { return forecast_.Following(Remaining()); }
     bool Planned() const { return forecast_.Planned(); }
+    double TimeOf(const RatedPicture& picture) const;
     void LearnInterval(double passed);
     void Shorten();
     double IPart() const;

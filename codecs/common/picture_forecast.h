@@ -38,6 +38,8 @@ struct RatedPicture {
     double step_cost = 0;
     std::span<const WaitingPicture> waiting = {};  // as shown, of those that have not been decided
     bool last = false;                             // they are all that the GOP has
+    // When it is shown, or the first B picture that refers to it; before, it may still come.
+    double needed_seconds = 0;
 };
 
 /// What has been coded of a GOP.

@@ -367,6 +367,8 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, GopFrame& frame,
     frame.decided = true;
     codecs::RatedPicture picture = Rated(frame, request.kind, work.next);
     picture.seconds = (outcome.coded.dts - work.gop->start).Seconds();
+    if (!is_b && !work.next.empty())
+        picture.needed_seconds = (Ticks{work.next.front().frame->pts} - work.gop->start).Seconds();
     if (ahead_ > 0) {
         ListWaiting(work.next, work.gop->start, work.waiting);
         picture.waiting = work.waiting;

@@ -212,6 +212,41 @@ TEST(RateControl, EasyContentIsCodedAtItsBestAndNoBitsAreMadeUp) {
     EXPECT_EQ(outcome.dropped, 0);
 }
 
+// With B pictures a P picture is decoded when the one before it is shown, however many were dropped
+// between them.
+TEST(RateControl, PicturesFollowAgainOnceTheVbvHasDrained) {
+    constexpr double kRate = 1e5;
+    struct Row {
+        const char* why;
+        double i_bits;
+        int most_dropped;
+    };
+    for (const auto& [why, i_bits, most_dropped] :
+         {Row{"larger than the VBV", 1.2 * kRate, 8}, Row{"leaves no room", 0.99 * kRate, 3}}) {
+        RateAllocator allocator({kRate, kRate, kRate, 1, 31, true}, kUsual);
+        GopRateControl control({kRate, kRate, kRate, 1, 31, true}, allocator.Open(10, true));
+        int dropped = 0;
+        double before = 0;  // when the picture decoded last is shown, seconds
+        for (std::size_t i = 0; i < 250; ++i) {
+            const PictureKind kind = i == 0 ? PictureKind::kI : PictureKind::kP;
+            const double shown = static_cast<double>(i) / kFps;
+            RatedPicture picture{before, i, kind, 1e6, i == 0 ? 0 : 1e4};
+            picture.needed_seconds = shown;
+            const double bits = i == 0 ? i_bits : 2500;
+            const bool left_out = control.Decide(picture).drop;
+            if (left_out || !control.Fits(bits, 31)) {
+                ++dropped;
+                if (!left_out) control.Dropped();
+                continue;
+            }
+            control.Coded(PictureBits::Taken(0, bits, 100, 31), bits, 31, i == 0);
+            before = shown;
+        }
+        EXPECT_GT(dropped, 0) << why;
+        EXPECT_LE(dropped, most_dropped) << why;
+    }
+}
+
 TEST(RateControl, OneQuantiserWhereThereIsNoChoice) {
     const Outcome outcome = Code({0, 0, 0, 9, 9, false}, {Cuts}, 3, 2);
     EXPECT_TRUE(std::all_of(outcome.quantisers.begin(), outcome.quantisers.end(),
