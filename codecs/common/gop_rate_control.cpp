@@ -171,14 +171,18 @@ double GopRateControl::Overdraft(double seconds) const {
            kTolerance * std::max(0.0, budget_bits_);
 }
 
-// What the VBV takes, now and so that it holds no more at the GOP's end than what others count
-// on: with what was in it before the GOP, and without.
-double GopRateControl::HardRoom() const {
+// What leaves no more in the VBV at the GOP's end than what others count on: with what was in it
+// before the GOP, and without.
+double GopRateControl::PromisedRoom() const {
     const double left = std::max(0.0, budget_.seconds - picture_.seconds);
     const double drained = settings_.vbv_rate_bps * left;
-    return std::min({VbvRoom(), budget_.vbv_end_bits + drained - level_bits_,
-                     budget_.vbv_own_end_bits + drained - own_level_bits_});
+    return std::min(budget_.vbv_end_bits - level_bits_,
+                    budget_.vbv_own_end_bits - own_level_bits_) +
+           drained;
 }
+
+// What the VBV takes, now and as is promised for its end.
+double GopRateControl::HardRoom() const { return std::min(VbvRoom(), PromisedRoom()); }
 
 // That, with what the GOP itself has put into it drained early. What an easy stretch has not used
 // is gone: a burst at the end cannot.
@@ -191,8 +195,9 @@ double GopRateControl::SoftRoom() const {
 bool GopRateControl::Fits(double bits, double quantiser) const {
     if (settings_.vbv_rate_bps <= 0) return true;
     if (bits <= (rests_ ? VbvRoom() : HardRoom())) return true;
-    return picture_.kind == PictureKind::kI && quantiser >= RateSettings::kMostCoarse &&
-           budget_.level_is_exact && level_bits_ <= 0 && bits > settings_.vbv_bits;
+    const bool alone = picture_.kind == PictureKind::kI && level_bits_ <= 0 &&
+                       quantiser >= RateSettings::kMostCoarse && bits > settings_.vbv_bits;
+    return alone && (budget_.level_is_exact || bits <= PromisedRoom());
 }
 
 double GopRateControl::Coarser(double quantiser, double bits) const {

@@ -59,7 +59,7 @@ class GopRateControl {
     double VbvRoom() const { return settings_.vbv_bits - level_bits_; }
     /// Whether it may take so much: the VBV holds it, now and with what the GOPs after this
     /// one may put into it. Only an I picture that is larger than the whole VBV is let through
-    /// once the VBV has surely run empty: there would never be another.
+    /// once the VBV has run empty, where that breaks no promise: there would never be another.
     bool Fits(double bits, double quantiser) const;
     /// What it had better have in place of `quantiser`, now that it has taken so many bits: the
     /// same unless that was a surprise. To be asked again of what it has then taken,
@@ -95,6 +95,7 @@ class GopRateControl {
     double RoomQuantiser() const;
     double IQuantiser(double even) const;
     double Overdraft(double seconds) const;
+    double PromisedRoom() const;
     double HardRoom() const;
     double SoftRoom() const;
     double SteadyStep() const;
