@@ -81,6 +81,16 @@ double Fill(const RateSettings& settings, const std::vector<Demand>& demands, do
     return sum;
 }
 
+// Where `too_much` ends, which is somewhere between the two.
+template <typename TooMuch>
+double Halved(double most, double least, const TooMuch& too_much) {
+    for (int i = 0; i < kHalvings; ++i) {
+        const double middle = (most + least) / 2;
+        (too_much(middle) ? most : least) = middle;
+    }
+    return least;
+}
+
 }  // namespace
 
 std::vector<PlannedGop> PlanGops(const RateSettings& settings, std::vector<FirstPassGop> gops) {
@@ -88,19 +98,20 @@ std::vector<PlannedGop> PlanGops(const RateSettings& settings, std::vector<First
     const std::vector<Demand> demands = Demands(settings, gops);
     double total = 0;
     for (const FirstPassGop& gop : gops) total += settings.rate_bps * gop.seconds;
-    // More coarsely is never more bits, so the quantiser that fits is found by halving.
-    double fine = std::log(settings.finest / 4);
-    double coarse = std::log(settings.coarsest * 4);
-    for (int i = 0; i < kHalvings; ++i) {
-        const double middle = (fine + coarse) / 2;
-        if (Fill(settings, demands, std::exp(middle), 1, plan) > total)
-            fine = middle;
-        else
-            coarse = middle;
-    }
-    const double sum = Fill(settings, demands, std::exp(coarse), 1, plan);
+    const double finest = std::log(settings.finest / 4);
+    const double coarsest = std::log(settings.coarsest * 4);
+    const double quantiser = std::exp(Halved(finest, coarsest, [&](double log) {
+        return Fill(settings, demands, std::exp(log), 1, plan) > total;
+    }));
+    const double sum = Fill(settings, demands, quantiser, 1, plan);
     // What the finest or the coarsest quantiser makes of pictures is only known once it is tried.
-    if (sum > 0) Fill(settings, demands, std::exp(coarse), total / sum, plan);
+    // Where the coarsest is not enough, pictures have to go.
+    double gain = sum > 0 ? total / sum : 1;
+    if (gain < 1)
+        gain = Halved(1, 0, [&](double part) {
+            return Fill(settings, demands, quantiser, part, plan) > total;
+        });
+    Fill(settings, demands, quantiser, gain, plan);
     for (std::size_t i = 0; i < gops.size(); ++i) plan[i].pictures = std::move(gops[i].pictures);
     return plan;
 }

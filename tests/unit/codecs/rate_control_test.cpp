@@ -420,4 +420,12 @@ TEST(TwoPassPlan, GivesHarderGopsMore) {
     EXPECT_TRUE(PlanGops({1e6, 0, 0, 1, 31, false}, {}).empty());
 }
 
+// Then pictures have to go.
+TEST(TwoPassPlan, KeepsToTheRateWhereTheCoarsestQuantiserTakesMore) {
+    const std::vector<FirstPassGop> gops(2, {3, std::vector<FoundPicture>(75, {{2e6, 0, 100}})});
+    double bits = 0;
+    for (const PlannedGop& gop : PlanGops(Constant(1e5, 5), gops)) bits += gop.bits;
+    EXPECT_NEAR(bits, 6e5, 6e3);
+}
+
 }  // namespace
