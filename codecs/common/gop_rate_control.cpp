@@ -196,7 +196,7 @@ bool GopRateControl::Fits(double bits, double quantiser) const {
     if (settings_.vbv_rate_bps <= 0) return true;
     if (bits <= (rests_ ? VbvRoom() : HardRoom())) return true;
     const bool alone = picture_.kind == PictureKind::kI && level_bits_ <= 0 &&
-                       quantiser >= RateSettings::kMostCoarse && bits > settings_.vbv_bits;
+                       quantiser >= settings_.most_coarse && bits > settings_.vbv_bits;
     return alone && (budget_.level_is_exact || bits <= PromisedRoom());
 }
 
@@ -205,7 +205,7 @@ double GopRateControl::Coarser(double quantiser, double bits) const {
     const double wanted =
         kRecodeMargin * (quantiser + PictureBits::kOffset) * bits / room - PictureBits::kOffset;
     const double least = settings_.NextCoarser(quantiser);
-    return std::max(least, settings_.Coded(std::min(wanted, RateSettings::kMostCoarse)));
+    return std::max(least, settings_.Coded(std::min(wanted, settings_.most_coarse)));
 }
 
 // Pictures that show nothing new tell nothing: what comes after them may be anything.
@@ -288,7 +288,7 @@ double GopRateControl::Chosen() {
         if (quantiser_ > 0) even_ = Restrained(even_);
         quantiser = std::clamp(even_, settings_.finest, settings_.coarsest);
         if (picture_.kind == PictureKind::kB)
-            quantiser = std::min(kBQuantiserPart * quantiser, RateSettings::kMostCoarse);
+            quantiser = std::min(kBQuantiserPart * quantiser, settings_.most_coarse);
     }
     if (settings_.vbv_rate_bps > 0) {
         const double share = Planned() || picture_.last ? kPlannedRoomShare : kRoomShare;
@@ -370,15 +370,18 @@ double GopRateControl::Reconsidered(double quantiser, const PictureBits& taken, 
 
 void GopRateControl::Dropped() {
     ++result_.dropped;
-    just_dropped_ = true;
+    ++dropped_in_a_row_;
     picture_.waiting = {};  // the caller's
     forecast_.Forget();
 }
 
-// With B pictures, a picture is as early as those before it that were dropped. The VBV would never
-// drain, and all that follow would be dropped: then it comes as late as it may.
+// With B pictures, a picture is as early as those before it that were dropped. Where the VBV has
+// room for none it would never drain, and all that follow would be dropped: then they come as late
+// as they may.
 double GopRateControl::TimeOf(const RatedPicture& picture) const {
-    return just_dropped_ ? std::max(picture.seconds, picture.needed_seconds) : picture.seconds;
+    constexpr int kEnough = 2;
+    return dropped_in_a_row_ < kEnough ? picture.seconds
+                                       : std::max(picture.seconds, picture.needed_seconds);
 }
 
 GopRateControl::Decision GopRateControl::Decide(const RatedPicture& picture) {
@@ -386,7 +389,7 @@ GopRateControl::Decision GopRateControl::Decide(const RatedPicture& picture) {
     picture_ = picture;
     picture_.seconds = TimeOf(picture);
     passed_ = decided_ > 0 ? picture_.seconds - before : 0;
-    stands_still_ = just_dropped_ && passed_ <= 0;
+    stands_still_ = dropped_in_a_row_ > 0 && passed_ <= 0;
     const bool rests =
         settings_.sharpens && Sharpening::Rests(picture.step_cost, picture.intra_cost);
     rests_ = rests && picture.kind != PictureKind::kI;
@@ -420,10 +423,12 @@ GopRateControl::Decision GopRateControl::Decide(const RatedPicture& picture) {
 FoundPicture GopRateControl::Coded(const PictureBits& taken, double bits, double quantiser,
                                    bool is_i) {
     const bool sharpened = rests_ && !is_i;
-    just_dropped_ = false;
+    dropped_in_a_row_ = 0;
     level_bits_ += bits;
     own_level_bits_ += bits;
     result_.bits += bits;
+    // The time of a key picture is written with the one after it.
+    if (is_i) picture_.seconds = std::max(picture_.seconds, picture_.needed_seconds);
     result_.own_level_bits = own_level_bits_;
     result_.last_seconds = picture_.seconds;
     const FoundPicture found = forecast_.Coded(taken, quantiser, is_i, sharpened);

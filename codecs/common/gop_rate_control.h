@@ -65,7 +65,8 @@ class GopRateControl {
     /// same unless that was a surprise. To be asked again of what it has then taken,
     /// until it is the same.
     double Reconsidered(double quantiser, const PictureBits& taken, double bits);
-    /// For that picture in place of `quantiser`, at which it took more than fits; not above 31.
+    /// For that picture in place of `quantiser`, at which it took more than fits; at most the most
+    /// coarse.
     double Coarser(double quantiser, double bits) const;
     /// What the picture of the last decision has taken, and with which quantiser. An encoder may
     /// have made an I picture of one that was not asked to be one.
@@ -118,7 +119,7 @@ class GopRateControl {
 
     PictureForecast forecast_;
     RatedPicture picture_;  // of the last decision
-    bool just_dropped_ = false;
+    int dropped_in_a_row_ = 0;
     bool stands_still_ = false;  // it is as early as one that was dropped
     bool rests_ = false;         // it shows nothing new, and becomes sharper
     double passed_ = 0;          // seconds since the one before it

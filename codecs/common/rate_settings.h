@@ -26,6 +26,7 @@ struct RateSettings {
     /// Pictures that show nothing new are made sharper, with bits that the VBV has to spare.
     bool sharpens = false;
     double halves_up_to = 0;  // above it, quantisers are whole numbers
+    double most_coarse = 31;  // of a picture that has to fit
 
     /// The nearest quantiser that a picture can be coded with.
     double Coded(double quantiser) const {
@@ -34,10 +35,8 @@ struct RateSettings {
     }
     double NextCoarser(double quantiser) const {
         const double half = quantiser + 0.5;
-        return std::min(half <= halves_up_to ? half : std::floor(quantiser + 1), kMostCoarse);
+        return std::min(half <= halves_up_to ? half : std::floor(quantiser + 1), most_coarse);
     }
-
-    static constexpr double kMostCoarse = 31;  // of a picture that is recoded
 };
 
 }  // namespace codecs

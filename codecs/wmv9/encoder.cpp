@@ -29,7 +29,6 @@ constexpr int kKept = 1;     // that trials leave as they are: the next picture 
 
 constexpr int kLoadedParts = 8;  // of a picture, side by side
 
-constexpr double kCoarsest = 31;
 constexpr double kFinestHalves = 9;  // quantisers in halves below
 
 // Pictures after an I picture until P pictures are what they usually are, and tools can be tried.
@@ -273,10 +272,10 @@ class Encoder::Impl {
 
     // The nearest that there is, which is returned.
     static double SetQuantiser(PictureHeader& header, double quantiser) {
-        quantiser = std::clamp(quantiser, 1.0, kCoarsest);
+        quantiser = std::clamp(quantiser, 1.0, double{kCoarsestAsked});
         const bool halves = quantiser < kFinestHalves;
         const double coded = halves ? std::round(2 * quantiser) / 2 : std::round(quantiser);
-        header.quantiser = static_cast<int>(coded);
+        header.quantiser = std::min(static_cast<int>(coded), kCoarsest);
         header.half_step = coded > header.quantiser;
         return coded;
     }
@@ -307,6 +306,7 @@ class Encoder::Impl {
                         source_,   result, anchor ? grids_[Index(grid)] : b_grid_};
         if (header.IsI() && picture.Overlaps()) Overlap::Sharpen(source_);
         if (header.varying) picture.quantisers = &quantisers_;
+        if (mean_quantiser_ > kCoarsest) picture.beyond = static_cast<int>(mean_quantiser_);
         int mapped = -1;
         if (header.kind == PictureKind::kP) {
             picture.past = &Anchor(past_.later);

@@ -36,9 +36,13 @@ struct PictureView {
     std::array<std::ptrdiff_t, 3> strides{};
 };
 
+/// The format's own coarsest quantiser is 31. Coarser ones are that one with bits that are worth
+/// more than what they spare the eye.
+constexpr int kCoarsestAsked = 93;
+
 struct PictureRequest {
     PictureKind kind = PictureKind::kP;
-    double quantiser = 8;  // 1 to 31, in steps of a half up to 8.5
+    double quantiser = 8;  // 1 to kCoarsestAsked, in steps of a half up to 8.5
     int b_number = 1;      // of a B picture: from 1 on ...
     int b_pictures = 1;    // ... among so many consecutive ones
     /// A P picture may become an I picture where the scene changes; not when B pictures are to

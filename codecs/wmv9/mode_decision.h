@@ -34,7 +34,7 @@ class RdModeDecision final : public ModeDecision {
   private:
     const Preset& preset_;
     // By number, and whether there is half a quantiser more.
-    std::array<std::array<Quantiser, 2>, 32> quantisers_;
+    std::array<std::array<Quantiser, 2>, kCoarsestAsked + 1> quantisers_;
 };
 
 /// Sets the vectors of a macroblock with one, the difference, and what names the predictor.

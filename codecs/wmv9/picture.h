@@ -75,7 +75,8 @@ struct Picture {
     const Frame* past = nullptr;               // reference, mapped where the header says so
     const Frame* future = nullptr;             // of a B picture
     const QuantiserMap* quantisers = nullptr;  // where they vary
-    const MacroblockGrid* anchor = nullptr;    // macroblocks of `future`; null = an I picture
+    int beyond = 0;  // quantiser that decisions are made for, where none in the header is so coarse
+    const MacroblockGrid* anchor = nullptr;  // macroblocks of `future`; null = an I picture
 
     int Width() const { return grid.Width(); }
     int Height() const { return grid.Height(); }

@@ -28,4 +28,12 @@ Quantiser Quantiser::Make(int number, int step, double bit_worth) {
     return made;
 }
 
+Quantiser Quantiser::Beyond(int number, double bit_worth) {
+    const double times = static_cast<double>(number) / kCoarsest;
+    Quantiser made = Make(kCoarsest, 2 * kCoarsest, times * times * bit_worth);
+    made.search_lambda =
+        static_cast<std::uint32_t>(std::lround(times * static_cast<double>(made.search_lambda)));
+    return made;
+}
+
 }  // namespace codecs::wmv9

@@ -14,6 +14,8 @@ constexpr double kErrorOfSquaredSample = kEighths * kEighths / 1.28;
 /// docs/video9.md.
 constexpr double kBitWorth = 0.2;
 
+constexpr int kCoarsest = 31;
+
 struct Quantiser {
     int number = 1;  // 1 to 31
     int step = 2;    // between reconstructed levels
@@ -25,6 +27,8 @@ struct Quantiser {
 
     /// @param bit_worth  what a bit is worth, in squared steps
     static Quantiser Make(int number, int step, double bit_worth = kBitWorth);
+    /// The coarsest one, with bits worth what they are at a coarser one of that number.
+    static Quantiser Beyond(int number, double bit_worth);
 };
 
 }  // namespace codecs::wmv9

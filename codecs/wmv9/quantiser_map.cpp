@@ -5,6 +5,9 @@
 #include <cmath>
 #include <numeric>
 
+#include "codecs/wmv9/encoder.h"
+#include "codecs/wmv9/quantiser.h"
+
 namespace codecs::wmv9 {
 namespace {
 
@@ -16,11 +19,25 @@ constexpr double kMostAbove = 1;        // of the quantiser: sharp text on paper
 constexpr float kUsualWorth = 1.96F;    // of what has the quantiser that is asked for
 constexpr float kWithinPicture = 0.4F;  // of the differences in worth, as far as they are trusted
 
-constexpr int kCoarsest = 31;
 constexpr int kShortDifference = 6;  // of a macroblock's quantiser, in three bits in place of eight
 
 float LogPart(float worth, double power) {
     return static_cast<float>(power) * std::log(kUsualWorth / worth);
+}
+
+// The picture's own, beside which most macroblocks' differ by little.
+int Cheapest(std::span<const int> counts) {
+    int cheapest = 1;
+    int most = -1;
+    for (int first = 1; first <= kCoarsest; ++first) {
+        int within = 0;
+        for (int q = first; q <= std::min(first + kShortDifference, kCoarsest); ++q)
+            within += counts[Index(q)];
+        if (within < most) continue;
+        most = within;
+        cheapest = first;
+    }
+    return cheapest;
 }
 
 }  // namespace
@@ -38,6 +55,7 @@ void QuantiserMap::Choose(double quantiser, std::span<const double> activity,
     const float mean = std::accumulate(log_parts_.begin(), log_parts_.end(), 0.0F) /
                        std::max(1.0F, static_cast<float>(worth.size()));
     std::array<int, kCoarsest + 1> counts{};
+    double sum = 0;
     for (std::size_t i = 0; i < quantisers_.size(); ++i) {
         float part = 1;
         if (!worth.empty()) part = std::exp(mean + kWithinPicture * (log_parts_[i] - mean));
@@ -45,26 +63,13 @@ void QuantiserMap::Choose(double quantiser, std::span<const double> activity,
         const double step = kMasked + kMaskedPart * due;
         const double wanted =
             due + std::min(step * std::max(activity[i], -kMostBelow), kMostAbove * due);
-        const int whole = std::clamp(static_cast<int>(std::lround(wanted)), 1, kCoarsest);
+        const int whole = std::clamp(static_cast<int>(std::lround(wanted)), 1, kCoarsestAsked);
         quantisers_[i] = static_cast<std::uint8_t>(whole);
-        ++counts[Index(whole)];
-    }
-    Summarise(counts);
-}
-
-void QuantiserMap::Summarise(std::span<const int> counts) {
-    double sum = 0;
-    int most = -1;
-    for (int first = 1; first <= kCoarsest; ++first) {
-        sum += first * counts[Index(first)];
-        int within = 0;
-        for (int q = first; q <= std::min(first + kShortDifference, kCoarsest); ++q)
-            within += counts[Index(q)];
-        if (within < most) continue;
-        most = within;
-        of_picture_ = first;
+        ++counts[Index(std::min(whole, kCoarsest))];
+        sum += whole;
     }
     mean_ = sum / static_cast<double>(quantisers_.size());
+    of_picture_ = Cheapest(counts);
 }
 
 }  // namespace codecs::wmv9

@@ -23,20 +23,19 @@ class QuantiserMap {
         quantisers_.resize(Index(width) * Index(height));
     }
 
-    /// @param quantiser  asked for, 1 to 31
+    /// @param quantiser  asked for, 1 to kCoarsestAsked
     /// @param activity   of macroblocks in raster order; see Activity
     /// @param worth      of macroblocks in raster order; empty = all alike
     /// @param power      see QuantiserPart
     void Choose(double quantiser, std::span<const double> activity, std::span<const float> worth,
                 double power);
+    /// Up to kCoarsestAsked.
     int At(int x, int y) const { return quantisers_[Index(y) * Index(width_) + Index(x)]; }
     /// The picture's own, beside which the macroblocks' take the fewest bits.
     int OfPicture() const { return of_picture_; }
     double Mean() const { return mean_; }
 
   private:
-    void Summarise(std::span<const int> counts);
-
     int width_;
     int of_picture_ = 1;
     double mean_ = 1;

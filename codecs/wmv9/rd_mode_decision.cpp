@@ -412,16 +412,18 @@ void SetVector(Macroblock& macroblock, MotionVector vector, const VectorPredicti
 
 RdModeDecision::RdModeDecision(const Preset& preset) : preset_(preset) {
     const double bit_worth = preset.rd ? kBitWorth : kBitWorthOfRounded;
-    for (int number = 1; number < 32; ++number)
+    for (int number = 1; number <= kCoarsestAsked; ++number)
         for (int half = 0; half < 2; ++half)
             quantisers_[Index(number)][Index(half)] =
-                Quantiser::Make(number, 2 * number + half, bit_worth);
+                number <= kCoarsest ? Quantiser::Make(number, 2 * number + half, bit_worth)
+                                    : Quantiser::Beyond(number, bit_worth);
 }
 
 void RdModeDecision::Choose(const Picture& picture, const Estimates& estimates, int x, int y,
                             Candidate& out) const {
     const PictureHeader& header = picture.header;
-    const int number = header.varying ? picture.quantisers->At(x, y) : header.quantiser;
+    const int number =
+        header.varying ? picture.quantisers->At(x, y) : std::max(header.quantiser, picture.beyond);
     const Quantiser& quantiser = quantisers_[Index(number)][Index(header.Step(number) & 1)];
     MacroblockDecision decision(picture, estimates, preset_, quantiser, x, y, out);
     switch (picture.header.kind) {

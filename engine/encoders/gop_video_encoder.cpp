@@ -336,8 +336,9 @@ std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) c
     // What stands before it refers to more than it: nobody could start from it.
     outcomes.push_back(Code(work, *last, {.kind = kind, .may_be_i = b_count == 0}));
     if (!outcomes.front().coded.bytes) {
-        // The others find another one to stand before.
-        work.next.erase(last);
+        // The first one goes, so that time passes until there is room for one to refer to.
+        last->decided = false;
+        work.next.erase(work.next.begin());
         --work.judged;
         return outcomes;
     }
@@ -412,13 +413,13 @@ std::optional<CodedPicture> GopVideoEncoder::Fitted(Work& work, AVFrame& frame,
         coded = work.coder->Recode(frame, request);
     }
     for (int recoded = 0; !control.Fits(coded.Size(), request.quantiser); ++recoded) {
-        if (request.quantiser >= codecs::RateSettings::kMostCoarse) {
+        if (request.quantiser >= rate_.most_coarse) {
             work.coder->Forget();
             return {};
         }
         request.quantiser = recoded < kMostRecoded
                                 ? control.Coarser(request.quantiser, coded.Size())
-                                : codecs::RateSettings::kMostCoarse;
+                                : rate_.most_coarse;
         coded = work.coder->Recode(frame, request);
     }
     return coded;

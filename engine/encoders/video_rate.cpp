@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "codecs/wmv9/encoder.h"
 #include "engine/plan/frame_memory.h"
 
 namespace engine {
@@ -24,10 +25,9 @@ double QualityQuantiser(std::int32_t quality) {
 }
 
 // Sharper pictures at the cost of their number.
-double CoarsestQuantiser(std::int32_t sharpness) {
+double CoarsestQuantiser(double most_coarse, std::int32_t sharpness) {
     const int above = std::clamp(sharpness, kUsualSharpness, 100) - kUsualSharpness;
-    return kCoarsestQuantiser -
-           above * (kCoarsestQuantiser - kSharpestCoarsest) / (100 - kUsualSharpness);
+    return most_coarse - above * (most_coarse - kSharpestCoarsest) / (100 - kUsualSharpness);
 }
 
 double VbvBits(double rate_bps, std::int32_t buffer_ms) {
@@ -66,7 +66,10 @@ Ticks AskedLength(const VideoPlan& plan) {
 codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
     codecs::RateSettings rate;
     rate.rate_bps = plan.bit_rate_bps;
-    if (IsWmv9(plan)) rate.halves_up_to = kHalvesUpTo;
+    if (IsWmv9(plan)) {
+        rate.halves_up_to = kHalvesUpTo;
+        rate.most_coarse = codecs::wmv9::kCoarsestAsked;
+    }
     if (plan.mode == VbrMode::Quality) {
         rate.finest = rate.coarsest = rate.Coded(QualityQuantiser(plan.quality));
         KeepToLevel(plan, rate);
@@ -74,7 +77,7 @@ codecs::RateSettings VideoRate(const VideoPlan& plan, const EncoderPass& pass) {
     }
     rate.finest = kFinestQuantiser;
     rate.sharpens = plan.input.capture.has_value();
-    rate.coarsest = CoarsestQuantiser(plan.sharpness);
+    rate.coarsest = CoarsestQuantiser(rate.most_coarse, plan.sharpness);
     // The first of two passes only finds out what the pictures take.
     rate.steady = pass.number < pass.count;
     if (rate.steady) {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -17,13 +19,14 @@ using namespace codecs::wmv9;
 
 namespace {
 
-const std::vector<double> kMixedQuantisers = {8, 2.5, 14, 31, 1, 5.5, 20, 8.5, 3};
+const std::vector<double> kMixedQuantisers = {8, 2.5, 14, 31, 1, 5.5, 70, 8.5, 3};
 
-// All that can be asked for: 1, 1.5, ... 8, 8.5, 9, 10, ... 31.
+// 1, 1.5, ... 8, 8.5, 9, 10, ... 31, and some beyond.
 std::vector<double> AllQuantisers() {
     std::vector<double> all;
     for (double quantiser = 1; quantiser <= 31; quantiser += quantiser < 9 ? 0.5 : 1)
         all.push_back(quantiser);
+    all.insert(all.end(), {32, 60, kCoarsestAsked});
     return all;
 }
 
@@ -137,6 +140,26 @@ TEST(EncoderStreams, OfEveryQuantiserDecode) {
                 EXPECT_EQ(outcome.fault, "");
                 for (const Kept& kept : outcome.pictures) EXPECT_EQ(kept.quantiser, quantiser);
             }
+        }
+    }
+}
+
+TEST(EncoderStreams, TakeLessBeyondTheCoarsestQuantiser) {
+    for (const bool adaptive : {false, true}) {
+        const EncoderSettings settings{
+            .width = 96, .height = 64, .b_pictures = 1, .adaptive = adaptive};
+        const auto bytes_at = [&](double quantiser) {
+            std::map<PictureKind, std::size_t> bytes;
+            for (const Kept& kept : EncodeAll(settings, {}, Gops(9, 1, {quantiser})).pictures)
+                bytes[kept.kind] += kept.data.size();
+            return bytes;
+        };
+        const auto coarsest = bytes_at(31);
+        const auto beyond = bytes_at(50);
+        const auto farthest = bytes_at(kCoarsestAsked);
+        for (const PictureKind kind : {PictureKind::kI, PictureKind::kP}) {
+            EXPECT_LT(beyond.at(kind), coarsest.at(kind)) << adaptive;
+            EXPECT_LT(farthest.at(kind), beyond.at(kind)) << adaptive;
         }
     }
 }
