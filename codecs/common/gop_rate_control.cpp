@@ -242,19 +242,20 @@ double GopRateControl::Restrained(double even) const {
 }
 
 bool GopRateControl::MustDrop(double even) const {
+    const double least = forecast_.Expected().At(settings_.coarsest);
     // Where B pictures may be, the next picture is as early as one that was left out: the VBV does
     // not drain meanwhile, so that what is expected of it would leave out all that follow.
-    if (stands_still_) return false;
-    const double least = forecast_.Expected().At(settings_.coarsest);
+    const bool overruns = !stands_still_ && least > HardRoom();
     if (picture_.kind == PictureKind::kI)
-        return least > HardRoom() && level_bits_ > kNearlyEmpty * settings_.vbv_bits;
-    if (least > HardRoom()) return true;
+        return overruns && level_bits_ > kNearlyEmpty * settings_.vbv_bits;
+    if (overruns) return true;
     // An error at the end of a GOP is no reason.
     const bool coarse =
         even >= settings_.coarsest && quantiser_ * kLargestStep >= settings_.coarsest;
     // What takes next to nothing saves nothing.
     const double usual = settings_.rate_bps * interval_;
-    return coarse && least > kWorthDropping * usual && Overdraft(picture_.seconds) > 0;
+    return coarse && least > kWorthDropping * usual &&
+           Overdraft(stands_still_ ? picture_.needed_seconds : picture_.seconds) > 0;
 }
 
 void GopRateControl::LearnInterval(double passed) {
