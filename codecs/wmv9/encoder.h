@@ -36,8 +36,8 @@ struct PictureView {
     std::array<std::ptrdiff_t, 3> strides{};
 };
 
-/// The format's own coarsest quantiser is 31. Coarser ones are that one with bits that are worth
-/// more than what they spare the eye.
+/// The format's own coarsest quantiser is 31. Coarser ones are coded with that one, in decisions
+/// whose bits are worth what they are at the quantiser that there is not.
 constexpr int kCoarsestAsked = 93;
 
 struct PictureRequest {

@@ -71,6 +71,18 @@ TEST_F(Rates, ARateFarTooLowCostsFramesNotBits) {
     }
 }
 
+// With B pictures, what is dropped after a first picture that fills the buffer lets it drain.
+TEST_F(Rates, FramesFollowAFirstPictureThatFillsTheBuffer) {
+    EncodePlan plan = session::OfVideo(source_, folder_->Path("first.wmv"), "wmv3");
+    plan.video->performance = 60;
+    plan.video->bit_rate_bps = 12'000;
+    plan.video->buffer_ms = 300;
+    const session::Outcome outcome = session::RunCleanly(plan);
+    EXPECT_EQ(clips::DecodeMessages(plan.FilePath()), "");
+    EXPECT_GT(outcome.video.dropped_sample_count.Raw(), 0);
+    EXPECT_GT(outcome.video.sample_count.Raw(), kFrames / 2);
+}
+
 // The header says 25 frames a second, the clip has about four.
 TEST_F(Rates, TheRateGoesByTimeNotByFrames) {
     const std::string sparse = clips::Ffmpeg(
