@@ -276,7 +276,7 @@ class Encoder::Impl {
         const bool halves = quantiser < kFinestHalves;
         const double coded = halves ? std::round(2 * quantiser) / 2 : std::round(quantiser);
         header.quantiser = std::min(static_cast<int>(coded), kCoarsest);
-        header.half_step = coded > header.quantiser;
+        header.half_step = halves && coded > header.quantiser;
         return coded;
     }
 
