@@ -34,7 +34,8 @@ struct Tables {
 struct CodingState {
     int earlier = -1;  // anchors; -1 = none
     int later = -1;
-    int later_number = -1;  // in the look-ahead; -1 = not there
+    int earlier_number = -1;  // in the look-ahead; -1 = not there
+    int later_number = -1;
     bool later_is_i = false;
     int later_grid = 0;
     Brightness later_brightness;

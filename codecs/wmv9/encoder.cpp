@@ -11,6 +11,7 @@
 #include "codecs/wmv9/coding_state.h"
 #include "codecs/wmv9/frame.h"
 #include "codecs/wmv9/intensity.h"
+#include "codecs/wmv9/likely_motion.h"
 #include "codecs/wmv9/lookahead.h"
 #include "codecs/wmv9/macroblock_tree.h"
 #include "codecs/wmv9/mode_decision.h"
@@ -232,6 +233,7 @@ class Encoder::Impl {
         team_.Run(1 + parts, [&](int task) {
             if (task == 0) {
                 if (has_worth) worth_ = tree_.Worth(lookahead_, number_);
+                likely_.Find(lookahead_, kind, number_, past_);
                 return;
             }
             const int first = height_ * (task - 1) / parts;
@@ -304,6 +306,7 @@ class Encoder::Impl {
         Frame& result = anchor ? anchors_[Index(place)] : b_frame_;
         Picture picture{sequence_, header, BestKernels(),
                         source_,   result, anchor ? grids_[Index(grid)] : b_grid_};
+        picture.likely = &likely_;
         if (header.IsI() && picture.Overlaps()) Overlap::Sharpen(source_);
         if (header.varying) picture.quantisers = &quantisers_;
         if (mean_quantiser_ > kCoarsest) picture.beyond = static_cast<int>(mean_quantiser_);
@@ -379,6 +382,7 @@ class Encoder::Impl {
         next_.mapped = mapped;
         next_.rounding = header.IsI() ? 1 : header.rounding;
         next_.quantiser = asked_;
+        next_.earlier_number = past_.later_number;
         next_.later_number = number_;
         if (!header.IsI()) return;
         next_.until_tools = next_.until_b = kFirstTrial;
@@ -410,9 +414,10 @@ class Encoder::Impl {
     // Of the picture in hand.
     int number_ = -1;               // in the look-ahead
     std::span<const float> worth_;  // of its macroblocks; empty = no later picture is known
-    double asked_ = 0;              // quantiser
-    double mean_quantiser_ = 0;     // of its macroblocks
-    double effective_ = 0;          // that had better been asked for to come to it
+    LikelyMotion likely_;
+    double asked_ = 0;           // quantiser
+    double mean_quantiser_ = 0;  // of its macroblocks
+    double effective_ = 0;       // that had better been asked for to come to it
     Frame source_;
     Frame b_frame_;
     MacroblockGrid b_grid_;

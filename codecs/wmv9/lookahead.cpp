@@ -44,6 +44,7 @@ Lookahead::Lookahead(int width, int height, int rounds, TaskTeam& team)
       rounds_(rounds),
       to_later_(Index(columns_) * Index(rows_)),
       b_costs_(to_later_.size()),
+      team_(team),
       wavefront_(team) {
     for (std::vector<Move>& moves : to_earlier_) moves.resize(to_later_.size());
 }
@@ -60,13 +61,25 @@ double Lookahead::Add(const PictureView& picture) {
     small.saved.assign(to_later_.size(), 0);
     small.moving.clear();
     const Small* const before = pictures_.empty() ? nullptr : &pictures_.back();
-    ForBlocks([&](int column, int row) {
-        if (column == 0) LoadRow(picture, small, row);
-        const std::size_t place = Place(column, row);
-        small.own[place] = OwnBlockCost(small, column, row);
-        if (before != nullptr)
-            small.moves[place] = FindMove(small, *before, column, row, small.moves);
+    team_.Run(rows_, [&](int row) {
+        LoadRow(picture, small, row);
+        for (int column = 0; column < columns_; ++column)
+            small.own[Place(column, row)] = OwnBlockCost(small, column, row);
     });
+    if (before != nullptr) {
+        const std::span<const Displacement> likely = global_motion_.Find(
+            columns_, small.own,
+            [&](int column, int row, Displacement move) {
+                return Holds(move, column, row)
+                           ? MoveCost(small, *before, {move.x, move.y}, column, row)
+                           : std::numeric_limits<std::uint32_t>::max();
+            },
+            team_);
+        ForBlocks([&](int column, int row) {
+            small.moves[Place(column, row)] =
+                FindMove(small, *before, column, row, small.moves, likely);
+        });
+    }
     const auto own = std::accumulate(small.own.begin(), small.own.end(), std::int64_t{0});
     const std::int64_t moved = before == nullptr ? own : MovedCost(small, small.moves);
     if (before != nullptr) FindSavings(small);
@@ -164,16 +177,20 @@ std::uint32_t Lookahead::MoveCost(const Small& picture, const Small& reference, 
            (moves ? kMoveCost : 0);
 }
 
+bool Lookahead::Holds(Displacement move, int column, int row) const {
+    const int left = kBlock * column + (move.x >> 1);
+    const int top = kBlock * row + (move.y >> 1);
+    return left > -kMargin && left < kBlock * columns_ + kMargin - kBlock - 1 && top > -kMargin &&
+           top < kBlock * rows_ + kMargin - kBlock - 1;
+}
+
 Lookahead::Move Lookahead::FindMove(const Small& picture, const Small& reference, int column,
-                                    int row, const std::vector<Move>& found) const {
+                                    int row, const std::vector<Move>& found,
+                                    std::span<const Displacement> likely) const {
     Move best;
     best.cost = MoveCost(picture, reference, best, column, row);
     const auto consider = [&](int x, int y) {
-        const int left = kBlock * column + (x >> 1);
-        const int top = kBlock * row + (y >> 1);
-        const bool inside = left > -kMargin && left < kBlock * columns_ + kMargin - kBlock - 1 &&
-                            top > -kMargin && top < kBlock * rows_ + kMargin - kBlock - 1;
-        if (!inside || (x == best.x && y == best.y)) return false;
+        if (!Holds({x, y}, column, row) || (x == best.x && y == best.y)) return false;
         const std::uint32_t cost = MoveCost(picture, reference, {x, y}, column, row);
         if (cost >= best.cost) return false;
         best = {x, y, cost};
@@ -185,6 +202,7 @@ Lookahead::Move Lookahead::FindMove(const Small& picture, const Small& reference
     if (row > 0) consider_whole(found[Place(column, row - 1)]);
     if (row > 0 && column + 1 < columns_) consider_whole(found[Place(column + 1, row - 1)]);
     if (best.x == 0 && best.y == 0 && best.cost <= kNearEnough) return best;
+    for (const Displacement& move : likely) consider(move.x & ~1, move.y & ~1);
     const auto around = [&](int step) {
         const Move c = best;
         bool better = consider(c.x - step, c.y);
@@ -198,10 +216,30 @@ Lookahead::Move Lookahead::FindMove(const Small& picture, const Small& reference
     return best;
 }
 
-void Lookahead::FindMoves(const Small& picture, const Small& reference, std::vector<Move>& moves) {
+void Lookahead::FindMoves(const Small& picture, const Small& reference,
+                          const std::vector<Displacement>& likely, std::vector<Move>& moves) {
     ForBlocks([&](int column, int row) {
-        moves[Place(column, row)] = FindMove(picture, reference, column, row, moves);
+        const std::size_t place = Place(column, row);
+        moves[place] = FindMove(picture, reference, column, row, moves, {&likely[place], 1});
     });
+}
+
+void Lookahead::Trace(int number, int earlier, std::vector<Displacement>& out) const {
+    out.assign(to_later_.size(), {});
+    constexpr int kSamples = 2 * kBlock;
+    for (int row = 0; row < rows_; ++row)
+        for (int column = 0; column < columns_; ++column) {
+            Displacement& sum = out[Place(column, row)];
+            for (int n = number; n > earlier; --n) {
+                const auto there = [](int block, int moved, int count) {
+                    return std::clamp((kSamples * block + moved + kBlock) / kSamples, 0, count - 1);
+                };
+                const Move& move =
+                    At(n).moves[Place(there(column, sum.x, columns_), there(row, sum.y, rows_))];
+                sum.x += move.x;
+                sum.y += move.y;
+            }
+        }
 }
 
 std::int64_t Lookahead::MovedCost(const Small& picture, const std::vector<Move>& moves) {
@@ -211,11 +249,14 @@ std::int64_t Lookahead::MovedCost(const Small& picture, const std::vector<Move>&
 }
 
 std::int64_t Lookahead::BCost(const Small& picture, const Small& earlier,
-                              const std::vector<Move>& to_earlier, const Small& later) {
+                              const std::vector<Move>& to_earlier, const Small& later,
+                              const std::vector<Displacement>& likely) {
     ForBlocks([&](int column, int row) {
         const std::size_t place = Place(column, row);
         const Move& e = to_earlier[place];
-        const Move& l = to_later_[place] = FindMove(picture, later, column, row, to_later_);
+        const Displacement back{-likely[place].x, -likely[place].y};
+        const Move& l = to_later_[place] =
+            FindMove(picture, later, column, row, to_later_, {&back, 1});
         alignas(64) std::uint8_t one[kBlock * kBlock];
         alignas(64) std::uint8_t other[kBlock * kBlock];
         std::ptrdiff_t one_stride = 0;
@@ -239,7 +280,10 @@ int Lookahead::Choose(int before, int first, int count) {
         const Small& picture = At(first + i);
         // What was dropped leaves gaps.
         const bool follows = i > 0 || before == first - 1;
-        if (!follows) FindMoves(picture, At(before), to_earlier_[Index(i)]);
+        if (!follows) {
+            Trace(first + i, before, likely_);
+            FindMoves(picture, At(before), likely_, to_earlier_[Index(i)]);
+        }
         if (follows && i == 0) to_earlier_[0] = picture.moves;
         const auto own = std::accumulate(picture.own.begin(), picture.own.end(), std::int64_t{0});
         const std::int64_t moved =
@@ -253,11 +297,14 @@ int Lookahead::Choose(int before, int first, int count) {
     auto least = static_cast<double>(first_cost);
     for (int b_pictures = 1; b_pictures <= most; ++b_pictures) {
         const Small& anchor = At(first + b_pictures);
-        FindMoves(anchor, At(before), to_earlier_[Index(b_pictures)]);
+        Trace(first + b_pictures, before, likely_);
+        FindMoves(anchor, At(before), likely_, to_earlier_[Index(b_pictures)]);
         auto cost = static_cast<double>(MovedCost(anchor, to_earlier_[Index(b_pictures)]));
-        for (int i = 0; i < b_pictures; ++i)
+        for (int i = 0; i < b_pictures; ++i) {
+            Trace(first + b_pictures, first + i, likely_);
             cost += kBCostPart * static_cast<double>(BCost(At(first + i), At(before),
-                                                           to_earlier_[Index(i)], anchor));
+                                                           to_earlier_[Index(i)], anchor, likely_));
+        }
         cost /= b_pictures + 1;
         if (cost >= least) continue;
         least = cost;

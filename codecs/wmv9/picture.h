@@ -15,6 +15,8 @@
 
 namespace codecs::wmv9 {
 
+struct LikelyMotion;
+
 /// Units and filters of vectors; with Mixed a macroblock may have 4MV (MVMODE).
 enum class VectorMode : std::uint8_t { Quarter, Half, HalfBilinear, Mixed };
 
@@ -76,6 +78,7 @@ struct Picture {
     const Frame* future = nullptr;             // of a B picture
     const QuantiserMap* quantisers = nullptr;  // where they vary
     int beyond = 0;  // quantiser that decisions are made for, where none in the header is so coarse
+    const LikelyMotion* likely = nullptr;    // null = none is known
     const MacroblockGrid* anchor = nullptr;  // macroblocks of `future`; null = an I picture
 
     int Width() const { return grid.Width(); }

@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <array>
+#include <limits>
 
 #include "codecs/common/index.h"
 #include "codecs/wmv9/intra.h"
+#include "codecs/wmv9/likely_motion.h"
 #include "codecs/wmv9/mode_decision.h"
 #include "codecs/wmv9/motion_search.h"
 #include "codecs/wmv9/prediction.h"
@@ -25,6 +27,15 @@ constexpr int kLikelyBits = 24;
 
 // What a bit is worth where levels are rounded alone: more, so that lone ones are left out.
 constexpr double kBitWorthOfRounded = 0.26;
+
+MotionVector VectorOf(Displacement move) {
+    const auto quarters = [](int samples) {
+        using Limits = std::numeric_limits<std::int16_t>;
+        return static_cast<std::int16_t>(
+            std::clamp(4 * samples, int{Limits::min()}, int{Limits::max()}));
+    };
+    return {quarters(move.x), quarters(move.y)};
+}
 
 // Vectors worth a look, each once.
 class Starts {
@@ -75,6 +86,7 @@ class MacroblockDecision {
         Starts starts;
         AddNeighbours(starts, [](const Macroblock& m) { return m.vectors[3]; });
         if (picture_.anchor != nullptr) starts.Add(picture_.anchor->At(x_, y_).vectors[0]);
+        AddLikely(starts, &LikelyMotion::in_past, 1);
         const MotionSearch search(picture_, *picture_.past, estimates_, quantiser_, preset_);
         const FoundVector one = search.Search(block, Nearest(prediction), starts.All());
         if (!tried || !(one.vector == prediction.median)) TryOne(prediction, one.vector);
@@ -98,9 +110,11 @@ class MacroblockDecision {
         Starts to_past;
         to_past.Add(direct_.forward);
         AddNeighbours(to_past, [](const Macroblock& m) { return m.vectors[0]; });
+        AddLikely(to_past, &LikelyMotion::in_past, 1);
         Starts to_future;
         to_future.Add(direct_.backward);
         AddNeighbours(to_future, [](const Macroblock& m) { return m.backward; });
+        AddLikely(to_future, &LikelyMotion::from_future, -1);
         const FoundVector f = past.Search(block, forward_, to_past.All());
         const FoundVector b = future.Search(block, backward_, to_future.All());
         const std::uint32_t both = BothCost(f, b);
@@ -129,6 +143,13 @@ class MacroblockDecision {
         if (y_ == 0) return;
         starts.Add(vector_of(picture_.grid.At(x_, y_ - 1)));
         if (x_ + 1 < picture_.Width()) starts.Add(vector_of(picture_.grid.At(x_ + 1, y_ - 1)));
+    }
+
+    void AddLikely(Starts& starts, std::vector<Displacement> LikelyMotion::*which, int sign) const {
+        if (picture_.likely == nullptr || (picture_.likely->*which).empty()) return;
+        const auto place = Index(y_) * Index(picture_.Width()) + Index(x_);
+        const Displacement& move = (picture_.likely->*which)[place];
+        starts.Add(VectorOf({sign * move.x, sign * move.y}));
     }
 
     Candidate& Spare() { return best_ == &out_ ? spare_ : out_; }
