@@ -62,17 +62,19 @@ class Curve:
 
 
 def curve_of(points):
-    """None unless more bits give more quality throughout."""
-    points = sorted(points)
-    qualities = [quality for _, quality in points]
-    if len(points) < 2 or any(right <= left for left, right in zip(qualities, qualities[1:])):
+    """Through the points that no other one has as much quality in fewer bits than; None when that is
+    only one."""
+    best = []
+    for rate, quality in sorted(points):
+        if not best or quality > best[-1][1]:
+            best.append((rate, quality))
+    if len(best) < 2:
         return None
-    return Curve(qualities, [math.log10(rate) for rate, _ in points])
+    return Curve([quality for _, quality in best], [math.log10(rate) for rate, _ in best])
 
 
 def difference(points, reference):
-    """Of two lists of (rate, quality); None when they have no quality in common, or when one of them
-    loses quality with more bits."""
+    """Of two lists of (rate, quality); None when they have no quality in common."""
     curves = curve_of(points), curve_of(reference)
     if None in curves:
         return None
@@ -106,7 +108,8 @@ CASES = [
     ("a bend", [(1, 0.0), (10, 1.0), (10000, 2.0)], [(1, 0.0), (1, 2.0)],
      (10**((3 / 8 + 55 / 24) / 2) - 1) * 100),
     ("nothing in common", [(1, 1.0), (2, 2.0)], [(1, 3.0), (2, 4.0)], None),
-    ("less quality with more bits", [(1, 1.0), (2, 3.0), (3, 2.0)], REFERENCE, None),
+    ("less quality with more bits", [*REFERENCE, (250, 33.0), (900, 38.2)], REFERENCE, 0),
+    ("one point that counts", [(1, 3.0), (2, 2.0)], REFERENCE, None),
 ]
 
 

@@ -184,7 +184,7 @@ def camera_file(name, path, folder):
                   "aevalsrc=0.3*sin(2*PI*(200+30*t)*t)|0.1*random(0):s=48000", "-map", "0:v:0", "-map", "1:a", "-vf",
                   f"setpts=N/{RATE}/TB,scale={what.width}:{what.height}:force_original_aspect_ratio=increase,"
                   f"crop={what.width}:{what.height},noise=alls=5:allf=t,format=yuv420p", "-r", RATE, "-t", what.seconds, "-c:v", "libx264", "-preset", "fast", "-b:v",
-                  what.own_rate, "-c:a", "aac", file)
+                  what.own_rate, "-maxrate", what.own_rate, "-bufsize", what.own_rate, "-c:a", "aac", file)
     return file
 
 

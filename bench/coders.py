@@ -14,9 +14,12 @@ import measuring
 
 KEY_SECONDS = 10  # the longest time between key frames, of all encoders
 LEVELS = ["0", "20", "40", "60", "100"]
-QUALITIES = ["97", "90", "79", "62"]  # of -v_mode 2: quantisers of about 3, 5, 8 and 13
-QUANTISERS = ["3", "5", "8", "13"]
-CRF = ["20", "25", "30", "36"]
+# So near each other that curves between them hold: where noise begins to go under, a quantiser may be
+# three decibels.
+QUALITIES = ["97", "93", "90", "86", "79", "72", "62"]  # of -v_mode 2, for quantisers of about:
+QUANTISERS = ["3", "4", "5", "6", "8", "10", "13"]
+CRF = ["20", "22.5", "25", "27", "30", "33", "36"]
+PACED = 2  # the setting whose speed is measured
 LONG_SECONDS = 5     # of a run that is not repeated
 LEAST_ERROR = 0.005  # that the psnr filter tells from none
 
@@ -39,7 +42,7 @@ ANCHOR = "wmv2, mbd rd, trellis 2"   # whose bits the others' are compared with
 
 class Coder(NamedTuple):
     name: str
-    settings: list   # four, from fine to coarse
+    settings: list   # from fine to coarse
     command: object  # of a clip's file, its frame rate, a setting, a folder and threads: words, output
     console: str = ""  # of ours: program, level, codec as ffprobe calls it
     level: str = ""
@@ -141,14 +144,14 @@ class Pace(NamedTuple):
 
 
 def pace(coder, other, clip, cores, pairs):
-    """Speed from raw frames to a file on so many cores, beside another encoder's, at each one's second
-    setting. What encoding the first frame alone takes is not counted: start and end of a process.
+    """Speed from raw frames to a file on so many cores, beside another encoder's, at one
+    setting of each. What encoding the first frame alone takes is not counted: start and end of a process.
     One pair does where it takes long."""
     used = ",".join(str(core) for core in sorted(os.sched_getaffinity(0))[:cores])
     with tempfile.TemporaryDirectory() as folder:
         def alternate(count, file, **options):
             def encode(who):
-                words, _ = who.command(file, clip.rate, who.settings[1], folder, cores)
+                words, _ = who.command(file, clip.rate, who.settings[PACED], folder, cores)
                 return measuring.run("taskset", "-c", used, *words)
             return measuring.alternate(count, lambda: encode(coder), lambda: encode(other), **options)
 
