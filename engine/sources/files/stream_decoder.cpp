@@ -47,10 +47,10 @@ StreamDecoder::StreamDecoder(const AVStream& stream, Ticks start, const std::str
     codec_.reset(CheckAllocated(avcodec_alloc_context3(decoder)));
     CheckAv(avcodec_parameters_to_context(codec_.get(), stream.codecpar), path);
     codec_->pkt_timebase = stream.time_base;
-    // Left to itself it has one more, and frames for it, which the threads of other stages make
-    // good.
-    codec_->thread_count =
-        static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, kMostDecoderThreads));
+    // One more than there are processors: those that decode frames side by side wait for each
+    // other.
+    codec_->thread_count = static_cast<int>(
+        std::clamp(std::thread::hardware_concurrency() + 1, 1U, kMostDecoderThreads));
     if (codec_->codec_type == AVMEDIA_TYPE_VIDEO) AllocateForEncoders(*codec_);
     CheckAv(avcodec_open2(codec_.get(), decoder, nullptr), path);
     const Ratio rate = NominalFrameRate(stream);
