@@ -38,7 +38,7 @@ struct PictureView {
 
 /// The format's own coarsest quantiser is 31. Coarser ones are coded with that one, in decisions
 /// whose bits are worth what they are at the quantiser that there is not.
-constexpr int kCoarsestAsked = 93;
+constexpr int kCoarsestAsked = 124;
 
 struct PictureRequest {
     PictureKind kind = PictureKind::kP;
