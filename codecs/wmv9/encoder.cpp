@@ -73,6 +73,7 @@ class Encoder::Impl {
 
     CodedPicture Encode(const PictureView& picture, const PictureRequest& request) {
         past_ = next_;
+        Follow(picture);
         return Recode(picture, request);
     }
 
@@ -88,7 +89,11 @@ class Encoder::Impl {
         return Code(HeaderFor(i_request));
     }
 
-    void Forget() { next_ = past_; }
+    void Forget() {
+        next_ = past_;
+        if (followed_ >= 0) lookahead_.TakeBack();
+        followed_ = -1;
+    }
 
     PictureView Reconstruction() {
         if (unfiltered_) coder_.FilterB(*unfiltered_);
@@ -98,6 +103,7 @@ class Encoder::Impl {
 
     std::optional<double> LookAhead(const PictureView& picture) {
         if (preset_.lookahead == 0) return {};
+        looks_ahead_ = true;
         lookahead_.DropBefore(past_.later_number);
         return lookahead_.Add(picture);
     }
@@ -116,6 +122,15 @@ class Encoder::Impl {
     }
 
   private:
+    // Where nothing ahead is known, at least what moves in the picture in hand is.
+    void Follow(const PictureView& picture) {
+        followed_ = -1;
+        if (looks_ahead_ || preset_.lookahead == 0 || settings_.b_pictures > 0) return;
+        followed_ = lookahead_.End();
+        lookahead_.DropBefore(followed_ - 1);
+        lookahead_.Add(picture);
+    }
+
     // Which pattern the next pictures cost the least in.
     void TryB(std::span<const PictureView> next, int first) {
         next = next.first(std::min<std::size_t>(next.size(), kPatternPictures));
@@ -223,11 +238,11 @@ class Encoder::Impl {
 
     // Loads the picture, and finds what its quantisers depend on.
     void Look(const PictureView& picture, const PictureRequest& request) {
-        number_ = lookahead_.Has(request.number) ? request.number : -1;
+        number_ = followed_ >= 0 ? followed_ : lookahead_.Has(request.number) ? request.number : -1;
         const PictureKind kind = KindFor(request);
-        const bool has_worth = kind != PictureKind::kB && number_ >= 0;
-        const bool measures =
-            (sequence_.varying_quantiser || FollowsFades()) && activity_.Begin(number_);
+        const bool has_worth = kind != PictureKind::kB && number_ >= 0 && looks_ahead_;
+        const bool measures = (sequence_.varying_quantiser || FollowsFades()) &&
+                              activity_.Begin(looks_ahead_ ? number_ : -1);
         const int parts = std::min(kLoadedParts, height_);
         worth_ = {};
         team_.Run(1 + parts, [&](int task) {
@@ -411,8 +426,10 @@ class Encoder::Impl {
     MacroblockTree tree_;
     ActivityMeter activity_;
     QuantiserMap quantisers_;
+    bool looks_ahead_ = false;
     // Of the picture in hand.
-    int number_ = -1;               // in the look-ahead
+    int followed_ = -1;  // in the look-ahead, where it knows nothing beyond; -1 = not there
+    int number_ = -1;    // in the look-ahead
     std::span<const float> worth_;  // of its macroblocks; empty = no later picture is known
     LikelyMotion likely_;
     double asked_ = 0;           // quantiser

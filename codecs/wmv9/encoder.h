@@ -87,10 +87,10 @@ class Encoder {
     /// What a decoder shows of the picture coded last; until the next call.
     PictureView Reconstruction() const;
 
-    /// The next picture in the order in which they are shown. I and P pictures become finer the
-    /// more of those that it has been given since are predicted with them, and are so again.
-    /// Returns how much of the picture is new, from 0 to 1; nothing where the preset has no
-    /// look-ahead.
+    /// The next picture in the order in which they are shown; from before the first one is coded
+    /// on, or never. I and P pictures become finer the more of those that it has been given since
+    /// are predicted with them, and are so again. Returns how much of the picture is new, from 0 to
+    /// 1; nothing where the preset has no look-ahead.
     std::optional<double> LookAhead(const PictureView& picture);
     /// How many of the pictures after the I or P picture coded last are better coded as B pictures:
     /// the first n of them, n below their number. Afterwards the picture coded last cannot be coded

@@ -38,7 +38,7 @@ GlobalMotion::Found GlobalMotion::Search(
             better = consider(c.x, c.y + 2) || better;
         }
     };
-    for (const Displacement& move : moves_) consider(move.x, move.y);
+    for (const Displacement& move : state_.moves) consider(move.x, move.y);
     descend();
     const bool wide = least > own / kPoor;
     if (wide) {
@@ -57,17 +57,19 @@ GlobalMotion::Found GlobalMotion::Search(
 
 std::span<const Displacement> GlobalMotion::Find(int columns, std::span<const std::uint32_t> own,
                                                  const CostOf& cost, TaskTeam& team) {
-    const int first = distance_ / 2;
+    before_ = state_;
+    const int distance = state_.distance;
+    const int first = distance / 2;
     const auto count = [&](int blocks) {
-        return std::max(0, (blocks - first + distance_ - 1) / distance_);
+        return std::max(0, (blocks - first + distance - 1) / distance);
     };
     const int across = count(columns);
     const int down = count(static_cast<int>(own.size()) / columns);
     searched_.assign(Index(across) * Index(down), {});
     team.Run(down, [&](int y) {
-        const int row = first + distance_ * y;
+        const int row = first + distance * y;
         for (int x = 0; x < across; ++x) {
-            const int column = first + distance_ * x;
+            const int column = first + distance * x;
             const std::uint32_t alone = own[Index(row) * Index(columns) + Index(column)];
             if (alone < kPlain) continue;
             searched_[Index(y) * Index(across) + Index(x)] =
@@ -75,7 +77,7 @@ std::span<const Displacement> GlobalMotion::Find(int columns, std::span<const st
         }
     });
     CountVotes();
-    return moves_;
+    return state_.moves;
 }
 
 void GlobalMotion::CountVotes() {
@@ -95,12 +97,12 @@ void GlobalMotion::CountVotes() {
         else
             same->saved += one.saved;
     }
-    distance_ = looked && !helped ? std::min(2 * distance_, kFarthest) : kNearest;
+    state_.distance = looked && !helped ? std::min(2 * state_.distance, kFarthest) : kNearest;
     std::stable_sort(votes_.begin(), votes_.end(),
                      [](const Vote& a, const Vote& b) { return a.saved > b.saved; });
-    moves_.clear();
+    state_.moves.clear();
     for (const Vote& vote : votes_)
-        if (moves_.size() < kMostMoves) moves_.push_back(vote.move);
+        if (state_.moves.size() < kMostMoves) state_.moves.push_back(vote.move);
 }
 
 }  // namespace codecs::wmv9

@@ -36,6 +36,9 @@ class GlobalMotion {
     std::span<const Displacement> Find(int columns, std::span<const std::uint32_t> own,
                                        const CostOf& cost, TaskTeam& team);
 
+    /// As if the last picture had not been there.
+    void TakeBack() { state_ = before_; }
+
   private:
     static constexpr int kNearest = 4;  // chosen by hand on the clips of bench/quality
 
@@ -53,8 +56,13 @@ class GlobalMotion {
     };
     std::vector<Found> searched_;
     std::vector<Vote> votes_;
-    std::vector<Displacement> moves_;  // of the last picture, too
-    int distance_ = kNearest;          // of blocks that are looked for
+    // From picture to picture.
+    struct State {
+        std::vector<Displacement> moves;  // of the last one
+        int distance = kNearest;          // of blocks that are looked for
+    };
+    State state_;
+    State before_;
 };
 
 }  // namespace codecs::wmv9

@@ -99,6 +99,12 @@ void Lookahead::FindSavings(Small& small) {
     }
 }
 
+void Lookahead::TakeBack() {
+    if (pictures_.size() > 1) global_motion_.TakeBack();
+    spare_.push_back(std::move(pictures_.back()));
+    pictures_.pop_back();
+}
+
 void Lookahead::DropBefore(int number) {
     for (; first_ < number && !pictures_.empty(); ++first_) {
         spare_.push_back(std::move(pictures_.front()));

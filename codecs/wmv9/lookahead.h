@@ -33,6 +33,8 @@ class Lookahead {
     /// The next picture. Returns how much of it is new beside the one before it: 0 = nothing, 1 =
     /// all of it.
     double Add(const PictureView& picture);
+    /// The last one was not there, after all. Once for each; none was dropped meanwhile.
+    void TakeBack();
     /// Those before that one are needed no more.
     void DropBefore(int number);
     int End() const { return first_ + static_cast<int>(pictures_.size()); }

@@ -114,5 +114,18 @@ TEST(EncodedPictures, TakeFewBitsWhereAllThatTheyShowJumps) {
     EXPECT_LT(size(2, PictureKind::kB), whole / 6);
 }
 
+TEST(EncodedPictures, TakeFewBitsWhereTheyJumpAndNothingAheadIsKnown) {
+    const std::vector<Page> pages = JumpingPages(3);
+    Encoder encoder({.width = kWidth, .height = kHeight, .preset = 60});
+    const auto size = [&](std::size_t page, PictureKind kind) {
+        return encoder.Encode(pages[page].View(), {.kind = kind, .quantiser = 6}).data.size();
+    };
+    const std::size_t whole = size(0, PictureKind::kI);
+    size(2, PictureKind::kP);
+    encoder.Forget();
+    EXPECT_LT(size(1, PictureKind::kP), whole / 3);
+    EXPECT_LT(size(2, PictureKind::kP), whole / 3);
+}
+
 }  // namespace
 }  // namespace codecs::wmv9
