@@ -19,6 +19,7 @@
 #include "codecs/wmv9/picture_tools.h"
 #include "codecs/wmv9/preset.h"
 #include "codecs/wmv9/sequence_setup.h"
+#include "codecs/wmv9/temporal_filter.h"
 #include "codecs/wmv9/trial_decision.h"
 #include "codecs/wmv9/trials.h"
 
@@ -31,6 +32,10 @@ constexpr int kKept = 1;     // that trials leave as they are: the next picture 
 constexpr int kLoadedParts = 8;  // of a picture, side by side
 
 constexpr double kFinestHalves = 9;  // quantisers in halves below
+
+// Of the temporal filter; all later pictures of a GOP follow from its I picture.
+constexpr double kIStrength = 0.6;
+constexpr double kPStrength = 0.3;
 
 // Pictures after an I picture until P pictures are what they usually are, and tools can be tried.
 constexpr int kFirstTrial = 2;
@@ -58,6 +63,7 @@ class Encoder::Impl {
           team_(settings_.threads),
           coder_(width_, height_, team_),
           lookahead_(settings_.width, settings_.height, preset_.lookahead_rounds, team_),
+          temporal_filter_(settings_.width, settings_.height, team_),
           activity_(width_, height_),
           quantisers_(width_, height_),
           source_(width_, height_),
@@ -81,6 +87,7 @@ class Encoder::Impl {
         next_ = past_;
         Look(picture, request);
         const PictureHeader header = HeaderFor(request);
+        if (!header.IsB()) Filter(request, header.IsI());
         const CodedPicture coded = header.kind == PictureKind::kP ? CodeP(header) : Code(header);
         if (header.kind != PictureKind::kP || !request.may_be_i || !MostlyIntra()) return coded;
         next_ = past_;
@@ -260,6 +267,12 @@ class Encoder::Impl {
         if (measures) activity_.End();
     }
 
+    void Filter(const PictureRequest& request, bool is_i) {
+        if (!preset_.temporal_filter || number_ < 0 || !looks_ahead_) return;
+        temporal_filter_.Apply(source_, number_, request.beside, request.first_beside, lookahead_,
+                               asked_, is_i ? kIStrength : kPStrength);
+    }
+
     bool FollowsFades() const { return settings_.profile == Profile::Main; }
 
     PictureKind KindFor(const PictureRequest& request) const {
@@ -424,6 +437,7 @@ class Encoder::Impl {
     PictureCoder coder_;
     Lookahead lookahead_;
     MacroblockTree tree_;
+    TemporalFilter temporal_filter_;
     ActivityMeter activity_;
     QuantiserMap quantisers_;
     bool looks_ahead_ = false;

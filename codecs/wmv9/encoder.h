@@ -49,6 +49,11 @@ struct PictureRequest {
     /// come that stand before it.
     bool may_be_i = true;
     int number = -1;  // among those that LookAhead was given; -1 = not among them
+    /// Pictures as they are shown, which LookAhead has been given and of which this one may be one:
+    /// I and P pictures are filtered along the motion of the one before and of the three after, the
+    /// more the coarser they are.
+    std::span<const PictureView> beside{};
+    int first_beside = 0;  // number of the first of them
 };
 
 struct CodedPicture {

@@ -18,6 +18,7 @@ namespace codecs::wmv9::HWY_NAMESPACE {
 // Each in a file of its own.
 void SetDifferences(Kernels& kernels);
 void SetPrediction(Kernels& kernels);
+void SetTemporal(Kernels& kernels);
 void SetTransforms(Kernels& kernels);
 void SetQuantiser(Kernels& kernels);
 void SetFilter(Kernels& kernels);
@@ -27,6 +28,7 @@ Kernels SimdKernels() {
     kernels.name = hwy::TargetName(HWY_TARGET);
     SetDifferences(kernels);
     SetPrediction(kernels);
+    SetTemporal(kernels);
     SetTransforms(kernels);
     SetQuantiser(kernels);
     SetFilter(kernels);

@@ -58,6 +58,22 @@ struct Kernels {
                     std::ptrdiff_t a_stride, const std::uint8_t* b, std::ptrdiff_t b_stride,
                     int width, int height);
 
+    /// A 16x16 block by the filter of ITU-T H.265, 8.5.3.3.3, rounded after the columns of each
+    /// row, too. Reads three rows above and four below, three columns left and four right of the
+    /// block.
+    void (*eight_tap)(std::uint8_t* out, std::ptrdiff_t out_stride, const std::uint8_t* source,
+                      std::ptrdiff_t stride, int x, int y);
+
+    // Temporal filter.
+    /// Draws each sample of a square of `size` 8 or 16 towards those of `count` others, up to four,
+    /// which stand in rows of that size and `other_size` apart: adds the sum of weight * difference
+    /// over 128 and the sum of weights, to the nearest, halves to even. A weight is strength / 4 *
+    /// (1 - (difference * reach / 65536)^2)^2, in fixed point, and 0 where that has a root below 0.
+    /// Strengths are at most 640, reach from 512 to 32767.
+    void (*blend)(std::uint8_t* samples, std::ptrdiff_t stride, const std::uint8_t* others,
+                  std::ptrdiff_t other_size, const std::int16_t* strengths, int count, int reach,
+                  int size);
+
     // Transforms.
     /// a - b of an 8x8 block, and how much that is.
     BlockDifference (*subtract)(std::int16_t* out, const std::uint8_t* a, std::ptrdiff_t a_stride,

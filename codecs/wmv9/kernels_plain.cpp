@@ -1,6 +1,7 @@
 #include "codecs/wmv9/kernels_plain.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "codecs/wmv9/transform_bases.h"
@@ -163,6 +164,54 @@ void Average(std::uint8_t* out, std::ptrdiff_t out_stride, const std::uint8_t* a
         for (int x = 0; x < width; ++x) out[x] = static_cast<std::uint8_t>((a[x] + b[x] + 1) >> 1);
 }
 
+// At quarters of a sample.
+constexpr int kEightTaps[4][8] = {{0, 0, 0, 64, 0, 0, 0, 0},
+                                  {-1, 4, -10, 58, 17, -5, 1, 0},
+                                  {-1, 4, -11, 40, 40, -11, 4, -1},
+                                  {0, 1, -5, 17, 58, -10, 4, -1}};
+
+template <typename Value>
+int EightTap(const Value* at, std::ptrdiff_t step, int quarter) {
+    int sum = 32;
+    for (int i = 0; i < 8; ++i) sum += kEightTaps[quarter][i] * at[(i - 3) * step];
+    return sum >> 6;
+}
+
+void EightTapBlock(std::uint8_t* out, std::ptrdiff_t out_stride, const std::uint8_t* source,
+                   std::ptrdiff_t stride, int x, int y) {
+    int between[23 * 16];
+    for (int row = 0; row < 23; ++row)
+        for (int column = 0; column < 16; ++column)
+            between[16 * row + column] = EightTap(source + (row - 3) * stride + column, 1, x);
+    for (int row = 0; row < 16; ++row)
+        for (int column = 0; column < 16; ++column)
+            out[row * out_stride + column] =
+                Clip8(EightTap(&between[16 * (row + 3) + column], 16, y));
+}
+
+// ---- Temporal filter
+
+void Blend(std::uint8_t* samples, std::ptrdiff_t stride, const std::uint8_t* others,
+           std::ptrdiff_t other_size, const std::int16_t* strengths, int count, int reach,
+           int size) {
+    for (int y = 0; y < size; ++y, samples += stride)
+        for (int x = 0; x < size; ++x) {
+            int moved = 0;
+            int weights = 128;
+            for (int i = 0; i < count; ++i) {
+                const int difference =
+                    others[i * other_size + std::ptrdiff_t{size} * y + x] - samples[x];
+                const int part = std::min((128 * std::abs(difference) * reach) >> 16, 128);
+                const int root = 2 * std::max(16383 - part * part, 0);
+                const int weight = (((root * root) >> 16) * strengths[i]) >> 16;
+                moved += weight * difference;
+                weights += weight;
+            }
+            const float change = static_cast<float>(moved) / static_cast<float>(weights);
+            samples[x] = static_cast<std::uint8_t>(samples[x] + std::lrint(change));
+        }
+}
+
 // ---- Transforms
 
 BlockDifference Subtract(std::int16_t* out, const std::uint8_t* a, std::ptrdiff_t a_stride,
@@ -321,6 +370,8 @@ Kernels PlainKernels() {
             .bilinear = Bilinear,
             .chroma = Chroma,
             .average = Average,
+            .eight_tap = EightTapBlock,
+            .blend = Blend,
             .subtract = Subtract,
             .forward = Forward,
             .inverse = Inverse,

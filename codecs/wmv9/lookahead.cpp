@@ -83,8 +83,9 @@ double Lookahead::Add(const PictureView& picture) {
     const auto own = std::accumulate(small.own.begin(), small.own.end(), std::int64_t{0});
     const std::int64_t moved = before == nullptr ? own : MovedCost(small, small.moves);
     if (before != nullptr) FindSavings(small);
+    small.part_new = static_cast<double>(moved) / static_cast<double>(own);
     pictures_.push_back(std::move(small));
-    return static_cast<double>(moved) / static_cast<double>(own);
+    return pictures_.back().part_new;
 }
 
 void Lookahead::FindSavings(Small& small) {

@@ -50,6 +50,8 @@ class Lookahead {
 
     int Columns() const { return columns_; }  // blocks
     int Rows() const { return rows_; }
+    /// How much of a picture is new, which Add returned.
+    double PartNew(int number) const { return At(number).part_new; }
     /// Of a picture's blocks, from the picture before it; what they cost by themselves.
     const std::vector<Move>& Moves(int number) const { return At(number).moves; }
     const std::vector<std::uint32_t>& OwnCosts(int number) const { return At(number).own; }
@@ -69,6 +71,7 @@ class Lookahead {
         std::vector<Move> moves;
         std::vector<float> saved;  // by blocks that stand still
         std::vector<Saving> moving;
+        double part_new = 1;
         const std::uint8_t* At(int x, int y, std::ptrdiff_t stride) const;
     };
 

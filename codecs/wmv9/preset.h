@@ -29,6 +29,7 @@ struct Preset {
     double worth_power = 0;
     /// P pictures from one that is coded with all tools that may suit it to the next; 0 = none is.
     int tool_trials = 0;
+    bool temporal_filter = false;  // of the source, where it is noisy
     bool thorough = false;  // candidates are coded whole that the search leaves little chance
 };
 

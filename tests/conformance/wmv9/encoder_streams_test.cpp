@@ -100,21 +100,22 @@ TEST_P(EncoderStreamsAt, DecodeWithTheBPicturesThatTheEncoderChooses) {
         std::vector<PlanarPicture> pictures;
         for (int i = 0; i < kPictures; ++i)
             pictures.push_back(MakePicture(content, settings.width, settings.height, i, 1));
+        std::vector<PictureView> all;
+        for (const PlanarPicture& picture : pictures) all.push_back(picture.View());
         Encoder encoder(settings);
         StreamCheck check({settings.width, settings.height, encoder.SequenceHeader()});
         const auto code = [&](std::size_t place, PictureRequest request) {
             request.number = static_cast<int>(place);
+            request.beside = all;
             const CodedPicture coded = encoder.Encode(pictures[place].View(), request);
             check.Take(coded.data, encoder.Reconstruction(), static_cast<int>(place),
                        fmt::format("content {}, picture {}", static_cast<int>(content), place));
         };
-        for (const PlanarPicture& picture : pictures) encoder.LookAhead(picture.View());
+        for (const PictureView& view : all) encoder.LookAhead(view);
         code(0, {.kind = PictureKind::kI});
         for (std::size_t next = 1; next < pictures.size();) {
-            std::vector<PictureView> views;
-            for (std::size_t i = next; i < pictures.size() && views.size() < kTriedPictures; ++i)
-                views.push_back(pictures[i].View());
-            const int count = encoder.ChooseBPictures(views, static_cast<int>(next));
+            const std::size_t tried = std::min<std::size_t>(all.size() - next, kTriedPictures);
+            const int count = encoder.ChooseBPictures({&all[next], tried}, static_cast<int>(next));
             const std::size_t anchor = next + static_cast<std::size_t>(count);
             code(anchor, {.kind = PictureKind::kP, .may_be_i = count == 0});
             for (int i = 0; i < count; ++i)

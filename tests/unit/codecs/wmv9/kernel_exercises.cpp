@@ -75,6 +75,18 @@ std::vector<Variant> Quarters() { return Positions(Sizes(), 1); }
 std::vector<Variant> Halves() { return Positions(Sizes(), 2); }
 std::vector<Variant> ChromaQuarters() { return Positions({{.width = 8, .height = 8}}, 1); }
 
+std::vector<Variant> LumaQuarters() { return Positions({{.width = 16, .height = 16}}, 1); }
+
+std::vector<Variant> SquaresAndQuantisers() {
+    std::vector<Variant> variants;
+    for (const int size : {8, 16})
+        for (const int quantiser : kQuantisers)
+            for (const int count : {2, 3, 4})
+                variants.push_back(
+                    {.width = size, .height = size, .quantiser = quantiser, .count = count});
+    return variants;
+}
+
 std::vector<Variant> ShapesAndQuantisers() {
     std::vector<Variant> variants;
     for (const Shape shape : kShapes)
@@ -122,6 +134,16 @@ Scene PlainScene(const Variant& variant, Content content, unsigned seed) {
 
 Scene BicubicScene(const Variant& variant, Content content, unsigned seed) {
     return SceneOf(variant, content, seed, {1, 16, 1, 2});
+}
+
+Scene EightTapScene(const Variant& variant, Content content, unsigned seed) {
+    return SceneOf(variant, content, seed, {3, 4, 3, 4});
+}
+
+Scene BlendScene(const Variant& variant, Content content, unsigned seed) {
+    Scene scene = PlainScene(variant, content, seed);
+    scene.out = scene.a;
+    return scene;
 }
 
 Scene BilinearScene(const Variant& variant, Content content, unsigned seed) {
@@ -229,6 +251,24 @@ void RunAverage(const Kernels& kernels, const Variant& variant, Scene& scene) {
                     scene.b[0].At(), scene.b[0].Stride(), variant.width, variant.height);
 }
 
+void RunEightTap(const Kernels& kernels, const Variant& variant, Scene& scene) {
+    kernels.eight_tap(scene.out.At(), scene.out.Stride(), scene.a.At(), scene.a.Stride(), variant.x,
+                      variant.y);
+}
+
+void RunBlend(const Kernels& kernels, const Variant& variant, Scene& scene) {
+    constexpr int kMost = 256;
+    constexpr std::int16_t kStrengths[] = {614, 77, 512, 300};
+    std::vector<std::uint8_t> others(scene.b.size() * kMost);
+    for (std::size_t i = 0; i < scene.b.size(); ++i)
+        for (int y = 0; y < variant.height; ++y)
+            std::copy_n(scene.b[i].At() + y * scene.b[i].Stride(), variant.width,
+                        others.data() + i * kMost + y * variant.width);
+    scene.out = scene.a;
+    kernels.blend(scene.out.At(), scene.out.Stride(), others.data(), kMost, kStrengths,
+                  variant.count, 22598 / variant.quantiser, variant.width);
+}
+
 void RunSubtract(const Kernels& kernels, const Variant&, Scene& scene) {
     const BlockDifference difference = kernels.subtract(
         scene.result.values, scene.a.At(), scene.a.Stride(), scene.b[0].At(), scene.b[0].Stride());
@@ -329,6 +369,8 @@ const std::vector<Exercise>& Exercises() {
         {"bilinear",           Halves,              BilinearScene,    RunPrediction<&Kernels::bilinear>},
         {"chroma",             ChromaQuarters,      BilinearScene,    RunChroma},
         {"average",            Sizes,               PlainScene,       RunAverage},
+        {"eight_tap",          LumaQuarters,        EightTapScene,    RunEightTap},
+        {"blend",              SquaresAndQuantisers, BlendScene,      RunBlend},
         {"subtract",           Once,                PlainScene,       RunSubtract},
         {"forward",            ShapesAndQuantisers, ResidualScene,    RunForward},
         {"inverse",            ShapesAndQuantisers, RestoredScene,    RunInverse},
