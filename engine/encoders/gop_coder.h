@@ -28,6 +28,10 @@ struct PictureRequest {
     /// A P picture may become an I picture where the scene changes.
     bool may_be_i = true;
     int index = 0;  // in the GOP, as shown
+    /// Frames of the GOP as they are shown, of which this one may be one: a coder may filter it
+    /// along their motion. LookAhead has been given them.
+    std::span<const AVFrame* const> beside{};
+    int first_beside = 0;  // index of the first of them
 };
 
 /// One thread at a time; coders of several GOPs may work side by side. Its first picture becomes

@@ -20,6 +20,13 @@ codecs::LumaPlane Luma(const AVFrame& frame) {
 
 double IntraCostOf(const AVFrame& frame) { return codecs::IntraCost(Luma(frame)); }
 
+std::vector<const AVFrame*> Pointers(const AVFrame* before, std::span<const GopFrame> frames) {
+    std::vector<const AVFrame*> pointers;
+    if (before != nullptr) pointers.push_back(before);
+    for (const GopFrame& frame : frames) pointers.push_back(frame.frame.get());
+    return pointers;
+}
+
 void Judge(GopFrame& frame, FrameHandle& before, GopCoder* coder, FramePool& frames) {
     frame.intra_cost = IntraCostOf(*frame.frame);
     std::optional<double> news;

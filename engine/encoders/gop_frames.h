@@ -23,6 +23,9 @@ struct GopFrame {
 
 double IntraCostOf(const AVFrame& frame);
 
+/// The frames of `frames`, after `before` where that is one.
+std::vector<const AVFrame*> Pointers(const AVFrame* before, std::span<const GopFrame> frames);
+
 /// Gives a frame its costs; to be called for the frames of a GOP as they are shown.
 /// @param before  the frame before it, null where there is none; becomes this one
 /// @param coder   is shown the frame; null where nothing is known of what comes

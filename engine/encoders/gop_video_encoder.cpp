@@ -316,9 +316,8 @@ std::size_t GopVideoEncoder::ChooseBPictures(Work& work) const {
     const std::size_t first = work.next.front().index;
     if (const std::optional<std::size_t> found = work.gop->control->FoundB(first))
         return std::min(*found, work.next.size() - 1);
-    std::vector<const AVFrame*> next;
-    for (const GopFrame& frame : work.next) next.push_back(frame.frame.get());
-    return static_cast<std::size_t>(work.coder->ChooseBPictures(next, static_cast<int>(first)));
+    return static_cast<std::size_t>(
+        work.coder->ChooseBPictures(Pointers(nullptr, work.next), static_cast<int>(first)));
 }
 
 std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) const {
@@ -333,8 +332,16 @@ std::vector<GopVideoEncoder::Outcome> GopVideoEncoder::CodeMiniGop(Work& work) c
     if (b_pictures_ > 0 && work.before && work.next.size() > 1) b_count = ChooseBPictures(work);
     const auto last = work.next.begin() + static_cast<std::ptrdiff_t>(b_count);
     const PictureKind kind = work.before ? PictureKind::kP : PictureKind::kI;
+    const std::size_t first = work.next.front().index;
+    const bool follows = work.before && work.before_index + 1 == first;
+    const std::vector<const AVFrame*> beside =
+        Pointers(follows ? work.before.get() : nullptr, work.next);
     // What stands before it refers to more than it: nobody could start from it.
-    outcomes.push_back(Code(work, *last, {.kind = kind, .may_be_i = b_count == 0}));
+    outcomes.push_back(Code(work, *last,
+                            {.kind = kind,
+                             .may_be_i = b_count == 0,
+                             .beside = beside,
+                             .first_beside = static_cast<int>(first) - (follows ? 1 : 0)}));
     if (!outcomes.front().coded.bytes) {
         // The first one goes, so that time passes until there is room for one to refer to.
         last->decided = false;
@@ -391,9 +398,11 @@ GopVideoEncoder::Outcome GopVideoEncoder::Code(Work& work, GopFrame& frame,
     if (!is_b) {
         work.before_time = time;
         work.before_index = frame.index;
-        ReleaseChroma(*frame.frame);
         work.past = std::exchange(work.before, std::move(frame.frame));
-        if (b_pictures_ == 0) work.past.reset();
+        if (b_pictures_ == 0)
+            work.past.reset();
+        else if (work.past)
+            ReleaseChroma(*work.past);
     }
     return outcome;
 }

@@ -23,9 +23,16 @@ wmv9::PictureView View(const AVFrame& frame) {
             {frame.linesize[0], frame.linesize[1], frame.linesize[2]}};
 }
 
-wmv9::PictureRequest Request(const PictureRequest& request) {
-    return {request.kind,    request.quantiser, request.b_index,
-            request.b_count, request.may_be_i,  request.index};
+std::vector<wmv9::PictureView> Views(std::span<const AVFrame* const> frames) {
+    std::vector<wmv9::PictureView> views;
+    for (const AVFrame* frame : frames) views.push_back(View(*frame));
+    return views;
+}
+
+wmv9::PictureRequest Request(const PictureRequest& request,
+                             std::span<const wmv9::PictureView> beside) {
+    return {request.kind,     request.quantiser, request.b_index, request.b_count,
+            request.may_be_i, request.index,     beside,          request.first_beside};
 }
 
 int BPicturesFor(const VideoPlan& plan) {
@@ -60,11 +67,11 @@ wmv9::EncoderSettings Wmv9Settings(const VideoPlan& plan) {
 }
 
 CodedPicture Wmv9GopCoder::Encode(AVFrame& frame, const PictureRequest& request) {
-    return Packed(encoder_.Encode(View(frame), Request(request)));
+    return Packed(encoder_.Encode(View(frame), Request(request, Views(request.beside))));
 }
 
 CodedPicture Wmv9GopCoder::Recode(AVFrame& frame, const PictureRequest& request) {
-    return Packed(encoder_.Recode(View(frame), Request(request)));
+    return Packed(encoder_.Recode(View(frame), Request(request, Views(request.beside))));
 }
 
 CodedPicture Wmv9GopCoder::Packed(const wmv9::CodedPicture& coded) {
@@ -76,11 +83,8 @@ CodedPicture Wmv9GopCoder::Packed(const wmv9::CodedPicture& coded) {
 }
 
 int Wmv9GopCoder::ChooseBPictures(std::span<const AVFrame* const> next, int first) {
-    std::vector<wmv9::PictureView> views;
-    for (const AVFrame* frame :
-         next.first(std::min<std::size_t>(next.size(), wmv9::kTriedPictures)))
-        views.push_back(View(*frame));
-    return encoder_.ChooseBPictures(views, first);
+    const std::size_t count = std::min<std::size_t>(next.size(), wmv9::kTriedPictures);
+    return encoder_.ChooseBPictures(Views(next.first(count)), first);
 }
 
 std::optional<double> Wmv9GopCoder::LookAhead(const AVFrame& frame) {
