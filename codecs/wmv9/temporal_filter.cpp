@@ -31,7 +31,6 @@ constexpr double kNearEnough = kLuma * kLuma * 1.0 / 16;
 constexpr int kProbedRows = 4;
 constexpr int kProbedColumns = 8;
 constexpr double kLeastChange = 0.002;
-constexpr int kWholeRounds = 4;  // of the search
 // What interpolation reads around a block.
 constexpr int kBefore = 3;
 constexpr int kBehind = 4;
@@ -132,17 +131,23 @@ bool TemporalFilter::Holds(Displacement quarters, int column, int row) const {
            y + kLuma + kBehind <= picture_height_;
 }
 
+std::uint32_t TemporalFilter::DifferenceAtRest(const Reference& reference, const Plane& source,
+                                               int column, int row) const {
+    return kernels_.sad(source.At(kLuma * column, kLuma * row), source.stride,
+                        BlockAt(reference.view, 0, column, row, {}), reference.view.strides[0],
+                        kLuma, kLuma);
+}
+
 Displacement TemporalFilter::FindMove(const Reference& reference, const Plane& source, int column,
                                       int row, Displacement left) const {
     const std::uint8_t* const here = source.At(kLuma * column, kLuma * row);
     const std::ptrdiff_t stride = reference.view.strides[0];
     Displacement best;
-    const std::uint32_t still = kernels_.sad(
-        here, source.stride, BlockAt(reference.view, 0, column, row, {}), stride, kLuma, kLuma);
+    const std::uint32_t still = DifferenceAtRest(reference, source, column, row);
     if (still <= near_enough_) return best;
     auto least = static_cast<double>(still);
     const auto consider = [&](Displacement move) {
-        if (move == best || !Holds(move, column, row)) return false;
+        if (move == best || !Holds(move, column, row)) return;
         const std::uint8_t* const at = BlockAt(reference.view, 0, column, row, move);
         double cost = 0;
         if (IsWhole(move)) {
@@ -153,17 +158,16 @@ Displacement TemporalFilter::FindMove(const Reference& reference, const Plane& s
             cost = kernels_.sad(here, source.stride, room, kLuma, kLuma, kLuma);
             if (IsWhole(best)) cost /= kFractionPart;
         }
-        if (cost >= least) return false;
+        if (cost >= least) return;
         least = cost;
         best = move;
-        return true;
     };
     const auto around = [&](int step) {
         const Displacement c = best;
-        bool better = consider({c.x - step, c.y});
-        better = consider({c.x + step, c.y}) || better;
-        better = consider({c.x, c.y - step}) || better;
-        return consider({c.x, c.y + step}) || better;
+        consider({c.x - step, c.y});
+        consider({c.x + step, c.y});
+        consider({c.x, c.y - step});
+        consider({c.x, c.y + step});
     };
     const auto place = Index(row) * Index(BlocksIn(picture_width_)) + Index(column);
     const Displacement likely = reference.moves[place];
@@ -171,15 +175,16 @@ Displacement TemporalFilter::FindMove(const Reference& reference, const Plane& s
     consider({left.x & ~3, left.y & ~3});
     // Noise that stands still looks alike everywhere.
     if (best == Displacement{}) return best;
-    for (int round = 0; round < kWholeRounds; ++round)
-        if (!around(4)) break;
-    around(2);
-    around(1);
+    for (const int step : {4, 2, 1}) around(step);
     return best;
 }
 
 bool TemporalFilter::Find(const Plane& source, int column, int row, Found& found) const {
     const std::uint8_t* const here = source.At(kLuma * column, kLuma * row);
+    const auto differs = [&](const Reference& reference) {
+        return DifferenceAtRest(reference, source, column, row) > near_enough_;
+    };
+    if (std::none_of(references_.begin(), references_.begin() + count_, differs)) return false;
     std::uint32_t sum = 0;
     std::uint32_t squares = 0;
     kernels_.moments(here, source.stride, sum, squares);
@@ -209,7 +214,7 @@ bool TemporalFilter::Find(const Plane& source, int column, int row, Found& found
     for (std::size_t i = 0; i < Index(count_); ++i)
         found.strengths[i] = static_cast<std::int16_t>(
             std::lround(kFullStrength * strength_ * references_[i].part * steady));
-    return most > 0;
+    return true;
 }
 
 void TemporalFilter::Blend(std::uint8_t* samples, std::ptrdiff_t stride, int size,

@@ -57,11 +57,14 @@ class TemporalFilter {
                         const Lookahead& lookahead);
     /// The mean square, of a few macroblocks.
     double ChangeOfSome(const Frame& source, int number);
+    /// Sum of a macroblock that stays where it is.
+    std::uint32_t DifferenceAtRest(const Reference& reference, const Plane& source, int column,
+                                   int row) const;
     /// In quarters of a sample.
     Displacement FindMove(const Reference& reference, const Plane& source, int column, int row,
                           Displacement left) const;
     /// `found` is what was found of the macroblock to the left, then of this one. False where
-    /// nothing differs.
+    /// there is little to take out, or more than noise.
     bool Find(const Plane& source, int column, int row, Found& found) const;
     void Blend(std::uint8_t* samples, std::ptrdiff_t stride, int size, const Found& found) const;
     void Blend(Frame& source, int column, int row, Found& found) const;
