@@ -155,8 +155,7 @@ Displacement TemporalFilter::FindMove(const Reference& reference, const Plane& s
         } else {
             alignas(64) std::uint8_t room[kLuma * kLuma];
             kernels_.bicubic(room, kLuma, at, stride, kLuma, kLuma, move.x & 3, move.y & 3, 0);
-            cost = kernels_.sad(here, source.stride, room, kLuma, kLuma, kLuma);
-            if (IsWhole(best)) cost /= kFractionPart;
+            cost = kernels_.sad(here, source.stride, room, kLuma, kLuma, kLuma) / kFractionPart;
         }
         if (cost >= least) return;
         least = cost;
