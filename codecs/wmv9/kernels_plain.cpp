@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "codecs/wmv9/eight_taps.h"
 #include "codecs/wmv9/transform_bases.h"
 
 namespace codecs::wmv9 {
@@ -163,12 +164,6 @@ void Average(std::uint8_t* out, std::ptrdiff_t out_stride, const std::uint8_t* a
     for (int y = 0; y < height; ++y, a += a_stride, b += b_stride, out += out_stride)
         for (int x = 0; x < width; ++x) out[x] = static_cast<std::uint8_t>((a[x] + b[x] + 1) >> 1);
 }
-
-// At quarters of a sample.
-constexpr int kEightTaps[4][8] = {{0, 0, 0, 64, 0, 0, 0, 0},
-                                  {-1, 4, -10, 58, 17, -5, 1, 0},
-                                  {-1, 4, -11, 40, 40, -11, 4, -1},
-                                  {0, 1, -5, 17, 58, -10, 4, -1}};
 
 template <typename Value>
 int EightTap(const Value* at, std::ptrdiff_t step, int quarter) {

@@ -1,3 +1,4 @@
+#include "codecs/wmv9/eight_taps.h"
 #include "codecs/wmv9/kernels.h"
 
 // clang-format off
@@ -63,12 +64,6 @@ void Blend(std::uint8_t* samples, std::ptrdiff_t stride, const std::uint8_t* oth
         BlendStrip(Words(), samples + x, stride, others + x, other_size, strengths, count, reach,
                    16);
 }
-
-// At quarters of a sample.
-constexpr std::int16_t kEightTaps[4][8] = {{0, 0, 0, 64, 0, 0, 0, 0},
-                                           {-1, 4, -10, 58, 17, -5, 1, 0},
-                                           {-1, 4, -11, 40, 40, -11, 4, -1},
-                                           {0, 1, -5, 17, 58, -10, 4, -1}};
 
 // `at(i)` are the values that the eight factors belong to.
 template <class D, typename At>
