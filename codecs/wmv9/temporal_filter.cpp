@@ -48,6 +48,15 @@ const std::uint8_t* BlockAt(const PictureView& view, std::size_t plane, int colu
            size * column + (quarters.x >> 2);
 }
 
+// Where three differences, a sample apart, the second the least of them, lead to the least one: the
+// bottom of the V through them. -2 to 2.
+int QuartersBetween(std::uint32_t before, std::uint32_t here, std::uint32_t behind) {
+    const double most = std::max(before, behind) - here;
+    if (most == 0) return 0;
+    const double leans = static_cast<double>(before) - static_cast<double>(behind);
+    return static_cast<int>(std::lround(2 * leans / most));
+}
+
 }  // namespace
 
 TemporalFilter::TemporalFilter(int width, int height, TaskTeam& team)
@@ -141,32 +150,19 @@ std::uint32_t TemporalFilter::DifferenceAtRest(const Reference& reference, const
 Displacement TemporalFilter::FindMove(const Reference& reference, const Plane& source, int column,
                                       int row, Displacement left) const {
     const std::uint8_t* const here = source.At(kLuma * column, kLuma * row);
+    const auto at = [&](Displacement move) {
+        return BlockAt(reference.view, 0, column, row, move);
+    };
     const std::ptrdiff_t stride = reference.view.strides[0];
     Displacement best;
-    const std::uint32_t still = DifferenceAtRest(reference, source, column, row);
-    if (still <= near_enough_) return best;
-    auto least = static_cast<double>(still);
+    std::uint32_t least = DifferenceAtRest(reference, source, column, row);
+    if (least <= near_enough_) return best;
     const auto consider = [&](Displacement move) {
         if (move == best || !Holds(move, column, row)) return;
-        const std::uint8_t* const at = BlockAt(reference.view, 0, column, row, move);
-        double cost = 0;
-        if (IsWhole(move)) {
-            cost = kernels_.sad(here, source.stride, at, stride, kLuma, kLuma);
-        } else {
-            alignas(64) std::uint8_t room[kLuma * kLuma];
-            kernels_.bicubic(room, kLuma, at, stride, kLuma, kLuma, move.x & 3, move.y & 3, 0);
-            cost = kernels_.sad(here, source.stride, room, kLuma, kLuma, kLuma) / kFractionPart;
-        }
-        if (cost >= least) return;
-        least = cost;
+        const std::uint32_t sad = kernels_.sad(here, source.stride, at(move), stride, kLuma, kLuma);
+        if (sad >= least) return;
+        least = sad;
         best = move;
-    };
-    const auto around = [&](int step) {
-        const Displacement c = best;
-        consider({c.x - step, c.y});
-        consider({c.x + step, c.y});
-        consider({c.x, c.y - step});
-        consider({c.x, c.y + step});
     };
     const auto place = Index(row) * Index(BlocksIn(picture_width_)) + Index(column);
     const Displacement likely = reference.moves[place];
@@ -174,8 +170,27 @@ Displacement TemporalFilter::FindMove(const Reference& reference, const Plane& s
     consider({left.x & ~3, left.y & ~3});
     // Noise that stands still looks alike everywhere.
     if (best == Displacement{}) return best;
-    for (const int step : {4, 2, 1}) around(step);
-    return best;
+
+    const std::array<Displacement, 4> around = {Displacement{best.x - 4, best.y},
+                                                {best.x + 4, best.y},
+                                                {best.x, best.y - 4},
+                                                {best.x, best.y + 4}};
+    const auto holds = [&](Displacement move) { return Holds(move, column, row); };
+    if (!std::all_of(around.begin(), around.end(), holds)) return best;
+    const std::array<const std::uint8_t*, 4> places = {at(around[0]), at(around[1]), at(around[2]),
+                                                       at(around[3])};
+    std::array<std::uint32_t, 4> sads{};
+    kernels_.sad_of_four(here, source.stride, places.data(), stride, sads.data());
+    const auto nearest = std::min_element(sads.begin(), sads.end());
+    if (*nearest < least) return around[static_cast<std::size_t>(nearest - sads.begin())];
+    const Displacement between = {best.x + QuartersBetween(sads[0], least, sads[1]),
+                                  best.y + QuartersBetween(sads[2], least, sads[3])};
+    if (between == best) return best;
+    alignas(64) std::uint8_t room[kLuma * kLuma];
+    kernels_.bicubic(room, kLuma, at(between), stride, kLuma, kLuma, between.x & 3, between.y & 3,
+                     0);
+    const std::uint32_t sad = kernels_.sad(here, source.stride, room, kLuma, kLuma, kLuma);
+    return sad < kFractionPart * least ? between : best;
 }
 
 bool TemporalFilter::Find(const Plane& source, int column, int row, Found& found) const {
