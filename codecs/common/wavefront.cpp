@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "codecs/common/index.h"
 #include "codecs/common/spin.h"
 
 namespace codecs {
@@ -14,26 +15,40 @@ constexpr int kLongestStep = 8;
 
 }  // namespace
 
-void Wavefront::Run(int columns, int rows, const std::function<void(int x, int y)>& visit) {
-    if (team_.Threads() == 1 || rows == 1) {
-        for (int y = 0; y < rows; ++y)
-            for (int x = 0; x < columns; ++x) visit(x, y);
+void Wavefront::Run(int columns, int rows, const Visit& visit) {
+    const Rows all{0, rows};
+    Run(columns, {&all, 1}, visit);
+}
+
+void Wavefront::Run(int columns, std::span<const Rows> ranges, const Visit& visit) {
+    ListTurns(ranges);
+    if (team_.Threads() == 1 || turns_.size() <= 1) {
+        for (const Turn& turn : turns_)
+            for (int x = 0; x < columns; ++x) visit(x, turn.y);
         return;
     }
-    if (visited_.size() != static_cast<std::size_t>(rows))
-        visited_ = std::vector<Row>(static_cast<std::size_t>(rows));
+    const auto rows = Index(ranges.back().end);
+    if (visited_.size() < rows) visited_ = std::vector<Row>(rows);
     for (Row& row : visited_) row.places = 0;
     columns_ = columns;
-    rows_ = rows;
     step_ = std::clamp(columns / (2 * team_.Threads()), 1, kLongestStep);
     visit_ = &visit;
-    next_row_ = 0;
+    next_turn_ = 0;
     team_.Run(team_.Threads(), [this](int /*thread*/) { VisitRows(); });
 }
 
-// Returns how many places the row above `y` has come to, at least so many.
+// The first rows of all ranges, then the second ones.
+void Wavefront::ListTurns(std::span<const Rows> ranges) {
+    turns_.clear();
+    int longest = 0;
+    for (const Rows& rows : ranges) longest = std::max(longest, rows.end - rows.first);
+    for (int n = 0; n < longest; ++n)
+        for (const Rows& rows : ranges)
+            if (rows.first + n < rows.end) turns_.push_back({rows.first + n, n > 0});
+}
+
 int Wavefront::AwaitAbove(int y, int places) {
-    const std::atomic<int>& above = visited_[static_cast<std::size_t>(y - 1)].places;
+    const std::atomic<int>& above = visited_[Index(y - 1)].places;
     int seen = 0;
     if (!SpinUntil([&] { return (seen = above) >= places; }))
         for (; seen < places; seen = above) above.wait(seen);
@@ -41,9 +56,10 @@ int Wavefront::AwaitAbove(int y, int places) {
 }
 
 void Wavefront::VisitRows() {
-    for (int y = next_row_++; y < rows_; y = next_row_++) {
-        std::atomic<int>& own = visited_[static_cast<std::size_t>(y)].places;
-        int above = y == 0 ? columns_ : 0;  // at least
+    for (std::size_t turn = next_turn_++; turn < turns_.size(); turn = next_turn_++) {
+        const auto [y, follows] = turns_[turn];
+        std::atomic<int>& own = visited_[Index(y)].places;
+        int above = follows ? 0 : columns_;  // at least
         for (int x = 0; x < columns_; ++x) {
             if (above < std::min(x + 2, columns_))
                 above = AwaitAbove(y, std::min(x + 1 + step_, columns_));

@@ -63,7 +63,7 @@ class Encoder::Impl {
           team_(settings_.threads),
           coder_(width_, height_, team_),
           lookahead_(settings_.width, settings_.height, preset_.lookahead_rounds, team_),
-          temporal_filter_(settings_.width, settings_.height, team_),
+          temporal_filter_(settings_.width, settings_.height, lookahead_, team_),
           activity_(width_, height_),
           quantisers_(width_, height_),
           source_(width_, height_),
@@ -252,10 +252,10 @@ class Encoder::Impl {
                               activity_.Begin(looks_ahead_ ? number_ : -1);
         const int parts = std::min(kLoadedParts, height_);
         worth_ = {};
+        likely_.emplace(lookahead_, kind, number_, past_);
         team_.Run(1 + parts, [&](int task) {
             if (task == 0) {
                 if (has_worth) worth_ = tree_.Worth(lookahead_, number_);
-                likely_.Find(lookahead_, kind, number_, past_);
                 return;
             }
             const int first = height_ * (task - 1) / parts;
@@ -269,8 +269,8 @@ class Encoder::Impl {
 
     void Filter(const PictureRequest& request, bool is_i) {
         if (!preset_.temporal_filter || number_ < 0 || !looks_ahead_) return;
-        temporal_filter_.Apply(source_, number_, request.beside, request.first_beside, lookahead_,
-                               asked_, is_i ? kIStrength : kPStrength);
+        temporal_filter_.Apply(source_, number_, request.beside, request.first_beside, asked_,
+                               is_i ? kIStrength : kPStrength);
     }
 
     bool FollowsFades() const { return settings_.profile == Profile::Main; }
@@ -334,7 +334,7 @@ class Encoder::Impl {
         Frame& result = anchor ? anchors_[Index(place)] : b_frame_;
         Picture picture{sequence_, header, BestKernels(),
                         source_,   result, anchor ? grids_[Index(grid)] : b_grid_};
-        picture.likely = &likely_;
+        picture.likely = &*likely_;
         if (header.IsI() && picture.Overlaps()) Overlap::Sharpen(source_);
         if (header.varying) picture.quantisers = &quantisers_;
         if (mean_quantiser_ > kCoarsest) picture.beyond = static_cast<int>(mean_quantiser_);
@@ -445,7 +445,7 @@ class Encoder::Impl {
     int followed_ = -1;  // in the look-ahead, where it knows nothing beyond; -1 = not there
     int number_ = -1;    // in the look-ahead
     std::span<const float> worth_;  // of its macroblocks; empty = no later picture is known
-    LikelyMotion likely_;
+    std::optional<LikelyMotion> likely_;
     double asked_ = 0;           // quantiser
     double mean_quantiser_ = 0;  // of its macroblocks
     double effective_ = 0;       // that had better been asked for to come to it

@@ -2,17 +2,33 @@
 
 namespace codecs::wmv9 {
 
-void LikelyMotion::Find(const Lookahead& lookahead, PictureKind kind, int number,
-                        const CodingState& state) {
-    const auto trace = [&](int from, int to, std::vector<Displacement>& out) {
-        out.clear();
-        if (to >= 0 && to < from && lookahead.Has(to + 1) && lookahead.Has(from))
-            lookahead.Trace(from, to, out);
-    };
-    const bool is_b = kind == PictureKind::kB;
-    trace(kind == PictureKind::kI ? -1 : number, is_b ? state.earlier_number : state.later_number,
-          in_past);
-    trace(is_b ? state.later_number : -1, number, from_future);
+LikelyMotion::LikelyMotion(const Lookahead& lookahead, PictureKind kind, int number,
+                           const CodingState& state)
+    : lookahead_(lookahead) {
+    if (kind == PictureKind::kP) to_past_ = Known(number, state.later_number);
+    if (kind != PictureKind::kB) return;
+    to_past_ = Known(number, state.earlier_number);
+    from_future_ = Known(state.later_number, number);
+}
+
+std::optional<LikelyMotion::Way> LikelyMotion::Known(int number, int earlier) const {
+    if (earlier < 0 || earlier >= number) return {};
+    if (!lookahead_.Has(earlier + 1) || !lookahead_.Has(number)) return {};
+    return Way{number, earlier};
+}
+
+std::optional<Displacement> LikelyMotion::Along(const std::optional<Way>& way, int column,
+                                                int row) const {
+    if (!way) return {};
+    return lookahead_.Trace(way->number, way->earlier, column, row);
+}
+
+std::optional<Displacement> LikelyMotion::InPast(int column, int row) const {
+    return Along(to_past_, column, row);
+}
+
+std::optional<Displacement> LikelyMotion::FromFuture(int column, int row) const {
+    return Along(from_future_, column, row);
 }
 
 }  // namespace codecs::wmv9

@@ -77,7 +77,7 @@ double Lookahead::Add(const PictureView& picture) {
             team_);
         ForBlocks([&](int column, int row) {
             small.moves[Place(column, row)] =
-                FindMove(small, *before, column, row, small.moves, likely);
+                FindMove(small, *before, column, row, small.moves, [&] { return likely; });
         });
     }
     const auto own = std::accumulate(small.own.begin(), small.own.end(), std::int64_t{0});
@@ -191,9 +191,10 @@ bool Lookahead::Holds(Displacement move, int column, int row) const {
            top < kBlock * rows_ + kMargin - kBlock - 1;
 }
 
+template <typename Likely>
 Lookahead::Move Lookahead::FindMove(const Small& picture, const Small& reference, int column,
                                     int row, const std::vector<Move>& found,
-                                    std::span<const Displacement> likely) const {
+                                    const Likely& likely) const {
     Move best;
     best.cost = MoveCost(picture, reference, best, column, row);
     const auto consider = [&](int x, int y) {
@@ -209,7 +210,7 @@ Lookahead::Move Lookahead::FindMove(const Small& picture, const Small& reference
     if (row > 0) consider_whole(found[Place(column, row - 1)]);
     if (row > 0 && column + 1 < columns_) consider_whole(found[Place(column + 1, row - 1)]);
     if (best.x == 0 && best.y == 0 && best.cost <= kNearEnough) return best;
-    for (const Displacement& move : likely) consider(move.x & ~1, move.y & ~1);
+    for (const Displacement& move : likely()) consider(move.x & ~1, move.y & ~1);
     const auto around = [&](int step) {
         const Move c = best;
         bool better = consider(c.x - step, c.y);
@@ -223,30 +224,27 @@ Lookahead::Move Lookahead::FindMove(const Small& picture, const Small& reference
     return best;
 }
 
-void Lookahead::FindMoves(const Small& picture, const Small& reference,
-                          const std::vector<Displacement>& likely, std::vector<Move>& moves) {
+void Lookahead::FindMoves(int number, int earlier, std::vector<Move>& moves) {
     ForBlocks([&](int column, int row) {
-        const std::size_t place = Place(column, row);
-        moves[place] = FindMove(picture, reference, column, row, moves, {&likely[place], 1});
+        moves[Place(column, row)] = FindMove(At(number), At(earlier), column, row, moves, [&] {
+            return std::array{Trace(number, earlier, column, row)};
+        });
     });
 }
 
-void Lookahead::Trace(int number, int earlier, std::vector<Displacement>& out) const {
-    out.assign(to_later_.size(), {});
+Displacement Lookahead::Trace(int number, int earlier, int column, int row) const {
     constexpr int kSamples = 2 * kBlock;
-    for (int row = 0; row < rows_; ++row)
-        for (int column = 0; column < columns_; ++column) {
-            Displacement& sum = out[Place(column, row)];
-            for (int n = number; n > earlier; --n) {
-                const auto there = [](int block, int moved, int count) {
-                    return std::clamp((kSamples * block + moved + kBlock) / kSamples, 0, count - 1);
-                };
-                const Move& move =
-                    At(n).moves[Place(there(column, sum.x, columns_), there(row, sum.y, rows_))];
-                sum.x += move.x;
-                sum.y += move.y;
-            }
-        }
+    const auto there = [](int block, int moved, int count) {
+        return std::clamp((kSamples * block + moved + kBlock) / kSamples, 0, count - 1);
+    };
+    Displacement sum;
+    for (int n = number; n > earlier; --n) {
+        const Move& move =
+            At(n).moves[Place(there(column, sum.x, columns_), there(row, sum.y, rows_))];
+        sum.x += move.x;
+        sum.y += move.y;
+    }
+    return sum;
 }
 
 std::int64_t Lookahead::MovedCost(const Small& picture, const std::vector<Move>& moves) {
@@ -255,21 +253,23 @@ std::int64_t Lookahead::MovedCost(const Small& picture, const std::vector<Move>&
     return cost;
 }
 
-std::int64_t Lookahead::BCost(const Small& picture, const Small& earlier,
-                              const std::vector<Move>& to_earlier, const Small& later,
-                              const std::vector<Displacement>& likely) {
+std::int64_t Lookahead::BCost(int number, int earlier, const std::vector<Move>& to_earlier,
+                              int later) {
+    const Small& picture = At(number);
     ForBlocks([&](int column, int row) {
         const std::size_t place = Place(column, row);
         const Move& e = to_earlier[place];
-        const Displacement back{-likely[place].x, -likely[place].y};
         const Move& l = to_later_[place] =
-            FindMove(picture, later, column, row, to_later_, {&back, 1});
+            FindMove(picture, At(later), column, row, to_later_, [&] {
+                const Displacement from_later = Trace(later, number, column, row);
+                return std::array{Displacement{-from_later.x, -from_later.y}};
+            });
         alignas(64) std::uint8_t one[kBlock * kBlock];
         alignas(64) std::uint8_t other[kBlock * kBlock];
         std::ptrdiff_t one_stride = 0;
         std::ptrdiff_t other_stride = 0;
-        const std::uint8_t* const a = Predict(earlier, e, column, row, one, one_stride);
-        const std::uint8_t* const b = Predict(later, l, column, row, other, other_stride);
+        const std::uint8_t* const a = Predict(At(earlier), e, column, row, one, one_stride);
+        const std::uint8_t* const b = Predict(At(later), l, column, row, other, other_stride);
         kernels_.average(one, kBlock, a, one_stride, b, other_stride, kBlock, kBlock);
         const std::uint32_t both = kernels_.sad(picture.At(kBlock * column, kBlock * row, stride_),
                                                 stride_, one, kBlock, kBlock, kBlock) +
@@ -287,10 +287,7 @@ int Lookahead::Choose(int before, int first, int count) {
         const Small& picture = At(first + i);
         // What was dropped leaves gaps.
         const bool follows = i > 0 || before == first - 1;
-        if (!follows) {
-            Trace(first + i, before, likely_);
-            FindMoves(picture, At(before), likely_, to_earlier_[Index(i)]);
-        }
+        if (!follows) FindMoves(first + i, before, to_earlier_[Index(i)]);
         if (follows && i == 0) to_earlier_[0] = picture.moves;
         const auto own = std::accumulate(picture.own.begin(), picture.own.end(), std::int64_t{0});
         const std::int64_t moved =
@@ -303,15 +300,12 @@ int Lookahead::Choose(int before, int first, int count) {
     int best = 0;
     auto least = static_cast<double>(first_cost);
     for (int b_pictures = 1; b_pictures <= most; ++b_pictures) {
-        const Small& anchor = At(first + b_pictures);
-        Trace(first + b_pictures, before, likely_);
-        FindMoves(anchor, At(before), likely_, to_earlier_[Index(b_pictures)]);
-        auto cost = static_cast<double>(MovedCost(anchor, to_earlier_[Index(b_pictures)]));
-        for (int i = 0; i < b_pictures; ++i) {
-            Trace(first + b_pictures, first + i, likely_);
-            cost += kBCostPart * static_cast<double>(BCost(At(first + i), At(before),
-                                                           to_earlier_[Index(i)], anchor, likely_));
-        }
+        const int anchor = first + b_pictures;
+        FindMoves(anchor, before, to_earlier_[Index(b_pictures)]);
+        auto cost = static_cast<double>(MovedCost(At(anchor), to_earlier_[Index(b_pictures)]));
+        for (int i = 0; i < b_pictures; ++i)
+            cost += kBCostPart *
+                    static_cast<double>(BCost(first + i, before, to_earlier_[Index(i)], anchor));
         cost /= b_pictures + 1;
         if (cost >= least) continue;
         least = cost;

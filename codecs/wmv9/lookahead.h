@@ -45,8 +45,9 @@ class Lookahead {
     /// @param before  the number of the I or P picture before them
     int Choose(int before, int first, int count);
 
-    /// Where the blocks of a picture were in an earlier one, by the moves of those between.
-    void Trace(int number, int earlier, std::vector<Displacement>& out) const;
+    /// Where a block of a picture was in an earlier one, by the moves of those between. From any
+    /// thread while no picture is added or dropped.
+    Displacement Trace(int number, int earlier, int column, int row) const;
 
     int Columns() const { return columns_; }  // blocks
     int Rows() const { return rows_; }
@@ -81,20 +82,20 @@ class Lookahead {
     void ForBlocks(Visit&& visit);
     /// What stands in a row of blocks, and the margin that follows from it.
     void LoadRow(const PictureView& picture, Small& small, int row) const;
-    /// `likely`: where each block is looked for first.
-    void FindMoves(const Small& picture, const Small& reference,
-                   const std::vector<Displacement>& likely, std::vector<Move>& moves);
+    /// From picture `number` to an earlier one.
+    void FindMoves(int number, int earlier, std::vector<Move>& moves);
     static std::int64_t MovedCost(const Small& picture, const std::vector<Move>& moves);
-    std::int64_t BCost(const Small& picture, const Small& earlier,
-                       const std::vector<Move>& to_earlier, const Small& later,
-                       const std::vector<Displacement>& likely);
+    /// Of picture `number` between two others.
+    std::int64_t BCost(int number, int earlier, const std::vector<Move>& to_earlier, int later);
     /// Where the prediction stands: in the reference, or in `room` of 8x8.
     const std::uint8_t* Predict(const Small& reference, const Move& move, int column, int row,
                                 std::uint8_t* room, std::ptrdiff_t& stride) const;
     std::uint32_t MoveCost(const Small& picture, const Small& reference, const Move& move,
                            int column, int row) const;
+    /// `likely()`: where else the block is looked for.
+    template <typename Likely>
     Move FindMove(const Small& picture, const Small& reference, int column, int row,
-                  const std::vector<Move>& found, std::span<const Displacement> likely) const;
+                  const std::vector<Move>& found, const Likely& likely) const;
     bool Holds(Displacement move, int column, int row) const;
     std::uint32_t OwnBlockCost(const Small& picture, int column, int row) const;
     std::size_t Place(int column, int row) const;
@@ -112,7 +113,6 @@ class Lookahead {
     // Of those that may become B pictures, and of the P picture after them, to the one before them.
     std::array<std::vector<Move>, kMostBPictures + 1> to_earlier_;
     std::vector<Move> to_later_;
-    std::vector<Displacement> likely_;
     GlobalMotion global_motion_;
     std::vector<std::uint32_t> b_costs_;  // of blocks
     TaskTeam& team_;

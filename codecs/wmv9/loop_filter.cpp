@@ -32,7 +32,7 @@ LoopFilter::LoopFilter(int width, int height)
         plane.height = i == 0 ? 2 * height : height;
         plane.blocks.resize(Index(plane.width) * Index(plane.height));
     }
-    segments_.resize(4 * Index(std::max(width, 1)));
+    segments_.resize(4 * busy_.size());
 }
 
 void LoopFilter::FilterRow(const Picture& picture, int y) {
@@ -54,6 +54,8 @@ void LoopFilter::FilterRow(const Picture& picture, int y) {
             FilterWithin(picture, plane, row);
     }
 }
+
+void LoopFilter::LeaveRow(int y) { busy_rows_[Index(y)] = 0; }
 
 void LoopFilter::FindBusy(const MacroblockGrid& grid, int y) {
     const auto alike = [&](const Macroblock& a, const Macroblock& b) {
@@ -103,14 +105,18 @@ void LoopFilter::Gather(const Picture& picture, int y) {
     }
 }
 
-// The segments of the edge above a row of blocks; false when there is none to filter.
-bool LoopFilter::BelowEdge(const PlaneState& state, int y) {
+std::span<std::uint8_t> LoopFilter::Segments(int plane, int y) {
+    const auto place = 4 * Index(InMacroblocks(plane, y)) * Index(width_);
+    return std::span(segments_).subspan(place, 2 * Index(planes_[plane].width));
+}
+
+bool LoopFilter::BelowEdge(const PlaneState& state, int y, std::span<std::uint8_t> segments) {
     std::uint8_t any = 0;
     for (int x = 0; x < state.width; ++x) {
         const BlockState& above = state.At(x, y - 1);
         const BlockState& below = state.At(x, y);
         const bool both = above.intra || below.intra || !(above.vector == below.vector);
-        std::uint8_t* const segment = &segments_[2 * Index(x)];
+        std::uint8_t* const segment = &segments[2 * Index(x)];
         segment[0] = both || Any(above.quarters, kBottomLeft) || Any(below.quarters, kTopLeft);
         segment[1] = both || Any(above.quarters, kBottomRight) || Any(below.quarters, kTopRight);
         any |= segment[0] | segment[1];
@@ -118,11 +124,11 @@ bool LoopFilter::BelowEdge(const PlaneState& state, int y) {
     return any != 0;
 }
 
-bool LoopFilter::InsideRows(const PlaneState& state, int y) {
+bool LoopFilter::InsideRows(const PlaneState& state, int y, std::span<std::uint8_t> segments) {
     std::uint8_t any = 0;
     for (int x = 0; x < state.width; ++x) {
         const BlockState& block = state.At(x, y);
-        std::uint8_t* const segment = &segments_[2 * Index(x)];
+        std::uint8_t* const segment = &segments[2 * Index(x)];
         segment[0] = block.rows && Any(block.quarters, kTopLeft | kBottomLeft);
         segment[1] = block.rows && Any(block.quarters, kTopRight | kBottomRight);
         any |= segment[0] | segment[1];
@@ -134,13 +140,14 @@ bool LoopFilter::InsideRows(const PlaneState& state, int y) {
 // none inside.
 void LoopFilter::FilterAbove(const Picture& picture, int plane, int y) {
     const PlaneState& state = planes_[plane];
+    const std::span<std::uint8_t> segments = Segments(plane, y);
     if (picture.header.kind == PictureKind::kP) {
-        if (!RowIsBusy(plane, y) || !BelowEdge(state, y)) return;
+        if (!RowIsBusy(plane, y) || !BelowEdge(state, y, segments)) return;
     } else {
-        std::fill(segments_.begin(), segments_.end(), std::uint8_t{1});
+        std::fill(segments.begin(), segments.end(), std::uint8_t{1});
     }
     const Plane& samples = picture.result[plane];
-    picture.kernels.filter_horizontal(samples.At(0, 8 * y), samples.stride, segments_.data(),
+    picture.kernels.filter_horizontal(samples.At(0, 8 * y), samples.stride, segments.data(),
                                       2 * state.width, picture.header.quantiser);
 }
 
@@ -157,8 +164,9 @@ void LoopFilter::FilterWithin(const Picture& picture, int plane, int y) {
         return;
     }
     if (!RowIsBusy(plane, y)) return;
-    if (InsideRows(state, y))
-        kernels.filter_horizontal(samples.At(0, 8 * y + 4), samples.stride, segments_.data(),
+    const std::span<std::uint8_t> inside = Segments(plane, y);
+    if (InsideRows(state, y, inside))
+        kernels.filter_horizontal(samples.At(0, 8 * y + 4), samples.stride, inside.data(),
                                   2 * state.width, quantiser);
     const std::uint8_t* const busy = &busy_[Index(InMacroblocks(plane, y)) * Index(width_)];
     for (int x = 1; x < state.width; ++x) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "codecs/common/index.h"
@@ -19,6 +20,9 @@ class LoopFilter {
     /// the last block above an edge is filtered with the row below. To be called for each row, from
     /// the top.
     void FilterRow(const Picture& picture, int y);
+    /// Of a P picture, a row that has nothing to filter; before any row is filtered. Rows that are
+    /// parted by one that is left and not called for may be filtered side by side.
+    void LeaveRow(int y);
 
   private:
     // Of a block of 8x8 samples: what its edges are filtered by.
@@ -43,8 +47,11 @@ class LoopFilter {
     // Rows of blocks of a plane.
     void FilterAbove(const Picture& picture, int plane, int y);
     void FilterWithin(const Picture& picture, int plane, int y);
-    bool BelowEdge(const PlaneState& state, int y);
-    bool InsideRows(const PlaneState& state, int y);
+    // Whether a row has `segments` to filter along the edge above it, or along the one inside.
+    static bool BelowEdge(const PlaneState& state, int y, std::span<std::uint8_t> segments);
+    static bool InsideRows(const PlaneState& state, int y, std::span<std::uint8_t> segments);
+    // Room for those of a plane's row of blocks.
+    std::span<std::uint8_t> Segments(int plane, int y);
     void FindBusy(const MacroblockGrid& grid, int y);
     bool RowIsBusy(int plane, int y) const {
         return busy_rows_[Index(InMacroblocks(plane, y))] != 0;
@@ -53,7 +60,7 @@ class LoopFilter {
     static int InMacroblocks(int plane, int block) { return plane == 0 ? block / 2 : block; }
 
     PlaneState planes_[3];
-    std::vector<std::uint8_t> segments_;  // of a row of blocks
+    std::vector<std::uint8_t> segments_;  // of rows of macroblocks
     int width_;                           // macroblocks
     // Macroblocks that have an edge to filter, inside or to the left or above; rows with any.
     std::vector<std::uint8_t> busy_;

@@ -67,14 +67,15 @@ constexpr int PartCount(Shape shape) {
     return shape == Shape::Whole8x8 ? 1 : shape == Shape::Small4x4 ? 4 : 2;
 }
 
-/// The macroblocks of a picture, visited as by a Wavefront: it keeps the edges of two rows.
+/// The macroblocks of a picture, visited as by a Wavefront, each half of the picture in one range
+/// of rows: it keeps the edges of two rows of each.
 class MacroblockGrid {
   public:
     MacroblockGrid(int width, int height)
         : width_(width),
           height_(height),
           macroblocks_(Index(width) * Index(height)),
-          edges_(2 * Index(width)) {}
+          edges_(4 * Index(width)) {}
 
     int Width() const { return width_; }
     int Height() const { return height_; }
@@ -87,12 +88,13 @@ class MacroblockGrid {
     }
     /// Of the macroblock's blocks; stale where it is not intra, and from when the one that is two
     /// rows below it is visited.
-    std::array<BlockEdge, kBlocks>& Edges(int x, int y) { return edges_[Place(x, y % 2)]; }
+    std::array<BlockEdge, kBlocks>& Edges(int x, int y) { return edges_[Place(x, Kept(y))]; }
     const std::array<BlockEdge, kBlocks>& Edges(int x, int y) const {
-        return edges_[Place(x, y % 2)];
+        return edges_[Place(x, Kept(y))];
     }
 
   private:
+    int Kept(int y) const { return y % 2 + (2 * y < height_ ? 0 : 2); }
     std::size_t Place(int x, int y) const { return Index(y) * Index(width_) + Index(x); }
 
     int width_;

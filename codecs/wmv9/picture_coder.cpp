@@ -10,6 +10,8 @@ namespace {
 
 // Of the rows, when they are written: some hold far more than others.
 constexpr int kPartsOfThread = 3;
+// Rows below it whose smoothing and filtering a row takes part in.
+constexpr int kFinishedBelow = 2;
 
 // A macroblock's part of a plane, of so many samples across and down.
 template <int kSize>
@@ -28,21 +30,36 @@ PictureCoder::PictureCoder(int width, int height, TaskTeam& team)
       overlap_(width, height),
       team_(team),
       wavefront_(team),
+      decided_(Index(height)),
       parts_(Index(std::min(team.Threads() == 1 ? 1 : kPartsOfThread * team.Threads(), height))) {}
 
 void PictureCoder::Analyse(Picture& picture, const ModeDecision& mode_decision) {
     const Estimates estimates(picture.header);
     for (RowOutput& row : rows_) row.Clear();
+    Divide(picture, mode_decision);
     // The last place of a row stands for what is left to do when all its macroblocks are there.
-    wavefront_.Run(picture.Width() + 1, picture.Height(), [&](int x, int y) {
+    wavefront_.Run(picture.Width() + 1, ranges_, [&](int x, int y) {
         if (x == picture.Width()) return FinishRow(picture, y);
-        if (!mode_decision.Decides(picture, y)) {
-            if (x == 0) Leave(picture, y);
-            return;
-        }
+        if (decided_[Index(y)] == 0) return;
         Candidate candidate;
         mode_decision.Choose(picture, estimates, x, y, candidate);
         Commit(picture, candidate, x, y);
+    });
+}
+
+void PictureCoder::Divide(Picture& picture, const ModeDecision& mode_decision) {
+    const int height = picture.Height();
+    ranges_.clear();
+    for (int y = 0; y < height; ++y) {
+        decided_[Index(y)] = mode_decision.Decides(picture, y) ? 1 : 0;
+        if (decided_[Index(y)] == 0) continue;
+        if (ranges_.empty() || ranges_.back().end < y) ranges_.push_back({y, y});
+        ranges_.back().end = std::min(y + 1 + kFinishedBelow, height);
+    }
+    if (std::all_of(decided_.begin(), decided_.end(), [](std::uint8_t one) { return one != 0; }))
+        return;
+    team_.Run(height, [&](int y) {
+        if (decided_[Index(y)] == 0) Leave(picture, y);
     });
 }
 
@@ -69,6 +86,8 @@ void PictureCoder::Leave(Picture& picture, int y) {
     left.direction = Direction::Direct;
     left.quantiser = static_cast<std::uint8_t>(picture.header.quantiser);
     for (int x = 0; x < picture.Width(); ++x) picture.grid.At(x, y) = left;
+    planes_.TakeRow(picture.grid, y);
+    filter_.LeaveRow(y);
     if (picture.header.IsB()) return;  // nothing refers to it
     for (int i = 0; i < 3; ++i) {
         const Plane& from = picture.source[i];
@@ -79,7 +98,7 @@ void PictureCoder::Leave(Picture& picture, int y) {
 }
 
 void PictureCoder::FinishRow(const Picture& picture, int y) {
-    planes_.TakeRow(picture.grid, y);
+    if (decided_[Index(y)] != 0) planes_.TakeRow(picture.grid, y);
     if (picture.header.IsB()) return;
     const bool smooths = picture.Overlaps();
     if (smooths) overlap_.SmoothRow(picture, y);

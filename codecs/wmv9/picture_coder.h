@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "codecs/common/bit_writer.h"
@@ -35,8 +36,9 @@ class PictureCoder {
 
   private:
     void Commit(Picture& picture, const Candidate& candidate, int x, int y);
-    // A row that is not decided.
-    static void Leave(Picture& picture, int y);
+    // Leaves rows that are not decided, and finds those that are left to analyse.
+    void Divide(Picture& picture, const ModeDecision& mode_decision);
+    void Leave(Picture& picture, int y);
     // What is left to do when all macroblocks of a row are there.
     void FinishRow(const Picture& picture, int y);
 
@@ -46,6 +48,8 @@ class PictureCoder {
     Overlap overlap_;
     TaskTeam& team_;
     Wavefront wavefront_;
+    std::vector<Wavefront::Rows> ranges_;  // that are decided, and those below that they change
+    std::vector<std::uint8_t> decided_;    // rows
     std::vector<WrittenRows> parts_;
     BitWriter out_;
 };

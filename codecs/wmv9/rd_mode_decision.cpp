@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <optional>
 
 #include "codecs/common/index.h"
 #include "codecs/wmv9/intra.h"
@@ -86,7 +87,7 @@ class MacroblockDecision {
         Starts starts;
         AddNeighbours(starts, [](const Macroblock& m) { return m.vectors[3]; });
         if (picture_.anchor != nullptr) starts.Add(picture_.anchor->At(x_, y_).vectors[0]);
-        AddLikely(starts, &LikelyMotion::in_past, 1);
+        AddLikely(starts, &LikelyMotion::InPast, 1);
         const MotionSearch search(picture_, *picture_.past, estimates_, quantiser_, preset_);
         const FoundVector one = search.Search(block, Nearest(prediction), starts.All());
         if (!tried || !(one.vector == prediction.median)) TryOne(prediction, one.vector);
@@ -110,11 +111,11 @@ class MacroblockDecision {
         Starts to_past;
         to_past.Add(direct_.forward);
         AddNeighbours(to_past, [](const Macroblock& m) { return m.vectors[0]; });
-        AddLikely(to_past, &LikelyMotion::in_past, 1);
+        AddLikely(to_past, &LikelyMotion::InPast, 1);
         Starts to_future;
         to_future.Add(direct_.backward);
         AddNeighbours(to_future, [](const Macroblock& m) { return m.backward; });
-        AddLikely(to_future, &LikelyMotion::from_future, -1);
+        AddLikely(to_future, &LikelyMotion::FromFuture, -1);
         const FoundVector f = past.Search(block, forward_, to_past.All());
         const FoundVector b = future.Search(block, backward_, to_future.All());
         const std::uint32_t both = BothCost(f, b);
@@ -145,11 +146,11 @@ class MacroblockDecision {
         if (x_ + 1 < picture_.Width()) starts.Add(vector_of(picture_.grid.At(x_ + 1, y_ - 1)));
     }
 
-    void AddLikely(Starts& starts, std::vector<Displacement> LikelyMotion::*which, int sign) const {
-        if (picture_.likely == nullptr || (picture_.likely->*which).empty()) return;
-        const auto place = Index(y_) * Index(picture_.Width()) + Index(x_);
-        const Displacement& move = (picture_.likely->*which)[place];
-        starts.Add(VectorOf({sign * move.x, sign * move.y}));
+    using LikelyMove = std::optional<Displacement> (LikelyMotion::*)(int, int) const;
+    void AddLikely(Starts& starts, LikelyMove likely_move, int sign) const {
+        if (picture_.likely == nullptr) return;
+        if (const std::optional<Displacement> move = (picture_.likely->*likely_move)(x_, y_))
+            starts.Add(VectorOf({sign * move->x, sign * move->y}));
     }
 
     Candidate& Spare() { return best_ == &out_ ? spare_ : out_; }

@@ -36,8 +36,6 @@ constexpr int kBefore = 3;
 constexpr int kBehind = 4;
 constexpr double kScenePart = 0.7;  // of a picture is new: nothing before it is beside it
 
-int BlocksIn(int samples) { return (samples + kLuma - 1) / kLuma; }
-
 bool IsWhole(Displacement quarters) { return ((quarters.x | quarters.y) & 3) == 0; }
 
 // The sample that a block begins with, in whole samples of its plane.
@@ -59,23 +57,24 @@ int QuartersBetween(std::uint32_t before, std::uint32_t here, std::uint32_t behi
 
 }  // namespace
 
-TemporalFilter::TemporalFilter(int width, int height, TaskTeam& team)
+TemporalFilter::TemporalFilter(int width, int height, const Lookahead& lookahead, TaskTeam& team)
     : kernels_(BestKernels()),
       width_(width / kLuma),
       height_(height / kLuma),
       picture_width_(width),
       picture_height_(height),
+      lookahead_(lookahead),
       team_(team) {}
 
 void TemporalFilter::Apply(Frame& source, int number, std::span<const PictureView> beside,
-                           int first, const Lookahead& lookahead, double quantiser,
-                           double strength) {
-    FindReferences(number, beside, first, lookahead);
+                           int first, double quantiser, double strength) {
+    number_ = number;
+    FindReferences(beside, first);
     if (count_ < 2 || width_ == 0 || height_ == 0) return;
     reach_ = static_cast<int>(std::lround(65536 / std::min(kReach * quantiser, kMostReach)));
     strength_ = strength;
     near_enough_ = static_cast<std::uint32_t>(kNearEnough * quantiser);
-    if (ChangeOfSome(source, number) < kLeastChange * quantiser * quantiser) return;
+    if (ChangeOfSome(source) < kLeastChange * quantiser * quantiser) return;
     team_.Run(height_, [&](int row) {
         Found found;
         for (int column = 0; column < width_; ++column)
@@ -83,15 +82,15 @@ void TemporalFilter::Apply(Frame& source, int number, std::span<const PictureVie
     });
 }
 
-double TemporalFilter::ChangeOfSome(const Frame& source, int number) {
-    const int first_row = number % std::min(kProbedRows, height_);
+double TemporalFilter::ChangeOfSome(const Frame& source) {
+    const int first_row = number_ % std::min(kProbedRows, height_);
     const int rows = (height_ - first_row + kProbedRows - 1) / kProbedRows;
     probes_.assign(Index(rows), {});
     team_.Run(rows, [&](int i) {
         const int row = first_row + kProbedRows * i;
         Probe& probe = probes_[Index(i)];
         Found found;
-        for (int column = (number + i) % std::min(kProbedColumns, width_); column < width_;
+        for (int column = (number_ + i) % std::min(kProbedColumns, width_); column < width_;
              column += kProbedColumns) {
             ++probe.count;
             if (!Find(source[0], column, row, found)) continue;
@@ -111,26 +110,21 @@ double TemporalFilter::ChangeOfSome(const Frame& source, int number) {
     return all.change / (kLuma * kLuma * all.count);
 }
 
-void TemporalFilter::FindReferences(int number, std::span<const PictureView> beside, int first,
-                                    const Lookahead& lookahead) {
+void TemporalFilter::FindReferences(std::span<const PictureView> beside, int first) {
     count_ = 0;
     const auto known = [&](int n) {
-        return n >= first && n < first + static_cast<int>(beside.size()) && lookahead.Has(n);
+        return n >= first && n < first + static_cast<int>(beside.size()) && lookahead_.Has(n);
+    };
+    const auto add = [&](int n, double part) {
+        references_[Index(count_++)] = {beside[Index(n - first)], n, part};
     };
     for (std::size_t i = 0; i < kPartsAfter.size(); ++i) {
-        const int after = number + 1 + static_cast<int>(i);
-        if (!known(after) || lookahead.PartNew(after) > kScenePart) break;
-        Reference& reference = references_[Index(count_++)];
-        reference.view = beside[Index(after - first)];
-        reference.part = kPartsAfter[i];
-        lookahead.Trace(after, number, reference.moves);
-        for (Displacement& move : reference.moves) move = {-move.x, -move.y};
+        const int after = number_ + 1 + static_cast<int>(i);
+        if (!known(after) || lookahead_.PartNew(after) > kScenePart) break;
+        add(after, kPartsAfter[i]);
     }
-    if (!known(number - 1) || lookahead.PartNew(number) > kScenePart) return;
-    Reference& reference = references_[Index(count_++)];
-    reference.view = beside[Index(number - 1 - first)];
-    reference.part = kPartBefore;
-    lookahead.Trace(number, number - 1, reference.moves);
+    const int before = number_ - 1;
+    if (known(before) && lookahead_.PartNew(number_) <= kScenePart) add(before, kPartBefore);
 }
 
 bool TemporalFilter::Holds(Displacement quarters, int column, int row) const {
@@ -140,22 +134,21 @@ bool TemporalFilter::Holds(Displacement quarters, int column, int row) const {
            y + kLuma + kBehind <= picture_height_;
 }
 
-std::uint32_t TemporalFilter::DifferenceAtRest(const Reference& reference, const Plane& source,
-                                               int column, int row) const {
-    return kernels_.sad(source.At(kLuma * column, kLuma * row), source.stride,
-                        BlockAt(reference.view, 0, column, row, {}), reference.view.strides[0],
-                        kLuma, kLuma);
+Displacement TemporalFilter::LikelyMove(const Reference& reference, int column, int row) const {
+    if (reference.number < number_) return lookahead_.Trace(number_, reference.number, column, row);
+    const Displacement from_later = lookahead_.Trace(reference.number, number_, column, row);
+    return {-from_later.x, -from_later.y};
 }
 
 Displacement TemporalFilter::FindMove(const Reference& reference, const Plane& source, int column,
-                                      int row, Displacement left) const {
+                                      int row, std::uint32_t at_rest, Displacement left) const {
     const std::uint8_t* const here = source.At(kLuma * column, kLuma * row);
     const auto at = [&](Displacement move) {
         return BlockAt(reference.view, 0, column, row, move);
     };
     const std::ptrdiff_t stride = reference.view.strides[0];
     Displacement best;
-    std::uint32_t least = DifferenceAtRest(reference, source, column, row);
+    std::uint32_t least = at_rest;
     if (least <= near_enough_) return best;
     const auto consider = [&](Displacement move) {
         if (move == best || !Holds(move, column, row)) return;
@@ -164,8 +157,7 @@ Displacement TemporalFilter::FindMove(const Reference& reference, const Plane& s
         least = sad;
         best = move;
     };
-    const auto place = Index(row) * Index(BlocksIn(picture_width_)) + Index(column);
-    const Displacement likely = reference.moves[place];
+    const Displacement likely = LikelyMove(reference, column, row);
     consider({4 * likely.x, 4 * likely.y});
     consider({left.x & ~3, left.y & ~3});
     // Noise that stands still looks alike everywhere.
@@ -195,10 +187,13 @@ Displacement TemporalFilter::FindMove(const Reference& reference, const Plane& s
 
 bool TemporalFilter::Find(const Plane& source, int column, int row, Found& found) const {
     const std::uint8_t* const here = source.At(kLuma * column, kLuma * row);
-    const auto differs = [&](const Reference& reference) {
-        return DifferenceAtRest(reference, source, column, row) > near_enough_;
-    };
-    if (std::none_of(references_.begin(), references_.begin() + count_, differs)) return false;
+    std::array<std::uint32_t, kMost> at_rest{};
+    for (std::size_t i = 0; i < Index(count_); ++i) {
+        const PictureView& view = references_[i].view;
+        at_rest[i] = kernels_.sad(here, source.stride, BlockAt(view, 0, column, row, {}),
+                                  view.strides[0], kLuma, kLuma);
+    }
+    if (*std::max_element(at_rest.begin(), at_rest.end()) <= near_enough_) return false;
     std::uint32_t sum = 0;
     std::uint32_t squares = 0;
     kernels_.moments(here, source.stride, sum, squares);
@@ -209,7 +204,7 @@ bool TemporalFilter::Find(const Plane& source, int column, int row, Found& found
     double steady = 1;
     for (std::size_t i = 0; i < Index(count_); ++i) {
         Displacement& move = found.moves[i];
-        move = FindMove(references_[i], source, column, row, move);
+        move = FindMove(references_[i], source, column, row, at_rest[i], move);
         const PictureView& view = references_[i].view;
         const std::uint8_t* const at = BlockAt(view, 0, column, row, move);
         std::uint8_t* const out = found.samples[i];

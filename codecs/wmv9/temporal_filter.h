@@ -21,7 +21,8 @@ namespace codecs::wmv9 {
 class TemporalFilter {
   public:
     /// @param width, height  of the pictures, in samples of luma
-    TemporalFilter(int width, int height, TaskTeam& team);
+    /// @param lookahead      knows what moves
+    TemporalFilter(int width, int height, const Lookahead& lookahead, TaskTeam& team);
 
     /// Of the macroblocks that are whole, where two pictures beside are known at least.
     /// @param source     the picture, as it was loaded
@@ -29,15 +30,15 @@ class TemporalFilter {
     /// @param beside     pictures as they are shown, the first of which has the number `first`
     /// @param strength   of the nearest pictures beside the picture's own, 0 to 1
     void Apply(Frame& source, int number, std::span<const PictureView> beside, int first,
-               const Lookahead& lookahead, double quantiser, double strength);
+               double quantiser, double strength);
 
   private:
     static constexpr int kMost = 4;  // pictures beside
 
     struct Reference {
         PictureView view;
-        std::vector<Displacement> moves;  // likely, of macroblocks
-        double part = 0;                  // of the strength
+        int number = 0;
+        double part = 0;  // of the strength
     };
 
     // Where a macroblock is in the pictures beside.
@@ -53,16 +54,14 @@ class TemporalFilter {
         double change = 0;  // sum of squares
     };
 
-    void FindReferences(int number, std::span<const PictureView> beside, int first,
-                        const Lookahead& lookahead);
+    void FindReferences(std::span<const PictureView> beside, int first);
     /// The mean square, of a few macroblocks.
-    double ChangeOfSome(const Frame& source, int number);
-    /// Sum of a macroblock that stays where it is.
-    std::uint32_t DifferenceAtRest(const Reference& reference, const Plane& source, int column,
-                                   int row) const;
-    /// In quarters of a sample.
+    double ChangeOfSome(const Frame& source);
+    /// Where the look-ahead saw a macroblock, in whole samples.
+    Displacement LikelyMove(const Reference& reference, int column, int row) const;
+    /// In quarters of a sample. `at_rest` is how much a macroblock differs that stays where it is.
     Displacement FindMove(const Reference& reference, const Plane& source, int column, int row,
-                          Displacement left) const;
+                          std::uint32_t at_rest, Displacement left) const;
     /// `found` is what was found of the macroblock to the left, then of this one. False where
     /// there is little to take out, or more than noise.
     bool Find(const Plane& source, int column, int row, Found& found) const;
@@ -75,7 +74,9 @@ class TemporalFilter {
     const int height_;
     const int picture_width_;
     const int picture_height_;
+    const Lookahead& lookahead_;
     TaskTeam& team_;
+    int number_ = 0;  // of the picture
     std::array<Reference, kMost> references_;
     int count_ = 0;
     int reach_ = 0;

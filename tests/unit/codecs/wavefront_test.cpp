@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <cstddef>
+#include <mutex>
 #include <vector>
 
 #include "support/row_name.h"
@@ -53,6 +55,26 @@ TEST_P(Visits, FollowThoseToTheLeftAndAbove) {
     EXPECT_EQ(early, 0);
     EXPECT_TRUE(std::all_of(visits.begin(), visits.end(),
                             [&](const std::atomic<int>& count) { return count == kRuns; }));
+}
+
+TEST(VisitsOfRanges, WaitForNoOtherRange) {
+    codecs::TaskTeam team(2);
+    codecs::Wavefront wavefront(team);
+    const codecs::Wavefront::Rows ranges[] = {{2, 5}, {7, 8}, {9, 12}};
+    // The upper ranges end when the lowest one has.
+    std::vector<int> order;
+    std::mutex mutex;
+    std::condition_variable ended;
+    bool last = false;
+    wavefront.Run(3, ranges, [&](int x, int y) {
+        std::unique_lock lock(mutex);
+        if (y == 4 && x == 2) ended.wait(lock, [&] { return last; });
+        last = last || (y == 11 && x == 2);
+        ended.notify_one();
+        if (x == 0) order.push_back(y);
+    });
+    std::sort(order.begin(), order.end());
+    EXPECT_EQ(order, (std::vector<int>{2, 3, 4, 7, 9, 10, 11}));
 }
 
 }  // namespace

@@ -86,10 +86,7 @@ TEST(LookaheadMoves, AddUpFromPictureToPicture) {
     TaskTeam team(1);
     Lookahead lookahead(kWidth, kHeight, 4, team);
     for (const Page& page : JumpingPages(3)) lookahead.Add(page.View());
-    std::vector<Displacement> moves;
-    lookahead.Trace(2, 0, moves);
-    constexpr std::size_t kMiddle = 2 * (kWidth / 16) + 5;
-    EXPECT_EQ(moves[kMiddle], (Displacement{0, 2 * kJump}));
+    EXPECT_EQ(lookahead.Trace(2, 0, 5, 2), (Displacement{0, 2 * kJump}));
 }
 
 TEST(EncodedPictures, TakeFewBitsWhereAllThatTheyShowJumps) {

@@ -103,8 +103,8 @@ Filtered Filter(const Sequence& sequence, int threads, double strength) {
     Filtered filtered;
     for (Frame* frame : {&filtered.source, &filtered.result})
         frame->Load(views[kFiltered], kWidth, kHeight, 0, kHeight / 16);
-    TemporalFilter filter(kWidth, kHeight, team);
-    filter.Apply(filtered.result, kFiltered, views, 0, lookahead, kQuantiser, strength);
+    TemporalFilter filter(kWidth, kHeight, lookahead, team);
+    filter.Apply(filtered.result, kFiltered, views, 0, kQuantiser, strength);
     return filtered;
 }
 
