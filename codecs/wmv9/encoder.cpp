@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "codecs/common/index.h"
+#include "codecs/common/picture_cost.h"
 #include "codecs/common/task_team.h"
 #include "codecs/wmv9/activity.h"
 #include "codecs/wmv9/coding_state.h"
@@ -243,14 +244,15 @@ class Encoder::Impl {
         return coded;
     }
 
-    // Loads the picture, and finds what its quantisers depend on.
+    // Loads what is coded of the picture, and finds what its quantisers depend on.
     void Look(const PictureView& picture, const PictureRequest& request) {
+        picture_ = picture;
         number_ = followed_ >= 0 ? followed_ : lookahead_.Has(request.number) ? request.number : -1;
         const PictureKind kind = KindFor(request);
         const bool has_worth = kind != PictureKind::kB && number_ >= 0 && looks_ahead_;
         const bool measures = (sequence_.varying_quantiser || FollowsFades()) &&
                               activity_.Begin(looks_ahead_ ? number_ : -1);
-        const int parts = std::min(kLoadedParts, height_);
+        const int parts = Parts();
         worth_ = {};
         likely_.emplace(lookahead_, kind, number_, past_);
         team_.Run(1 + parts, [&](int task) {
@@ -258,19 +260,38 @@ class Encoder::Impl {
                 if (has_worth) worth_ = tree_.Worth(lookahead_, number_);
                 return;
             }
-            const int first = height_ * (task - 1) / parts;
-            const int end = height_ * task / parts;
-            source_.Load(picture, settings_.width, settings_.height, first, end);
-            for (int y = first; measures && y < end; ++y)
-                activity_.MeasureRow(BestKernels(), source_, y);
+            for (int y = height_ * (task - 1) / parts; y < height_ * task / parts; ++y) {
+                if (measures || IsCoded(y)) LoadRow(source_, y);
+                if (measures) activity_.MeasureRow(BestKernels(), source_, y);
+            }
         });
         if (measures) activity_.End();
+    }
+
+    int Parts() const { return std::min(kLoadedParts, height_); }
+
+    bool IsCoded(int y) const { return trial_ == nullptr || IsTried(y, height_); }
+
+    void LoadRow(Frame& frame, int y) const {
+        frame.Load(picture_, settings_.width, settings_.height, y, y + 1);
+    }
+
+    // What a trial does not code of a picture that others refer to.
+    void LoadUncoded(Frame& frame) {
+        team_.Run(Parts(), [&](int part) {
+            for (int y = height_ * part / Parts(); y < height_ * (part + 1) / Parts(); ++y)
+                if (!IsCoded(y)) LoadRow(frame, y);
+        });
     }
 
     void Filter(const PictureRequest& request, bool is_i) {
         if (!preset_.temporal_filter || number_ < 0 || !looks_ahead_) return;
         temporal_filter_.Apply(source_, number_, request.beside, request.first_beside, asked_,
                                is_i ? kIStrength : kPStrength);
+    }
+
+    LumaPlane Luma() const {
+        return {picture_.planes[0], picture_.strides[0], settings_.width, settings_.height};
     }
 
     bool FollowsFades() const { return settings_.profile == Profile::Main; }
@@ -295,7 +316,7 @@ class Encoder::Impl {
         header.rounding = header.kind == PictureKind::kP ? 1 - past_.rounding : past_.rounding;
         past_.tables[static_cast<int>(header.kind)].ApplyTo(header);
         if (header.kind == PictureKind::kP && FollowsFades())
-            header.intensity = FindIntensity(source_, activity_.Found().brightness,
+            header.intensity = FindIntensity(Luma(), activity_.Found().brightness,
                                              Anchor(past_.later), past_.later_brightness, team_);
         return header;
     }
@@ -354,13 +375,17 @@ class Encoder::Impl {
             picture.future = &Anchor(past_.later);
         }
         if (!header.IsI() && !past_.later_is_i) picture.anchor = &grids_[Index(past_.later_grid)];
+        if (trial_ != nullptr && anchor) LoadUncoded(result);
         const ModeDecision& own = mode_decision_;
         coder_.Analyse(picture, trial_ == nullptr ? own : *trial_);
         Brightness brightness;
         team_.Run(anchor ? 3 : 1, [&](int task) {
             if (task == 1) return result.Extend();
             if (task == 2) {
-                if (FollowsFades()) brightness = MeasureBrightness(BestKernels(), result);
+                if (trial_ != nullptr)
+                    brightness = activity_.Found().brightness;
+                else if (FollowsFades())
+                    brightness = MeasureBrightness(BestKernels(), result);
                 return;
             }
             ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
@@ -442,6 +467,7 @@ class Encoder::Impl {
     QuantiserMap quantisers_;
     bool looks_ahead_ = false;
     // Of the picture in hand.
+    PictureView picture_;
     int followed_ = -1;  // in the look-ahead, where it knows nothing beyond; -1 = not there
     int number_ = -1;    // in the look-ahead
     std::span<const float> worth_;  // of its macroblocks; empty = no later picture is known

@@ -55,10 +55,10 @@ Map ChromaMap(const Intensity& intensity) {
 }
 
 // Of every fourth row, with the reference mapped.
-std::int64_t Distance(const Plane& source, const Plane& reference, const Map& map) {
+std::int64_t Distance(const LumaPlane& source, const Plane& reference, const Map& map) {
     std::int64_t sum = 0;
     for (int y = 0; y < source.height; y += 4) {
-        const std::uint8_t* const a = source.At(0, y);
+        const std::uint8_t* const a = source.samples + y * source.stride;
         const std::uint8_t* const b = reference.At(0, y);
         for (int x = 0; x < source.width; ++x) sum += std::abs(a[x] - map[b[x]]);
     }
@@ -67,7 +67,7 @@ std::int64_t Distance(const Plane& source, const Plane& reference, const Map& ma
 
 }  // namespace
 
-std::optional<Intensity> FindIntensity(const Frame& source, const Brightness& now,
+std::optional<Intensity> FindIntensity(const LumaPlane& source, const Brightness& now,
                                        const Frame& reference, const Brightness& before,
                                        TaskTeam& team) {
     constexpr double kLeastMean = 1;          // of a change worth a look, in samples
@@ -87,7 +87,7 @@ std::optional<Intensity> FindIntensity(const Frame& source, const Brightness& no
     std::int64_t mapped = 0;
     team.Run(2, [&](int task) {
         (task == 0 ? plain : mapped) =
-            Distance(source[0], reference[0], LumaMap(task == 0 ? Intensity() : found));
+            Distance(source, reference[0], LumaMap(task == 0 ? Intensity() : found));
     });
     if (static_cast<double>(mapped) > kClearly * static_cast<double>(plain)) return std::nullopt;
     return found;

@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "codecs/common/picture_cost.h"
 #include "codecs/common/task_team.h"
 #include "codecs/wmv9/activity.h"
 #include "codecs/wmv9/frame.h"
@@ -12,7 +13,7 @@ namespace codecs::wmv9 {
 
 /// The mapping that brings `reference`, which shows a picture so bright before, near `source`,
 /// which is so bright now; none where it does not clearly help. The team does the work.
-std::optional<Intensity> FindIntensity(const Frame& source, const Brightness& now,
+std::optional<Intensity> FindIntensity(const LumaPlane& source, const Brightness& now,
                                        const Frame& reference, const Brightness& before,
                                        TaskTeam& team);
 

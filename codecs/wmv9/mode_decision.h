@@ -19,8 +19,7 @@ class ModeDecision {
     /// Works out the macroblock at (x, y) whole.
     virtual void Choose(const Picture& picture, const Estimates& estimates, int x, int y,
                         Candidate& out) const = 0;
-    /// False where a row of macroblocks is not decided at all: it is skipped, and its samples are
-    /// the source's.
+    /// False where a row of macroblocks is not decided at all: it is skipped.
     virtual bool Decides(const Picture& /*picture*/, int /*y*/) const { return true; }
 };
 

@@ -88,13 +88,6 @@ void PictureCoder::Leave(Picture& picture, int y) {
     for (int x = 0; x < picture.Width(); ++x) picture.grid.At(x, y) = left;
     planes_.TakeRow(picture.grid, y);
     filter_.LeaveRow(y);
-    if (picture.header.IsB()) return;  // nothing refers to it
-    for (int i = 0; i < 3; ++i) {
-        const Plane& from = picture.source[i];
-        const int rows = i == 0 ? 16 : 8;
-        for (int row = rows * y; row < rows * (y + 1); ++row)
-            std::memcpy(picture.result[i].At(0, row), from.At(0, row), Index(from.width));
-    }
 }
 
 void PictureCoder::FinishRow(const Picture& picture, int y) {
