@@ -30,7 +30,7 @@ struct Preset {
     /// P pictures from one that is coded with all tools that may suit it to the next; 0 = none is.
     int tool_trials = 0;
     bool temporal_filter = false;  // of the source, where it is noisy
-    bool thorough = false;  // candidates are coded whole that the search leaves little chance
+    bool thorough_b = false;       // of a B macroblock, more candidates are coded whole
 };
 
 const Preset& PresetOf(int level);

@@ -78,7 +78,7 @@ class MacroblockDecision {
     void PPicture() {
         const VectorPrediction prediction = PredictVector(picture_, x_, y_);
         if (TrySkipped(prediction)) return;
-        const bool tried = !preset_.thorough && HasBest() && IsLikely(prediction);
+        const bool tried = HasBest() && IsLikely(prediction);
         if (tried) {
             TryOne(prediction, prediction.median);
             if (best_->macroblock.skipped) return Finish();
@@ -92,8 +92,7 @@ class MacroblockDecision {
         const FoundVector one = search.Search(block, Nearest(prediction), starts.All());
         if (!tried || !(one.vector == prediction.median)) TryOne(prediction, one.vector);
         // Where one vector leaves nothing to code, four seldom gain.
-        if (picture_.header.mode == VectorMode::Mixed &&
-            (preset_.thorough || best_->macroblock.coded != 0))
+        if (picture_.header.mode == VectorMode::Mixed && best_->macroblock.coded != 0)
             TryFourMv(search, one);
         TryIntra(one.cost);
         Finish();
@@ -122,11 +121,11 @@ class MacroblockDecision {
         const std::uint32_t single = std::min(f.cost, b.cost);
         const std::uint32_t moved = std::min(single, both);
         if (direct <= kDirectAtMost * moved) CodeDirect();
-        if (!preset_.thorough && direct <= kDirectAlone * moved) return Finish();
-        if (preset_.thorough || both >= single)
+        if (direct <= kDirectAlone * moved) return Finish();
+        if (both >= single)
             TryMoved(f.cost <= b.cost ? Direction::Forward : Direction::Backward, f.vector,
                      b.vector);
-        if (preset_.thorough || both < single) TryMoved(Direction::Both, f.vector, b.vector);
+        if (preset_.thorough_b || both < single) TryMoved(Direction::Both, f.vector, b.vector);
         TryIntra(moved);
         Finish();
     }
@@ -324,7 +323,7 @@ class MacroblockDecision {
         macroblock.skipped = true;
         Predict(picture_, x_, y_, macroblock, candidate.samples);
         LeaveResidual(picture_, x_, y_, candidate);
-        if (IsGoodEnough(candidate) || (!preset_.thorough && IsSilent(candidate))) {
+        if (IsGoodEnough(candidate) || (!preset_.thorough_b && IsSilent(candidate))) {
             best_ = &candidate;
             Finish();
             return true;
