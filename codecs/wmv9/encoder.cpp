@@ -1,166 +1,91 @@
 #include "codecs/wmv9/encoder.h"
 
 #include <algorithm>
-#include <cmath>
-#include <optional>
-#include <vector>
 
 #include "codecs/common/index.h"
-#include "codecs/common/picture_cost.h"
-#include "codecs/common/task_team.h"
-#include "codecs/wmv9/activity.h"
-#include "codecs/wmv9/coding_state.h"
-#include "codecs/wmv9/frame.h"
-#include "codecs/wmv9/intensity.h"
-#include "codecs/wmv9/likely_motion.h"
-#include "codecs/wmv9/lookahead.h"
-#include "codecs/wmv9/macroblock_tree.h"
-#include "codecs/wmv9/mode_decision.h"
-#include "codecs/wmv9/picture_coder.h"
 #include "codecs/wmv9/picture_tools.h"
 #include "codecs/wmv9/preset.h"
+#include "codecs/wmv9/sequence_coder.h"
 #include "codecs/wmv9/sequence_setup.h"
-#include "codecs/wmv9/temporal_filter.h"
 #include "codecs/wmv9/trial_decision.h"
 #include "codecs/wmv9/trials.h"
 
 namespace codecs::wmv9 {
 namespace {
 
-constexpr int kAnchors = 3;  // two references and the one that is coded
-constexpr int kKept = 1;     // that trials leave as they are: the next picture refers to it
-
-constexpr int kLoadedParts = 8;  // of a picture, side by side
-
-constexpr double kFinestHalves = 9;  // quantisers in halves below
-
-// Of the temporal filter; all later pictures of a GOP follow from its I picture.
-constexpr double kIStrength = 0.6;
-constexpr double kPStrength = 0.3;
-
-// Pictures after an I picture until P pictures are what they usually are, and tools can be tried.
-constexpr int kFirstTrial = 2;
-constexpr int kNoTrial = 1 << 20;  // pictures away
 // A trial of B pictures codes whole groups of one, of two and of three pictures.
 constexpr int kPatternPictures = 6;
 constexpr int kFewestTried = 4;
 constexpr int kTrialPreset = 20;  // or a lower one: it tells them apart as well
 
-int MacroblocksIn(int samples) { return (samples + 15) / 16; }
-
 }  // namespace
 
+// Chooses the tools that pictures are coded with, and how many of them become B pictures.
 class Encoder::Impl {
   public:
     explicit Impl(const EncoderSettings& settings)
         : settings_(Checked(settings)),
-          sequence_(MakeSequence(settings_)),
-          width_(MacroblocksIn(settings_.width)),
-          height_(MacroblocksIn(settings_.height)),
           preset_(PresetOf(settings_.preset)),
-          mode_decision_(preset_),
+          coder_(settings_),
           trial_of_tools_(preset_),
-          trial_of_b_(PresetOf(std::min(settings_.preset, kTrialPreset))),
-          team_(settings_.threads),
-          coder_(width_, height_, team_),
-          lookahead_(settings_.width, settings_.height, preset_.lookahead_rounds, team_),
-          temporal_filter_(settings_.width, settings_.height, lookahead_, team_),
-          activity_(width_, height_),
-          quantisers_(width_, height_),
-          source_(width_, height_),
-          b_frame_(width_, height_),
-          b_grid_(width_, height_) {
-        const int kept = settings_.b_pictures > 0 ? kKept : 0;
-        for (int i = 0; i < kAnchors + kept; ++i) anchors_.emplace_back(width_, height_);
-        for (int i = 0; i < 2 + kept; ++i) grids_.emplace_back(width_, height_);
-        next_.tools = UsualTools(preset_);
-    }
+          trial_of_b_(PresetOf(std::min(settings_.preset, kTrialPreset))) {}
 
-    std::array<std::uint8_t, 4> SequenceBytes() const { return sequence_.Bytes(); }
+    SequenceCoder& Coder() { return coder_; }
 
     CodedPicture Encode(const PictureView& picture, const PictureRequest& request) {
-        past_ = next_;
-        Follow(picture);
+        coder_.Begin(picture);
         return Recode(picture, request);
     }
 
     CodedPicture Recode(const PictureView& picture, const PictureRequest& request) {
-        next_ = past_;
-        Look(picture, request);
-        const PictureHeader header = HeaderFor(request);
-        if (!header.IsB()) Filter(request, header.IsI());
-        const CodedPicture coded = header.kind == PictureKind::kP ? CodeP(header) : Code(header);
-        if (header.kind != PictureKind::kP || !request.may_be_i || !MostlyIntra()) return coded;
-        next_ = past_;
+        const PictureHeader header = coder_.Prepare(picture, request);
+        if (header.kind != PictureKind::kP) return coder_.Code(header);
+        const CodedPicture coded = CodeP(header);
+        if (!request.may_be_i || !MostlyIntra()) return coded;
         PictureRequest i_request = request;
         i_request.kind = PictureKind::kI;
-        return Code(HeaderFor(i_request));
-    }
-
-    void Forget() {
-        next_ = past_;
-        if (followed_ >= 0) lookahead_.TakeBack();
-        followed_ = -1;
-    }
-
-    PictureView Reconstruction() {
-        if (unfiltered_) coder_.FilterB(*unfiltered_);
-        unfiltered_.reset();
-        return result_ == nullptr ? PictureView() : result_->View();
-    }
-
-    std::optional<double> LookAhead(const PictureView& picture) {
-        if (preset_.lookahead == 0) return {};
-        looks_ahead_ = true;
-        lookahead_.DropBefore(past_.later_number);
-        return lookahead_.Add(picture);
+        return coder_.Code(coder_.PrepareAgain(i_request));
     }
 
     int ChooseBPictures(std::span<const PictureView> next, int first) {
-        if (settings_.b_pictures == 0 || !lookahead_.Has(next_.later_number)) return 0;
-        const bool tries = next_.until_b <= 0 && next.size() >= kFewestTried;
-        const int limit = std::min(tries ? settings_.b_pictures : next_.b_pictures,
+        CodingState& state = coder_.Next();
+        if (settings_.b_pictures == 0 || !coder_.Ahead().Has(state.later_number)) return 0;
+        const bool tries = state.until_b <= 0 && next.size() >= kFewestTried;
+        const int limit = std::min(tries ? settings_.b_pictures : state.b_pictures,
                                    static_cast<int>(next.size()) - 1);
-        const int most = limit == 0 ? 0 : lookahead_.Choose(next_.later_number, first, limit + 1);
+        const int most =
+            limit == 0 ? 0 : coder_.Ahead().Choose(state.later_number, first, limit + 1);
         if (tries && most > 0) TryB(next, first);
-        const int chosen = std::min(most, next_.b_pictures);
-        next_.until_b -= chosen + 1;
-        if (TriesTools(next_)) TryTools(next, first, chosen);
+        const int chosen = std::min(most, state.b_pictures);
+        state.until_b -= chosen + 1;
+        if (TriesTools(state)) TryTools(next, first, chosen);
         return chosen;
     }
 
   private:
-    // Where nothing ahead is known, at least what moves in the picture in hand is.
-    void Follow(const PictureView& picture) {
-        followed_ = -1;
-        if (looks_ahead_ || preset_.lookahead == 0 || settings_.b_pictures > 0) return;
-        followed_ = lookahead_.End();
-        lookahead_.DropBefore(followed_ - 1);
-        lookahead_.Add(picture);
-    }
-
     // Which pattern the next pictures cost the least in.
     void TryB(std::span<const PictureView> next, int first) {
         next = next.first(std::min<std::size_t>(next.size(), kPatternPictures));
         const double alone = CostOfPattern(next, first, 0);
-        BTrial trial(next_);
+        BTrial trial(coder_.Next());
         for (int b = settings_.b_pictures; b > 0 && !trial.IsClear(); --b)
             trial.Add(b, CostOfPattern(next, first, b) / alone);
-        trial.Note(next_);
+        trial.Note(coder_.Next());
     }
 
     // Of all pictures of `next`, in groups of so many B pictures and a P picture.
     double CostOfPattern(std::span<const PictureView> next, int first, int b_pictures) {
-        const double quantiser = next_.quantiser;
+        const double quantiser = coder_.Next().quantiser;
         double cost = 0;
         const auto add = [&](int i, PictureRequest request) {
             request.number = first + i;
             Encode(next[Index(i)], request);
-            cost += Cost(quantiser);
+            cost += coder_.TrialCost(quantiser);
         };
         const int count = static_cast<int>(next.size());
-        Try(trial_of_b_, [&] {
-            if (next_.tools.mode == VectorMode::Mixed) next_.tools.mode = VectorMode::Quarter;
+        coder_.Try(trial_of_b_, [&] {
+            VectorMode& mode = coder_.Next().tools.mode;
+            if (mode == VectorMode::Mixed) mode = VectorMode::Quarter;
             for (int at = 0; at < count;) {
                 const int group = std::min(b_pictures, count - 1 - at);
                 add(at + group, {.kind = PictureKind::kP, .quantiser = quantiser});
@@ -183,14 +108,14 @@ class Encoder::Impl {
     void TryTools(std::span<const PictureView> next, int first, int b_pictures) {
         const int distance = b_pictures + 1;
         const int count = std::min(kToolPictures, static_cast<int>(next.size()) / distance);
-        const double quantiser = next_.quantiser;
+        const double quantiser = coder_.Next().quantiser;
         if (count < 2) return;
-        TryEach(next_, [&](const PictureTools& tools, ToolTrial& trial) {
-            next_.tools = tools;
+        TryEach(coder_.Next(), [&](const PictureTools& tools, ToolTrial& trial) {
+            coder_.Next().tools = tools;
             for (int i = 0, at = b_pictures; i < count; ++i, at += distance) {
                 Encode(next[Index(at)],
                        {.kind = PictureKind::kP, .quantiser = quantiser, .number = first + at});
-                if (!trial.Add(Cost(mean_quantiser_))) return;
+                if (!trial.Add(coder_.TrialCost(coder_.MeanQuantiser()))) return;
             }
         });
     }
@@ -200,294 +125,41 @@ class Encoder::Impl {
         ToolTrial trial(preset_, state.tools);
         for (const PictureTools& tools : ToolsToTry(preset_)) {
             trial.Begin(tools);
-            Try(trial_of_tools_, [&] { code_with(tools, trial); });
+            coder_.Try(trial_of_tools_, [&] { code_with(tools, trial); });
             trial.End();
         }
         trial.Note(state);
     }
 
-    // What `code` codes leaves everything as it was.
-    template <typename CodeSome>
-    void Try(const TrialDecision& decision, const CodeSome& code) {
-        const CodingState past = past_;
-        const CodingState now = next_;
-        kept_anchor_ = now.later;
-        kept_grid_ = now.later_grid;
-        trial_ = &decision;
-        next_.until_tools = kNoTrial;
-        code();
-        trial_ = nullptr;
-        kept_anchor_ = kept_grid_ = -1;
-        past_ = past;
-        next_ = now;
-    }
-
-    // Of the picture coded last.
-    double Cost(double quantiser) const {
-        return TrialCost(source_, *result_, static_cast<double>(coder_.Bits().Size()), quantiser);
-    }
-
     // With the tools that suited the P pictures before it, or now and then with all.
     CodedPicture CodeP(PictureHeader header) {
-        CodingState tried = past_;
-        if (TriesTools(past_))
+        CodingState tried = coder_.Past();
+        if (TriesTools(tried))
             TryEach(tried, [&](const PictureTools& tools, ToolTrial& trial) {
                 tools.ApplyTo(header);
-                Code(header);
-                trial.Add(Cost(mean_quantiser_));
+                coder_.Code(header);
+                trial.Add(coder_.TrialCost(coder_.MeanQuantiser()));
             });
         tried.tools.ApplyTo(header);
-        const CodedPicture coded = Code(header);
-        next_.tools = tried.tools;
-        next_.tools_distance = tried.tools_distance;
-        next_.until_tools = tried.until_tools - 1;
+        const CodedPicture coded = coder_.Code(header);
+        CodingState& state = coder_.Next();
+        state.tools = tried.tools;
+        state.tools_distance = tried.tools_distance;
+        state.until_tools = tried.until_tools - 1;
         return coded;
-    }
-
-    // Loads what is coded of the picture, and finds what its quantisers depend on.
-    void Look(const PictureView& picture, const PictureRequest& request) {
-        picture_ = picture;
-        number_ = followed_ >= 0 ? followed_ : lookahead_.Has(request.number) ? request.number : -1;
-        const PictureKind kind = KindFor(request);
-        const bool has_worth = kind != PictureKind::kB && number_ >= 0 && looks_ahead_;
-        const bool measures = (sequence_.varying_quantiser || FollowsFades()) &&
-                              activity_.Begin(looks_ahead_ ? number_ : -1);
-        const int parts = Parts();
-        worth_ = {};
-        likely_.emplace(lookahead_, kind, number_, past_);
-        team_.Run(1 + parts, [&](int task) {
-            if (task == 0) {
-                if (has_worth) worth_ = tree_.Worth(lookahead_, number_);
-                return;
-            }
-            for (int y = height_ * (task - 1) / parts; y < height_ * task / parts; ++y) {
-                if (measures || IsCoded(y)) LoadRow(source_, y);
-                if (measures) activity_.MeasureRow(BestKernels(), source_, y);
-            }
-        });
-        if (measures) activity_.End();
-    }
-
-    int Parts() const { return std::min(kLoadedParts, height_); }
-
-    bool IsCoded(int y) const { return trial_ == nullptr || IsTried(y, height_); }
-
-    void LoadRow(Frame& frame, int y) const {
-        frame.Load(picture_, settings_.width, settings_.height, y, y + 1);
-    }
-
-    // What a trial does not code of a picture that others refer to.
-    void LoadUncoded(Frame& frame) {
-        team_.Run(Parts(), [&](int part) {
-            for (int y = height_ * part / Parts(); y < height_ * (part + 1) / Parts(); ++y)
-                if (!IsCoded(y)) LoadRow(frame, y);
-        });
-    }
-
-    void Filter(const PictureRequest& request, bool is_i) {
-        if (!preset_.temporal_filter || number_ < 0 || !looks_ahead_) return;
-        temporal_filter_.Apply(source_, number_, request.beside, request.first_beside, asked_,
-                               is_i ? kIStrength : kPStrength);
-    }
-
-    LumaPlane Luma() const {
-        return {picture_.planes[0], picture_.strides[0], settings_.width, settings_.height};
-    }
-
-    bool FollowsFades() const { return settings_.profile == Profile::Main; }
-
-    PictureKind KindFor(const PictureRequest& request) const {
-        if (past_.later < 0) return PictureKind::kI;
-        const bool lacks = past_.earlier < 0 || settings_.b_pictures == 0;
-        return request.kind == PictureKind::kB && lacks ? PictureKind::kP : request.kind;
-    }
-
-    PictureHeader HeaderFor(const PictureRequest& request) {
-        PictureHeader header;
-        header.kind = KindFor(request);
-        header.b_pictures = std::clamp(request.b_pictures, 1, std::max(1, settings_.b_pictures));
-        header.b_number = std::clamp(request.b_number, 1, header.b_pictures);
-        asked_ = SetQuantiser(header, request.quantiser);
-        mean_quantiser_ = effective_ = asked_;
-        ChooseQuantisers(header);
-        header.counter = past_.counter;
-        header.vector_range = VectorRange(settings_);
-        past_.tools.ApplyTo(header);
-        header.rounding = header.kind == PictureKind::kP ? 1 - past_.rounding : past_.rounding;
-        past_.tables[static_cast<int>(header.kind)].ApplyTo(header);
-        if (header.kind == PictureKind::kP && FollowsFades())
-            header.intensity = FindIntensity(Luma(), activity_.Found().brightness,
-                                             Anchor(past_.later), past_.later_brightness, team_);
-        return header;
-    }
-
-    // The nearest that there is, which is returned.
-    static double SetQuantiser(PictureHeader& header, double quantiser) {
-        quantiser = std::clamp(quantiser, 1.0, double{kCoarsestAsked});
-        const bool halves = quantiser < kFinestHalves;
-        const double coded = halves ? std::round(2 * quantiser) / 2 : std::round(quantiser);
-        header.quantiser = std::min(static_cast<int>(coded), kCoarsest);
-        header.half_step = halves && coded > header.quantiser;
-        return coded;
-    }
-
-    // By what later pictures refer to, which is nothing of a B picture, and by what is seen.
-    void ChooseQuantisers(PictureHeader& header) {
-        if (header.IsI()) {
-            if (worth_.empty()) return;
-            const double part = QuantiserPart(worth_, preset_.worth_power);
-            mean_quantiser_ = SetQuantiser(header, asked_ * part);
-            effective_ = mean_quantiser_ / part;
-            return;
-        }
-        if (!sequence_.varying_quantiser) return;
-        quantisers_.Choose(asked_, activity_.Found().values, worth_, preset_.worth_power);
-        header.varying = true;
-        header.half_step = false;
-        header.quantiser = quantisers_.OfPicture();
-        mean_quantiser_ = quantisers_.Mean();
-    }
-
-    CodedPicture Code(PictureHeader header) {
-        const bool anchor = !header.IsB();
-        const int place = FreeAnchor();
-        const int grid = FreeGrid();
-        Frame& result = anchor ? anchors_[Index(place)] : b_frame_;
-        Picture picture{sequence_, header, BestKernels(),
-                        source_,   result, anchor ? grids_[Index(grid)] : b_grid_};
-        picture.likely = &*likely_;
-        if (header.IsI() && picture.Overlaps()) Overlap::Sharpen(source_);
-        if (header.varying) picture.quantisers = &quantisers_;
-        if (mean_quantiser_ > kCoarsest) picture.beyond = static_cast<int>(mean_quantiser_);
-        int mapped = -1;
-        if (header.kind == PictureKind::kP) {
-            picture.past = &Anchor(past_.later);
-            if (picture.header.intensity) {
-                mapped = past_.mapped == 0 ? 1 : 0;
-                while (static_cast<int>(mapped_.size()) <= mapped)
-                    mapped_.emplace_back(width_, height_);
-                MapIntensity(*picture.header.intensity, *picture.past, mapped_[Index(mapped)]);
-                picture.past = &mapped_[Index(mapped)];
-            }
-        } else if (header.IsB()) {
-            picture.past =
-                past_.mapped < 0 ? &Anchor(past_.earlier) : &mapped_[Index(past_.mapped)];
-            picture.future = &Anchor(past_.later);
-        }
-        if (!header.IsI() && !past_.later_is_i) picture.anchor = &grids_[Index(past_.later_grid)];
-        if (trial_ != nullptr && anchor) LoadUncoded(result);
-        const ModeDecision& own = mode_decision_;
-        coder_.Analyse(picture, trial_ == nullptr ? own : *trial_);
-        Brightness brightness;
-        team_.Run(anchor ? 3 : 1, [&](int task) {
-            if (task == 1) return result.Extend();
-            if (task == 2) {
-                if (trial_ != nullptr)
-                    brightness = activity_.Found().brightness;
-                else if (FollowsFades())
-                    brightness = MeasureBrightness(BestKernels(), result);
-                return;
-            }
-            ChooseTables(picture.header, coder_.Counts(), coder_.Planes());
-        });
-        const std::size_t level_bits = coder_.Write(picture);
-        Remember(picture.header, place, grid, mapped);
-        if (anchor) next_.later_brightness = brightness;
-        result_ = &result;
-        grid_ = &picture.grid;
-        unfiltered_.reset();
-        if (!anchor) unfiltered_.emplace(picture);
-
-        CodedPicture coded;
-        coded.data = coder_.Bits().Bytes();
-        coded.kind = header.kind;
-        coded.quantiser = asked_;
-        const double intra = picture.grid.IntraPart();
-        coded.bits = PictureBits::Taken(
-            intra * static_cast<double>(level_bits), (1 - intra) * static_cast<double>(level_bits),
-            static_cast<double>(8 * coded.data.size() - level_bits), effective_);
-        return coded;
-    }
-
-    const Frame& Anchor(int place) const { return anchors_[Index(place)]; }
-
-    int FreeAnchor() const {
-        int place = 0;
-        while (place == past_.earlier || place == past_.later || place == kept_anchor_) ++place;
-        return place;
-    }
-
-    int FreeGrid() const {
-        int place = 0;
-        while ((past_.later >= 0 && place == past_.later_grid) || place == kept_grid_) ++place;
-        return place;
-    }
-
-    void Remember(const PictureHeader& header, int place, int grid, int mapped) {
-        next_ = past_;
-        next_.counter = (past_.counter + 1) % 4;
-        next_.tables[static_cast<int>(header.kind)] = Tables::Of(header);
-        if (header.IsB()) return;
-        next_.earlier = past_.later;
-        next_.later = place;
-        next_.later_is_i = header.IsI();
-        next_.later_grid = grid;
-        next_.mapped = mapped;
-        next_.rounding = header.IsI() ? 1 : header.rounding;
-        next_.quantiser = asked_;
-        next_.earlier_number = past_.later_number;
-        next_.later_number = number_;
-        if (!header.IsI()) return;
-        next_.until_tools = next_.until_b = kFirstTrial;
-        next_.tools_distance = next_.b_distance = 0;
-        next_.b_costs = {};
     }
 
     // Where a scene changes, little can be predicted.
     bool MostlyIntra() const {
         constexpr double kPart = 0.6;  // chosen by hand
-        return grid_->IntraPart() > kPart;
+        return coder_.IntraPart() > kPart;
     }
 
     const EncoderSettings settings_;
-    const wmv9::SequenceHeader sequence_;
-    const int width_;  // macroblocks
-    const int height_;
     const Preset& preset_;
-    const RdModeDecision mode_decision_;
+    SequenceCoder coder_;
     const TrialDecision trial_of_tools_;
     const TrialDecision trial_of_b_;
-    const TrialDecision* trial_ = nullptr;  // under way
-    TaskTeam team_;
-    PictureCoder coder_;
-    Lookahead lookahead_;
-    MacroblockTree tree_;
-    TemporalFilter temporal_filter_;
-    ActivityMeter activity_;
-    QuantiserMap quantisers_;
-    bool looks_ahead_ = false;
-    // Of the picture in hand.
-    PictureView picture_;
-    int followed_ = -1;  // in the look-ahead, where it knows nothing beyond; -1 = not there
-    int number_ = -1;    // in the look-ahead
-    std::span<const float> worth_;  // of its macroblocks; empty = no later picture is known
-    std::optional<LikelyMotion> likely_;
-    double asked_ = 0;           // quantiser
-    double mean_quantiser_ = 0;  // of its macroblocks
-    double effective_ = 0;       // that had better been asked for to come to it
-    Frame source_;
-    Frame b_frame_;
-    MacroblockGrid b_grid_;
-    std::vector<Frame> anchors_;
-    std::vector<MacroblockGrid> grids_;
-    std::vector<Frame> mapped_;  // references in turn, once there is a fade
-    CodingState past_;           // before the picture coded last
-    CodingState next_;           // after it
-    int kept_anchor_ = -1;       // by a trial
-    int kept_grid_ = -1;
-    std::optional<Picture> unfiltered_;  // the picture coded last, where nobody has looked at it
-    const Frame* result_ = nullptr;
-    const MacroblockGrid* grid_ = nullptr;
 };
 
 int LookaheadPictures(const EncoderSettings& settings) {
@@ -497,7 +169,9 @@ int LookaheadPictures(const EncoderSettings& settings) {
 Encoder::Encoder(const EncoderSettings& settings) : impl_(std::make_unique<Impl>(settings)) {}
 Encoder::~Encoder() = default;
 
-std::array<std::uint8_t, 4> Encoder::SequenceHeader() const { return impl_->SequenceBytes(); }
+std::array<std::uint8_t, 4> Encoder::SequenceHeader() const {
+    return impl_->Coder().SequenceBytes();
+}
 
 CodedPicture Encoder::Encode(const PictureView& picture, const PictureRequest& request) {
     return impl_->Encode(picture, request);
@@ -507,12 +181,12 @@ CodedPicture Encoder::Recode(const PictureView& picture, const PictureRequest& r
     return impl_->Recode(picture, request);
 }
 
-void Encoder::Forget() { impl_->Forget(); }
+void Encoder::Forget() { impl_->Coder().Forget(); }
 
-PictureView Encoder::Reconstruction() const { return impl_->Reconstruction(); }
+PictureView Encoder::Reconstruction() const { return impl_->Coder().Reconstruction(); }
 
 std::optional<double> Encoder::LookAhead(const PictureView& picture) {
-    return impl_->LookAhead(picture);
+    return impl_->Coder().LookAhead(picture);
 }
 
 int Encoder::ChooseBPictures(std::span<const PictureView> next, int first) {
