@@ -21,8 +21,8 @@ class PictureCoder {
   public:
     PictureCoder(int width, int height, TaskTeam& team);
 
-    /// Decides, transforms, reconstructs and filters all macroblocks. Rows that are not decided keep
-    /// the samples that the result had. Nothing of a B picture is filtered.
+    /// Decides, transforms, reconstructs and filters all macroblocks. Rows that are not decided
+    /// keep the samples that the result had. Nothing of a B picture is filtered.
     void Analyse(Picture& picture, const ModeDecision& mode_decision);
     /// After Analyse of a B picture, to which nothing refers: what the loop filter leaves of the
     /// result.
