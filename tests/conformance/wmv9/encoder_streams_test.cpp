@@ -2,8 +2,11 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -90,6 +93,39 @@ TEST_P(EncoderStreamsAt, Decode) {
     }
 }
 
+std::vector<PlanarPicture> Moving(Content content, const EncoderSettings& settings, int count) {
+    std::vector<PlanarPicture> pictures;
+    for (int i = 0; i < count; ++i)
+        pictures.push_back(MakePicture(content, settings.width, settings.height, i, 1));
+    return pictures;
+}
+
+// With the B pictures that the encoder chooses, which are counted.
+int EncodeAhead(Encoder& encoder, const std::vector<PlanarPicture>& pictures,
+                const std::function<void(std::size_t place, const CodedPicture&)>& take) {
+    std::vector<PictureView> all;
+    for (const PlanarPicture& picture : pictures) all.push_back(picture.View());
+    const auto code = [&](std::size_t place, PictureRequest request) {
+        request.number = static_cast<int>(place);
+        request.beside = all;
+        take(place, encoder.Encode(all[place], request));
+    };
+    int chosen = 0;
+    for (const PictureView& view : all) encoder.LookAhead(view);
+    code(0, {.kind = PictureKind::kI});
+    for (std::size_t next = 1; next < all.size();) {
+        const std::size_t tried = std::min<std::size_t>(all.size() - next, kTriedPictures);
+        const int count = encoder.ChooseBPictures({&all[next], tried}, static_cast<int>(next));
+        const std::size_t anchor = next + static_cast<std::size_t>(count);
+        code(anchor, {.kind = PictureKind::kP, .may_be_i = count == 0});
+        for (int i = 0; i < count; ++i)
+            code(next++, {.kind = PictureKind::kB, .b_number = i + 1, .b_pictures = count});
+        next = anchor + 1;
+        chosen += count;
+    }
+    return chosen;
+}
+
 // What the encoder tries while it chooses leaves no trace in the stream.
 TEST_P(EncoderStreamsAt, DecodeWithTheBPicturesThatTheEncoderChooses) {
     constexpr int kPictures = 24;
@@ -97,35 +133,40 @@ TEST_P(EncoderStreamsAt, DecodeWithTheBPicturesThatTheEncoderChooses) {
         .width = 64, .height = 48, .preset = GetParam(), .b_pictures = 2, .adaptive = true};
     int chosen = 0;
     for (const Content content : {Content::Texture, Content::Noise, Content::Flat, Content::Fade}) {
-        std::vector<PlanarPicture> pictures;
-        for (int i = 0; i < kPictures; ++i)
-            pictures.push_back(MakePicture(content, settings.width, settings.height, i, 1));
-        std::vector<PictureView> all;
-        for (const PlanarPicture& picture : pictures) all.push_back(picture.View());
         Encoder encoder(settings);
         StreamCheck check({settings.width, settings.height, encoder.SequenceHeader()});
-        const auto code = [&](std::size_t place, PictureRequest request) {
-            request.number = static_cast<int>(place);
-            request.beside = all;
-            const CodedPicture coded = encoder.Encode(pictures[place].View(), request);
-            check.Take(coded.data, encoder.Reconstruction(), static_cast<int>(place),
-                       fmt::format("content {}, picture {}", static_cast<int>(content), place));
-        };
-        for (const PictureView& view : all) encoder.LookAhead(view);
-        code(0, {.kind = PictureKind::kI});
-        for (std::size_t next = 1; next < pictures.size();) {
-            const std::size_t tried = std::min<std::size_t>(all.size() - next, kTriedPictures);
-            const int count = encoder.ChooseBPictures({&all[next], tried}, static_cast<int>(next));
-            const std::size_t anchor = next + static_cast<std::size_t>(count);
-            code(anchor, {.kind = PictureKind::kP, .may_be_i = count == 0});
-            for (int i = 0; i < count; ++i)
-                code(next++, {.kind = PictureKind::kB, .b_number = i + 1, .b_pictures = count});
-            next = anchor + 1;
-            chosen += count;
-        }
+        chosen += EncodeAhead(
+            encoder, Moving(content, settings, kPictures),
+            [&](std::size_t place, const CodedPicture& coded) {
+                check.Take(coded.data, encoder.Reconstruction(), static_cast<int>(place),
+                           fmt::format("content {}, picture {}", static_cast<int>(content), place));
+            });
         EXPECT_EQ(check.Finish(), "");
     }
     EXPECT_EQ(chosen > 0, LookaheadPictures(settings) > 0);
+}
+
+// High enough for the bands of a trial to be coded side by side.
+TEST(EncoderStreams, AreTheSameWithMoreThreads) {
+    constexpr int kPictures = 12;
+    for (const Content content : {Content::Texture, Content::Noise, Content::Fade}) {
+        const auto encode = [&](int threads) {
+            const EncoderSettings settings{.width = 64,
+                                           .height = 320,
+                                           .preset = 60,
+                                           .b_pictures = 2,
+                                           .threads = threads,
+                                           .adaptive = true};
+            Encoder encoder(settings);
+            std::vector<std::vector<std::uint8_t>> coded;
+            EncodeAhead(encoder, Moving(content, settings, kPictures),
+                        [&](std::size_t, const CodedPicture& picture) {
+                            coded.emplace_back(picture.data.begin(), picture.data.end());
+                        });
+            return coded;
+        };
+        EXPECT_EQ(encode(3), encode(1)) << "content " << static_cast<int>(content);
+    }
 }
 
 // Of each kind of picture, with blocks that are as large as they get, and with the usual ones.
