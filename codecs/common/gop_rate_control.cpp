@@ -23,6 +23,7 @@ constexpr double kLargestFreeStep = 2;
 // has it.
 constexpr double kLargestSecondStep = 1.4;
 constexpr int kMostTries = 4;
+constexpr double kJump = 2;             // times what those before take: another scene
 constexpr double kWorthDropping = 0.1;  // of what the rate gives a picture
 constexpr int kEarly = 4;               // deltas
 constexpr double kIntervalMemory = 0.3;
@@ -51,6 +52,9 @@ constexpr double kShortestInterval = 1e-3;  // seconds
 constexpr double kSharpeningShare = 0.5;
 constexpr double kSharpeningDrained = 0.6;  // of what the VBV drains meanwhile
 constexpr double kSharpeningExcess = 1.3;
+
+// By how much coarser a picture takes what it was to, of which it takes so many times as much.
+double StepFor(double times) { return std::sqrt(times); }
 
 }  // namespace
 
@@ -228,12 +232,12 @@ double GopRateControl::Restrained(double even) const {
     if (settings_.steady)
         return std::clamp(even, quantiser_ / SteadyStep(), quantiser_ * SteadyStep());
     const bool free = forecast_.Learnt() < kEarly;
-    const bool surprise = forecast_.Jumps(quantiser_);
+    const double jump = forecast_.Jump(quantiser_);
     const bool ends = budget_.last && picture_.last && picture_.waiting.size() < kEnd;
     const double finer = ends                         ? kLargestLastStep
                          : Planned() || picture_.last ? kLargestStep
                                                       : kLargestFinerStep;
-    const double coarser = surprise ? kLargestFreeStep : kLargestStep;
+    const double coarser = jump > kJump ? std::max(kLargestFreeStep, StepFor(jump)) : kLargestStep;
     const double restrained = std::clamp(even, quantiser_ / (free ? kLargestFreeStep : finer),
                                          quantiser_ * (free ? kLargestFreeStep : coarser));
     if (ends && NothingTakesWhatIsLeft()) return std::max(restrained, quantiser_);
@@ -356,14 +360,16 @@ double GopRateControl::Reconsidered(double quantiser, const PictureBits& taken, 
         if (bits <= kSharpeningExcess * SharpeningBits() || ++tries_ > 1) return quantiser;
         return std::max(quantiser, SharperQuantiser());
     }
-    if (!Surprises(bits, std::max(1.0, forecast_.Expected().At(quantiser)))) return quantiser;
+    const double expected = std::max(1.0, forecast_.Expected().At(quantiser));
+    if (!Surprises(bits, expected)) return quantiser;
+    const double surprise = bits / expected;
     const bool is_i = picture_.kind == PictureKind::kI;
     const double missed = Missed(bits);
     forecast_.Surprise(taken, quantiser);
     const double chosen = Chosen();
     if (is_i) return Untried(quantiser, chosen, missed);
     const double least = quantiser / kLargestSecondStep;
-    const double most = quantiser * kLargestSecondStep;
+    const double most = quantiser * std::max(kLargestSecondStep, StepFor(surprise));
     const double by_p = picture_.kind == PictureKind::kB ? kBQuantiserPart : 1;
     even_ = std::clamp(even_, least / by_p, most / by_p);
     return Untried(quantiser, settings_.Coded(std::clamp(chosen, least, most)), missed);

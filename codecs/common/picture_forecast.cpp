@@ -26,7 +26,9 @@ constexpr double kPriorDeltas = 10;  // that the usual counts for beside those o
 constexpr double kTrustMemory = 10;  // pictures
 constexpr double kDoubt = 4;  // pictures' worth of what a first pass has found that are believed
 constexpr double kLargestMistrust = 3;
-constexpr double kJump = 2;
+// Of its intra cost is new: what a picture takes tells of those that follow. What others take makes
+// finer what is there, and that is done but once.
+constexpr double kTelling = 0.03;
 // Times what was expected, or a part of it: those before count for no more than so many pictures.
 constexpr double kOtherScene = 3;
 constexpr int kKept = 2;
@@ -62,6 +64,12 @@ void PictureForecast::Mean::Learn(const PictureBits& taken, double new_cost, int
     cost += weight * (new_cost - cost);
 }
 
+double PictureForecast::Mean::LikeCost(double intra_cost) const {
+    return kLikeness * cost + kNoise * intra_cost;
+}
+
+void PictureForecast::Mean::Doubt() { learnt = std::min(learnt, kKept); }
+
 void PictureForecast::Begin(const RatedPicture& picture) {
     picture_ = picture;
     if (picture.index < found_.size()) {
@@ -71,7 +79,8 @@ void PictureForecast::Begin(const RatedPicture& picture) {
         undecided_.fixed = std::max(0.0, undecided_.fixed - found.fixed);
     }
     surprised_ = false;
-    expected_ = Expect();
+    known_ = deltas_;
+    expected_ = foreseen_ = Expect();
 }
 
 PictureBits PictureForecast::Expect() {
@@ -95,11 +104,14 @@ PictureBits PictureForecast::Expect() {
 void PictureForecast::Surprise(const PictureBits& taken, double quantiser) {
     expected_ = Believed(taken, quantiser);
     surprised_ = picture_.kind != PictureKind::kI;
+    if (surprised_ && picture_.step_cost > kTelling * picture_.intra_cost)
+        LearnDelta(expected_, quantiser);
 }
 
-bool PictureForecast::Jumps(double quantiser) const {
-    return !Planned() &&
-           expected_.Coefficients(quantiser) > kJump * DeltaMean().Coefficients(quantiser);
+double PictureForecast::Jump(double quantiser) const {
+    if (Planned()) return 1;
+    return expected_.Coefficients(quantiser) /
+           std::max(1.0, MeanDelta(known_).Coefficients(quantiser));
 }
 
 double PictureForecast::IRate() const {
@@ -130,7 +142,7 @@ PictureBits PictureForecast::ByCost(double cost, double intra_cost) const {
 
 PictureBits PictureForecast::ByMean(const Mean& mean, double cost, double intra_cost) const {
     const double noise = kNoise * intra_cost;
-    const double like = kLikeness * mean.cost + noise;
+    const double like = mean.LikeCost(intra_cost);
     PictureBits bits = mean.bits.Scaled((std::min(cost, like) + noise) / (mean.cost + noise));
     if (cost > like) {
         const PictureBits beyond = ByCost(cost - like, intra_cost);
@@ -140,7 +152,11 @@ PictureBits PictureForecast::ByMean(const Mean& mean, double cost, double intra_
     return bits;
 }
 
+// What is like the pictures before a burst takes what they did.
 PictureBits PictureForecast::ByStep(double cost, double intra_cost) const {
+    if (surprised_ && known_.learnt > 0 && cost <= known_.LikeCost(intra_cost) &&
+        picture_.step_cost > known_.LikeCost(picture_.intra_cost))
+        return ByMean(known_, cost, intra_cost);
     return deltas_.learnt > 0 ? ByMean(deltas_, cost, intra_cost) : ByCost(cost, intra_cost);
 }
 
@@ -163,14 +179,14 @@ PictureBits PictureForecast::Usual() const {
 }
 
 // Until deltas are known, what they usually are beside an I picture.
-PictureBits PictureForecast::DeltaMean() const {
-    if (deltas_.learnt >= kDeltaMemory) return deltas_.bits;
+PictureBits PictureForecast::MeanDelta(const Mean& deltas) const {
+    if (deltas.learnt >= kDeltaMemory) return deltas.bits;
     const PictureBits usual = Usual();
-    if (deltas_.learnt == 0)
+    if (deltas.learnt == 0)
         return surprised_ ? FoundPicture{expected_, picture_.kind}.ByP() : usual;
     // The usual counts as one of them.
-    const double weight = deltas_.learnt / (deltas_.learnt + 1.0);
-    PictureBits mean = deltas_.bits * weight;
+    const double weight = deltas.learnt / (deltas.learnt + 1.0);
+    PictureBits mean = deltas.bits * weight;
     mean += usual * (1 - weight);
     return mean;
 }
@@ -194,6 +210,20 @@ PictureBits PictureForecast::Following(double pictures) const {
     sum += LongMean() * ((1 - kLastSeen) * unseen);
     sum += MeanByStep(last) * (kLastSeen * unseen);
     return sum;
+}
+
+bool PictureForecast::IsOtherScene(const PictureBits& taken, double quantiser) const {
+    const double parts =
+        taken.Coefficients(quantiser) / std::max(1.0, foreseen_.Coefficients(quantiser));
+    return parts > kOtherScene || parts < 1 / kOtherScene;
+}
+
+// In place of what has been learnt of the picture in hand before.
+void PictureForecast::LearnDelta(const PictureBits& taken, double quantiser) {
+    deltas_ = known_;
+    if (IsOtherScene(taken, quantiser)) deltas_.Doubt();
+    deltas_.Learn(FoundPicture{taken, picture_.kind}.ByP(), picture_.step_cost,
+                  b_mean_.learnt > 0 ? kMixedMemory : kDeltaMemory);
 }
 
 void PictureForecast::LearnTrust(const PictureBits& taken, double quantiser) {
@@ -222,15 +252,11 @@ FoundPicture PictureForecast::Coded(const PictureBits& coded, double quantiser, 
                                     bool sharpened) {
     const PictureBits taken = Believed(coded, quantiser);
     if (!is_i && !sharpened) {
-        const PictureBits by_p = FoundPicture{taken, picture_.kind}.ByP();
-        const double parts =
-            taken.Coefficients(quantiser) / std::max(1.0, expected_.Coefficients(quantiser));
-        if (parts > kOtherScene || parts < 1 / kOtherScene)
-            for (Mean* mean : {&deltas_, &MeanOf(picture_.kind)})
-                mean->learnt = std::min(mean->learnt, kKept);
         ++learnt_;
-        MeanOf(picture_.kind).Learn(taken, picture_.inter_cost, kDeltaMemory);
-        deltas_.Learn(by_p, picture_.step_cost, b_mean_.learnt > 0 ? kMixedMemory : kDeltaMemory);
+        LearnDelta(taken, quantiser);
+        Mean& mean = MeanOf(picture_.kind);
+        if (IsOtherScene(taken, quantiser)) mean.Doubt();
+        mean.Learn(taken, picture_.inter_cost, kDeltaMemory);
         LearnTrust(taken, quantiser);
     }
     (is_i ? sum_.i_pictures : sum_.deltas) += 1;
@@ -238,8 +264,8 @@ FoundPicture PictureForecast::Coded(const PictureBits& coded, double quantiser, 
         sum_.i_bits += taken;
         sum_.i_cost += picture_.intra_cost;
         // Another scene.
-        for (Mean* mean : {&deltas_, &p_mean_, &b_mean_})
-            mean->learnt = std::min(mean->learnt, kKept);
+        deltas_ = known_;
+        for (Mean* mean : {&deltas_, &p_mean_, &b_mean_}) mean->Doubt();
     } else {
         sum_.delta_bits += FoundPicture{taken, picture_.kind}.ByP();
     }

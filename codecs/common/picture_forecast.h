@@ -72,9 +72,9 @@ class PictureForecast {
     /// @param pictures  how many there are
     PictureBits Following(double pictures) const;
     /// One of them.
-    PictureBits DeltaMean() const;
-    /// Whether it is far more than recent ones, at that quantiser.
-    bool Jumps(double quantiser) const;
+    PictureBits DeltaMean() const { return MeanDelta(deltas_); }
+    /// Times what recent ones take, at that quantiser; 1 where a first pass has found it.
+    double Jump(double quantiser) const;
     /// @param sharpened  it showed nothing new
     /// Returns what is to be believed of it in a second pass.
     FoundPicture Coded(const PictureBits& coded, double quantiser, bool is_i, bool sharpened);
@@ -101,17 +101,23 @@ class PictureForecast {
         double cost = 0;
         int learnt = 0;  // pictures
         void Learn(const PictureBits& taken, double new_cost, int memory);
+        void Doubt();  // what comes is another scene
+        /// Up to which a picture is like these.
+        double LikeCost(double intra_cost) const;
     };
 
     Mean& MeanOf(PictureKind kind) { return kind == PictureKind::kB ? b_mean_ : p_mean_; }
     PictureBits Expect();
     PictureBits Usual() const;
+    PictureBits MeanDelta(const Mean& deltas) const;
     PictureBits ByCost(double cost, double intra_cost) const;
     PictureBits ByMean(const Mean& mean, double cost, double intra_cost) const;
     PictureBits ByStep(double cost, double intra_cost) const;
     PictureBits MeanByStep(std::span<const WaitingPicture> pictures) const;
     PictureBits Believed(const PictureBits& taken, double quantiser) const;
     PictureBits LongMean() const;
+    bool IsOtherScene(const PictureBits& taken, double quantiser) const;
+    void LearnDelta(const PictureBits& taken, double quantiser);
     void LearnTrust(const PictureBits& taken, double quantiser);
     double IRate() const;
 
@@ -121,8 +127,10 @@ class PictureForecast {
     PictureBits undecided_;  // those of them that have not been decided
     RatedPicture picture_;   // in hand
     PictureBits expected_;
-    bool surprised_ = false;  // that is what it has taken once
+    PictureBits foreseen_;    // the same, before it was coded
+    bool surprised_ = false;  // what is expected is what it has taken once
     Mean deltas_;             // recent ones, by P pictures' quantiser and their steps' cost
+    Mean known_;              // those before it
     Mean p_mean_, b_mean_;
     // Recent pictures' coefficients now, and as a first pass has found them.
     double now_ = 0;

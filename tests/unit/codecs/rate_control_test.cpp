@@ -26,6 +26,7 @@ constexpr RateExperience kUsual{kFps, 2, 3000, 1.4, 1500};
 struct Shot {
     double detail = 1;  // of its I picture
     double motion = 0.1;
+    double unforeseen = 1;  // times the bits that the costs tell
 };
 
 // What a picture takes at a quantiser: a little steeper than the control's model, and never quite
@@ -40,7 +41,7 @@ struct PretendedEncoder {
         const bool is_i = kind == PictureKind::kI;
         const double part = is_i ? 1 : kind == PictureKind::kB ? 0.6 * seen.motion : seen.motion;
         const double bits =
-            2.7e6 * seen.detail * part * uneven(noise) *
+            2.7e6 * seen.detail * part * seen.unforeseen * uneven(noise) *
             (is_i ? std::pow(quantiser + 1, -1.1) : 10 * std::pow(quantiser + 1, -2.1));
         return PictureBits::Taken(is_i ? bits : 0, is_i ? 0 : bits, is_i ? 4000 : 1200, quantiser);
     }
@@ -313,6 +314,10 @@ Shot Blank(int picture, int pictures) { return 2 * picture < pictures ? Shot{0, 
 Shot Sparse(int picture, int /*pictures*/) {
     return picture % 12 == 11 ? Shot{1, 0.4} : Shot{1, 0.0005};
 }
+// Out of black, which differs from picture to picture as much as what comes, and takes nothing.
+Shot FadeIn(int picture, int pictures) {
+    return {1, 0.6, picture > 0 && 3 * picture < 2 * pictures ? 0.02 : 1};
+}
 
 // clang-format off
 const ShortCase kShortCases[] = {
@@ -323,6 +328,7 @@ const ShortCase kShortCases[] = {
     // What one pass has saved for the rest of the storm, the still has no use for.
     {"a storm, then still",            StormThenStill,                             0.5,  0.02},
     {"sparse: something now and then", Sparse,                                     0.02, 0.02},
+    {"dear of a sudden",               FadeIn,                                     0.05, 0.02},
 };
 // clang-format on
 
