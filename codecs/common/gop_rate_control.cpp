@@ -17,7 +17,6 @@ constexpr double kLargestFinerStep = 1.12;  // until all that the GOP has is kno
 constexpr double kLargestLastStep = 1.5;    // finer, among the stream's last pictures
 constexpr std::size_t kEnd = 6;             // they are
 constexpr double kLargestSteadyStep = 1.1;
-constexpr double kTelling = 0.03;  // of its intra cost is new: a picture by which to go
 constexpr double kLargestFreeStep = 2;
 // Of a picture that is coded again: near the noise of a source, bits rise faster than the model
 // has it.
@@ -214,8 +213,7 @@ double GopRateControl::Coarser(double quantiser, double bits) const {
 
 // Pictures that show nothing new tell nothing: what comes after them may be anything.
 double GopRateControl::SteadyStep() const {
-    const double told = picture_.step_cost / (kTelling * picture_.intra_cost);
-    return 1 + (kLargestSteadyStep - 1) * std::min(1.0, told);
+    return 1 + (kLargestSteadyStep - 1) * std::min(1.0, picture_.News());
 }
 
 // Little is left, and yet more than pictures take that show next to nothing new: finer, they would

@@ -26,9 +26,6 @@ constexpr double kPriorDeltas = 10;  // that the usual counts for beside those o
 constexpr double kTrustMemory = 10;  // pictures
 constexpr double kDoubt = 4;  // pictures' worth of what a first pass has found that are believed
 constexpr double kLargestMistrust = 3;
-// Of its intra cost is new: what a picture takes tells of those that follow. What others take makes
-// finer what is there, and that is done but once.
-constexpr double kTelling = 0.03;
 // Times what was expected, or a part of it: those before count for no more than so many pictures.
 constexpr double kOtherScene = 3;
 constexpr int kKept = 2;
@@ -104,8 +101,8 @@ PictureBits PictureForecast::Expect() {
 void PictureForecast::Surprise(const PictureBits& taken, double quantiser) {
     expected_ = Believed(taken, quantiser);
     surprised_ = picture_.kind != PictureKind::kI;
-    if (surprised_ && picture_.step_cost > kTelling * picture_.intra_cost)
-        LearnDelta(expected_, quantiser);
+    // What one takes that shows next to nothing new makes finer what is there, and that but once.
+    if (surprised_ && picture_.News() > 1) LearnDelta(expected_, quantiser);
 }
 
 double PictureForecast::Jump(double quantiser) const {

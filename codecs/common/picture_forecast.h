@@ -40,6 +40,12 @@ struct RatedPicture {
     bool last = false;                             // they are all that the GOP has
     // When it is shown, or the first B picture that refers to it; before, it may still come.
     double needed_seconds = 0;
+
+    /// How much of it is new, beside what a picture shows whose bits tell of those that follow.
+    double News() const {
+        constexpr double kTelling = 0.03;  // of its intra cost
+        return step_cost / (kTelling * intra_cost);
+    }
 };
 
 /// What has been coded of a GOP.
